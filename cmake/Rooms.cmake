@@ -1,0 +1,68 @@
+# The rooms of the house and the arrows between them. A room is one folder and
+# one library target; it may link only what its row allows. A link that is not
+# in the row stops the configure step. docs/architecture.md shows the same
+# table with the reasons; tests/rooms checks the #include lines against it.
+
+set(VORNADEL_ROOMS
+  platform_api platform_linux diagnosis sim genfun firmware hub config flows app cli)
+
+set(ROOM_FOLDER_platform_api   platform)
+set(ROOM_FOLDER_platform_linux platform/linux)
+set(ROOM_FOLDER_diagnosis      diagnosis)
+set(ROOM_FOLDER_sim            sim)
+set(ROOM_FOLDER_genfun         props)
+set(ROOM_FOLDER_firmware       firmware)
+set(ROOM_FOLDER_hub            hub)
+set(ROOM_FOLDER_config         config)
+set(ROOM_FOLDER_flows          flows)
+set(ROOM_FOLDER_app            app)
+set(ROOM_FOLDER_cli            cli)
+
+set(ROOM_MAY_USE_platform_api   )
+set(ROOM_MAY_USE_platform_linux platform_api)
+set(ROOM_MAY_USE_diagnosis      )
+set(ROOM_MAY_USE_sim            platform_api)
+set(ROOM_MAY_USE_genfun         )
+set(ROOM_MAY_USE_firmware       genfun diagnosis)
+set(ROOM_MAY_USE_hub            platform_api diagnosis)
+set(ROOM_MAY_USE_config         hub)
+set(ROOM_MAY_USE_flows          hub firmware platform_api)
+set(ROOM_MAY_USE_app            platform_api platform_linux diagnosis sim genfun firmware hub config flows)
+set(ROOM_MAY_USE_cli            platform_api platform_linux diagnosis sim genfun firmware hub config flows)
+
+# Libraries from outside that a room may use.
+set(ROOM_MAY_USE_OUTSIDE_platform_api   Threads::Threads)
+set(ROOM_MAY_USE_OUTSIDE_platform_linux LibUSB::LibUSB Threads::Threads)
+set(ROOM_MAY_USE_OUTSIDE_sim            Threads::Threads)
+set(ROOM_MAY_USE_OUTSIDE_config         iniparser::iniparser)
+set(ROOM_MAY_USE_OUTSIDE_app            Qt6::Widgets Threads::Threads CLI11::CLI11)
+set(ROOM_MAY_USE_OUTSIDE_cli            CLI11::CLI11 Threads::Threads)
+
+# Warnings, sanitizers and the source root as include folder, for every target of ours.
+function(vornadel_target_defaults target)
+  target_include_directories(${target} PUBLIC "${CMAKE_SOURCE_DIR}")
+  target_compile_options(${target} PRIVATE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
+    -Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
+  if(VORNADEL_SANITIZE)
+    target_compile_options(${target} PRIVATE
+      -fsanitize=${VORNADEL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    target_link_options(${target} PUBLIC -fsanitize=${VORNADEL_SANITIZE})
+  endif()
+endfunction()
+
+# vornadel_room(NAME SOURCES file... [LINKS target...])
+function(vornadel_room room)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+  if(NOT room IN_LIST VORNADEL_ROOMS)
+    message(FATAL_ERROR "'${room}' is not a room of this house; see cmake/Rooms.cmake")
+  endif()
+  foreach(link IN LISTS ARG_LINKS)
+    if(NOT link IN_LIST ROOM_MAY_USE_${room} AND NOT link IN_LIST ROOM_MAY_USE_OUTSIDE_${room})
+      message(FATAL_ERROR "Room '${room}' may not use '${link}'; see cmake/Rooms.cmake")
+    endif()
+  endforeach()
+  add_library(${room} STATIC ${ARG_SOURCES})
+  target_link_libraries(${room} PUBLIC ${ARG_LINKS})
+  vornadel_target_defaults(${room})
+endfunction()

@@ -1,0 +1,8 @@
+#include "diagnosis/LastError.h"
+
+namespace vornadel
+{
+
+std::atomic<int> LastError{0};
+
+} // namespace vornadel

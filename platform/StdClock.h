@@ -1,0 +1,40 @@
+#pragma once
+
+#include "platform/Clock.h"
+
+#include <condition_variable>
+#include <map>
+#include <mutex>
+#include <thread>
+
+namespace vornadel
+{
+
+/// The clock on the wall, in standard C++ alone. The thread for after() starts with its first task.
+/// The destructor drops the tasks that are not due and waits for one that is running.
+class StdClock final : public Clock
+{
+public:
+    StdClock() = default;
+    ~StdClock() override;
+
+    Duration now() override;
+    void sleep(Duration pause) override;
+    void after(Duration delay, std::function<void()> task) override;
+    void interrupt() override;
+
+private:
+    using Moment = std::chrono::steady_clock::time_point;
+
+    void runTasks();
+
+    std::mutex m_mutex;
+    std::condition_variable m_sleepers;
+    std::condition_variable m_taskAdded;
+    std::multimap<Moment, std::function<void()>> m_tasks; // equal moments keep the order of after()
+    std::thread m_taskThread;
+    bool m_interrupted = false;
+    bool m_ending = false;
+};
+
+} // namespace vornadel

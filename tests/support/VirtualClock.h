@@ -1,0 +1,85 @@
+#pragma once
+
+#include "platform/Clock.h"
+
+#include <algorithm>
+#include <map>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+namespace vornadel::test
+{
+
+/// A clock on which time passes only by sleeping, and at once. Keeps the list of the pauses asked for.
+class VirtualClock final : public Clock
+{
+public:
+    Duration now() override
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_now;
+    }
+
+    void sleep(Duration pause) override
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_pauses.push_back(pause);
+            if (m_interrupted) {
+                return;
+            }
+        }
+        if (onSleep) {
+            onSleep(pause);
+        }
+        advance(pause);
+    }
+
+    void after(Duration delay, std::function<void()> task) override
+    {
+        const std::lock_guard lock(m_mutex);
+        m_tasks.emplace(m_now + delay, std::move(task));
+    }
+
+    void interrupt() override
+    {
+        const std::lock_guard lock(m_mutex);
+        m_interrupted = true;
+    }
+
+    /// Lets time pass without being counted as a pause, and runs what falls due on the way.
+    void advance(Duration by)
+    {
+        std::unique_lock lock(m_mutex);
+        const Duration until = m_now + by;
+        while (!m_tasks.empty() && m_tasks.begin()->first <= until) {
+            m_now = std::max(m_now, m_tasks.begin()->first);
+            const std::function<void()> task = std::move(m_tasks.begin()->second);
+            m_tasks.erase(m_tasks.begin());
+            lock.unlock();
+            task();
+            lock.lock();
+        }
+        m_now = std::max(m_now, until);
+    }
+
+    /// Every pause asked for so far, in order.
+    std::vector<Duration> pauses()
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_pauses;
+    }
+
+    /// Called in sleep(), on the sleeper's thread, before time passes. Set it before the threads start.
+    std::function<void(Duration)> onSleep;
+
+private:
+    std::mutex m_mutex;
+    Duration m_now{0};
+    std::multimap<Duration, std::function<void()>> m_tasks;
+    std::vector<Duration> m_pauses;
+    bool m_interrupted = false;
+};
+
+} // namespace vornadel::test
