@@ -29,8 +29,9 @@ public:
     UsbDevice& operator=(const UsbDevice&) = delete;
     virtual ~UsbDevice() = default;
 
-    virtual std::uint16_t vendorId() const = 0;  ///< idVendor, known without opening; 0 when it cannot be read
-    virtual std::uint16_t productId() const = 0; ///< idProduct, known without opening; 0 when it cannot be read
+    virtual std::uint16_t vendorId() const = 0; ///< idVendor, known without opening; 0 when it cannot be read
+    virtual std::uint16_t
+    productId() const = 0; ///< idProduct, known without opening; 0 when it cannot be read
 
     /// Exclusive open; false when another party holds the device, access is denied or the device has left.
     virtual bool open() = 0;
