@@ -1,0 +1,32 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace vornadel
+{
+
+/// The ids of one supported hub. A USB 3 hub is two devices, one per speed, with one vendor id.
+struct SupportedIdEntry {
+    std::uint16_t valid = 0; ///< exactly 1: the entry takes part in matching
+    std::uint16_t vid = 0;   ///< USB vendor id
+    std::uint16_t sspid = 0; ///< SuperSpeed product id
+    std::uint16_t hspid = 0; ///< high-speed product id
+
+    bool operator==(const SupportedIdEntry&) const = default;
+};
+
+inline constexpr std::size_t kSupportedIdCount = 64;
+
+/// The supported hubs, by the index of their configuration keys. Written at start, before the first search and the
+/// first flow; only read afterwards, from any thread.
+extern std::array<SupportedIdEntry, kSupportedIdCount> SupportedIdList;
+
+/// Whether a device is a supported hub, at either speed.
+bool FindSupportedId(std::uint16_t vendorId, std::uint16_t productId);
+
+/// Whether one and the same entry has all three ids.
+bool FindSupportedTriple(std::uint16_t vendorId, std::uint16_t superSpeedId, std::uint16_t highSpeedId);
+
+} // namespace vornadel
