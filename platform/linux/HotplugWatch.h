@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/Clock.h"
+#include "platform/UsbBus.h"
+#include "platform/linux/LibusbContext.h"
+#include "platform/linux/UsbWatch.h"
+
+#include <atomic>
+#include <memory>
+#include <thread>
+
+namespace vornadel
+{
+
+/// Plug events as libusb tells them. The listener runs on the thread of the watch alone.
+class HotplugWatch final : public UsbWatch
+{
+public:
+    /// Null when libusb has no hot-plug events here.
+    static std::unique_ptr<HotplugWatch> start(std::shared_ptr<LibusbContext> context, Clock& clock,
+                                               UsbBus::Listener listener);
+    ~HotplugWatch() override;
+
+private:
+    HotplugWatch(std::shared_ptr<LibusbContext> context, Clock& clock, UsbBus::Listener listener,
+                 int registration);
+    void run();
+
+    std::shared_ptr<LibusbContext> m_context;
+    Clock& m_clock;
+    UsbBus::Listener m_listener;
+    int m_registration; // libusb's handle of the callback
+    std::atomic<bool> m_ending = false;
+    std::thread m_thread;
+};
+
+} // namespace vornadel

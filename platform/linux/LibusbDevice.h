@@ -1,0 +1,44 @@
+#pragma once
+
+#include "platform/UsbBus.h"
+#include "platform/linux/LibusbContext.h"
+
+#include <chrono>
+#include <memory>
+
+struct libusb_device_handle;
+
+namespace vornadel
+{
+
+/// A device of libusb's list. It is opened by way of its node below /dev/bus/usb under an advisory lock
+/// (flock), because the kernel itself lets any number of programs open a device. No interface is claimed and no
+/// kernel driver detached: vendor requests to the device need neither, and everything behind a hub would drop
+/// off the bus without the hub driver.
+class LibusbDevice final : public UsbDevice
+{
+public:
+    /// A control() status of this back end's own: the data stage was shorter than wLength. Every other status is
+    /// a libusb error code, which are negative, as 32 bits (LIBUSB_ERROR_PIPE, a stall, is 0xFFFFFFF7).
+    static constexpr std::uint32_t kShortTransfer = 1;
+
+    /// Takes a reference of its own on `device`. `timeout` ends a control transfer; 0 would mean never.
+    LibusbDevice(std::shared_ptr<LibusbContext> context, libusb_device* device,
+                 std::chrono::milliseconds timeout);
+    ~LibusbDevice() override;
+
+    std::uint16_t vendorId() const override;
+    std::uint16_t productId() const override;
+    bool open() override;
+    std::uint32_t control(ControlRequest& request) override;
+    void close() override;
+
+private:
+    std::shared_ptr<LibusbContext> m_context;
+    libusb_device* m_device;
+    libusb_device_handle* m_handle = nullptr;
+    int m_node = -1; // the open node, which carries the lock
+    std::chrono::milliseconds m_timeout;
+};
+
+} // namespace vornadel

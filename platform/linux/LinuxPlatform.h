@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/Platform.h"
+#include "platform/StdClock.h"
+#include "platform/linux/LibusbBus.h"
+#include "platform/linux/OsRelease.h"
+#include "platform/linux/PkexecRun.h"
+#include "platform/linux/SystemShell.h"
+
+namespace vornadel
+{
+
+/// The real machine: libusb, `/bin/sh`, polkit, os-release and the wall clock, in one owner.
+class LinuxPlatform
+{
+public:
+    /// References into this object, which must outlive their use.
+    Platform platform()
+    {
+        return {.usb = m_usb,
+                .shell = m_shell,
+                .privileged = m_privileged,
+                .systemVersion = m_systemVersion,
+                .clock = m_clock};
+    }
+
+private:
+    StdClock m_clock; // first, because the bus polls by it to its end
+    LibusbBus m_usb{m_clock};
+    SystemShell m_shell;
+    PkexecRun m_privileged;
+    OsRelease m_systemVersion;
+};
+
+} // namespace vornadel

@@ -1,0 +1,134 @@
+#include "tests/platform/UsbTestbed.h"
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <initializer_list>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+void check(bool done, GError* error)
+{
+    if (!done) {
+        std::fprintf(stderr, "testbed: %s\n", error != nullptr ? error->message : "failed");
+        std::abort();
+    }
+}
+
+template <typename... Values>
+std::string formatted(const char* format, Values... values)
+{
+    std::array<char, 1024> text{};
+    std::snprintf(text.data(), text.size(), format, values...);
+    return text.data();
+}
+
+/// Device, configuration and interface descriptor, in the upper-case hex digits of a testbed description.
+std::string descriptors(unsigned vendorId, unsigned productId)
+{
+    std::string hex;
+    for (const unsigned byte : std::initializer_list<unsigned>{18,
+                                                               1,
+                                                               0x20,
+                                                               0x03,
+                                                               0xFF,
+                                                               0,
+                                                               0,
+                                                               9,
+                                                               vendorId & 0xFF,
+                                                               vendorId >> 8,
+                                                               productId & 0xFF,
+                                                               productId >> 8,
+                                                               0,
+                                                               1,
+                                                               0,
+                                                               0,
+                                                               0,
+                                                               1,
+                                                               9,
+                                                               2,
+                                                               18,
+                                                               0,
+                                                               1,
+                                                               1,
+                                                               0,
+                                                               0x80,
+                                                               50,
+                                                               9,
+                                                               4,
+                                                               0,
+                                                               0,
+                                                               0,
+                                                               0xFF,
+                                                               0,
+                                                               0,
+                                                               0}) {
+        hex += formatted("%02X", byte);
+    }
+    return hex;
+}
+
+} // namespace
+
+UsbTestbed::UsbTestbed() : m_testbed(umockdev_testbed_new()) {}
+
+UsbTestbed::~UsbTestbed()
+{
+    while (!m_plugged.empty()) {
+        unplug(std::string(m_plugged.begin()->first));
+    }
+    g_object_unref(m_testbed);
+}
+
+SimulatedNode& UsbTestbed::plug(const std::string& port, std::uint16_t vendorId, std::uint16_t productId,
+                                WireHandler handler)
+{
+    if (!handler) {
+        handler = [](const WireRequest&) { return WireAnswer{}; };
+    }
+    const unsigned address = ++m_lastAddress;
+    const std::string name = formatted("bus/usb/001/%03u", address);
+    SimulatedNode& node = *m_nodes.emplace_back(std::make_unique<SimulatedNode>(address, std::move(handler)));
+    const std::string hex = descriptors(vendorId, productId);
+    const std::string description =
+        "P: /devices/usb1/" + port + "\nN: " + name + "=" + hex + "\nE: DEVNAME=/dev/" + name +
+        "\nE: DEVTYPE=usb_device\nE: SUBSYSTEM=usb\nE: MAJOR=189\n" +
+        formatted("E: MINOR=%u\nE: BUSNUM=001\nE: DEVNUM=%03u\n", address - 1, address) +
+        formatted("A: busnum=1\\n\nA: devnum=%u\\n\nA: dev=189:%u\\n\n", address, address - 1) +
+        "A: speed=5000\\n\nA: bConfigurationValue=1\\n\n" +
+        formatted("A: idVendor=%04x\\n\nA: idProduct=%04x\\n\n", unsigned{vendorId}, unsigned{productId}) +
+        "H: descriptors=" + hex + "\n";
+    const Plugged plugged{&node, "/dev/" + name, "/sys/devices/usb1/" + port};
+    GError* error = nullptr;
+    // The description sends the "add" event itself, and the host may open at once: the node's handler goes first.
+    check(umockdev_testbed_attach_ioctl(m_testbed, plugged.nodePath.c_str(), node.base(), &error) != 0,
+          error);
+    check(umockdev_testbed_add_from_string(m_testbed, description.c_str(), &error) != 0, error);
+    m_plugged[port] = plugged;
+    return node;
+}
+
+void UsbTestbed::unplug(const std::string& port)
+{
+    const auto found = m_plugged.find(port);
+    const Plugged plugged = found->second;
+    m_plugged.erase(found);
+    plugged.node->vanish();
+    umockdev_testbed_uevent(m_testbed, plugged.systemPath.c_str(), "remove");
+    umockdev_testbed_remove_device(m_testbed, plugged.systemPath.c_str());
+    GError* error = nullptr;
+    check(umockdev_testbed_detach_ioctl(m_testbed, plugged.nodePath.c_str(), &error) != 0, error);
+}
+
+void UsbTestbed::repeatArrival(const std::string& port)
+{
+    umockdev_testbed_uevent(m_testbed, m_plugged.at(port).systemPath.c_str(), "add");
+}
+
+std::string UsbTestbed::nodePath(const std::string& port) const { return m_plugged.at(port).nodePath; }
+
+} // namespace vornadel::test
