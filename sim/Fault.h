@@ -1,0 +1,117 @@
+#pragma once
+
+#include "platform/Clock.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vornadel
+{
+
+/// The simulated hub's own reading of a control request.
+enum class RequestKind {
+    Hello,   ///< the open-time request
+    Status,  ///< reads the status block
+    Rom,     ///< restarts into ROM code
+    Flash,   ///< restarts into flash code
+    Erase,   ///< erases the flash
+    Write,   ///< programs the flash
+    Read,    ///< reads the flash
+    Mode00,  ///< acknowledged without effect
+    Unknown, ///< anything else
+};
+inline constexpr std::size_t kRequestKindCount = 9;
+
+/// What can go wrong with a hub.
+///
+/// | written | happens to | what happens |
+/// |---|---|---|
+/// | `stall` | a request | it fails without effect |
+/// | `vanish-before` | a request | the hub is unplugged before the request takes effect; it fails |
+/// | `vanish-after` | a request | the request takes effect, then the hub is unplugged; it fails |
+/// | `torn:BYTES` | a write | only the first BYTES bytes are programmed, then it fails |
+/// | `flip` | a write or read | succeeds with one bit of the data changed (bit 0 of the middle byte) |
+/// | `ignore` | a request | it succeeds without effect; a buffer to fill is left alone |
+/// | `open-refused:COUNT` | opens | COUNT exclusive opens in a row fail |
+/// | `never` | a restart | the hub does not come back |
+/// | `late:SECONDS` | a restart | the hub comes back after that time, decimals allowed |
+/// | `same-mode` | a restart | the hub comes back running the kind of code that it ran before |
+/// | `bounce` | a restart | the hub comes back, leaves again after 100 ms and comes back a second time |
+enum class FaultKind {
+    Stall,
+    VanishBefore,
+    VanishAfter,
+    Torn,
+    Flip,
+    Ignore,
+    OpenRefused,
+    Never,
+    Late,
+    SameMode,
+    Bounce
+};
+
+/// One thing that goes wrong once. Positions count from 1 at the hub's creation: requests that reach the hub (all,
+/// or those of the kind `on`), open attempts on an attached device, or restarts.
+struct Fault {
+    FaultKind kind = FaultKind::Stall;
+    std::optional<RequestKind> on; ///< request faults only: count this kind alone
+    unsigned position = 0;         ///< 0: the next one after the fault was added
+    unsigned amount = 0;           ///< Torn: bytes programmed; OpenRefused: opens refused
+    Clock::Duration delay{0};      ///< Late: absence from the bus
+};
+
+/// Reads `KIND[:ARGUMENT][@POSITION]`. For request faults POSITION is `N`, the N-th request, or `REQUEST#N`, the N-th
+/// of `hello`, `status`, `rom`, `flash`, `erase`, `write`, `read`; `REQUEST` alone is the first. It is needed, but for
+/// `torn`, which means the first write without it. A position at which a `torn` meets no write, or a `flip` neither
+/// write nor read, passes without a fault. For open and restart faults POSITION is `N` and the first by default.
+/// False and a sentence in `error` when the text says something else.
+bool parseFault(std::string_view text, Fault& fault, std::string& error);
+
+/// What the faults do to one request. Several may meet; they apply in the order of the members.
+struct RequestEffects {
+    bool vanishBefore = false;
+    bool stall = false;
+    bool ignore = false;
+    std::optional<std::size_t> torn; // bytes taken
+    bool flip = false;
+    bool vanishAfter = false;
+};
+
+/// What the faults do to one restart.
+struct RestartEffects {
+    bool never = false;
+    std::optional<Clock::Duration> late;
+    bool sameMode = false;
+    bool bounce = false;
+};
+
+/// The faults waiting for their positions, and the counters they wait on. Not thread-safe.
+class FaultList
+{
+public:
+    void add(const Fault& fault);
+
+    /// Counts one request, open attempt or restart and says what goes wrong with it.
+    RequestEffects countRequest(RequestKind kind);
+    bool countOpen(); ///< true when the open is to be refused
+    RestartEffects countRestart();
+
+    unsigned requests() const { return m_requests; }
+    unsigned triggered() const { return m_triggered; } ///< faults that have happened
+
+private:
+    std::vector<Fault> m_faults; // positions resolved; a fault leaves the list when it is over
+    std::array<unsigned, kRequestKindCount> m_requestsOfKind{};
+    unsigned m_requests = 0;
+    unsigned m_opens = 0;
+    unsigned m_restarts = 0;
+    unsigned m_triggered = 0;
+};
+
+} // namespace vornadel
