@@ -35,7 +35,7 @@ struct FwImage {
     std::uint8_t* vid = nullptr;          ///< B + 2: vendor id, high byte first
     std::uint8_t* sspid = nullptr;        ///< B + 4: SuperSpeed product id, high byte first
     std::uint8_t* hspid = nullptr;        ///< B + 6: high-speed product id, high byte first
-    std::uint8_t* version = nullptr;      ///< B - 7: firmware version, high byte first; null when B is below 7
+    std::uint8_t* version = nullptr; ///< B - 7: firmware version, high byte first; null when B is below 7
     FwText manufacturer{};
     FwText product{};
     FwText serial{};

@@ -1,0 +1,261 @@
+#include "firmware/FwImage.h"
+
+#include "diagnosis/LastError.h"
+#include "props/GenFun.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <limits>
+#include <new>
+#include <system_error>
+#include <utility>
+
+namespace vornadel
+{
+
+namespace
+{
+
+constexpr int kUnreadable = 6;
+constexpr int kTooShort = 7;
+
+constexpr std::int32_t kBlockSize = 256;
+constexpr std::int32_t kVersionOffset = -7;
+constexpr std::int32_t kVidOffset = 2;
+constexpr std::int32_t kSspidOffset = 4;
+constexpr std::int32_t kHspidOffset = 6;
+constexpr std::int32_t kStringsOffset = 43;
+constexpr std::int32_t kContainerIdOffset = 78;
+
+constexpr std::uint32_t kStringsLength = 35;
+constexpr std::uint32_t kContainerIdLength = 16;
+constexpr std::size_t kStringHeader = 2;
+constexpr std::uint8_t kStringDescriptorType = 3;
+constexpr std::size_t kMostCharacters = kStringsLength - 3 * kStringHeader;
+
+constexpr std::uint8_t kSignatures[][2] = {{0xAA, 0x55}, {0x3C, 0xC3}, {0x55, 0xAA}};
+
+using Bytes = std::unique_ptr<std::uint8_t[]>;
+
+// Null when there is no memory. Not zeroed: the caller fills all of it.
+Bytes allocate(std::size_t count) { return Bytes(new (std::nothrow) std::uint8_t[count]); }
+
+// What lies behind the NUL stays, so that setting a text to what it is changes nothing of the 64 bytes.
+void keepText(FwText& text, const char* characters, std::size_t count)
+{
+    const std::size_t kept = std::min(count, text.size() - 1);
+    if (kept > 0) {
+        std::memmove(text.data(), characters, kept);
+    }
+    text[kept] = '\0';
+}
+
+std::uint8_t* findDescriptor(std::uint8_t* data, std::int32_t length)
+{
+    for (std::int32_t offset = length - kBlockSize; offset >= 0; offset -= kBlockSize) {
+        for (const auto& signature : kSignatures) {
+            if (data[offset] == signature[0] && data[offset + 1] == signature[1]) {
+                return data + offset;
+            }
+        }
+    }
+    return nullptr;
+}
+
+void formatContainerId(const std::uint8_t* id, FwText& text)
+{
+    std::size_t at = 0;
+    text[at++] = '{';
+    for (std::size_t i = 0; i < kContainerIdLength; ++i) {
+        if (i == 4 || i == 6 || i == 8 || i == 10) {
+            text[at++] = '-';
+        }
+        text[at++] = GF_Value2HexChar(static_cast<std::uint8_t>(id[i] >> 4));
+        text[at++] = GF_Value2HexChar(id[i] & 0x0F);
+    }
+    text[at++] = '}';
+    text[at] = '\0';
+}
+
+void locateFields(FwImage& image, std::uint8_t* block)
+{
+    image.descriptor = block;
+    image.strings = block + kStringsOffset;
+    image.containerId = block + kContainerIdOffset;
+    image.stringsLength = kStringsLength;
+    image.containerIdLength = kContainerIdLength;
+    image.vid = block + kVidOffset;
+    image.sspid = block + kSspidOffset;
+    image.hspid = block + kHspidOffset;
+    image.version = block - image.data.get() >= -kVersionOffset ? block + kVersionOffset : nullptr;
+}
+
+// Parses bytes that are the record's from now on.
+bool adopt(FwImage& image, Bytes bytes, std::int32_t length)
+{
+    FwImage_Release(image);
+    image.data = std::move(bytes);
+    image.size = length;
+    if (length < kBlockSize) {
+        LastError = kTooShort;
+        return false;
+    }
+    std::uint8_t* const block = findDescriptor(image.data.get(), length);
+    if (block == nullptr) {
+        return false;
+    }
+    locateFields(image, block);
+    FwImage_ParseStrings(image.strings, image.stringsLength, image.manufacturer, image.product, image.serial);
+    formatContainerId(image.containerId, image.containerIdText);
+    image.loaded = true;
+    return true;
+}
+
+struct FileCloser {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, FileCloser>;
+
+// Null for anything but a regular file: opening a pipe or a device could block, or do more than open it.
+File openImage(const std::string& path)
+{
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(path, ignored)) {
+        return nullptr;
+    }
+    return File(std::fopen(path.c_str(), "rb"));
+}
+
+// The whole file, or null.
+Bytes readFile(const std::string& path, std::size_t size)
+{
+    const File file = openImage(path);
+    if (file == nullptr) {
+        return nullptr;
+    }
+    Bytes bytes = allocate(size);
+    if (bytes == nullptr || std::fread(bytes.get(), 1, size, file.get()) != size) {
+        return nullptr;
+    }
+    return bytes;
+}
+
+} // namespace
+
+bool FwImage_LoadFile(FwImage& image, const std::string& path)
+{
+    constexpr std::uint32_t kLongest = std::numeric_limits<std::int32_t>::max();
+    const std::uint32_t size = GetFileSize(path);
+    Bytes bytes = size >= 1 && size <= kLongest ? readFile(path, size) : nullptr;
+    if (bytes == nullptr) {
+        LastError = kUnreadable;
+        return false;
+    }
+    return adopt(image, std::move(bytes), static_cast<std::int32_t>(size));
+}
+
+bool FwImage_Parse(FwImage& image, const std::uint8_t* bytes, std::int32_t length)
+{
+    Bytes copy = bytes != nullptr && length >= 1 ? allocate(static_cast<std::size_t>(length)) : nullptr;
+    if (copy == nullptr) {
+        FwImage_Release(image);
+        image.size = std::min(length, 0);
+        LastError = kUnreadable;
+        return false;
+    }
+    std::memcpy(copy.get(), bytes, static_cast<std::size_t>(length));
+    return adopt(image, std::move(copy), length);
+}
+
+void FwImage_Release(FwImage& image)
+{
+    image.loaded = false;
+    image.data.reset();
+    image.size = 0;
+    image.stringsLength = 0;
+    image.containerIdLength = 0;
+    for (std::uint8_t** position : {&image.descriptor, &image.strings, &image.containerId, &image.vid,
+                                    &image.sspid, &image.hspid, &image.version}) {
+        *position = nullptr;
+    }
+}
+
+bool FwImage_SetStrings(FwImage& image, std::string_view manufacturer, std::string_view product,
+                        std::string_view serial)
+{
+    if (image.strings == nullptr) {
+        return false;
+    }
+    const std::string_view texts[] = {manufacturer, product, serial};
+    FwText* const copies[] = {&image.manufacturer, &image.product, &image.serial};
+
+    // Built aside, and the copies read back from it: the texts may be the record's own.
+    std::uint8_t area[kStringsLength] = {};
+    const bool fits = manufacturer.size() + product.size() + serial.size() <= kMostCharacters;
+    if (fits) {
+        std::size_t at = 0;
+        for (const std::string_view text : texts) {
+            area[at] = static_cast<std::uint8_t>(text.size() + kStringHeader);
+            area[at + 1] = kStringDescriptorType;
+            std::copy(text.begin(), text.end(), area + at + kStringHeader);
+            at += area[at];
+        }
+        at = 0;
+        for (FwText* copy : copies) {
+            keepText(*copy, reinterpret_cast<const char*>(area + at + kStringHeader),
+                     area[at] - kStringHeader);
+            at += area[at];
+        }
+    }
+    // Texts that are too long wipe the strings of the image.
+    std::copy(std::begin(area), std::end(area), image.strings);
+    return fits;
+}
+
+bool FwImage_SetContainerId(FwImage& image, std::string_view text)
+{
+    if (image.containerId == nullptr) {
+        return false;
+    }
+    std::uint8_t id[kContainerIdLength] = {};
+    std::size_t digits = 0;
+    for (const char c : text) {
+        if (GF_IsAlphaNum(c) && digits < 2 * kContainerIdLength) {
+            const unsigned weight = digits % 2 == 0 ? 16 : 1;
+            std::uint8_t& byte = id[digits / 2];
+            byte = static_cast<std::uint8_t>(byte + GF_Char2Value(c) * weight);
+            ++digits;
+        }
+    }
+    keepText(image.containerIdText, text.data(), text.size());
+    std::copy(std::begin(id), std::end(id), image.containerId);
+    return true;
+}
+
+void FwImage_ParseStrings(const std::uint8_t* area, std::uint32_t areaLength, FwText& manufacturer,
+                          FwText& product, FwText& serial)
+{
+    std::size_t at = 0;
+    for (FwText* text : {&manufacturer, &product, &serial}) {
+        // A length of 1 would leave less than the header: such an area ends here.
+        if (at >= areaLength || area[at] < kStringHeader || at + area[at] > areaLength) {
+            return;
+        }
+        const auto* characters = reinterpret_cast<const char*>(area + at + kStringHeader);
+        keepText(*text, characters, area[at] - kStringHeader);
+        at += area[at];
+    }
+}
+
+std::uint32_t GetFileSize(const std::string& path)
+{
+    constexpr std::uint32_t kUnknown = std::numeric_limits<std::uint32_t>::max();
+    const File file = openImage(path);
+    std::error_code error;
+    const std::uintmax_t size = file == nullptr ? kUnknown : std::filesystem::file_size(path, error);
+    return error ? kUnknown : static_cast<std::uint32_t>(std::min<std::uintmax_t>(size, kUnknown));
+}
+
+} // namespace vornadel

@@ -1,0 +1,173 @@
+#include "hub/HubCommands.h"
+
+#include "diagnosis/LastError.h"
+#include "hub/HubTransport.h"
+#include "hub/VendorRequests.h"
+
+#include <algorithm>
+#include <chrono>
+#include <iterator>
+
+namespace vornadel
+{
+
+namespace
+{
+
+using namespace std::chrono_literals;
+
+constexpr int kNoRomCode = 12;
+
+constexpr std::size_t kVersionHigh = 10;
+constexpr std::size_t kVersionLow = 11;
+constexpr std::size_t kRestartSpeed = 13;
+constexpr std::size_t kFlags = 15;
+constexpr std::uint8_t kNotRomCode = 0x02;
+constexpr std::uint8_t kQuickRestart = 1;
+
+constexpr int kAttempts = 3; // of a mode command and of an erase request
+constexpr Clock::Duration kAttemptPause = 128ms;
+constexpr int kReopenAttempts = 20;
+constexpr Clock::Duration kReopenPause = 2s;
+constexpr Clock::Duration kQuickReopenPause = 1s;
+
+struct ModeCommand {
+    std::uint8_t mode;
+    VendorCommand command;
+};
+constexpr ModeCommand kModeCommands[] = {
+    {HUB_MODE_ROM, VendorCommand::RestartIntoRom},
+    {HUB_MODE_FLASH, VendorCommand::RestartIntoFlash},
+    {0x00, VendorCommand::ModeZero},
+};
+
+std::uint32_t send(VendorCommand command, void* data = nullptr, std::uint16_t length = 0)
+{
+    const VendorRequest& request = vendorRequest(command);
+    return Hub_ControlRequest(request.bmRequestType, request.bRequest, request.wValue, request.wIndex, length,
+                              data);
+}
+
+std::uint32_t sendToAddress(VendorCommand command, std::uint32_t address, void* data = nullptr,
+                            std::uint16_t length = 0)
+{
+    const VendorRequest& request = vendorRequest(command);
+    return Hub_ControlRequest(request.bmRequestType, request.bRequest,
+                              static_cast<std::uint16_t>(address & 0xFFFF),
+                              static_cast<std::uint16_t>(address >> 16), length, data);
+}
+
+bool readWholeBlock(HubStatusBlock& block)
+{
+    block = {};
+    return Hub_ReadStatusBlock(block.data(), static_cast<std::uint16_t>(block.size())) == 0;
+}
+
+Clock::Duration reopenPause(std::uint8_t mode)
+{
+    HubStatusBlock block;
+    const bool quick = mode == HUB_MODE_ROM && readWholeBlock(block) && block[kRestartSpeed] == kQuickRestart;
+    return quick ? kQuickReopenPause : kReopenPause;
+}
+
+// The first attempt closes the hub: the others fail before they reach it and only take their pauses.
+bool sendModeCommandPatiently(std::uint8_t mode)
+{
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        if (Hub_SendModeCommand(mode)) {
+            return true;
+        }
+        Hub_Pause(kAttemptPause);
+    }
+    return false;
+}
+
+} // namespace
+
+std::uint32_t Hub_ReadStatusBlock(std::uint8_t* buffer, std::uint16_t length)
+{
+    return send(VendorCommand::ReadStatus, buffer, length);
+}
+
+bool Hub_IsRomMode()
+{
+    HubStatusBlock block;
+    return readWholeBlock(block) && (block[kFlags] & kNotRomCode) == 0;
+}
+
+std::uint16_t Hub_GetFwVersion()
+{
+    HubStatusBlock block;
+    if (!readWholeBlock(block)) {
+        return 0;
+    }
+    return static_cast<std::uint16_t>(block[kVersionHigh] << 8 | block[kVersionLow]);
+}
+
+bool Hub_SendModeCommand(std::uint8_t mode)
+{
+    const auto* const row = std::find_if(std::begin(kModeCommands), std::end(kModeCommands),
+                                         [mode](const ModeCommand& each) { return each.mode == mode; });
+    const bool sent = row == std::end(kModeCommands) || send(row->command) == 0;
+    Hub_CloseDevice();
+    return sent;
+}
+
+bool Hub_SwitchMode(std::uint8_t mode)
+{
+    const Clock::Duration pause = reopenPause(mode);
+    if (!sendModeCommandPatiently(mode)) {
+        return false;
+    }
+    for (int attempt = 0; attempt < kReopenAttempts; ++attempt) {
+        Hub_Pause(pause);
+        if (Hub_OpenDevice()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool Hub_OpenRomDevice()
+{
+    if (!Hub_OpenDevice()) {
+        return false;
+    }
+    if (Hub_IsRomMode()) {
+        return true;
+    }
+    if (!Hub_SwitchMode(HUB_MODE_ROM)) {
+        return false;
+    }
+    if (Hub_IsRomMode()) {
+        return true;
+    }
+    LastError = kNoRomCode;
+    Hub_CloseDevice();
+    return false;
+}
+
+bool Hub_EraseFlash()
+{
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        const bool erased = sendToAddress(VendorCommand::EraseFlash, 0) == 0;
+        Hub_Pause(kAttemptPause);
+        if (erased) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::uint32_t Hub_WriteFlash(std::uint32_t address, const std::uint8_t* data, std::uint16_t length)
+{
+    // The data of a control request serves both directions; an outgoing one only reads it.
+    return sendToAddress(VendorCommand::WriteFlash, address, const_cast<std::uint8_t*>(data), length);
+}
+
+std::uint32_t Hub_ReadFlash(std::uint32_t address, std::uint8_t* buffer, std::uint16_t length)
+{
+    return sendToAddress(VendorCommand::ReadFlash, address, buffer, length);
+}
+
+} // namespace vornadel

@@ -1,0 +1,223 @@
+#include "hub/HubTransport.h"
+
+#include "diagnosis/LastError.h"
+#include "hub/SupportedIds.h"
+#include "hub/VendorRequests.h"
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace vornadel
+{
+
+namespace
+{
+
+constexpr int kNoDeviceList = 2;
+constexpr int kNoPlugIn = 3;
+constexpr int kNoInterface = 4;
+constexpr int kNoHubOpened = 5;
+
+struct Transport {
+    std::atomic<UsbBus*> bus{nullptr};
+    std::atomic<Clock*> clock{nullptr};
+    std::atomic<bool> abandoned{false};
+
+    std::mutex mutex; // guards what follows; not held while the bus is at work
+    std::unique_ptr<UsbDevice> HubDevice;
+    bool claimed = false;  // from the beginning of an open to the end of the close
+    std::thread::id owner; // of the claim
+    std::vector<std::unique_ptr<UsbDevice>> overwritten;
+};
+
+// Lives until the process is gone: a flow may be in a transfer when main() returns, and the devices in it may
+// outlast the bus they came from, so nothing of it is ever destroyed.
+Transport& transport()
+{
+    static Transport& instance = *new Transport;
+    return instance;
+}
+
+bool claim()
+{
+    Transport& self = transport();
+    const std::lock_guard lock(self.mutex);
+    if (self.claimed && self.owner != std::this_thread::get_id()) {
+        return false;
+    }
+    self.claimed = true;
+    self.owner = std::this_thread::get_id();
+    return true;
+}
+
+// Ends a claim that has no open hub to guard.
+void settle()
+{
+    Transport& self = transport();
+    const std::lock_guard lock(self.mutex);
+    self.claimed = self.HubDevice != nullptr;
+}
+
+void store(std::unique_ptr<UsbDevice> hub)
+{
+    Transport& self = transport();
+    const std::lock_guard lock(self.mutex);
+    if (self.HubDevice != nullptr) {
+        self.overwritten.push_back(std::move(self.HubDevice));
+    }
+    self.HubDevice = std::move(hub);
+}
+
+// The open hub, when it is the calling thread's; it stays valid as long as that thread does not close it.
+UsbDevice* ownHub()
+{
+    Transport& self = transport();
+    const std::lock_guard lock(self.mutex);
+    return self.claimed && self.owner == std::this_thread::get_id() ? self.HubDevice.get() : nullptr;
+}
+
+std::unique_ptr<UsbDevice> takeOwnHub()
+{
+    Transport& self = transport();
+    const std::lock_guard lock(self.mutex);
+    if (!self.claimed || self.owner != std::this_thread::get_id()) {
+        return nullptr;
+    }
+    return std::move(self.HubDevice);
+}
+
+std::unique_ptr<UsbSearch> beginSearch()
+{
+    UsbBus* const bus = transport().bus;
+    std::unique_ptr<UsbSearch> search = bus != nullptr ? bus->search() : nullptr;
+    if (search == nullptr) {
+        LastError = kNoDeviceList;
+    }
+    return search;
+}
+
+// The next supported hub of the walk, or null at its end.
+std::unique_ptr<UsbDevice> nextSupported(UsbSearch& search)
+{
+    for (;;) {
+        std::unique_ptr<UsbDevice> device;
+        switch (search.next(device)) {
+        case UsbSearch::Step::NoPlugIn:
+            LastError = kNoPlugIn;
+            break;
+        case UsbSearch::Step::NoInterface:
+            LastError = kNoInterface;
+            break;
+        case UsbSearch::Step::Device:
+            if (FindSupportedId(device->vendorId(), device->productId())) {
+                return device;
+            }
+            break;
+        case UsbSearch::Step::End:
+            return nullptr;
+        }
+    }
+}
+
+// The first supported hub, opened; or null, with LastError set.
+std::unique_ptr<UsbDevice> openFirstSupported()
+{
+    const std::unique_ptr<UsbSearch> search = beginSearch();
+    if (search == nullptr) {
+        return nullptr;
+    }
+    std::unique_ptr<UsbDevice> hub = nextSupported(*search);
+    if (hub == nullptr || transport().abandoned || !hub->open()) {
+        LastError = kNoHubOpened;
+        return nullptr;
+    }
+    return hub;
+}
+
+} // namespace
+
+void Hub_UsePlatform(UsbBus& bus, Clock& clock)
+{
+    Transport& self = transport();
+    const std::lock_guard lock(self.mutex);
+    if (self.claimed) {
+        return;
+    }
+    self.bus = &bus;
+    self.clock = &clock;
+    self.abandoned = false;
+}
+
+bool Hub_FindDevice()
+{
+    const std::unique_ptr<UsbSearch> search = beginSearch();
+    if (search == nullptr) {
+        return false;
+    }
+    const bool found = nextSupported(*search) != nullptr;
+    search->release();
+    return found;
+}
+
+bool Hub_OpenDevice()
+{
+    if (transport().abandoned || !claim()) {
+        LastError = kNoHubOpened;
+        return false;
+    }
+    std::unique_ptr<UsbDevice> hub = openFirstSupported();
+    if (hub == nullptr) {
+        settle();
+        return false;
+    }
+    store(std::move(hub));
+    const VendorRequest& greeting = vendorRequest(VendorCommand::OpenTime);
+    Hub_ControlRequest(greeting.bmRequestType, greeting.bRequest, greeting.wValue, greeting.wIndex, 0,
+                       nullptr);
+    return true;
+}
+
+void Hub_CloseDevice()
+{
+    if (std::unique_ptr<UsbDevice> hub = takeOwnHub()) {
+        hub->close();
+        hub.reset();
+        settle();
+    }
+}
+
+bool Hub_IsOpen()
+{
+    Transport& self = transport();
+    const std::lock_guard lock(self.mutex);
+    return self.HubDevice != nullptr;
+}
+
+std::uint32_t Hub_ControlRequest(std::uint8_t bmRequestType, std::uint8_t bRequest, std::uint16_t wValue,
+                                 std::uint16_t wIndex, std::uint16_t wLength, void* data)
+{
+    UsbDevice* const hub = ownHub();
+    if (hub == nullptr) {
+        return kHubNotOpen;
+    }
+    if (transport().abandoned) {
+        return kHubAbandoned;
+    }
+    ControlRequest request{bmRequestType, bRequest, wValue, wIndex, wLength, data};
+    return hub->control(request);
+}
+
+void Hub_Pause(Clock::Duration pause)
+{
+    if (Clock* const clock = transport().clock) {
+        clock->sleep(pause);
+    }
+}
+
+void Hub_Abandon() { transport().abandoned = true; }
+
+} // namespace vornadel
