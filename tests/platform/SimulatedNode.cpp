@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 #include <linux/usbdevice_fs.h>
+#include <sys/ioctl.h>
 #include <utility>
 
 namespace vornadel::test
@@ -150,6 +151,12 @@ std::size_t SimulatedNode::ioctlCount()
     return m_ioctlCount;
 }
 
+std::vector<unsigned long> SimulatedNode::refusedIoctls()
+{
+    const std::lock_guard lock(m_mutex);
+    return m_refusedIoctls;
+}
+
 void SimulatedNode::onConnected(UMockdevIoctlBase* /*base*/, UMockdevIoctlClient* client, gpointer self)
 {
     auto* node = static_cast<SimulatedNode*>(self);
@@ -202,7 +209,8 @@ void SimulatedNode::handle(UMockdevIoctlClient* client)
     case USBDEVFS_REAPURB:
     case USBDEVFS_REAPURBNDELAY:
         return reap(client);
-    default: // claiming an interface or detaching a driver among them: this device does not let them pass
+    default:
+        m_refusedIoctls.push_back(request);
         return complete(client, -1, ENOTTY);
     }
 }

@@ -60,6 +60,10 @@ public:
     /// ioctls of any kind so far. Listing makes none, opening does.
     std::size_t ioctlCount();
 
+    /// The ioctls that went beyond what a vendor request to the device needs, such as claiming an interface or
+    /// detaching a driver. They all fail.
+    std::vector<unsigned long> refusedIoctls();
+
 private:
     struct Transfer {
         UMockdevIoctlData* urb;    // of the host, held until it is reaped
@@ -93,6 +97,7 @@ private:
     bool m_justReaped = false;
     std::size_t m_ioctlCount = 0;
     std::vector<WireRequest> m_requests;
+    std::vector<unsigned long> m_refusedIoctls;
     std::map<GObject*, Transfers> m_transfers; // per open file
 };
 

@@ -1,0 +1,96 @@
+#include "platform/linux/LibusbBus.h"
+#include "tests/platform/UsbTestbed.h"
+#include "tests/support/UsbBusContract.h"
+#include "tests/support/VirtualClock.h"
+
+#include <cerrno>
+#include <mutex>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+constexpr std::uint8_t kRead = 0x21;
+constexpr std::uint8_t kWrite = 0x22;
+constexpr std::uint8_t kStall = 0x23;
+
+/// libusb before a simulated device that answers a read with a pattern and keeps what is written.
+class LibusbUnderTest final : public BusUnderTest
+{
+public:
+    explicit LibusbUnderTest(bool polling) : m_bus(m_clock, {.forcePolling = polling})
+    {
+        m_testbed.plug("1-2", 0x0BDA, 0x0001); // an unrelated neighbour
+    }
+
+    UsbBus& bus() override { return m_bus; }
+
+    void plug(std::uint16_t vendorId, std::uint16_t productId) override
+    {
+        m_testbed.plug("1-1", vendorId, productId,
+                       [this](const WireRequest& request) { return answer(request); });
+    }
+
+    void unplug() override { m_testbed.unplug("1-1"); }
+
+    ControlRequest readRequest(std::uint16_t length) override
+    {
+        return {.bmRequestType = 0xC0, .bRequest = kRead, .wLength = length};
+    }
+
+    std::vector<std::uint8_t> expectedRead(std::uint16_t length) override
+    {
+        std::vector<std::uint8_t> data(length);
+        for (std::size_t i = 0; i < data.size(); ++i) {
+            data[i] = static_cast<std::uint8_t>(i ^ (i >> 8));
+        }
+        return data;
+    }
+
+    ControlRequest writeRequest(std::uint16_t length) override
+    {
+        return {.bmRequestType = 0x40, .bRequest = kWrite, .wLength = length};
+    }
+
+    std::vector<std::uint8_t> lastWritten() override
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_written;
+    }
+
+    ControlRequest stalledRequest() override { return {.bmRequestType = 0x40, .bRequest = kStall}; }
+
+    void settle() override { m_clock.advance(std::chrono::seconds(1)); }
+
+private:
+    WireAnswer answer(const WireRequest& request)
+    {
+        if (request.bRequest == kRead) {
+            return {.in = expectedRead(request.wLength)};
+        }
+        if (request.bRequest == kWrite) {
+            const std::lock_guard lock(m_mutex);
+            m_written = request.out;
+            return {};
+        }
+        return {.error = -EPIPE};
+    }
+
+    UsbTestbed m_testbed;
+    VirtualClock m_clock;
+    LibusbBus m_bus;
+    std::mutex m_mutex;
+    std::vector<std::uint8_t> m_written;
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Libusb, UsbBusContract,
+    testing::Values(BusFactory{"Hotplug", [] { return std::make_unique<LibusbUnderTest>(false); }},
+                    BusFactory{"Polling", [] { return std::make_unique<LibusbUnderTest>(true); }}),
+    busName);
+
+} // namespace
+
+} // namespace vornadel::test

@@ -1,0 +1,295 @@
+#pragma once
+
+#include "platform/UsbBus.h"
+#include "tests/support/PlugEvents.h"
+#include "tests/support/UsbDevices.h"
+
+#include <cstdint>
+#include <functional>
+#include <gtest/gtest.h>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace vornadel::test
+{
+
+/// What the contract needs of a back end: the bus, one device that can be plugged in and out, and which requests
+/// that device understands. The `data` of the requests is the contract's to fill in.
+class BusUnderTest
+{
+public:
+    BusUnderTest() = default;
+    BusUnderTest(const BusUnderTest&) = delete;
+    BusUnderTest& operator=(const BusUnderTest&) = delete;
+    virtual ~BusUnderTest() = default;
+
+    virtual UsbBus& bus() = 0;
+    virtual void plug(std::uint16_t vendorId, std::uint16_t productId) = 0;
+    virtual void unplug() = 0;
+
+    /// A request to which the device answers with `length` bytes, and those bytes. Asked for 0, 32 and 4096.
+    virtual ControlRequest readRequest(std::uint16_t length) = 0;
+    virtual std::vector<std::uint8_t> expectedRead(std::uint16_t length) = 0;
+
+    /// A request with which the device takes `length` bytes, and the data stage as the device last saw it.
+    virtual ControlRequest writeRequest(std::uint16_t length) = 0;
+    virtual std::vector<std::uint8_t> lastWritten() = 0;
+
+    /// A request that the device stalls; without data stage.
+    virtual ControlRequest stalledRequest() = 0;
+
+    /// Makes plug events reach the listener where that takes a push, as a virtual clock does.
+    virtual void settle() {}
+};
+
+struct BusFactory {
+    std::string name; ///< letters and digits
+    std::function<std::unique_ptr<BusUnderTest>()> make;
+};
+
+/// gtest would print the bytes of the record, which differ from run to run.
+inline void PrintTo(const BusFactory& factory, std::ostream* out) { *out << factory.name; }
+
+/// What every USB back end keeps, whatever is behind it. A test program instantiates it once:
+///
+///     INSTANTIATE_TEST_SUITE_P(Embedded, UsbBusContract, testing::Values(BusFactory{"Embedded", makeBus}),
+///                              busName);
+class UsbBusContract : public testing::TestWithParam<BusFactory>
+{
+protected:
+    static constexpr std::uint16_t kVendorId = 0x1209;
+    static constexpr std::uint16_t kProductId = 0x5AB3;
+
+    UsbBus& bus() { return m_subject->bus(); }
+    void plug() { m_subject->plug(kVendorId, kProductId); }
+    std::unique_ptr<UsbDevice> find() { return findDevice(bus(), kVendorId, kProductId); }
+
+    /// Plugged and open; null when that failed.
+    std::unique_ptr<UsbDevice> openDevice()
+    {
+        plug();
+        std::unique_ptr<UsbDevice> device = find();
+        return device && device->open() ? std::move(device) : nullptr;
+    }
+
+    std::unique_ptr<BusUnderTest> m_subject = GetParam().make();
+};
+
+inline std::string busName(const testing::TestParamInfo<BusFactory>& info) { return info.param.name; }
+
+TEST_P(UsbBusContract, ListsTheIdsOfAnAttachedDevice)
+{
+    EXPECT_EQ(find(), nullptr);
+    plug();
+    EXPECT_NE(find(), nullptr);
+}
+
+TEST_P(UsbBusContract, ListsADeviceThatAnotherPartyHolds)
+{
+    const auto holder = openDevice();
+    ASSERT_NE(holder, nullptr);
+    EXPECT_NE(find(), nullptr);
+}
+
+TEST_P(UsbBusContract, ListsNothingThatHasLeft)
+{
+    plug();
+    m_subject->unplug();
+    EXPECT_EQ(find(), nullptr);
+}
+
+TEST_P(UsbBusContract, WalksOnlyWhatWasThereWhenTheSearchBegan)
+{
+    const auto search = bus().search();
+    ASSERT_NE(search, nullptr);
+    plug();
+    std::unique_ptr<UsbDevice> device;
+    while (search->next(device) == UsbSearch::Step::Device) {
+        EXPECT_FALSE(device->vendorId() == kVendorId && device->productId() == kProductId);
+    }
+    EXPECT_EQ(device, nullptr);
+}
+
+TEST_P(UsbBusContract, EndsTheWalkWhenTheListIsGivenBack)
+{
+    plug();
+    const auto search = bus().search();
+    ASSERT_NE(search, nullptr);
+    std::unique_ptr<UsbDevice> device;
+    ASSERT_EQ(search->next(device), UsbSearch::Step::Device);
+    search->release();
+    search->release();
+    EXPECT_EQ(search->next(device), UsbSearch::Step::End);
+    EXPECT_EQ(device, nullptr);
+}
+
+TEST_P(UsbBusContract, DevicesOutliveTheirSearch)
+{
+    plug();
+    auto device = find(); // its search is over
+    ASSERT_NE(device, nullptr);
+    EXPECT_TRUE(device->open());
+    ControlRequest request = m_subject->readRequest(0);
+    EXPECT_EQ(device->control(request), 0U);
+}
+
+TEST_P(UsbBusContract, OpensForOneOwnerAtATime)
+{
+    const auto first = openDevice();
+    const auto second = find();
+    ASSERT_NE(first, nullptr);
+    ASSERT_NE(second, nullptr);
+    EXPECT_FALSE(second->open());
+    first->close();
+    EXPECT_TRUE(second->open());
+    EXPECT_FALSE(first->open());
+}
+
+TEST_P(UsbBusContract, GivesADestroyedDeviceBack)
+{
+    auto first = openDevice();
+    ASSERT_NE(first, nullptr);
+    first.reset();
+    const auto second = find();
+    ASSERT_NE(second, nullptr);
+    EXPECT_TRUE(second->open());
+}
+
+TEST_P(UsbBusContract, ClosesTwiceWithoutHarm)
+{
+    const auto device = openDevice();
+    ASSERT_NE(device, nullptr);
+    device->close();
+    device->close();
+    EXPECT_TRUE(device->open());
+}
+
+TEST_P(UsbBusContract, MovesDataFromTheDevice)
+{
+    const auto device = openDevice();
+    ASSERT_NE(device, nullptr);
+    for (const std::uint16_t length : {std::uint16_t{0}, std::uint16_t{32}, std::uint16_t{4096}}) {
+        std::vector<std::uint8_t> data(length, 0xEE);
+        ControlRequest request = m_subject->readRequest(length);
+        request.data = length == 0 ? nullptr : data.data();
+        EXPECT_EQ(device->control(request), 0U) << length;
+        EXPECT_EQ(request.transferred, length);
+        EXPECT_EQ(data, m_subject->expectedRead(length)) << length;
+    }
+}
+
+TEST_P(UsbBusContract, MovesDataToTheDevice)
+{
+    const auto device = openDevice();
+    ASSERT_NE(device, nullptr);
+    for (const std::uint16_t length : {std::uint16_t{0}, std::uint16_t{32}, std::uint16_t{4096}}) {
+        std::vector<std::uint8_t> data(length);
+        for (std::size_t i = 0; i < data.size(); ++i) {
+            data[i] = static_cast<std::uint8_t>(i * 7 + length);
+        }
+        ControlRequest request = m_subject->writeRequest(length);
+        request.data = length == 0 ? nullptr : data.data();
+        EXPECT_EQ(device->control(request), 0U) << length;
+        EXPECT_EQ(request.transferred, length);
+        EXPECT_EQ(m_subject->lastWritten(), data) << length;
+    }
+}
+
+TEST_P(UsbBusContract, ReportsAStallAndGoesOn)
+{
+    const auto device = openDevice();
+    ASSERT_NE(device, nullptr);
+    ControlRequest stalled = m_subject->stalledRequest();
+    EXPECT_NE(device->control(stalled), 0U);
+    EXPECT_EQ(stalled.transferred, 0U);
+    ControlRequest next = m_subject->readRequest(0);
+    EXPECT_EQ(device->control(next), 0U);
+}
+
+TEST_P(UsbBusContract, FailsRequestsToADeviceThatHasLeft)
+{
+    const auto device = openDevice();
+    ASSERT_NE(device, nullptr);
+    m_subject->unplug();
+    ControlRequest request = m_subject->readRequest(0);
+    EXPECT_NE(device->control(request), 0U);
+    device->close();
+}
+
+TEST_P(UsbBusContract, OpensNoDeviceThatHasLeft)
+{
+    plug();
+    const auto device = find();
+    ASSERT_NE(device, nullptr);
+    m_subject->unplug();
+    EXPECT_FALSE(device->open());
+}
+
+TEST_P(UsbBusContract, FailsOnTheOldDeviceWhenItHasReturned)
+{
+    const auto old = openDevice();
+    ASSERT_NE(old, nullptr);
+    m_subject->unplug();
+    plug();
+    ControlRequest request = m_subject->readRequest(0);
+    EXPECT_NE(old->control(request), 0U);
+    old->close();
+    const auto returned = find();
+    ASSERT_NE(returned, nullptr);
+    EXPECT_TRUE(returned->open());
+}
+
+TEST_P(UsbBusContract, ReportsWhatComesAndGoes)
+{
+    PlugEvents events;
+    ASSERT_TRUE(bus().watch(events.listener()));
+    plug();
+    m_subject->settle();
+    EXPECT_TRUE(events.waitFor(UsbEvent::Attached));
+    const std::size_t arrivals = events.all().size();
+    m_subject->unplug();
+    m_subject->settle();
+    EXPECT_TRUE(events.waitFor(UsbEvent::Detached, arrivals));
+    bus().unwatch();
+}
+
+TEST_P(UsbBusContract, ReportsNothingThatWasThereBeforeTheWatch)
+{
+    plug();
+    ASSERT_NE(find(), nullptr);
+    PlugEvents events;
+    ASSERT_TRUE(bus().watch(events.listener()));
+    m_subject->unplug();
+    m_subject->settle();
+    EXPECT_TRUE(events.waitFor(UsbEvent::Detached));
+    bus().unwatch();
+    EXPECT_EQ(events.all().front(), UsbEvent::Detached);
+}
+
+TEST_P(UsbBusContract, ReportsNothingAfterTheWatch)
+{
+    PlugEvents events;
+    ASSERT_TRUE(bus().watch(events.listener()));
+    bus().unwatch();
+    bus().unwatch();
+    plug();
+    m_subject->settle();
+    EXPECT_NE(find(), nullptr);
+    EXPECT_TRUE(events.all().empty());
+}
+
+TEST_P(UsbBusContract, WatchesAgain)
+{
+    PlugEvents events;
+    ASSERT_TRUE(bus().watch(events.listener()));
+    bus().unwatch();
+    ASSERT_TRUE(bus().watch(events.listener()));
+    plug();
+    m_subject->settle();
+    EXPECT_TRUE(events.waitFor(UsbEvent::Attached));
+    bus().unwatch();
+}
+
+} // namespace vornadel::test
