@@ -83,6 +83,12 @@ private:
 SimulatedBus::SimulatedBus(std::shared_ptr<SimulatedHub> hub) : m_hub(std::move(hub)) {}
 
 // unwatch() is virtual, and the notifier can be reached without it
+std::unique_ptr<SimulatedBus> SimulatedBus::create(std::string_view options, Clock& clock, std::string& error)
+{
+    SimulatedHubOptions read;
+    return parseSimulatedHubOptions(options, read, error) ? create(read, clock, error) : nullptr;
+}
+
 SimulatedBus::~SimulatedBus() { m_hub->notifier().unwatch(); }
 
 std::unique_ptr<SimulatedBus> SimulatedBus::create(const SimulatedHubOptions& options, Clock& clock,

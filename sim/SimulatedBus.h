@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace vornadel
 {
@@ -17,6 +18,8 @@ public:
     /// Null and a sentence in `error` when the hub cannot be made.
     static std::unique_ptr<SimulatedBus> create(const SimulatedHubOptions& options, Clock& clock,
                                                 std::string& error);
+    /// The same with the options as they are written on a command line.
+    static std::unique_ptr<SimulatedBus> create(std::string_view options, Clock& clock, std::string& error);
     ~SimulatedBus() override;
 
     std::unique_ptr<UsbSearch> search() override;

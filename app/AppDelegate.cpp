@@ -1,0 +1,102 @@
+#include "app/AppDelegate.h"
+
+#include "app/ConsoleLog.h"
+#include "app/Controls.h"
+#include "app/GeneralFunction.h"
+#include "config/ToolConfig.h"
+#include "hub/HubTransport.h"
+#include "hub/SupportedIds.h"
+
+#include <QWidget>
+
+#include <chrono>
+#include <utility>
+
+namespace vornadel
+{
+
+AppDelegate* AppDelegateRef = nullptr;
+
+namespace
+{
+
+/// Written by the first start of the tool since the machine started, never refreshed.
+constexpr const char* kBootArgumentsSnapshot = "/tmp/nvram_setting.dat";
+
+/// How long a transfer in flight may hold up the end of the program.
+constexpr std::chrono::seconds kShutDownGrace{3};
+
+} // namespace
+
+AppDelegate::AppDelegate(Platform& platform, ToolPlace place, QString titleSuffix)
+    : m_platform(platform), m_place(std::move(place)), m_titleSuffix(std::move(titleSuffix))
+{
+}
+
+AppDelegate::~AppDelegate()
+{
+    m_platform.usb.unwatch();
+    if (AppDelegateRef == this) {
+        AppDelegateRef = nullptr;
+    }
+}
+
+void AppDelegate::applicationDidFinishLaunching()
+{
+    AppDelegateRef = this;
+    const QString place = QString::fromStdString(m_place.bundlePath);
+    m_apPath = m_place.bundled ? GeneralFunction::GetDirFromPath(place) : place;
+    m_resourcePath = QString::fromStdString(m_place.resourcePath);
+
+    const QString version = GeneralFunction::GetCurrentSystemVersion(m_platform.systemVersion);
+    _bNeedSignDriver = version.contains(u"10.10");
+    ConsoleLog("Current System Version: " + version);
+    ConsoleLog("AP Path :" + m_apPath + " ");
+    ConsoleLog("Resource Path :" + m_resourcePath + " ");
+    GeneralFunction::PrintNormalLog(m_platform.shell, version);
+    takeBootArgumentsSnapshot();
+
+    initFromIni();
+    MyLayoutUI();
+    RegisterNotifycation();
+    m_worker.startBeside([this] { MP_UpdateScalar(); });
+}
+
+void AppDelegate::takeBootArgumentsSnapshot()
+{
+    if (!m_platform.shell.exists(kBootArgumentsSnapshot)) {
+        RunBufferedCommand(m_platform.shell, "nvram boot-args >> /tmp/nvram_setting.dat");
+    }
+}
+
+void AppDelegate::initFromIni()
+{
+    const ToolConfig config = readToolConfig((m_resourcePath + "/config.ini").toStdString());
+    m_appTitle = QString::fromStdString(config.appTitle);
+    m_isScalarMode = config.isScalarMode;
+    m_fwbinPath = QString::fromStdString(config.fwbinPath);
+
+    if (!config.problem.empty()) {
+        ConsoleLog(QString::fromStdString(config.problem));
+    }
+    for (const SupportedIdEntry& entry : SupportedIdList) {
+        if (entry.valid == 1) {
+            ConsoleLog(QString::asprintf("vid:0x%x   ;    sspid:0x%x ;    hspid:0x%x \n", entry.vid,
+                                         entry.sspid, entry.hspid));
+        }
+    }
+    ConsoleLog("App title: " + m_appTitle);
+    ConsoleLog("Fw Bin: " + m_fwbinPath);
+    ConsoleLog(QString::asprintf("ScalarMode: %d", m_isScalarMode));
+}
+
+bool AppDelegate::shutDown()
+{
+    m_platform.usb.unwatch();
+    Hub_Abandon();
+    m_platform.clock.interrupt();
+    m_mainThread.stopWaiting();
+    return m_worker.finish(kShutDownGrace);
+}
+
+} // namespace vornadel

@@ -1,0 +1,106 @@
+#pragma once
+
+#include "app/Detection.h"
+#include "app/FlowWorker.h"
+#include "app/MainThread.h"
+#include "app/WindowControls.h"
+#include "config/ToolPlace.h"
+#include "firmware/FwImage.h"
+#include "platform/Platform.h"
+
+#include <QObject>
+#include <QString>
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
+class QWidget;
+
+namespace vornadel
+{
+
+/// The one application object, on the main thread: start-up, window, actions. Its controls are its own members.
+class AppDelegate final : public QObject, public WindowControls
+{
+public:
+    /// `titleSuffix` follows the version in the window title. Nothing happens before applicationDidFinishLaunching().
+    AppDelegate(Platform& platform, ToolPlace place, QString titleSuffix);
+    ~AppDelegate() override;
+
+    void applicationDidFinishLaunching();
+    /// Closing the window quits the tool.
+    static bool applicationShouldTerminateAfterLastWindowClosed() { return true; }
+
+    /// Ends what runs in the background: no request follows the one in flight, no wait goes on. False when a
+    /// worker is still held by its transfer after a grace of 3 s; then only ending the process ends it.
+    bool shutDown();
+
+    QWidget* window() const { return m_window.get(); }
+    const QString& apPath() const { return m_apPath; }
+    const QString& resourcePath() const { return m_resourcePath; }
+    const QString& appTitle() const { return m_appTitle; }
+    bool needSignDriver() const { return _bNeedSignDriver; }
+
+    // Progress, log and alerts. Main thread.
+    void resetProgressInfo();
+    void appendProgressInfo_Blue(const QString& text);
+    void appendProgressInfo_Red(const QString& text);
+    void updateProgressBar(double percent);
+    static void showAlert(const QString& message);
+    void GetLog();
+
+    /// Enables or disables the ten operation buttons together. Main thread.
+    void SetButtonStatus(bool enabled);
+
+    // Detection. Main thread.
+    void RegisterNotifycation();
+    void DeviceNotification();
+
+    // Easy update.
+    void chooseFw_EasyUpdate();
+    void updateFw_EasyUpdate();
+    void updateFunc(); ///< on a flow's thread
+
+    // Scalar update.
+    void chooseScalarUpdateFw();
+    void MP_UpdateScalar(); ///< from any thread
+    void updateScalar();    ///< on a flow's thread
+
+    /// Where work for the main thread is handed in.
+    MainThread& mainThread() { return m_mainThread; }
+
+private:
+    void initFromIni();
+    void MyLayoutUI();
+    void takeBootArgumentsSnapshot();
+
+    void runUpdate(const FwImage& image, const QLineEdit& nameField);
+
+    Platform& m_platform;
+    ToolPlace m_place;
+    QString m_titleSuffix;
+
+    QString m_apPath;
+    QString m_resourcePath;
+    QString m_appTitle;
+    std::int32_t m_isScalarMode = 0;
+    QString m_fwbinPath;
+    bool _bNeedSignDriver = false;
+
+    FwImage m_updateImage;
+    FwImage m_scalarImage;
+
+    MainThread m_mainThread;
+    FlowWorker m_worker;
+    UsbServices m_addedServices;
+    UsbServices m_removedServices;
+    std::atomic<bool> m_attachPosted = false; // a callback is on its way to the main thread and has not begun
+    std::atomic<bool> m_detachPosted = false;
+    std::unique_ptr<QWidget> m_window; // last: the controls go before anything they are used with
+};
+
+/// Reaches the one delegate from plain functions; null before launch.
+extern AppDelegate* AppDelegateRef;
+
+} // namespace vornadel

@@ -1,0 +1,129 @@
+#include "app/Controls.h"
+
+#include <QEvent>
+#include <QPainter>
+#include <QScrollBar>
+#include <QTextCursor>
+
+#include <cmath>
+
+namespace vornadel
+{
+
+namespace
+{
+
+/// The contrast at which small text counts as readable (4.5 : 1).
+constexpr double kReadableContrast = 4.5;
+
+/// Relative luminance of an sRGB colour, 0 to 1.
+double luminance(const QColor& color)
+{
+    const auto linear = [](double part) {
+        return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+
+double contrast(const QColor& a, const QColor& b)
+{
+    const double la = luminance(a);
+    const double lb = luminance(b);
+    return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
+}
+
+} // namespace
+
+QColor toneColor(Tone tone, const QColor& background)
+{
+    if (tone == Tone::Plain) {
+        return {};
+    }
+    const float hue = tone == Tone::Blue ? 240.0F / 360.0F : 0.0F;
+    const float step = luminance(background) < 0.18 ? 0.02F : -0.02F;
+    float lightness = 0.5F;
+    QColor color = QColor::fromHslF(hue, 1.0F, lightness);
+    while (contrast(color, background) < kReadableContrast && lightness > 0.05F && lightness < 0.95F) {
+        lightness += step;
+        color = QColor::fromHslF(hue, 1.0F, lightness);
+    }
+    return color;
+}
+
+TextView::TextView(QWidget* parent) : QPlainTextEdit(parent)
+{
+    setReadOnly(true);
+    setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setTabChangesFocus(true);
+    setUndoRedoEnabled(false);
+}
+
+void TextView::setTone(Tone tone)
+{
+    m_tone = tone;
+    applyTone();
+}
+
+void TextView::append(const QString& text)
+{
+    const int scrolledTo = verticalScrollBar()->value();
+    QTextCursor end(document());
+    end.movePosition(QTextCursor::End);
+    end.insertText(text);
+    verticalScrollBar()->setValue(scrolledTo);
+}
+
+void TextView::changeEvent(QEvent* event)
+{
+    QPlainTextEdit::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) {
+        applyTone();
+    }
+}
+
+void TextView::applyTone()
+{
+    if (m_tone == Tone::Plain) {
+        return;
+    }
+    QPalette colors = palette();
+    const QColor color = toneColor(m_tone, colors.color(QPalette::Base));
+    if (colors.color(QPalette::Text) != color) {
+        colors.setColor(QPalette::Text, color);
+        setPalette(colors);
+    }
+}
+
+ProgressSlider::ProgressSlider(QWidget* parent) : QSlider(Qt::Horizontal, parent) { setRange(0, 100); }
+
+void ProgressSlider::setDoubleValue(double percent)
+{
+    m_percent = percent;
+    setValue(static_cast<int>(std::lround(percent)));
+}
+
+TitledBox::TitledBox(const QString& title, QWidget* parent) : QFrame(parent), m_title(title)
+{
+    setAccessibleName(title);
+}
+
+void TitledBox::setBorderColor(const QColor& color)
+{
+    m_border = color;
+    update();
+}
+
+void TitledBox::paintEvent(QPaintEvent* /*event*/)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QColor border = m_border.isValid() ? m_border : palette().color(QPalette::Mid);
+    painter.setPen(border);
+    painter.setBrush(palette().color(QPalette::AlternateBase));
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 4, 4);
+    painter.setPen(palette().color(QPalette::WindowText));
+    painter.drawText(QRect(8, 0, width() - 16, kTitleHeight), Qt::AlignLeft | Qt::AlignVCenter, m_title);
+}
+
+} // namespace vornadel

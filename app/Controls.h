@@ -1,0 +1,71 @@
+#pragma once
+
+#include <QFrame>
+#include <QPlainTextEdit>
+#include <QSlider>
+
+namespace vornadel
+{
+
+/// What a text says by its colour.
+enum class Tone { Plain, Blue, Red };
+
+/// The colour of a tone on a background: always the same hue, light or dark enough to be read on it.
+QColor toneColor(Tone tone, const QColor& background);
+
+/// A read-only text of several lines that has one colour at a time and follows a change of palette.
+class TextView final : public QPlainTextEdit
+{
+public:
+    explicit TextView(QWidget* parent);
+
+    void setTone(Tone tone); ///< colours the whole text, what is there and what comes
+    Tone tone() const { return m_tone; }
+
+    /// Appends the text as it stands; where the view was scrolled to does not change.
+    void append(const QString& text);
+
+protected:
+    void changeEvent(QEvent* event) override;
+
+private:
+    void applyTone();
+
+    Tone m_tone = Tone::Plain;
+};
+
+/// A slider that keeps a percentage finer than its handle can show.
+class ProgressSlider final : public QSlider
+{
+public:
+    explicit ProgressSlider(QWidget* parent);
+
+    void setDoubleValue(double percent); ///< 0 to 100
+    double doubleValue() const { return m_percent; }
+
+private:
+    double m_percent = 0;
+};
+
+/// A box with a title in its upper edge. The content area is the whole box below the title: children are placed
+/// in points from the box's lower left corner.
+class TitledBox final : public QFrame
+{
+public:
+    /// Height of the title's band. What is highest in a box must end below it.
+    static constexpr int kTitleHeight = 24;
+
+    TitledBox(const QString& title, QWidget* parent);
+
+    QString title() const { return m_title; }
+    void setBorderColor(const QColor& color);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QString m_title;
+    QColor m_border; // invalid: taken from the palette
+};
+
+} // namespace vornadel

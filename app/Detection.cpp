@@ -1,0 +1,77 @@
+// The hub-information line: is a supported hub attached, and which firmware does it run?
+
+#include "app/Detection.h"
+
+#include "app/AppDelegate.h"
+#include "app/ConsoleLog.h"
+#include "app/Controls.h"
+#include "hub/HubDetection.h"
+
+namespace vornadel
+{
+
+bool UsbServices::next()
+{
+    int waiting = m_waiting.load();
+    while (waiting > 0 && !m_waiting.compare_exchange_weak(waiting, waiting - 1)) {
+    }
+    return waiting > 0;
+}
+
+namespace
+{
+
+void detectAfter(const char* line, UsbServices& services)
+{
+    ConsoleLog(line);
+    while (services.next()) {
+    }
+    AppDelegateRef->DeviceNotification();
+}
+
+} // namespace
+
+void DeviceAddedCallback(void* /*reference*/, UsbServices& services)
+{
+    detectAfter("Enter Device Added\n", services);
+}
+
+void DeviceRemovedCallback(void* /*reference*/, UsbServices& services)
+{
+    detectAfter("Enter Device Removed\n", services);
+}
+
+void AppDelegate::RegisterNotifycation()
+{
+    m_platform.usb.watch([this](UsbEvent event) {
+        const bool attached = event == UsbEvent::Attached;
+        UsbServices& services = attached ? m_addedServices : m_removedServices;
+        std::atomic<bool>& posted = attached ? m_attachPosted : m_detachPosted;
+        services.add();
+        if (posted.exchange(true)) {
+            return; // a callback that has not begun yet takes this device along
+        }
+        m_mainThread.post([attached, &services, &posted] {
+            posted = false;
+            (attached ? DeviceAddedCallback : DeviceRemovedCallback)(nullptr, services);
+        });
+    });
+    DeviceAddedCallback(nullptr, m_addedServices);
+    DeviceRemovedCallback(nullptr, m_removedServices);
+}
+
+void AppDelegate::DeviceNotification()
+{
+    const HubDetection hub = Hub_Detect();
+    if (!hub.found) {
+        nstfHubInfo_UpdateFW->setPlainText("Detect Zel Hub: Fail\nPlease Insert Zel Hub Device");
+        nstfHubInfo_UpdateFW->setTone(Tone::Red);
+        return;
+    }
+    nstfHubInfo_UpdateFW->setPlainText(
+        hub.version != 0 ? QString::asprintf("Detect Zel Hub : Success\nfwVer:%04x", hub.version)
+                         : QString("Detect Zel Hub : Success\n-need load driver"));
+    nstfHubInfo_UpdateFW->setTone(Tone::Blue);
+}
+
+} // namespace vornadel

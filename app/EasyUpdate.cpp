@@ -1,0 +1,62 @@
+// The easy-update box: choose an image, see whose it is, write it to the hub.
+
+#include "app/AppDelegate.h"
+#include "app/WindowReporter.h"
+#include "flows/FirmwareUpdate.h"
+
+#include <QFileDialog>
+#include <QLineEdit>
+
+namespace vornadel
+{
+
+namespace
+{
+
+/// Two stored bytes, high byte first, as four upper-case hex digits; empty for a position that is not there.
+QString idText(const std::uint8_t* position)
+{
+    return position == nullptr ? QString() : QString::asprintf("%02X%02X", position[0], position[1]);
+}
+
+} // namespace
+
+void AppDelegate::chooseFw_EasyUpdate()
+{
+    const QString path = QFileDialog::getOpenFileName(m_window.get());
+    if (path.isEmpty()) {
+        return;
+    }
+    txtFw_EasyUpdate->setText(path);
+    FwImage_LoadFile(m_updateImage, QFile::encodeName(path).toStdString());
+    if (!m_updateImage.loaded) { // a file that cannot be read leaves the image before it loaded
+        showAlert("Firmware format error\n");
+        return;
+    }
+    txtVID_EasyUpdate->setText(idText(m_updateImage.vid));
+    txtSSPID_EasyUpdate->setText(idText(m_updateImage.sspid));
+    txtHSPID_EasyUpdate->setText(idText(m_updateImage.hspid));
+    txtVer_EasyUpdate->setText(idText(m_updateImage.version));
+    txtManu_EasyUpdate->setText(QString::fromUtf8(m_updateImage.manufacturer.data()));
+    txtPro_EasyUpdate->setText(QString::fromUtf8(m_updateImage.product.data()));
+    txtSN_EasyUpdate->setText(QString::fromUtf8(m_updateImage.serial.data()));
+}
+
+void AppDelegate::updateFw_EasyUpdate()
+{
+    SetButtonStatus(false);
+    m_worker.start([this] { updateFunc(); });
+}
+
+void AppDelegate::updateFunc() { runUpdate(m_updateImage, *txtFw_EasyUpdate); }
+
+void AppDelegate::runUpdate(const FwImage& image, const QLineEdit& nameField)
+{
+    const auto name = std::make_shared<std::string>();
+    m_mainThread.postAndWait([name, &nameField] { *name = nameField.text().toStdString(); });
+    WindowReporter reporter(*this);
+    updateFirmware(image, *name, reporter);
+    m_mainThread.postAndWait([this] { SetButtonStatus(true); });
+}
+
+} // namespace vornadel

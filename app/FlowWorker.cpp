@@ -1,0 +1,38 @@
+#include "app/FlowWorker.h"
+
+#include <thread>
+#include <utility>
+
+namespace vornadel
+{
+
+void FlowWorker::startBeside(std::function<void()> work)
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        ++m_running;
+    }
+    std::thread([this, work = std::move(work)]() mutable {
+        work();
+        work = nullptr; // what it holds goes before the thread counts as ended
+        const std::lock_guard lock(m_mutex);
+        --m_running;
+        m_ended.notify_all(); // under the lock: after finish() this object may be gone
+    }).detach();
+}
+
+void FlowWorker::start(std::function<void()> flow)
+{
+    startBeside([this, flow = std::move(flow)] {
+        const std::lock_guard lock(m_oneFlow);
+        flow();
+    });
+}
+
+bool FlowWorker::finish(std::chrono::milliseconds atMost)
+{
+    std::unique_lock lock(m_mutex);
+    return m_ended.wait_for(lock, atMost, [this] { return m_running == 0; });
+}
+
+} // namespace vornadel

@@ -1,0 +1,107 @@
+#include "app/GeneralFunction.h"
+
+#include "app/ConsoleLog.h"
+
+#include <QFile>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStringDecoder>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+namespace vornadel
+{
+
+namespace
+{
+
+/// The buffer into which the log and snapshot commands are formatted. Main thread only.
+std::array<char, 1024> commandBuffer;
+
+/// Formats `before` + `text` + `after` into the cleared buffer and runs it. A command cut short could do anything,
+/// so one that does not fit ends the process instead.
+void runFormatted(Shell& shell, const char* before, const std::string& text, const char* after)
+{
+    commandBuffer.fill('\0');
+    const int length =
+        std::snprintf(commandBuffer.data(), commandBuffer.size(), "%s%s%s", before, text.c_str(), after);
+    if (length < 0 || static_cast<std::size_t>(length) >= commandBuffer.size()) {
+        std::fprintf(stderr, "Vornadel: a shell command of %d bytes does not fit into %zu; stopping\n",
+                     length, commandBuffer.size() - 1);
+        std::_Exit(EXIT_FAILURE);
+    }
+    shell.run(commandBuffer.data());
+}
+
+} // namespace
+
+QString GeneralFunction::GetCurrentSystemVersion(SystemVersion& system)
+{
+    SystemVersionNumbers version = system.read();
+    if (version.error != 0) {
+        ConsoleLog(QString::asprintf("Unable to obtain system version: %ld", version.error));
+        version = {10, 0, 0, 0};
+    }
+    return QString::asprintf("%u.%u.%u", version.major, version.minor, version.bugfix);
+}
+
+QString GeneralFunction::GetDirFromPath(const QString& path)
+{
+    qsizetype lastSeparator = 0;
+    for (qsizetype i = 0; i < path.size(); ++i) {
+        if ((path.at(i).unicode() & 0xFF) == '/') {
+            lastSeparator = i;
+        }
+    }
+    return path.left(lastSeparator);
+}
+
+QString GeneralFunction::GetNameFromPath(const QString& path)
+{
+    qsizetype end = path.size();
+    while (end > 1 && path.at(end - 1) == u'/') {
+        --end;
+    }
+    const QString trimmed = path.left(end);
+    return trimmed == u"/" ? trimmed : trimmed.mid(trimmed.lastIndexOf(u'/') + 1);
+}
+
+void GeneralFunction::AlertString(const QString& message)
+{
+    QMessageBox alert;
+    alert.setObjectName("alert");
+    alert.setIcon(QMessageBox::Warning);
+    alert.setTextFormat(Qt::PlainText);
+    alert.setText(message);
+    alert.setInformativeText(QString());
+    alert.addButton("OK", QMessageBox::AcceptRole);
+    alert.exec();
+}
+
+void GeneralFunction::PrintNormalLog(Shell& shell, const QString& text)
+{
+    runFormatted(shell, "echo ", text.toStdString(), " >> /tmp/Vornadel.log");
+}
+
+void LogShellOutput(Shell& shell, const char* command)
+{
+    runFormatted(shell, "", command, " >> /tmp/Vornadel.log");
+}
+
+void RunBufferedCommand(Shell& shell, const char* command) { runFormatted(shell, "", command, ""); }
+
+QString GeneralFunction::GetStringFromFile(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return QLatin1String("");
+    }
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    const QString text = decoder(file.readAll());
+    return decoder.hasError() ? QString() : text;
+}
+
+} // namespace vornadel

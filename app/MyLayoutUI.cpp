@@ -1,0 +1,189 @@
+// The one window, built in code: six titled boxes in three columns, with fixed frames.
+
+#include "app/AppDelegate.h"
+#include "app/Controls.h"
+#include "app/WindowTables.h"
+
+#include <QAbstractItemView>
+#include <QComboBox>
+#include <QGuiApplication>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QStandardItemModel>
+#include <QTableView>
+
+#include <cmath>
+
+namespace vornadel
+{
+
+namespace
+{
+
+using namespace layout;
+
+/// The one place where frames become widget coordinates, whose origin is the upper left corner.
+void place(QWidget* widget, const Frame& frame)
+{
+    const double top = widget->parentWidget()->height() - frame.y - frame.height;
+    widget->setGeometry(static_cast<int>(frame.x), static_cast<int>(std::lround(top)),
+                        static_cast<int>(frame.width), static_cast<int>(frame.height));
+}
+
+/// A "&" in a title is a character, not a mnemonic.
+QString literal(const char* title) { return QString(title).replace("&", "&&"); }
+
+QFont helvetica(int points)
+{
+    QFont font("Helvetica");
+    font.setPixelSize(points); // one point is one device-independent pixel here
+    return font;
+}
+
+/// Names the widget as its member is named and as a person with a screen reader hears it, and puts it in place.
+void settle(QWidget* widget, const char* name, const char* accessibleName, const Frame& frame)
+{
+    widget->setObjectName(name);
+    widget->setAccessibleName(accessibleName);
+    place(widget, frame);
+}
+
+void buildBoxes(WindowControls& controls, QWidget* content)
+{
+    for (const BoxRow& row : kBoxes) {
+        auto* box = new TitledBox(row.title, content);
+        settle(box, row.name, row.title, row.frame);
+        controls.*row.member = box;
+    }
+    controls.boxHelp->setBorderColor(QColor(0x20, 0x50, 0xE0));
+    for (const LabelRow& row : kLabels) {
+        auto* label = new QLabel(controls.*row.box);
+        label->setTextFormat(Qt::PlainText);
+        label->setText(row.text);
+        label->setAlignment(Qt::AlignLeft | (row.frame.height > 20 ? Qt::AlignTop : Qt::AlignVCenter));
+        label->setIndent(4);
+        place(label, row.frame);
+    }
+}
+
+void buildFields(WindowControls& controls)
+{
+    for (const FieldRow& row : kFields) {
+        auto* field = new QLineEdit(controls.*row.box);
+        field->setReadOnly(!row.editable);
+        settle(field, row.name, row.accessibleName, row.frame);
+        controls.*row.member = field;
+    }
+}
+
+void buildButtons(AppDelegate& delegate)
+{
+    for (const ButtonRow& row : kButtons) {
+        auto* button = new QPushButton(literal(row.label), delegate.*row.box);
+        settle(button, row.name, row.label, row.frame);
+        button->setAccessibleDescription(row.description);
+        button->setToolTip(row.description);
+        delegate.*row.member = button;
+        const Action action = row.action;
+        QObject::connect(button, &QPushButton::clicked, &delegate, [&delegate, action] { action(delegate); });
+    }
+}
+
+void buildTexts(WindowControls& controls)
+{
+    for (const TextRow& row : kTexts) {
+        auto* text = new TextView(controls.*row.box);
+        text->setFont(helvetica(row.fontSize));
+        settle(text, row.name, row.accessibleName, row.frame);
+        controls.*row.member = text;
+    }
+    controls.slider = new ProgressSlider(controls.boxUpdate);
+    settle(controls.slider, "slider", "Progress", {0, 0, 330, 20});
+}
+
+void buildPropertyEditor(WindowControls& controls)
+{
+    for (const ComboRow& row : kCombos) {
+        auto* combo = new QComboBox(controls.boxDetail);
+        combo->setMaxVisibleItems(10);
+        settle(combo, row.name, row.accessibleName, row.frame);
+        controls.*row.member = combo;
+    }
+    auto* table = new QTableView(controls.boxDetail);
+    auto* columns = new QStandardItemModel(0, 2, table);
+    columns->setHorizontalHeaderLabels({"property", "curValue"});
+    table->setModel(columns);
+    table->verticalHeader()->hide();
+    table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    table->setSelectionMode(QAbstractItemView::SingleSelection);
+    table->setTabKeyNavigation(false);
+    table->setColumnWidth(0, 266);
+    table->setColumnWidth(1, 170);
+    settle(table, "tbProperties_Detail", "Properties", {0, 362, 440, 180});
+    controls.tbProperties_Detail = table;
+}
+
+void chainTabOrder(QWidget* content)
+{
+    QWidget* before = nullptr;
+    for (const char* name : kTabOrder) {
+        auto* widget = content->findChild<QWidget*>(name);
+        if (before != nullptr) {
+            QWidget::setTabOrder(before, widget);
+        }
+        before = widget;
+    }
+}
+
+/// The window has one size; on a screen smaller than that its content scrolls.
+void fitToScreen(QWidget* window, const QSize& content)
+{
+    const QSize screen = window->screen()->availableSize();
+    if (content.width() <= screen.width() && content.height() <= screen.height()) {
+        window->setFixedSize(content);
+        return;
+    }
+    window->setMaximumSize(content);
+    window->resize(content.boundedTo(screen));
+}
+
+} // namespace
+
+void AppDelegate::MyLayoutUI()
+{
+    const bool scalar = m_isScalarMode == 1;
+    const QSize size = scalar ? QSize(360, 670) : QSize(1200, 660);
+
+    auto window = std::make_unique<QScrollArea>();
+    window->setFrameShape(QFrame::NoFrame);
+    window->setFocusPolicy(Qt::NoFocus);
+    window->setWindowTitle(m_appTitle + "  1.02" + m_titleSuffix);
+    auto* content = new QWidget;
+    content->setFont(helvetica(12));
+    content->resize(size); // the final size at once: every frame is measured from its lower edge
+
+    buildBoxes(*this, content);
+    buildFields(*this);
+    buildButtons(*this);
+    buildTexts(*this);
+    buildPropertyEditor(*this);
+    chainTabOrder(content);
+    if (!m_fwbinPath.isEmpty()) {
+        nstextfd_Scalar->setText(m_fwbinPath);
+    }
+    for (const BoxRow& row : kBoxes) {
+        (this->*row.member)
+            ->setVisible(row.shown == Shown::Always || (row.shown == Shown::ScalarOnly) == scalar);
+    }
+
+    window->setWidget(content);
+    fitToScreen(window.get(), size);
+    m_window = std::move(window);
+    m_window->show();
+}
+
+} // namespace vornadel

@@ -1,0 +1,36 @@
+// The unattended update: at every start the configured image goes into the hub.
+
+#include "app/AppDelegate.h"
+
+#include <QFileDialog>
+#include <QLineEdit>
+
+namespace vornadel
+{
+
+void AppDelegate::chooseScalarUpdateFw()
+{
+    const QString path = QFileDialog::getOpenFileName(m_window.get());
+    if (path.isEmpty()) {
+        return;
+    }
+    nstextfd_Scalar->setText(path);
+    FwImage_LoadFile(m_scalarImage, QFile::encodeName(path).toStdString());
+}
+
+void AppDelegate::MP_UpdateScalar()
+{
+    m_mainThread.postAndWait([this] { SetButtonStatus(false); });
+    m_worker.start([this] { updateScalar(); });
+}
+
+void AppDelegate::updateScalar()
+{
+    if (!m_fwbinPath.isEmpty()) {
+        const QString path = m_resourcePath + "//" + m_fwbinPath;
+        FwImage_LoadFile(m_scalarImage, QFile::encodeName(path).toStdString());
+    }
+    runUpdate(m_scalarImage, *nstextfd_Scalar);
+}
+
+} // namespace vornadel

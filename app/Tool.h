@@ -1,0 +1,21 @@
+#pragma once
+
+#include "platform/Platform.h"
+
+#include <QString>
+
+#include <functional>
+
+namespace vornadel
+{
+
+class AppDelegate;
+
+/// Runs the window program on a platform until its window is closed; needs a QApplication. The result is the exit
+/// status. Does not return when a transfer holds a worker at the end: the process ends then.
+///
+/// `launched` is called once after the launch sequence, before the event loop.
+int runTool(Platform& platform, const char* argv0, const QString& titleSuffix,
+            const std::function<void(AppDelegate&)>& launched = {});
+
+} // namespace vornadel

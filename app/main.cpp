@@ -1,0 +1,87 @@
+#include "app/Tool.h"
+#include "platform/linux/LinuxPlatform.h"
+#include "sim/SimulatedBus.h"
+
+#include <CLI/CLI.hpp>
+#include <QApplication>
+
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace
+{
+
+using namespace vornadel;
+
+constexpr int kExitUsage = 2;
+
+/// Debian's Qt writes to the journal when standard error is no console; a tool's messages belong on standard error.
+void writeToStandardError(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& message)
+{
+    std::fprintf(stderr, "%s\n", qUtf8Printable(message));
+}
+
+struct Arguments {
+    std::optional<std::string> simulatedHub; ///< set: work on the simulated hub, with these options
+};
+
+/// Reads our own arguments; `strict` refuses what is left over. Nothing when the program is to go on, otherwise its
+/// exit status.
+std::optional<int> readArguments(int argc, char** argv, bool strict, Arguments& arguments)
+{
+    CLI::App app("Keeps the firmware of USB 3 hubs.", "Vornadel");
+    app.set_version_flag("--version", "Vornadel 1.02");
+    app.allow_extras(!strict);
+    std::string text;
+    const CLI::Option* simulated = app.add_flag(
+        "--simulated-hub{}", text,
+        "Work on the built-in simulated hub; =KEY=VALUE,... with the keys image, latency, mode, ids, fault");
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& ended) {
+        const bool wrong = ended.get_exit_code() != static_cast<int>(CLI::ExitCodes::Success);
+        app.exit(ended, std::cout, std::cerr);
+        return wrong ? kExitUsage : EXIT_SUCCESS;
+    }
+    if (simulated->count() > 0) {
+        arguments.simulatedHub = text;
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    Arguments arguments;
+    // Help and version need no display, so they come before Qt; what is wrong can be told only once Qt has taken
+    // its own arguments out.
+    if (const auto ended = readArguments(argc, argv, false, arguments)) {
+        return *ended;
+    }
+    qInstallMessageHandler(writeToStandardError);
+    const QApplication application(argc, argv);
+    if (const auto ended = readArguments(argc, argv, true, arguments)) {
+        return *ended;
+    }
+
+    LinuxPlatform linux;
+    Platform real = linux.platform();
+    if (!arguments.simulatedHub) {
+        return runTool(real, argv[0], {});
+    }
+    std::string error;
+    const std::unique_ptr<SimulatedBus> bus =
+        SimulatedBus::create(std::string_view(*arguments.simulatedHub), real.clock, error);
+    if (!bus) {
+        std::cerr << "--simulated-hub: " << error << '\n';
+        return kExitUsage;
+    }
+    Platform platform{*bus, real.shell, real.privileged, real.systemVersion, real.clock};
+    return runTool(platform, argv[0], " [simulated hub]");
+}

@@ -1,0 +1,48 @@
+#include "cli/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+
+namespace vornadel
+{
+
+std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLine& commandLine,
+                                    std::ostream& out, std::ostream& err)
+{
+    CLI::App app("Keeps the firmware of USB 3 hubs: without a window, for scripts and terminals.",
+                 "vornadelctl");
+    app.set_version_flag("--version", "vornadelctl 1.02");
+    app.require_subcommand(1);
+    app.fallthrough();
+    app.add_option("--config", commandLine.configFile,
+                   "Read this file instead of the config.ini beside the tool")
+        ->type_name("FILE")
+        ->check(CLI::ExistingFile);
+    std::string simulatedHub;
+    const CLI::Option* simulated = app.add_flag(
+        "--simulated-hub{}", simulatedHub,
+        "Work on the built-in simulated hub; =KEY=VALUE,... with the keys image, latency, mode, ids, fault");
+
+    CLI::App* update =
+        app.add_subcommand("update", "Write an image to the hub's flash, verify it and restart the hub");
+    update->add_option("IMAGE", commandLine.image, "Firmware image (*.bin)")->required();
+    CLI::App* info = app.add_subcommand("info", "Show the attached hub, or a firmware image");
+    info->add_option("IMAGE", commandLine.image, "Firmware image (*.bin); without it the hub is asked");
+    app.add_subcommand("list", "List the attached USB devices and which of them are supported hubs");
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& ended) {
+        const bool wrong = ended.get_exit_code() != static_cast<int>(CLI::ExitCodes::Success);
+        app.exit(ended, out, err);
+        return wrong ? kExitUsage : kExitSuccess;
+    }
+    if (simulated->count() > 0) {
+        commandLine.simulatedHub = simulatedHub;
+    }
+    commandLine.verb = update->parsed() ? CommandLine::Verb::Update
+                       : info->parsed() ? CommandLine::Verb::Info
+                                        : CommandLine::Verb::List;
+    return std::nullopt;
+}
+
+} // namespace vornadel

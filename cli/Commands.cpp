@@ -1,0 +1,146 @@
+#include "cli/Commands.h"
+
+#include "cli/ConsoleReporter.h"
+#include "config/ToolConfig.h"
+#include "firmware/FwImage.h"
+#include "flows/FirmwareUpdate.h"
+#include "hub/HubCommands.h"
+#include "hub/HubDetection.h"
+#include "hub/HubTransport.h"
+#include "hub/SupportedIds.h"
+
+#include <cstdint>
+#include <iomanip>
+#include <memory>
+#include <sstream>
+
+namespace vornadel
+{
+
+namespace
+{
+
+/// Four upper-case hex digits.
+std::string hex4(unsigned number)
+{
+    std::ostringstream text;
+    text << std::hex << std::uppercase << std::setw(4) << std::setfill('0') << number;
+    return text.str();
+}
+
+/// Two stored bytes, high byte first; a dash for a position that is not there.
+std::string storedNumber(const std::uint8_t* position)
+{
+    return position == nullptr ? "-" : hex4(static_cast<unsigned>(position[0] << 8 | position[1]));
+}
+
+/// Bytes outside printable ASCII would reach the terminal as control codes.
+std::string printable(const FwText& text)
+{
+    std::string shown(text.data());
+    for (char& c : shown) {
+        if (c < ' ' || c > '~') {
+            c = '?';
+        }
+    }
+    return shown;
+}
+
+int update(const std::string& path, std::ostream& out, std::ostream& err, bool terminal)
+{
+    FwImage image;
+    FwImage_LoadFile(image, path);
+    ConsoleReporter reporter(out, err, terminal);
+    return updateFirmware(image, path, reporter) ? kExitSuccess : kExitFailure;
+}
+
+int showImage(const std::string& path, std::ostream& out, std::ostream& err)
+{
+    FwImage image;
+    if (!FwImage_LoadFile(image, path)) {
+        err << "Firmware format error\n";
+        return kExitFailure;
+    }
+    out << "file:          " << path << '\n'
+        << "size:          " << image.size << " bytes\n"
+        << "block at:      0x" << hex4(static_cast<unsigned>(image.descriptor - image.data.get())) << '\n'
+        << "version:       " << storedNumber(image.version) << '\n'
+        << "VID:           " << storedNumber(image.vid) << '\n'
+        << "SSPID:         " << storedNumber(image.sspid) << '\n'
+        << "HSPID:         " << storedNumber(image.hspid) << '\n'
+        << "manufacturer:  " << printable(image.manufacturer) << '\n'
+        << "product:       " << printable(image.product) << '\n'
+        << "serial number: " << printable(image.serial) << '\n'
+        << "container ID:  " << printable(image.containerIdText) << '\n';
+    return kExitSuccess;
+}
+
+int showHub(std::ostream& out, std::ostream& err)
+{
+    if (!Hub_FindDevice()) {
+        err << "no supported hub is attached\n";
+        return kExitFailure;
+    }
+    if (!Hub_OpenDevice()) {
+        err << "a supported hub is attached, but it cannot be opened: it is in use, or permission is "
+               "missing\n";
+        return kExitFailure;
+    }
+    HubStatusBlock status{};
+    const bool read = Hub_ReadStatusBlock(status.data(), static_cast<std::uint16_t>(status.size())) == 0;
+    const bool rom = Hub_IsRomMode();
+    const std::uint16_t version = Hub_GetFwVersion();
+    Hub_CloseDevice();
+    if (!read) {
+        err << "the hub was opened, but it does not answer\n";
+        return kExitFailure;
+    }
+    out << "firmware version: " << hex4(version) << '\n'
+        << "running:          " << (rom ? "ROM code" : "flash code") << '\n';
+    return kExitSuccess;
+}
+
+int list(UsbBus& bus, std::ostream& out, std::ostream& err)
+{
+    const std::unique_ptr<UsbSearch> search = bus.search();
+    if (!search) {
+        err << "the USB devices cannot be listed\n";
+        return kExitFailure;
+    }
+    std::unique_ptr<UsbDevice> device;
+    for (auto step = search->next(device); step != UsbSearch::Step::End; step = search->next(device)) {
+        if (step == UsbSearch::Step::Device) {
+            out << hex4(device->vendorId()) << ':' << hex4(device->productId())
+                << (FindSupportedId(device->vendorId(), device->productId()) ? "  supported hub" : "")
+                << '\n';
+        }
+    }
+    search->release();
+    return kExitSuccess;
+}
+
+} // namespace
+
+int runCommand(const CommandLine& commandLine, Platform& platform, const std::string& resourcePath,
+               std::ostream& out, std::ostream& err, bool terminal)
+{
+    const std::string configFile =
+        commandLine.configFile.empty() ? resourcePath + "/config.ini" : commandLine.configFile;
+    const ToolConfig config = readToolConfig(configFile);
+    if (!config.problem.empty()) {
+        err << config.problem << '\n';
+    }
+    Hub_UsePlatform(platform.usb, platform.clock);
+
+    switch (commandLine.verb) {
+    case CommandLine::Verb::Update:
+        return update(commandLine.image, out, err, terminal);
+    case CommandLine::Verb::Info:
+        return commandLine.image.empty() ? showHub(out, err) : showImage(commandLine.image, out, err);
+    case CommandLine::Verb::List:
+        break;
+    }
+    return list(platform.usb, out, err);
+}
+
+} // namespace vornadel

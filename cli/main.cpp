@@ -1,0 +1,52 @@
+#include "cli/CommandLine.h"
+#include "cli/Commands.h"
+#include "cli/Interruption.h"
+#include "config/ToolPlace.h"
+#include "platform/linux/LinuxPlatform.h"
+#include "sim/SimulatedBus.h"
+
+#include <iostream>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unistd.h>
+
+namespace
+{
+
+using namespace vornadel;
+
+int run(const CommandLine& commandLine, Platform platform, const char* argv0)
+{
+    const Interruption interruption(platform.clock);
+    const int status = runCommand(commandLine, platform, toolPlace(argv0).resourcePath, std::cout, std::cerr,
+                                  isatty(STDOUT_FILENO) == 1);
+    if (interruption.happened() && status != kExitSuccess) {
+        std::cerr << "Interrupted\n";
+        return kExitInterrupted;
+    }
+    return status;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    CommandLine commandLine;
+    if (const auto ended = parseCommandLine(argc, argv, commandLine, std::cout, std::cerr)) {
+        return *ended;
+    }
+    LinuxPlatform linux;
+    Platform real = linux.platform();
+    if (!commandLine.simulatedHub) {
+        return run(commandLine, real, argv[0]);
+    }
+    std::string error;
+    const std::unique_ptr<SimulatedBus> bus =
+        SimulatedBus::create(std::string_view(*commandLine.simulatedHub), real.clock, error);
+    if (!bus) {
+        std::cerr << "--simulated-hub: " << error << '\n';
+        return kExitUsage;
+    }
+    return run(commandLine, {*bus, real.shell, real.privileged, real.systemVersion, real.clock}, argv[0]);
+}

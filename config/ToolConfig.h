@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace vornadel
+{
+
+/// What config.ini says beside the supported ids.
+struct ToolConfig {
+    std::string appTitle = "Vornadel"; ///< "DumpTool Config:AppTitle"
+    std::int32_t isScalarMode = 0;     ///< "DumpTool Config:ScalarMode"; only 1 means scalar mode
+    std::string fwbinPath; ///< "DumpTool Config:FwBin", relative to the resource directory; may be empty
+
+    /// Why a file that is there was not used: too large, or no regular file. Empty when nothing is wrong, and
+    /// when the INI reader itself has complained on standard error.
+    std::string problem;
+};
+
+/// Larger files are not read: the INI reader's time grows with the square of the size.
+inline constexpr std::uintmax_t kLargestConfigFile = 1024UL * 1024UL;
+
+/// Reads config.ini and fills `SupportedIdList` from its section "Support Vid Pid". A file that is missing,
+/// unreadable or no INI file gives the defaults and an empty list; nothing here fails.
+///
+/// Numbers are read with base detection (0x.. hexadecimal, 0.. octal) and keep their low 16 bits; a triple counts
+/// only when all three of its numbers are non-zero then.
+ToolConfig readToolConfig(const std::string& path);
+
+} // namespace vornadel
