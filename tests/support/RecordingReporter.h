@@ -1,0 +1,63 @@
+#pragma once
+
+#include "flows/FlowReporter.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vornadel::test
+{
+
+/// Keeps what a flow tells.
+class RecordingReporter final : public FlowReporter
+{
+public:
+    enum class Kind { Reset, Blue, Red, Progress };
+    struct Entry {
+        Kind kind;
+        std::string text;
+        double percent = 0;
+        Wait wait = Wait::Yes;
+    };
+
+    void resetProgressInfo() override { entries.push_back({Kind::Reset, {}}); }
+    void appendProgressInfo_Blue(const std::string& text) override { entries.push_back({Kind::Blue, text}); }
+    void appendProgressInfo_Red(const std::string& text) override { entries.push_back({Kind::Red, text}); }
+    void updateProgressBar(double percent, Wait wait) override
+    {
+        entries.push_back({Kind::Progress, {}, percent, wait});
+    }
+
+    std::vector<std::string> texts(Kind kind) const
+    {
+        std::vector<std::string> found;
+        for (const Entry& entry : entries) {
+            if (entry.kind == kind) {
+                found.push_back(entry.text);
+            }
+        }
+        return found;
+    }
+
+    std::vector<double> values(Wait wait) const
+    {
+        std::vector<double> found;
+        for (const Entry& entry : entries) {
+            if (entry.kind == Kind::Progress && entry.wait == wait) {
+                found.push_back(entry.percent);
+            }
+        }
+        return found;
+    }
+
+    bool saysSuccess() const
+    {
+        const auto blue = texts(Kind::Blue);
+        return !blue.empty() && blue.back() == "Update FW Success\n";
+    }
+
+    std::vector<Entry> entries;
+};
+
+} // namespace vornadel::test
