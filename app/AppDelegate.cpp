@@ -59,6 +59,7 @@ void AppDelegate::applicationDidFinishLaunching()
     initFromIni();
     MyLayoutUI();
     RegisterNotifycation();
+    SetButtonStatus(false); // the run does so too, but from its own thread: no press may come before that
     m_worker.startBeside([this] { MP_UpdateScalar(); });
 }
 

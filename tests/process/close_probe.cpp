@@ -1,0 +1,173 @@
+// The window program on a simulated hub, which chooses an image, presses "Update" and closes its own window at a
+// moment told on the command line:
+//
+//   close_probe FLASH IMAGE request N     while the N-th request after the press is in flight
+//   close_probe FLASH IMAGE stuck N       the same, and that request never ends
+//   close_probe FLASH IMAGE pause N       while the flow sleeps for the N-th time after the press
+//   close_probe FLASH IMAGE dialog 0      right after the image has been chosen
+//   close_probe FLASH IMAGE launch 0      as soon as the window is there, with the start-up run going on
+//   close_probe FLASH IMAGE end 0         after the last line
+
+#include "app/AppDelegate.h"
+#include "app/Controls.h"
+#include "app/Tool.h"
+#include "sim/SimulatedBus.h"
+#include "tests/support/FakeSystem.h"
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTimer>
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+#include <string>
+
+namespace
+{
+
+using namespace vornadel;
+
+/// What the command line asks for, and the means to hold a worker until the window has been closed.
+class Moment
+{
+public:
+    Moment(std::string kind, unsigned number) : m_kind(std::move(kind)), m_number(number) {}
+
+    bool is(const std::string& kind) const { return m_kind == kind; }
+
+    /// True once: at the N-th call for this kind since arm().
+    bool reached(const std::string& kind) { return m_armed && m_kind == kind && ++m_count == m_number; }
+
+    void arm() { m_armed = true; }
+
+    /// Has the window closed and does not return before that has happened.
+    void closeAndWait(bool forEver)
+    {
+        QMetaObject::invokeMethod(
+            qApp, [] { qApp->closeAllWindows(); }, Qt::QueuedConnection);
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(lock, [&] { return m_closed && !forEver; });
+    }
+
+    void windowHasClosed()
+    {
+        const std::lock_guard lock(m_mutex);
+        m_closed = true;
+        m_changed.notify_all();
+    }
+
+private:
+    const std::string m_kind;
+    const unsigned m_number;
+    std::atomic<bool> m_armed = false;
+    std::atomic<unsigned> m_count = 0;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_closed = false;
+};
+
+/// No pause takes time, but for the one in which the window closes.
+class ProbeClock final : public Clock
+{
+public:
+    explicit ProbeClock(Moment& moment) : m_moment(moment) {}
+
+    Duration now() override { return m_now.load(); }
+    void sleep(Duration pause) override
+    {
+        if (m_moment.reached("pause")) {
+            m_moment.closeAndWait(false);
+        }
+        m_now = m_now.load() + pause;
+    }
+    void after(Duration /*delay*/, std::function<void()> task) override { task(); }
+    void interrupt() override {}
+
+private:
+    Moment& m_moment;
+    std::atomic<Duration> m_now = Duration(0);
+};
+
+void chooseInDialog(const QString& image)
+{
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (auto* dialog = qobject_cast<QFileDialog*>(widget); dialog != nullptr && dialog->isVisible()) {
+            dialog->findChild<QLineEdit*>("fileNameEdit")->setText(image);
+            QMetaObject::invokeMethod(dialog, "accept", Qt::DirectConnection);
+            return;
+        }
+    }
+    QTimer::singleShot(1, qApp, [image] { chooseInDialog(image); });
+}
+
+/// Calls `then` when the buttons are enabled.
+void whenIdle(AppDelegate& delegate, const std::function<void()>& then)
+{
+    if (delegate.btnUpdate_EasyUpdate->isEnabled()) {
+        then();
+        return;
+    }
+    QTimer::singleShot(1, &delegate, [&delegate, then] { whenIdle(delegate, then); });
+}
+
+void use(AppDelegate& delegate, Moment& moment, const QString& image)
+{
+    if (moment.is("launch")) {
+        QTimer::singleShot(0, &delegate, [&delegate] { delegate.window()->close(); });
+        return;
+    }
+    whenIdle(delegate, [&delegate, &moment, image] {
+        QTimer::singleShot(0, qApp, [image] { chooseInDialog(image); });
+        delegate.btnSelect_EasyUpdate->click();
+        if (moment.is("dialog")) {
+            delegate.window()->close();
+            return;
+        }
+        moment.arm();
+        delegate.btnUpdate_EasyUpdate->click();
+        if (moment.is("end")) {
+            whenIdle(delegate, [&delegate] { delegate.window()->close(); });
+        }
+    });
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc != 5) {
+        return 64;
+    }
+    const QString image = QString::fromLocal8Bit(argv[2]);
+    Moment moment(argv[3], static_cast<unsigned>(std::atoi(argv[4])));
+    const QApplication application(argc, argv);
+    QObject::connect(&application, &QApplication::lastWindowClosed, [&] { moment.windowHasClosed(); });
+
+    ProbeClock clock(moment);
+    SimulatedHubOptions options;
+    options.image = argv[1];
+    options.latency = SimulatedLatency::None;
+    std::string error;
+    const auto bus = SimulatedBus::create(options, clock, error);
+    if (!bus) {
+        std::fprintf(stderr, "%s\n", error.c_str());
+        return 65;
+    }
+    bus->hub().onRequest = [&](const ControlRequest&) {
+        if (moment.reached("request")) {
+            moment.closeAndWait(false);
+        } else if (moment.reached("stuck")) {
+            moment.closeAndWait(true);
+        }
+    };
+    test::IdleShell shell;
+    test::IdlePrivilegedRun privileged;
+    test::FixedSystemVersion version;
+    Platform platform{*bus, shell, privileged, version, clock};
+    return runTool(platform, argv[0], {}, [&](AppDelegate& delegate) { use(delegate, moment, image); });
+}
