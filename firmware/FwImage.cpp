@@ -31,6 +31,7 @@ constexpr std::int32_t kContainerIdOffset = 78;
 
 constexpr std::uint32_t kStringsLength = 35;
 constexpr std::uint32_t kContainerIdLength = 16;
+constexpr std::size_t kContainerIdDigits = 32;
 constexpr std::size_t kStringHeader = 2;
 constexpr std::uint8_t kStringDescriptorType = 3;
 constexpr std::size_t kMostCharacters = kStringsLength - 3 * kStringHeader;
@@ -222,7 +223,7 @@ bool FwImage_SetContainerId(FwImage& image, std::string_view text)
     std::uint8_t id[kContainerIdLength] = {};
     std::size_t digits = 0;
     for (const char c : text) {
-        if (GF_IsAlphaNum(c) && digits < 2 * kContainerIdLength) {
+        if (GF_IsAlphaNum(c) && digits < kContainerIdDigits) {
             const unsigned weight = digits % 2 == 0 ? 16 : 1;
             std::uint8_t& byte = id[digits / 2];
             byte = static_cast<std::uint8_t>(byte + GF_Char2Value(c) * weight);

@@ -1,0 +1,344 @@
+#include "tests/hub/HubTest.h"
+
+#include <array>
+#include <chrono>
+#include <initializer_list>
+
+namespace vornadel::test
+{
+namespace
+{
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using Step = UsbSearch::Step;
+
+const ScriptedDevice kStranger{0x2222, 0x0001};
+const ScriptedDevice kNoWayIn{kVendor, kSuperSpeed, true, Step::NoPlugIn};
+const ScriptedDevice kNoFace{kVendor, kSuperSpeed, true, Step::NoInterface};
+
+class FindDevice : public HubTest
+{
+};
+class OpenDevice : public HubTest
+{
+};
+class CloseDevice : public HubTest
+{
+};
+class ControlRequestTest : public HubTest
+{
+};
+class Abandon : public HubTest
+{
+};
+class UsePlatform : public HubTest
+{
+};
+
+TEST_F(FindDevice, SeesTheHubWithoutOpeningIt)
+{
+    EXPECT_TRUE(Hub_FindDevice());
+    EXPECT_FALSE(Hub_IsOpen());
+    EXPECT_EQ(LastError, 0);
+    EXPECT_THAT(m_bus.events(), ElementsAre("search", "drop 0", "end of list"));
+    EXPECT_THAT(m_bus.requests(), IsEmpty());
+}
+
+TEST_F(FindDevice, SeesAHubAtEitherSpeed)
+{
+    m_bus.attached = {{kVendor, kHighSpeed}};
+    EXPECT_TRUE(Hub_FindDevice());
+}
+
+TEST_F(FindDevice, StopsAtTheFirstHub)
+{
+    m_bus.attached = {kStranger, {kVendor, kSuperSpeed}, {kVendor, kHighSpeed}};
+    EXPECT_TRUE(Hub_FindDevice());
+    EXPECT_THAT(m_bus.events(), ElementsAre("search", "drop 0", "drop 1", "end of list"));
+}
+
+TEST_F(FindDevice, LeavesLastErrorWhenNothingMatches)
+{
+    m_bus.attached = {kStranger};
+    LastError = 12;
+    EXPECT_FALSE(Hub_FindDevice());
+    EXPECT_EQ(LastError, 12);
+    EXPECT_THAT(m_bus.events(), ElementsAre("search", "drop 0", "end of list"));
+}
+
+TEST_F(FindDevice, SetsCodeTwoWithoutADeviceList)
+{
+    m_bus.givesList = false;
+    EXPECT_FALSE(Hub_FindDevice());
+    EXPECT_EQ(LastError, 2);
+}
+
+TEST_F(FindDevice, KeepsCodeThreeOfADeviceWithoutAPlugIn)
+{
+    m_bus.attached = {kNoWayIn, kStranger};
+    EXPECT_FALSE(Hub_FindDevice());
+    EXPECT_EQ(LastError, 3);
+}
+
+TEST_F(FindDevice, GoesOnPastDevicesWithoutAccess)
+{
+    m_bus.attached = {kNoWayIn, kNoFace, {kVendor, kSuperSpeed}};
+    EXPECT_TRUE(Hub_FindDevice());
+    EXPECT_EQ(LastError, 4);
+}
+
+TEST_F(FindDevice, LetsALaterCodeReplaceAnEarlierOne)
+{
+    m_bus.attached = {kNoFace, kNoWayIn};
+    EXPECT_FALSE(Hub_FindDevice());
+    EXPECT_EQ(LastError, 3);
+}
+
+TEST_F(FindDevice, LeavesAnOpenHubOpen)
+{
+    open();
+    EXPECT_TRUE(Hub_FindDevice());
+    EXPECT_TRUE(Hub_IsOpen());
+    EXPECT_EQ(Hub_ControlRequest(0x40, 0x55, 0, 0, 0, nullptr), 0U);
+}
+
+TEST_F(OpenDevice, OpensTheHubAndSendsTheOpenTimeRequest)
+{
+    EXPECT_TRUE(Hub_OpenDevice());
+    EXPECT_TRUE(Hub_IsOpen());
+    EXPECT_EQ(LastError, 0);
+    EXPECT_THAT(m_bus.requests(), ElementsAre(kGreeting));
+}
+
+TEST_F(OpenDevice, DoesNotGiveTheDeviceListBack)
+{
+    EXPECT_TRUE(Hub_OpenDevice());
+    EXPECT_THAT(m_bus.events(), ElementsAre("search", "open 0"));
+}
+
+TEST_F(OpenDevice, IgnoresTheStatusOfTheOpenTimeRequest)
+{
+    m_bus.onControl([](ControlRequest&) { return 0xE0004051U; });
+    EXPECT_TRUE(Hub_OpenDevice());
+    EXPECT_TRUE(Hub_IsOpen());
+    EXPECT_EQ(LastError, 0);
+}
+
+TEST_F(OpenDevice, TakesAHubByItsHighSpeedIdLikeByItsSuperSpeedId)
+{
+    m_bus.attached = {{kVendor, kHighSpeed}};
+    EXPECT_TRUE(Hub_OpenDevice());
+    EXPECT_THAT(m_bus.requests(), ElementsAre(kGreeting));
+}
+
+TEST_F(OpenDevice, PassesByWhatIsNotSupported)
+{
+    m_bus.attached = {kStranger, {kVendor, 0x4400}, {kVendor, kSuperSpeed}};
+    EXPECT_TRUE(Hub_OpenDevice());
+    EXPECT_THAT(m_bus.events(), ElementsAre("search", "drop 0", "drop 1", "open 2"));
+}
+
+TEST_F(OpenDevice, NeverTakesAnEntryWhoseValidFlagIsNotOne)
+{
+    for (const std::uint16_t flag : std::initializer_list<std::uint16_t>{0, 2}) {
+        SupportedIdList[0].valid = flag;
+        LastError = 0;
+        EXPECT_FALSE(Hub_OpenDevice());
+        EXPECT_EQ(LastError, 5);
+    }
+}
+
+TEST_F(OpenDevice, TakesTheFirstOfTwoHubs)
+{
+    m_bus.attached = {{kVendor, kHighSpeed}, {kVendor, kSuperSpeed}};
+    EXPECT_TRUE(Hub_OpenDevice());
+    EXPECT_THAT(m_bus.events(), ElementsAre("search", "open 0"));
+}
+
+TEST_F(OpenDevice, DoesNotTryTheSecondHubWhenTheFirstRefuses)
+{
+    m_bus.attached = {{kVendor, kHighSpeed, false}, {kVendor, kSuperSpeed}};
+    EXPECT_FALSE(Hub_OpenDevice());
+    EXPECT_EQ(LastError, 5);
+    EXPECT_FALSE(Hub_IsOpen());
+    EXPECT_THAT(m_bus.events(), ElementsAre("search", "open 0", "drop 0"));
+    EXPECT_THAT(m_bus.requests(), IsEmpty());
+}
+
+TEST_F(OpenDevice, SetsCodeTwoWithoutADeviceList)
+{
+    m_bus.givesList = false;
+    EXPECT_FALSE(Hub_OpenDevice());
+    EXPECT_EQ(LastError, 2);
+}
+
+TEST_F(OpenDevice, EndsWithCodeFiveAfterDevicesWithoutAccess)
+{
+    m_bus.attached = {kNoWayIn, kNoFace, kStranger};
+    EXPECT_FALSE(Hub_OpenDevice());
+    EXPECT_EQ(LastError, 5);
+}
+
+TEST_F(OpenDevice, KeepsTheCodeOfADeviceWithoutAccessBeforeTheHub)
+{
+    m_bus.attached = {kNoWayIn, {kVendor, kSuperSpeed}};
+    EXPECT_TRUE(Hub_OpenDevice());
+    EXPECT_EQ(LastError, 3);
+}
+
+TEST_F(OpenDevice, LeavesTheOverwrittenHubNeitherClosedNorReleased)
+{
+    open();
+    m_bus.attached = {kStranger, {kVendor, kHighSpeed}};
+    EXPECT_TRUE(Hub_OpenDevice());
+    EXPECT_THAT(m_bus.events(), ElementsAre("search", "drop 0", "open 1"));
+    Hub_CloseDevice();
+    EXPECT_FALSE(Hub_IsOpen());
+    EXPECT_THAT(m_bus.events(), ElementsAre("search", "drop 0", "open 1", "close 1", "drop 1"));
+}
+
+TEST_F(OpenDevice, KeepsTheOpenHubWhenASecondOpenFails)
+{
+    open();
+    m_bus.attached.clear();
+    EXPECT_FALSE(Hub_OpenDevice());
+    EXPECT_TRUE(Hub_IsOpen());
+    EXPECT_EQ(Hub_ControlRequest(0x40, 0x55, 0, 0, 0, nullptr), 0U);
+    onAnotherThread([] { EXPECT_FALSE(Hub_OpenDevice()); });
+}
+
+TEST_F(CloseDevice, ClosesAndReleases)
+{
+    open();
+    Hub_CloseDevice();
+    EXPECT_FALSE(Hub_IsOpen());
+    EXPECT_THAT(m_bus.events(), ElementsAre("close 0", "drop 0"));
+}
+
+TEST_F(CloseDevice, DoesNothingTheSecondTime)
+{
+    open();
+    Hub_CloseDevice();
+    m_bus.forget();
+    Hub_CloseDevice();
+    EXPECT_THAT(m_bus.events(), IsEmpty());
+}
+
+TEST_F(ControlRequestTest, AnswersNotOpenAndSendsNothingWithoutAHub)
+{
+    std::array<std::uint8_t, 4> data{};
+    EXPECT_EQ(Hub_ControlRequest(0xC0, 0x09, 0, 0, 4, data.data()), 0xE00002F0U);
+    open();
+    Hub_CloseDevice();
+    EXPECT_EQ(Hub_ControlRequest(0xC0, 0x09, 0, 0, 4, data.data()), 0xE00002F0U);
+    EXPECT_THAT(m_bus.requests(), IsEmpty());
+    EXPECT_EQ(LastError, 0);
+}
+
+TEST_F(ControlRequestTest, PutsAllSixValuesIntoOneTransfer)
+{
+    open();
+    std::array<std::uint8_t, 3> data{0xDE, 0xAD, 0x42};
+    EXPECT_EQ(Hub_ControlRequest(0x41, 0x77, 0x1234, 0x5678, 3, data.data()), 0U);
+    EXPECT_THAT(m_bus.requests(), ElementsAre(SeenRequest{{0x41, 0x77, 0x34, 0x12, 0x78, 0x56, 0x03, 0x00},
+                                                          {0xDE, 0xAD, 0x42}}));
+}
+
+TEST_F(ControlRequestTest, HandsTheCallersBufferToTheBus)
+{
+    open();
+    std::array<std::uint8_t, 2> data{};
+    m_bus.onControl([](ControlRequest& request) {
+        static_cast<std::uint8_t*>(request.data)[1] = 0x99;
+        return 0U;
+    });
+    EXPECT_EQ(Hub_ControlRequest(0xC0, 0x09, 0, 0, 2, data.data()), 0U);
+    EXPECT_EQ(data[1], 0x99);
+}
+
+TEST_F(ControlRequestTest, ReturnsThePlatformsStatusUnchangedAndDoesNotRetry)
+{
+    open();
+    LastError = 0;
+    m_bus.onControl([](ControlRequest&) { return 0xE000404FU; });
+    EXPECT_EQ(Hub_ControlRequest(0x40, 0xE8, 0, 0, 0, nullptr), 0xE000404FU);
+    EXPECT_EQ(m_bus.requests().size(), 1U);
+    EXPECT_EQ(LastError, 0);
+}
+
+TEST_F(Abandon, FailsEveryOpenWithoutLookingAtTheBus)
+{
+    Hub_Abandon();
+    EXPECT_FALSE(Hub_OpenDevice());
+    EXPECT_EQ(LastError, 5);
+    EXPECT_THAT(m_bus.events(), IsEmpty());
+}
+
+TEST_F(Abandon, AnswersRequestsWithoutSendingThem)
+{
+    open();
+    Hub_Abandon();
+    EXPECT_EQ(Hub_ControlRequest(0x40, 0xE8, 0, 0, 0, nullptr), kHubAbandoned);
+    EXPECT_THAT(m_bus.requests(), IsEmpty());
+}
+
+TEST_F(Abandon, StillLetsTheHubBeClosed)
+{
+    open();
+    Hub_Abandon();
+    Hub_CloseDevice();
+    EXPECT_FALSE(Hub_IsOpen());
+    EXPECT_THAT(m_bus.events(), ElementsAre("close 0", "drop 0"));
+}
+
+TEST_F(Abandon, LetsATransferInFlightEnd)
+{
+    open();
+    m_bus.onControl([](ControlRequest&) {
+        onAnotherThread([] { Hub_Abandon(); });
+        return 0U;
+    });
+    EXPECT_EQ(Hub_ControlRequest(0x40, 0xE8, 0, 0, 0, nullptr), 0U);
+    EXPECT_EQ(Hub_ControlRequest(0x40, 0xE8, 0, 0, 0, nullptr), kHubAbandoned);
+    EXPECT_EQ(m_bus.requests().size(), 1U);
+}
+
+TEST_F(Abandon, IsTakenBackByANewPlatform)
+{
+    Hub_Abandon();
+    Hub_UsePlatform(m_bus, m_clock);
+    EXPECT_TRUE(Hub_OpenDevice());
+}
+
+TEST_F(UsePlatform, ReplacesBusAndClock)
+{
+    ScriptedBus other;
+    VirtualClock otherClock;
+    other.attached = m_bus.attached;
+    Hub_UsePlatform(other, otherClock);
+    EXPECT_TRUE(Hub_OpenDevice());
+    Hub_Pause(std::chrono::milliseconds(7));
+    Hub_CloseDevice();
+    EXPECT_THAT(m_bus.events(), IsEmpty());
+    EXPECT_THAT(other.events(), ElementsAre("search", "open 0", "close 0", "drop 0"));
+    EXPECT_THAT(otherClock.pauses(), ElementsAre(std::chrono::milliseconds(7)));
+    Hub_UsePlatform(m_bus, m_clock);
+}
+
+TEST_F(UsePlatform, ChangesNothingWhileAHubIsOpen)
+{
+    open();
+    Hub_Abandon();
+    {
+        ScriptedBus other;
+        VirtualClock otherClock;
+        Hub_UsePlatform(other, otherClock);
+    }
+    EXPECT_EQ(Hub_ControlRequest(0x40, 0xE8, 0, 0, 0, nullptr), kHubAbandoned);
+    EXPECT_TRUE(Hub_FindDevice());
+    EXPECT_THAT(m_bus.events(), ElementsAre("search", "drop 0", "end of list"));
+}
+
+} // namespace
+} // namespace vornadel::test

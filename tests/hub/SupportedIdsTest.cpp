@@ -1,0 +1,65 @@
+#include "hub/SupportedIds.h"
+
+#include <gtest/gtest.h>
+
+namespace vornadel::test
+{
+namespace
+{
+
+class SupportedIds : public ::testing::Test
+{
+protected:
+    SupportedIds() { SupportedIdList = {}; }
+    ~SupportedIds() override { SupportedIdList = {}; }
+};
+
+TEST_F(SupportedIds, AreSixtyFourEntriesOfFourWords)
+{
+    EXPECT_EQ(SupportedIdList.size(), 64U);
+    EXPECT_EQ(sizeof(SupportedIdList), 64U * 8U);
+}
+
+TEST_F(SupportedIds, MatchADeviceByEitherProductId)
+{
+    SupportedIdList[5] = {1, 0x1111, 0x3300, 0x2200};
+    EXPECT_TRUE(FindSupportedId(0x1111, 0x3300));
+    EXPECT_TRUE(FindSupportedId(0x1111, 0x2200));
+    EXPECT_FALSE(FindSupportedId(0x1111, 0x3301));
+    EXPECT_FALSE(FindSupportedId(0x1112, 0x3300));
+}
+
+TEST_F(SupportedIds, MatchATripleOnlyWithinOneEntry)
+{
+    SupportedIdList[0] = {1, 0x1111, 0x3300, 0x2200};
+    SupportedIdList[1] = {1, 0x1111, 0x3301, 0x2201};
+    EXPECT_TRUE(FindSupportedTriple(0x1111, 0x3301, 0x2201));
+    EXPECT_FALSE(FindSupportedTriple(0x1111, 0x3300, 0x2201));
+    EXPECT_FALSE(FindSupportedTriple(0x1111, 0x2200, 0x3300));
+    EXPECT_FALSE(FindSupportedTriple(0x1110, 0x3300, 0x2200));
+}
+
+TEST_F(SupportedIds, CountOnlyWithAValidFlagOfExactlyOne)
+{
+    SupportedIdList[0] = {0, 0x1111, 0x3300, 0x2200};
+    SupportedIdList[1] = {2, 0x1111, 0x3300, 0x2200};
+    SupportedIdList[2] = {0xFFFF, 0x1111, 0x3300, 0x2200};
+    EXPECT_FALSE(FindSupportedId(0x1111, 0x3300));
+    EXPECT_FALSE(FindSupportedTriple(0x1111, 0x3300, 0x2200));
+}
+
+TEST_F(SupportedIds, AreSearchedToTheLastEntryAcrossGaps)
+{
+    SupportedIdList[63] = {1, 0xFFFF, 0xFFFE, 0xFFFD};
+    EXPECT_TRUE(FindSupportedId(0xFFFF, 0xFFFD));
+    EXPECT_TRUE(FindSupportedTriple(0xFFFF, 0xFFFE, 0xFFFD));
+}
+
+TEST_F(SupportedIds, MatchNothingWhileTheListIsEmpty)
+{
+    EXPECT_FALSE(FindSupportedId(0, 0));
+    EXPECT_FALSE(FindSupportedTriple(0, 0, 0));
+}
+
+} // namespace
+} // namespace vornadel::test

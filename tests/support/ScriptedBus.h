@@ -1,0 +1,199 @@
+#pragma once
+
+#include "platform/UsbBus.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vornadel::test
+{
+
+/// One request as it reached the bus.
+struct SeenRequest {
+    std::array<std::uint8_t, 8> setup{}; ///< the setup packet as it goes on the wire, words little-endian
+    std::vector<std::uint8_t> sent{};    ///< the data stage of a request to the device
+
+    bool operator==(const SeenRequest&) const = default;
+};
+
+/// What a step of a search meets at one place of the bus.
+struct ScriptedDevice {
+    std::uint16_t vendorId = 0;
+    std::uint16_t productId = 0;
+    bool opens = true;
+    UsbSearch::Step step = UsbSearch::Step::Device;
+};
+
+/// A bus that does as it is told and writes down what happens on it. Set the script before the threads start.
+/// Devices may outlive their bus.
+class ScriptedBus final : public UsbBus
+{
+public:
+    std::vector<ScriptedDevice> attached; ///< as the next search meets them
+    bool givesList = true;
+
+    ScriptedBus() = default;
+
+    void onOpen(std::function<void()> hook) { m_script->onOpen = std::move(hook); }
+    void onClose(std::function<void()> hook) { m_script->onClose = std::move(hook); }
+    /// Answers the requests; without it every request succeeds and leaves its data alone.
+    void onControl(std::function<std::uint32_t(ControlRequest&)> hook)
+    {
+        m_script->onControl = std::move(hook);
+    }
+
+    /// "search", "end of list" (released), and "open 0", "close 0", "drop 0" with the place of the device.
+    std::vector<std::string> events() const
+    {
+        const std::lock_guard lock(m_script->mutex);
+        return m_script->events;
+    }
+
+    std::vector<SeenRequest> requests() const
+    {
+        const std::lock_guard lock(m_script->mutex);
+        return m_script->requests;
+    }
+
+    /// Forgets what happened so far.
+    void forget()
+    {
+        const std::lock_guard lock(m_script->mutex);
+        m_script->events.clear();
+        m_script->requests.clear();
+    }
+
+    std::unique_ptr<UsbSearch> search() override
+    {
+        m_script->note("search");
+        return givesList ? std::make_unique<Search>(m_script, attached) : nullptr;
+    }
+
+    bool watch(Listener) override { return false; }
+    void unwatch() override {}
+
+private:
+    struct Script {
+        std::mutex mutex;
+        std::vector<std::string> events;
+        std::vector<SeenRequest> requests;
+        std::function<void()> onOpen;
+        std::function<void()> onClose;
+        std::function<std::uint32_t(ControlRequest&)> onControl;
+
+        void note(std::string event)
+        {
+            const std::lock_guard lock(mutex);
+            events.push_back(std::move(event));
+        }
+
+        void writeDown(const ControlRequest& request)
+        {
+            const auto low = [](std::uint16_t word) { return static_cast<std::uint8_t>(word & 0xFF); };
+            const auto high = [](std::uint16_t word) { return static_cast<std::uint8_t>(word >> 8); };
+            SeenRequest seen;
+            seen.setup = {request.bmRequestType, request.bRequest,     low(request.wValue),
+                          high(request.wValue),  low(request.wIndex),  high(request.wIndex),
+                          low(request.wLength),  high(request.wLength)};
+            const bool toDevice = (request.bmRequestType & 0x80) == 0;
+            if (toDevice && request.wLength > 0) {
+                const auto* data = static_cast<const std::uint8_t*>(request.data);
+                seen.sent.assign(data, data + request.wLength);
+            }
+            const std::lock_guard lock(mutex);
+            requests.push_back(std::move(seen));
+        }
+    };
+
+    class Device final : public UsbDevice
+    {
+    public:
+        Device(std::shared_ptr<Script> script, const ScriptedDevice& device, std::size_t place)
+            : m_script(std::move(script)), m_device(device), m_place(std::to_string(place))
+        {
+        }
+        ~Device() override { m_script->note("drop " + m_place); }
+
+        std::uint16_t vendorId() const override { return m_device.vendorId; }
+        std::uint16_t productId() const override { return m_device.productId; }
+
+        bool open() override
+        {
+            m_script->note("open " + m_place);
+            if (m_script->onOpen) {
+                m_script->onOpen();
+            }
+            m_open = m_device.opens;
+            return m_open;
+        }
+
+        std::uint32_t control(ControlRequest& request) override
+        {
+            EXPECT_TRUE(m_open) << "a request on a device that is not open";
+            m_script->writeDown(request);
+            return m_script->onControl ? m_script->onControl(request) : 0;
+        }
+
+        void close() override
+        {
+            m_script->note("close " + m_place);
+            if (m_script->onClose) {
+                m_script->onClose();
+            }
+            m_open = false;
+        }
+
+    private:
+        std::shared_ptr<Script> m_script;
+        ScriptedDevice m_device;
+        std::string m_place;
+        bool m_open = false;
+    };
+
+    class Search final : public UsbSearch
+    {
+    public:
+        Search(std::shared_ptr<Script> script, std::vector<ScriptedDevice> devices)
+            : m_script(std::move(script)), m_devices(std::move(devices))
+        {
+        }
+
+        Step next(std::unique_ptr<UsbDevice>& device) override
+        {
+            device.reset();
+            if (m_released || m_place == m_devices.size()) {
+                return Step::End;
+            }
+            const ScriptedDevice& met = m_devices[m_place];
+            if (met.step == Step::Device) {
+                device = std::make_unique<Device>(m_script, met, m_place);
+            }
+            ++m_place;
+            return met.step;
+        }
+
+        void release() override
+        {
+            m_released = true;
+            m_script->note("end of list");
+        }
+
+    private:
+        std::shared_ptr<Script> m_script;
+        std::vector<ScriptedDevice> m_devices;
+        std::size_t m_place = 0;
+        bool m_released = false;
+    };
+
+    std::shared_ptr<Script> m_script = std::make_shared<Script>();
+};
+
+} // namespace vornadel::test
