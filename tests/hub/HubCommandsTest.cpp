@@ -1,13 +1,8 @@
-#include "hub/HubCommands.h"
-#include "tests/hub/HubTest.h"
+#include "tests/hub/BenchHub.h"
 
-#include <algorithm>
-#include <array>
 #include <chrono>
-#include <cstring>
-#include <deque>
 #include <initializer_list>
-#include <numeric>
+#include <utility>
 
 namespace vornadel::test
 {
@@ -21,90 +16,10 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
-constexpr std::uint32_t kStalled = 0xE000404F;
-
-const SeenRequest kReadStatus{{0xC0, 0x09, 0x00, 0x00, 0x00, 0x00, 0x20, 0x00}};
-const SeenRequest kRestartIntoRom{{0x40, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00}};
-const SeenRequest kModeZero{{0x40, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00}};
-const SeenRequest kRestartIntoFlash{{0x40, 0xE9, 0x01, 0x01, 0x00, 0x00, 0x00, 0x00}};
-const SeenRequest kEraseFlash{{0x40, 0xE8, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00}};
-
-// A hub whose answers are laid out beforehand: its status block, and the statuses of its next answers by request.
-class HubCommands : public HubTest
-{
-protected:
-    HubCommands()
-    {
-        runFlashCode();
-        m_bus.onControl([this](ControlRequest& request) { return answer(request); });
-    }
-
-    void runRomCode() { m_status[15] = 0xFD; }
-    void runFlashCode() { m_status[15] = 0x02; }
-
-    /// The open hub has left the bus for all who search, and is back before the `attempt`-th open.
-    void comesBackAt(int attempt)
-    {
-        m_bus.attached.clear();
-        m_clock.onSleep = [this, attempt, sleeps = 0](Clock::Duration) mutable {
-            if (++sleeps == attempt) {
-                m_bus.attached = {{kVendor, kSuperSpeed}};
-            }
-        };
-    }
-
-    /// The statuses of the next answers to request 0x09, to restarts and erases; 0 when they run out.
-    std::deque<std::uint32_t> m_readResults;
-    std::deque<std::uint32_t> m_commandResults;
-    std::array<std::uint8_t, 32> m_status{};
-    bool m_restartEndsInRom = true;
-
-private:
-    static std::uint32_t nextOf(std::deque<std::uint32_t>& results)
-    {
-        if (results.empty()) {
-            return 0;
-        }
-        const std::uint32_t result = results.front();
-        results.pop_front();
-        return result;
-    }
-
-    std::uint32_t answer(ControlRequest& request)
-    {
-        switch (request.bRequest) {
-        case 0x02:
-            return 0;
-        case 0x09:
-            std::memcpy(request.data, m_status.data(),
-                        std::min<std::size_t>(request.wLength, m_status.size()));
-            return nextOf(m_readResults);
-        case 0xD8: {
-            auto* data = static_cast<std::uint8_t*>(request.data);
-            std::iota(data, data + request.wLength, std::uint8_t{1});
-            return nextOf(m_commandResults);
-        }
-        case 0x00:
-            if (m_restartEndsInRom) {
-                runRomCode();
-            }
-            return nextOf(m_commandResults);
-        default:
-            return nextOf(m_commandResults);
-        }
-    }
-};
-
 class StatusBlock : public HubCommands
 {
 };
 class SendModeCommand : public HubCommands
-{
-};
-class SwitchMode : public HubCommands
-{
-};
-class OpenRomDevice : public HubCommands
 {
 };
 class EraseFlash : public HubCommands
@@ -113,11 +28,6 @@ class EraseFlash : public HubCommands
 class FlashTransfers : public HubCommands
 {
 };
-
-std::vector<Clock::Duration> times(std::size_t count, Clock::Duration pause)
-{
-    return std::vector<Clock::Duration>(count, pause);
-}
 
 TEST_F(StatusBlock, IsReadWithOneRequestOfItsLength)
 {
@@ -209,195 +119,6 @@ TEST_F(SendModeCommand, ClosesAfterAFailureToo)
     EXPECT_FALSE(Hub_SendModeCommand(HUB_MODE_FLASH));
     EXPECT_TRUE(Hub_SendModeCommand(0x77));
     EXPECT_THAT(m_bus.requests(), ElementsAre(kRestartIntoFlash));
-}
-
-TEST_F(SwitchMode, ReopensAfterTheHubReturns)
-{
-    open();
-    comesBackAt(3);
-    EXPECT_TRUE(Hub_SwitchMode(HUB_MODE_FLASH));
-    EXPECT_TRUE(Hub_IsOpen());
-    EXPECT_EQ(m_clock.pauses(), times(3, 2s));
-    EXPECT_THAT(m_bus.requests(), ElementsAre(kRestartIntoFlash, kGreeting));
-    EXPECT_THAT(m_bus.events(), ElementsAre("close 0", "drop 0", "search", "search", "search", "open 0"));
-}
-
-TEST_F(SwitchMode, ReadsTheStatusBlockOnlyOnTheWayIntoRomCode)
-{
-    open();
-    EXPECT_TRUE(Hub_SwitchMode(HUB_MODE_ROM));
-    EXPECT_THAT(m_bus.requests(), ElementsAre(kReadStatus, kRestartIntoRom, kGreeting));
-    EXPECT_EQ(m_clock.pauses(), times(1, 2s));
-}
-
-TEST_F(SwitchMode, WaitsASecondForAQuickHubOnTheWayIntoRomCode)
-{
-    open();
-    m_status[13] = 1;
-    comesBackAt(2);
-    EXPECT_TRUE(Hub_SwitchMode(HUB_MODE_ROM));
-    EXPECT_EQ(m_clock.pauses(), times(2, 1s));
-}
-
-TEST_F(SwitchMode, WaitsTwoSecondsForAQuickHubOnTheWayIntoFlashCode)
-{
-    open();
-    m_status[13] = 1;
-    EXPECT_TRUE(Hub_SwitchMode(HUB_MODE_FLASH));
-    EXPECT_EQ(m_clock.pauses(), times(1, 2s));
-    EXPECT_THAT(m_bus.requests(), ElementsAre(kRestartIntoFlash, kGreeting));
-}
-
-TEST_F(SwitchMode, TakesOnlySpeedByteOneForQuick)
-{
-    open();
-    m_status[13] = 0x81;
-    EXPECT_TRUE(Hub_SwitchMode(HUB_MODE_ROM));
-    EXPECT_EQ(m_clock.pauses(), times(1, 2s));
-}
-
-TEST_F(SwitchMode, DoesNotTrustTheSpeedByteOfAFailedRead)
-{
-    open();
-    m_status[13] = 1;
-    m_readResults = {kStalled};
-    EXPECT_TRUE(Hub_SwitchMode(HUB_MODE_ROM));
-    EXPECT_EQ(m_clock.pauses(), times(1, 2s));
-}
-
-TEST_F(SwitchMode, GivesUpAfterTwentyOpensTwoSecondsApart)
-{
-    open();
-    comesBackAt(21);
-    EXPECT_FALSE(Hub_SwitchMode(HUB_MODE_FLASH));
-    EXPECT_FALSE(Hub_IsOpen());
-    EXPECT_EQ(m_clock.pauses(), times(20, 2s));
-    EXPECT_EQ(LastError, 5);
-    EXPECT_EQ(m_clock.now(), 40s);
-}
-
-TEST_F(SwitchMode, GivesUpAfterTwentyOpensASecondApart)
-{
-    open();
-    m_status[13] = 1;
-    comesBackAt(21);
-    EXPECT_FALSE(Hub_SwitchMode(HUB_MODE_ROM));
-    EXPECT_EQ(m_clock.pauses(), times(20, 1s));
-    EXPECT_EQ(m_clock.now(), 20s);
-}
-
-TEST_F(SwitchMode, StillTakesAHubThatIsBackForTheTwentiethOpen)
-{
-    open();
-    comesBackAt(20);
-    EXPECT_TRUE(Hub_SwitchMode(HUB_MODE_FLASH));
-    EXPECT_EQ(m_clock.pauses(), times(20, 2s));
-}
-
-TEST_F(SwitchMode, DoesNotReachTheHubWithItsSecondAndThirdAttempt)
-{
-    open();
-    m_commandResults = {kStalled, 0, 0};
-    EXPECT_FALSE(Hub_SwitchMode(HUB_MODE_FLASH));
-    EXPECT_FALSE(Hub_IsOpen());
-    EXPECT_THAT(m_bus.requests(), ElementsAre(kRestartIntoFlash));
-    EXPECT_THAT(m_bus.events(), ElementsAre("close 0", "drop 0"));
-    EXPECT_EQ(m_clock.pauses(), times(3, 128ms));
-}
-
-TEST_F(SwitchMode, TriesAgainWhenAReopenMeetsABusyHub)
-{
-    open();
-    m_bus.attached = {{kVendor, kSuperSpeed, false}};
-    m_clock.onSleep = [this, sleeps = 0](Clock::Duration) mutable {
-        m_bus.attached[0].opens = ++sleeps == 2;
-    };
-    EXPECT_TRUE(Hub_SwitchMode(HUB_MODE_FLASH));
-    EXPECT_EQ(m_clock.pauses(), times(2, 2s));
-}
-
-TEST_F(SwitchMode, EndsWhenTheProgramDoes)
-{
-    open();
-    m_clock.onSleep = [this, sleeps = 0](Clock::Duration) mutable {
-        if (++sleeps == 2) {
-            Hub_Abandon();
-            m_clock.interrupt();
-        }
-    };
-    m_bus.attached.clear();
-    EXPECT_FALSE(Hub_SwitchMode(HUB_MODE_FLASH));
-    EXPECT_EQ(m_clock.now(), 4s);
-    EXPECT_EQ(LastError, 5);
-}
-
-TEST_F(OpenRomDevice, UsesAHubInRomCodeAsItIs)
-{
-    runRomCode();
-    EXPECT_TRUE(Hub_OpenRomDevice());
-    EXPECT_TRUE(Hub_IsOpen());
-    EXPECT_THAT(m_bus.requests(), ElementsAre(kGreeting, kReadStatus));
-    EXPECT_THAT(m_clock.pauses(), IsEmpty());
-}
-
-TEST_F(OpenRomDevice, RestartsAHubThatRunsItsFirmware)
-{
-    EXPECT_TRUE(Hub_OpenRomDevice());
-    EXPECT_TRUE(Hub_IsOpen());
-    EXPECT_THAT(m_bus.requests(),
-                ElementsAre(kGreeting, kReadStatus, kReadStatus, kRestartIntoRom, kGreeting, kReadStatus));
-    EXPECT_EQ(m_clock.pauses(), times(1, 2s));
-    EXPECT_EQ(LastError, 0);
-}
-
-TEST_F(OpenRomDevice, FailsWithTheTransportsCodeWithoutAHub)
-{
-    m_bus.givesList = false;
-    EXPECT_FALSE(Hub_OpenRomDevice());
-    EXPECT_EQ(LastError, 2);
-    m_bus.givesList = true;
-    m_bus.attached.clear();
-    EXPECT_FALSE(Hub_OpenRomDevice());
-    EXPECT_EQ(LastError, 5);
-    EXPECT_THAT(m_bus.requests(), IsEmpty());
-}
-
-TEST_F(OpenRomDevice, SetsCodeTwelveWhenTheHubStaysOutOfRomCode)
-{
-    m_restartEndsInRom = false;
-    EXPECT_FALSE(Hub_OpenRomDevice());
-    EXPECT_EQ(LastError, 12);
-    EXPECT_FALSE(Hub_IsOpen());
-    EXPECT_THAT(m_bus.requests(),
-                ElementsAre(kGreeting, kReadStatus, kReadStatus, kRestartIntoRom, kGreeting, kReadStatus));
-}
-
-TEST_F(OpenRomDevice, TreatsAnUnreadableStatusBlockAsNoRomCode)
-{
-    runRomCode();
-    m_readResults = {kStalled, kStalled, kStalled};
-    EXPECT_FALSE(Hub_OpenRomDevice());
-    EXPECT_EQ(LastError, 12);
-    EXPECT_FALSE(Hub_IsOpen());
-    EXPECT_THAT(m_bus.requests(),
-                ElementsAre(kGreeting, kReadStatus, kReadStatus, kRestartIntoRom, kGreeting, kReadStatus));
-}
-
-TEST_F(OpenRomDevice, FailsClosedWhenTheRestartIsRefused)
-{
-    m_commandResults = {kStalled};
-    EXPECT_FALSE(Hub_OpenRomDevice());
-    EXPECT_FALSE(Hub_IsOpen());
-    EXPECT_EQ(LastError, 0);
-    EXPECT_EQ(m_clock.pauses(), times(3, 128ms));
-}
-
-TEST_F(OpenRomDevice, FailsWhenTheHubStaysAway)
-{
-    m_clock.onSleep = [this](Clock::Duration) { m_bus.attached.clear(); };
-    EXPECT_FALSE(Hub_OpenRomDevice());
-    EXPECT_EQ(LastError, 5);
-    EXPECT_EQ(m_clock.pauses(), times(20, 2s));
 }
 
 TEST_F(EraseFlash, SendsOneRequestAtAddressZeroAndPausesAfterIt)
