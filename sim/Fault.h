@@ -60,10 +60,10 @@ enum class FaultKind {
 /// or those of the kind `on`), open attempts on an attached device, or restarts.
 struct Fault {
     FaultKind kind = FaultKind::Stall;
-    std::optional<RequestKind> on; ///< request faults only: count this kind alone
-    unsigned position = 0;         ///< 0: the next one after the fault was added
-    unsigned amount = 0;           ///< Torn: bytes programmed; OpenRefused: opens refused
-    Clock::Duration delay{0};      ///< Late: absence from the bus
+    std::optional<RequestKind> on = std::nullopt; ///< request faults only: count this kind alone
+    unsigned position = 0;                        ///< 0: the next one after the fault was added
+    unsigned amount = 0;                          ///< Torn: bytes programmed; OpenRefused: opens refused
+    Clock::Duration delay{0};                     ///< Late: absence from the bus
 };
 
 /// Reads `KIND[:ARGUMENT][@POSITION]`. For request faults POSITION is `N`, the N-th request, or `REQUEST#N`, the N-th

@@ -1,0 +1,125 @@
+#pragma once
+
+#include "sim/SimulatedBus.h"
+#include "tests/support/VirtualClock.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vornadel::test
+{
+
+using Bytes = std::vector<std::uint8_t>;
+using namespace std::chrono_literals;
+
+inline constexpr std::size_t kFlashSize = 32768;
+
+/// In memory, without latency, running ROM code: ready for flash requests.
+inline SimulatedHubOptions romOptions()
+{
+    SimulatedHubOptions options;
+    options.keepInMemory = true;
+    options.latency = SimulatedLatency::None;
+    options.mode = HubCode::Rom;
+    return options;
+}
+
+inline SimulatedHubOptions withFault(const std::string& text, SimulatedHubOptions options = romOptions())
+{
+    Fault fault;
+    std::string error;
+    EXPECT_TRUE(parseFault(text, fault, error)) << error;
+    options.faults.push_back(fault);
+    return options;
+}
+
+/// Every device on the bus, in the order of enumeration.
+inline std::vector<std::unique_ptr<UsbDevice>> listDevices(UsbBus& bus)
+{
+    std::vector<std::unique_ptr<UsbDevice>> devices;
+    const std::unique_ptr<UsbSearch> search = bus.search();
+    std::unique_ptr<UsbDevice> device;
+    while (search->next(device) == UsbSearch::Step::Device) {
+        devices.push_back(std::move(device));
+    }
+    search->release();
+    return devices;
+}
+
+/// The bus with a simulated hub, and the hub's requests spelled out byte by byte.
+class HubBench
+{
+public:
+    explicit HubBench(const SimulatedHubOptions& options = romOptions())
+        : bus(SimulatedBus::create(options, clock, error))
+    {
+        EXPECT_NE(bus, nullptr) << error;
+    }
+
+    SimulatedHub& hub() const { return bus->hub(); }
+
+    /// Opens the first listed device; false when there is none or it cannot be opened.
+    bool open()
+    {
+        std::vector<std::unique_ptr<UsbDevice>> devices = listDevices(*bus);
+        if (devices.empty()) {
+            return false;
+        }
+        device = std::move(devices.front());
+        return device->open();
+    }
+
+    std::uint32_t send(ControlRequest request)
+    {
+        const std::uint32_t status = device->control(request);
+        transferred = request.transferred;
+        return status;
+    }
+    std::uint32_t hello() { return send({0x40, 0x02, 0x0001, 0x1209, 0}); }
+    std::uint32_t restartIntoRom() { return send({0x40, 0x00, 0, 0, 0}); }
+    std::uint32_t restartIntoFlash() { return send({0x40, 0xE9, 0x0101, 0, 0}); }
+    std::uint32_t erase() { return send({0x40, 0xE8, 0, 0, 0}); }
+    std::uint32_t status(std::array<std::uint8_t, 32>& block)
+    {
+        return send({0xC0, 0x09, 0, 0, 32, block.data()});
+    }
+    std::uint32_t write(std::uint32_t address, Bytes data)
+    {
+        return send({0x40, 0xC8, static_cast<std::uint16_t>(address),
+                     static_cast<std::uint16_t>(address >> 16), static_cast<std::uint16_t>(data.size()),
+                     data.data()});
+    }
+    std::uint32_t read(std::uint32_t address, Bytes& data)
+    {
+        return send({0xC0, 0xD8, static_cast<std::uint16_t>(address),
+                     static_cast<std::uint16_t>(address >> 16), static_cast<std::uint16_t>(data.size()),
+                     data.data()});
+    }
+
+    /// Version word and running code as the status block tells them; all zero when it cannot be read.
+    std::uint16_t version()
+    {
+        std::array<std::uint8_t, 32> block{};
+        status(block);
+        return static_cast<std::uint16_t>(block[10] * 256 + block[11]);
+    }
+    bool runsRom()
+    {
+        std::array<std::uint8_t, 32> block{};
+        EXPECT_EQ(status(block), 0U);
+        return (block[15] & 0x02) == 0;
+    }
+
+    VirtualClock clock;
+    std::string error;
+    std::unique_ptr<SimulatedBus> bus;
+    std::unique_ptr<UsbDevice> device;
+    std::uint32_t transferred = 0; ///< by the last request
+};
+
+} // namespace vornadel::test

@@ -1,0 +1,103 @@
+#include "sim/NorFlash.h"
+
+#include "tests/sim/HubBench.h"
+
+#include <gtest/gtest.h>
+
+namespace vornadel::test
+{
+namespace
+{
+
+Bytes imageWithBlockAt(std::size_t block, std::uint8_t first, std::uint8_t second)
+{
+    Bytes image(kFlashSize, 0xFF);
+    image[block] = first;
+    image[block + 1] = second;
+    return image;
+}
+
+TEST(NorFlash, IsErasedWhenNew) { EXPECT_EQ(NorFlash().bytes(), Bytes(kFlashSize, 0xFF)); }
+
+TEST(NorFlash, ProgrammingOnlyClearsBits)
+{
+    NorFlash flash;
+    flash.program(0x100, Bytes{0xF0, 0x3C});
+    flash.program(0x100, Bytes{0xAA, 0xFF});
+    EXPECT_EQ(flash.bytes()[0x100], 0xA0);
+    EXPECT_EQ(flash.bytes()[0x101], 0x3C);
+    EXPECT_EQ(flash.bytes()[0x0FF], 0xFF);
+    EXPECT_EQ(flash.bytes()[0x102], 0xFF);
+}
+
+TEST(NorFlash, ErasingSetsEveryBit)
+{
+    NorFlash flash;
+    flash.program(0, Bytes(kFlashSize, 0x00));
+    flash.erase();
+    EXPECT_EQ(flash.bytes(), Bytes(kFlashSize, 0xFF));
+}
+
+TEST(NorFlash, CoversItsOwnAddressesOnly)
+{
+    EXPECT_TRUE(NorFlash::covers(0, kFlashSize));
+    EXPECT_TRUE(NorFlash::covers(kFlashSize - 1, 1));
+    EXPECT_FALSE(NorFlash::covers(kFlashSize - 1, 2));
+    EXPECT_FALSE(NorFlash::covers(0xFFFFFFFF, 2));
+}
+
+TEST(NorFlash, TakesNoContentOfAnotherSize)
+{
+    NorFlash flash;
+    EXPECT_FALSE(flash.assign(Bytes(100, 0)));
+    EXPECT_TRUE(flash.assign(Bytes(kFlashSize, 0)));
+}
+
+TEST(FlashIdentity, IsReadHighByteFirst)
+{
+    Bytes image = imageWithBlockAt(0x100, 0xAA, 0x55);
+    image[0xF9] = 0x12;
+    image[0xFA] = 0x34;
+    const Bytes ids = {0x56, 0x78, 0x9A, 0xBC, 0xDE, 0xF0};
+    std::copy(ids.begin(), ids.end(), image.begin() + 0x102);
+    const auto identity = findFlashIdentity(image);
+    ASSERT_TRUE(identity);
+    EXPECT_EQ(identity->version, 0x1234);
+    EXPECT_EQ(identity->vendorId, 0x5678);
+    EXPECT_EQ(identity->superSpeedId, 0x9ABC);
+    EXPECT_EQ(identity->highSpeedId, 0xDEF0);
+}
+
+TEST(FlashIdentity, IsFoundByEachOfTheThreeSignatures)
+{
+    EXPECT_TRUE(findFlashIdentity(imageWithBlockAt(0x7F00, 0xAA, 0x55)));
+    EXPECT_TRUE(findFlashIdentity(imageWithBlockAt(0x7F00, 0x3C, 0xC3)));
+    EXPECT_TRUE(findFlashIdentity(imageWithBlockAt(0x7F00, 0x55, 0xAA)));
+    EXPECT_FALSE(findFlashIdentity(imageWithBlockAt(0x7F00, 0xC3, 0x3C)));
+    EXPECT_FALSE(findFlashIdentity(imageWithBlockAt(0x7F00, 0xAA, 0xC3)));
+}
+
+TEST(FlashIdentity, ComesFromTheBlockNearestTheEnd)
+{
+    Bytes image = imageWithBlockAt(0x1000, 0xAA, 0x55);
+    image[0x1003] = 0x01;
+    image[0x2000] = 0x3C;
+    image[0x2001] = 0xC3;
+    image[0x2003] = 0x02;
+    const auto identity = findFlashIdentity(image);
+    ASSERT_TRUE(identity);
+    EXPECT_EQ(identity->vendorId & 0xFF, 0x02);
+}
+
+TEST(FlashIdentity, LiesOnA256ByteStep)
+{
+    EXPECT_FALSE(findFlashIdentity(imageWithBlockAt(0x1080, 0xAA, 0x55)));
+}
+
+TEST(FlashIdentity, NeedsRoomForFirmwareBeforeTheBlock)
+{
+    EXPECT_FALSE(findFlashIdentity(imageWithBlockAt(0, 0xAA, 0x55)));
+}
+
+} // namespace
+} // namespace vornadel::test

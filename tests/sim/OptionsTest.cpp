@@ -1,0 +1,218 @@
+#include "sim/SimulatedHubOptions.h"
+
+#include "sim/FlashFile.h"
+
+#include <cstdlib>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <string>
+
+namespace vornadel::test
+{
+namespace
+{
+
+using namespace std::chrono_literals;
+using testing::HasSubstr;
+
+SimulatedHubOptions parsed(const std::string& text)
+{
+    SimulatedHubOptions options;
+    std::string error;
+    EXPECT_TRUE(parseSimulatedHubOptions(text, options, error)) << error;
+    EXPECT_EQ(error, "");
+    return options;
+}
+
+std::string refusal(const std::string& text)
+{
+    SimulatedHubOptions options;
+    options.image = "before";
+    std::string error;
+    EXPECT_FALSE(parseSimulatedHubOptions(text, options, error)) << text;
+    EXPECT_EQ(options.image, "before");
+    EXPECT_TRUE(options.faults.empty());
+    return error;
+}
+
+TEST(SimulatedHubOptions, AreDefaultsForTheEmptyText)
+{
+    const SimulatedHubOptions options = parsed("");
+    EXPECT_EQ(options.image, "");
+    EXPECT_EQ(options.latency, SimulatedLatency::Real);
+    EXPECT_EQ(options.mode, HubCode::Flash);
+    EXPECT_FALSE(options.ids);
+    EXPECT_TRUE(options.faults.empty());
+    EXPECT_EQ(options.restartSpeed, 1);
+    EXPECT_FALSE(options.keepInMemory);
+}
+
+TEST(SimulatedHubOptions, ReadsEveryKey)
+{
+    const auto options =
+        parsed("image=/tmp/a b.bin,latency=none,mode=rom,ids=1209:5AB3:0x00fF,fault=stall@5,fault=never");
+    EXPECT_EQ(options.image, "/tmp/a b.bin");
+    EXPECT_EQ(options.latency, SimulatedLatency::None);
+    EXPECT_EQ(options.mode, HubCode::Rom);
+    ASSERT_TRUE(options.ids);
+    EXPECT_EQ(options.ids->vendorId, 0x1209);
+    EXPECT_EQ(options.ids->superSpeedId, 0x5AB3);
+    EXPECT_EQ(options.ids->highSpeedId, 0x00FF);
+    ASSERT_EQ(options.faults.size(), 2U);
+    EXPECT_EQ(options.faults[0].kind, FaultKind::Stall);
+    EXPECT_EQ(options.faults[0].position, 5U);
+    EXPECT_EQ(options.faults[1].kind, FaultKind::Never);
+}
+
+TEST(SimulatedHubOptions, KeepsAnEqualsSignInAValue) { EXPECT_EQ(parsed("image=a=b").image, "a=b"); }
+
+TEST(SimulatedHubOptions, SpellsTheDefaultsToo)
+{
+    const auto options = parsed("latency=real,mode=flash");
+    EXPECT_EQ(options.latency, SimulatedLatency::Real);
+    EXPECT_EQ(options.mode, HubCode::Flash);
+}
+
+TEST(SimulatedHubOptions, NamesWhatItDoesNotUnderstand)
+{
+    EXPECT_THAT(refusal("speed=high"), HasSubstr("no option \"speed=high\""));
+    EXPECT_THAT(refusal("latency=none,"), HasSubstr("no option \"\""));
+    EXPECT_THAT(refusal("mode"), HasSubstr("mode needs a value"));
+    EXPECT_THAT(refusal("image=x,image=y"), HasSubstr("image is given twice"));
+    EXPECT_THAT(refusal("image="), HasSubstr("file name"));
+    EXPECT_THAT(refusal("image=x,latency=slow"), HasSubstr("\"slow\""));
+    EXPECT_THAT(refusal("mode=ROM"), HasSubstr("\"ROM\""));
+    EXPECT_THAT(refusal("fault=stall@1,fault=melt"), HasSubstr("\"melt\""));
+}
+
+TEST(SimulatedHubOptions, RefusesIdsThatAreNotThreeWords)
+{
+    for (const char* ids : {"", "1209", "1209:1", "1209:1:2:3", "1209::2", "1209:1:12345", "1209:1:00001",
+                            "1209:1:-1", "1209:1:g", "1209:1: 2", "0x:1:2"}) {
+        EXPECT_THAT(refusal(std::string("ids=") + ids), HasSubstr("VID:SSPID:HSPID")) << ids;
+    }
+}
+
+struct FaultText {
+    const char* text;
+    Fault fault;
+};
+
+TEST(FaultText, IsReadInAllItsForms)
+{
+    const std::vector<FaultText> rows = {
+        {"stall@5", {FaultKind::Stall, {}, 5}},
+        {"stall@write#2", {FaultKind::Stall, RequestKind::Write, 2}},
+        {"stall@hello", {FaultKind::Stall, RequestKind::Hello, 1}},
+        {"vanish-before@status#3", {FaultKind::VanishBefore, RequestKind::Status, 3}},
+        {"vanish-after@rom", {FaultKind::VanishAfter, RequestKind::Rom, 1}},
+        {"ignore@flash", {FaultKind::Ignore, RequestKind::Flash, 1}},
+        {"ignore@erase", {FaultKind::Ignore, RequestKind::Erase, 1}},
+        {"flip@read#8", {FaultKind::Flip, RequestKind::Read, 8}},
+        {"flip@9", {FaultKind::Flip, {}, 9}},
+        {"torn:100", {FaultKind::Torn, RequestKind::Write, 0, 100}},
+        {"torn:0@write#4", {FaultKind::Torn, RequestKind::Write, 4, 0}},
+        {"torn:7@6", {FaultKind::Torn, {}, 6, 7}},
+        {"open-refused:2", {FaultKind::OpenRefused, {}, 0, 2}},
+        {"open-refused:2@3", {FaultKind::OpenRefused, {}, 3, 2}},
+        {"never@2", {FaultKind::Never, {}, 2}},
+        {"late:12", {FaultKind::Late, {}, 0, 0, 12s}},
+        {"late:0.25@2", {FaultKind::Late, {}, 2, 0, 250ms}},
+        {"same-mode", {FaultKind::SameMode, {}, 0}},
+        {"bounce@1", {FaultKind::Bounce, {}, 1}},
+    };
+    for (const FaultText& row : rows) {
+        Fault fault;
+        std::string error;
+        ASSERT_TRUE(parseFault(row.text, fault, error)) << error;
+        EXPECT_EQ(fault.kind, row.fault.kind) << row.text;
+        EXPECT_EQ(fault.on, row.fault.on) << row.text;
+        EXPECT_EQ(fault.position, row.fault.position) << row.text;
+        EXPECT_EQ(fault.amount, row.fault.amount) << row.text;
+        EXPECT_EQ(fault.delay, row.fault.delay) << row.text;
+    }
+}
+
+TEST(FaultText, IsRefusedWithAReason)
+{
+    const std::vector<std::pair<const char*, const char*>> rows = {
+        {"", "no fault has this name"},
+        {"stal@5", "no fault has this name"},
+        {"stall", "needs a position"},
+        {"flip", "needs a position"},
+        {"stall:3@5", "takes no argument"},
+        {"stall@", "no request is called"},
+        {"stall@0", "from 1 on"},
+        {"stall@5x", "from 1 on"},
+        {"stall@-1", "no request is called"},
+        {"stall@99999999999", "from 1 on"},
+        {"stall@wriite#2", "\"wriite\""},
+        {"stall@write#", "from 1 on"},
+        {"stall@write#0", "from 1 on"},
+        {"torn@write", "number from 0"},
+        {"torn:@write", "number from 0"},
+        {"torn:65536", "number from 0"},
+        {"torn:5@read", "no flash data"},
+        {"flip@erase", "no flash data"},
+        {"open-refused", "number from 1"},
+        {"open-refused:0", "number from 1"},
+        {"open-refused:1@write", "from 1 on"},
+        {"never@x", "from 1 on"},
+        {"never:1", "takes no argument"},
+        {"late", "needs seconds"},
+        {"late:", "needs seconds"},
+        {"late:1.", "needs seconds"},
+        {"late:.5", "needs seconds"},
+        {"late:1.1234567", "needs seconds"},
+        {"late:-1", "needs seconds"},
+    };
+    for (const auto& [text, reason] : rows) {
+        Fault fault;
+        fault.position = 77;
+        std::string error;
+        EXPECT_FALSE(parseFault(text, fault, error)) << text;
+        EXPECT_THAT(error, HasSubstr(reason)) << text;
+        EXPECT_THAT(error, HasSubstr('"' + std::string(text) + '"'));
+        EXPECT_EQ(fault.position, 77U);
+    }
+}
+
+/// Sets one variable of the environment, or takes it out, until the end of the scope.
+class ScopedVariable
+{
+public:
+    ScopedVariable(const char* name, const char* value) : m_name(name)
+    {
+        const char* const before = std::getenv(name);
+        m_had = before != nullptr;
+        m_before = m_had ? before : "";
+        value != nullptr ? ::setenv(name, value, 1) : ::unsetenv(name);
+    }
+    ScopedVariable(const ScopedVariable&) = delete;
+    ScopedVariable& operator=(const ScopedVariable&) = delete;
+    ~ScopedVariable() { m_had ? ::setenv(m_name, m_before.c_str(), 1) : ::unsetenv(m_name); }
+
+private:
+    const char* m_name;
+    std::string m_before;
+    bool m_had = false;
+};
+
+TEST(DefaultFlashFile, FollowsTheStateFolderThenTheHome)
+{
+    const ScopedVariable home("HOME", "/home/someone");
+    {
+        const ScopedVariable state("XDG_STATE_HOME", "/var/state");
+        EXPECT_EQ(defaultFlashFile(), "/var/state/vornadel/simulated-hub.bin");
+    }
+    for (const char* unusable : {static_cast<const char*>(nullptr), "", "relative"}) {
+        const ScopedVariable state("XDG_STATE_HOME", unusable);
+        EXPECT_EQ(defaultFlashFile(), "/home/someone/.local/state/vornadel/simulated-hub.bin");
+    }
+    const ScopedVariable state("XDG_STATE_HOME", nullptr);
+    const ScopedVariable noHome("HOME", nullptr);
+    EXPECT_EQ(defaultFlashFile(), "");
+}
+
+} // namespace
+} // namespace vornadel::test

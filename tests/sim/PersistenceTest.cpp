@@ -1,0 +1,261 @@
+#include "sim/DemoImage.h"
+#include "sim/FlashFile.h"
+#include "tests/sim/HubBench.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <iterator>
+
+#include <sys/stat.h>
+
+namespace vornadel::test
+{
+namespace
+{
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+class FlashFileTest : public testing::Test
+{
+protected:
+    FlashFileTest()
+    {
+        std::string name = (fs::temp_directory_path() / "vornadel-sim-XXXXXX").string();
+        EXPECT_NE(::mkdtemp(name.data()), nullptr);
+        m_folder = name;
+    }
+    ~FlashFileTest() override
+    {
+        std::error_code ignored;
+        fs::remove_all(m_folder, ignored);
+    }
+    FlashFileTest(const FlashFileTest&) = delete;
+    FlashFileTest& operator=(const FlashFileTest&) = delete;
+
+    std::string path(const std::string& name = "hub.bin") const { return (m_folder / name).string(); }
+
+    SimulatedHubOptions options(const std::string& name = "hub.bin") const
+    {
+        SimulatedHubOptions onFile = romOptions();
+        onFile.keepInMemory = false;
+        onFile.image = path(name);
+        return onFile;
+    }
+
+    static Bytes content(const std::string& file)
+    {
+        std::ifstream stream(file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    }
+
+    static void put(const std::string& file, const Bytes& bytes)
+    {
+        std::ofstream stream(file, std::ios::binary);
+        std::copy(bytes.begin(), bytes.end(), std::ostreambuf_iterator<char>(stream));
+    }
+
+    std::string refusal(const SimulatedHubOptions& bad)
+    {
+        std::string error;
+        EXPECT_EQ(SimulatedBus::create(bad, m_clock, error), nullptr);
+        return error;
+    }
+
+    fs::path m_folder;
+    VirtualClock m_clock;
+};
+
+TEST_F(FlashFileTest, IsMadeFromTheDemoImage)
+{
+    const HubBench bench(options("new/folder/hub.bin"));
+    EXPECT_EQ(content(path("new/folder/hub.bin")), demoImage());
+}
+
+TEST_F(FlashFileTest, IsLookedForInTheStateFolderByDefault)
+{
+    ASSERT_EQ(::setenv("XDG_STATE_HOME", path("state").c_str(), 1), 0);
+    SimulatedHubOptions byDefault = options();
+    byDefault.image.clear();
+    const HubBench bench(byDefault);
+    ASSERT_EQ(::unsetenv("XDG_STATE_HOME"), 0);
+    EXPECT_EQ(content(path("state/vornadel/simulated-hub.bin")), demoImage());
+}
+
+TEST_F(FlashFileTest, IsTakenAsItIs)
+{
+    put(path(), demoImage(0x0777));
+    HubBench bench(options());
+    ASSERT_TRUE(bench.open());
+    EXPECT_EQ(bench.version(), 0x0777);
+}
+
+TEST_F(FlashFileTest, KeepsEveryChangeBetweenRuns)
+{
+    {
+        HubBench bench(options());
+        ASSERT_TRUE(bench.open());
+        bench.erase();
+        EXPECT_EQ(content(path()), Bytes(kFlashSize, 0xFF));
+        bench.write(0x1234, {0x42});
+        EXPECT_EQ(content(path())[0x1234], 0x42);
+    }
+    const HubBench next(options());
+    EXPECT_EQ(next.hub().flash()[0x1234], 0x42);
+    EXPECT_EQ(next.hub().flash()[0x1235], 0xFF);
+}
+
+TEST_F(FlashFileTest, HoldsWhatWasTorn)
+{
+    HubBench bench(withFault("torn:1", options()));
+    ASSERT_TRUE(bench.open());
+    bench.erase();
+    bench.write(0, {0x42, 0x42});
+    EXPECT_EQ(content(path())[0], 0x42);
+    EXPECT_EQ(content(path())[1], 0xFF);
+}
+
+TEST_F(FlashFileTest, IsReplacedInOneStep)
+{
+    put(path(), demoImage());
+    ASSERT_EQ(::chmod(path().c_str(), 0640), 0);
+    std::ifstream before(path(), std::ios::binary); // goes on reading what it opened
+    HubBench bench(options());
+    ASSERT_TRUE(bench.open());
+    bench.erase();
+    const Bytes old{std::istreambuf_iterator<char>(before), std::istreambuf_iterator<char>()};
+    EXPECT_EQ(old, demoImage());
+    struct stat info = {};
+    ASSERT_EQ(::stat(path().c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0640U);
+    bench.device->close();
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(m_folder)) {
+        names.push_back(entry.path().filename().string());
+    }
+    EXPECT_THAT(names, testing::UnorderedElementsAre("hub.bin", "hub.bin.lock"));
+}
+
+TEST_F(FlashFileTest, StaysALinkWhenItIsOne)
+{
+    put(path("real.bin"), demoImage());
+    fs::create_symlink(path("real.bin"), path("link.bin"));
+    HubBench bench(options("link.bin"));
+    ASSERT_TRUE(bench.open());
+    bench.erase();
+    EXPECT_TRUE(fs::is_symlink(path("link.bin")));
+    EXPECT_EQ(content(path("real.bin")), Bytes(kFlashSize, 0xFF));
+}
+
+TEST_F(FlashFileTest, OfAnotherSizeIsRefusedAndLeftAlone)
+{
+    for (const std::size_t size : {std::size_t{0}, std::size_t{100}, kFlashSize - 1, kFlashSize + 1}) {
+        put(path(), Bytes(size, 0x42));
+        EXPECT_THAT(refusal(options()), HasSubstr(std::to_string(size) + " bytes long"));
+        EXPECT_EQ(content(path()), Bytes(size, 0x42));
+    }
+}
+
+TEST_F(FlashFileTest, ThatIsNoFileIsRefused)
+{
+    EXPECT_THAT(refusal(options("")), HasSubstr("a folder"));
+    fs::create_directory(path("folder"));
+    EXPECT_THAT(refusal(options("folder")), HasSubstr("a folder"));
+    ASSERT_EQ(::mkfifo(path("pipe").c_str(), 0600), 0);
+    EXPECT_THAT(refusal(options("pipe")), HasSubstr("not a regular file"));
+}
+
+TEST_F(FlashFileTest, ThatCannotBeMadeIsRefused)
+{
+    put(path("file"), Bytes(1, 0));
+    EXPECT_THAT(refusal(options("file/hub.bin")), HasSubstr("folder"));
+    EXPECT_FALSE(refusal(options(std::string(300, 'x'))).empty());
+    SimulatedHubOptions inProc = options();
+    inProc.image = "/proc/vornadel.bin";
+    EXPECT_THAT(refusal(inProc), HasSubstr("/proc/vornadel.bin"));
+}
+
+TEST_F(FlashFileTest, WithoutAnyFolderIsRefused)
+{
+    const char* const home = std::getenv("HOME");
+    const std::string before = home != nullptr ? home : "";
+    ::unsetenv("XDG_STATE_HOME");
+    ::unsetenv("HOME");
+    SimulatedHubOptions byDefault = options();
+    byDefault.image.clear();
+    EXPECT_THAT(refusal(byDefault), HasSubstr("image=FILE"));
+    if (home != nullptr) {
+        ::setenv("HOME", before.c_str(), 1);
+    }
+}
+
+TEST_F(FlashFileTest, ThatCannotBeReplacedFailsTheRequest)
+{
+    HubBench bench(options("folder/hub.bin"));
+    ASSERT_TRUE(bench.open());
+    fs::remove_all(path("folder"));
+    EXPECT_EQ(bench.erase(), kSimulatedStall);
+    EXPECT_EQ(bench.hub().flash(), demoImage());
+    EXPECT_FALSE(bench.hub().setFlash(demoImage(0x0101)));
+}
+
+TEST_F(FlashFileTest, ThatWasSpoiledFailsTheOpen)
+{
+    HubBench bench(options());
+    put(path(), Bytes(5, 0));
+    EXPECT_FALSE(bench.open());
+    put(path(), demoImage(0x0333));
+    ASSERT_TRUE(bench.open());
+    EXPECT_EQ(bench.version(), 0x0333);
+}
+
+TEST_F(FlashFileTest, IsHeldByOneProgramAtATime)
+{
+    HubBench first(options());
+    HubBench second(options());
+    ASSERT_TRUE(first.open());
+    EXPECT_FALSE(second.open());
+    first.erase();
+    first.device->close();
+    ASSERT_TRUE(second.open());
+    EXPECT_EQ(second.version(), 0x0001); // read anew
+    EXPECT_FALSE(first.open());
+}
+
+TEST_F(FlashFileTest, IsHeldUntilBothDevicesAreClosed)
+{
+    HubBench first(options());
+    HubBench second(options());
+    auto devices = listDevices(*first.bus);
+    ASSERT_TRUE(devices[0]->open());
+    ASSERT_TRUE(devices[1]->open());
+    devices[0]->close();
+    EXPECT_FALSE(second.open());
+    devices[1].reset();
+    EXPECT_TRUE(second.open());
+}
+
+TEST_F(FlashFileTest, IsLetGoWhenTheHubLeaves)
+{
+    HubBench first(options());
+    HubBench second(options());
+    ASSERT_TRUE(first.open());
+    first.hub().unplug();
+    EXPECT_TRUE(second.open());
+}
+
+TEST_F(FlashFileTest, SharesItsLockUnderAllItsNames)
+{
+    HubBench first(options());
+    fs::create_symlink(path(), path("link.bin"));
+    HubBench second(options("link.bin"));
+    ASSERT_TRUE(first.open());
+    EXPECT_FALSE(second.open());
+}
+
+} // namespace
+} // namespace vornadel::test

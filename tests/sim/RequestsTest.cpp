@@ -1,0 +1,226 @@
+#include "sim/DemoImage.h"
+#include "tests/sim/HubBench.h"
+
+#include <gtest/gtest.h>
+
+namespace vornadel::test
+{
+namespace
+{
+
+SimulatedHubOptions flashOptions()
+{
+    SimulatedHubOptions options = romOptions();
+    options.mode = HubCode::Flash;
+    return options;
+}
+
+TEST(SimulatedHub, ServesItsStatusBlock)
+{
+    SimulatedHubOptions options = flashOptions();
+    options.initialFlash = demoImage(0x1234);
+    options.restartSpeed = 7;
+    HubBench bench(options);
+    ASSERT_TRUE(bench.open());
+    std::array<std::uint8_t, 32> block{};
+    block.fill(0xEE);
+    EXPECT_EQ(bench.status(block), 0U);
+    EXPECT_EQ(bench.transferred, 32U);
+    std::array<std::uint8_t, 32> expected{};
+    expected[10] = 0x12;
+    expected[11] = 0x34;
+    expected[13] = 7;
+    expected[15] = 0x02;
+    EXPECT_EQ(block, expected);
+}
+
+TEST(SimulatedHub, ClearsTheModeFlagInRomCode)
+{
+    HubBench bench;
+    ASSERT_TRUE(bench.open());
+    EXPECT_TRUE(bench.runsRom());
+    EXPECT_EQ(bench.version(), 0x0100); // the image's, although its code does not run
+}
+
+TEST(SimulatedHub, MovesNoMoreThanItsStatusBlockHolds)
+{
+    HubBench bench;
+    ASSERT_TRUE(bench.open());
+    Bytes buffer(40, 0xEE);
+    EXPECT_EQ(bench.send({0xC0, 0x09, 0, 0, 40, buffer.data()}), kSimulatedShort);
+    EXPECT_EQ(bench.transferred, 32U);
+    EXPECT_EQ(buffer[31], 0x00);
+    EXPECT_EQ(buffer[32], 0xEE);
+    EXPECT_EQ(bench.send({0xC0, 0x09, 0, 0, 12, buffer.data()}), 0U);
+    EXPECT_EQ(bench.transferred, 12U);
+}
+
+TEST(SimulatedHub, AcknowledgesTheOpenTimeRequestOfAnyMaker)
+{
+    HubBench bench(flashOptions());
+    ASSERT_TRUE(bench.open());
+    EXPECT_EQ(bench.hello(), 0U);
+    EXPECT_EQ(bench.send({0x40, 0x02, 0x0001, 0x4711, 0}), 0U);
+    EXPECT_NE(bench.send({0x40, 0x02, 0x0002, 0x1209, 0}), 0U);
+}
+
+TEST(SimulatedHub, RefusesFlashRequestsWhileFlashCodeRuns)
+{
+    HubBench bench(flashOptions());
+    ASSERT_TRUE(bench.open());
+    Bytes buffer(16, 0xEE);
+    EXPECT_EQ(bench.erase(), kSimulatedStall);
+    EXPECT_EQ(bench.write(0, Bytes(16, 0)), kSimulatedStall);
+    EXPECT_EQ(bench.read(0, buffer), kSimulatedStall);
+    EXPECT_EQ(bench.transferred, 0U);
+    EXPECT_EQ(buffer, Bytes(16, 0xEE));
+    EXPECT_EQ(bench.hub().flash(), demoImage());
+}
+
+TEST(SimulatedHub, ErasesWritesAndReadsItsFlashInRomCode)
+{
+    HubBench bench;
+    ASSERT_TRUE(bench.open());
+    EXPECT_EQ(bench.erase(), 0U);
+    EXPECT_EQ(bench.hub().flash(), Bytes(kFlashSize, 0xFF));
+    EXPECT_EQ(bench.write(0x7FFE, {0x12, 0x34}), 0U);
+    EXPECT_EQ(bench.transferred, 2U);
+    Bytes buffer(3);
+    EXPECT_EQ(bench.read(0x7FFD, buffer), 0U);
+    EXPECT_EQ(buffer, (Bytes{0xFF, 0x12, 0x34}));
+}
+
+TEST(SimulatedHub, ClearsBitsOnlyWhenWrittenTwice)
+{
+    HubBench bench;
+    ASSERT_TRUE(bench.open());
+    bench.erase();
+    bench.write(0, {0xF0});
+    bench.write(0, {0x3C});
+    EXPECT_EQ(bench.hub().flash()[0], 0x30);
+}
+
+TEST(SimulatedHub, StallsBeyondTheEndOfItsFlash)
+{
+    HubBench bench;
+    ASSERT_TRUE(bench.open());
+    const Bytes before = bench.hub().flash();
+    Bytes buffer(2, 0xEE);
+    for (const std::uint32_t address : {0x7FFFU, 0x8000U, 0x10000U, 0xFFFFFFFFU}) {
+        EXPECT_EQ(bench.write(address, {0, 0}), kSimulatedStall) << address;
+        EXPECT_EQ(bench.read(address, buffer), kSimulatedStall) << address;
+    }
+    EXPECT_EQ(bench.hub().flash(), before);
+    EXPECT_EQ(buffer, Bytes(2, 0xEE));
+}
+
+TEST(SimulatedHub, StallsWhatItDoesNotKnow)
+{
+    HubBench bench;
+    ASSERT_TRUE(bench.open());
+    Bytes buffer(64, 0);
+    const std::vector<ControlRequest> unknown = {
+        {0x40, 0x03, 0, 0, 0},                 // no such request
+        {0xC0, 0x00, 0, 0, 0},                 // wrong direction
+        {0x80, 0x09, 0, 0, 32, buffer.data()}, // a standard request
+        {0x41, 0x00, 0, 0, 0},                 // to the interface
+        {0x40, 0xE9, 0x0100, 0, 0},            // half the restart key
+        {0x40, 0xE9, 0x0101, 1, 0},            // an index where none belongs
+        {0x40, 0xE8, 0x1000, 0, 0},            // no sectors here
+        {0x40, 0xE8, 0, 0, 1, buffer.data()},  // data where none belongs
+        {0xC0, 0x09, 1, 0, 32, buffer.data()}, // no second block
+        {0x40, 0xC8, 0, 0, 16, nullptr},       // data that is not there
+    };
+    for (const ControlRequest& request : unknown) {
+        EXPECT_EQ(bench.send(request), kSimulatedStall)
+            << int{request.bmRequestType} << ' ' << int{request.bRequest};
+    }
+    EXPECT_EQ(bench.hub().flash(), demoImage());
+    EXPECT_EQ(bench.hub().requestCount(), unknown.size());
+    EXPECT_TRUE(bench.runsRom());
+}
+
+TEST(SimulatedHub, AcknowledgesMode00WithoutEffect)
+{
+    HubBench bench(flashOptions());
+    ASSERT_TRUE(bench.open());
+    EXPECT_EQ(bench.send({0x40, 0x01, 0, 0, 0}), 0U);
+    EXPECT_FALSE(bench.runsRom());
+}
+
+TEST(SimulatedHub, RunsRomCodeWithoutAValidImage)
+{
+    SimulatedHubOptions options = flashOptions();
+    options.initialFlash = Bytes(kFlashSize, 0xFF);
+    HubBench bench(options);
+    ASSERT_TRUE(bench.open());
+    EXPECT_TRUE(bench.runsRom());
+    EXPECT_EQ(bench.version(), 0x0001);
+}
+
+TEST(SimulatedHub, TakesTimeToEraseAndProgram)
+{
+    SimulatedHubOptions options = romOptions();
+    options.latency = SimulatedLatency::Real;
+    HubBench bench(options);
+    ASSERT_TRUE(bench.open());
+    bench.hello();
+    bench.erase();
+    bench.write(0, Bytes(4096, 0));
+    bench.write(4096, Bytes(257, 0));
+    Bytes buffer(4096);
+    bench.read(0, buffer);
+    EXPECT_EQ(bench.clock.pauses(), (std::vector<Clock::Duration>{150ms, 11200us, 1400us}));
+}
+
+TEST(SimulatedHub, TakesNoTimeWithoutLatency)
+{
+    HubBench bench;
+    ASSERT_TRUE(bench.open());
+    bench.erase();
+    bench.write(0, Bytes(4096, 0));
+    bench.restartIntoFlash();
+    EXPECT_TRUE(bench.clock.pauses().empty());
+    EXPECT_EQ(listDevices(*bench.bus).size(), 2U);
+}
+
+TEST(SimulatedHub, FinishesWhatItDoesWhenTheProgramEnds)
+{
+    SimulatedHubOptions options = romOptions();
+    options.latency = SimulatedLatency::Real;
+    HubBench bench(options);
+    ASSERT_TRUE(bench.open());
+    bench.clock.interrupt();
+    EXPECT_EQ(bench.erase(), 0U);
+    EXPECT_EQ(bench.hub().flash(), Bytes(kFlashSize, 0xFF));
+    EXPECT_EQ(bench.clock.now(), 0s);
+}
+
+TEST(SimulatedHub, ShowsEachRequestBeforeItTakesEffect)
+{
+    HubBench bench;
+    std::vector<int> requests;
+    bool erasedYet = true;
+    bench.hub().onRequest = [&](const ControlRequest& request) {
+        requests.push_back(request.bRequest);
+        erasedYet = bench.hub().flash() == Bytes(kFlashSize, 0xFF);
+    };
+    ASSERT_TRUE(bench.open());
+    bench.hello();
+    bench.erase();
+    EXPECT_EQ(requests, (std::vector<int>{0x02, 0xE8}));
+    EXPECT_FALSE(erasedYet);
+    EXPECT_EQ(bench.hub().requestCount(), 2U);
+}
+
+TEST(SimulatedHub, FailsARequestUnderWhichTheObserverPullsThePlug)
+{
+    HubBench bench;
+    bench.hub().onRequest = [&](const ControlRequest&) { bench.hub().unplug(); };
+    ASSERT_TRUE(bench.open());
+    EXPECT_EQ(bench.erase(), kSimulatedNoDevice);
+    EXPECT_EQ(bench.hub().flash(), demoImage());
+}
+
+} // namespace
+} // namespace vornadel::test

@@ -1,0 +1,312 @@
+#include "sim/DemoImage.h"
+#include "tests/sim/HubBench.h"
+
+#include <gtest/gtest.h>
+#include <utility>
+
+namespace vornadel::test
+{
+namespace
+{
+
+using Ids = std::vector<std::pair<int, int>>;
+using Events = std::vector<UsbEvent>;
+
+constexpr UsbEvent kAttached = UsbEvent::Attached;
+constexpr UsbEvent kDetached = UsbEvent::Detached;
+
+SimulatedHubOptions realOptions(HubCode code)
+{
+    SimulatedHubOptions options = romOptions();
+    options.latency = SimulatedLatency::Real;
+    options.mode = code;
+    return options;
+}
+
+Ids idsOn(UsbBus& bus)
+{
+    Ids ids;
+    for (const auto& device : listDevices(bus)) {
+        ids.emplace_back(device->vendorId(), device->productId());
+    }
+    return ids;
+}
+
+TEST(SimulatedBus, ListsTheSuperSpeedDeviceFirst)
+{
+    HubBench bench;
+    EXPECT_EQ(idsOn(*bench.bus), (Ids{{0x1209, 0x0001}, {0x1209, 0x0002}}));
+}
+
+TEST(SimulatedBus, EndsASearchThatWasReleased)
+{
+    HubBench bench;
+    const auto search = bench.bus->search();
+    std::unique_ptr<UsbDevice> device;
+    ASSERT_EQ(search->next(device), UsbSearch::Step::Device);
+    search->release();
+    EXPECT_EQ(search->next(device), UsbSearch::Step::End);
+    EXPECT_EQ(device, nullptr);
+}
+
+TEST(SimulatedBus, OpensEachDeviceForOneOwner)
+{
+    HubBench bench;
+    auto owner = listDevices(*bench.bus);
+    auto other = listDevices(*bench.bus);
+    EXPECT_TRUE(owner[0]->open());
+    EXPECT_FALSE(owner[0]->open());
+    EXPECT_FALSE(other[0]->open());
+    EXPECT_TRUE(other[1]->open()); // the high-speed one is a device of its own
+    owner[0]->close();
+    owner[0]->close();
+    EXPECT_TRUE(other[0]->open());
+    other[0].reset();
+    EXPECT_TRUE(owner[0]->open());
+}
+
+TEST(SimulatedBus, ReachesTheSameControllerThroughBothDevices)
+{
+    HubBench bench;
+    auto devices = listDevices(*bench.bus);
+    bench.device = std::move(devices[1]);
+    ASSERT_TRUE(bench.device->open());
+    EXPECT_EQ(bench.erase(), 0U);
+    ASSERT_TRUE(devices[0]->open());
+    Bytes buffer(1);
+    ControlRequest request{0xC0, 0xD8, 0, 0, 1, buffer.data()};
+    EXPECT_EQ(devices[0]->control(request), 0U);
+    EXPECT_EQ(buffer[0], 0xFF);
+}
+
+TEST(SimulatedBus, SendsNothingThroughAClosedDevice)
+{
+    HubBench bench;
+    auto devices = listDevices(*bench.bus);
+    ControlRequest request{0x40, 0xE8, 0, 0, 0};
+    EXPECT_EQ(devices[0]->control(request), kSimulatedNotOpen);
+    ASSERT_TRUE(devices[0]->open());
+    devices[0]->close();
+    EXPECT_EQ(devices[0]->control(request), kSimulatedNotOpen);
+    EXPECT_EQ(bench.hub().requestCount(), 0U);
+}
+
+TEST(Restart, LeavesTheBusAndComesBackInRomCode)
+{
+    HubBench bench(realOptions(HubCode::Flash));
+    ASSERT_TRUE(bench.open());
+    EXPECT_FALSE(bench.runsRom());
+    EXPECT_EQ(bench.restartIntoRom(), 0U);
+    EXPECT_TRUE(listDevices(*bench.bus).empty());
+    bench.clock.advance(699ms);
+    EXPECT_TRUE(listDevices(*bench.bus).empty());
+    bench.clock.advance(1ms);
+    ASSERT_TRUE(bench.open());
+    EXPECT_TRUE(bench.runsRom());
+}
+
+TEST(Restart, ComesBackInFlashCode)
+{
+    HubBench bench(realOptions(HubCode::Rom));
+    ASSERT_TRUE(bench.open());
+    EXPECT_EQ(bench.restartIntoFlash(), 0U);
+    bench.clock.advance(700ms);
+    ASSERT_TRUE(bench.open());
+    EXPECT_FALSE(bench.runsRom());
+}
+
+TEST(Restart, FallsIntoRomCodeWithoutAValidImage)
+{
+    HubBench bench;
+    ASSERT_TRUE(bench.open());
+    bench.erase();
+    EXPECT_EQ(bench.restartIntoFlash(), 0U);
+    ASSERT_TRUE(bench.open());
+    EXPECT_TRUE(bench.runsRom());
+    EXPECT_EQ(bench.version(), 0x0001);
+}
+
+TEST(Restart, KillsEveryHandle)
+{
+    HubBench bench;
+    auto stale = listDevices(*bench.bus);
+    ASSERT_TRUE(stale[1]->open());
+    ASSERT_TRUE(bench.open());
+    EXPECT_EQ(bench.restartIntoRom(), 0U);
+    EXPECT_NE(bench.hello(), 0U);
+    ControlRequest request{0x40, 0xE8, 0, 0, 0};
+    EXPECT_EQ(stale[1]->control(request), kSimulatedNoDevice);
+    EXPECT_FALSE(stale[0]->open());
+    EXPECT_EQ(bench.hub().flash(), demoImage());
+
+    auto fresh = listDevices(*bench.bus);
+    EXPECT_TRUE(fresh[1]->open());
+    stale[1]->close(); // does not give the new one's device back
+    EXPECT_FALSE(listDevices(*bench.bus)[1]->open());
+}
+
+TEST(Restart, TakesTheIdsOfTheNewImage)
+{
+    HubBench bench;
+    Bytes image = demoImage(0x0200);
+    const Bytes ids = {0x1A, 0x2B, 0x3C, 0x4D, 0x5E, 0x6F};
+    std::copy(ids.begin(), ids.end(), image.begin() + 0x7E02);
+    ASSERT_TRUE(bench.hub().setFlash(image));
+    EXPECT_EQ(idsOn(*bench.bus), (Ids{{0x1209, 0x0001}, {0x1209, 0x0002}}));
+    ASSERT_TRUE(bench.open());
+    bench.restartIntoFlash();
+    EXPECT_EQ(idsOn(*bench.bus), (Ids{{0x1A2B, 0x3C4D}, {0x1A2B, 0x5E6F}}));
+}
+
+TEST(Restart, TakesTheDefaultIdsWithoutAValidImage)
+{
+    SimulatedHubOptions options = romOptions();
+    options.initialFlash = demoImage();
+    options.initialFlash[0x7E02] = 0x77;
+    HubBench bench(options);
+    EXPECT_EQ(idsOn(*bench.bus), (Ids{{0x7709, 0x0001}, {0x7709, 0x0002}}));
+    ASSERT_TRUE(bench.open());
+    bench.erase();
+    bench.restartIntoRom();
+    EXPECT_EQ(idsOn(*bench.bus), (Ids{{0x1209, 0x0001}, {0x1209, 0x0002}}));
+}
+
+TEST(Restart, KeepsFixedIds)
+{
+    SimulatedHubOptions options = romOptions();
+    options.ids = SimulatedIds{0x1111, 0x2222, 0x3333};
+    HubBench bench(options);
+    ASSERT_TRUE(bench.open());
+    bench.erase();
+    bench.restartIntoRom();
+    EXPECT_EQ(idsOn(*bench.bus), (Ids{{0x1111, 0x2222}, {0x1111, 0x3333}}));
+}
+
+TEST(Notification, ReportsEachDeviceThatLeavesAndReturns)
+{
+    HubBench bench(realOptions(HubCode::Flash));
+    Events events;
+    ASSERT_TRUE(bench.bus->watch([&](UsbEvent event) { events.push_back(event); }));
+    EXPECT_FALSE(bench.bus->watch([](UsbEvent) {}));
+    EXPECT_TRUE(events.empty());
+    ASSERT_TRUE(bench.open());
+    bench.restartIntoRom();
+    EXPECT_EQ(events, (Events{kDetached, kDetached}));
+    bench.clock.advance(1s);
+    EXPECT_EQ(events, (Events{kDetached, kDetached, kAttached, kAttached}));
+    bench.bus->unwatch();
+}
+
+TEST(Notification, FindsTheDeviceThatItReports)
+{
+    HubBench bench;
+    std::vector<std::size_t> listed;
+    ASSERT_TRUE(bench.bus->watch([&](UsbEvent) { listed.push_back(idsOn(*bench.bus).size()); }));
+    bench.hub().unplug();
+    bench.hub().replug();
+    EXPECT_EQ(listed, (std::vector<std::size_t>{0, 0, 1, 2}));
+    bench.bus->unwatch();
+}
+
+TEST(Notification, EndsWithTheWatch)
+{
+    HubBench bench;
+    Events events;
+    ASSERT_TRUE(bench.bus->watch([&](UsbEvent event) { events.push_back(event); }));
+    bench.bus->unwatch();
+    bench.bus->unwatch();
+    bench.hub().unplug();
+    EXPECT_TRUE(events.empty());
+    ASSERT_TRUE(bench.bus->watch([&](UsbEvent event) { events.push_back(event); }));
+    bench.hub().replug();
+    EXPECT_EQ(events, (Events{kAttached, kAttached}));
+    bench.bus->unwatch();
+}
+
+TEST(Notification, KeepsItsOrderWhenTheListenerCausesMore)
+{
+    HubBench bench;
+    Events events;
+    ASSERT_TRUE(bench.bus->watch([&](UsbEvent event) {
+        events.push_back(event);
+        if (events.size() == 1) {
+            bench.hub().replug();
+        }
+    }));
+    bench.hub().unplug();
+    EXPECT_EQ(events, (Events{kDetached, kDetached, kAttached, kAttached}));
+    bench.bus->unwatch();
+}
+
+TEST(Plug, IsPulledAndPutBack)
+{
+    HubBench bench;
+    ASSERT_TRUE(bench.open());
+    bench.hub().unplug();
+    bench.hub().unplug();
+    EXPECT_TRUE(listDevices(*bench.bus).empty());
+    EXPECT_EQ(bench.hello(), kSimulatedNoDevice);
+    bench.hub().replug();
+    EXPECT_EQ(listDevices(*bench.bus).size(), 2U);
+    EXPECT_EQ(bench.hello(), kSimulatedNoDevice);
+    ASSERT_TRUE(bench.open());
+    EXPECT_FALSE(bench.runsRom()); // power was off
+}
+
+TEST(Plug, CanBePutBackWithTheBootButtonHeld)
+{
+    HubBench bench;
+    bench.hub().unplug();
+    bench.hub().replug(HubCode::Rom);
+    ASSERT_TRUE(bench.open());
+    EXPECT_TRUE(bench.runsRom());
+}
+
+TEST(Plug, IsInAlreadyWhilePutBack)
+{
+    HubBench bench;
+    ASSERT_TRUE(bench.open());
+    bench.hub().replug();
+    EXPECT_EQ(bench.hello(), 0U);
+    EXPECT_TRUE(bench.runsRom());
+}
+
+TEST(Plug, PulledInMidRestartStaysAway)
+{
+    HubBench bench(realOptions(HubCode::Flash));
+    ASSERT_TRUE(bench.open());
+    bench.restartIntoRom();
+    bench.hub().unplug();
+    bench.clock.advance(10s);
+    EXPECT_TRUE(listDevices(*bench.bus).empty());
+}
+
+TEST(Plug, PutBackInMidRestartComesOnce)
+{
+    HubBench bench(realOptions(HubCode::Flash));
+    int arrivals = 0;
+    ASSERT_TRUE(bench.bus->watch([&](UsbEvent event) { arrivals += event == kAttached ? 1 : 0; }));
+    ASSERT_TRUE(bench.open());
+    bench.restartIntoRom();
+    bench.hub().unplug();
+    bench.hub().replug();
+    ASSERT_TRUE(bench.open());
+    bench.clock.advance(10s);
+    EXPECT_EQ(arrivals, 2);
+    EXPECT_FALSE(bench.runsRom());
+    bench.bus->unwatch();
+}
+
+TEST(Plug, OutlivedByTheClockDoesNothing)
+{
+    HubBench bench(realOptions(HubCode::Flash));
+    ASSERT_TRUE(bench.open());
+    bench.restartIntoRom();
+    bench.device.reset();
+    bench.bus.reset();
+    bench.clock.advance(10s);
+    EXPECT_EQ(bench.clock.now(), 10s);
+}
+
+} // namespace
+} // namespace vornadel::test
