@@ -3,6 +3,7 @@
 #include "sim/DemoImage.h"
 #include "tests/sim/HubBench.h"
 
+#include <bitset>
 #include <functional>
 #include <gtest/gtest.h>
 
@@ -153,9 +154,7 @@ std::size_t bitsThatDiffer(const Bytes& a, const Bytes& b)
 {
     std::size_t bits = 0;
     for (std::size_t i = 0; i < a.size(); ++i) {
-        for (unsigned bit = 0; bit < 8; ++bit) {
-            bits += ((a[i] ^ b[i]) >> bit & 1U) != 0 ? 1U : 0U;
-        }
+        bits += std::bitset<8>(static_cast<std::uint8_t>(a[i] ^ b[i])).count();
     }
     return bits;
 }
