@@ -1,0 +1,343 @@
+#include "platform/linux/LibusbBus.h"
+#include "platform/linux/LibusbDevice.h"
+#include "tests/platform/UsbTestbed.h"
+#include "tests/support/UsbDevices.h"
+#include "tests/support/VirtualClock.h"
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <libusb.h>
+#include <sys/file.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+constexpr std::uint16_t kVendorId = 0x1209;
+constexpr std::uint16_t kProductId = 0x5AB3;
+constexpr std::uint32_t kStalled = 0xFFFFFFF7;
+constexpr std::uint32_t kTimedOut = 0xFFFFFFF9;
+constexpr std::uint32_t kNoDevice = 0xFFFFFFFC;
+
+class LibusbBusTest : public testing::Test
+{
+protected:
+    /// A plugged and open device that answers by `handler`; null when it did not open.
+    std::unique_ptr<UsbDevice> openDevice(WireHandler handler = {})
+    {
+        m_node = &m_testbed.plug("1-1", kVendorId, kProductId, std::move(handler));
+        std::unique_ptr<UsbDevice> device = find();
+        return device && device->open() ? std::move(device) : nullptr;
+    }
+
+    std::unique_ptr<UsbDevice> find() { return findDevice(m_bus, kVendorId, kProductId); }
+
+    UsbTestbed m_testbed;
+    VirtualClock m_clock;
+    LibusbBus m_bus{m_clock, {.controlTimeout = std::chrono::milliseconds(50)}};
+    SimulatedNode* m_node = nullptr;
+};
+
+std::vector<std::uint8_t> pattern(std::size_t length)
+{
+    std::vector<std::uint8_t> data(length);
+    for (std::size_t i = 0; i < length; ++i) {
+        data[i] = static_cast<std::uint8_t>(i * 3 + 1);
+    }
+    return data;
+}
+
+/// Whether a process of its own gets the lock on the node.
+bool lockedInAnotherProcess(const std::string& path)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        const int node = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
+        _exit(node >= 0 && flock(node, LOCK_EX | LOCK_NB) == 0 ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+/// While it lives, this process can open no further file.
+class NoMoreFiles
+{
+public:
+    NoMoreFiles()
+    {
+        getrlimit(RLIMIT_NOFILE, &m_before);
+        rlimit none = m_before;
+        none.rlim_cur = 0;
+        setrlimit(RLIMIT_NOFILE, &none);
+    }
+    NoMoreFiles(const NoMoreFiles&) = delete;
+    NoMoreFiles& operator=(const NoMoreFiles&) = delete;
+    ~NoMoreFiles() { setrlimit(RLIMIT_NOFILE, &m_before); }
+
+private:
+    rlimit m_before{};
+};
+
+TEST_F(LibusbBusTest, ListsIdsWithoutOpening)
+{
+    SimulatedNode& hub = m_testbed.plug("1-1", kVendorId, kProductId);
+    SimulatedNode& other = m_testbed.plug("1-2", 0x0BDA, 0xFFFF);
+    std::vector<std::pair<unsigned, unsigned>> ids;
+    for (const auto& device : allDevices(m_bus)) {
+        ids.emplace_back(device->vendorId(), device->productId());
+    }
+    EXPECT_THAT(ids, testing::UnorderedElementsAre(testing::Pair(kVendorId, kProductId),
+                                                   testing::Pair(0x0BDA, 0xFFFF)));
+    EXPECT_EQ(hub.ioctlCount(), 0U);
+    EXPECT_EQ(other.ioctlCount(), 0U);
+}
+
+TEST_F(LibusbBusTest, ListsInTheOrderOfLibusb)
+{
+    for (const unsigned product : {4U, 1U, 3U, 2U}) {
+        m_testbed.plug("1-" + std::to_string(product), kVendorId, static_cast<std::uint16_t>(product));
+    }
+    std::vector<unsigned> listed;
+    for (const auto& device : allDevices(m_bus)) {
+        listed.push_back(device->productId());
+    }
+
+    libusb_context* context = nullptr;
+    ASSERT_EQ(libusb_init(&context), 0);
+    libusb_device** list = nullptr;
+    const ssize_t count = libusb_get_device_list(context, &list);
+    std::vector<unsigned> expected;
+    for (ssize_t i = 0; i < count; ++i) {
+        libusb_device_descriptor descriptor{};
+        libusb_get_device_descriptor(list[i], &descriptor);
+        expected.push_back(descriptor.idProduct);
+    }
+    libusb_free_device_list(list, 1);
+    libusb_exit(context);
+
+    EXPECT_EQ(listed.size(), 4U);
+    EXPECT_EQ(listed, expected);
+}
+
+TEST_F(LibusbBusTest, GivesNoListWhileLibusbCannotStartAndTriesAgain)
+{
+    m_testbed.plug("1-1", kVendorId, kProductId);
+    {
+        const NoMoreFiles noMoreFiles;
+        EXPECT_EQ(m_bus.search(), nullptr);
+        EXPECT_FALSE(m_bus.watch([](UsbEvent) {}));
+    }
+    EXPECT_NE(find(), nullptr);
+}
+
+TEST_F(LibusbBusTest, SearchesNeedNoRelease)
+{
+    m_testbed.plug("1-1", kVendorId, kProductId);
+    m_testbed.plug("1-2", kVendorId, kProductId);
+    std::unique_ptr<UsbDevice> device;
+    {
+        const auto untouched = m_bus.search();
+        const auto halfway = m_bus.search();
+        EXPECT_EQ(halfway->next(device), UsbSearch::Step::Device);
+    }
+    EXPECT_EQ(device->productId(), kProductId);
+}
+
+TEST_F(LibusbBusTest, DevicesAndSearchesOutliveTheBus)
+{
+    m_testbed.plug("1-1", kVendorId, kProductId);
+    auto bus = std::make_unique<LibusbBus>(m_clock);
+    auto device = findDevice(*bus, kVendorId, kProductId);
+    const auto search = bus->search();
+    bus.reset();
+    ASSERT_NE(device, nullptr);
+    EXPECT_TRUE(device->open());
+    ControlRequest request{.bmRequestType = 0x40};
+    EXPECT_EQ(device->control(request), 0U);
+    EXPECT_EQ(search->next(device), UsbSearch::Step::Device);
+}
+
+TEST_F(LibusbBusTest, LocksTheNodeWhileOpen)
+{
+    const auto device = openDevice();
+    ASSERT_NE(device, nullptr);
+    const std::string path = m_testbed.nodePath("1-1");
+    EXPECT_FALSE(lockedInAnotherProcess(path));
+    device->close();
+    EXPECT_TRUE(lockedInAnotherProcess(path));
+}
+
+TEST_F(LibusbBusTest, DoesNotOpenANodeThatAnotherPartyHasLocked)
+{
+    m_testbed.plug("1-1", kVendorId, kProductId);
+    const auto device = find();
+    ASSERT_NE(device, nullptr);
+    const int other = ::open(m_testbed.nodePath("1-1").c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_GE(other, 0);
+    ASSERT_EQ(flock(other, LOCK_EX | LOCK_NB), 0);
+    EXPECT_FALSE(device->open());
+    ::close(other);
+    EXPECT_TRUE(device->open());
+}
+
+TEST_F(LibusbBusTest, FailedOpensLeaveNothingBehind)
+{
+    m_testbed.plug("1-1", kVendorId, kProductId);
+    const auto gone = find();
+    m_testbed.unplug("1-1");
+    for (int i = 0; i < 200; ++i) {
+        EXPECT_FALSE(gone->open());
+    }
+    EXPECT_NE(openDevice(), nullptr);
+}
+
+TEST_F(LibusbBusTest, ClaimsNoInterfaceAndDetachesNoDriver)
+{
+    const auto device = openDevice();
+    ASSERT_NE(device, nullptr);
+    ControlRequest request{.bmRequestType = 0x40, .bRequest = 2};
+    EXPECT_EQ(device->control(request), 0U);
+    device->close();
+    EXPECT_THAT(m_node->refusedIoctls(), testing::IsEmpty());
+}
+
+TEST_F(LibusbBusTest, PutsEveryFieldOfAReadOnTheWire)
+{
+    for (const std::uint16_t length : std::initializer_list<std::uint16_t>{0, 32, 4096}) {
+        const auto device =
+            openDevice([](const WireRequest& request) { return WireAnswer{.in = pattern(request.wLength)}; });
+        ASSERT_NE(device, nullptr);
+        std::vector<std::uint8_t> data(length, 0xEE);
+        ControlRequest request{.bmRequestType = 0xC0,
+                               .bRequest = 0xD8,
+                               .wValue = 0x1234,
+                               .wIndex = 0xABCD,
+                               .wLength = length,
+                               .data = data.data()};
+        EXPECT_EQ(device->control(request), 0U);
+        EXPECT_EQ(request.transferred, length);
+        EXPECT_EQ(data, pattern(length));
+        EXPECT_EQ(m_node->requests(), (std::vector<WireRequest>{{.bmRequestType = 0xC0,
+                                                                 .bRequest = 0xD8,
+                                                                 .wValue = 0x1234,
+                                                                 .wIndex = 0xABCD,
+                                                                 .wLength = length}}));
+        m_testbed.unplug("1-1");
+    }
+}
+
+TEST_F(LibusbBusTest, PutsEveryFieldOfAWriteOnTheWire)
+{
+    for (const std::uint16_t length : std::initializer_list<std::uint16_t>{0, 32, 4096}) {
+        const auto device = openDevice();
+        ASSERT_NE(device, nullptr);
+        std::vector<std::uint8_t> data = pattern(length);
+        ControlRequest request{.bmRequestType = 0x40,
+                               .bRequest = 0xC8,
+                               .wValue = 0xFE01,
+                               .wIndex = 0x0203,
+                               .wLength = length,
+                               .data = data.data()};
+        EXPECT_EQ(device->control(request), 0U);
+        EXPECT_EQ(request.transferred, length);
+        EXPECT_EQ(m_node->requests(), (std::vector<WireRequest>{{.bmRequestType = 0x40,
+                                                                 .bRequest = 0xC8,
+                                                                 .wValue = 0xFE01,
+                                                                 .wIndex = 0x0203,
+                                                                 .wLength = length,
+                                                                 .out = pattern(length)}}));
+        m_testbed.unplug("1-1");
+    }
+}
+
+TEST_F(LibusbBusTest, SendsNothingWhileClosed)
+{
+    const auto device = openDevice();
+    ASSERT_NE(device, nullptr);
+    device->close();
+    ControlRequest request{.bmRequestType = 0x40, .transferred = 77};
+    EXPECT_EQ(device->control(request), kNoDevice);
+    EXPECT_EQ(request.transferred, 0U);
+    EXPECT_THAT(m_node->requests(), testing::IsEmpty());
+}
+
+TEST_F(LibusbBusTest, ReportsAStall)
+{
+    const auto device = openDevice([](const WireRequest&) { return WireAnswer{.error = -EPIPE}; });
+    ASSERT_NE(device, nullptr);
+    ControlRequest request{.bmRequestType = 0x40, .transferred = 77};
+    EXPECT_EQ(device->control(request), kStalled);
+    EXPECT_EQ(request.transferred, 0U);
+}
+
+TEST_F(LibusbBusTest, TakesAShortReadAsAFailure)
+{
+    const auto device = openDevice([](const WireRequest&) { return WireAnswer{.in = pattern(31)}; });
+    ASSERT_NE(device, nullptr);
+    std::array<std::uint8_t, 32> data{};
+    ControlRequest request{.bmRequestType = 0xC0, .wLength = 32, .data = data.data()};
+    EXPECT_EQ(device->control(request), LibusbDevice::kShortTransfer);
+    EXPECT_EQ(request.transferred, 31U);
+    EXPECT_EQ(data[30], pattern(31)[30]);
+}
+
+TEST_F(LibusbBusTest, TakesAShortWriteAsAFailure)
+{
+    const auto device = openDevice([](const WireRequest&) { return WireAnswer{.refused = 1}; });
+    ASSERT_NE(device, nullptr);
+    std::array<std::uint8_t, 32> data{};
+    ControlRequest request{.bmRequestType = 0x40, .wLength = 32, .data = data.data()};
+    EXPECT_EQ(device->control(request), LibusbDevice::kShortTransfer);
+    EXPECT_EQ(request.transferred, 31U);
+}
+
+TEST_F(LibusbBusTest, EndsATransferThatIsNotAnsweredAndGoesOn)
+{
+    const auto device =
+        openDevice([](const WireRequest& request) { return WireAnswer{.never = request.bRequest == 1}; });
+    ASSERT_NE(device, nullptr);
+    ControlRequest unanswered{.bmRequestType = 0x40, .bRequest = 1};
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(device->control(unanswered), kTimedOut);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(50));
+    ControlRequest answered{.bmRequestType = 0x40, .bRequest = 2};
+    EXPECT_EQ(device->control(answered), 0U);
+}
+
+TEST_F(LibusbBusTest, WaitsThirtySecondsUnlessToldOtherwise)
+{
+    EXPECT_EQ(LibusbBus::Options{}.controlTimeout, std::chrono::seconds(30));
+}
+
+TEST_F(LibusbBusTest, EndsATransferInFlightWhenTheDeviceLeaves)
+{
+    LibusbBus patient(m_clock); // its own time-out is too long for this test
+    m_node = &m_testbed.plug("1-1", kVendorId, kProductId,
+                             [](const WireRequest&) { return WireAnswer{.never = true}; });
+    const auto device = findDevice(patient, kVendorId, kProductId);
+    ASSERT_NE(device, nullptr);
+    ASSERT_TRUE(device->open());
+    ControlRequest request{.bmRequestType = 0x40};
+    std::uint32_t status = 0;
+    std::thread flow([&] { status = device->control(request); });
+    EXPECT_TRUE(m_node->waitForRequests(1));
+    m_testbed.unplug("1-1");
+    flow.join();
+    EXPECT_EQ(status, kNoDevice);
+    device->close();
+}
+
+} // namespace
+
+} // namespace vornadel::test
