@@ -1,6 +1,7 @@
 #include "platform/linux/HotplugWatch.h"
 
 #include <libusb.h>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -22,7 +23,7 @@ int LIBUSB_CALL onHotplug(libusb_context* /*libusb*/, libusb_device* /*device*/,
 
 } // namespace
 
-std::unique_ptr<HotplugWatch> HotplugWatch::start(std::shared_ptr<LibusbContext> context, Clock& clock,
+std::unique_ptr<HotplugWatch> HotplugWatch::start(const std::shared_ptr<LibusbContext>& context, Clock& clock,
                                                   UsbBus::Listener listener)
 {
     if (libusb_has_capability(LIBUSB_CAP_HAS_HOTPLUG) == 0) {
@@ -37,8 +38,13 @@ std::unique_ptr<HotplugWatch> HotplugWatch::start(std::shared_ptr<LibusbContext>
     if (result != LIBUSB_SUCCESS) {
         return nullptr;
     }
-    return std::unique_ptr<HotplugWatch>(
-        new HotplugWatch(std::move(context), clock, std::move(listener), registration));
+    try {
+        return std::unique_ptr<HotplugWatch>(
+            new HotplugWatch(context, clock, std::move(listener), registration));
+    } catch (const std::system_error&) { // no thread to be had
+        libusb_hotplug_deregister_callback(context->get(), registration);
+        return nullptr;
+    }
 }
 
 HotplugWatch::HotplugWatch(std::shared_ptr<LibusbContext> context, Clock& clock, UsbBus::Listener listener,

@@ -41,7 +41,8 @@ bool LibusbContext::waitForEvents(std::vector<UsbEvent>& events)
 void LibusbContext::dropEvents()
 {
     timeval now{};
-    libusb_handle_events_timeout_completed(m_context, &now, nullptr); // libusb keeps its own until it is asked
+    libusb_handle_events_timeout_completed(m_context, &now,
+                                           nullptr); // libusb keeps its own until it is asked
     const std::lock_guard lock(m_mutex);
     m_events.clear();
 }

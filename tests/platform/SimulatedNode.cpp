@@ -141,7 +141,7 @@ std::vector<WireRequest> SimulatedNode::requests()
 bool SimulatedNode::waitForRequests(std::size_t count)
 {
     std::unique_lock lock(m_mutex);
-    return m_requestSeen.wait_for(lock, std::chrono::seconds(5),
+    return m_requestSeen.wait_for(lock, std::chrono::seconds(20),
                                   [this, count] { return m_requests.size() >= count; });
 }
 

@@ -54,7 +54,7 @@ public:
 
     std::vector<WireRequest> requests();
 
-    /// Waits until the device has seen that many requests; false when five seconds were not enough.
+    /// Waits until the device has seen that many requests; false when twenty seconds were not enough.
     bool waitForRequests(std::size_t count);
 
     /// ioctls of any kind so far. Listing makes none, opening does.

@@ -26,11 +26,11 @@ public:
         };
     }
 
-    /// Waits for an event of the kind after the first `from` ones; false when five seconds were not enough.
+    /// Waits for an event of the kind after the first `from` ones; false when twenty seconds were not enough.
     bool waitFor(UsbEvent event, std::size_t from = 0)
     {
         std::unique_lock lock(m_mutex);
-        return m_arrived.wait_for(lock, std::chrono::seconds(5), [this, event, from] {
+        return m_arrived.wait_for(lock, std::chrono::seconds(20), [this, event, from] {
             for (std::size_t i = from; i < m_events.size(); ++i) {
                 if (m_events[i] == event) {
                     return true;

@@ -1,0 +1,112 @@
+#include "platform/linux/PkexecRun.h"
+#include "tests/platform/TempFolder.h"
+
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+/// A program in the place of pkexec, which does what the shell text says, and a pipe to hear from it.
+class PkexecRunTest : public testing::Test
+{
+protected:
+    PkexecRunTest() { mkfifo(m_folder.path("pipe").c_str(), 0600); }
+
+    std::string program(const std::string& text)
+    {
+        const std::string path = m_folder.write("askpass", "#!/bin/sh\n" + text);
+        std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+        return path;
+    }
+
+    /// Waits for the writer and returns all that it wrote.
+    std::string hear() { return m_folder.read("pipe"); }
+
+    /// Waits, without sleeping, until this process has no child; a zombie would be one.
+    static void waitUntilChildless()
+    {
+        while (waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT) == 0 || errno != ECHILD) {
+            std::this_thread::yield();
+        }
+    }
+
+    TempFolder m_folder;
+};
+
+TEST_F(PkexecRunTest, RunsTheScriptThroughTheProgramWithoutArguments)
+{
+    PkexecRun run(program("echo \"$#:$1\" > '" + m_folder.path("pipe") + "'"));
+    EXPECT_TRUE(run.start("/opt/my tool/load"));
+    EXPECT_EQ(hear(), "1:/opt/my tool/load\n");
+}
+
+TEST_F(PkexecRunTest, DoesNotWaitForTheScript)
+{
+    const std::string heard = m_folder.path("heard");
+    PkexecRun run(program("read line < '" + m_folder.path("pipe") + "'; echo \"$line\" > '" + heard + "'"));
+    ASSERT_TRUE(run.start("load")); // would never return if it waited: nobody has written yet
+    std::ofstream(m_folder.path("pipe")) << "go\n";
+    waitUntilChildless();
+    EXPECT_EQ(m_folder.read("heard"), "go\n");
+}
+
+TEST_F(PkexecRunTest, LeavesNoZombie)
+{
+    PkexecRun run(program("exit 1"));
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_TRUE(run.start("load"));
+    }
+    waitUntilChildless(); // hangs where an exit status is left lying
+}
+
+TEST_F(PkexecRunTest, StaysTheParentOfTheProgram)
+{
+    PkexecRun run(program("echo $PPID > '" + m_folder.path("pipe") + "'"));
+    EXPECT_TRUE(run.start("load"));
+    EXPECT_EQ(hear(), std::to_string(getpid()) + "\n");
+}
+
+TEST_F(PkexecRunTest, StartsTheProgramWithNoSignalBlocked)
+{
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_BLOCK, &all, &before);
+    PkexecRun run(program("grep SigBlk /proc/$$/status > '" + m_folder.path("pipe") + "'"));
+    EXPECT_TRUE(run.start("load"));
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    EXPECT_EQ(hear(), "SigBlk:\t0000000000000000\n");
+}
+
+TEST_F(PkexecRunTest, FailsWithoutTheProgram)
+{
+    EXPECT_FALSE(PkexecRun("vornadel-no-such-program").start("load"));
+    EXPECT_FALSE(PkexecRun(m_folder.path("none")).start("load"));
+    EXPECT_FALSE(PkexecRun(m_folder.write("plain", "no program")).start("load"));
+    waitUntilChildless();
+}
+
+TEST_F(PkexecRunTest, FindsTheProgramOnThePath)
+{
+    program("echo found > '" + m_folder.path("pipe") + "'");
+    const std::string path = getenv("PATH");
+    setenv("PATH", (m_folder.path("") + ":" + path).c_str(), 1);
+    EXPECT_TRUE(PkexecRun("askpass").start("load"));
+    setenv("PATH", path.c_str(), 1);
+    EXPECT_EQ(hear(), "found\n");
+}
+
+} // namespace
+
+} // namespace vornadel::test

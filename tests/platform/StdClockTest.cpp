@@ -1,0 +1,114 @@
+#include "platform/StdClock.h"
+
+#include <atomic>
+#include <future>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <thread>
+#include <vector>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+using std::chrono::hours;
+using std::chrono::milliseconds;
+
+TEST(StdClock, MovesForwardWhileItSleeps)
+{
+    StdClock clock;
+    const Clock::Duration before = clock.now();
+    clock.sleep(milliseconds(2));
+    EXPECT_GE(clock.now() - before, milliseconds(2));
+}
+
+TEST(StdClock, InterruptWakesASleeper)
+{
+    StdClock clock;
+    std::thread sleeper([&clock] { clock.sleep(hours(1)); });
+    clock.interrupt();
+    sleeper.join();
+}
+
+TEST(StdClock, SleepsNoMoreAfterAnInterrupt)
+{
+    StdClock clock;
+    const Clock::Duration before = clock.now();
+    clock.interrupt();
+    clock.sleep(hours(1));
+    EXPECT_LT(clock.now() - before, hours(1));
+}
+
+TEST(StdClock, RunsTasksInTheOrderOfTheirMoments)
+{
+    StdClock clock;
+    std::vector<int> order;
+    std::promise<void> done;
+    clock.after(milliseconds(20), [&] {
+        order.push_back(4);
+        done.set_value();
+    });
+    clock.after(milliseconds(10), [&] { order.push_back(2); });
+    clock.after(milliseconds(0), [&] { order.push_back(1); });
+    clock.after(milliseconds(15), [&] { order.push_back(3); });
+    done.get_future().wait();
+    EXPECT_THAT(order, testing::ElementsAre(1, 2, 3, 4));
+}
+
+TEST(StdClock, RunsATaskNotBeforeItsMoment)
+{
+    StdClock clock;
+    const Clock::Duration before = clock.now();
+    std::promise<Clock::Duration> ran;
+    clock.after(milliseconds(5), [&] { ran.set_value(clock.now()); });
+    EXPECT_GE(ran.get_future().get() - before, milliseconds(5));
+}
+
+TEST(StdClock, LetsATaskOrderTheNextOne)
+{
+    StdClock clock;
+    std::promise<void> done;
+    clock.after(milliseconds(0), [&] { clock.after(milliseconds(0), [&] { done.set_value(); }); });
+    done.get_future().wait();
+}
+
+TEST(StdClock, StillRunsTasksAfterAnInterrupt)
+{
+    StdClock clock;
+    std::promise<void> done;
+    clock.interrupt();
+    clock.after(milliseconds(1), [&] { done.set_value(); });
+    done.get_future().wait();
+}
+
+TEST(StdClock, DropsAtItsEndWhatIsNotDue)
+{
+    std::atomic<bool> ran = false;
+    {
+        StdClock clock;
+        clock.after(hours(1), [&] { ran = true; });
+    }
+    EXPECT_FALSE(ran);
+}
+
+TEST(StdClock, WaitsAtItsEndForARunningTask)
+{
+    std::promise<void> entered;
+    std::atomic<bool> ended = false;
+    {
+        StdClock clock;
+        clock.after(milliseconds(0), [&] {
+            entered.set_value();
+            std::this_thread::yield();
+            ended = true;
+        });
+        entered.get_future().wait();
+    }
+    EXPECT_TRUE(ended);
+}
+
+} // namespace
+
+} // namespace vornadel::test
