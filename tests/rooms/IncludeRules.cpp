@@ -1,0 +1,193 @@
+#include "tests/rooms/IncludeRules.h"
+
+#include <algorithm>
+#include <array>
+#include <fstream>
+#include <optional>
+#include <regex>
+#include <string_view>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+constexpr std::array<std::string_view, 9> kSourceSuffixes = {".h",   ".hpp", ".ipp", ".c", ".cc",
+                                                             ".cpp", ".cxx", ".m",   ".mm"};
+
+/// Folders at the root that are no rooms; they may include what they like.
+constexpr std::array<std::string_view, 4> kOtherFolders = {"tests", "bench", "examples", "build"};
+
+/// Rooms that choose the machine to work on. A front end may use them, but in its main.cpp alone.
+constexpr std::array<std::string_view, 3> kChosenInMain = {"platform_linux", "platform_macos", "sim"};
+
+/// How the headers of a library from outside are recognised, and the CMake target that a room must be allowed.
+struct OutsideHeaders {
+    const char* library;
+    const char* headers;
+};
+
+constexpr std::array<OutsideHeaders, 7> kOutsideHeaders = {{
+    {"LibUSB::LibUSB", "libusb.*"},
+    {"Qt6::Widgets", "Q[A-Zt].*|q[a-z]+\\.h|ui_.*\\.h"},
+    {"iniparser::iniparser", "iniparser.*|dictionary\\.h"},
+    {"CLI11::CLI11", "CLI/.*"},
+    {"Apple frameworks",
+     "(AppKit|ApplicationServices|Carbon|Cocoa|CoreFoundation|CoreServices|Foundation|IOKit|Security)/.*|"
+     "(Availability|TargetConditionals)\\.h|(mach|mach-o|objc|xpc)/.*"},
+    {"GTest::gtest", "(gtest|gmock)/.*"},
+    {"a USB test bed", "umockdev.*"},
+}};
+
+/// Where the Apple headers may be, whatever libraries its row names.
+constexpr std::string_view kAppleRoom = "platform_macos";
+
+bool isSource(const fs::path& file)
+{
+    const std::string suffix = file.extension().string();
+    return std::find(kSourceSuffixes.begin(), kSourceSuffixes.end(), suffix) != kSourceSuffixes.end();
+}
+
+/// The files of the tree, from the root, in the order of their names. Hidden folders and builds are left out.
+std::vector<std::string> sourcesBelow(const fs::path& root)
+{
+    std::vector<std::string> files;
+    for (auto each = fs::recursive_directory_iterator(root); each != fs::recursive_directory_iterator();
+         ++each) {
+        const std::string name = each->path().filename().string();
+        if (each->is_directory() && (name.front() == '.' || name == "build")) {
+            each.disable_recursion_pending();
+        } else if (each->is_regular_file() && isSource(each->path())) {
+            files.push_back(each->path().lexically_relative(root).generic_string());
+        }
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+bool liesIn(const std::string& path, const std::string& folder)
+{
+    return path.size() > folder.size() && path.starts_with(folder) &&
+           (path[folder.size()] == '/' || path[folder.size()] == '.');
+}
+
+/// The room of a path, the innermost where rooms lie in each other; null for a path in none.
+const Room* roomOf(const std::string& path, const std::vector<Room>& rooms)
+{
+    const Room* found = nullptr;
+    for (const Room& room : rooms) {
+        if (liesIn(path, room.folder) && (found == nullptr || room.folder.size() > found->folder.size())) {
+            found = &room;
+        }
+    }
+    return found;
+}
+
+template <typename List, typename Value>
+bool contains(const List& list, const Value& value)
+{
+    return std::find(list.begin(), list.end(), value) != list.end();
+}
+
+/// What is wrong with a room including a header of another; nothing when all is well.
+std::optional<std::string> judgeRoom(const std::string& file, const Room& from, const Room& to)
+{
+    if (from.name == to.name) {
+        return std::nullopt;
+    }
+    if (!contains(from.mayUse, to.name)) {
+        return "room " + from.name + " may not use room " + to.name;
+    }
+    if (contains(kChosenInMain, to.name) && fs::path(file).filename() != "main.cpp") {
+        return "room " + to.name + " is chosen in main.cpp and used nowhere else";
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> judgeOutside(const Room& from, const std::string& header)
+{
+    for (const OutsideHeaders& each : kOutsideHeaders) {
+        const bool apple = std::string_view(each.library) == "Apple frameworks";
+        const bool allowed = apple ? from.name == kAppleRoom : contains(from.mayUseOutside, each.library);
+        if (!allowed && std::regex_match(header, std::regex(each.headers))) {
+            return "room " + from.name + " may not use " + each.library;
+        }
+    }
+    return std::nullopt;
+}
+
+/// What is wrong with one line of a file; nothing when it is no include line, or a good one.
+std::optional<std::string> judgeLine(const std::string& file, const Room& from, const std::string& line,
+                                     const std::vector<Room>& rooms)
+{
+    static const std::regex directive(R"(^\s*#\s*(?:include|include_next|import)\b\s*(.*)$)");
+    static const std::regex named(R"re(^(["<])([^">]+)[">].*$)re");
+    std::smatch match;
+    if (!std::regex_match(line, match, directive)) {
+        return std::nullopt;
+    }
+    const std::string operand = match[1];
+    if (!std::regex_match(operand, match, named)) {
+        return "an include that names no file cannot be checked";
+    }
+    const bool quoted = match[1] == "\"";
+    const std::string header = match[2];
+    if (const Room* to = roomOf(header, rooms)) {
+        return judgeRoom(file, from, *to);
+    }
+    if (auto wrong = judgeOutside(from, header)) {
+        return wrong;
+    }
+    if (quoted) {
+        return "\"" + header + "\" is not in a room; our own includes are written from the root";
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+std::vector<std::string> wrongIncludes(const fs::path& root, const std::vector<Room>& rooms)
+{
+    std::vector<std::string> wrong;
+    for (const std::string& file : sourcesBelow(root)) {
+        const Room* from = roomOf(file, rooms);
+        if (from == nullptr) {
+            continue;
+        }
+        std::ifstream source(root / file);
+        std::string line;
+        for (int number = 1; std::getline(source, line); ++number) {
+            if (const auto what = judgeLine(file, *from, line, rooms)) {
+                wrong.push_back(file + ":" + std::to_string(number) + ": " + *what);
+            }
+        }
+    }
+    return wrong;
+}
+
+std::vector<std::string> homelessSources(const fs::path& root, const std::vector<Room>& rooms)
+{
+    std::vector<std::string> homeless;
+    for (const std::string& file : sourcesBelow(root)) {
+        if (roomOf(file, rooms) == nullptr && !contains(kOtherFolders, file.substr(0, file.find('/')))) {
+            homeless.push_back(file);
+        }
+    }
+    return homeless;
+}
+
+std::vector<std::string> sourcesOf(const fs::path& root, const std::vector<Room>& rooms,
+                                   const std::string& room)
+{
+    std::vector<std::string> files = sourcesBelow(root);
+    std::erase_if(files, [&](const std::string& file) {
+        const Room* home = roomOf(file, rooms);
+        return home == nullptr || home->name != room;
+    });
+    return files;
+}
+
+} // namespace vornadel::test

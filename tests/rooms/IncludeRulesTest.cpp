@@ -1,0 +1,180 @@
+#include "RoomTable.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace vornadel::test
+{
+namespace
+{
+
+namespace fs = std::filesystem;
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+
+/// A small house for the samples: a lower room, a user of it, one that shares its folder, and two front ends.
+const std::vector<Room> kHouse = {
+    {"platform_api", "platform", {}, {}},
+    {"platform_linux", "platform/linux", {"platform_api"}, {"LibUSB::LibUSB"}},
+    {"platform_macos", "platform/macos", {"platform_api"}, {}},
+    {"sim", "sim", {"platform_api"}, {}},
+    {"genfun", "props/GenFun", {}, {}},
+    {"props", "props", {"genfun"}, {"iniparser::iniparser"}},
+    {"hub", "hub", {"platform_api"}, {}},
+    {"app",
+     "app",
+     {"platform_api", "platform_linux", "sim", "hub", "props"},
+     {"Qt6::Widgets", "CLI11::CLI11"}},
+};
+
+/// A source tree of its own for each test, gone after it.
+class SourceTree : public ::testing::Test
+{
+public:
+    SourceTree()
+    {
+        std::string name = (fs::temp_directory_path() / "rooms.XXXXXX").string();
+        m_root = mkdtemp(name.data());
+    }
+    SourceTree(const SourceTree&) = delete;
+    SourceTree& operator=(const SourceTree&) = delete;
+    ~SourceTree() override
+    {
+        std::error_code ignored;
+        fs::remove_all(m_root, ignored);
+    }
+
+protected:
+    void write(const std::string& file, const std::string& text)
+    {
+        fs::create_directories((m_root / file).parent_path());
+        std::ofstream(m_root / file) << text;
+    }
+
+    std::vector<std::string> wrong() const { return wrongIncludes(m_root, kHouse); }
+
+    fs::path m_root;
+};
+
+TEST(Includes, OfTheWholeHouseFollowItsArrows) { EXPECT_THAT(wrongIncludes(SOURCE_ROOT, kRooms), IsEmpty()); }
+
+TEST(Includes, AreReadInEveryRoom)
+{
+    for (const auto& [room, links] : kLinks) {
+        EXPECT_THAT(sourcesOf(SOURCE_ROOT, kRooms, room), Not(IsEmpty())) << room;
+    }
+    EXPECT_THAT(sourcesOf(SOURCE_ROOT, kRooms, "hub"), Contains("hub/HubTransport.h"));
+    EXPECT_THAT(sourcesOf(SOURCE_ROOT, kRooms, "platform_linux"), Contains("platform/linux/LibusbBus.h"));
+}
+
+TEST(Sources, AllLieInARoom) { EXPECT_THAT(homelessSources(SOURCE_ROOT, kRooms), IsEmpty()); }
+
+TEST_F(SourceTree, WithGoodIncludesPasses)
+{
+    write("platform/Clock.h", "#include <chrono>\n");
+    write("platform/linux/Bus.cpp",
+          "#include \"platform/linux/Bus.h\"\n#include <libusb.h>\n#include <sys/file.h>\n");
+    write("platform/macos/Bus.mm", "#import <IOKit/IOKitLib.h>\n#include <TargetConditionals.h>\n");
+    write("sim/Hub.cpp", "#include \"platform/Clock.h\"\n");
+    write("props/GenFun.cpp", "#include \"props/GenFun.h\"\n");
+    write("props/PropItem.cpp", "#include <iniparser/iniparser.h>\n#include \"props/GenFun.h\"\n");
+    write("hub/Transport.cpp", "#include \"hub/Transport.h\"\n  #  include   \"platform/Clock.h\" // time\n");
+    write("app/Window.cpp", "#include <QWidget>\n#include <QtGui/QFont>\n#include \"hub/Transport.h\"\n");
+    write("app/main.cpp",
+          "#include \"platform/linux/Bus.h\"\n#include \"sim/Hub.h\"\n#include <CLI/CLI.hpp>\n");
+    write("tests/hub/Test.cpp",
+          "#include \"tests/support/Anything.h\"\n#include <QWidget>\n#include \"hub/T.h\"\n");
+    EXPECT_THAT(wrong(), IsEmpty());
+}
+
+TEST_F(SourceTree, NamesTheFileAndTheLineOfABrokenArrow)
+{
+    write("hub/Transport.cpp", "// first\n#include <vector>\n#include \"app/Window.h\"\n");
+    EXPECT_THAT(wrong(), ElementsAre("hub/Transport.cpp:3: room hub may not use room app"));
+}
+
+TEST_F(SourceTree, ReadsEverySourceAndEveryLine)
+{
+    write("hub/a/b/Deep.ipp", "#include \"app/Window.h\"\n#include \"sim/Hub.h\"\n");
+    write("sim/Hub.hpp", "#include \"hub/Transport.h\"\n");
+    EXPECT_THAT(wrong(), ElementsAre("hub/a/b/Deep.ipp:1: room hub may not use room app",
+                                     "hub/a/b/Deep.ipp:2: room hub may not use room sim",
+                                     "sim/Hub.hpp:1: room sim may not use room hub"));
+}
+
+TEST_F(SourceTree, FindsASourceInNoRoom)
+{
+    write("hub/Transport.cpp", "");
+    write("hob/Typo.cpp", "");
+    write("stray.cpp", "");
+    write("tests/hub/Test.cpp", "");
+    write("build/dev/Generated.cpp", "");
+    EXPECT_THAT(homelessSources(m_root, kHouse), ElementsAre("hob/Typo.cpp", "stray.cpp"));
+}
+
+/// One line that must not pass, where it stands and what is said about it.
+struct BadSample {
+    const char* name;
+    const char* file;
+    const char* line;
+    const char* complaint;
+};
+
+void PrintTo(const BadSample& sample, std::ostream* out) { *out << sample.file << ": " << sample.line; }
+
+class BadInclude : public SourceTree, public ::testing::WithParamInterface<BadSample>
+{
+};
+
+TEST_P(BadInclude, IsFound)
+{
+    write(GetParam().file, std::string(GetParam().line) + "\n");
+    EXPECT_THAT(wrong(), ElementsAre(HasSubstr(GetParam().complaint)));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Samples, BadInclude,
+    ::testing::Values(
+        BadSample{"Upwards", "platform/Clock.h", "#include \"hub/T.h\"", "platform_api may not use room hub"},
+        BadSample{"IntoAnInnerRoom", "platform/Clock.h", "#include \"platform/linux/Bus.h\"",
+                  "platform_api may not use room platform_linux"},
+        BadSample{"InAngleBrackets", "sim/Hub.cpp", "#include <hub/T.h>", "sim may not use room hub"},
+        BadSample{"WithBlanks", "sim/Hub.cpp", " #\tinclude\"hub/T.h\"", "sim may not use room hub"},
+        BadSample{"OfAFileThatIsItsOwnRoom", "props/GenFun.h", "#include \"props/PropItem.h\"",
+                  "genfun may not use room props"},
+        BadSample{"PastTheFileThatIsItsOwnRoom", "app/A.cpp", "#include \"props/GenFun.h\"",
+                  "app may not use room genfun"},
+        BadSample{"NotFromTheRoot", "hub/T.cpp", "#include \"Transport.h\"", "written from the root"},
+        BadSample{"OfATest", "hub/T.cpp", "#include \"tests/support/VirtualClock.h\"", "not in a room"},
+        BadSample{"ByMacro", "hub/T.cpp", "#include HEADER", "cannot be checked"},
+        BadSample{"PlatformPastMain", "app/Tool.cpp", "#include \"platform/linux/Bus.h\"",
+                  "chosen in main.cpp"},
+        BadSample{"SimulatorPastMain", "app/Tool.cpp", "#include \"sim/Hub.h\"", "chosen in main.cpp"},
+        BadSample{"Libusb", "hub/T.cpp", "#include <libusb.h>", "hub may not use LibUSB::LibUSB"},
+        BadSample{"LibusbInAFolder", "app/A.cpp", "#include <libusb-1.0/libusb.h>", "LibUSB::LibUSB"},
+        BadSample{"LibusbQuoted", "sim/Hub.cpp", "#include \"libusb.h\"", "LibUSB::LibUSB"},
+        BadSample{"Qt", "hub/T.h", "#include <QString>", "hub may not use Qt6::Widgets"},
+        BadSample{"QtByModule", "platform/linux/Bus.cpp", "#include <QtCore/QString>", "Qt6::Widgets"},
+        BadSample{"QtInSmallLetters", "props/P.cpp", "#include <qstring.h>", "Qt6::Widgets"},
+        BadSample{"Iniparser", "app/A.cpp", "#include <iniparser/iniparser.h>", "iniparser::iniparser"},
+        BadSample{"IniparserInTheSharedFolder", "props/GenFun.cpp", "#include <iniparser.h>",
+                  "genfun may not use iniparser::iniparser"},
+        BadSample{"CommandLine", "hub/T.cpp", "#include <CLI/CLI.hpp>", "CLI11::CLI11"},
+        BadSample{"AppleUsb", "platform/linux/Bus.cpp", "#import <IOKit/usb/IOUSBLib.h>", "Apple frameworks"},
+        BadSample{"AppleTypes", "hub/T.h", "#include <CoreFoundation/CoreFoundation.h>", "Apple frameworks"},
+        BadSample{"GoogleTest", "hub/T.cpp", "#include <gtest/gtest.h>", "GTest::gtest"}),
+    [](const ::testing::TestParamInfo<BadSample>& sample) { return std::string(sample.param.name); });
+
+} // namespace
+} // namespace vornadel::test
