@@ -88,15 +88,13 @@ int showHub(std::ostream& out, std::ostream& err)
     }
     HubStatusBlock status{};
     const bool read = Hub_ReadStatusBlock(status.data(), static_cast<std::uint16_t>(status.size())) == 0;
-    const bool rom = Hub_IsRomMode();
-    const std::uint16_t version = Hub_GetFwVersion();
     Hub_CloseDevice();
     if (!read) {
         err << "the hub was opened, but it does not answer\n";
         return kExitFailure;
     }
-    out << "firmware version: " << hex4(version) << '\n'
-        << "running:          " << (rom ? "ROM code" : "flash code") << '\n';
+    out << "firmware version: " << hex4(firmwareVersionIn(status)) << '\n'
+        << "running:          " << (romCodeRunsBy(status) ? "ROM code" : "flash code") << '\n';
     return kExitSuccess;
 }
 

@@ -84,6 +84,13 @@ bool sendModeCommandPatiently(std::uint8_t mode)
 
 } // namespace
 
+std::uint16_t firmwareVersionIn(const HubStatusBlock& block)
+{
+    return static_cast<std::uint16_t>(block[kVersionHigh] << 8 | block[kVersionLow]);
+}
+
+bool romCodeRunsBy(const HubStatusBlock& block) { return (block[kFlags] & kNotRomCode) == 0; }
+
 std::uint32_t Hub_ReadStatusBlock(std::uint8_t* buffer, std::uint16_t length)
 {
     return send(VendorCommand::ReadStatus, buffer, length);
@@ -92,16 +99,13 @@ std::uint32_t Hub_ReadStatusBlock(std::uint8_t* buffer, std::uint16_t length)
 bool Hub_IsRomMode()
 {
     HubStatusBlock block;
-    return readWholeBlock(block) && (block[kFlags] & kNotRomCode) == 0;
+    return readWholeBlock(block) && romCodeRunsBy(block);
 }
 
 std::uint16_t Hub_GetFwVersion()
 {
     HubStatusBlock block;
-    if (!readWholeBlock(block)) {
-        return 0;
-    }
-    return static_cast<std::uint16_t>(block[kVersionHigh] << 8 | block[kVersionLow]);
+    return readWholeBlock(block) ? firmwareVersionIn(block) : std::uint16_t{0};
 }
 
 bool Hub_SendModeCommand(std::uint8_t mode)

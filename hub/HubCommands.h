@@ -16,6 +16,12 @@ namespace vornadel
 /// is back quickly after a restart into ROM code. Byte 15, bit 1: clear while ROM code runs.
 using HubStatusBlock = std::array<std::uint8_t, 32>;
 
+/// The firmware version in a status block.
+std::uint16_t firmwareVersionIn(const HubStatusBlock& block);
+
+/// Whether ROM code runs, by a status block.
+bool romCodeRunsBy(const HubStatusBlock& block);
+
 /// Modes of Hub_SwitchMode() and Hub_SendModeCommand().
 inline constexpr std::uint8_t HUB_MODE_ROM = 0x21;   ///< restart into the ROM code
 inline constexpr std::uint8_t HUB_MODE_FLASH = 0x22; ///< restart into the firmware in the flash
