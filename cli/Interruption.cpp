@@ -16,12 +16,22 @@ namespace
 /// Wakes the waiting thread when the program ends by itself.
 constexpr int kWakeUp = SIGUSR1;
 
+bool ignored(int signal)
+{
+    struct sigaction action = {};
+    return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+/// What is ignored from the start, as under nohup, stays so: once blocked, it would be delivered all the same.
 sigset_t awaitedSignals()
 {
     sigset_t signals;
     sigemptyset(&signals);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, kWakeUp}) {
-        sigaddset(&signals, signal);
+    sigaddset(&signals, kWakeUp);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        if (!ignored(signal)) {
+            sigaddset(&signals, signal);
+        }
     }
     return signals;
 }
