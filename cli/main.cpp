@@ -5,6 +5,7 @@
 #include "platform/linux/LinuxPlatform.h"
 #include "sim/SimulatedBus.h"
 
+#include <csignal>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -18,6 +19,7 @@ using namespace vornadel;
 
 int run(const CommandLine& commandLine, Platform platform, const char* argv0)
 {
+    std::signal(SIGPIPE, SIG_IGN); // an update goes on when nobody reads its progress any more
     const Interruption interruption(platform.clock);
     const int status = runCommand(commandLine, platform, toolPlace(argv0).resourcePath, std::cout, std::cerr,
                                   isatty(STDOUT_FILENO) == 1);
