@@ -1,0 +1,229 @@
+#include "hub/HubTransport.h"
+#include "sim/DemoImage.h"
+#include "tests/cli/Session.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+TEST(InfoOfTheHub, ShowsTheVersionAndThatFlashCodeRuns)
+{
+    Session session;
+    EXPECT_EQ(session.info(), kExitSuccess);
+    EXPECT_EQ(session.out.str(), "firmware version: 0100\nrunning:          flash code\n");
+    EXPECT_THAT(session.err.str(), IsEmpty());
+    EXPECT_FALSE(Hub_IsOpen());
+}
+
+TEST(InfoOfTheHub, ShowsThatRomCodeRuns)
+{
+    Session session("mode=rom");
+    EXPECT_EQ(session.info(), kExitSuccess);
+    EXPECT_EQ(session.out.str(), "firmware version: 0100\nrunning:          ROM code\n");
+}
+
+TEST(InfoOfTheHub, SaysThatNoneIsAttached)
+{
+    Session session;
+    session.hub().unplug();
+    EXPECT_EQ(session.info(), kExitFailure);
+    EXPECT_EQ(session.err.str(), "no supported hub is attached\n");
+    EXPECT_THAT(session.out.str(), IsEmpty());
+}
+
+TEST(InfoOfTheHub, SaysThatItCannotBeOpened)
+{
+    Session session;
+    std::unique_ptr<UsbDevice> held;
+    ASSERT_EQ(session.bus->search()->next(held), UsbSearch::Step::Device);
+    ASSERT_TRUE(held->open());
+    EXPECT_EQ(session.info(), kExitFailure);
+    EXPECT_THAT(session.err.str(), HasSubstr("it cannot be opened"));
+    EXPECT_THAT(session.out.str(), IsEmpty());
+}
+
+TEST(InfoOfTheHub, SaysThatItDoesNotAnswer)
+{
+    for (const char* const fault : {"fault=stall@status#1", "fault=vanish-before@status#1",
+                                    "fault=stall@status#1,fault=stall@status#2,fault=stall@status#3"}) {
+        SCOPED_TRACE(fault);
+        Session session(fault);
+        EXPECT_EQ(session.info(), kExitFailure);
+        EXPECT_EQ(session.err.str(), "the hub was opened, but it does not answer\n");
+        EXPECT_THAT(session.out.str(), IsEmpty());
+        EXPECT_FALSE(Hub_IsOpen());
+    }
+}
+
+TEST(InfoOfTheHub, NeverShowsWhatTheHubDidNotSay)
+{
+    for (int position = 1; position <= 5; ++position) {
+        const std::string fault = "fault=stall@" + std::to_string(position);
+        SCOPED_TRACE(fault);
+        Session session(fault);
+        if (session.info() == kExitSuccess) {
+            EXPECT_EQ(session.out.str(), "firmware version: 0100\nrunning:          flash code\n");
+        } else {
+            EXPECT_THAT(session.out.str(), IsEmpty());
+        }
+    }
+}
+
+TEST(InfoOfAnImage, ShowsItsFields)
+{
+    Session session;
+    const std::string file = session.folder.write("new.bin", demoImage(kDemoVersion101));
+    EXPECT_EQ(session.info(file), kExitSuccess);
+    EXPECT_EQ(session.out.str(), "file:          " + file +
+                                     "\n"
+                                     "size:          32768 bytes\n"
+                                     "block at:      0x7E00\n"
+                                     "version:       0101\n"
+                                     "VID:           1209\n"
+                                     "SSPID:         0001\n"
+                                     "HSPID:         0002\n"
+                                     "manufacturer:  Vornadel\n"
+                                     "product:       Demo Hub\n"
+                                     "serial number: SN0001\n"
+                                     "container ID:  {5d0fc271-3a94-4e6b-9c18-27b0e463d108}\n");
+    EXPECT_THAT(session.err.str(), IsEmpty());
+    EXPECT_EQ(session.hub().requestCount(), 0U);
+}
+
+TEST(InfoOfAnImage, ShowsADashForAVersionThatIsNotThere)
+{
+    Session session;
+    const std::vector<std::uint8_t> whole = demoImage();
+    const std::vector<std::uint8_t> block(whole.end() - 512, whole.end() - 256);
+    EXPECT_EQ(session.info(session.folder.write("block.bin", block)), kExitSuccess);
+    EXPECT_THAT(session.out.str(), HasSubstr("\nblock at:      0x0000\nversion:       -\n"));
+}
+
+TEST(InfoOfAnImage, KeepsControlCharactersFromTheTerminal)
+{
+    Session session;
+    std::vector<std::uint8_t> image = demoImage();
+    const std::string planted = "\x1b[2J\x07\x9b\r\n"; // in place of "Vornadel"
+    std::copy(planted.begin(), planted.end(), image.end() - 512 + 43 + 2);
+    EXPECT_EQ(session.info(session.folder.write("planted.bin", image)), kExitSuccess);
+    EXPECT_THAT(session.out.str(), HasSubstr("\nmanufacturer:  ?[2J????\n"));
+}
+
+TEST(InfoOfAnImage, RefusesWhatIsNone)
+{
+    Session session;
+    const std::string files[] = {
+        session.folder.path("missing.bin"),
+        session.folder.path(),
+        session.folder.write("empty.bin", std::string()),
+        session.folder.write("short.bin", std::string(255, 'x')),
+        session.folder.write("noblock.bin", std::vector<std::uint8_t>(32768, 0xFF)),
+    };
+    for (const std::string& file : files) {
+        SCOPED_TRACE(file);
+        EXPECT_EQ(session.info(file), kExitFailure);
+        EXPECT_EQ(session.err.str(), "Firmware format error\n");
+        EXPECT_THAT(session.out.str(), IsEmpty());
+    }
+}
+
+TEST(List, MarksTheSupportedHubs)
+{
+    Session session;
+    EXPECT_EQ(session.list(), kExitSuccess);
+    EXPECT_EQ(session.out.str(), "1209:0001  supported hub\n1209:0002  supported hub\n");
+    EXPECT_EQ(session.hub().requestCount(), 0U);
+}
+
+TEST(List, LeavesOtherDevicesUnmarked)
+{
+    Session session("ids=1209:0001:abcd");
+    EXPECT_EQ(session.list(), kExitSuccess);
+    EXPECT_EQ(session.out.str(), "1209:0001  supported hub\n1209:ABCD\n");
+}
+
+TEST(List, IsEmptyWithoutDevices)
+{
+    Session session;
+    session.hub().unplug();
+    EXPECT_EQ(session.list(), kExitSuccess);
+    EXPECT_THAT(session.out.str() + session.err.str(), IsEmpty());
+}
+
+TEST(List, TakesTheIdsFromTheConfigFileThatIsNamed)
+{
+    Session session;
+    const std::string mine = session.folder.write(
+        "mine.ini", std::string("[Support Vid Pid]\nVID_00 = 0x1209\nSSPID_00 = 2\nHSPID_00 = 3\n"));
+    EXPECT_EQ(session.run({CommandLine::Verb::List, {}, mine, {}}), kExitSuccess);
+    EXPECT_EQ(session.out.str(), "1209:0001\n1209:0002  supported hub\n");
+}
+
+TEST(List, SaysWhyAConfigFileWasNotRead)
+{
+    Session session;
+    const std::string large = session.folder.write("large.ini", std::string(1024 * 1024 + 1, '\n'));
+    EXPECT_EQ(session.run({CommandLine::Verb::List, {}, large, {}}), kExitSuccess);
+    EXPECT_EQ(session.err.str(), large + " is larger than 1 MiB and was not read\n");
+    EXPECT_EQ(session.out.str(), "1209:0001\n1209:0002\n");
+}
+
+/// A platform that gives no device list, or devices without access.
+class PoorBus final : public UsbBus
+{
+public:
+    explicit PoorBus(bool hasList) : m_hasList(hasList) {}
+
+    std::unique_ptr<UsbSearch> search() override
+    {
+        return m_hasList ? std::make_unique<PoorSearch>() : nullptr;
+    }
+    bool watch(Listener /*listener*/) override { return false; }
+    void unwatch() override {}
+
+private:
+    struct PoorSearch final : UsbSearch {
+        Step next(std::unique_ptr<UsbDevice>& device) override
+        {
+            device.reset();
+            return ++steps == 1 ? Step::NoPlugIn : steps == 2 ? Step::NoInterface : Step::End;
+        }
+        void release() override {}
+        int steps = 0;
+    };
+
+    bool m_hasList;
+};
+
+TEST(List, FailsWithoutADeviceList)
+{
+    Session session;
+    PoorBus bus(false);
+    EXPECT_EQ(session.runOn(bus, {CommandLine::Verb::List, {}, {}, {}}), kExitFailure);
+    EXPECT_EQ(session.err.str(), "the USB devices cannot be listed\n");
+}
+
+TEST(List, LeavesOutDevicesThatGiveNoAccess)
+{
+    Session session;
+    PoorBus bus(true);
+    EXPECT_EQ(session.runOn(bus, {CommandLine::Verb::List, {}, {}, {}}), kExitSuccess);
+    EXPECT_THAT(session.out.str() + session.err.str(), IsEmpty());
+}
+
+} // namespace
+
+} // namespace vornadel::test

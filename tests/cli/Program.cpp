@@ -1,0 +1,127 @@
+#include "tests/cli/Program.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <map>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+constexpr int kPatienceMilliseconds = 20'000;
+
+std::vector<char*> pointersTo(std::vector<std::string>& texts)
+{
+    std::vector<char*> pointers;
+    for (std::string& text : texts) {
+        pointers.push_back(text.data());
+    }
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+void closePipe(int& pipe)
+{
+    if (pipe >= 0) {
+        ::close(pipe);
+        pipe = -1;
+    }
+}
+
+} // namespace
+
+Program::Program(std::vector<std::string> arguments, std::vector<std::string> environment,
+                 std::initializer_list<int> ignored)
+{
+    arguments.insert(arguments.begin(), VORNADELCTL);
+    for (char** variable = environ; *variable != nullptr; ++variable) {
+        environment.emplace_back(*variable);
+    }
+    std::array<int, 2> out{};
+    std::array<int, 2> err{};
+    EXPECT_EQ(::pipe2(out.data(), O_CLOEXEC), 0);
+    EXPECT_EQ(::pipe2(err.data(), O_CLOEXEC), 0);
+    posix_spawn_file_actions_t files;
+    posix_spawn_file_actions_init(&files);
+    posix_spawn_file_actions_adddup2(&files, out[1], STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&files, err[1], STDERR_FILENO);
+
+    std::map<int, void (*)(int)> before;
+    for (const int each : ignored) {
+        before[each] = std::signal(each, SIG_IGN); // what is ignored stays so across exec
+    }
+    EXPECT_EQ(::posix_spawn(&m_pid, VORNADELCTL, &files, nullptr, pointersTo(arguments).data(),
+                            pointersTo(environment).data()),
+              0);
+    for (const auto& [each, handler] : before) {
+        std::signal(each, handler);
+    }
+    posix_spawn_file_actions_destroy(&files);
+    ::close(out[1]);
+    ::close(err[1]);
+    m_outPipe = out[0];
+    m_errPipe = err[0];
+}
+
+Program::~Program()
+{
+    if (m_pid > 0) {
+        ::kill(m_pid, SIGKILL);
+        ::waitpid(m_pid, nullptr, 0);
+    }
+    closePipe(m_outPipe);
+    closePipe(m_errPipe);
+}
+
+bool Program::readSome(int pipe, std::string& text) const
+{
+    pollfd readable{pipe, POLLIN, 0};
+    if (::poll(&readable, 1, kPatienceMilliseconds) <= 0) {
+        return false;
+    }
+    std::array<char, 4096> bytes{};
+    const ssize_t count = ::read(pipe, bytes.data(), bytes.size());
+    if (count > 0) {
+        text.append(bytes.data(), static_cast<std::size_t>(count));
+    }
+    return count > 0;
+}
+
+bool Program::waitFor(std::string_view text)
+{
+    while (m_out.find(text) == std::string::npos) {
+        if (!readSome(m_outPipe, m_out)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void Program::send(int signal) const { EXPECT_EQ(::kill(m_pid, signal), 0); }
+
+void Program::stopReading() { closePipe(m_outPipe); }
+
+int Program::finish()
+{
+    while (m_outPipe >= 0 && readSome(m_outPipe, m_out)) {
+    }
+    while (readSome(m_errPipe, m_err)) {
+    }
+    int status = 0;
+    EXPECT_EQ(::waitpid(m_pid, &status, 0), m_pid);
+    m_pid = -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+} // namespace vornadel::test

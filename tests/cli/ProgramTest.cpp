@@ -1,0 +1,155 @@
+// The program as scripts meet it. Real time passes here, so these are few.
+
+#include "tests/cli/Program.h"
+#include "cli/CommandLine.h"
+#include "sim/DemoImage.h"
+#include "tests/cli/Session.h"
+#include "tests/cli/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <string>
+#include <vector>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+
+/// A folder with a new image, and a hub whose flash is kept beside it.
+class ProgramTest : public testing::Test
+{
+protected:
+    std::string hub(const std::string& options) const
+    {
+        return "--simulated-hub=image=" + m_folder.path("flash.bin") + ',' + options;
+    }
+    std::vector<std::uint8_t> flash() const { return m_folder.read("flash.bin"); }
+
+    const TemporaryFolder m_folder;
+    const std::string m_image = m_folder.write("new.bin", demoImage(kDemoVersion101));
+};
+
+TEST_F(ProgramTest, TellsByItsExitStatusHowItWent)
+{
+    const struct {
+        std::vector<std::string> arguments;
+        int status;
+    } rows[] = {
+        {{"--help"}, kExitSuccess},
+        {{"--version"}, kExitSuccess},
+        {{hub("latency=none"), "info"}, kExitSuccess},
+        {{hub("latency=none"), "list"}, kExitSuccess},
+        {{"info", m_image}, kExitSuccess},
+        {{"info", m_folder.path("missing.bin")}, kExitFailure},
+        {{hub("fault=open-refused:1"), "info"}, kExitFailure},
+        {{hub("mode=rom,latency=none,fault=stall@write#1"), "update", m_image}, kExitFailure},
+        {{}, kExitUsage},
+        {{"nonsense"}, kExitUsage},
+        {{"--simulated-hub=nonsense", "info"}, kExitUsage},
+        {{"--simulated-hub=fault=stall", "info"}, kExitUsage},
+        {{"--simulated-hub=image=" + m_folder.path(), "info"}, kExitUsage},
+        {{"--config", m_folder.path("missing.ini"), "list"}, kExitUsage},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::PrintToString(row.arguments));
+        Program program(row.arguments);
+        EXPECT_EQ(program.finish(), row.status) << program.err();
+        const bool silent = row.status == kExitSuccess;
+        EXPECT_EQ(program.err().empty(), silent) << program.err();
+    }
+}
+
+TEST_F(ProgramTest, NeedsNoWindowSystem)
+{
+    Program program({}, {"LD_TRACE_LOADED_OBJECTS=1"});
+    EXPECT_EQ(program.finish(), 0);
+    EXPECT_THAT(program.out(), HasSubstr("libusb"));
+    for (const char* const library : {"libQt", "libGL", "libEGL", "libX11", "libxcb", "libwayland"}) {
+        EXPECT_THAT(program.out(), Not(HasSubstr(library)));
+    }
+}
+
+TEST_F(ProgramTest, EndsInGoodOrderWhenInterruptedAndTheNextRunSucceeds)
+{
+    Program interrupted({hub("mode=rom"), "update", m_image});
+    ASSERT_TRUE(interrupted.waitFor("Write Flash...\n"));
+    interrupted.send(SIGINT);
+    EXPECT_EQ(interrupted.finish(), kExitInterrupted);
+    EXPECT_THAT(interrupted.err(), EndsWith("Update FW Fail\nInterrupted\n"));
+    EXPECT_THAT(interrupted.out(), Not(HasSubstr("Success")));
+
+    Program next({hub("latency=none"), "update", m_image});
+    EXPECT_EQ(next.finish(), kExitSuccess) << next.err();
+    EXPECT_EQ(flash(), demoImage(kDemoVersion101));
+}
+
+TEST_F(ProgramTest, EndsThePausesOfARestartWhenTerminated)
+{
+    Program terminated({hub("mode=rom,latency=none,fault=never@1"), "update", m_image});
+    ASSERT_TRUE(terminated.waitFor("Reset to Flash Code...\n"));
+    terminated.send(SIGTERM); // twenty pauses of two seconds lie ahead
+    EXPECT_EQ(terminated.finish(), kExitInterrupted);
+    EXPECT_EQ(terminated.err(), "Fail to Reset to Flash Code\nUpdate FW Fail\nInterrupted\n");
+
+    Program next({hub("latency=none"), "info"});
+    EXPECT_EQ(next.finish(), kExitSuccess);
+    EXPECT_EQ(next.out(), "firmware version: 0101\nrunning:          flash code\n");
+}
+
+TEST_F(ProgramTest, GoesOnWhenTheTerminalClosesAndItWasToldToOutliveIt)
+{
+    Program program({hub("mode=rom"), "update", m_image}, {}, {SIGHUP});
+    ASSERT_TRUE(program.waitFor("Erase Flash...\n"));
+    program.send(SIGHUP);
+    EXPECT_TRUE(program.waitFor("\n100%\n"));
+    EXPECT_EQ(flash(), demoImage(kDemoVersion101));
+}
+
+TEST_F(ProgramTest, FinishesTheUpdateWhenNobodyReadsItsOutputAnyMore)
+{
+    Program program({hub("mode=rom,latency=none"), "update", m_image});
+    ASSERT_TRUE(program.waitFor("Erase Flash...\n"));
+    program.stopReading();
+    EXPECT_EQ(program.finish(), kExitSuccess) << program.err();
+    EXPECT_EQ(flash(), demoImage(kDemoVersion101));
+}
+
+TEST_F(ProgramTest, FailsWhileAnotherProgramUpdatesTheSameHubAndDoesItNoHarm)
+{
+    std::string error;
+    Session session;
+    SimulatedHubOptions options;
+    options.image = m_folder.path("flash.bin");
+    session.bus = SimulatedBus::create(options, session.clock, error);
+    ASSERT_NE(session.bus, nullptr) << error;
+
+    int secondStatus = -1;
+    std::string complaint;
+    session.hub().onRequest = [&](const ControlRequest& request) {
+        const bool thirdPiece = request.bRequest == 0xC8 && request.wValue == 2 * 4096;
+        if (thirdPiece) {
+            const std::vector<std::uint8_t> before = flash();
+            Program second({hub("latency=none"), "update", m_image});
+            secondStatus = second.finish();
+            complaint = second.err();
+            EXPECT_EQ(flash(), before);
+        }
+    };
+    EXPECT_EQ(session.update(m_image), kExitSuccess) << session.err.str();
+    EXPECT_EQ(flash(), demoImage(kDemoVersion101));
+    EXPECT_EQ(secondStatus, kExitFailure);
+    EXPECT_EQ(complaint, "Fail To Open Rom Device\nPlease Load Driver firstly\nThen replugin usb hub device\n"
+                         "Update FW Fail\n");
+}
+
+} // namespace
+
+} // namespace vornadel::test

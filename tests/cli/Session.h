@@ -1,0 +1,82 @@
+#pragma once
+
+#include "cli/Commands.h"
+#include "platform/Platform.h"
+#include "sim/SimulatedBus.h"
+#include "tests/cli/TemporaryFolder.h"
+#include "tests/support/VirtualClock.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <sstream>
+#include <string>
+#include <string_view>
+
+namespace vornadel::test
+{
+
+/// A hub in memory on virtual time, with a folder for files and what a command printed.
+class Session
+{
+public:
+    /// `options` as on the command line, without `image`.
+    explicit Session(std::string_view options = {})
+    {
+        SimulatedHubOptions read;
+        std::string error;
+        EXPECT_TRUE(parseSimulatedHubOptions(options, read, error)) << error;
+        read.keepInMemory = true;
+        bus = SimulatedBus::create(read, clock, error);
+        EXPECT_NE(bus, nullptr) << error;
+        folder.write("config.ini",
+                     std::string_view("[Support Vid Pid]\n"
+                                      "VID_00 = 0x1209\nSSPID_00 = 0x0001\nHSPID_00 = 0x0002\n"));
+    }
+
+    int run(const CommandLine& commandLine, bool terminal = false)
+    {
+        return runOn(*bus, commandLine, terminal);
+    }
+
+    int runOn(UsbBus& other, const CommandLine& commandLine, bool terminal = false)
+    {
+        out.str({});
+        err.str({});
+        Platform platform{other, shell, privileged, version, clock};
+        return runCommand(commandLine, platform, folder.path(), out, err, terminal);
+    }
+
+    int update(const std::string& image, bool terminal = false)
+    {
+        return run({CommandLine::Verb::Update, image, {}, {}}, terminal);
+    }
+    int info(const std::string& image = {}) { return run({CommandLine::Verb::Info, image, {}, {}}); }
+    int list() { return run({CommandLine::Verb::List, {}, {}, {}}); }
+
+    SimulatedHub& hub() { return bus->hub(); }
+
+    TemporaryFolder folder;
+    VirtualClock clock;
+    std::unique_ptr<SimulatedBus> bus;
+    std::ostringstream out;
+    std::ostringstream err;
+
+private:
+    struct NoShell final : Shell {
+        int run(const std::string& /*command*/) override { return -1; }
+        bool exists(const std::string& /*path*/) override { return false; }
+    };
+    struct NoPrivileges final : PrivilegedRun {
+        bool start(const std::string& /*script*/) override { return false; }
+    };
+    struct NoVersion final : SystemVersion {
+        SystemVersionNumbers read() override { return {}; }
+    };
+
+    NoShell shell;
+    NoPrivileges privileged;
+    NoVersion version;
+};
+
+} // namespace vornadel::test

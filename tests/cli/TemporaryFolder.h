@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vornadel::test
+{
+
+/// An empty folder of a test's own; gone with everything in it when the test ends.
+class TemporaryFolder
+{
+public:
+    TemporaryFolder()
+    {
+        std::string name = (std::filesystem::temp_directory_path() / "vornadelctl-test-XXXXXX").string();
+        m_path = ::mkdtemp(name.data()) != nullptr ? name : std::string();
+    }
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+    ~TemporaryFolder()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_path, ignored);
+    }
+
+    std::string path(std::string_view name) const { return (m_path / name).string(); }
+    std::string path() const { return m_path.string(); }
+
+    /// Writes a file and returns its path.
+    template <typename Bytes>
+    std::string write(std::string_view name, const Bytes& bytes) const
+    {
+        std::ofstream file(m_path / name, std::ios::binary);
+        std::copy(bytes.begin(), bytes.end(), std::ostreambuf_iterator<char>(file));
+        return path(name);
+    }
+
+    std::vector<std::uint8_t> read(std::string_view name) const
+    {
+        std::ifstream file(m_path / name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    }
+
+private:
+    std::filesystem::path m_path;
+};
+
+} // namespace vornadel::test

@@ -1,0 +1,207 @@
+#include "hub/HubTransport.h"
+#include "sim/DemoImage.h"
+#include "tests/cli/Session.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+std::string newImage(const Session& session)
+{
+    return session.folder.write("new.bin", demoImage(kDemoVersion101));
+}
+
+std::string between(const std::string& text, const std::string& from, const std::string& to)
+{
+    const std::size_t begin = text.find(from);
+    const std::size_t end = text.find(to);
+    return begin == std::string::npos || end == std::string::npos || end < begin
+               ? std::string()
+               : text.substr(begin + from.size(), end - begin - from.size());
+}
+
+TEST(Update, TellsEachStepAndEachPercentageOnALineOfItsOwn)
+{
+    Session session("latency=none");
+    const std::string image = newImage(session);
+    EXPECT_EQ(session.update(image), kExitSuccess);
+    EXPECT_EQ(session.out.str(), "0%\n"
+                                 "FW:" +
+                                     image +
+                                     "(size=32768)\n\n"
+                                     "Erase Flash...\n10%\n"
+                                     "Write Flash...\n15%\n20%\n25%\n30%\n35%\n40%\n45%\n50%\n"
+                                     "Read Flash...\n55%\n60%\n65%\n70%\n75%\n80%\n85%\n90%\n"
+                                     "Verify Flash...\n100%\n"
+                                     "Reset to Flash Code...\n"
+                                     "Update FW Success\n");
+    EXPECT_THAT(session.err.str(), IsEmpty());
+    EXPECT_EQ(session.hub().flash(), demoImage(kDemoVersion101));
+    EXPECT_EQ(session.hub().runningCode(), HubCode::Flash);
+    EXPECT_FALSE(Hub_IsOpen());
+}
+
+TEST(Update, MovesOneLineOnATerminal)
+{
+    Session session("latency=none");
+    EXPECT_EQ(session.update(newImage(session), true), kExitSuccess);
+
+    const std::string writing = between(session.out.str(), "Write Flash...\n", "Read Flash...\n");
+    EXPECT_EQ(std::count(writing.begin(), writing.end(), '\r'), 8);
+    EXPECT_EQ(std::count(writing.begin(), writing.end(), '\n'), 1);
+    EXPECT_THAT(writing, testing::StartsWith("\r[#######" + std::string(43, ' ') + "]  15%\r"));
+    EXPECT_THAT(writing, EndsWith("\r[" + std::string(25, '#') + std::string(25, ' ') + "]  50%\n"));
+    EXPECT_THAT(session.out.str(), HasSubstr("Verify Flash...\n\r[" + std::string(50, '#') +
+                                             "] 100%\nReset to Flash Code...\n"));
+    EXPECT_THAT(session.out.str(), EndsWith("Update FW Success\n"));
+}
+
+TEST(Update, LeavesTheMovingLineBeforeAComplaint)
+{
+    Session session("latency=none,fault=stall@write#3");
+    EXPECT_EQ(session.update(newImage(session), true), kExitFailure);
+    EXPECT_THAT(session.out.str(), EndsWith("  20%\n"));
+}
+
+struct Failure {
+    const char* options;
+    const char* reason;
+};
+
+constexpr const char* kNotOpened =
+    "Fail To Open Rom Device\nPlease Load Driver firstly\nThen replugin usb hub device\n";
+
+class FailingUpdate : public testing::TestWithParam<Failure>
+{
+};
+
+TEST_P(FailingUpdate, TellsTheReasonOnStandardErrorAndExitsWithOne)
+{
+    Session session(GetParam().options);
+    EXPECT_EQ(session.update(newImage(session)), kExitFailure);
+    EXPECT_EQ(session.err.str(), std::string(GetParam().reason) + "Update FW Fail\n");
+    EXPECT_THAT(session.out.str(), Not(HasSubstr("Fail")));
+    EXPECT_THAT(session.out.str(), Not(HasSubstr("Success")));
+    EXPECT_GT(session.hub().faultsTriggered(), 0U);
+    EXPECT_FALSE(Hub_IsOpen());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Faults, FailingUpdate,
+    testing::Values(Failure{"latency=none,mode=rom,fault=open-refused:1", kNotOpened},
+                    Failure{"latency=none,fault=never@1", kNotOpened},
+                    Failure{"latency=none,fault=same-mode@1", kNotOpened},
+                    Failure{"latency=none,fault=stall@rom", kNotOpened},
+                    Failure{"latency=none,fault=stall@erase#1,fault=stall@erase#2,fault=stall@erase#3",
+                            "Fail to Erase Flash\n"},
+                    Failure{"latency=none,mode=rom,fault=stall@write#3", "Fail to Write Flash\n"},
+                    Failure{"latency=none,mode=rom,fault=torn:100@write#2", "Fail to Write Flash\n"},
+                    Failure{"latency=none,mode=rom,fault=vanish-before@write#1", "Fail to Write Flash\n"},
+                    Failure{"latency=none,mode=rom,fault=vanish-after@write#8", "Fail to Write Flash\n"},
+                    Failure{"latency=none,mode=rom,fault=stall@read#8", "Fail to Read Flash\n"},
+                    Failure{"latency=none,mode=rom,fault=flip@write#5", "Fail to verify flash\n"},
+                    Failure{"latency=none,mode=rom,fault=ignore@write#5", "Fail to verify flash\n"},
+                    Failure{"latency=none,mode=rom,fault=flip@read#5", "Fail to verify flash\n"},
+                    Failure{"latency=none,mode=rom,fault=ignore@read#1", "Fail to verify flash\n"},
+                    Failure{"latency=none,mode=rom,fault=never@1", "Fail to Reset to Flash Code\n"},
+                    Failure{"latency=none,mode=rom,fault=stall@flash", "Fail to Reset to Flash Code\n"}));
+
+TEST(Update, RefusesAFileThatIsNoImageAndLeavesTheHubAlone)
+{
+    Session session("latency=none");
+    const std::string files[] = {
+        session.folder.path("missing.bin"),
+        session.folder.path(),
+        session.folder.write("empty.bin", std::string()),
+        session.folder.write("short.bin", std::string(255, 'x')),
+        session.folder.write("noblock.bin", std::vector<std::uint8_t>(32768, 0xFF)),
+    };
+    for (const std::string& file : files) {
+        SCOPED_TRACE(file);
+        EXPECT_EQ(session.update(file), kExitFailure);
+        EXPECT_EQ(session.err.str(), "Wrong firmware file\nUpdate FW Fail\n");
+    }
+    EXPECT_EQ(session.hub().requestCount(), 0U);
+    EXPECT_EQ(session.hub().flash(), demoImage());
+}
+
+TEST(Update, FailsWithoutAHub)
+{
+    Session session("latency=none");
+    session.hub().unplug();
+    EXPECT_EQ(session.update(newImage(session)), kExitFailure);
+    EXPECT_EQ(session.err.str(), std::string(kNotOpened) + "Update FW Fail\n");
+}
+
+TEST(Update, FailsForAnImageThatTheFlashCannotHold)
+{
+    Session session("latency=none");
+    std::vector<std::uint8_t> large = demoImage(kDemoVersion101);
+    large.insert(large.begin(), 4096, 0x00);
+    EXPECT_EQ(session.update(session.folder.write("large.bin", large)), kExitFailure);
+    EXPECT_EQ(session.err.str(), "Fail to Write Flash\nUpdate FW Fail\n");
+}
+
+TEST(Update, ExitsWithZeroOnlyWhenTheFlashHoldsTheImage)
+{
+    unsigned requests = 0;
+    {
+        Session session("latency=none");
+        ASSERT_EQ(session.update(newImage(session)), kExitSuccess);
+        requests = session.hub().requestCount();
+    }
+    int succeeded = 0;
+    int failed = 0;
+    for (const char* const kind : {"stall", "vanish-before", "vanish-after", "ignore", "flip", "torn:7"}) {
+        for (unsigned position = 1; position <= requests; ++position) {
+            const std::string fault =
+                "latency=none,fault=" + std::string(kind) + '@' + std::to_string(position);
+            SCOPED_TRACE(fault);
+            Session session(fault);
+            if (session.update(newImage(session)) == kExitSuccess) {
+                ++succeeded;
+                EXPECT_EQ(session.hub().flash(), demoImage(kDemoVersion101));
+                EXPECT_THAT(session.err.str(), IsEmpty());
+            } else {
+                ++failed;
+                EXPECT_THAT(session.err.str(), EndsWith("Update FW Fail\n"));
+            }
+            EXPECT_FALSE(Hub_IsOpen());
+        }
+    }
+    EXPECT_GT(succeeded, 0); // a stalled greeting does no harm
+    EXPECT_GT(failed, 0);
+}
+
+TEST(Update, WorksOnTheHubsThatAConfigFileNames)
+{
+    Session session("latency=none,ids=1234:5678:9abc");
+    const std::string image = newImage(session);
+    EXPECT_EQ(session.update(image), kExitFailure);
+    EXPECT_EQ(session.err.str(), std::string(kNotOpened) + "Update FW Fail\n");
+
+    const std::string mine = session.folder.write(
+        "mine.ini",
+        std::string("[Support Vid Pid]\nVID_3F = 0x1234\nSSPID_3F = 0x5678\nHSPID_3F = 0x9ABC\n"));
+    EXPECT_EQ(session.run({CommandLine::Verb::Update, image, mine, {}}), kExitSuccess);
+    EXPECT_EQ(session.hub().flash(), demoImage(kDemoVersion101));
+}
+
+} // namespace
+
+} // namespace vornadel::test
