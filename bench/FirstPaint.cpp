@@ -1,0 +1,63 @@
+// Watches a program from the inside: writes the moment at which its window's first picture was complete to standard
+// output and ends the program. Whatever links this file is watched; nothing else in the program knows.
+
+#include <QAbstractScrollArea>
+#include <QCoreApplication>
+#include <QEvent>
+#include <QTimer>
+#include <QWidget>
+#include <QWindow>
+
+#include <cstdio>
+#include <ctime>
+
+namespace
+{
+
+void tellAndQuit()
+{
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now); // the one that the waiting program reads
+    std::printf("%lld.%09ld\n", static_cast<long long>(now.tv_sec), now.tv_nsec);
+    std::fflush(stdout);
+    QCoreApplication::quit();
+}
+
+class FirstPaint final : public QObject
+{
+public:
+    using QObject::QObject;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint && !m_seen && isViewportOnScreen(watched)) {
+            m_seen = true;
+            QTimer::singleShot(0, this, tellAndQuit); // all of the window is painted before
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    static bool isViewportOnScreen(QObject* watched)
+    {
+        const auto* const widget = qobject_cast<QWidget*>(watched);
+        if (widget == nullptr || qobject_cast<QAbstractScrollArea*>(widget->parentWidget()) == nullptr) {
+            return false;
+        }
+        const QWindow* const window = widget->window()->windowHandle();
+        return window != nullptr && window->isExposed();
+    }
+
+    bool m_seen = false;
+};
+
+void watchTheApplication()
+{
+    QCoreApplication* const application = QCoreApplication::instance();
+    application->installEventFilter(new FirstPaint(application));
+}
+
+} // namespace
+
+Q_COREAPP_STARTUP_FUNCTION(watchTheApplication)

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/Clock.h"
+
+#include <atomic>
+#include <functional>
+#include <utility>
+
+namespace vornadel::bench
+{
+
+/// Another clock, with the pauses asked for added up.
+class RecordingClock final : public Clock
+{
+public:
+    explicit RecordingClock(Clock& clock) : m_clock(clock) {}
+
+    Duration now() override { return m_clock.now(); }
+    void sleep(Duration pause) override
+    {
+        m_asked += pause.count();
+        m_clock.sleep(pause);
+    }
+    void after(Duration delay, std::function<void()> task) override { m_clock.after(delay, std::move(task)); }
+    void interrupt() override { m_clock.interrupt(); }
+
+    /// All pauses so far.
+    Duration asked() const { return Duration(m_asked); }
+
+private:
+    Clock& m_clock;
+    std::atomic<Duration::rep> m_asked = 0;
+};
+
+} // namespace vornadel::bench

@@ -1,0 +1,15 @@
+// The least that a window with a text in it costs: what the tool's start is measured against.
+
+#include <QApplication>
+#include <QPlainTextEdit>
+
+int main(int argc, char** argv)
+{
+    const QApplication application(argc, argv);
+    QPlainTextEdit text("Detect Zel Hub : Success\nfwVer:0100");
+    text.setReadOnly(true);
+    text.setWindowTitle("Bare window");
+    text.resize(1200, 660);
+    text.show();
+    return QApplication::exec();
+}
