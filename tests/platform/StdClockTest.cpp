@@ -44,15 +44,18 @@ TEST(StdClock, SleepsNoMoreAfterAnInterrupt)
 TEST(StdClock, RunsTasksInTheOrderOfTheirMoments)
 {
     StdClock clock;
-    std::vector<int> order;
+    std::promise<void> allOrdered;
+    clock.after(hours(-9), [&] { allOrdered.get_future().wait(); });
+    std::vector<int> order; // of moments hours apart, so that no pause of this thread can mix them up
     std::promise<void> done;
-    clock.after(milliseconds(20), [&] {
+    clock.after(milliseconds(0), [&] {
         order.push_back(4);
         done.set_value();
     });
-    clock.after(milliseconds(10), [&] { order.push_back(2); });
-    clock.after(milliseconds(0), [&] { order.push_back(1); });
-    clock.after(milliseconds(15), [&] { order.push_back(3); });
+    clock.after(hours(-2), [&] { order.push_back(2); });
+    clock.after(hours(-3), [&] { order.push_back(1); });
+    clock.after(hours(-1), [&] { order.push_back(3); });
+    allOrdered.set_value();
     done.get_future().wait();
     EXPECT_THAT(order, testing::ElementsAre(1, 2, 3, 4));
 }
