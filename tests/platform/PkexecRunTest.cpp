@@ -25,7 +25,7 @@ protected:
 
     std::string program(const std::string& text)
     {
-        const std::string path = m_folder.write("askpass", "#!/bin/sh\n" + text);
+        std::string path = m_folder.write("askpass", "#!/bin/sh\n" + text);
         std::filesystem::permissions(path, std::filesystem::perms::owner_all);
         return path;
     }
@@ -83,7 +83,7 @@ TEST_F(PkexecRunTest, StartsTheProgramWithNoSignalBlocked)
     sigset_t before;
     sigfillset(&all);
     pthread_sigmask(SIG_BLOCK, &all, &before);
-    PkexecRun run(program("grep SigBlk /proc/$$/status > '" + m_folder.path("pipe") + "'"));
+    PkexecRun run(program("exec grep SigBlk /proc/self/status > '" + m_folder.path("pipe") + "'"));
     EXPECT_TRUE(run.start("load"));
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
     EXPECT_EQ(hear(), "SigBlk:\t0000000000000000\n");
@@ -100,7 +100,9 @@ TEST_F(PkexecRunTest, FailsWithoutTheProgram)
 TEST_F(PkexecRunTest, FindsTheProgramOnThePath)
 {
     program("echo found > '" + m_folder.path("pipe") + "'");
-    const std::string path = getenv("PATH");
+    const char* const before = getenv("PATH");
+    ASSERT_NE(before, nullptr);
+    const std::string path = before;
     setenv("PATH", (m_folder.path("") + ":" + path).c_str(), 1);
     EXPECT_TRUE(PkexecRun("askpass").start("load"));
     setenv("PATH", path.c_str(), 1);
