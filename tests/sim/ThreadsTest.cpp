@@ -71,18 +71,31 @@ TEST(SimulatedBusThreads, SearchAndOpenWhileTheHubRestarts)
 
 TEST(SimulatedBusThreads, UnwatchWaitsForTheListener)
 {
-    for (int round = 0; round < kRounds; ++round) {
-        const HubBench bench;
-        auto alive = std::make_unique<std::atomic<int>>(0);
-        ASSERT_TRUE(bench.bus->watch([&](UsbEvent) { ++*alive; }));
-        std::thread plug([&] {
-            bench.hub().unplug();
-            bench.hub().replug();
-        });
-        bench.bus->unwatch();
-        alive.reset(); // a listener still running would be caught by the sanitizers here
-        plug.join();
+    const HubBench bench;
+    std::atomic<bool> inside = false;
+    std::atomic<bool> ending = false;
+    std::atomic<bool> finished = false;
+    std::atomic<int> calls = 0;
+    ASSERT_TRUE(bench.bus->watch([&](UsbEvent) {
+        ++calls;
+        inside = true;
+        while (!ending) {
+            std::this_thread::yield();
+        }
+        for (int i = 0; i < 10000; ++i) { // long enough for an unwatch() that does not wait
+            std::this_thread::yield();
+        }
+        finished = true;
+    }));
+    std::thread plug([&] { bench.hub().unplug(); });
+    while (!inside) {
+        std::this_thread::yield();
     }
+    ending = true;
+    bench.bus->unwatch();
+    EXPECT_TRUE(finished);
+    plug.join();
+    EXPECT_EQ(calls, 1); // the second device's event came too late
 }
 
 TEST(SimulatedBusThreads, BusGoesWhileARestartIsUnderWay)
