@@ -22,7 +22,7 @@ using testing::HasSubstr;
 
 class FlashFileTest : public testing::Test
 {
-protected:
+public:
     FlashFileTest()
     {
         std::string name = (fs::temp_directory_path() / "vornadel-sim-XXXXXX").string();
@@ -37,6 +37,7 @@ protected:
     FlashFileTest(const FlashFileTest&) = delete;
     FlashFileTest& operator=(const FlashFileTest&) = delete;
 
+protected:
     std::string path(const std::string& name = "hub.bin") const { return (m_folder / name).string(); }
 
     SimulatedHubOptions options(const std::string& name = "hub.bin") const
