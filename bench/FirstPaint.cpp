@@ -4,7 +4,7 @@
 #include <QAbstractScrollArea>
 #include <QCoreApplication>
 #include <QEvent>
-#include <QTimer>
+#include <QTimerEvent>
 #include <QWidget>
 #include <QWindow>
 
@@ -33,9 +33,16 @@ protected:
     {
         if (event->type() == QEvent::Paint && !m_seen && isViewportOnScreen(watched)) {
             m_seen = true;
-            QTimer::singleShot(0, this, tellAndQuit); // all of the window is painted before
+            QMetaObject::invokeMethod(this, tellAndQuit,
+                                      Qt::QueuedConnection); // all of the window is painted before
         }
         return QObject::eventFilter(watched, event);
+    }
+
+    void timerEvent(QTimerEvent* event) override
+    {
+        killTimer(event->timerId());
+        tellAndQuit();
     }
 
 private:

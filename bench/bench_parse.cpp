@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <map>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace
@@ -25,18 +24,24 @@ constexpr std::size_t kBlockSize = 256;
 
 using Bytes = std::vector<std::uint8_t>;
 
+Bytes demo() { return demoImage(); }
+
+Bytes noBlock() { return Bytes(demoImage().size(), 0xFF); }
+
 Bytes blockAtTheStart()
 {
-    const Bytes demo = demoImage();
-    Bytes image(demo.size(), 0xFF);
-    std::copy(demo.end() - 2 * kBlockSize, demo.end() - kBlockSize, image.begin());
+    const Bytes whole = demo();
+    Bytes image(whole.size(), 0xFF);
+    std::copy(whole.end() - 2 * kBlockSize, whole.end() - kBlockSize, image.begin());
     return image;
 }
 
-void parse(benchmark::State& state, const Bytes& bytes, bool holdsBlock)
+void parse(benchmark::State& state, const char* what, Bytes (*makeImage)(), bool holdsBlock)
 {
+    state.SetLabel(what);
+    const Bytes bytes = makeImage();
     FwImage image;
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         if (FwImage_Parse(image, bytes.data(), static_cast<std::int32_t>(bytes.size())) != holdsBlock) {
             state.SkipWithError("the image was read wrongly");
             break;
@@ -45,6 +50,15 @@ void parse(benchmark::State& state, const Bytes& bytes, bool holdsBlock)
         benchmark::ClobberMemory();
     }
 }
+
+void manyTimes(benchmark::internal::Benchmark* each)
+{
+    each->Unit(benchmark::kMicrosecond)->MinTime(0.02)->Repetitions(15);
+}
+
+BENCHMARK_CAPTURE(parse, demo, "the demo image, block near the end", demo, true)->Apply(manyTimes);
+BENCHMARK_CAPTURE(parse, start, "block at the very start", blockAtTheStart, true)->Apply(manyTimes);
+BENCHMARK_CAPTURE(parse, none, "no block at all", noBlock, false)->Apply(manyTimes);
 
 /// Shows the runs as our tables do.
 class TableReporter final : public benchmark::BenchmarkReporter
@@ -59,7 +73,7 @@ public:
                 GetErrorStream() << run.benchmark_name() << ": " << run.error_message << '\n';
                 m_failed = true;
             } else if (run.run_type == Run::RT_Iteration) {
-                m_series[run.run_name.function_name].add(run.GetAdjustedRealTime());
+                m_series[run.report_label].add(run.GetAdjustedRealTime());
             }
         }
     }
@@ -85,19 +99,6 @@ private:
 int main(int argc, char** argv)
 {
     benchmark::Initialize(&argc, argv);
-    const std::pair<const char*, Bytes> images[] = {
-        {"the demo image, block near the end", demoImage()},
-        {"block at the very start", blockAtTheStart()},
-        {"no block at all", Bytes(demoImage().size(), 0xFF)},
-    };
-    for (const auto& [name, bytes] : images) {
-        const bool holdsBlock =
-            std::any_of(bytes.begin(), bytes.end(), [](auto byte) { return byte != 0xFF; });
-        benchmark::RegisterBenchmark(name, parse, bytes, holdsBlock)
-            ->Unit(benchmark::kMicrosecond)
-            ->MinTime(0.02)
-            ->Repetitions(15);
-    }
     TableReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     return reporter.failed() ? 1 : 0;

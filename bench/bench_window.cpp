@@ -19,6 +19,7 @@
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTimer>
+#include <QTimerEvent>
 
 #include <chrono>
 #include <cstdint>
@@ -28,6 +29,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <fcntl.h>
@@ -76,7 +78,7 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override
     {
         if (event->type() == QEvent::EnabledChange && m_button.isEnabled()) {
-            QTimer::singleShot(0, &m_loop, &QEventLoop::quit); // behind what is still to be shown
+            QTimer::singleShot(0, &m_loop, SLOT(quit())); // behind what is still to be shown
         }
         return QObject::eventFilter(watched, event);
     }
@@ -86,10 +88,33 @@ private:
     QEventLoop& m_loop;
 };
 
+/// Chooses a file in the dialog that comes up next.
+class FileChooser final : public QObject
+{
+public:
+    explicit FileChooser(QString path) : m_path(std::move(path)) { startTimer(0); }
+
+protected:
+    void timerEvent(QTimerEvent* event) override
+    {
+        killTimer(event->timerId());
+        auto* const dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+        if (dialog == nullptr) {
+            giveUp("no file dialog came up");
+        }
+        dialog->selectFile(m_path);
+        dialog->findChild<QLineEdit*>()->setText(m_path);
+        static_cast<QDialog*>(dialog)->done(QDialog::Accepted);
+    }
+
+private:
+    QString m_path;
+};
+
 void beQuiet(int milliseconds)
 {
     QEventLoop loop;
-    QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+    QTimer::singleShot(milliseconds, &loop, SLOT(quit()));
     loop.exec();
 }
 
@@ -156,15 +181,7 @@ private:
             giveUp("no image could be written");
         }
         file.close();
-        QTimer::singleShot(0, m_delegate.get(), [path] {
-            auto* const dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-            if (dialog == nullptr) {
-                giveUp("no file dialog came up");
-            }
-            dialog->selectFile(path);
-            dialog->findChild<QLineEdit*>()->setText(path);
-            static_cast<QDialog*>(dialog)->done(QDialog::Accepted);
-        });
+        const FileChooser chooser(path);
         m_delegate->btnSelect_EasyUpdate->click();
         if (m_delegate->txtFw_EasyUpdate->text() != path) {
             giveUp("the image was not chosen");
