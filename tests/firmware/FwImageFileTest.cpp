@@ -17,6 +17,13 @@ constexpr std::uint32_t kNoSize = 0xFFFFFFFF;
 // A folder of its own for every test, and an image that a failed load must leave as it is.
 class FwImageFile : public ::testing::Test
 {
+public:
+    ~FwImageFile() override
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_folder, ignored);
+    }
+
 protected:
     FwImageFile()
     {
@@ -25,11 +32,6 @@ protected:
         m_folder = pattern;
         EXPECT_TRUE(parse(m_image, m_earlier));
         LastError = 0;
-    }
-    ~FwImageFile() override
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_folder, ignored);
     }
 
     std::string path(const std::string& name) const { return m_folder + "/" + name; }
@@ -44,7 +46,7 @@ protected:
     /// A file of that length which takes no room on the disk.
     std::string sparseFile(std::uintmax_t length) const
     {
-        std::ofstream(path("sparse.bin"));
+        const std::ofstream empty(path("sparse.bin"));
         std::filesystem::resize_file(path("sparse.bin"), length);
         return path("sparse.bin");
     }

@@ -43,7 +43,8 @@ std::array<std::string, 3> textsOf(std::string area, std::array<std::string, 3> 
         if (length < 2 || length > area.size()) {
             break;
         }
-        text = std::string(area.substr(2, length - 2).c_str());
+        text = area.substr(2, length - 2);
+        text = text.substr(0, text.find('\0')); // the record's texts end at a NUL
         area.erase(0, length);
     }
     return texts;

@@ -28,6 +28,14 @@ inline const SeenRequest kGreeting{
 /// One supported hub on a scripted bus, and a clock on which nobody waits.
 class HubTest : public ::testing::Test
 {
+public:
+    ~HubTest() override
+    {
+        Hub_CloseDevice();
+        EXPECT_FALSE(Hub_IsOpen());
+        SupportedIdList = {};
+    }
+
 protected:
     HubTest()
     {
@@ -36,13 +44,6 @@ protected:
         m_bus.attached = {{kVendor, kSuperSpeed}};
         LastError = 0;
         Hub_UsePlatform(m_bus, m_clock);
-    }
-
-    ~HubTest() override
-    {
-        Hub_CloseDevice();
-        EXPECT_FALSE(Hub_IsOpen());
-        SupportedIdList = {};
     }
 
     /// Opens the hub and forgets how that looked on the bus.

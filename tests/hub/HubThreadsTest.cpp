@@ -121,8 +121,10 @@ TEST_F(HubThreads, NeverShareTheHub)
         return 0U;
     });
     m_bus.onClose([&] { --holders; });
+    constexpr int kThreads = 4;
     std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
+    threads.reserve(kThreads);
+    for (int i = 0; i < kThreads; ++i) {
         threads.emplace_back([&] {
             for (int round = 0; round < 500; ++round) {
                 if (Hub_OpenDevice()) {

@@ -9,9 +9,11 @@ namespace
 
 class SupportedIds : public ::testing::Test
 {
+public:
+    ~SupportedIds() override { SupportedIdList = {}; }
+
 protected:
     SupportedIds() { SupportedIdList = {}; }
-    ~SupportedIds() override { SupportedIdList = {}; }
 };
 
 TEST_F(SupportedIds, AreSixtyFourEntriesOfFourWords)
