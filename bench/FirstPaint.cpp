@@ -33,8 +33,7 @@ protected:
     {
         if (event->type() == QEvent::Paint && !m_seen && isViewportOnScreen(watched)) {
             m_seen = true;
-            QMetaObject::invokeMethod(this, tellAndQuit,
-                                      Qt::QueuedConnection); // all of the window is painted before
+            startTimer(0); // all of the window is painted before
         }
         return QObject::eventFilter(watched, event);
     }
