@@ -1,0 +1,167 @@
+#include "tests/app/ToolUnderTest.h"
+
+#include "sim/DemoImage.h"
+
+#include <QApplication>
+#include <QPushButton>
+#include <QTest>
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+using testing::ElementsAre;
+
+const char* const kUpdateUpToErase = "(size=32768)\n\nErase Flash...\n";
+
+class Buttons : public ToolUnderTest
+{
+protected:
+    /// An update that stands before the erase: the run at the start, with the hub open.
+    void launchAndHold()
+    {
+        eraseGate.shut();
+        writeFile("Vornadel.app/Contents/Resources/demo.bin", demoImage(kDemoVersion101));
+        launch();
+        ASSERT_TRUE(waitFor([this] { return eraseGate.isReached(); }));
+    }
+
+    /// Real clicks on all of the ten that can be seen.
+    void clickWhatIsThere(int expected)
+    {
+        int clicked = 0;
+        for (QPushButton* button : switchedButtons()) {
+            if (button->isVisible()) {
+                QTest::mouseClick(button, Qt::LeftButton);
+                QTest::keyClick(button, Qt::Key_Space);
+                ++clicked;
+            }
+        }
+        EXPECT_EQ(clicked, expected);
+    }
+};
+
+TEST_F(Buttons, SwitchTheTenTogetherAndNoOther)
+{
+    launchAndSettle();
+    const auto ten = switchedButtons();
+    tool().SetButtonStatus(false);
+    tool().SetButtonStatus(false);
+    for (const QPushButton* button : content()->findChildren<QPushButton*>()) {
+        const bool switched = std::find(ten.begin(), ten.end(), button) != ten.end();
+        EXPECT_EQ(button->isEnabled(), !switched) << button->text().toStdString();
+    }
+    for (const QWidget* widget : content()->findChildren<QWidget*>()) {
+        if (qobject_cast<const QPushButton*>(widget) == nullptr) {
+            EXPECT_TRUE(widget->isEnabled()) << widget->objectName().toStdString();
+        }
+    }
+    tool().SetButtonStatus(true);
+    EXPECT_TRUE(allSwitched(true));
+}
+
+TEST_F(Buttons, StayDisabledUntilTheRunAtTheStartHasEnded)
+{
+    config = configText("FwBin = demo.bin\n");
+    launchAndHold();
+    EXPECT_TRUE(allSwitched(false));
+    EXPECT_TRUE(tool().btnGetLog_HelpBox->isEnabled());
+    eraseGate.open();
+    EXPECT_TRUE(waitUntilEnabled());
+    EXPECT_THAT(progressText(), testing::EndsWith("Update FW Success\n"));
+}
+
+TEST_F(Buttons, AreEnabledAgainWithoutAnImageToWrite)
+{
+    launch();
+    EXPECT_TRUE(waitFor([this] { return !progressText().empty(); }));
+    EXPECT_TRUE(waitUntilEnabled());
+}
+
+struct HoldCase {
+    const char* name;
+    const char* mode;
+    int visible;
+};
+
+class ButtonsDuringAnUpdate : public Buttons, public testing::WithParamInterface<HoldCase>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(Modes, ButtonsDuringAnUpdate,
+                         testing::Values(HoldCase{"Normal", "ScalarMode = 0\n", 8},
+                                         HoldCase{"Scalar", "ScalarMode = 1\n", 4}),
+                         [](const auto& hold) { return hold.param.name; });
+
+TEST_P(ButtonsDuringAnUpdate, DoNothing)
+{
+    config = configText(GetParam().mode + std::string("FwBin = demo.bin\n"));
+    launchAndHold();
+    const std::string text = progressText();
+    const unsigned requests = hub().requestCount();
+    const auto commands = shell.commands;
+
+    testing::internal::CaptureStderr();
+    clickWhatIsThere(GetParam().visible);
+    settleEvents();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+    EXPECT_EQ(progressText(), text);
+    EXPECT_EQ(hub().requestCount(), requests);
+    EXPECT_EQ(shell.commands, commands);
+
+    eraseGate.open();
+    EXPECT_TRUE(waitUntilEnabled());
+    settleEvents();
+    EXPECT_THAT(progressText(), testing::EndsWith("Update FW Success\n")) << "and no second run follows";
+}
+
+TEST_P(ButtonsDuringAnUpdate, LetTheLogBeCollected)
+{
+    config = configText(GetParam().mode + std::string("FwBin = demo.bin\n"));
+    launchAndHold();
+    shell.commands.clear();
+    testing::internal::CaptureStderr();
+    QTest::mouseClick(tool().btnGetLog_HelpBox, Qt::LeftButton);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Entering GetLog\n");
+    EXPECT_THAT(shell.commands, ElementsAre("rm ~/Desktop/Vornadel.log", "cp /tmp/Vornadel.log ~/Desktop/"));
+    EXPECT_TRUE(eraseGate.isReached());
+    EXPECT_THAT(progressText(), testing::EndsWith(kUpdateUpToErase));
+}
+
+TEST_F(Buttons, SayOnTheConsoleThatAnAreaIsNotBuiltYet)
+{
+    launchAndSettle();
+    const std::vector<std::pair<QPushButton*, std::string>> rows = {
+        {tool().nsbtnLoadDriver_HelpBox, "LoadUpdateDriver"},
+        {tool().nsbtnUnloadDriver_HelpBox, "UnloadUpdateDriver"},
+        {tool().btnRead_FwFlash, "read_FwFlash"},
+        {tool().btnLoad_FwFlash, "load_FwFlash"},
+        {tool().btnErase_FwFlash, "erase_FwFlash"},
+        {tool().btnSave_FwFlash, "save_FwFlash"},
+    };
+    const unsigned requests = hub().requestCount();
+    const auto commands = shell.commands;
+    for (const auto& [button, action] : rows) {
+        testing::internal::CaptureStderr();
+        QTest::mouseClick(button, Qt::LeftButton);
+        settleEvents();
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), action + ": not part of this version yet\n");
+        EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+        EXPECT_TRUE(allSwitched(true)) << action;
+    }
+    EXPECT_EQ(hub().requestCount(), requests);
+    EXPECT_EQ(shell.commands, commands);
+}
+
+} // namespace
+
+} // namespace vornadel::test

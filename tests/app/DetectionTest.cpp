@@ -1,0 +1,263 @@
+#include "tests/app/ToolUnderTest.h"
+
+#include "app/Detection.h"
+#include "hub/HubTransport.h"
+#include "sim/DemoImage.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+#include <thread>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+using testing::EndsWith;
+using testing::HasSubstr;
+
+const std::string kFail = "Detect Zel Hub: Fail\nPlease Insert Zel Hub Device";
+const std::string kHeld = "Detect Zel Hub : Success\nfwVer:ffff";
+const std::string kUnread = "Detect Zel Hub : Success\n-need load driver";
+const std::string kDemo100 = "Detect Zel Hub : Success\nfwVer:0100";
+const std::string kDemo101 = "Detect Zel Hub : Success\nfwVer:0101";
+
+class Detection : public ToolUnderTest
+{
+protected:
+    void expectShown(const std::string& text, int hue)
+    {
+        EXPECT_EQ(hubInfo(), text);
+        EXPECT_EQ(hueOf(*tool().nstfHubInfo_UpdateFW), hue);
+    }
+
+    /// The console lines of what happens in `change` and of the events that follow.
+    std::string consoleOf(const std::function<void()>& change)
+    {
+        testing::internal::CaptureStderr();
+        change();
+        settleEvents();
+        return testing::internal::GetCapturedStderr();
+    }
+
+    /// The run at the start stands before the erase, with the hub open.
+    void launchAndHold()
+    {
+        eraseGate.shut();
+        writeFile("Vornadel.app/Contents/Resources/demo.bin", demoImage(kDemoVersion101));
+        config = configText("FwBin = demo.bin\n");
+        launch();
+        ASSERT_TRUE(waitFor([this] { return eraseGate.isReached(); }));
+        settleEvents();
+    }
+};
+
+TEST_F(Detection, RunsTwiceAtTheStart)
+{
+    EXPECT_THAT(consoleOfLaunch(), EndsWith("Enter Device Added\nEnter Device Removed\n"));
+    EXPECT_EQ(hub().requestCount(), 4U) << "greeting and status, twice";
+    expectShown(kDemo100, kBlueHue);
+    EXPECT_FALSE(Hub_IsOpen());
+}
+
+TEST_F(Detection, ShowsAMissingHubInRed)
+{
+    config = "[Support Vid Pid]\nVID_00 = 0x1209\nSSPID_00 = 0x0701\nHSPID_00 = 0x0702\n";
+    launch();
+    expectShown(kFail, kRedHue);
+    EXPECT_EQ(hub().requestCount(), 0U);
+}
+
+TEST_F(Detection, ShowsTheVersionInFourDigits)
+{
+    hubOptions.initialFlash = demoImage(0x0105);
+    launch();
+    expectShown("Detect Zel Hub : Success\nfwVer:0105", kBlueHue);
+}
+
+TEST_F(Detection, ShowsTheVersionInLowerCase)
+{
+    hubOptions.initialFlash = demoImage(0xABCD);
+    launch();
+    expectShown("Detect Zel Hub : Success\nfwVer:abcd", kBlueHue);
+}
+
+TEST_F(Detection, ShowsAHubThatRefusesToBeOpened)
+{
+    hubOptions.faults = {{.kind = FaultKind::OpenRefused, .on = {}, .position = 1, .amount = 2}};
+    launch();
+    expectShown(kHeld, kBlueHue);
+    EXPECT_EQ(hub().requestCount(), 0U);
+}
+
+TEST_F(Detection, AsksForTheDriverWhenTheStatusCannotBeRead)
+{
+    hubOptions.faults = {{.kind = FaultKind::Stall, .on = RequestKind::Status, .position = 1},
+                         {.kind = FaultKind::Stall, .on = RequestKind::Status, .position = 2}};
+    launch();
+    EXPECT_EQ(hub().faultsTriggered(), 2U);
+    expectShown(kUnread, kBlueHue);
+    EXPECT_FALSE(Hub_IsOpen());
+}
+
+TEST_F(Detection, ShowsVersionZeroAsOneThatCannotBeRead)
+{
+    hubOptions.initialFlash = demoImage(0x0000);
+    launch();
+    expectShown(kUnread, kBlueHue);
+}
+
+TEST_F(Detection, RunsAgainForADeviceThatIsNoHub)
+{
+    launchAndSettle();
+    const unsigned before = hub().requestCount();
+    EXPECT_EQ(consoleOf([this] { strangerComesOrGoes(UsbEvent::Attached); }), "Enter Device Added\n");
+    EXPECT_EQ(hub().requestCount(), before + 2);
+    EXPECT_EQ(consoleOf([this] { strangerComesOrGoes(UsbEvent::Detached); }), "Enter Device Removed\n");
+    EXPECT_EQ(hub().requestCount(), before + 4);
+    expectShown(kDemo100, kBlueHue);
+}
+
+TEST_F(Detection, FollowsTheHubOffTheBusAndBack)
+{
+    launchAndSettle();
+    EXPECT_THAT(consoleOf([this] { hub().unplug(); }), HasSubstr("Enter Device Removed\n"));
+    expectShown(kFail, kRedHue);
+    hub().setFlash(demoImage(kDemoVersion101));
+    EXPECT_THAT(consoleOf([this] { hub().replug(); }), HasSubstr("Enter Device Added\n"));
+    expectShown(kDemo101, kBlueHue);
+}
+
+TEST_F(Detection, RecoversFromARefusedOpenWithTheNextEvent)
+{
+    launchAndSettle();
+    hub().addFault({.kind = FaultKind::OpenRefused, .on = {}, .amount = 1});
+    strangerComesOrGoes(UsbEvent::Attached);
+    settleEvents();
+    expectShown(kHeld, kBlueHue);
+    strangerComesOrGoes(UsbEvent::Detached);
+    settleEvents();
+    expectShown(kDemo100, kBlueHue);
+}
+
+TEST_F(Detection, ShowsADepartureInMidFlowAtOnce)
+{
+    launchAndHold();
+    hub().unplug();
+    EXPECT_TRUE(waitFor([this] { return hubInfo() == kFail; }));
+    EXPECT_TRUE(eraseGate.isReached()) << "the flow still stands where it stood";
+    expectShown(kFail, kRedHue);
+    eraseGate.open();
+    EXPECT_TRUE(waitUntilEnabled());
+    EXPECT_THAT(progressText(), EndsWith("Fail to Erase Flash\nUpdate FW Fail\n"));
+}
+
+TEST_F(Detection, NeverTakesTheHubFromAFlow)
+{
+    launchAndHold();
+    for (int i = 0; i < 3; ++i) {
+        strangerComesOrGoes(UsbEvent::Attached);
+        settleEvents();
+        expectShown(kHeld, kBlueHue);
+        EXPECT_TRUE(Hub_IsOpen());
+        strangerComesOrGoes(UsbEvent::Detached);
+        settleEvents();
+        expectShown(kHeld, kBlueHue);
+        EXPECT_TRUE(Hub_IsOpen());
+    }
+    eraseGate.open();
+    EXPECT_TRUE(waitUntilEnabled());
+    EXPECT_THAT(progressText(), EndsWith("Update FW Success\n"));
+    EXPECT_EQ(hub().flash(), demoImage(kDemoVersion101));
+    settleEvents();
+    expectShown(kDemo101, kBlueHue);
+}
+
+class DetectionStorm : public Detection, public testing::WithParamInterface<bool>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(Ends, DetectionStorm, testing::Bool(),
+                         [](const auto& end) { return end.param ? "Attached" : "Detached"; });
+
+TEST_P(DetectionStorm, EndsInTheRightState)
+{
+    launchAndSettle();
+    testing::internal::CaptureStderr();
+    bool done = false; // set on the main thread
+    std::thread plug([this, &done] {
+        for (int i = 0; i < 100; ++i) {
+            hub().unplug();
+            hub().replug();
+        }
+        if (!GetParam()) {
+            hub().unplug();
+        }
+        tool().mainThread().post([&done] { done = true; });
+    });
+    EXPECT_TRUE(waitFor([&done] { return done; }));
+    plug.join();
+    settleEvents();
+    const std::string console = testing::internal::GetCapturedStderr();
+    EXPECT_THAT(console, HasSubstr("Enter Device Added\n"));
+    EXPECT_THAT(console, HasSubstr("Enter Device Removed\n"));
+    if (GetParam()) {
+        expectShown(kDemo100, kBlueHue);
+    } else {
+        expectShown(kFail, kRedHue);
+    }
+    EXPECT_FALSE(Hub_IsOpen());
+}
+
+TEST_F(Detection, EndsWithTheTool)
+{
+    launchAndSettle();
+    tool().shutDown();
+    const unsigned before = hub().requestCount();
+    EXPECT_EQ(consoleOf([this] {
+                  hub().unplug();
+                  strangerComesOrGoes(UsbEvent::Attached);
+              }),
+              "");
+    EXPECT_EQ(hub().requestCount(), before);
+    EXPECT_EQ(hubInfo(), kDemo100) << "the last text stays";
+}
+
+TEST_F(Detection, DropsAnEventThatWaitsWhenTheToolEnds)
+{
+    launchAndSettle();
+    EXPECT_EQ(consoleOf([this] {
+                  hub().unplug(); // posted, and not looked at yet
+                  tool().shutDown();
+              }),
+              "");
+    EXPECT_EQ(hubInfo(), kDemo100);
+}
+
+TEST(UsbServices, HandsOutEachDeviceOnce)
+{
+    UsbServices services;
+    EXPECT_FALSE(services.next());
+    services.add();
+    services.add();
+    EXPECT_TRUE(services.next());
+    EXPECT_TRUE(services.next());
+    EXPECT_FALSE(services.next());
+}
+
+TEST_F(Detection, TakesEveryWaitingDeviceInOneCallback)
+{
+    launchAndSettle();
+    UsbServices services;
+    services.add();
+    services.add();
+    services.add();
+    EXPECT_EQ(consoleOf([&] { DeviceRemovedCallback(nullptr, services); }), "Enter Device Removed\n");
+    EXPECT_FALSE(services.next());
+}
+
+} // namespace
+
+} // namespace vornadel::test

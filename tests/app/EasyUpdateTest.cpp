@@ -1,0 +1,392 @@
+#include "tests/app/ToolUnderTest.h"
+
+#include "hub/HubTransport.h"
+#include "sim/DemoImage.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+const std::string kSteps =
+    "Erase Flash...\nWrite Flash...\nRead Flash...\nVerify Flash...\nReset to Flash Code...\n";
+
+struct Identity {
+    std::string file, vid, sspid, hspid, version, manufacturer, product, serial;
+    bool operator==(const Identity&) const = default;
+};
+
+void PrintTo(const Identity& it, std::ostream* out)
+{
+    *out << it.file << ": " << it.vid << ' ' << it.sspid << ' ' << it.hspid << ' ' << it.version << " \""
+         << it.manufacturer << "\" \"" << it.product << "\" \"" << it.serial << '"';
+}
+
+class EasyUpdate : public ToolUnderTest
+{
+protected:
+    void SetUp() override { launchAndSettle(); }
+
+    Identity shown()
+    {
+        const auto text = [](const QLineEdit* field) { return field->text().toStdString(); };
+        return {text(tool().txtFw_EasyUpdate),    text(tool().txtVID_EasyUpdate),
+                text(tool().txtSSPID_EasyUpdate), text(tool().txtHSPID_EasyUpdate),
+                text(tool().txtVer_EasyUpdate),   text(tool().txtManu_EasyUpdate),
+                text(tool().txtPro_EasyUpdate),   text(tool().txtSN_EasyUpdate)};
+    }
+
+    void choose(const std::string& path)
+    {
+        chooseByTyping(tool().btnSelect_EasyUpdate, QString::fromStdString(path));
+    }
+
+    /// Chooses a file that is refused: the alert comes out of the dialog's own end.
+    void chooseRefused(const std::string& path)
+    {
+        bool alerted = false;
+        QTimer look;
+        QObject::connect(&look, &QTimer::timeout, &look, [&alerted] {
+            auto* alert = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (alert != nullptr && alert->isVisible()) {
+                alerted = true;
+                EXPECT_EQ(alert->text(), "Firmware format error\n");
+                EXPECT_EQ(alert->informativeText(), "");
+                ASSERT_EQ(alert->buttons().size(), 1);
+                EXPECT_EQ(alert->buttons().front()->text(), "OK");
+                QTest::keyClick(alert, Qt::Key_Return);
+            }
+        });
+        look.start(1);
+        choose(path);
+        EXPECT_TRUE(alerted);
+    }
+
+    /// The whole update by mouse, to its end.
+    void update()
+    {
+        QTest::mouseClick(tool().btnUpdate_EasyUpdate, Qt::LeftButton);
+        EXPECT_TRUE(allSwitched(false)) << "at once";
+        EXPECT_TRUE(waitUntilEnabled());
+        settleEvents();
+    }
+
+    static std::string header(const std::string& path, std::size_t size)
+    {
+        return "FW:" + path + "(size=" + std::to_string(size) + ")\n\n";
+    }
+
+    void expectSuccess(const std::string& path, const std::vector<std::uint8_t>& image)
+    {
+        EXPECT_EQ(progressText(), header(path, image.size()) + kSteps + "Update FW Success\n");
+        EXPECT_EQ(hueOf(*tool().nstfUpdateInfo_UpdateFW), kBlueHue);
+        EXPECT_DOUBLE_EQ(tool().slider->doubleValue(), 100);
+        EXPECT_TRUE(allSwitched(true));
+        EXPECT_FALSE(Hub_IsOpen());
+        const std::vector<std::uint8_t> flash = hub().flash();
+        EXPECT_TRUE(std::equal(image.begin(), image.end(), flash.begin()));
+        EXPECT_EQ(hub().runningCode(), HubCode::Flash);
+    }
+};
+
+std::vector<std::uint8_t> bytesOf(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+Identity demoIdentity(const std::string& path, const std::string& version)
+{
+    return {path, "1209", "0001", "0002", version, "Vornadel", "Demo Hub", "SN0001"};
+}
+
+/// A smallest image, 256 bytes: its block is at offset 0 and there is no room for a version before it.
+std::vector<std::uint8_t> smallestImage()
+{
+    std::vector<std::uint8_t> image(256, 0);
+    const std::array<std::uint8_t, 8> head = {0x55, 0xAA, 0xAB, 0xCD, 0x0E, 0xF0, 0x12, 0x34};
+    std::copy(head.begin(), head.end(), image.begin());
+    return image;
+}
+
+TEST_F(EasyUpdate, ShowsWhoseImageWasChosen)
+{
+    const std::string path = EXAMPLES "/demo-1.01.bin";
+    choose(path);
+    EXPECT_EQ(shown(), demoIdentity(path, "0101"));
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+}
+
+TEST_F(EasyUpdate, ShowsUpperCaseDigits)
+{
+    std::vector<std::uint8_t> image = smallestImage();
+    image.insert(image.begin(), 256, 0xFF);
+    image[256 - 7] = 0xFE;
+    image[256 - 6] = 0x0D;
+    const std::string path = writeFile("upper.bin", image);
+    choose(path);
+    EXPECT_EQ(shown(), (Identity{path, "ABCD", "0EF0", "1234", "FE0D", "", "", ""}));
+}
+
+TEST_F(EasyUpdate, ChangesNothingWhenTheDialogIsCancelled)
+{
+    const std::string path = writeFile("good.bin", demoImage(kDemoVersion101));
+    choose(path);
+    clickAndUse(tool().btnSelect_EasyUpdate, [](QDialog& dialog) {
+        QTest::keyClicks(dialog.findChild<QLineEdit*>("fileNameEdit"), "other");
+        QTest::keyClick(&dialog, Qt::Key_Escape);
+    });
+    EXPECT_EQ(shown(), demoIdentity(path, "0101"));
+    update();
+    expectSuccess(path, demoImage(kDemoVersion101));
+}
+
+TEST_F(EasyUpdate, RefusesAFileWithoutADescriptorBlock)
+{
+    const std::string good = writeFile("good.bin", demoImage(kDemoVersion101));
+    const std::string bad = writeFile("bad.bin", std::vector<std::uint8_t>(1000, 0x11));
+    choose(good);
+    chooseRefused(bad);
+    EXPECT_EQ(shown(), demoIdentity(bad, "0101")) << "the path changes, the fields stay";
+    update();
+    EXPECT_EQ(progressText(), header(bad, 1000) + "Wrong firmware file\nUpdate FW Fail\n");
+}
+
+TEST_F(EasyUpdate, RefusesAFileThatIsTooShort)
+{
+    const std::string bad = writeFile("bad.bin", std::vector<std::uint8_t>(255, 0xAA));
+    chooseRefused(bad);
+    EXPECT_EQ(shown(), (Identity{bad, "", "", "", "", "", "", ""}));
+}
+
+TEST_F(EasyUpdate, KeepsTheImageBeforeAFileThatCannotBeRead)
+{
+    const std::vector<std::uint8_t> image = demoImage(kDemoVersion101);
+    const std::string good = writeFile("good.bin", image);
+    const std::string empty = writeFile("empty.bin", {});
+    choose(good);
+    tool().txtVID_EasyUpdate->clear();
+    choose(empty);
+    EXPECT_EQ(shown(), demoIdentity(empty, "0101")) << "shown again, beside the new path";
+    update();
+    expectSuccess(empty, image);
+}
+
+TEST_F(EasyUpdate, ShowsNoVersionWhereThereIsNoRoomForOne)
+{
+    choose(writeFile("good.bin", demoImage(kDemoVersion101)));
+    const std::string path = writeFile("low.bin", smallestImage());
+    choose(path);
+    EXPECT_EQ(shown(), (Identity{path, "ABCD", "0EF0", "1234", "", "Vornadel", "Demo Hub", "SN0001"}))
+        << "texts that an image lacks stay those of the image before";
+}
+
+TEST_F(EasyUpdate, TakesAnyPath)
+{
+    const std::string path =
+        writeFile("M\xC3\xBCller & S\xC3\xB6hne; 100% \xE2\x80\x94 a  b/f&w.bin", demoImage(kDemoVersion101));
+    choose(path);
+    EXPECT_EQ(shown(), demoIdentity(path, "0101"));
+    update();
+    expectSuccess(path, demoImage(kDemoVersion101));
+}
+
+TEST_F(EasyUpdate, WritesTheChosenImage)
+{
+    const std::string path = EXAMPLES "/demo-1.01.bin";
+    const std::vector<std::uint8_t> image = bytesOf(path);
+    ASSERT_EQ(image.size(), 32768U);
+    ASSERT_NE(hub().flash(), image);
+    choose(path);
+    update();
+    expectSuccess(path, image);
+    EXPECT_EQ(hub().flash(), image);
+    EXPECT_EQ(hubInfo(), "Detect Zel Hub : Success\nfwVer:0101");
+}
+
+TEST_F(EasyUpdate, WritesAShortImageWhole)
+{
+    std::vector<std::uint8_t> image(5000, 0x5A);
+    const std::vector<std::uint8_t> block = smallestImage();
+    std::copy(block.begin(), block.end(), image.end() - 256);
+    const std::string path = writeFile("short.bin", image);
+    choose(path);
+    update();
+    EXPECT_EQ(progressText(), header(path, 5000) + kSteps + "Update FW Success\n");
+    EXPECT_DOUBLE_EQ(tool().slider->doubleValue(), 100);
+    const std::vector<std::uint8_t> flash = hub().flash();
+    EXPECT_TRUE(std::equal(image.begin(), image.end(), flash.begin()));
+}
+
+TEST_F(EasyUpdate, FailsWithNothingChosen)
+{
+    update();
+    EXPECT_EQ(progressText(), "FW:(size=0)\n\nWrong firmware file\nUpdate FW Fail\n");
+    EXPECT_EQ(hueOf(*tool().nstfUpdateInfo_UpdateFW), kRedHue);
+    EXPECT_EQ(tool().slider->doubleValue(), 0);
+    EXPECT_FALSE(Hub_IsOpen());
+}
+
+TEST_F(EasyUpdate, StartsEveryRunWithAnEmptyTextAndSlider)
+{
+    const std::string path = writeFile("good.bin", demoImage(kDemoVersion101));
+    choose(path);
+    update();
+    eraseGate.shut();
+    QTest::mouseClick(tool().btnUpdate_EasyUpdate, Qt::LeftButton);
+    ASSERT_TRUE(waitFor([this] { return eraseGate.isReached(); }));
+    EXPECT_EQ(progressText(), header(path, 32768) + "Erase Flash...\n");
+    EXPECT_EQ(tool().slider->doubleValue(), 0);
+    eraseGate.open();
+    EXPECT_TRUE(waitUntilEnabled());
+}
+
+TEST_F(EasyUpdate, EndsInTheMiddleWhenTheWindowCloses)
+{
+    choose(writeFile("good.bin", demoImage(kDemoVersion101)));
+    QTest::mouseClick(tool().btnUpdate_EasyUpdate, Qt::LeftButton);
+    EXPECT_TRUE(waitFor([this] { return progressText().find("Erase") != std::string::npos; }));
+    tool().window()->close();
+    end();
+    EXPECT_FALSE(Hub_IsOpen());
+}
+
+struct FailureCase {
+    const char* name;
+    std::vector<Fault> faults; ///< counted from the click on
+    std::size_t steps;         ///< how many steps are told
+    const char* reason;
+    double slider;
+};
+
+const std::array<const char*, 5> kStepLines = {"Erase Flash...\n", "Write Flash...\n", "Read Flash...\n",
+                                               "Verify Flash...\n", "Reset to Flash Code...\n"};
+const char* const kNotOpened =
+    "Fail To Open Rom Device\nPlease Load Driver firstly\nThen replugin usb hub device\n";
+
+void PrintTo(const FailureCase& failure, std::ostream* out) { *out << failure.name; }
+
+class EasyUpdateFailure : public EasyUpdate, public testing::WithParamInterface<FailureCase>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Faults, EasyUpdateFailure,
+    testing::Values(
+        FailureCase{
+            "OpenRefused", {{.kind = FaultKind::OpenRefused, .on = {}, .amount = 1}}, 0, kNotOpened, 0},
+        FailureCase{"NeverBackInRomCode", {{.kind = FaultKind::Never, .on = {}}}, 0, kNotOpened, 0},
+        FailureCase{"BackInTheSameCode", {{.kind = FaultKind::SameMode, .on = {}}}, 0, kNotOpened, 0},
+        FailureCase{"EraseStalls",
+                    {{.kind = FaultKind::Stall, .on = RequestKind::Erase, .position = 1},
+                     {.kind = FaultKind::Stall, .on = RequestKind::Erase, .position = 2},
+                     {.kind = FaultKind::Stall, .on = RequestKind::Erase, .position = 3}},
+                    1,
+                    "Fail to Erase Flash\n",
+                    0},
+        FailureCase{"WriteStalls",
+                    {{.kind = FaultKind::Stall, .on = RequestKind::Write, .position = 3}},
+                    2,
+                    "Fail to Write Flash\n",
+                    20},
+        FailureCase{"WriteIsTorn",
+                    {{.kind = FaultKind::Torn, .on = RequestKind::Write, .position = 1, .amount = 100}},
+                    2,
+                    "Fail to Write Flash\n",
+                    10},
+        FailureCase{"VanishesWhileWriting",
+                    {{.kind = FaultKind::VanishBefore, .on = RequestKind::Write, .position = 8}},
+                    2,
+                    "Fail to Write Flash\n",
+                    45},
+        FailureCase{"ReadStalls",
+                    {{.kind = FaultKind::Stall, .on = RequestKind::Read, .position = 1}},
+                    3,
+                    "Fail to Read Flash\n",
+                    50},
+        FailureCase{"WrittenWrong",
+                    {{.kind = FaultKind::Flip, .on = RequestKind::Write, .position = 2}},
+                    4,
+                    "Fail to verify flash\n",
+                    90},
+        FailureCase{"ReadWrong",
+                    {{.kind = FaultKind::Flip, .on = RequestKind::Read, .position = 8}},
+                    4,
+                    "Fail to verify flash\n",
+                    90},
+        FailureCase{"ReadNothing",
+                    {{.kind = FaultKind::Ignore, .on = RequestKind::Read, .position = 1}},
+                    4,
+                    "Fail to verify flash\n",
+                    90},
+        FailureCase{"RestartIsRefused",
+                    {{.kind = FaultKind::Stall, .on = RequestKind::Flash, .position = 1}},
+                    5,
+                    "Fail to Reset to Flash Code\n",
+                    100},
+        FailureCase{"NeverBackInFlashCode",
+                    {{.kind = FaultKind::Never, .on = {}, .position = 2}},
+                    5,
+                    "Fail to Reset to Flash Code\n",
+                    100}),
+    [](const auto& failure) { return failure.param.name; });
+
+TEST_P(EasyUpdateFailure, IsToldInRedAndTheNextRunSucceeds)
+{
+    const FailureCase& failure = GetParam();
+    const std::vector<std::uint8_t> image = demoImage(kDemoVersion101);
+    const std::string path = writeFile("demo.bin", image);
+    choose(path);
+    for (const Fault& fault : failure.faults) {
+        hub().addFault(fault);
+    }
+    update();
+
+    std::string steps;
+    for (std::size_t i = 0; i < failure.steps; ++i) {
+        steps += kStepLines.at(i);
+    }
+    EXPECT_EQ(progressText(), header(path, image.size()) + steps + failure.reason + "Update FW Fail\n");
+    EXPECT_EQ(hueOf(*tool().nstfUpdateInfo_UpdateFW), kRedHue);
+    EXPECT_NEAR(tool().slider->doubleValue(), failure.slider, 1e-9);
+    EXPECT_TRUE(allSwitched(true));
+    EXPECT_FALSE(Hub_IsOpen());
+    EXPECT_EQ(hub().faultsTriggered(), failure.faults.size());
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+
+    hub().replug();
+    settleEvents();
+    update();
+    expectSuccess(path, image);
+}
+
+TEST_F(EasyUpdate, LeavesTheHubInRomCodeAfterAMismatch)
+{
+    choose(writeFile("demo.bin", demoImage(kDemoVersion101)));
+    hub().addFault({.kind = FaultKind::Flip, .on = RequestKind::Read});
+    update();
+    EXPECT_EQ(hub().runningCode(), HubCode::Rom);
+}
+
+} // namespace
+
+} // namespace vornadel::test

@@ -1,0 +1,230 @@
+#include "app/GeneralFunction.h"
+
+#include "tests/support/FakeMachine.h"
+
+#include <QTemporaryDir>
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+using testing::ElementsAre;
+
+const std::string kLogFile = "/tmp/Vornadel.log";
+
+std::string contentOf(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// Runs a recorded command in a real shell, with a file of the test's own in the place of the log.
+void runForReal(const std::string& command, const std::string& logFile)
+{
+    std::string redirected = command;
+    const std::size_t at = redirected.find(kLogFile);
+    ASSERT_NE(at, std::string::npos) << command;
+    redirected.replace(at, kLogFile.size(), logFile);
+    ASSERT_EQ(redirected.find(kLogFile), std::string::npos);
+    ASSERT_EQ(std::system(redirected.c_str()), 0);
+}
+
+class LogFile : public testing::Test
+{
+protected:
+    std::string log() const { return m_directory.filePath("log").toStdString(); }
+    std::string inDirectory(const char* name) const { return m_directory.filePath(name).toStdString(); }
+
+    FakeShell shell;
+
+private:
+    QTemporaryDir m_directory;
+};
+
+TEST_F(LogFile, GetsALineByWayOfTheShell)
+{
+    GeneralFunction::PrintNormalLog(shell, "12.4.0");
+    ASSERT_THAT(shell.commands, ElementsAre("echo 12.4.0 >> /tmp/Vornadel.log"));
+    runForReal(shell.commands[0], log());
+    runForReal(shell.commands[0], log());
+    EXPECT_EQ(contentOf(log()), "12.4.0\n12.4.0\n");
+}
+
+TEST_F(LogFile, GetsTheTextAsTheShellReadsIt)
+{
+    GeneralFunction::PrintNormalLog(shell, "a   b  'c   d' gr\u00FC\u00DFe");
+    ASSERT_THAT(shell.commands, ElementsAre("echo a   b  'c   d' gr\u00FC\u00DFe >> /tmp/Vornadel.log"));
+    runForReal(shell.commands[0], log());
+    EXPECT_EQ(contentOf(log()), "a b c   d gr\u00FC\u00DFe\n");
+}
+
+TEST_F(LogFile, LetsASemicolonBeginASecondCommand)
+{
+    const std::string elsewhere = inDirectory("elsewhere");
+    GeneralFunction::PrintNormalLog(shell,
+                                    QString::fromStdString("before; echo after > " + elsewhere + "; true"));
+    ASSERT_EQ(shell.commands.size(), 1U);
+    runForReal(shell.commands[0], log());
+    EXPECT_EQ(contentOf(elsewhere), "after\n");
+    EXPECT_EQ(contentOf(log()), "") << "the redirection is the last command's";
+}
+
+TEST_F(LogFile, GetsTheOutputOfACommand)
+{
+    LogShellOutput(shell, "printf 'one\\ntwo\\n'");
+    ASSERT_THAT(shell.commands, ElementsAre("printf 'one\\ntwo\\n' >> /tmp/Vornadel.log"));
+    runForReal(shell.commands[0], log());
+    EXPECT_EQ(contentOf(log()), "one\ntwo\n");
+}
+
+TEST_F(LogFile, ReadsNoPlaceholdersInWhatItIsGiven)
+{
+    GeneralFunction::PrintNormalLog(shell, "100%s %n %d");
+    LogShellOutput(shell, "echo %s");
+    RunBufferedCommand(shell, "echo %s %n");
+    EXPECT_THAT(shell.commands, ElementsAre("echo 100%s %n %d >> /tmp/Vornadel.log",
+                                            "echo %s >> /tmp/Vornadel.log", "echo %s %n"));
+}
+
+TEST_F(LogFile, LeavesNothingOfALongCommandInAShorterOne)
+{
+    GeneralFunction::PrintNormalLog(shell, QString(500, 'x'));
+    GeneralFunction::PrintNormalLog(shell, "y");
+    EXPECT_EQ(shell.commands.back(), "echo y >> /tmp/Vornadel.log");
+}
+
+constexpr std::size_t kLongestCommand = 1023; // and its terminator
+
+TEST_F(LogFile, TakesACommandThatJustFits)
+{
+    const std::size_t frame = std::string("echo  >> /tmp/Vornadel.log").size();
+    GeneralFunction::PrintNormalLog(shell, QString(static_cast<qsizetype>(kLongestCommand - frame), 'x'));
+    LogShellOutput(shell,
+                   std::string(kLongestCommand - std::string(" >> /tmp/Vornadel.log").size(), 'x').c_str());
+    RunBufferedCommand(shell, std::string(kLongestCommand, 'x').c_str());
+    for (const std::string& command : shell.commands) {
+        EXPECT_EQ(command.size(), kLongestCommand);
+    }
+    EXPECT_EQ(shell.commands[2], std::string(kLongestCommand, 'x'));
+}
+
+using LogFileDeathTest = LogFile;
+
+TEST_F(LogFileDeathTest, EndsTheProcessRatherThanCutALine)
+{
+    const std::size_t frame = std::string("echo  >> /tmp/Vornadel.log").size();
+    const QString text(static_cast<qsizetype>(kLongestCommand - frame + 1), 'x');
+    EXPECT_EXIT(GeneralFunction::PrintNormalLog(shell, text), testing::ExitedWithCode(EXIT_FAILURE),
+                "command of 1024 bytes does not fit");
+}
+
+TEST_F(LogFileDeathTest, CountsBytesAndNotCharacters)
+{
+    const QString text = QString("\u00FC").repeated(500); // 1000 bytes
+    EXPECT_EXIT(GeneralFunction::PrintNormalLog(shell, text), testing::ExitedWithCode(EXIT_FAILURE),
+                "does not fit");
+}
+
+TEST_F(LogFileDeathTest, EndsTheProcessRatherThanCutACommand)
+{
+    const std::string frame = " >> /tmp/Vornadel.log";
+    EXPECT_EXIT(LogShellOutput(shell, std::string(kLongestCommand - frame.size() + 1, 'x').c_str()),
+                testing::ExitedWithCode(EXIT_FAILURE), "does not fit");
+    EXPECT_EXIT(RunBufferedCommand(shell, std::string(kLongestCommand + 1, 'x').c_str()),
+                testing::ExitedWithCode(EXIT_FAILURE), "does not fit");
+}
+
+class TextFile : public testing::Test
+{
+protected:
+    QString read(const std::string& bytes) const
+    {
+        const std::string path = m_directory.filePath("text").toStdString();
+        std::ofstream(path, std::ios::binary) << bytes;
+        return GeneralFunction::GetStringFromFile(QString::fromStdString(path));
+    }
+
+    QTemporaryDir m_directory;
+};
+
+TEST_F(TextFile, IsReadWhole)
+{
+    EXPECT_EQ(read("one\r\ntwo \xC3\xBC\n"), "one\r\ntwo \u00FC\n");
+    EXPECT_EQ(read(std::string("a\0b", 3)), QString("a%1b").arg(QChar(0)));
+    const std::string large(3000000, 'x');
+    EXPECT_EQ(read(large).size(), 3000000);
+}
+
+TEST_F(TextFile, IsEmptyAndThereWhenItIsMissing)
+{
+    const QString missing = GeneralFunction::GetStringFromFile(m_directory.filePath("missing"));
+    EXPECT_TRUE(missing.isEmpty());
+    EXPECT_FALSE(missing.isNull());
+    EXPECT_TRUE(GeneralFunction::GetStringFromFile(m_directory.path()).isEmpty()) << "a folder";
+}
+
+TEST_F(TextFile, IsNullWhenItIsNoUtf8)
+{
+    EXPECT_TRUE(read("kext-dev-mode=1 \xFF").isNull());
+    EXPECT_TRUE(read("\xC3").isNull()) << "cut in the middle of a character";
+    EXPECT_TRUE(read("\xED\xA0\x80").isNull()) << "half a surrogate pair";
+    EXPECT_FALSE(read("").isNull()) << "nothing is valid";
+}
+
+TEST(GetDirFromPath, EndsBeforeTheLastSeparator)
+{
+    EXPECT_EQ(GeneralFunction::GetDirFromPath("/Applications/Tool.app"), "/Applications");
+    EXPECT_EQ(GeneralFunction::GetDirFromPath("Tool.app"), "");
+    EXPECT_EQ(GeneralFunction::GetDirFromPath(""), "");
+    EXPECT_EQ(GeneralFunction::GetDirFromPath("/Tool.app"), "");
+    EXPECT_EQ(GeneralFunction::GetDirFromPath("/Applications/Tool.app/"), "/Applications/Tool.app");
+    EXPECT_EQ(GeneralFunction::GetDirFromPath("a//"), "a/");
+}
+
+TEST(GetDirFromPath, ComparesTheLowEightBitsAlone)
+{
+    EXPECT_EQ(GeneralFunction::GetDirFromPath(QString("/a/b\u012Fc")), "/a/b");
+    EXPECT_EQ(GeneralFunction::GetDirFromPath(QString("x\u262Fy")), "x");
+    EXPECT_EQ(GeneralFunction::GetDirFromPath(QString("/a/b\u2F00c")), "/a") << "the high bits do not count";
+}
+
+TEST(GetNameFromPath, IsTheLastComponent)
+{
+    EXPECT_EQ(GeneralFunction::GetNameFromPath("/Applications/Tool.app"), "Tool.app");
+    EXPECT_EQ(GeneralFunction::GetNameFromPath("/Applications/Tool.app/"), "Tool.app");
+    EXPECT_EQ(GeneralFunction::GetNameFromPath("/Applications/Tool.app///"), "Tool.app");
+    EXPECT_EQ(GeneralFunction::GetNameFromPath("Tool.app"), "Tool.app");
+    EXPECT_EQ(GeneralFunction::GetNameFromPath("/"), "/");
+    EXPECT_EQ(GeneralFunction::GetNameFromPath("///"), "/");
+    EXPECT_EQ(GeneralFunction::GetNameFromPath(""), "");
+}
+
+TEST(GetCurrentSystemVersion, WritesThreeNumbers)
+{
+    FakeSystemVersion system;
+    system.numbers = {22, 4, 3, 0};
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(GeneralFunction::GetCurrentSystemVersion(system), "22.4.3");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(GetCurrentSystemVersion, SaysWhyThereIsNone)
+{
+    FakeSystemVersion system;
+    system.numbers = {0, 0, 0, 2};
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(GeneralFunction::GetCurrentSystemVersion(system), "10.0.0");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Unable to obtain system version: 2\n");
+}
+
+} // namespace
+
+} // namespace vornadel::test

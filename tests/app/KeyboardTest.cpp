@@ -1,0 +1,99 @@
+#include "tests/app/ToolUnderTest.h"
+
+#include <QAccessible>
+#include <QApplication>
+#include <QPushButton>
+#include <QTest>
+
+#include <set>
+#include <string>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+class Keyboard : public ToolUnderTest, public testing::WithParamInterface<bool>
+{
+protected:
+    Keyboard() { config = configText(GetParam() ? "ScalarMode = 1\n" : ""); }
+
+    void SetUp() override
+    {
+        launchAndSettle();
+        tool().window()->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(tool().window()));
+    }
+
+    /// Everything on show that takes the focus by key.
+    std::set<std::string> stops() const
+    {
+        std::set<std::string> names;
+        for (const QWidget* widget : content()->findChildren<QWidget*>()) {
+            if (widget->isVisible() && widget->isEnabled() && (widget->focusPolicy() & Qt::TabFocus) != 0 &&
+                widget->focusProxy() == nullptr) {
+                names.insert(widget->objectName().toStdString());
+            }
+        }
+        return names;
+    }
+
+    /// Goes round once with a key.
+    static std::set<std::string> walk(Qt::Key key)
+    {
+        std::set<std::string> visited;
+        for (int step = 0; step < 200; ++step) {
+            QWidget* here = QApplication::focusWidget();
+            if (here == nullptr || !visited.insert(here->objectName().toStdString()).second) {
+                break;
+            }
+            QTest::keyClick(here, key);
+        }
+        return visited;
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Modes, Keyboard, testing::Bool(),
+                         [](const auto& mode) { return mode.param ? "Scalar" : "Normal"; });
+
+TEST_P(Keyboard, ReachesEverythingWithTheTabKey)
+{
+    const std::set<std::string> expected = stops();
+    EXPECT_EQ(expected.size(), GetParam() ? 9U : 33U);
+    tool().nstfHubInfo_UpdateFW->setFocus();
+    EXPECT_EQ(walk(Qt::Key_Tab), expected);
+}
+
+TEST_P(Keyboard, ReachesEverythingBackwards)
+{
+    tool().nstfHubInfo_UpdateFW->setFocus();
+    EXPECT_EQ(walk(Qt::Key_Backtab), stops());
+}
+
+TEST_P(Keyboard, TellsAScreenReaderWhatEverythingIs)
+{
+    for (QWidget* widget : content()->findChildren<QWidget*>()) {
+        if (widget->focusPolicy() == Qt::NoFocus || widget->objectName().startsWith("qt_")) {
+            continue;
+        }
+        QAccessibleInterface* heard = QAccessible::queryAccessibleInterface(widget);
+        ASSERT_NE(heard, nullptr);
+        EXPECT_FALSE(heard->text(QAccessible::Name).trimmed().isEmpty())
+            << widget->objectName().toStdString();
+    }
+}
+
+TEST_P(Keyboard, PressesAButtonWithTheSpaceBar)
+{
+    tool().btnGetLog_HelpBox->setFocus();
+    const std::size_t before = shell.commands.size();
+    testing::internal::CaptureStderr();
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Entering GetLog\n");
+    EXPECT_EQ(shell.commands.size(), before + 2);
+}
+
+} // namespace
+
+} // namespace vornadel::test

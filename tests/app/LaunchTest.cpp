@@ -1,0 +1,205 @@
+#include "tests/app/ToolUnderTest.h"
+
+#include "app/Tool.h"
+#include "hub/SupportedIds.h"
+
+#include <QApplication>
+#include <QTimer>
+#include <QWidget>
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class Launch : public ToolUnderTest
+{
+};
+
+TEST_F(Launch, TellsItsStepsOnTheConsoleInOrder)
+{
+    shell.existing.clear();
+    config = "[DumpTool Config]\nAppTitle = Bench 7\nScalarMode = 0x1\nFwBin = none.bin\n"
+             "[Support Vid Pid]\n"
+             "VID_3F = 0xABCD\nSSPID_3F = 0x0F03\nHSPID_3F = 0xf04\n"
+             "VID_00 = 4617\nSSPID_00 = 01\nHSPID_00 = 0x0002\n"
+             "VID_01 = 4617\nSSPID_01 = 01\n";
+    EXPECT_EQ(consoleOfLaunch(), "Current System Version: 12.4.0\n"
+                                 "AP Path :" +
+                                     directory() +
+                                     " \n"
+                                     "Resource Path :" +
+                                     directory() +
+                                     "/Vornadel.app/Contents/Resources \n"
+                                     "vid:0x1209   ;    sspid:0x1 ;    hspid:0x2 \n"
+                                     "vid:0xabcd   ;    sspid:0xf03 ;    hspid:0xf04 \n"
+                                     "App title: Bench 7\n"
+                                     "Fw Bin: none.bin\n"
+                                     "ScalarMode: 1\n"
+                                     "Enter Device Added\n"
+                                     "Enter Device Removed\n");
+}
+
+TEST_F(Launch, LogsTheVersionThenSavesTheBootArguments)
+{
+    shell.existing.clear();
+    launch();
+    EXPECT_THAT(shell.commands,
+                ElementsAre("echo 12.4.0 >> /tmp/Vornadel.log", "nvram boot-args >> /tmp/nvram_setting.dat"));
+}
+
+TEST_F(Launch, SavesNoBootArgumentsWhereASnapshotIs)
+{
+    shell.existing = {"/tmp/nvram_setting.dat"};
+    launch();
+    EXPECT_THAT(shell.commands, ElementsAre("echo 12.4.0 >> /tmp/Vornadel.log"));
+}
+
+struct VersionCase {
+    SystemVersionNumbers numbers;
+    const char* text;
+    bool needsSigning;
+};
+
+class LaunchOnVersion : public ToolUnderTest, public testing::WithParamInterface<VersionCase>
+{
+};
+
+TEST_P(LaunchOnVersion, DecidesOnTheDriverSignature)
+{
+    systemVersion.numbers = GetParam().numbers;
+    EXPECT_THAT(consoleOfLaunch(),
+                testing::StartsWith("Current System Version: " + std::string(GetParam().text) + "\n"));
+    EXPECT_EQ(tool().needSignDriver(), GetParam().needsSigning);
+    EXPECT_EQ(shell.commands.front(), "echo " + std::string(GetParam().text) + " >> /tmp/Vornadel.log");
+}
+
+INSTANTIATE_TEST_SUITE_P(Versions, LaunchOnVersion,
+                         testing::Values(VersionCase{{10, 10, 0, 0}, "10.10.0", true},
+                                         VersionCase{{10, 10, 5, 0}, "10.10.5", true},
+                                         VersionCase{{110, 10, 1, 0}, "110.10.1", true},
+                                         VersionCase{{9, 10, 10, 0}, "9.10.10", true},
+                                         VersionCase{{10, 1, 0, 0}, "10.1.0", false},
+                                         VersionCase{{10, 11, 0, 0}, "10.11.0", false},
+                                         VersionCase{{10, 9, 5, 0}, "10.9.5", false},
+                                         VersionCase{{12, 0, 0, 0}, "12.0.0", false}),
+                         [](const auto& version) {
+                             std::string name = version.param.text;
+                             std::replace(name.begin(), name.end(), '.', '_');
+                             return name;
+                         });
+
+TEST_F(Launch, FallsBackWhenTheSystemHasNoVersion)
+{
+    systemVersion.numbers = {77, 77, 77, -5};
+    EXPECT_THAT(consoleOfLaunch(), testing::StartsWith("Unable to obtain system version: -5\n"
+                                                       "Current System Version: 10.0.0\n"));
+    EXPECT_FALSE(tool().needSignDriver());
+    EXPECT_EQ(shell.commands.front(), "echo 10.0.0 >> /tmp/Vornadel.log");
+}
+
+TEST_F(Launch, KnowsTheFoldersOfABundle)
+{
+    place = {directory() + "/R\xC3\xA4ume & mehr/Vornadel.app", true,
+             directory() + "/R\xC3\xA4ume & mehr/Vornadel.app/Contents/Resources"};
+    launch();
+    EXPECT_EQ(tool().apPath().toStdString(), directory() + "/R\xC3\xA4ume & mehr");
+    EXPECT_EQ(tool().resourcePath().toStdString(),
+              directory() + "/R\xC3\xA4ume & mehr/Vornadel.app/Contents/Resources");
+    EXPECT_EQ(SupportedIdList[0].vid, 0x1209);
+}
+
+TEST_F(Launch, KnowsItsFolderOutsideABundle)
+{
+    place = {directory() + "/bin", false, directory() + "/bin"};
+    launch();
+    EXPECT_EQ(tool().apPath().toStdString(), directory() + "/bin");
+    EXPECT_EQ(tool().resourcePath().toStdString(), directory() + "/bin");
+    EXPECT_EQ(SupportedIdList[0].vid, 0x1209);
+}
+
+TEST_F(Launch, GoesOnWithoutAConfiguration)
+{
+    config.reset();
+    const std::string console = consoleOfLaunch();
+    EXPECT_THAT(console, HasSubstr("iniparser: cannot open " + resources() +
+                                   "/config.ini\n"
+                                   "App title: Vornadel\n"
+                                   "Fw Bin: \n"
+                                   "ScalarMode: 0\n"));
+    EXPECT_EQ(tool().window()->windowTitle(), "Vornadel  1.02");
+    EXPECT_EQ(hubInfo(), "Detect Zel Hub: Fail\nPlease Insert Zel Hub Device");
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+    EXPECT_TRUE(waitUntilEnabled());
+}
+
+TEST_F(Launch, SaysWhichConfigurationItDidNotRead)
+{
+    config.reset();
+    std::filesystem::create_directories(resources() + "/config.ini");
+    EXPECT_THAT(consoleOfLaunch(),
+                HasSubstr(resources() + "/config.ini is not a regular file and was not read\n"
+                                        "App title: Vornadel\n"));
+}
+
+TEST_F(Launch, CanBeReachedByPlainFunctions)
+{
+    EXPECT_EQ(AppDelegateRef, nullptr);
+    launch();
+    EXPECT_EQ(AppDelegateRef, &tool());
+    end();
+    EXPECT_EQ(AppDelegateRef, nullptr);
+}
+
+TEST_F(Launch, DoesNotWaitForTheRunThatItStarts)
+{
+    writeFile("Vornadel.app/Contents/Resources/none.bin", {1, 2, 3});
+    config = configText("FwBin = none.bin\n");
+    launch();
+    EXPECT_TRUE(tool().window()->isVisible());
+    EXPECT_EQ(progressText(), "") << "lines come by the event loop alone";
+    EXPECT_TRUE(waitUntilEnabled());
+}
+
+TEST(RunTool, EndsWhenItsWindowIsClosed)
+{
+    FakeShell shell;
+    FakeSystemVersion version;
+    FakePrivilegedRun privileged;
+    VirtualClock clock;
+    std::string error;
+    SimulatedHubOptions options;
+    options.keepInMemory = true;
+    const auto bus = SimulatedBus::create(options, clock, error);
+    ASSERT_NE(bus, nullptr) << error;
+    Platform platform{*bus, shell, privileged, version, clock};
+    const bool before = QApplication::quitOnLastWindowClosed();
+
+    QString title;
+    testing::internal::CaptureStderr();
+    const int status = runTool(platform, "Vornadel", " [bench]", [&](AppDelegate& tool) {
+        title = tool.window()->windowTitle();
+        QTimer::singleShot(0, tool.window(), [&tool] { tool.window()->close(); });
+    });
+    testing::internal::GetCapturedStderr();
+
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(title, "Vornadel  1.02 [bench]");
+    EXPECT_EQ(AppDelegateRef, nullptr);
+    EXPECT_THAT(privileged.scripts, IsEmpty());
+    QApplication::setQuitOnLastWindowClosed(before);
+}
+
+} // namespace
+
+} // namespace vornadel::test

@@ -1,0 +1,188 @@
+#include "tests/app/ToolUnderTest.h"
+
+#include "app/GeneralFunction.h"
+
+#include <QMessageBox>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QSlider>
+#include <QStyle>
+#include <QStyleOptionSlider>
+#include <QTest>
+#include <gmock/gmock.h>
+
+#include <functional>
+#include <string>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+using testing::ElementsAre;
+
+class Progress : public ToolUnderTest
+{
+protected:
+    void SetUp() override
+    {
+        launchAndSettle();
+        tool().resetProgressInfo();
+    }
+
+    /// Left edge of the handle, in the slider.
+    int handle()
+    {
+        const QSlider& slider = *tool().slider;
+        QStyleOptionSlider option;
+        option.initFrom(&slider);
+        option.orientation = slider.orientation();
+        option.minimum = slider.minimum();
+        option.maximum = slider.maximum();
+        option.sliderPosition = slider.sliderPosition();
+        option.sliderValue = slider.value();
+        return slider.style()
+            ->subControlRect(QStyle::CC_Slider, &option, QStyle::SC_SliderHandle, &slider)
+            .left();
+    }
+};
+
+TEST_F(Progress, AppendsTheTextAsItStands)
+{
+    tool().appendProgressInfo_Blue("one");
+    tool().appendProgressInfo_Blue(" and two\n\n");
+    tool().appendProgressInfo_Blue("<b>three</b> & four\n");
+    EXPECT_EQ(progressText(), "one and two\n\n<b>three</b> & four\n");
+}
+
+TEST_F(Progress, GivesTheWholeTextTheLastColour)
+{
+    tool().appendProgressInfo_Blue("A\n");
+    EXPECT_EQ(hueOf(*tool().nstfUpdateInfo_UpdateFW), kBlueHue);
+    tool().appendProgressInfo_Red("B\n");
+    EXPECT_EQ(progressText(), "A\nB\n");
+    EXPECT_EQ(hueOf(*tool().nstfUpdateInfo_UpdateFW), kRedHue);
+    tool().appendProgressInfo_Blue("C\n");
+    EXPECT_EQ(progressText(), "A\nB\nC\n");
+    EXPECT_EQ(hueOf(*tool().nstfUpdateInfo_UpdateFW), kBlueHue);
+}
+
+TEST_F(Progress, EmptiesTheTextOnReset)
+{
+    tool().appendProgressInfo_Red("A\n");
+    tool().resetProgressInfo();
+    EXPECT_EQ(progressText(), "");
+    tool().appendProgressInfo_Blue("B\n");
+    EXPECT_EQ(progressText(), "B\n");
+}
+
+TEST_F(Progress, KeepsItsTextForTheNextLineWhateverIsSelected)
+{
+    tool().appendProgressInfo_Blue("one\n");
+    QTest::keyClick(tool().nstfUpdateInfo_UpdateFW, Qt::Key_A, Qt::ControlModifier);
+    tool().appendProgressInfo_Blue("two\n");
+    EXPECT_EQ(progressText(), "one\ntwo\n");
+}
+
+TEST_F(Progress, DoesNotScrollWhatIsBeingRead)
+{
+    for (int line = 0; line < 100; ++line) {
+        tool().appendProgressInfo_Blue("line\n");
+    }
+    QScrollBar& bar = *tool().nstfUpdateInfo_UpdateFW->verticalScrollBar();
+    settleEvents();
+    bar.setValue(7);
+    tool().appendProgressInfo_Blue("another\n");
+    settleEvents();
+    EXPECT_EQ(bar.value(), 7);
+}
+
+TEST_F(Progress, MovesTheSliderFromEndToEnd)
+{
+    tool().updateProgressBar(0);
+    EXPECT_EQ(tool().slider->doubleValue(), 0);
+    EXPECT_EQ(tool().slider->value(), tool().slider->minimum());
+    const int left = handle();
+    tool().updateProgressBar(50);
+    const int middle = handle();
+    tool().updateProgressBar(100);
+    EXPECT_EQ(tool().slider->doubleValue(), 100);
+    EXPECT_EQ(tool().slider->value(), tool().slider->maximum());
+    EXPECT_LT(left, middle);
+    EXPECT_LT(middle, handle());
+}
+
+TEST_F(Progress, KeepsFractionsOfAPercent)
+{
+    tool().updateProgressBar(12.625);
+    EXPECT_EQ(tool().slider->doubleValue(), 12.625);
+    EXPECT_EQ(tool().slider->value(), 13);
+    tool().updateProgressBar(99.4);
+    EXPECT_EQ(tool().slider->doubleValue(), 99.4);
+    EXPECT_EQ(tool().slider->value(), 99);
+}
+
+struct AlertCase {
+    const char* name;
+    void (*show)(const QString&);
+};
+
+class Alert : public ToolUnderTest, public testing::WithParamInterface<AlertCase>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(Ways, Alert,
+                         testing::Values(AlertCase{"ShowAlert", AppDelegate::showAlert},
+                                         AlertCase{"AlertString", GeneralFunction::AlertString}),
+                         [](const auto& way) { return way.param.name; });
+
+void expectPlainAlert(QDialog& dialog, const QString& text)
+{
+    auto* alert = qobject_cast<QMessageBox*>(&dialog);
+    ASSERT_NE(alert, nullptr);
+    EXPECT_TRUE(alert->isModal());
+    EXPECT_EQ(alert->text(), text);
+    EXPECT_EQ(alert->informativeText(), "");
+    ASSERT_EQ(alert->buttons().size(), 1);
+    EXPECT_EQ(alert->buttons().front()->text(), "OK");
+}
+
+TEST_P(Alert, ShowsItsTextAndOneButtonUntilAKeyIsPressed)
+{
+    bool closed = false;
+    runAndUse([&] { GetParam().show("<b>Firmware</b> & format error\n"); },
+              [&](QDialog& dialog) {
+                  expectPlainAlert(dialog, "<b>Firmware</b> & format error\n");
+                  EXPECT_FALSE(closed);
+                  closed = true;
+                  QTest::keyClick(&dialog, Qt::Key_Return);
+              });
+    EXPECT_TRUE(closed);
+}
+
+TEST_P(Alert, ClosesByItsButtonAndByEscape)
+{
+    runAndUse([&] { GetParam().show("text"); },
+              [](QDialog& dialog) { QTest::mouseClick(dialog.findChild<QPushButton*>(), Qt::LeftButton); });
+    runAndUse([&] { GetParam().show("text"); },
+              [](QDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
+}
+
+class GetLog : public ToolUnderTest
+{
+};
+
+TEST_F(GetLog, ReplacesTheCopyOnTheDesktop)
+{
+    launchAndSettle();
+    shell.commands.clear();
+    testing::internal::CaptureStderr();
+    QTest::mouseClick(tool().btnGetLog_HelpBox, Qt::LeftButton);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Entering GetLog\n");
+    EXPECT_THAT(shell.commands, ElementsAre("rm ~/Desktop/Vornadel.log", "cp /tmp/Vornadel.log ~/Desktop/"));
+}
+
+} // namespace
+
+} // namespace vornadel::test

@@ -1,0 +1,302 @@
+#include "tests/app/ToolUnderTest.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QHeaderView>
+#include <QImage>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QStyle>
+#include <QStyleOptionButton>
+#include <QStyleOptionComboBox>
+#include <QStyleOptionFrame>
+#include <QTableView>
+
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+/// Left and right of the text in a QLineEdit, beside what the style keeps for its frame.
+constexpr int kFieldMargin = 2;
+
+std::string nameOf(const QWidget& widget, const QString& text)
+{
+    return widget.parentWidget()->objectName().toStdString() + "/" + widget.objectName().toStdString() +
+           ": " + text.toStdString();
+}
+
+void expectFits(const QWidget& widget, const QString& text, const QRect& room)
+{
+    const QFontMetrics metrics(widget.font());
+    const QSize needed = metrics.size(0, text);
+    EXPECT_LE(needed.width(), room.width()) << nameOf(widget, text);
+    EXPECT_LE(metrics.boundingRect(text).height(), room.height()) << nameOf(widget, text);
+}
+
+void expectFits(const QLineEdit& field, const QString& text)
+{
+    QStyleOptionFrame option;
+    option.initFrom(&field);
+    option.lineWidth = field.style()->pixelMetric(QStyle::PM_DefaultFrameWidth, &option, &field);
+    const QRect room = field.style()->subElementRect(QStyle::SE_LineEditContents, &option, &field);
+    expectFits(field, text, room.adjusted(kFieldMargin, 0, -kFieldMargin, 0));
+}
+
+class Readability : public ToolUnderTest, public testing::WithParamInterface<bool>
+{
+protected:
+    Readability() { config = configText(GetParam() ? "ScalarMode = 1\n" : ""); }
+};
+
+INSTANTIATE_TEST_SUITE_P(Modes, Readability, testing::Bool(),
+                         [](const auto& mode) { return mode.param ? "Scalar" : "Normal"; });
+
+TEST_P(Readability, CutsNoButton)
+{
+    launch();
+    for (const QPushButton* button : content()->findChildren<QPushButton*>()) {
+        QStyleOptionButton option;
+        option.initFrom(button);
+        option.text = button->text();
+        expectFits(*button, button->text(),
+                   button->style()->subElementRect(QStyle::SE_PushButtonContents, &option, button));
+    }
+}
+
+TEST_P(Readability, CutsNoLabel)
+{
+    launch();
+    for (const QLabel* label : content()->findChildren<QLabel*>()) {
+        QRect room = label->contentsRect();
+        room.setLeft(room.left() + label->indent());
+        const QSize needed = QFontMetrics(label->font()).size(0, label->text());
+        EXPECT_LE(needed.width(), room.width()) << nameOf(*label, label->text());
+        EXPECT_LE(needed.height(), room.height()) << nameOf(*label, label->text());
+    }
+}
+
+TEST_P(Readability, CutsNoFieldWithItsLongestText)
+{
+    launch();
+    for (const QLineEdit* id : {tool().txtVID_EasyUpdate, tool().txtSSPID_EasyUpdate,
+                                tool().txtHSPID_EasyUpdate, tool().txtVer_EasyUpdate, tool().txtVID_FwFlash,
+                                tool().txtSSPID_FwFlash, tool().txtHSPID_FwFlash, tool().txtVer_FwFlash}) {
+        for (const char digit : std::string("0123456789ABCDEF")) {
+            expectFits(*id, QString(4, QChar(digit)));
+        }
+    }
+    for (const QLineEdit* text :
+         {tool().txtManu_EasyUpdate, tool().txtPro_EasyUpdate, tool().txtSN_EasyUpdate,
+          tool().txtManu_FwFlash, tool().txtPro_FwFlash, tool().txtSN_FwFlash}) {
+        expectFits(*text, "Hub Controllers Example Ltd."); // three texts have 29 characters together
+        expectFits(*text, QString(29, '8'));
+    }
+    expectFits(*tool().txtContainerID_FwFlash, "{00112233-4455-6677-8899-aabbccddeeff}");
+    expectFits(*tool().txtContainerID_FwFlash, "{dddddddd-dddd-dddd-dddd-dddddddddddd}");
+}
+
+TEST_P(Readability, CutsNoDropDownText)
+{
+    launch();
+    for (const QComboBox* combo : {tool().cbPages, tool().cbICType}) {
+        QStyleOptionComboBox option;
+        option.initFrom(combo);
+        option.editable = false;
+        const QRect room =
+            combo->style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, combo);
+        for (const char* page : {"SSC", "DSP OCP/U1/U2", "System", "USP PHY", "DSP Setting", "DSP PHY"}) {
+            expectFits(*combo, page, room);
+        }
+    }
+}
+
+TEST_P(Readability, CutsNoTableHeader)
+{
+    launch();
+    const QTableView& table = *tool().tbProperties_Detail;
+    const QHeaderView& header = *table.horizontalHeader();
+    int width = 0;
+    for (int column = 0; column < 2; ++column) {
+        const int margin = header.style()->pixelMetric(QStyle::PM_HeaderMargin, nullptr, &header);
+        const QString text = table.model()->headerData(column, Qt::Horizontal).toString();
+        expectFits(header, text, QRect(0, 0, header.sectionSize(column) - 2 * margin, header.height()));
+        width += header.sectionSize(column);
+    }
+    EXPECT_LE(width, table.width());
+}
+
+/// From the first to the last column in which something is drawn in the title's band; 0 when nothing is.
+int inkWidth(TitledBox& box)
+{
+    const QImage image = box.grab(QRect(2, 4, box.width() - 4, TitledBox::kTitleHeight - 8)).toImage();
+    const QColor ground = image.pixelColor(image.width() - 3, image.height() / 2);
+    int first = image.width();
+    int last = 0;
+    for (int x = 0; x < image.width(); ++x) {
+        for (int y = 0; y < image.height(); ++y) {
+            if (std::abs(image.pixelColor(x, y).lightness() - ground.lightness()) > 60) {
+                first = std::min(first, x);
+                last = std::max(last, x);
+            }
+        }
+    }
+    return std::max(0, last - first + 1);
+}
+
+TEST_P(Readability, DrawsEveryBoxTitleWhole)
+{
+    launch();
+    for (TitledBox* box : boxes()) {
+        const int needed = QFontMetrics(box->font()).horizontalAdvance(box->title());
+        EXPECT_LE(needed, box->width() - 16) << box->title().toStdString();
+        // A swallowed "&" would be narrower by its own width.
+        EXPECT_NEAR(inkWidth(*box), needed, 5) << box->title().toStdString();
+    }
+}
+
+TEST_P(Readability, ShowsEveryDetectionWithoutScrolling)
+{
+    launch();
+    TextView& view = *tool().nstfHubInfo_UpdateFW;
+    for (const char* text :
+         {"Detect Zel Hub: Fail\nPlease Insert Zel Hub Device", "Detect Zel Hub : Success\nfwVer:dddd",
+          "Detect Zel Hub : Success\n-need load driver"}) {
+        view.setPlainText(text);
+        settleEvents();
+        EXPECT_FALSE(view.verticalScrollBar()->isVisible()) << text;
+        EXPECT_LE(QFontMetrics(view.font()).size(0, text).width(), view.viewport()->width()) << text;
+    }
+}
+
+/// Changes the palette of the program for as long as it lives.
+class ProgramPalette
+{
+public:
+    ProgramPalette(const QColor& base, const QColor& text) : m_before(QApplication::palette())
+    {
+        QPalette palette = m_before;
+        for (const auto role :
+             {QPalette::Base, QPalette::Window, QPalette::Button, QPalette::AlternateBase}) {
+            palette.setColor(role, base);
+        }
+        for (const auto role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText}) {
+            palette.setColor(role, text);
+        }
+        QApplication::setPalette(palette);
+        settleEvents();
+    }
+    ProgramPalette(const ProgramPalette&) = delete;
+    ProgramPalette& operator=(const ProgramPalette&) = delete;
+    ~ProgramPalette()
+    {
+        QApplication::setPalette(m_before);
+        settleEvents();
+    }
+
+private:
+    QPalette m_before;
+};
+
+const QColor kLight[] = {Qt::white, QColor(0xEF, 0xF0, 0xF1), QColor(0xD0, 0xD0, 0xD0)};
+const QColor kDark[] = {Qt::black, QColor(0x1B, 0x1E, 0x20), QColor(0x2D, 0x2D, 0x2D),
+                        QColor(0x40, 0x40, 0x40)};
+
+class Colours : public ToolUnderTest
+{
+protected:
+    void expectReadable(int hue)
+    {
+        const TextView& view = *tool().nstfUpdateInfo_UpdateFW;
+        const std::string ground = view.palette().color(QPalette::Base).name().toStdString();
+        EXPECT_EQ(hueOf(view), hue) << ground;
+        EXPECT_GE(contrastOf(view), 4.5) << ground;
+    }
+
+    void expectReadableBothWays()
+    {
+        tool().appendProgressInfo_Blue("Step\n");
+        expectReadable(kBlueHue);
+        tool().appendProgressInfo_Red("Fail\n");
+        expectReadable(kRedHue);
+    }
+};
+
+TEST_F(Colours, AreReadableAndKeepTheirHueOnLightGround)
+{
+    for (const QColor& ground : kLight) {
+        const ProgramPalette palette(ground, Qt::black);
+        launchAndSettle();
+        EXPECT_EQ(tool().nstfUpdateInfo_UpdateFW->palette().color(QPalette::Base), ground);
+        expectReadableBothWays();
+        end();
+    }
+}
+
+TEST_F(Colours, AreReadableAndKeepTheirHueOnDarkGround)
+{
+    for (const QColor& ground : kDark) {
+        const ProgramPalette palette(ground, Qt::white);
+        launchAndSettle();
+        EXPECT_EQ(tool().nstfUpdateInfo_UpdateFW->palette().color(QPalette::Base), ground);
+        expectReadableBothWays();
+        end();
+    }
+}
+
+TEST_F(Colours, FollowAChangeOfThePalette)
+{
+    launchAndSettle();
+    const ProgramPalette light(Qt::white, Qt::black);
+    tool().appendProgressInfo_Red("Fail\n");
+    const QColor onLight = tool().nstfUpdateInfo_UpdateFW->palette().color(QPalette::Text);
+    {
+        const ProgramPalette dark(QColor(0x20, 0x20, 0x20), Qt::white);
+        EXPECT_EQ(tool().nstfUpdateInfo_UpdateFW->palette().color(QPalette::Base), QColor(0x20, 0x20, 0x20));
+        expectReadable(kRedHue);
+        EXPECT_GE(contrastOf(*tool().nstfHubInfo_UpdateFW), 4.5);
+        EXPECT_EQ(hueOf(*tool().nstfHubInfo_UpdateFW), kBlueHue);
+    }
+    EXPECT_EQ(tool().nstfUpdateInfo_UpdateFW->palette().color(QPalette::Text), onLight);
+}
+
+/// How many pixels of the view are clearly of this hue.
+int pixelsOfHue(TextView& view, int hue)
+{
+    const QImage image = view.viewport()->grab().toImage();
+    int count = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            const QColor color = image.pixelColor(x, y);
+            const int apart = std::abs(color.hslHue() - hue);
+            count += color.hslHue() >= 0 && color.hslSaturation() > 128 && std::min(apart, 360 - apart) < 20
+                         ? 1
+                         : 0;
+        }
+    }
+    return count;
+}
+
+TEST_F(Colours, CoverTheWholeTextOnTheScreen)
+{
+    launchAndSettle();
+    TextView& view = *tool().nstfUpdateInfo_UpdateFW;
+    tool().resetProgressInfo();
+    tool().appendProgressInfo_Blue("Write Flash...\n");
+    EXPECT_GT(pixelsOfHue(view, kBlueHue), 50);
+    EXPECT_EQ(pixelsOfHue(view, kRedHue), 0);
+    tool().appendProgressInfo_Red("Fail to Write Flash\n");
+    EXPECT_EQ(pixelsOfHue(view, kBlueHue), 0);
+    EXPECT_GT(pixelsOfHue(view, kRedHue), 100);
+}
+
+} // namespace
+
+} // namespace vornadel::test

@@ -1,0 +1,162 @@
+#include "tests/app/ToolUnderTest.h"
+
+#include "hub/HubTransport.h"
+#include "sim/DemoImage.h"
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+#include <QThread>
+#include <gmock/gmock.h>
+
+#include <mutex>
+#include <set>
+#include <string>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+const std::string kSteps =
+    "Erase Flash...\nWrite Flash...\nRead Flash...\nVerify Flash...\nReset to Flash Code...\n";
+
+class StartUpRun : public ToolUnderTest
+{
+protected:
+    /// An image in the resource directory.
+    void bringImage(const std::string& name)
+    {
+        writeFile("Vornadel.app/Contents/Resources/" + name, demoImage(kDemoVersion101));
+    }
+
+    void update()
+    {
+        QTest::mouseClick(tool().nsbtnUpdate_Scalar, Qt::LeftButton);
+        EXPECT_TRUE(allSwitched(false)) << "at once";
+        EXPECT_TRUE(waitUntilEnabled());
+        settleEvents();
+    }
+};
+
+TEST_F(StartUpRun, WritesTheConfiguredImageInBothModes)
+{
+    for (const char* mode : {"ScalarMode = 0\n", "ScalarMode = 1\n"}) {
+        bringImage("demo.bin");
+        config = configText(mode + std::string("FwBin = demo.bin\n"));
+        launchAndSettle();
+        EXPECT_EQ(progressText(), "FW:demo.bin(size=32768)\n\n" + kSteps + "Update FW Success\n") << mode;
+        EXPECT_EQ(hub().flash(), demoImage(kDemoVersion101));
+        EXPECT_EQ(tool().slider->doubleValue(), 100);
+        EXPECT_FALSE(Hub_IsOpen());
+        EXPECT_EQ(hubInfo(), "Detect Zel Hub : Success\nfwVer:0101");
+        end();
+    }
+}
+
+TEST_F(StartUpRun, LooksBelowTheResourceDirectoryWhateverTheNameBeginsWith)
+{
+    bringImage("images/demo.bin");
+    config = configText("FwBin = /images/demo.bin\n");
+    launchAndSettle();
+    EXPECT_THAT(progressText(), testing::StartsWith("FW:/images/demo.bin(size=32768)\n\n"));
+    EXPECT_THAT(progressText(), testing::EndsWith("Update FW Success\n"));
+}
+
+TEST_F(StartUpRun, FailsWithoutAnImage)
+{
+    launchAndSettle();
+    EXPECT_EQ(progressText(), "FW:(size=0)\n\nWrong firmware file\nUpdate FW Fail\n");
+    EXPECT_EQ(hueOf(*tool().nstfUpdateInfo_UpdateFW), kRedHue);
+    EXPECT_TRUE(tool().window()->isVisible());
+}
+
+TEST_F(StartUpRun, FailsWhenTheConfiguredImageIsMissing)
+{
+    config = configText("FwBin = missing.bin\n");
+    launchAndSettle();
+    EXPECT_EQ(progressText(), "FW:missing.bin(size=0)\n\nWrong firmware file\nUpdate FW Fail\n");
+}
+
+TEST_F(StartUpRun, FailsWithoutAHubAndLeavesTheToolRunning)
+{
+    bringImage("demo.bin");
+    config = "[DumpTool Config]\nFwBin = demo.bin\n"
+             "[Support Vid Pid]\nVID_00 = 0x1209\nSSPID_00 = 0x0701\nHSPID_00 = 0x0702\n";
+    launchAndSettle();
+    EXPECT_EQ(progressText(),
+              "FW:demo.bin(size=32768)\n\nFail To Open Rom Device\nPlease Load Driver firstly\n"
+              "Then replugin usb hub device\nUpdate FW Fail\n");
+    EXPECT_TRUE(tool().window()->isVisible());
+    EXPECT_TRUE(allSwitched(true));
+}
+
+TEST_F(StartUpRun, LeavesTheMainThreadFree)
+{
+    bringImage("demo.bin");
+    config = configText("ScalarMode = 1\nFwBin = demo.bin\n");
+    eraseGate.shut();
+    launch();
+    ASSERT_TRUE(waitFor([this] { return eraseGate.isReached(); }));
+    EXPECT_EQ(progressText(), "FW:demo.bin(size=32768)\n\nErase Flash...\n");
+    EXPECT_TRUE(Hub_IsOpen());
+    strangerComesOrGoes(UsbEvent::Attached); // what the main thread does, it still does
+    settleEvents();
+    EXPECT_EQ(hubInfo(), "Detect Zel Hub : Success\nfwVer:ffff");
+    eraseGate.open();
+    EXPECT_TRUE(waitUntilEnabled());
+}
+
+TEST_F(StartUpRun, CanBeRepeatedByHandWithTheSameImage)
+{
+    bringImage("demo.bin");
+    config = configText("ScalarMode = 1\nFwBin = demo.bin\n");
+    hubOptions.faults = {{.kind = FaultKind::Flip, .on = RequestKind::Read, .position = 1}};
+    launchAndSettle();
+    EXPECT_THAT(progressText(), testing::EndsWith("Fail to verify flash\nUpdate FW Fail\n"));
+    update();
+    EXPECT_EQ(progressText(), "FW:demo.bin(size=32768)\n\n" + kSteps + "Update FW Success\n");
+    EXPECT_EQ(hub().flash(), demoImage(kDemoVersion101));
+}
+
+TEST_F(StartUpRun, CanBeRepeatedByHandWithAChosenImage)
+{
+    config = configText("ScalarMode = 1\n");
+    launchAndSettle();
+    const std::string path = writeFile("elsewhere/demo.bin", demoImage(kDemoVersion101));
+    chooseByTyping(tool().nsbtnSelect_Scalar, QString::fromStdString(path));
+    EXPECT_EQ(tool().nstextfd_Scalar->text().toStdString(), path);
+    update();
+    EXPECT_EQ(progressText(), "FW:" + path + "(size=32768)\n\n" + kSteps + "Update FW Success\n");
+    EXPECT_EQ(hub().flash(), demoImage(kDemoVersion101));
+}
+
+TEST_F(StartUpRun, SaysNothingWhenAFileIsChosenThatIsNoImage)
+{
+    config = configText("ScalarMode = 1\n");
+    launchAndSettle();
+    const std::string path = writeFile("bad.bin", std::vector<std::uint8_t>(1000, 0x11));
+    chooseByTyping(tool().nsbtnSelect_Scalar, QString::fromStdString(path));
+    settleEvents();
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+    EXPECT_EQ(tool().nstextfd_Scalar->text().toStdString(), path);
+    update();
+    EXPECT_EQ(progressText(), "FW:" + path + "(size=1000)\n\nWrong firmware file\nUpdate FW Fail\n");
+}
+
+TEST_F(StartUpRun, HasAnImageOfItsOwn)
+{
+    config = configText("FwBin = missing.bin\n");
+    launchAndSettle();
+    chooseByTyping(tool().btnSelect_EasyUpdate,
+                   QString::fromStdString(writeFile("demo.bin", demoImage(kDemoVersion101))));
+    tool().MP_UpdateScalar();
+    EXPECT_TRUE(waitUntilEnabled());
+    EXPECT_EQ(progressText(), "FW:missing.bin(size=0)\n\nWrong firmware file\nUpdate FW Fail\n");
+}
+
+} // namespace
+
+} // namespace vornadel::test

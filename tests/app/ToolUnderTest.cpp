@@ -1,0 +1,251 @@
+#include "tests/app/ToolUnderTest.h"
+
+#include "hub/HubTransport.h"
+
+#include <QApplication>
+#include <QDeadlineTimer>
+#include <QDialog>
+#include <QEventLoop>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QTest>
+#include <QThread>
+#include <QTimer>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+constexpr int kPatienceMs = 10000; // a machine under sanitizers and load needs some
+constexpr std::uint8_t kEraseRequest = 0xE8;
+
+} // namespace
+
+void PatientClock::sleep(Duration pause)
+{
+    m_clock.sleep(pause);
+    if (QThread::currentThread() != QCoreApplication::instance()->thread()) {
+        mainThread->postAndWait([] {});
+    }
+}
+
+std::string configText(const std::string& settings)
+{
+    return "[DumpTool Config]\n" + settings +
+           "[Support Vid Pid]\nVID_00 = 0x1209\nSSPID_00 = 0x0001\nHSPID_00 = 0x0002\n";
+}
+
+ToolUnderTest::ToolUnderTest()
+{
+    hubOptions.keepInMemory = true;
+    const std::string bundle = directory() + "/Vornadel.app";
+    place = {bundle, true, bundle + "/Contents/Resources"};
+    shell.existing = {"/tmp/nvram_setting.dat"};
+}
+
+ToolUnderTest::~ToolUnderTest() { end(); }
+
+void ToolUnderTest::launch()
+{
+    std::filesystem::create_directories(resources());
+    if (config) {
+        std::ofstream(resources() + "/config.ini") << *config;
+    }
+    std::string error;
+    m_clock = std::make_unique<PatientClock>();
+    m_bus = SimulatedBus::create(hubOptions, *m_clock, error);
+    ASSERT_NE(m_bus, nullptr) << error;
+    hub().onRequest = [this](const ControlRequest& request) {
+        if (request.bRequest == kEraseRequest) {
+            eraseGate.pass();
+        }
+    };
+    m_platform = std::make_unique<Platform>(Platform{*m_bus, shell, m_privileged, systemVersion, *m_clock});
+    Hub_UsePlatform(*m_bus, *m_clock);
+    m_delegate = std::make_unique<AppDelegate>(*m_platform, place, titleSuffix);
+    m_clock->mainThread = &m_delegate->mainThread();
+    m_delegate->applicationDidFinishLaunching();
+}
+
+void ToolUnderTest::launchAndSettle()
+{
+    launch();
+    ASSERT_TRUE(waitFor([this] { return progressText().find("Update FW ") != std::string::npos; }));
+    ASSERT_TRUE(waitUntilEnabled());
+    settleEvents();
+}
+
+std::string ToolUnderTest::consoleOfLaunch()
+{
+    testing::internal::CaptureStderr();
+    launch();
+    return testing::internal::GetCapturedStderr();
+}
+
+void ToolUnderTest::end()
+{
+    eraseGate.open();
+    if (m_delegate) {
+        EXPECT_TRUE(m_delegate->shutDown());
+        m_delegate.reset();
+        m_bus.reset();
+    }
+    settleEvents();
+}
+
+QWidget* ToolUnderTest::content() const { return qobject_cast<QScrollArea*>(m_delegate->window())->widget(); }
+
+std::array<TitledBox*, 6> ToolUnderTest::boxes()
+{
+    AppDelegate& it = tool();
+    return {it.boxHelp, it.boxScalar, it.boxUpdate, it.boxEasyUpdate, it.boxFwFlash, it.boxDetail};
+}
+
+std::array<TextView*, 4> ToolUnderTest::textViews()
+{
+    AppDelegate& it = tool();
+    return {it.nstfHubInfo_UpdateFW, it.nstfUpdateInfo_UpdateFW, it.txtViewDesc_Detail, it.txtViewBin_Detail};
+}
+
+std::string ToolUnderTest::writeFile(const std::string& name, const std::vector<std::uint8_t>& bytes) const
+{
+    const std::filesystem::path path = std::filesystem::path(directory()) / name;
+    std::filesystem::create_directories(path.parent_path());
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    return path.string();
+}
+
+std::array<QPushButton*, kSwitchedCount> ToolUnderTest::switchedButtons()
+{
+    AppDelegate& it = tool();
+    return {it.nsbtnSelect_Scalar,   it.btnLoad_FwFlash,         it.btnSave_FwFlash,
+            it.btnSelect_EasyUpdate, it.nsbtnLoadDriver_HelpBox, it.nsbtnUnloadDriver_HelpBox,
+            it.btnRead_FwFlash,      it.btnErase_FwFlash,        it.btnUpdate_EasyUpdate,
+            it.nsbtnUpdate_Scalar};
+}
+
+bool ToolUnderTest::allSwitched(bool enabled)
+{
+    const auto buttons = switchedButtons();
+    return std::all_of(buttons.begin(), buttons.end(),
+                       [enabled](const QPushButton* button) { return button->isEnabled() == enabled; });
+}
+
+bool ToolUnderTest::waitUntilEnabled()
+{
+    return waitFor([this] { return allSwitched(true); });
+}
+
+void ToolUnderTest::strangerComesOrGoes(UsbEvent event)
+{
+    hub().notifier().push(event);
+    hub().notifier().deliver();
+}
+
+std::string ToolUnderTest::hubInfo() { return tool().nstfHubInfo_UpdateFW->toPlainText().toStdString(); }
+
+std::string ToolUnderTest::progressText()
+{
+    return tool().nstfUpdateInfo_UpdateFW->toPlainText().toStdString();
+}
+
+bool waitFor(const std::function<bool()>& condition)
+{
+    const QDeadlineTimer deadline(kPatienceMs);
+    QTimer look; // for what changes without an event
+    look.start(5);
+    while (!condition()) {
+        if (deadline.hasExpired()) {
+            return false;
+        }
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    return true;
+}
+
+void settleEvents()
+{
+    QCoreApplication::processEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QCoreApplication::processEvents();
+}
+
+void runAndUse(const std::function<void()>& open, const std::function<void(QDialog&)>& use)
+{
+    bool used = false;
+    QTimer look; // looks into the dialog's own event loop
+    QObject::connect(&look, &QTimer::timeout, &look, [&] {
+        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        if (!used && dialog != nullptr && dialog->isVisible()) {
+            used = true;
+            use(*dialog);
+        }
+    });
+    QTimer giveUp;
+    giveUp.setSingleShot(true);
+    QObject::connect(&giveUp, &QTimer::timeout, &giveUp, [] {
+        ADD_FAILURE() << "the dialog stays";
+        while (auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget())) {
+            dialog->reject();
+        }
+    });
+    look.start(1);
+    giveUp.start(kPatienceMs);
+    open();
+    EXPECT_TRUE(used) << "no dialog came";
+}
+
+void clickAndUse(QPushButton* button, const std::function<void(QDialog&)>& use)
+{
+    runAndUse([button] { QTest::mouseClick(button, Qt::LeftButton); }, use);
+}
+
+void chooseByTyping(QPushButton* button, const QString& path)
+{
+    clickAndUse(button, [&path](QDialog& dialog) {
+        auto* name = dialog.findChild<QLineEdit*>("fileNameEdit");
+        ASSERT_NE(name, nullptr);
+        // Without the focus the dialog would take the list's view of the name for the typed one.
+        dialog.activateWindow();
+        name->setFocus();
+        ASSERT_TRUE(waitFor([name] { return name->hasFocus(); }));
+        for (const QChar character : path) {
+            QTest::sendKeyEvent(QTest::Click, name, Qt::Key_unknown, QString(character), Qt::NoModifier);
+        }
+        EXPECT_EQ(name->text(), path);
+        QTest::keyClick(name, Qt::Key_Return);
+    });
+}
+
+namespace
+{
+
+double luminance(const QColor& color)
+{
+    const auto linear = [](double part) {
+        return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+
+} // namespace
+
+double contrastOf(const TextView& view)
+{
+    const double text = luminance(view.palette().color(QPalette::Text));
+    const double base = luminance(view.palette().color(QPalette::Base));
+    return (std::max(text, base) + 0.05) / (std::min(text, base) + 0.05);
+}
+
+int hueOf(const TextView& view) { return view.palette().color(QPalette::Text).hslHue(); }
+
+} // namespace vornadel::test

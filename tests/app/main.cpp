@@ -1,0 +1,37 @@
+#include <QApplication>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+namespace
+{
+
+/// What Qt has to complain about is a defect in the window.
+void failOnComplaint(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message)
+{
+    // The offscreen screen has no window manager to tell the sizes to.
+    if (type == QtDebugMsg || type == QtInfoMsg || message.startsWith("This plugin does not support")) {
+        return;
+    }
+    ADD_FAILURE() << "Qt: " << message.toStdString();
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    testing::InitGoogleTest(&argc, argv);
+    testing::GTEST_FLAG(death_test_style) = "threadsafe";
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
+        qputenv("QT_QPA_PLATFORM", TEST_SCREEN);
+    }
+    const QTemporaryDir home; // the file dialog keeps a history in the user's settings
+    qputenv("HOME", home.path().toLocal8Bit());
+    qputenv("XDG_CONFIG_HOME", home.path().toLocal8Bit());
+    qputenv("XDG_RUNTIME_DIR", home.path().toLocal8Bit());
+    qInstallMessageHandler(failOnComplaint);
+    const QApplication application(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    const int status = RUN_ALL_TESTS();
+    qInstallMessageHandler(nullptr);
+    return status;
+}

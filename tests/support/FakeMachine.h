@@ -1,0 +1,55 @@
+#pragma once
+
+#include "platform/PrivilegedRun.h"
+#include "platform/Shell.h"
+#include "platform/SystemVersion.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace vornadel::test
+{
+
+/// Keeps the list of what it was asked to run and runs nothing.
+class FakeShell final : public Shell
+{
+public:
+    int run(const std::string& command) override
+    {
+        commands.push_back(command);
+        return 0;
+    }
+
+    bool exists(const std::string& path) override
+    {
+        return std::find(existing.begin(), existing.end(), path) != existing.end();
+    }
+
+    std::vector<std::string> commands; ///< in order
+    std::vector<std::string> existing; ///< the paths for which exists() is true
+};
+
+/// A system that has the version it is told to have.
+class FakeSystemVersion final : public SystemVersion
+{
+public:
+    SystemVersionNumbers read() override { return numbers; }
+
+    SystemVersionNumbers numbers{12, 4, 0, 0};
+};
+
+/// Keeps the list of the scripts it was asked to start and starts nothing.
+class FakePrivilegedRun final : public PrivilegedRun
+{
+public:
+    bool start(const std::string& script) override
+    {
+        scripts.push_back(script);
+        return true;
+    }
+
+    std::vector<std::string> scripts;
+};
+
+} // namespace vornadel::test
