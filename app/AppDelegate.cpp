@@ -7,6 +7,7 @@
 #include "hub/HubTransport.h"
 #include "hub/SupportedIds.h"
 
+#include <QFile>
 #include <QWidget>
 
 #include <chrono>
@@ -44,15 +45,15 @@ AppDelegate::~AppDelegate()
 void AppDelegate::applicationDidFinishLaunching()
 {
     AppDelegateRef = this;
-    const QString place = QString::fromStdString(m_place.bundlePath);
-    m_apPath = m_place.bundled ? GeneralFunction::GetDirFromPath(place) : place;
-    m_resourcePath = QString::fromStdString(m_place.resourcePath);
+    const QString place = QFile::decodeName(m_place.bundlePath.c_str());
+    apPath = m_place.bundled ? GeneralFunction::GetDirFromPath(place) : place;
+    resourcePath = QFile::decodeName(m_place.resourcePath.c_str());
 
     const QString version = GeneralFunction::GetCurrentSystemVersion(m_platform.systemVersion);
     _bNeedSignDriver = version.contains(u"10.10");
     ConsoleLog("Current System Version: " + version);
-    ConsoleLog("AP Path :" + m_apPath + " ");
-    ConsoleLog("Resource Path :" + m_resourcePath + " ");
+    ConsoleLog("AP Path :" + apPath + " ");
+    ConsoleLog("Resource Path :" + resourcePath + " ");
     GeneralFunction::PrintNormalLog(m_platform.shell, version);
     takeBootArgumentsSnapshot();
 
@@ -72,10 +73,10 @@ void AppDelegate::takeBootArgumentsSnapshot()
 
 void AppDelegate::initFromIni()
 {
-    const ToolConfig config = readToolConfig((m_resourcePath + "/config.ini").toStdString());
-    m_appTitle = QString::fromStdString(config.appTitle);
-    m_isScalarMode = config.isScalarMode;
-    m_fwbinPath = QString::fromStdString(config.fwbinPath);
+    const ToolConfig config = readToolConfig(m_place.resourcePath + "/config.ini");
+    appTitle = QString::fromStdString(config.appTitle);
+    isScalarMode = config.isScalarMode;
+    fwbinPath = QString::fromStdString(config.fwbinPath);
 
     if (!config.problem.empty()) {
         ConsoleLog(QString::fromStdString(config.problem));
@@ -86,9 +87,9 @@ void AppDelegate::initFromIni()
                                          entry.sspid, entry.hspid));
         }
     }
-    ConsoleLog("App title: " + m_appTitle);
-    ConsoleLog("Fw Bin: " + m_fwbinPath);
-    ConsoleLog(QString::asprintf("ScalarMode: %d", m_isScalarMode));
+    ConsoleLog("App title: " + appTitle);
+    ConsoleLog("Fw Bin: " + fwbinPath);
+    ConsoleLog(QString::asprintf("ScalarMode: %d", isScalarMode));
 }
 
 bool AppDelegate::shutDown()

@@ -37,10 +37,14 @@ public:
     bool shutDown();
 
     QWidget* window() const { return m_window.get(); }
-    const QString& apPath() const { return m_apPath; }
-    const QString& resourcePath() const { return m_resourcePath; }
-    const QString& appTitle() const { return m_appTitle; }
-    bool needSignDriver() const { return _bNeedSignDriver; }
+
+    // Where the tool lies and what its configuration says; filled at launch, only read afterwards.
+    QString apPath;                ///< directory that contains the bundle
+    QString resourcePath;          ///< directory of config.ini
+    QString appTitle;              ///< without the version
+    std::int32_t isScalarMode = 0; ///< only 1 means scalar mode
+    QString fwbinPath;             ///< image of the run at start, relative to resourcePath; may be empty
+    bool _bNeedSignDriver = false; ///< the system's version text contains "10.10"
 
     // Progress, log and alerts. Main thread.
     void resetProgressInfo();
@@ -80,13 +84,6 @@ private:
     Platform& m_platform;
     ToolPlace m_place;
     QString m_titleSuffix;
-
-    QString m_apPath;
-    QString m_resourcePath;
-    QString m_appTitle;
-    std::int32_t m_isScalarMode = 0;
-    QString m_fwbinPath;
-    bool _bNeedSignDriver = false;
 
     FwImage m_updateImage;
     FwImage m_scalarImage;

@@ -36,9 +36,6 @@ double contrast(const QColor& a, const QColor& b)
 
 QColor toneColor(Tone tone, const QColor& background)
 {
-    if (tone == Tone::Plain) {
-        return {};
-    }
     const float hue = tone == Tone::Blue ? 240.0F / 360.0F : 0.0F;
     const float step = luminance(background) < 0.18 ? 0.02F : -0.02F;
     float lightness = 0.5F;
@@ -84,23 +81,27 @@ void TextView::changeEvent(QEvent* event)
 
 void TextView::applyTone()
 {
-    if (m_tone == Tone::Plain) {
+    if (!m_tone) {
         return;
     }
     QPalette colors = palette();
-    const QColor color = toneColor(m_tone, colors.color(QPalette::Base));
+    const QColor color = toneColor(*m_tone, colors.color(QPalette::Base));
     if (colors.color(QPalette::Text) != color) {
         colors.setColor(QPalette::Text, color);
         setPalette(colors);
     }
 }
 
-ProgressSlider::ProgressSlider(QWidget* parent) : QSlider(Qt::Horizontal, parent) { setRange(0, 100); }
+ProgressSlider::ProgressSlider(QWidget* parent) : QSlider(Qt::Horizontal, parent)
+{
+    setRange(0, 100);
+    connect(this, &QSlider::valueChanged, [this](int value) { m_percent = value; });
+}
 
 void ProgressSlider::setDoubleValue(double percent)
 {
-    m_percent = percent;
     setValue(static_cast<int>(std::lround(percent)));
+    m_percent = percent; // finer than the handle's place
 }
 
 TitledBox::TitledBox(const QString& title, QWidget* parent) : QFrame(parent), m_title(title)
@@ -108,9 +109,9 @@ TitledBox::TitledBox(const QString& title, QWidget* parent) : QFrame(parent), m_
     setAccessibleName(title);
 }
 
-void TitledBox::setBorderColor(const QColor& color)
+void TitledBox::setBorderTone(Tone tone)
 {
-    m_border = color;
+    m_borderTone = tone;
     update();
 }
 
@@ -118,9 +119,9 @@ void TitledBox::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const QColor border = m_border.isValid() ? m_border : palette().color(QPalette::Mid);
-    painter.setPen(border);
-    painter.setBrush(palette().color(QPalette::AlternateBase));
+    const QColor window = palette().color(QPalette::Window);
+    painter.setPen(m_borderTone ? toneColor(*m_borderTone, window) : palette().color(QPalette::Mid));
+    painter.setBrush(window.lightnessF() < 0.5F ? window.lighter(115) : window.lighter(103));
     painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 4, 4);
     painter.setPen(palette().color(QPalette::WindowText));
     painter.drawText(QRect(8, 0, width() - 16, kTitleHeight), Qt::AlignLeft | Qt::AlignVCenter, m_title);

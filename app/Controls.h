@@ -4,11 +4,13 @@
 #include <QPlainTextEdit>
 #include <QSlider>
 
+#include <optional>
+
 namespace vornadel
 {
 
 /// What a text says by its colour.
-enum class Tone { Plain, Blue, Red };
+enum class Tone { Blue, Red };
 
 /// The colour of a tone on a background: always the same hue, light or dark enough to be read on it.
 QColor toneColor(Tone tone, const QColor& background);
@@ -20,7 +22,7 @@ public:
     explicit TextView(QWidget* parent);
 
     void setTone(Tone tone); ///< colours the whole text, what is there and what comes
-    Tone tone() const { return m_tone; }
+    std::optional<Tone> tone() const { return m_tone; } ///< none: the palette's own text colour
 
     /// Appends the text as it stands; where the view was scrolled to does not change.
     void append(const QString& text);
@@ -31,7 +33,7 @@ protected:
 private:
     void applyTone();
 
-    Tone m_tone = Tone::Plain;
+    std::optional<Tone> m_tone;
 };
 
 /// A slider that keeps a percentage finer than its handle can show.
@@ -41,6 +43,7 @@ public:
     explicit ProgressSlider(QWidget* parent);
 
     void setDoubleValue(double percent); ///< 0 to 100
+    /// The percentage last set, or where the user has moved the handle since.
     double doubleValue() const { return m_percent; }
 
 private:
@@ -58,14 +61,14 @@ public:
     TitledBox(const QString& title, QWidget* parent);
 
     QString title() const { return m_title; }
-    void setBorderColor(const QColor& color);
+    void setBorderTone(Tone tone);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
     QString m_title;
-    QColor m_border; // invalid: taken from the palette
+    std::optional<Tone> m_borderTone;
 };
 
 } // namespace vornadel

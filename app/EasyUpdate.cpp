@@ -28,6 +28,7 @@ void AppDelegate::chooseFw_EasyUpdate()
         return;
     }
     txtFw_EasyUpdate->setText(path);
+    txtFw_EasyUpdate->setToolTip(path); // it may be longer than the field
     FwImage_LoadFile(m_updateImage, QFile::encodeName(path).toStdString());
     if (!m_updateImage.loaded) { // a file that cannot be read leaves the image before it loaded
         showAlert("Firmware format error\n");

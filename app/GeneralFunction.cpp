@@ -2,6 +2,7 @@
 
 #include "app/ConsoleLog.h"
 
+#include <QApplication>
 #include <QFile>
 #include <QMessageBox>
 #include <QPushButton>
@@ -71,7 +72,7 @@ QString GeneralFunction::GetNameFromPath(const QString& path)
 
 void GeneralFunction::AlertString(const QString& message)
 {
-    QMessageBox alert;
+    QMessageBox alert(QApplication::activeWindow());
     alert.setObjectName("alert");
     alert.setIcon(QMessageBox::Warning);
     alert.setTextFormat(Qt::PlainText);

@@ -1,5 +1,7 @@
 #include "app/MainThread.h"
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <QThread>
 
 #include <memory>
@@ -8,16 +10,36 @@
 namespace vornadel
 {
 
+namespace
+{
+
+/// Carries a task through the main thread's event queue.
+class TaskEvent final : public QEvent
+{
+public:
+    explicit TaskEvent(std::function<void()> task) : QEvent(QEvent::User), m_task(std::move(task)) {}
+    void run() const { m_task(); }
+
+private:
+    std::function<void()> m_task;
+};
+
+} // namespace
+
 void MainThread::post(std::function<void()> task)
 {
-    QMetaObject::invokeMethod(
-        this,
-        [this, task = std::move(task)] {
-            if (!m_stopped) {
-                task();
-            }
-        },
-        Qt::QueuedConnection);
+    QCoreApplication::postEvent(this, new TaskEvent(std::move(task)));
+}
+
+bool MainThread::event(QEvent* event)
+{
+    if (event->type() != QEvent::User) {
+        return QObject::event(event);
+    }
+    if (!m_stopped) {
+        static_cast<TaskEvent*>(event)->run();
+    }
+    return true;
 }
 
 void MainThread::postAndWait(const std::function<void()>& task)

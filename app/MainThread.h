@@ -23,6 +23,9 @@ public:
     /// The application is ending: no further task runs and nobody waits for one. Main thread only.
     void stopWaiting();
 
+protected:
+    bool event(QEvent* event) override;
+
 private:
     std::mutex m_mutex;
     std::condition_variable m_changed;

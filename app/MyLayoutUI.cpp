@@ -3,6 +3,7 @@
 #include "app/AppDelegate.h"
 #include "app/Controls.h"
 #include "app/WindowTables.h"
+#include "config/Version.h"
 
 #include <QAbstractItemView>
 #include <QComboBox>
@@ -59,7 +60,7 @@ void buildBoxes(WindowControls& controls, QWidget* content)
         settle(box, row.name, row.title, row.frame);
         controls.*row.member = box;
     }
-    controls.boxHelp->setBorderColor(QColor(0x20, 0x50, 0xE0));
+    controls.boxHelp->setBorderTone(Tone::Blue);
     for (const LabelRow& row : kLabels) {
         auto* label = new QLabel(controls.*row.box);
         label->setTextFormat(Qt::PlainText);
@@ -76,6 +77,7 @@ void buildFields(WindowControls& controls)
         auto* field = new QLineEdit(controls.*row.box);
         field->setReadOnly(!row.editable);
         settle(field, row.name, row.accessibleName, row.frame);
+        field->setAccessibleDescription((controls.*row.box)->title()); // two boxes have a "VID"
         controls.*row.member = field;
     }
 }
@@ -142,7 +144,9 @@ void chainTabOrder(QWidget* content)
 /// The window has one size; on a screen smaller than that its content scrolls.
 void fitToScreen(QWidget* window, const QSize& content)
 {
-    const QSize screen = window->screen()->availableSize();
+    // What the window manager puts around a window is not known before it is shown.
+    constexpr QSize kFrameAllowance(10, 40);
+    const QSize screen = window->screen()->availableSize() - kFrameAllowance;
     if (content.width() <= screen.width() && content.height() <= screen.height()) {
         window->setFixedSize(content);
         return;
@@ -155,13 +159,13 @@ void fitToScreen(QWidget* window, const QSize& content)
 
 void AppDelegate::MyLayoutUI()
 {
-    const bool scalar = m_isScalarMode == 1;
+    const bool scalar = isScalarMode == 1;
     const QSize size = scalar ? QSize(360, 670) : QSize(1200, 660);
 
     auto window = std::make_unique<QScrollArea>();
     window->setFrameShape(QFrame::NoFrame);
     window->setFocusPolicy(Qt::NoFocus);
-    window->setWindowTitle(m_appTitle + "  1.02" + m_titleSuffix);
+    window->setWindowTitle(appTitle + "  " + kToolVersion + m_titleSuffix);
     auto* content = new QWidget;
     content->setFont(helvetica(12));
     content->resize(size); // the final size at once: every frame is measured from its lower edge
@@ -172,8 +176,8 @@ void AppDelegate::MyLayoutUI()
     buildTexts(*this);
     buildPropertyEditor(*this);
     chainTabOrder(content);
-    if (!m_fwbinPath.isEmpty()) {
-        nstextfd_Scalar->setText(m_fwbinPath);
+    if (!fwbinPath.isEmpty()) {
+        nstextfd_Scalar->setText(fwbinPath);
     }
     for (const BoxRow& row : kBoxes) {
         (this->*row.member)

@@ -1,7 +1,6 @@
-// The progress text, the progress bar, the alert and the log file's way to the desktop.
+// The progress text, the progress bar and the alert.
 
 #include "app/AppDelegate.h"
-#include "app/ConsoleLog.h"
 #include "app/Controls.h"
 #include "app/GeneralFunction.h"
 
@@ -25,12 +24,5 @@ void AppDelegate::appendProgressInfo_Red(const QString& text)
 void AppDelegate::updateProgressBar(double percent) { slider->setDoubleValue(percent); }
 
 void AppDelegate::showAlert(const QString& message) { GeneralFunction::AlertString(message); }
-
-void AppDelegate::GetLog()
-{
-    ConsoleLog("Entering GetLog");
-    m_platform.shell.run("rm ~/Desktop/Vornadel.log");
-    m_platform.shell.run("cp /tmp/Vornadel.log ~/Desktop/");
-}
 
 } // namespace vornadel

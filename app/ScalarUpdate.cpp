@@ -15,6 +15,7 @@ void AppDelegate::chooseScalarUpdateFw()
         return;
     }
     nstextfd_Scalar->setText(path);
+    nstextfd_Scalar->setToolTip(path); // it may be longer than the field
     FwImage_LoadFile(m_scalarImage, QFile::encodeName(path).toStdString());
 }
 
@@ -26,9 +27,9 @@ void AppDelegate::MP_UpdateScalar()
 
 void AppDelegate::updateScalar()
 {
-    if (!m_fwbinPath.isEmpty()) {
-        const QString path = m_resourcePath + "//" + m_fwbinPath;
-        FwImage_LoadFile(m_scalarImage, QFile::encodeName(path).toStdString());
+    if (!fwbinPath.isEmpty()) {
+        FwImage_LoadFile(m_scalarImage,
+                         m_place.resourcePath + "//" + QFile::encodeName(fwbinPath).toStdString());
     }
     runUpdate(m_scalarImage, *nstextfd_Scalar);
 }

@@ -1,4 +1,5 @@
 #include "app/Tool.h"
+#include "config/Version.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "sim/SimulatedBus.h"
 
@@ -35,11 +36,11 @@ struct Arguments {
 std::optional<int> readArguments(int argc, char** argv, bool strict, Arguments& arguments)
 {
     CLI::App app("Keeps the firmware of USB 3 hubs.", "Vornadel");
-    app.set_version_flag("--version", "Vornadel 1.02");
+    app.set_version_flag("--version", std::string("Vornadel ") + kToolVersion);
     app.allow_extras(!strict);
     std::string text;
     const CLI::Option* simulated = app.add_flag(
-        "--simulated-hub{}", text,
+        "--simulated-hub", text,
         "Work on the built-in simulated hub; =KEY=VALUE,... with the keys image, latency, mode, ids, fault");
     try {
         app.parse(argc, argv);
@@ -49,13 +50,14 @@ std::optional<int> readArguments(int argc, char** argv, bool strict, Arguments& 
         return wrong ? kExitUsage : EXIT_SUCCESS;
     }
     if (simulated->count() > 0) {
-        arguments.simulatedHub = text;
+        arguments.simulatedHub = text == "true" ? "" : text; // what a flag without a value reads as
     }
     return std::nullopt;
 }
 
 } // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): nothing is thrown but for want of memory
 int main(int argc, char** argv)
 {
     Arguments arguments;

@@ -1,5 +1,7 @@
 #include "cli/CommandLine.h"
 
+#include "config/Version.h"
+
 #include <CLI/CLI.hpp>
 
 namespace vornadel
@@ -10,7 +12,7 @@ std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLi
 {
     CLI::App app("Keeps the firmware of USB 3 hubs: without a window, for scripts and terminals.",
                  "vornadelctl");
-    app.set_version_flag("--version", "vornadelctl 1.02");
+    app.set_version_flag("--version", std::string("vornadelctl ") + kToolVersion);
     app.require_subcommand(1);
     app.fallthrough();
     app.add_option("--config", commandLine.configFile,
@@ -19,7 +21,7 @@ std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLi
         ->check(CLI::ExistingFile);
     std::string simulatedHub;
     const CLI::Option* simulated = app.add_flag(
-        "--simulated-hub{}", simulatedHub,
+        "--simulated-hub", simulatedHub,
         "Work on the built-in simulated hub; =KEY=VALUE,... with the keys image, latency, mode, ids, fault");
 
     CLI::App* update =
@@ -37,7 +39,8 @@ std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLi
         return wrong ? kExitUsage : kExitSuccess;
     }
     if (simulated->count() > 0) {
-        commandLine.simulatedHub = simulatedHub;
+        commandLine.simulatedHub =
+            simulatedHub == "true" ? "" : simulatedHub; // what a flag without a value reads as
     }
     commandLine.verb = update->parsed() ? CommandLine::Verb::Update
                        : info->parsed() ? CommandLine::Verb::Info

@@ -128,8 +128,6 @@ int runCommand(const CommandLine& commandLine, Platform& platform, const std::st
     if (!config.problem.empty()) {
         err << config.problem << '\n';
     }
-    Hub_UsePlatform(platform.usb, platform.clock);
-
     switch (commandLine.verb) {
     case CommandLine::Verb::Update:
         return update(commandLine.image, out, err, terminal);

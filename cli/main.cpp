@@ -2,6 +2,7 @@
 #include "cli/Commands.h"
 #include "cli/Interruption.h"
 #include "config/ToolPlace.h"
+#include "hub/HubTransport.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "sim/SimulatedBus.h"
 
@@ -20,6 +21,7 @@ using namespace vornadel;
 int run(const CommandLine& commandLine, Platform platform, const char* argv0)
 {
     std::signal(SIGPIPE, SIG_IGN); // an update goes on when nobody reads its progress any more
+    Hub_UsePlatform(platform.usb, platform.clock); // before a signal can abandon the hub: this would undo it
     const Interruption interruption(platform.clock);
     const int status = runCommand(commandLine, platform, toolPlace(argv0).resourcePath, std::cout, std::cerr,
                                   isatty(STDOUT_FILENO) == 1);

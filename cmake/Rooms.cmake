@@ -43,7 +43,8 @@ function(vornadel_target_defaults target)
   target_include_directories(${target} PUBLIC "${CMAKE_SOURCE_DIR}")
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
-    -Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
+    -Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual
+    $<$<BOOL:${VORNADEL_WARNINGS_ARE_ERRORS}>:-Werror>)
   if(VORNADEL_SANITIZE)
     target_compile_options(${target} PRIVATE
       -fsanitize=${VORNADEL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)

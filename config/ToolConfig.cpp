@@ -70,7 +70,7 @@ std::string problemWith(const std::string& path)
         return path + " is not a regular file and was not read";
     }
     if (fs::file_size(path, failed) > kLargestConfigFile && !failed) {
-        return path + " is larger than 1 MiB and was not read";
+        return path + " is larger than 64 KiB and was not read";
     }
     return {};
 }

@@ -145,9 +145,9 @@ bool FlashFile::fill(const std::vector<std::uint8_t>& initial, std::string& erro
         return fail(error, "cannot make the folder " + folder, code.message());
     }
     // Under the lock, so that a program which starts at the same moment does not lose what the first one wrote.
-    if (!lock()) {
-        const int reason = errno;
-        return fs::exists(m_path, code) || fail(error, "cannot lock " + m_path + ".lock", because(reason));
+    // Waiting for it, because that one may be filling the file right now.
+    if (!lock(LOCK_EX)) {
+        return fail(error, "cannot lock " + m_path + ".lock", because(errno));
     }
     const bool filled = fs::exists(m_path, code) || store(initial, error);
     unlock();
@@ -180,7 +180,7 @@ bool FlashFile::load(std::vector<std::uint8_t>& bytes, std::string& error) const
 bool FlashFile::store(const std::vector<std::uint8_t>& bytes, std::string& error) const
 {
     std::string temporary = m_path + ".XXXXXX";
-    const Descriptor file(::mkstemp(temporary.data()));
+    const Descriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
     if (!file.valid()) {
         return fail(error, "cannot write beside " + m_path, because(errno));
     }
@@ -194,7 +194,9 @@ bool FlashFile::store(const std::vector<std::uint8_t>& bytes, std::string& error
     return true;
 }
 
-bool FlashFile::lock()
+bool FlashFile::lock() { return lock(LOCK_EX | LOCK_NB); }
+
+bool FlashFile::lock(int operation)
 {
     if (locked()) {
         return false;
@@ -204,7 +206,7 @@ bool FlashFile::lock()
     if (file < 0) {
         return false;
     }
-    if (::flock(file, LOCK_EX | LOCK_NB) != 0) {
+    if (::flock(file, operation) != 0) {
         const int reason = errno;
         ::close(file);
         errno = reason;

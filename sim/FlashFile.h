@@ -36,6 +36,7 @@ public:
 private:
     explicit FlashFile(std::string path);
 
+    bool lock(int operation); ///< as flock() takes it; errno says why not
     bool fill(const std::vector<std::uint8_t>& initial, std::string& error);
 
     std::string m_path; // symbolic links resolved: all names of one file share its lock

@@ -87,7 +87,7 @@ std::optional<std::string_view> findVersionId(std::string_view text)
     return value;
 }
 
-/// One to three numbers between dots.
+/// One to three numbers between dots; what follows a third dot is left out.
 bool parseVersion(std::string_view text, SystemVersionNumbers& numbers)
 {
     const char* position = text.data();
@@ -105,7 +105,7 @@ bool parseVersion(std::string_view text, SystemVersionNumbers& numbers)
         }
         position = after + 1;
     }
-    return false;
+    return true;
 }
 
 } // namespace

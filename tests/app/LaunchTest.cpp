@@ -80,7 +80,7 @@ TEST_P(LaunchOnVersion, DecidesOnTheDriverSignature)
     systemVersion.numbers = GetParam().numbers;
     EXPECT_THAT(consoleOfLaunch(),
                 testing::StartsWith("Current System Version: " + std::string(GetParam().text) + "\n"));
-    EXPECT_EQ(tool().needSignDriver(), GetParam().needsSigning);
+    EXPECT_EQ(tool()._bNeedSignDriver, GetParam().needsSigning);
     EXPECT_EQ(shell.commands.front(), "echo " + std::string(GetParam().text) + " >> /tmp/Vornadel.log");
 }
 
@@ -104,7 +104,7 @@ TEST_F(Launch, FallsBackWhenTheSystemHasNoVersion)
     systemVersion.numbers = {77, 77, 77, -5};
     EXPECT_THAT(consoleOfLaunch(), testing::StartsWith("Unable to obtain system version: -5\n"
                                                        "Current System Version: 10.0.0\n"));
-    EXPECT_FALSE(tool().needSignDriver());
+    EXPECT_FALSE(tool()._bNeedSignDriver);
     EXPECT_EQ(shell.commands.front(), "echo 10.0.0 >> /tmp/Vornadel.log");
 }
 
@@ -113,8 +113,8 @@ TEST_F(Launch, KnowsTheFoldersOfABundle)
     place = {directory() + "/R\xC3\xA4ume & mehr/Vornadel.app", true,
              directory() + "/R\xC3\xA4ume & mehr/Vornadel.app/Contents/Resources"};
     launch();
-    EXPECT_EQ(tool().apPath().toStdString(), directory() + "/R\xC3\xA4ume & mehr");
-    EXPECT_EQ(tool().resourcePath().toStdString(),
+    EXPECT_EQ(tool().apPath.toStdString(), directory() + "/R\xC3\xA4ume & mehr");
+    EXPECT_EQ(tool().resourcePath.toStdString(),
               directory() + "/R\xC3\xA4ume & mehr/Vornadel.app/Contents/Resources");
     EXPECT_EQ(SupportedIdList[0].vid, 0x1209);
 }
@@ -123,8 +123,8 @@ TEST_F(Launch, KnowsItsFolderOutsideABundle)
 {
     place = {directory() + "/bin", false, directory() + "/bin"};
     launch();
-    EXPECT_EQ(tool().apPath().toStdString(), directory() + "/bin");
-    EXPECT_EQ(tool().resourcePath().toStdString(), directory() + "/bin");
+    EXPECT_EQ(tool().apPath.toStdString(), directory() + "/bin");
+    EXPECT_EQ(tool().resourcePath.toStdString(), directory() + "/bin");
     EXPECT_EQ(SupportedIdList[0].vid, 0x1209);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cli/Commands.h"
+#include "hub/HubTransport.h"
 #include "platform/Platform.h"
 #include "sim/SimulatedBus.h"
 #include "tests/cli/TemporaryFolder.h"
@@ -44,6 +45,7 @@ public:
         out.str({});
         err.str({});
         Platform platform{other, shell, privileged, version, clock};
+        Hub_UsePlatform(other, clock);
         return runCommand(commandLine, platform, folder.path(), out, err, terminal);
     }
 

@@ -263,7 +263,7 @@ TEST_F(Configuration, RefusesAFileThatIsTooLarge)
     }
     const ToolConfig config = read(content);
     expectDefaults(config);
-    EXPECT_EQ(config.problem, path() + " is larger than 1 MiB and was not read");
+    EXPECT_EQ(config.problem, path() + " is larger than 64 KiB and was not read");
 }
 
 TEST_F(Configuration, SurvivesAFileThatIsNoText)

@@ -92,13 +92,13 @@ private:
 TEST_F(LibusbBusTest, ListsIdsWithoutOpening)
 {
     SimulatedNode& hub = m_testbed.plug("1-1", kVendorId, kProductId);
-    SimulatedNode& other = m_testbed.plug("1-2", 0x0BDA, 0xFFFF);
+    SimulatedNode& other = m_testbed.plug("1-2", 0xBEAD, 0xFFFF);
     std::vector<std::pair<unsigned, unsigned>> ids;
     for (const auto& device : allDevices(m_bus)) {
         ids.emplace_back(device->vendorId(), device->productId());
     }
     EXPECT_THAT(ids, testing::UnorderedElementsAre(testing::Pair(kVendorId, kProductId),
-                                                   testing::Pair(0x0BDA, 0xFFFF)));
+                                                   testing::Pair(0xBEAD, 0xFFFF)));
     EXPECT_EQ(hub.ioctlCount(), 0U);
     EXPECT_EQ(other.ioctlCount(), 0U);
 }

@@ -22,7 +22,7 @@ class LibusbUnderTest final : public BusUnderTest
 public:
     explicit LibusbUnderTest(bool polling) : m_bus(m_clock, {.forcePolling = polling})
     {
-        m_testbed.plug("1-2", 0x0BDA, 0x0001); // an unrelated neighbour
+        m_testbed.plug("1-2", 0xBEAD, 0x0001); // an unrelated neighbour
     }
 
     UsbBus& bus() override { return m_bus; }

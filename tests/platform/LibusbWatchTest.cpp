@@ -26,7 +26,7 @@ constexpr Clock::Duration kSecond = std::chrono::seconds(1);
 class LibusbWatchTest : public testing::Test
 {
 protected:
-    LibusbWatchTest() { m_testbed.plug("1-9", 0x0BDA, 0x0001); }
+    LibusbWatchTest() { m_testbed.plug("1-9", 0xBEAD, 0x0001); }
 
     void plug(const std::string& port) { m_testbed.plug(port, kVendorId, kProductId); }
 

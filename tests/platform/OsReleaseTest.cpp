@@ -39,6 +39,7 @@ TEST_F(OsReleaseTest, ReadsOneTwoOrThreeNumbers)
         {"NAME=\"x\"\nPRETTY_NAME=\"VERSION_ID=1\"\nVERSION=\"13 (y)\"\nVERSION_ID=\"7\"\nID=z\n", 7, 0, 0},
         {"#VERSION_ID=1\nVERSION_ID=2\n", 2, 0, 0},
         {"VERSION_ID=1\nVERSION_ID=2\n", 2, 0, 0},
+        {"VERSION_ID=1.2.3.4\n", 1, 2, 3},
         {"VERSION_ID=4294967295.0.1\n", 4294967295U, 0, 1},
     };
     for (const Case& expected : cases) {
@@ -52,9 +53,9 @@ TEST_F(OsReleaseTest, ReadsOneTwoOrThreeNumbers)
 
 TEST_F(OsReleaseTest, RefusesWhatIsNoVersionInNumbers)
 {
-    const std::vector<std::string> values{"",        "\"\"",     "sid",  "12~beta",    "12.", ".12",
-                                          "1..2",    "-1",       "+1",   "4294967296", "1 2", "\"12",
-                                          "1.2.3.4", "12 # old", "0x12", "\"'1'\""};
+    const std::vector<std::string> values{"",    "\"\"", "sid",      "12~beta", "12.",
+                                          ".12", "1..2", "-1",       "+1",      "4294967296",
+                                          "1 2", "\"12", "12 # old", "0x12",    "\"'1'\""};
     for (const std::string& value : values) {
         const SystemVersionNumbers version = readText("VERSION_ID=" + value + "\n");
         EXPECT_EQ(version.error, EINVAL) << value;

@@ -22,7 +22,7 @@ namespace fs = std::filesystem;
 
 class ClosingTheWindow : public testing::Test
 {
-protected:
+public:
     ClosingTheWindow()
     {
         std::string pattern = (fs::temp_directory_path() / "close-XXXXXX").string();
@@ -36,6 +36,7 @@ protected:
     }
     ~ClosingTheWindow() override { fs::remove_all(folder); }
 
+protected:
     /// Runs the probe; its exit status, 124 after five seconds, or 128 and the signal that ended it.
     int closeAt(const std::string& kind, unsigned number)
     {
