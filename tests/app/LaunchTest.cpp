@@ -4,7 +4,6 @@
 #include "hub/SupportedIds.h"
 
 #include <QApplication>
-#include <QTimer>
 #include <QWidget>
 #include <gmock/gmock.h>
 
@@ -189,7 +188,7 @@ TEST(RunTool, EndsWhenItsWindowIsClosed)
     testing::internal::CaptureStderr();
     const int status = runTool(platform, "Vornadel", " [bench]", [&](AppDelegate& tool) {
         title = tool.window()->windowTitle();
-        QTimer::singleShot(0, tool.window(), [&tool] { tool.window()->close(); });
+        QMetaObject::invokeMethod(tool.window(), &QWidget::close, Qt::QueuedConnection);
     });
     testing::internal::GetCapturedStderr();
 

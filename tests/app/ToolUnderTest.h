@@ -50,9 +50,11 @@ std::string configText(const std::string& settings = "");
 /// defaults is set before launch(). Ends the tool when it goes.
 class ToolUnderTest : public testing::Test
 {
+public:
+    ~ToolUnderTest() override;
+
 protected:
     ToolUnderTest();
-    ~ToolUnderTest() override;
 
     void launch();
     /// The same, and returns only when the run at the start has ended: the buttons are enabled.

@@ -21,9 +21,8 @@ int main(int argc, char** argv)
 {
     testing::InitGoogleTest(&argc, argv);
     testing::GTEST_FLAG(death_test_style) = "threadsafe";
-    qputenv("QT_QPA_PLATFORM",
-            TEST_SCREEN);     // whatever screen the caller has: the sizes are those of this one
-    const QTemporaryDir home; // the file dialog keeps a history in the user's settings
+    qputenv("QT_QPA_PLATFORM", TEST_SCREEN); // a screen from outside has other sizes
+    const QTemporaryDir home;                // the file dialog keeps a history in the user's settings
     qputenv("HOME", home.path().toLocal8Bit());
     qputenv("XDG_CONFIG_HOME", home.path().toLocal8Bit());
     qputenv("XDG_RUNTIME_DIR", home.path().toLocal8Bit());

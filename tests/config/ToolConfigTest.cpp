@@ -24,6 +24,9 @@ using testing::HasSubstr;
 
 class Configuration : public testing::Test
 {
+public:
+    ~Configuration() override { fs::remove_all(m_directory); }
+
 protected:
     Configuration()
     {
@@ -31,7 +34,6 @@ protected:
         m_directory = mkdtemp(pattern.data());
         SupportedIdList.fill({1, 9, 9, 9}); // what is not emptied shows
     }
-    ~Configuration() override { fs::remove_all(m_directory); }
 
     std::string path() const { return (m_directory / "config.ini").string(); }
 
@@ -45,7 +47,7 @@ protected:
     ToolConfig readFile()
     {
         testing::internal::CaptureStderr();
-        const ToolConfig config = readToolConfig(path());
+        ToolConfig config = readToolConfig(path());
         console = testing::internal::GetCapturedStderr();
         return config;
     }
@@ -276,7 +278,7 @@ TEST_F(Configuration, SurvivesAFileThatIsNoText)
     }
     expectDefaults(read(bytes));
     expectDefaults(read(std::string(5000, '\0')));
-    expectDefaults(read("\xFF\xFE[\0D\0"));
+    expectDefaults(read(std::string("\xFF\xFE[") + '\0' + "D" + '\0' + "]"));
 }
 
 TEST_F(Configuration, SaysThatAFolderWasNotRead)
