@@ -177,7 +177,7 @@ TEST(List, SaysWhyAConfigFileWasNotRead)
     Session session;
     const std::string large = session.folder.write("large.ini", std::string(1024 * 1024 + 1, '\n'));
     EXPECT_EQ(session.run({CommandLine::Verb::List, {}, large, {}}), kExitSuccess);
-    EXPECT_EQ(session.err.str(), large + " is larger than 1 MiB and was not read\n");
+    EXPECT_EQ(session.err.str(), large + " is larger than 64 KiB and was not read\n");
     EXPECT_EQ(session.out.str(), "1209:0001\n1209:0002\n");
 }
 

@@ -19,10 +19,12 @@ namespace
 using namespace std::chrono_literals;
 using Kind = RecordingReporter::Kind;
 
-/// Requests of an update that finds the hub running its flash code.
-constexpr unsigned kUpdateRequests = 25;
-constexpr unsigned kUpdateOpens = 3;
-constexpr unsigned kUpdateRestarts = 2;
+SimulatedHubOptions hubThatRuns(HubCode code)
+{
+    SimulatedHubOptions options;
+    options.mode = code;
+    return options;
+}
 
 class FaultyUpdate : public testing::Test
 {
@@ -33,9 +35,9 @@ protected:
     }
 
     /// Runs an update with one fault in it, then one without. True when the fault happened.
-    bool survives(const Fault& fault)
+    bool survives(const Fault& fault, HubCode runs)
     {
-        SimulatedSetup setup;
+        SimulatedSetup setup(hubThatRuns(runs));
         setup.hub().addFault(fault);
 
         RecordingReporter faulty;
@@ -49,7 +51,9 @@ protected:
             EXPECT_EQ(faulty.texts(Kind::Red).back(), "Update FW Fail\n");
         }
         EXPECT_FALSE(Hub_IsOpen());
-        const bool happened = setup.hub().faultsTriggered() > 0;
+        if (setup.hub().faultsTriggered() == 0) {
+            return false; // it is still to come, and would hit the run that is to be healthy
+        }
 
         setup.hub().replug();
         setup.clock.advance(60s); // whatever was late or bouncing is over
@@ -60,7 +64,7 @@ protected:
         EXPECT_TRUE(updateFirmware(image, "demo.bin", healthy));
         EXPECT_EQ(setup.hub().flash(), bytes);
         EXPECT_EQ(setup.hub().runningCode(), HubCode::Flash);
-        return happened;
+        return true;
     }
 
     std::vector<std::uint8_t> bytes;
@@ -71,50 +75,92 @@ struct SweepRow {
     const char* name;
     FaultKind kind;
     unsigned amount;
-    unsigned positions; ///< 1 to this are tried
-    unsigned expected;  ///< at how many of them something can go wrong
+    unsigned fromFlashCode; ///< how often it can happen in an update of a hub that runs its flash code
+    unsigned fromRomCode;   ///< the same for a hub that runs its ROM code already
 };
 
 class FaultSweep : public FaultyUpdate, public testing::WithParamInterface<SweepRow>
 {
+protected:
+    /// Tries the fault at every position of an update, until the update is shorter than that; how often it happened.
+    unsigned sweep(HubCode runs)
+    {
+        const SweepRow& row = GetParam();
+        unsigned happened = 0;
+        for (unsigned position = 1; position <= requestsOfAnUpdate(runs); ++position) {
+            SCOPED_TRACE(position);
+            const Fault fault{.kind = row.kind,
+                              .on = {},
+                              .position = position,
+                              .amount = row.amount,
+                              .delay = std::chrono::seconds(row.amount)};
+            happened += survives(fault, runs) ? 1U : 0U;
+        }
+        return happened;
+    }
+
+private:
+    unsigned requestsOfAnUpdate(HubCode runs)
+    {
+        SimulatedSetup setup(hubThatRuns(runs));
+        RecordingReporter reporter;
+        EXPECT_TRUE(updateFirmware(image, "demo.bin", reporter));
+        return setup.hub().requestCount();
+    }
 };
 
 } // namespace
 
 TEST_P(FaultSweep, NeverTellsSuccessOverAWrongFlashAndRecovers)
 {
-    const SweepRow& row = GetParam();
-    unsigned happened = 0;
-    for (unsigned position = 1; position <= row.positions; ++position) {
-        SCOPED_TRACE(position);
-        const Fault fault{.kind = row.kind,
-                          .on = {},
-                          .position = position,
-                          .amount = row.amount,
-                          .delay = std::chrono::milliseconds(1500) * static_cast<int>(position)};
-        happened += survives(fault) ? 1U : 0U;
-    }
-    EXPECT_EQ(happened, row.expected);
+    EXPECT_EQ(sweep(HubCode::Flash), GetParam().fromFlashCode);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    EveryRequest, FaultSweep,
-    testing::Values(SweepRow{"Stall", FaultKind::Stall, 0, kUpdateRequests, kUpdateRequests},
-                    SweepRow{"VanishBefore", FaultKind::VanishBefore, 0, kUpdateRequests, kUpdateRequests},
-                    SweepRow{"VanishAfter", FaultKind::VanishAfter, 0, kUpdateRequests, kUpdateRequests},
-                    SweepRow{"Ignore", FaultKind::Ignore, 0, kUpdateRequests, kUpdateRequests},
-                    SweepRow{"TornAtOnce", FaultKind::Torn, 0, kUpdateRequests, 8},
-                    SweepRow{"TornHalfWay", FaultKind::Torn, 1000, kUpdateRequests, 8},
-                    SweepRow{"TornAtTheEnd", FaultKind::Torn, 4095, kUpdateRequests, 8},
-                    SweepRow{"Flip", FaultKind::Flip, 0, kUpdateRequests, 16},
-                    SweepRow{"OneOpenRefused", FaultKind::OpenRefused, 1, kUpdateOpens, kUpdateOpens},
-                    SweepRow{"NineteenOpensRefused", FaultKind::OpenRefused, 19, kUpdateOpens, kUpdateOpens},
-                    SweepRow{"AllOpensRefused", FaultKind::OpenRefused, 20, kUpdateOpens, kUpdateOpens},
-                    SweepRow{"Never", FaultKind::Never, 0, kUpdateRestarts, kUpdateRestarts},
-                    SweepRow{"Late", FaultKind::Late, 0, kUpdateRestarts, kUpdateRestarts},
-                    SweepRow{"SameMode", FaultKind::SameMode, 0, kUpdateRestarts, kUpdateRestarts},
-                    SweepRow{"Bounce", FaultKind::Bounce, 0, kUpdateRestarts, kUpdateRestarts}),
-    [](const auto& row) { return row.param.name; });
+TEST_P(FaultSweep, DoesNotEitherOnAHubInItsRomCode)
+{
+    EXPECT_EQ(sweep(HubCode::Rom), GetParam().fromRomCode);
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryRequest, FaultSweep,
+                         testing::Values(SweepRow{"Stall", FaultKind::Stall, 0, 25, 21},
+                                         SweepRow{"VanishBefore", FaultKind::VanishBefore, 0, 25, 21},
+                                         SweepRow{"VanishAfter", FaultKind::VanishAfter, 0, 25, 21},
+                                         SweepRow{"Ignore", FaultKind::Ignore, 0, 25, 21},
+                                         SweepRow{"TornAtOnce", FaultKind::Torn, 0, 8, 8},
+                                         SweepRow{"TornHalfWay", FaultKind::Torn, 1000, 8, 8},
+                                         SweepRow{"TornAtTheEnd", FaultKind::Torn, 4095, 8, 8},
+                                         SweepRow{"Flip", FaultKind::Flip, 0, 16, 16},
+                                         SweepRow{"OneOpenRefused", FaultKind::OpenRefused, 1, 3, 2},
+                                         SweepRow{"NineteenOpensRefused", FaultKind::OpenRefused, 19, 3, 2},
+                                         SweepRow{"AllOpensRefused", FaultKind::OpenRefused, 20, 3, 2},
+                                         SweepRow{"Never", FaultKind::Never, 0, 2, 1},
+                                         SweepRow{"Late", FaultKind::Late, 3, 2, 1},
+                                         SweepRow{"JustInTime", FaultKind::Late, 19, 2, 1},
+                                         SweepRow{"TooLateForTheRomCode", FaultKind::Late, 21, 2, 1},
+                                         SweepRow{"TooLate", FaultKind::Late, 41, 2, 1},
+                                         SweepRow{"SameMode", FaultKind::SameMode, 0, 2, 1},
+                                         SweepRow{"Bounce", FaultKind::Bounce, 0, 2, 1}),
+                         [](const auto& row) { return row.param.name; });
+
+struct LateRow {
+    unsigned restart;
+    int seconds;
+    bool expected;
+};
+
+TEST_F(FaultyUpdate, WaitsTwentySecondsForTheRomCodeAndFortyForTheFlashCode)
+{
+    for (const LateRow& row : {LateRow{1, 20, true}, {1, 21, false}, {2, 40, true}, {2, 41, false}}) {
+        SCOPED_TRACE(row.seconds);
+        SimulatedSetup setup;
+        setup.hub().addFault({.kind = FaultKind::Late,
+                              .on = {},
+                              .position = row.restart,
+                              .delay = std::chrono::seconds(row.seconds)});
+        RecordingReporter reporter;
+        EXPECT_EQ(updateFirmware(image, "demo.bin", reporter), row.expected);
+    }
+}
 
 TEST_F(FaultyUpdate, NineteenRefusedReopensAreSatOut)
 {
@@ -134,6 +180,7 @@ TEST_F(FaultyUpdate, TwentyRefusedReopensAreNot)
 
 TEST_F(FaultyUpdate, AbandonedAtAnyRequestEndsThereAndTheNextRunSucceeds)
 {
+    constexpr unsigned kUpdateRequests = 25;
     for (unsigned position = 1; position <= kUpdateRequests; ++position) {
         SCOPED_TRACE(position);
         SimulatedSetup setup;

@@ -3,6 +3,7 @@
 #include "diagnosis/LastError.h"
 #include "hub/HubCommands.h"
 #include "tests/support/RecordingReporter.h"
+#include "tests/support/ScriptedBus.h"
 #include "tests/support/SimulatedSetup.h"
 
 #include <gmock/gmock.h>
@@ -22,6 +23,9 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pointwise;
 using Kind = RecordingReporter::Kind;
+
+/// A value that nothing sets.
+constexpr int kUntouched = -1;
 
 /// One request as it stood on the wire, data stage of an OUT request included.
 struct WireRequest {
@@ -49,6 +53,7 @@ class FirmwareUpdate : public testing::Test
 protected:
     FirmwareUpdate()
     {
+        LastError = kUntouched;
         setup.hub().onRequest = [this](const ControlRequest& request) {
             const auto* data = static_cast<const std::uint8_t*>(request.data);
             const bool out = (request.bmRequestType & 0x80) == 0 && data != nullptr;
@@ -92,7 +97,7 @@ TEST_F(FirmwareUpdate, SendsExactlyTheseRequests)
     EXPECT_TRUE(update());
 
     const std::vector<std::uint8_t> bytes = newImage();
-    const WireRequest hello{0x40, 0x02, 0x0001, 0x1209, 0, {}};
+    const WireRequest hello{0x40, 0x02, 0x0001, HUB_MAKER_VID, 0, {}};
     const WireRequest status{0xC0, 0x09, 0, 0, 32, {}};
     // Opened while running flash code: asked for its mode, then for its restart speed, then restarted.
     std::vector<WireRequest> expected{hello, status, status, {0x40, 0x00, 0, 0, 0, {}}, hello, status};
@@ -152,7 +157,7 @@ TEST_F(FirmwareUpdate, PausesOnlyForTheRestartsAndTheErase)
 TEST_F(FirmwareUpdate, WritesAnImageOf5000BytesInTwoPieces)
 {
     load(imageOfSize(5000));
-    update(); // the hub finds no block in a flash whose image does not end on a boundary, but the bytes are there
+    EXPECT_TRUE(update());
 
     std::vector<WireRequest> writes;
     std::vector<WireRequest> reads;
@@ -163,7 +168,9 @@ TEST_F(FirmwareUpdate, WritesAnImageOf5000BytesInTwoPieces)
             reads.push_back(request);
         }
     }
+    const std::vector<std::uint8_t> flash = setup.hub().flash();
     const std::vector<std::uint8_t> bytes = imageOfSize(5000);
+    EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(), flash.begin()));
     EXPECT_THAT(writes,
                 ElementsAre(WireRequest{0x40, 0xC8, 0, 0, 4096, {bytes.begin(), bytes.begin() + 4096}},
                             WireRequest{0x40, 0xC8, 4096, 0, 904, {bytes.begin() + 4096, bytes.end()}}));
@@ -171,6 +178,39 @@ TEST_F(FirmwareUpdate, WritesAnImageOf5000BytesInTwoPieces)
                                    WireRequest{0xC0, 0xD8, 4096, 0, 904, {}}));
     EXPECT_THAT(reporter.values(Wait::No),
                 Pointwise(DoubleNear(1e-9), {10 + 40 * 4096 / 5000.0, 50.0, 50 + 40 * 4096 / 5000.0, 90.0}));
+}
+
+TEST_F(FirmwareUpdate, SplitsAddressesBeyond64KiBIntoTwoWords)
+{
+    ScriptedBus bus; // a hub with a larger flash, in its ROM code: it keeps what is written
+    bus.attached = {{0x1209, 0x0001}};
+    std::vector<std::uint8_t> flash(0x11000);
+    bus.onControl([&](ControlRequest& request) {
+        auto* data = static_cast<std::uint8_t*>(request.data);
+        const std::size_t address = request.wIndex * std::size_t{0x10000} + request.wValue;
+        if (request.bRequest == 0xC8) {
+            std::copy_n(data, request.wLength, flash.begin() + static_cast<std::ptrdiff_t>(address));
+        } else if (request.bRequest == 0xD8) {
+            std::copy_n(flash.begin() + static_cast<std::ptrdiff_t>(address), request.wLength, data);
+        }
+        return 0U;
+    });
+    VirtualClock clock;
+    Hub_UsePlatform(bus, clock);
+    const std::vector<std::uint8_t> bytes = imageOfSize(0x10000 + 1000);
+    load(bytes);
+    EXPECT_TRUE(update());
+    EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(), flash.begin()));
+
+    const std::vector<SeenRequest> requests = bus.requests();
+    // Open-time request, status, erase, 17 writes, 17 reads, restart, open-time request.
+    ASSERT_EQ(requests.size(), 3U + 17 + 17 + 2);
+    using Setup = std::array<std::uint8_t, 8>;
+    EXPECT_EQ(requests[3 + 15].setup, (Setup{0x40, 0xC8, 0x00, 0xF0, 0x00, 0x00, 0x00, 0x10}));
+    EXPECT_EQ(requests[3 + 16].setup, (Setup{0x40, 0xC8, 0x00, 0x00, 0x01, 0x00, 0xE8, 0x03}));
+    EXPECT_EQ(requests[20 + 15].setup, (Setup{0xC0, 0xD8, 0x00, 0xF0, 0x00, 0x00, 0x00, 0x10}));
+    EXPECT_EQ(requests[20 + 16].setup, (Setup{0xC0, 0xD8, 0x00, 0x00, 0x01, 0x00, 0xE8, 0x03}));
+    EXPECT_EQ(requests[3 + 16].sent.size(), 1000U);
 }
 
 TEST_F(FirmwareUpdate, WithoutAnImageShowsAnEmptyHeaderAndFails)
@@ -210,6 +250,7 @@ TEST_F(FirmwareUpdate, TriesTheEraseThreeTimes)
     }
     EXPECT_FALSE(update());
     EXPECT_THAT(reporter.texts(Kind::Red), ElementsAre("Fail to Erase Flash\n", "Update FW Fail\n"));
+    EXPECT_EQ(LastError, kUntouched);
     EXPECT_THAT(setup.clock.pauses(), ElementsAre(1s, 128ms, 128ms, 128ms));
 }
 
@@ -220,6 +261,7 @@ TEST_F(FirmwareUpdate, StopsAtTheFirstPieceThatIsNotWritten)
     EXPECT_FALSE(update());
     EXPECT_THAT(reporter.texts(Kind::Red), ElementsAre("Fail to Write Flash\n", "Update FW Fail\n"));
     EXPECT_EQ(wire.back().wValue, 2 * 4096);
+    EXPECT_EQ(LastError, kUntouched);
 }
 
 TEST_F(FirmwareUpdate, StopsAtTheFirstPieceThatIsNotRead)
@@ -229,6 +271,7 @@ TEST_F(FirmwareUpdate, StopsAtTheFirstPieceThatIsNotRead)
     EXPECT_FALSE(update());
     EXPECT_THAT(reporter.texts(Kind::Red), ElementsAre("Fail to Read Flash\n", "Update FW Fail\n"));
     EXPECT_EQ(wire.back().wValue, 7 * 4096);
+    EXPECT_EQ(LastError, kUntouched);
 }
 
 TEST_F(FirmwareUpdate, LeavesAHubThatDoesNotVerifyInItsRomCode)
@@ -238,6 +281,7 @@ TEST_F(FirmwareUpdate, LeavesAHubThatDoesNotVerifyInItsRomCode)
     EXPECT_FALSE(update());
     EXPECT_THAT(reporter.texts(Kind::Red), ElementsAre("Fail to verify flash\n", "Update FW Fail\n"));
     EXPECT_EQ(setup.hub().runningCode(), HubCode::Rom);
+    EXPECT_EQ(LastError, kUntouched);
     EXPECT_EQ(reporter.values(Wait::No).back(), 90);
 }
 
@@ -258,6 +302,7 @@ TEST_F(FirmwareUpdate, SaysSoWhenTheHubDoesNotComeBackFromTheLastRestart)
     std::vector<Clock::Duration> expected{1s, 128ms};
     expected.insert(expected.end(), 20, 2s);
     EXPECT_EQ(setup.clock.pauses(), expected);
+    EXPECT_EQ(LastError, 5);
 }
 
 TEST_F(FirmwareUpdate, SendsTheLastRestartOnceEvenWhenItIsRefused)
@@ -267,6 +312,7 @@ TEST_F(FirmwareUpdate, SendsTheLastRestartOnceEvenWhenItIsRefused)
     EXPECT_FALSE(update());
     EXPECT_THAT(reporter.texts(Kind::Red), ElementsAre("Fail to Reset to Flash Code\n", "Update FW Fail\n"));
     EXPECT_EQ(wire.back().bRequest, 0xE9); // the closed handle answers the second and third attempt
+    EXPECT_EQ(LastError, kUntouched);
     EXPECT_THAT(setup.clock.pauses(), ElementsAre(1s, 128ms, 128ms, 128ms, 128ms));
 }
 
