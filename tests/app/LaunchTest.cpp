@@ -188,7 +188,7 @@ TEST(RunTool, EndsWhenItsWindowIsClosed)
     testing::internal::CaptureStderr();
     const int status = runTool(platform, "Vornadel", " [bench]", [&](AppDelegate& tool) {
         title = tool.window()->windowTitle();
-        QMetaObject::invokeMethod(tool.window(), &QWidget::close, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(tool.window(), "close", Qt::QueuedConnection);
     });
     testing::internal::GetCapturedStderr();
 
