@@ -17,7 +17,7 @@ std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLi
     app.fallthrough();
     app.add_option("--config", commandLine.configFile,
                    "Read this file instead of the config.ini beside the tool")
-        ->type_name("FILE")
+
         ->check(CLI::ExistingFile);
     std::string simulatedHub;
     const CLI::Option* simulated = app.add_flag(

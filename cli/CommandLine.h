@@ -18,9 +18,10 @@ struct CommandLine {
 };
 
 /// Exit statuses of vornadelctl.
-inline constexpr int kExitSuccess = 0;       ///< what was asked for was done, and verified where it can be
-inline constexpr int kExitFailure = 1;       ///< it was not; the reason has been printed
-inline constexpr int kExitUsage = 2;         ///< the command line was not understood
+inline constexpr int kExitSuccess = 0; ///< what was asked for was done, and verified where it can be
+inline constexpr int kExitFailure = 1; ///< it was not; the reason has been printed
+inline constexpr int kExitUsage =
+    2; ///< the command line was not understood, or the simulated hub cannot be set up
 inline constexpr int kExitInterrupted = 130; ///< a signal ended it half-way
 
 /// Reads the command line. Nothing when there is something to do; otherwise the exit status, after help, the version

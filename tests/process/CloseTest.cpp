@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -37,15 +38,29 @@ public:
     ~ClosingTheWindow() override { fs::remove_all(folder); }
 
 protected:
-    /// Runs the probe; its exit status, 124 after five seconds, or 128 and the signal that ended it.
+    /// Runs the probe; its exit status, 124 when it does not end, or 128 and the signal that ended it.
     int closeAt(const std::string& kind, unsigned number)
     {
-        const std::string command = "timeout 5 " + (folder / "probe").string() + " " + flashFile().string() +
-                                    " " + (folder / "new.bin").string() + " " + kind + " " +
-                                    std::to_string(number) + " 2>" + (folder / "log").string();
+        const std::string command = "QT_QPA_PLATFORM=offscreen timeout 60 " + (folder / "probe").string() +
+                                    " " + flashFile().string() + " " + (folder / "new.bin").string() + " " +
+                                    kind + " " + std::to_string(number) + " 2>" + (folder / "log").string();
         const int status = std::system(command.c_str());
         return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     }
+
+    /// From the closing of the window to now.
+    std::chrono::nanoseconds sinceItClosed() const
+    {
+        const std::string text = log();
+        const std::string key = "closed at ";
+        const std::size_t at = text.find(key);
+        EXPECT_NE(at, std::string::npos) << text;
+        const auto now = std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch());
+        return now - std::chrono::nanoseconds(
+                         at == std::string::npos ? 0 : std::stoll(text.substr(at + key.size())));
+    }
+
+    void expectAQuickEnd() const { EXPECT_LT(sinceItClosed(), std::chrono::seconds(5)); }
 
     std::string log() const
     {
@@ -96,6 +111,9 @@ class InEveryPhase : public ClosingTheWindow, public testing::WithParamInterface
 std::vector<Point> points()
 {
     std::vector<Point> all{{"launch", 0}, {"dialog", 0}, {"pause", 1}, {"pause", 2}, {"pause", 3}};
+    for (const unsigned request : {1U, 4U, 7U, 12U, 20U, 24U, 25U}) {
+        all.push_back({"start-up", request});
+    }
     for (unsigned request = 1; request <= 25; ++request) {
         all.push_back({"request", request});
     }
@@ -106,12 +124,17 @@ std::vector<Point> points()
 
 TEST_P(InEveryPhase, EndsTheProcessAndSparesTheNextUpdate)
 {
+    if (std::string(GetParam().kind) == "start-up") {
+        std::ofstream(folder / "config.ini", std::ios::app) << "[DumpTool Config]\nFwBin = new.bin\n";
+    }
     EXPECT_EQ(closeAt(GetParam().kind, GetParam().number), 0) << log();
+    expectAQuickEnd();
     expectTheNextUpdateToSucceed();
 }
 
 INSTANTIATE_TEST_SUITE_P(ClosingTheWindow, InEveryPhase, testing::ValuesIn(points()), [](const auto& point) {
-    return std::string(point.param.kind) + std::to_string(point.param.number);
+    const std::string kind = point.param.kind;
+    return (kind == "start-up" ? "StartUp" : kind) + std::to_string(point.param.number);
 });
 
 TEST_F(ClosingTheWindow, AfterTheUpdateLeavesTheNewFirmware)
@@ -123,6 +146,7 @@ TEST_F(ClosingTheWindow, AfterTheUpdateLeavesTheNewFirmware)
 TEST_F(ClosingTheWindow, IsNotHeldUpByATransferThatNeverEnds)
 {
     EXPECT_EQ(closeAt("stuck", 12), 0) << log();
+    expectAQuickEnd();
     expectTheNextUpdateToSucceed();
 }
 

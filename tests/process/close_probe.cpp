@@ -1,9 +1,11 @@
 // The window program on a simulated hub, which chooses an image, presses "Update" and closes its own window at a
-// moment told on the command line:
+// moment told on the command line. Only a flow's requests and pauses count, not the detection's. Prints the moment of
+// the closing to standard error, in nanoseconds of the monotonic clock.
 //
 //   close_probe FLASH IMAGE request N     while the N-th request after the press is in flight
 //   close_probe FLASH IMAGE stuck N       the same, and that request never ends
 //   close_probe FLASH IMAGE pause N       while the flow sleeps for the N-th time after the press
+//   close_probe FLASH IMAGE start-up N    while the N-th request of the start-up run is in flight
 //   close_probe FLASH IMAGE dialog 0      right after the image has been chosen
 //   close_probe FLASH IMAGE launch 0      as soon as the window is there, with the start-up run going on
 //   close_probe FLASH IMAGE end 0         after the last line
@@ -18,9 +20,11 @@
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QThread>
 #include <QTimer>
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
@@ -41,15 +45,24 @@ public:
     bool is(const std::string& kind) const { return m_kind == kind; }
 
     /// True once: at the N-th call for this kind since arm().
-    bool reached(const std::string& kind) { return m_armed && m_kind == kind && ++m_count == m_number; }
+    bool reached(const std::string& kind)
+    {
+        return m_armed && m_kind == kind && QThread::currentThread() != qApp->thread() &&
+               ++m_count == m_number;
+    }
 
     void arm() { m_armed = true; }
+
+    static void close()
+    {
+        QMetaObject::invokeMethod(
+            qApp, [] { qApp->closeAllWindows(); }, Qt::QueuedConnection);
+    }
 
     /// Has the window closed and does not return before that has happened.
     void closeAndWait(bool forEver)
     {
-        QMetaObject::invokeMethod(
-            qApp, [] { qApp->closeAllWindows(); }, Qt::QueuedConnection);
+        close();
         std::unique_lock lock(m_mutex);
         m_changed.wait(lock, [&] { return m_closed && !forEver; });
     }
@@ -59,6 +72,9 @@ public:
         const std::lock_guard lock(m_mutex);
         m_closed = true;
         m_changed.notify_all();
+        const auto now = std::chrono::steady_clock::now().time_since_epoch();
+        std::fprintf(stderr, "closed at %lld\n",
+                     static_cast<long long>(std::chrono::nanoseconds(now).count()));
     }
 
 private:
@@ -71,7 +87,7 @@ private:
     bool m_closed = false;
 };
 
-/// No pause takes time, but for the one in which the window closes.
+/// No pause takes time, but for the one in which the window closes: that one lasts until it is interrupted.
 class ProbeClock final : public Clock
 {
 public:
@@ -81,14 +97,24 @@ public:
     void sleep(Duration pause) override
     {
         if (m_moment.reached("pause")) {
-            m_moment.closeAndWait(false);
+            Moment::close();
+            std::unique_lock lock(m_mutex);
+            m_wake.wait(lock, [this] { return m_interrupted; });
         }
         m_now = m_now.load() + pause;
     }
     void after(Duration /*delay*/, std::function<void()> task) override { task(); }
-    void interrupt() override {}
+    void interrupt() override
+    {
+        const std::lock_guard lock(m_mutex);
+        m_interrupted = true;
+        m_wake.notify_all();
+    }
 
 private:
+    std::mutex m_mutex;
+    std::condition_variable m_wake;
+    bool m_interrupted = false;
     Moment& m_moment;
     std::atomic<Duration> m_now = Duration(0);
 };
@@ -121,6 +147,9 @@ void use(AppDelegate& delegate, Moment& moment, const QString& image)
         QTimer::singleShot(0, &delegate, [&delegate] { delegate.window()->close(); });
         return;
     }
+    if (moment.is("start-up")) {
+        return;
+    }
     whenIdle(delegate, [&delegate, &moment, image] {
         QTimer::singleShot(0, qApp, [image] { chooseInDialog(image); });
         delegate.btnSelect_EasyUpdate->click();
@@ -148,6 +177,10 @@ int main(int argc, char** argv)
     const QApplication application(argc, argv);
     QObject::connect(&application, &QApplication::lastWindowClosed, [&] { moment.windowHasClosed(); });
 
+    if (moment.is("start-up")) {
+        moment.arm();
+    }
+
     ProbeClock clock(moment);
     SimulatedHubOptions options;
     options.image = argv[1];
@@ -159,7 +192,7 @@ int main(int argc, char** argv)
         return 65;
     }
     bus->hub().onRequest = [&](const ControlRequest&) {
-        if (moment.reached("request")) {
+        if (moment.reached("request") || moment.reached("start-up")) {
             moment.closeAndWait(false);
         } else if (moment.reached("stuck")) {
             moment.closeAndWait(true);

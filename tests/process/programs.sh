@@ -1,0 +1,57 @@
+#!/bin/sh
+# programs.sh VORNADEL VORNADELCTL: how the real programs begin, and how two of them share a hub.
+set -u
+vornadel=$1
+vornadelctl=$2
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+failures=0
+
+# expect STATUS TEXT COMMAND...: the command must end with the status and say the text.
+expect() {
+    status=$1
+    text=$2
+    shift 2
+    actual=0
+    "$@" >"$work/said" 2>&1 </dev/null || actual=$?
+    if [ "$actual" -ne "$status" ] || ! grep -qF -e "$text" "$work/said"; then
+        echo "FAILED: $* ended with $actual, expected $status and \"$text\"; it said:"
+        cat "$work/said"
+        failures=$((failures + 1))
+    fi
+}
+
+QT_QPA_PLATFORM=offscreen
+HOME=$work
+XDG_STATE_HOME=$work/state
+export QT_QPA_PLATFORM HOME XDG_STATE_HOME
+
+for program in "$vornadel" "$vornadelctl"; do
+    expect 0 1.02 "$program" --version
+    expect 0 --simulated-hub "$program" --help
+done
+expect 2 "nonsense" "$vornadel" --nonsense
+expect 2 "nonsense" "$vornadelctl" --nonsense list
+expect 2 "it knows image" "$vornadel" --simulated-hub=colour=red
+expect 2 "it knows image" "$vornadelctl" --simulated-hub=colour=red list
+expect 2 "" "$vornadelctl"
+
+# Programs that start together on a flash that is not there yet all find it whole.
+round=0
+while [ $round -lt 10 ]; do
+    round=$((round + 1))
+    flash=$work/shared-$round.bin
+    pids=
+    for _ in 1 2 3 4; do
+        "$vornadelctl" "--simulated-hub=latency=none,image=$flash" list >>"$work/lists" 2>&1 &
+        pids="$pids $!"
+    done
+    for pid in $pids; do
+        wait "$pid" || {
+            echo "FAILED: one of four programs could not start on a new flash:"
+            cat "$work/lists"
+            failures=$((failures + 1))
+        }
+    done
+done
+exit $((failures > 0))
