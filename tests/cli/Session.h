@@ -46,6 +46,9 @@ public:
         err.str({});
         Platform platform{other, shell, privileged, version, clock};
         Hub_UsePlatform(other, clock);
+        if (interruptBeforeCommands) {
+            Hub_Abandon();
+        }
         return runCommand(commandLine, platform, folder.path(), out, err, terminal);
     }
 
@@ -58,6 +61,7 @@ public:
 
     SimulatedHub& hub() { return bus->hub(); }
 
+    bool interruptBeforeCommands = false; ///< as a signal does
     TemporaryFolder folder;
     VirtualClock clock;
     std::unique_ptr<SimulatedBus> bus;

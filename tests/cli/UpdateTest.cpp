@@ -204,4 +204,13 @@ TEST(Update, WorksOnTheHubsThatAConfigFileNames)
 
 } // namespace
 
+TEST(Update, SendsNothingWhenASignalCameBeforeItsFirstRequest)
+{
+    Session session;
+    const std::string image = session.folder.write("demo.bin", demoImage(kDemoVersion101));
+    session.interruptBeforeCommands = true;
+    EXPECT_EQ(session.update(image), kExitFailure);
+    EXPECT_EQ(session.hub().requestCount(), 0U);
+}
+
 } // namespace vornadel::test
