@@ -1,6 +1,7 @@
 #include "app/Tool.h"
 #include "config/Version.h"
 #include "platform/linux/LinuxPlatform.h"
+#include "platform/linux/StandardFiles.h"
 #include "sim/SimulatedBus.h"
 
 #include <CLI/CLI.hpp>
@@ -8,6 +9,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -55,10 +57,7 @@ std::optional<int> readArguments(int argc, char** argv, bool strict, Arguments& 
     return std::nullopt;
 }
 
-} // namespace
-
-// NOLINTNEXTLINE(bugprone-exception-escape): nothing is thrown but for want of memory
-int main(int argc, char** argv)
+int chooseAndRun(int argc, char** argv)
 {
     Arguments arguments;
     // Help and version need no display, so they come before Qt; what is wrong can be told only once Qt has taken
@@ -86,4 +85,17 @@ int main(int argc, char** argv)
     }
     Platform platform{*bus, real.shell, real.privileged, real.systemVersion, real.clock};
     return runTool(platform, argv[0], " [simulated hub]");
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    keepStandardFilesOpen();
+    try {
+        return chooseAndRun(argc, argv);
+    } catch (const std::exception& problem) { // no memory, no thread to be had
+        std::fprintf(stderr, "Vornadel: %s\n", problem.what());
+        return EXIT_FAILURE;
+    }
 }

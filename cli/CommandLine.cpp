@@ -7,6 +7,14 @@
 namespace vornadel
 {
 
+namespace
+{
+
+/// An empty variable of a script must not turn "info $IMAGE" into a question about the hub.
+std::string refuseEmpty(const std::string& name) { return name.empty() ? "the name is empty" : ""; }
+
+} // namespace
+
 std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLine& commandLine,
                                     std::ostream& out, std::ostream& err)
 {
@@ -26,9 +34,10 @@ std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLi
 
     CLI::App* update =
         app.add_subcommand("update", "Write an image to the hub's flash, verify it and restart the hub");
-    update->add_option("IMAGE", commandLine.image, "Firmware image (*.bin)")->required();
+    update->add_option("IMAGE", commandLine.image, "Firmware image (*.bin)")->required()->check(refuseEmpty);
     CLI::App* info = app.add_subcommand("info", "Show the attached hub, or a firmware image");
-    info->add_option("IMAGE", commandLine.image, "Firmware image (*.bin); without it the hub is asked");
+    info->add_option("IMAGE", commandLine.image, "Firmware image (*.bin); without it the hub is asked")
+        ->check(refuseEmpty);
     app.add_subcommand("list", "List the attached USB devices and which of them are supported hubs");
 
     try {

@@ -128,15 +128,20 @@ int runCommand(const CommandLine& commandLine, Platform& platform, const std::st
     if (!config.problem.empty()) {
         err << config.problem << '\n';
     }
-    switch (commandLine.verb) {
-    case CommandLine::Verb::Update:
-        return update(commandLine.image, out, err, terminal);
-    case CommandLine::Verb::Info:
-        return commandLine.image.empty() ? showHub(out, err) : showImage(commandLine.image, out, err);
-    case CommandLine::Verb::List:
-        break;
+    if (commandLine.verb == CommandLine::Verb::Update) {
+        return update(commandLine.image, out, err, terminal); // verified or not, whoever reads about it
     }
-    return list(platform.usb, out, err);
+    int status = kExitSuccess;
+    if (commandLine.verb == CommandLine::Verb::List) {
+        status = list(platform.usb, out, err);
+    } else {
+        status = commandLine.image.empty() ? showHub(out, err) : showImage(commandLine.image, out, err);
+    }
+    if (!out.flush()) {
+        err << "the answer could not be written\n";
+        return kExitFailure;
+    }
+    return status;
 }
 
 } // namespace vornadel

@@ -4,9 +4,11 @@
 #include "config/ToolPlace.h"
 #include "hub/HubTransport.h"
 #include "platform/linux/LinuxPlatform.h"
+#include "platform/linux/StandardFiles.h"
 #include "sim/SimulatedBus.h"
 
-#include <csignal>
+#include <cstdio>
+#include <exception>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -20,7 +22,6 @@ using namespace vornadel;
 
 int run(const CommandLine& commandLine, Platform platform, const char* argv0)
 {
-    std::signal(SIGPIPE, SIG_IGN); // an update goes on when nobody reads its progress any more
     Hub_UsePlatform(platform.usb, platform.clock); // before a signal can abandon the hub: this would undo it
     const Interruption interruption(platform.clock);
     const int status = runCommand(commandLine, platform, toolPlace(argv0).resourcePath, std::cout, std::cerr,
@@ -32,9 +33,7 @@ int run(const CommandLine& commandLine, Platform platform, const char* argv0)
     return status;
 }
 
-} // namespace
-
-int main(int argc, char** argv)
+int chooseAndRun(int argc, char** argv)
 {
     CommandLine commandLine;
     if (const auto ended = parseCommandLine(argc, argv, commandLine, std::cout, std::cerr)) {
@@ -53,4 +52,17 @@ int main(int argc, char** argv)
         return kExitUsage;
     }
     return run(commandLine, {*bus, real.shell, real.privileged, real.systemVersion, real.clock}, argv[0]);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    keepStandardFilesOpen();
+    try {
+        return chooseAndRun(argc, argv);
+    } catch (const std::exception& problem) { // no memory, no thread to be had
+        std::fprintf(stderr, "vornadelctl: %s\n", problem.what());
+        return kExitFailure;
+    }
 }

@@ -35,7 +35,7 @@ inline constexpr std::size_t kRequestKindCount = 9;
 /// | `vanish-before` | a request | the hub is unplugged before the request takes effect; it fails |
 /// | `vanish-after` | a request | the request takes effect, then the hub is unplugged; it fails |
 /// | `torn:BYTES` | a write | only the first BYTES bytes are programmed, then it fails |
-/// | `flip` | a write or read | succeeds with one bit of the data changed (bit 0 of the middle byte) |
+/// | `flip` | a write or read | succeeds with one bit of the middle byte changed: bit 0 on a write, bit 1 on a read |
 /// | `ignore` | a request | it succeeds without effect; a buffer to fill is left alone |
 /// | `open-refused:COUNT` | opens | COUNT exclusive opens in a row fail |
 /// | `never` | a restart | the hub does not come back |

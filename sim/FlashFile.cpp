@@ -128,6 +128,11 @@ FlashFile::openOrCreate(const std::string& path, const std::vector<std::uint8_t>
         fail(error, "cannot write " + file->m_path, because(errno));
         return nullptr;
     }
+    const std::string lockName = file->m_path + ".lock";
+    if (!Descriptor(::open(lockName.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kNewFileMode)).valid()) {
+        fail(error, "cannot open " + lockName, because(errno));
+        return nullptr;
+    }
     const std::string folder = folderOf(file->m_path);
     if (::faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0) {
         fail(error, "cannot replace files in " + folder, because(errno));
@@ -179,8 +184,10 @@ bool FlashFile::load(std::vector<std::uint8_t>& bytes, std::string& error) const
 
 bool FlashFile::store(const std::vector<std::uint8_t>& bytes, std::string& error) const
 {
-    std::string temporary = m_path + ".XXXXXX";
-    const Descriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
+    // One name for all, under the lock: what a killed program leaves behind is used up by the next one.
+    const std::string temporary = m_path + ".new";
+    ::unlink(temporary.c_str());
+    const Descriptor file(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode));
     if (!file.valid()) {
         return fail(error, "cannot write beside " + m_path, because(errno));
     }

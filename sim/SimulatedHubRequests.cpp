@@ -203,7 +203,7 @@ SimulatedHub::Outcome SimulatedHub::readFlash(ControlRequest& request, const Req
     const std::span<std::uint8_t> buffer(static_cast<std::uint8_t*>(request.data), range.size());
     std::copy(range.begin(), range.end(), buffer.begin());
     if (effects.flip && !buffer.empty()) {
-        buffer[buffer.size() / 2] ^= 0x01;
+        buffer[buffer.size() / 2] ^= 0x02; // not the bit of a flipped write, which it would hide
     }
     request.transferred = request.wLength;
     return {};

@@ -35,6 +35,18 @@ expect 2 "nonsense" "$vornadelctl" --nonsense list
 expect 2 "it knows image" "$vornadel" --simulated-hub=colour=red
 expect 2 "it knows image" "$vornadelctl" --simulated-hub=colour=red list
 expect 2 "" "$vornadelctl"
+expect 2 "empty" "$vornadelctl" info ""
+
+# An answer that reaches nobody is no success, and what belongs on a closed standard error goes into no other file.
+hub=--simulated-hub=latency=none,mode=rom,image=$work/own.bin
+# shellcheck disable=SC2016 # the inner shell's own words
+expect 1 "could not be written" sh -c '"$1" "$2" list >/dev/full' sh "$vornadelctl" "$hub"
+# shellcheck disable=SC2016 # the inner shell's own words
+expect 1 "" sh -c '"$1" "$2,fault=flip@write#3" update "$3" 2>&-' sh "$vornadelctl" "$hub" "$work/own.bin"
+if [ -s "$work/own.bin.lock" ]; then
+    echo "FAILED: standard error was written into the lock file"
+    failures=$((failures + 1))
+fi
 
 # Programs that start together on a flash that is not there yet all find it whole.
 round=0
