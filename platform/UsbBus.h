@@ -33,7 +33,8 @@ public:
     virtual std::uint16_t
     productId() const = 0; ///< idProduct, known without opening; 0 when it cannot be read
 
-    /// Exclusive open; false when another party holds the device, access is denied or the device has left.
+    /// Exclusive open; false when another party holds the device, access is denied or the device has left. Not to be
+    /// called on a device object that is open already.
     virtual bool open() = 0;
 
     /// One synchronous control transfer on an open device. 0 only when the whole data stage moved; any other

@@ -143,6 +143,9 @@ TEST_F(HotplugWatchTest, TheEndOfTheWatchWaitsForTheListener)
         while (!leaving) {
             std::this_thread::yield();
         }
+        for (int i = 0; i < 10000; ++i) { // long enough for an end that does not wait
+            std::this_thread::yield();
+        }
         ended = true;
     }));
     plug("1-1");

@@ -104,7 +104,9 @@ TEST(StdClock, WaitsAtItsEndForARunningTask)
         StdClock clock;
         clock.after(milliseconds(0), [&] {
             entered.set_value();
-            std::this_thread::yield();
+            for (int i = 0; i < 10000; ++i) { // long enough for an end that does not wait
+                std::this_thread::yield();
+            }
             ended = true;
         });
         entered.get_future().wait();
