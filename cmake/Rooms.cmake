@@ -47,7 +47,8 @@ function(vornadel_target_defaults target)
     $<$<BOOL:${VORNADEL_WARNINGS_ARE_ERRORS}>:-Werror>)
   if(VORNADEL_SANITIZE)
     target_compile_options(${target} PRIVATE
-      -fsanitize=${VORNADEL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+      -fsanitize=${VORNADEL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all
+      -Wno-maybe-uninitialized) # g++ 12 sees ghosts in the standard library once it is instrumented
     target_link_options(${target} PUBLIC -fsanitize=${VORNADEL_SANITIZE})
   endif()
 endfunction()
