@@ -1,0 +1,164 @@
+#include "firmware/ImageFile.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace vornadel
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+constexpr mode_t kNewFile = 0666;   // less the umask
+constexpr mode_t kOwnerOnly = 0600; // until it has the permissions of the file that it replaces
+constexpr mode_t kPermissions = 07777;
+
+constexpr int kMostLinks = 40;
+constexpr int kMostNames = 100;
+
+std::string because(int errorNumber) { return std::generic_category().message(errorNumber); }
+
+bool fail(std::string& problem, const std::string& path, const std::string& why)
+{
+    problem = path;
+    problem += ": ";
+    problem += why;
+    return false;
+}
+
+/// Where the bytes are to go: past all symbolic links, also when the last one leads to what is still to be made.
+/// An error number, 0 when all is well.
+int followLinks(fs::path& path, bool exists)
+{
+    std::error_code code;
+    if (exists) {
+        path = fs::canonical(path, code);
+        return code.value();
+    }
+    for (int links = 0; links < kMostLinks; ++links) {
+        const fs::path target = fs::read_symlink(path, code);
+        if (code) {
+            return 0; // a name that nobody has yet
+        }
+        path = path.parent_path() / target;
+    }
+    return ELOOP;
+}
+
+/// A new file in a folder, gone again at the end unless it took the place of another. errno tells why it failed.
+class TemporaryFile
+{
+public:
+    TemporaryFile(const fs::path& folder, mode_t mode)
+    {
+        // Short, because the name of the file itself may be as long as a name can be.
+        const std::string name = ".vornadel-" + std::to_string(::getpid()) + '-';
+        for (int number = 0; m_file < 0 && number < kMostNames; ++number) {
+            m_path = folder / (name + std::to_string(number));
+            m_file = ::open(m_path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+            if (m_file < 0 && errno != EEXIST) {
+                return;
+            }
+        }
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+    ~TemporaryFile()
+    {
+        if (m_file >= 0) {
+            ::close(m_file);
+        }
+        if (m_file >= 0 && !m_inPlace) {
+            ::unlink(m_path.c_str());
+        }
+    }
+
+    bool valid() const { return m_file >= 0; }
+
+    bool write(const std::uint8_t* bytes, std::size_t size) const
+    {
+        while (size > 0) {
+            const ssize_t count = ::write(m_file, bytes, size);
+            if (count < 0 && errno == EINTR) {
+                continue;
+            }
+            if (count <= 0) {
+                return false;
+            }
+            bytes += count;
+            size -= static_cast<std::size_t>(count);
+        }
+        return true;
+    }
+
+    /// Owner and group as far as the system lets us, permissions in any case. In this order, because a change of the
+    /// owner takes the set-id bits away; and without those that would speak in another one's name.
+    bool resemble(const struct stat& other) const
+    {
+        const bool sameOwner = ::fchown(m_file, other.st_uid, other.st_gid) == 0;
+        const bool sameGroup = sameOwner || ::fchown(m_file, static_cast<uid_t>(-1), other.st_gid) == 0;
+        mode_t mode = other.st_mode & kPermissions;
+        mode &= ~static_cast<mode_t>((sameOwner ? 0 : S_ISUID) | (sameGroup ? 0 : S_ISGID));
+        return ::fchmod(m_file, mode) == 0;
+    }
+
+    bool takePlaceOf(const fs::path& path)
+    {
+        m_inPlace = ::fsync(m_file) == 0 && ::rename(m_path.c_str(), path.c_str()) == 0;
+        return m_inPlace;
+    }
+
+private:
+    fs::path m_path;
+    int m_file = -1;
+    bool m_inPlace = false;
+};
+
+/// Makes the new name last. The file is in its place already, so there is nothing left that could fail.
+void syncFolder(const fs::path& folder)
+{
+    const int file = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (file >= 0) {
+        ::fsync(file);
+        ::close(file);
+    }
+}
+
+} // namespace
+
+bool saveFileAtomically(const std::string& path, const std::uint8_t* bytes, std::size_t size,
+                        std::string& problem)
+{
+    struct stat old = {};
+    const bool exists = ::stat(path.c_str(), &old) == 0;
+    if (!exists && errno != ENOENT) {
+        return fail(problem, path, because(errno));
+    }
+    if (exists && !S_ISREG(old.st_mode)) {
+        return fail(problem, path, S_ISDIR(old.st_mode) ? "it is a folder" : "it is not a regular file");
+    }
+    if (exists && ::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) {
+        return fail(problem, path, because(errno)); // its folder would let us replace it all the same
+    }
+    fs::path target = path;
+    if (const int error = followLinks(target, exists)) {
+        return fail(problem, path, because(error));
+    }
+    const fs::path folder = target.has_parent_path() ? target.parent_path() : ".";
+    TemporaryFile file(folder, exists ? kOwnerOnly : kNewFile);
+    if (!file.valid() || !file.write(bytes, size) || (exists && !file.resemble(old)) ||
+        !file.takePlaceOf(target)) {
+        return fail(problem, path, because(errno));
+    }
+    syncFolder(folder);
+    return true;
+}
+
+} // namespace vornadel

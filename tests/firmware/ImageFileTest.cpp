@@ -1,0 +1,374 @@
+#include "firmware/ImageFile.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace vornadel::test
+{
+namespace
+{
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+constexpr uid_t kNobody = 65534;
+
+/// Runs what follows without root's right to write everywhere, so that the permissions of files count in containers
+/// and on build machines too. Changes nothing for anyone else.
+class WithoutRootsRights
+{
+public:
+    WithoutRootsRights() : m_root(::geteuid() == 0) { EXPECT_TRUE(!m_root || ::seteuid(kNobody) == 0); }
+    WithoutRootsRights(const WithoutRootsRights&) = delete;
+    WithoutRootsRights& operator=(const WithoutRootsRights&) = delete;
+    ~WithoutRootsRights() { EXPECT_TRUE(!m_root || ::seteuid(0) == 0); }
+
+private:
+    bool m_root;
+};
+
+/// No file may grow beyond that many bytes, as on a disk that is full then.
+class FullDisk
+{
+public:
+    explicit FullDisk(rlim_t bytes) : m_signal(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        EXPECT_EQ(::getrlimit(RLIMIT_FSIZE, &m_before), 0);
+        const rlimit limit{bytes, m_before.rlim_max};
+        EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+    ~FullDisk()
+    {
+        ::setrlimit(RLIMIT_FSIZE, &m_before);
+        std::signal(SIGXFSZ, m_signal);
+    }
+
+private:
+    rlimit m_before{};
+    void (*m_signal)(int);
+};
+
+/// An empty folder of a test's own.
+class ImageFile : public testing::Test
+{
+public:
+    ~ImageFile() override
+    {
+        std::error_code ignored;
+        fs::remove_all(m_folder, ignored);
+    }
+
+protected:
+    ImageFile()
+    {
+        std::string pattern = testing::TempDir() + "imagefile_XXXXXX";
+        EXPECT_NE(::mkdtemp(pattern.data()), nullptr);
+        m_folder = pattern;
+    }
+
+    std::string path(const std::string& name) const { return m_folder + '/' + name; }
+
+    std::string make(const std::string& name, const std::string& content) const
+    {
+        std::ofstream(path(name)) << content;
+        return path(name);
+    }
+
+    static std::string contentOf(const std::string& file)
+    {
+        std::ifstream stream(file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    }
+
+    static mode_t modeOf(const std::string& file)
+    {
+        struct stat info = {};
+        EXPECT_EQ(::stat(file.c_str(), &info), 0);
+        return info.st_mode & 07777;
+    }
+
+    std::vector<std::string> names() const
+    {
+        std::vector<std::string> found;
+        for (const auto& entry : fs::directory_iterator(m_folder)) {
+            found.push_back(entry.path().filename().string());
+        }
+        return found;
+    }
+
+    static bool save(const std::string& file, const std::string& content, std::string& problem)
+    {
+        return saveFileAtomically(file, reinterpret_cast<const std::uint8_t*>(content.data()), content.size(),
+                                  problem);
+    }
+
+    static void expectSaved(const std::string& file, const std::string& content)
+    {
+        std::string problem;
+        EXPECT_TRUE(save(file, content, problem)) << problem;
+        EXPECT_THAT(problem, IsEmpty());
+        EXPECT_EQ(contentOf(file), content);
+    }
+
+    /// For another thread may save the same file right afterwards.
+    static void expectSavedQuietly(const std::string& file, const std::string& content)
+    {
+        std::string problem;
+        EXPECT_TRUE(save(file, content, problem)) << problem;
+    }
+
+    static void expectRefused(const std::string& file, const std::string& why)
+    {
+        std::string problem;
+        EXPECT_FALSE(save(file, "new", problem)) << file;
+        EXPECT_EQ(problem, file + ": " + why);
+    }
+
+    std::string m_folder;
+};
+
+TEST_F(ImageFile, MakesANewFileThatTheUmaskAllows)
+{
+    const mode_t before = ::umask(027);
+    expectSaved(path("new.bin"), "content");
+    ::umask(before);
+    EXPECT_EQ(modeOf(path("new.bin")), 0640U);
+    EXPECT_THAT(names(), ElementsAre("new.bin"));
+}
+
+TEST_F(ImageFile, KeepsEveryByte)
+{
+    std::string bytes;
+    for (int i = 0; i < 70000; ++i) {
+        bytes += static_cast<char>(i * 7);
+    }
+    expectSaved(path("new.bin"), bytes);
+    expectSaved(path("empty.bin"), "");
+}
+
+TEST_F(ImageFile, ReplacesAllOfALongerFile)
+{
+    const std::string file = make("old.bin", std::string(5000, 'o'));
+    expectSaved(file, "short");
+    EXPECT_THAT(names(), ElementsAre("old.bin"));
+}
+
+TEST_F(ImageFile, KeepsPermissionsAndOwnerOfTheFileThatItReplaces)
+{
+    for (const mode_t mode : {0600U, 0640U, 0666U, 0755U, 04711U}) {
+        SCOPED_TRACE(mode);
+        const std::string file = make("old.bin", "old");
+        ASSERT_TRUE(::geteuid() != 0 || ::chown(file.c_str(), kNobody, kNobody) == 0);
+        ASSERT_EQ(::chmod(file.c_str(), mode), 0);
+        struct stat before = {};
+        ASSERT_EQ(::stat(file.c_str(), &before), 0);
+        expectSaved(file, "new");
+        struct stat after = {};
+        ASSERT_EQ(::stat(file.c_str(), &after), 0);
+        EXPECT_EQ(after.st_mode, before.st_mode);
+        EXPECT_EQ(after.st_uid, before.st_uid);
+        EXPECT_EQ(after.st_gid, before.st_gid);
+        ASSERT_EQ(::unlink(file.c_str()), 0);
+    }
+}
+
+TEST_F(ImageFile, WritesIntoTheWorkingFolderWhenTheNameHasNone)
+{
+    const fs::path before = fs::current_path();
+    fs::current_path(m_folder);
+    expectSaved("here.bin", "content");
+    fs::current_path(before);
+    EXPECT_EQ(contentOf(path("here.bin")), "content");
+}
+
+TEST_F(ImageFile, WritesTheFileThatALinkLeadsToAndKeepsTheLink)
+{
+    fs::create_directory(path("far"));
+    const std::string file = make("far/old.bin", "old");
+    fs::create_symlink("far/old.bin", path("relative"));
+    fs::create_symlink(path("relative"), path("link to a link"));
+    expectSaved(path("link to a link"), "new");
+    EXPECT_EQ(contentOf(file), "new");
+    EXPECT_TRUE(fs::is_symlink(path("relative")));
+    EXPECT_TRUE(fs::is_symlink(path("link to a link")));
+    EXPECT_THAT(names(), UnorderedElementsAre("far", "relative", "link to a link"));
+}
+
+TEST_F(ImageFile, MakesTheFileThatADanglingLinkLeadsTo)
+{
+    fs::create_directory(path("far"));
+    fs::create_symlink("far/new.bin", path("relative"));
+    fs::create_symlink("relative", path("link"));
+    expectSaved(path("link"), "new");
+    EXPECT_TRUE(fs::is_symlink(path("link")));
+    EXPECT_EQ(contentOf(path("far/new.bin")), "new");
+}
+
+TEST_F(ImageFile, LeavesOtherHardLinksWithTheOldContent)
+{
+    const std::string file = make("old.bin", "old");
+    fs::create_hard_link(file, path("other.bin"));
+    expectSaved(file, "new");
+    EXPECT_EQ(contentOf(path("other.bin")), "old");
+}
+
+TEST_F(ImageFile, TakesTheLongestNameThereIs)
+{
+    expectSaved(path(std::string(255, 'n')), "content");
+    expectRefused(path(std::string(256, 'n')), "File name too long");
+}
+
+TEST_F(ImageFile, GoesRoundWhatAnEarlierRunLeftBehind)
+{
+    const std::string left = ".vornadel-" + std::to_string(::getpid()) + "-0";
+    make(left, "half a file");
+    expectSaved(path("new.bin"), "content");
+    EXPECT_EQ(contentOf(path(left)), "half a file");
+    EXPECT_THAT(names(), UnorderedElementsAre(left, "new.bin"));
+}
+
+TEST_F(ImageFile, RefusesWhatIsNoRegularFile)
+{
+    fs::create_directory(path("folder"));
+    ASSERT_EQ(::mkfifo(path("pipe").c_str(), 0600), 0); // opened for writing, it would block
+    fs::create_symlink("/dev/full", path("link to a device"));
+    fs::create_symlink("folder", path("link to a folder"));
+    expectRefused(path("folder"), "it is a folder");
+    expectRefused(path("folder/"), "it is a folder");
+    expectRefused(path("link to a folder"), "it is a folder");
+    expectRefused(path("pipe"), "it is not a regular file");
+    expectRefused("/dev/full", "it is not a regular file");
+    expectRefused(path("link to a device"), "it is not a regular file");
+    EXPECT_TRUE(fs::is_character_file("/dev/full"));
+    EXPECT_TRUE(fs::is_fifo(path("pipe")));
+    EXPECT_TRUE(fs::is_empty(path("folder")));
+}
+
+TEST_F(ImageFile, RefusesAPathThatLeadsNowhere)
+{
+    make("file", "old");
+    fs::create_symlink("loop", path("loop"));
+    fs::create_symlink("missing/new.bin", path("link"));
+    expectRefused("", "No such file or directory");
+    expectRefused(path("missing/new.bin"), "No such file or directory");
+    expectRefused(path("missing/"), "No such file or directory");
+    expectRefused(path("link"), "No such file or directory");
+    expectRefused(path("file/new.bin"), "Not a directory");
+    expectRefused(path("loop"), "Too many levels of symbolic links");
+    EXPECT_EQ(contentOf(path("file")), "old");
+    EXPECT_THAT(names(), UnorderedElementsAre("file", "loop", "link"));
+}
+
+TEST_F(ImageFile, LeavesTheOldFileWhenTheDiskIsFull)
+{
+    const std::string content(5000, 'n');
+    for (const rlim_t room : {0UL, 1UL, 4096UL, 4999UL}) {
+        SCOPED_TRACE(room);
+        const std::string file = make("old.bin", "old");
+        std::string problem;
+        {
+            const FullDisk full(room);
+            EXPECT_FALSE(save(file, content, problem));
+            EXPECT_FALSE(save(path("new.bin"), content, problem));
+        }
+        EXPECT_EQ(problem, path("new.bin") + ": File too large");
+        EXPECT_EQ(contentOf(file), "old");
+        EXPECT_THAT(names(), ElementsAre("old.bin"));
+    }
+    const FullDisk justLargeEnough(5000);
+    expectSaved(path("old.bin"), content);
+}
+
+TEST_F(ImageFile, LeavesTheOldFileInAFolderThatMayNotBeWritten)
+{
+    const std::string file = make("old.bin", "old");
+    ASSERT_EQ(::chmod(file.c_str(), 0666), 0);
+    ASSERT_EQ(::chmod(m_folder.c_str(), 0555), 0);
+    {
+        const WithoutRootsRights ordinary;
+        expectRefused(file, "Permission denied");
+        expectRefused(path("new.bin"), "Permission denied");
+    }
+    ASSERT_EQ(::chmod(m_folder.c_str(), 0755), 0);
+    EXPECT_EQ(contentOf(file), "old");
+    EXPECT_THAT(names(), ElementsAre("old.bin"));
+}
+
+TEST_F(ImageFile, LeavesAFileThatMayNotBeWrittenThoughItsFolderMay)
+{
+    const std::string file = make("old.bin", "old");
+    ASSERT_EQ(::chmod(file.c_str(), 0444), 0);
+    ASSERT_EQ(::chmod(m_folder.c_str(), 0777), 0);
+    {
+        const WithoutRootsRights ordinary;
+        expectRefused(file, "Permission denied");
+        expectSaved(path("new.bin"), "content");
+    }
+    EXPECT_EQ(contentOf(file), "old");
+    EXPECT_THAT(names(), UnorderedElementsAre("old.bin", "new.bin"));
+}
+
+TEST_F(ImageFile, ReplacesAForeignFileThatMayBeWrittenWithoutItsSetIdBits)
+{
+    const std::string file = make("old.bin", "old");
+    ASSERT_EQ(::chmod(file.c_str(), 04777), 0);
+    ASSERT_EQ(::chmod(m_folder.c_str(), 0777), 0);
+    const bool foreign = ::geteuid() == 0; // without root there is no second user, and the bits stay
+    {
+        const WithoutRootsRights ordinary;
+        expectSaved(file, "new");
+    }
+    EXPECT_EQ(modeOf(file), foreign ? 0777U : 04777U);
+}
+
+TEST_F(ImageFile, IsWholeAtAnyMoment)
+{
+    const std::string one(20000, '1');
+    const std::string two(30000, '2');
+    const std::string file = make("file.bin", one);
+    std::thread writer([&] {
+        for (int round = 0; round < 20; ++round) {
+            expectSavedQuietly(file, round % 2 == 0 ? two : one);
+        }
+    });
+    for (int look = 0; look < 200; ++look) {
+        const std::string seen = contentOf(file);
+        EXPECT_TRUE(seen == one || seen == two) << seen.size();
+    }
+    writer.join();
+}
+
+TEST_F(ImageFile, IsOneOfTwoThatAreSavedAtOnce)
+{
+    const std::string one(20000, '1');
+    const std::string two(30000, '2');
+    const std::string file = path("file.bin");
+    for (int round = 0; round < 10; ++round) {
+        std::thread other([&] { expectSavedQuietly(file, two); });
+        expectSavedQuietly(file, one);
+        other.join();
+        const std::string seen = contentOf(file);
+        EXPECT_TRUE(seen == one || seen == two) << seen.size();
+        EXPECT_THAT(names(), ElementsAre("file.bin"));
+    }
+}
+
+} // namespace
+} // namespace vornadel::test
