@@ -1,5 +1,6 @@
 #include "flows/FirmwareUpdate.h"
 
+#include "flows/Pieces.h"
 #include "hub/HubCommands.h"
 #include "hub/HubTransport.h"
 
@@ -15,31 +16,11 @@ namespace vornadel
 namespace
 {
 
-/// One control transfer carries at most this many bytes.
-constexpr std::int32_t kPieceSize = 4096;
-
 /// Percent of the bar that a pass over the whole image fills.
 constexpr double kPassPercent = 40;
 
 /// Why a step failed, as shown to the user; null when it succeeded.
 using Reason = const char*;
-
-/// Goes over an image of `size` bytes piece by piece, moving `progress` along.
-/// `transfer(address, length)` returns a request status; the pass ends at the first that is not 0.
-template <typename Transfer>
-bool forEachPiece(std::int32_t size, double& progress, FlowReporter& reporter, Transfer transfer)
-{
-    for (std::int32_t address = 0; address < size;) {
-        const std::int32_t length = std::min(kPieceSize, size - address);
-        if (transfer(static_cast<std::uint32_t>(address), static_cast<std::uint16_t>(length)) != 0) {
-            return false;
-        }
-        address += length;
-        progress += static_cast<double>(length) / size * kPassPercent;
-        reporter.updateProgressBar(progress, Wait::No);
-    }
-    return true;
-}
 
 Reason writeAndVerify(const FwImage& image, FlowReporter& reporter)
 {
@@ -67,16 +48,18 @@ Reason writeAndVerify(const FwImage& image, FlowReporter& reporter)
     reporter.updateProgressBar(progress, Wait::Yes);
 
     reporter.appendProgressInfo_Blue("Write Flash...\n");
-    if (!forEachPiece(image.size, progress, reporter, [&](std::uint32_t address, std::uint16_t length) {
-            return Hub_WriteFlash(address, bytes + address, length);
-        })) {
+    if (!forEachPiece(image.size, kPassPercent, progress, reporter,
+                      [&](std::uint32_t address, std::uint16_t length) {
+                          return Hub_WriteFlash(address, bytes + address, length);
+                      })) {
         return "Fail to Write Flash\n";
     }
 
     reporter.appendProgressInfo_Blue("Read Flash...\n");
-    if (!forEachPiece(image.size, progress, reporter, [&](std::uint32_t address, std::uint16_t length) {
-            return Hub_ReadFlash(address, readBack.get() + address, length);
-        })) {
+    if (!forEachPiece(image.size, kPassPercent, progress, reporter,
+                      [&](std::uint32_t address, std::uint16_t length) {
+                          return Hub_ReadFlash(address, readBack.get() + address, length);
+                      })) {
         return "Fail to Read Flash\n";
     }
 

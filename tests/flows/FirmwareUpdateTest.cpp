@@ -2,6 +2,7 @@
 
 #include "diagnosis/LastError.h"
 #include "hub/HubCommands.h"
+#include "tests/flows/WireLog.h"
 #include "tests/support/RecordingReporter.h"
 #include "tests/support/ScriptedBus.h"
 #include "tests/support/SimulatedSetup.h"
@@ -27,25 +28,6 @@ using Kind = RecordingReporter::Kind;
 /// A value that nothing sets.
 constexpr int kUntouched = -1;
 
-/// One request as it stood on the wire, data stage of an OUT request included.
-struct WireRequest {
-    std::uint8_t bmRequestType;
-    std::uint8_t bRequest;
-    std::uint16_t wValue;
-    std::uint16_t wIndex;
-    std::uint16_t wLength;
-    std::vector<std::uint8_t> out;
-
-    bool operator==(const WireRequest&) const = default;
-};
-
-void PrintTo(const WireRequest& request, std::ostream* stream)
-{
-    *stream << std::hex << unsigned{request.bmRequestType} << ' ' << unsigned{request.bRequest} << ' '
-            << request.wValue << ' ' << request.wIndex << ' ' << request.wLength << " +" << std::dec
-            << request.out.size();
-}
-
 std::vector<std::uint8_t> newImage() { return demoImage(0x0101); }
 
 class FirmwareUpdate : public testing::Test
@@ -54,14 +36,7 @@ protected:
     FirmwareUpdate()
     {
         LastError = kUntouched;
-        setup.hub().onRequest = [this](const ControlRequest& request) {
-            const auto* data = static_cast<const std::uint8_t*>(request.data);
-            const bool out = (request.bmRequestType & 0x80) == 0 && data != nullptr;
-            wire.push_back({request.bmRequestType, request.bRequest, request.wValue, request.wIndex,
-                            request.wLength,
-                            out ? std::vector<std::uint8_t>(data, data + request.wLength)
-                                : std::vector<std::uint8_t>()});
-        };
+        keepRequests(setup.hub(), wire);
     }
 
     void load(const std::vector<std::uint8_t>& bytes)

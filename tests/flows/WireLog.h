@@ -1,0 +1,43 @@
+#pragma once
+
+#include "sim/SimulatedHub.h"
+
+#include <cstdint>
+#include <ostream>
+#include <vector>
+
+namespace vornadel::test
+{
+
+/// One request as it stood on the wire, data stage of an OUT request included.
+struct WireRequest {
+    std::uint8_t bmRequestType;
+    std::uint8_t bRequest;
+    std::uint16_t wValue;
+    std::uint16_t wIndex;
+    std::uint16_t wLength;
+    std::vector<std::uint8_t> out;
+
+    bool operator==(const WireRequest&) const = default;
+};
+
+inline void PrintTo(const WireRequest& request, std::ostream* stream)
+{
+    *stream << std::hex << unsigned{request.bmRequestType} << ' ' << unsigned{request.bRequest} << ' '
+            << request.wValue << ' ' << request.wIndex << ' ' << request.wLength << " +" << std::dec
+            << request.out.size();
+}
+
+/// Keeps every request that reaches the hub from now on. The list outlives the hub's last request.
+inline void keepRequests(SimulatedHub& hub, std::vector<WireRequest>& wire)
+{
+    hub.onRequest = [&wire](const ControlRequest& request) {
+        const auto* data = static_cast<const std::uint8_t*>(request.data);
+        const bool out = (request.bmRequestType & 0x80) == 0 && data != nullptr;
+        wire.push_back(
+            {request.bmRequestType, request.bRequest, request.wValue, request.wIndex, request.wLength,
+             out ? std::vector<std::uint8_t>(data, data + request.wLength) : std::vector<std::uint8_t>()});
+    };
+}
+
+} // namespace vornadel::test
