@@ -35,6 +35,15 @@ std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLi
     CLI::App* update =
         app.add_subcommand("update", "Write an image to the hub's flash, verify it and restart the hub");
     update->add_option("IMAGE", commandLine.image, "Firmware image (*.bin)")->required()->check(refuseEmpty);
+    CLI::App* read = app.add_subcommand(
+        "read",
+        "Read the hub's whole flash, save it to a file and restart the hub; without success FILE stays "
+        "as it is");
+    read->add_option("FILE", commandLine.image, "Where to save it (*.bin); replaced when it exists")
+        ->required()
+        ->check(refuseEmpty);
+    const CLI::App* erase =
+        app.add_subcommand("erase", "Erase the hub's whole flash, without asking, and restart the hub");
     CLI::App* info = app.add_subcommand("info", "Show the attached hub, or a firmware image");
     info->add_option("IMAGE", commandLine.image, "Firmware image (*.bin); without it the hub is asked")
         ->check(refuseEmpty);
@@ -51,9 +60,11 @@ std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLi
         commandLine.simulatedHub =
             simulatedHub == "true" ? "" : simulatedHub; // what a flag without a value reads as
     }
-    commandLine.verb = update->parsed() ? CommandLine::Verb::Update
-                       : info->parsed() ? CommandLine::Verb::Info
-                                        : CommandLine::Verb::List;
+    commandLine.verb = update->parsed()  ? CommandLine::Verb::Update
+                       : read->parsed()  ? CommandLine::Verb::Read
+                       : erase->parsed() ? CommandLine::Verb::Erase
+                       : info->parsed()  ? CommandLine::Verb::Info
+                                         : CommandLine::Verb::List;
     return std::nullopt;
 }
 

@@ -9,16 +9,16 @@ namespace vornadel
 
 /// What the user asked for on vornadelctl's command line.
 struct CommandLine {
-    enum class Verb { Update, Info, List };
+    enum class Verb { Update, Read, Erase, Info, List };
 
     Verb verb = Verb::List;
-    std::string image;                       ///< of update and info; empty: info is about the hub
+    std::string image;                       ///< of update, read and info; empty: info is about the hub
     std::string configFile;                  ///< empty: config.ini in the resource directory
     std::optional<std::string> simulatedHub; ///< set: work on the simulated hub, with these options
 };
 
 /// Exit statuses of vornadelctl.
-inline constexpr int kExitSuccess = 0; ///< what was asked for was done, and verified where it can be
+inline constexpr int kExitSuccess = 0; ///< what was asked for was done, and verified or saved where it can be
 inline constexpr int kExitFailure = 1; ///< it was not; the reason has been printed
 inline constexpr int kExitUsage =
     2; ///< the command line was not understood, or the simulated hub cannot be set up

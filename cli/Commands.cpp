@@ -3,7 +3,10 @@
 #include "cli/ConsoleReporter.h"
 #include "config/ToolConfig.h"
 #include "firmware/FwImage.h"
+#include "firmware/ImageFile.h"
 #include "flows/FirmwareUpdate.h"
+#include "flows/FlashErase.h"
+#include "flows/FlashRead.h"
 #include "hub/HubCommands.h"
 #include "hub/HubDetection.h"
 #include "hub/HubTransport.h"
@@ -13,6 +16,7 @@
 #include <iomanip>
 #include <memory>
 #include <sstream>
+#include <vector>
 
 namespace vornadel
 {
@@ -52,6 +56,28 @@ int update(const std::string& path, std::ostream& out, std::ostream& err, bool t
     FwImage_LoadFile(image, path);
     ConsoleReporter reporter(out, err, terminal);
     return updateFirmware(image, path, reporter) ? kExitSuccess : kExitFailure;
+}
+
+int readInto(const std::string& path, std::ostream& out, std::ostream& err, bool terminal)
+{
+    std::vector<std::uint8_t> flash;
+    ConsoleReporter reporter(out, err, terminal);
+    if (!readFlash(flash, reporter)) {
+        return kExitFailure;
+    }
+    std::string problem;
+    if (!saveFileAtomically(path, flash.data(), flash.size(), problem)) {
+        err << "the flash was read but could not be saved: " << problem << '\n';
+        return kExitFailure;
+    }
+    out << "Saved " << flash.size() << " bytes to " << path << '\n' << std::flush;
+    return kExitSuccess;
+}
+
+int erase(std::ostream& out, std::ostream& err, bool terminal)
+{
+    ConsoleReporter reporter(out, err, terminal);
+    return eraseFlash(reporter) ? kExitSuccess : kExitFailure;
 }
 
 int showImage(const std::string& path, std::ostream& out, std::ostream& err)
@@ -128,14 +154,22 @@ int runCommand(const CommandLine& commandLine, Platform& platform, const std::st
     if (!config.problem.empty()) {
         err << config.problem << '\n';
     }
-    if (commandLine.verb == CommandLine::Verb::Update) {
-        return update(commandLine.image, out, err, terminal); // verified or not, whoever reads about it
-    }
     int status = kExitSuccess;
-    if (commandLine.verb == CommandLine::Verb::List) {
-        status = list(platform.usb, out, err);
-    } else {
+    switch (commandLine.verb) {
+    // What these do counts, whoever reads about it.
+    case CommandLine::Verb::Update:
+        return update(commandLine.image, out, err, terminal);
+    case CommandLine::Verb::Read:
+        return readInto(commandLine.image, out, err, terminal);
+    case CommandLine::Verb::Erase:
+        return erase(out, err, terminal);
+    // What these say is all they do.
+    case CommandLine::Verb::Info:
         status = commandLine.image.empty() ? showHub(out, err) : showImage(commandLine.image, out, err);
+        break;
+    case CommandLine::Verb::List:
+        status = list(platform.usb, out, err);
+        break;
     }
     if (!out.flush()) {
         err << "the answer could not be written\n";

@@ -36,6 +36,10 @@ void ConsoleReporter::appendProgressInfo_Red(const std::string& text)
 
 void ConsoleReporter::updateProgressBar(double percent, Wait /*wait*/)
 {
+    if (percent <= m_shown) {
+        return;
+    }
+    m_shown = percent;
     const auto whole = static_cast<int>(std::lround(percent));
     if (!m_terminal) {
         m_out << whole << "%\n" << std::flush;

@@ -7,8 +7,9 @@
 namespace vornadel
 {
 
-/// Tells a flow's progress on a console. On a terminal the percentage is one line that moves; elsewhere each value is
-/// a line of its own. Red lines go to `err`.
+/// Tells one flow's progress on a console. On a terminal the percentage is one line that moves; elsewhere each value is
+/// a line of its own. Values that do not go up are left out: a bar that goes back to 0 at the end frees it in a window,
+/// but would tell a reader of lines that all was in vain. Red lines go to `err`.
 class ConsoleReporter final : public FlowReporter
 {
 public:
@@ -26,6 +27,7 @@ private:
     std::ostream& m_out;
     std::ostream& m_err;
     bool m_terminal;
+    double m_shown = -1;   // percent
     bool m_moving = false; // the cursor stands behind a percentage
 };
 

@@ -51,6 +51,9 @@ TEST(CommandLine, KnowsItsVerbs)
         std::string image;
     } rows[] = {
         {{"update", "new.bin"}, Verb::Update, "new.bin"},
+        {{"read", "new.bin"}, Verb::Read, "new.bin"},
+        {{"read", "erase"}, Verb::Read, "erase"},
+        {{"erase"}, Verb::Erase, ""},
         {{"info"}, Verb::Info, ""},
         {{"info", "new.bin"}, Verb::Info, "new.bin"},
         {{"info", "list"}, Verb::Info, "list"},
@@ -140,7 +143,11 @@ TEST(CommandLine, HelpAndVersionAreNoErrors)
     } rows[] = {
         {{"--help"}, "--simulated-hub"},
         {{"-h"}, "update"},
+        {{"-h"}, "read"},
+        {{"-h"}, "erase"},
         {{"update", "--help"}, "IMAGE"},
+        {{"read", "--help"}, "FILE"},
+        {{"erase", "--help"}, "without asking"},
         {{"--version"}, "vornadelctl 1.02"},
     };
     for (const auto& row : rows) {
@@ -162,6 +169,10 @@ TEST(CommandLine, ExplainsWhatItDoesNotUnderstand)
         {{"flash", "new.bin"}, "subcommand"},
         {{"update"}, "IMAGE"},
         {{"update", "a.bin", "b.bin"}, "b.bin"},
+        {{"read"}, "FILE"},
+        {{"read", ""}, "empty"},
+        {{"read", "a.bin", "b.bin"}, "b.bin"},
+        {{"erase", "a.bin"}, "a.bin"},
         {{"info", "a.bin", "b.bin"}, "b.bin"},
         {{"list", "a.bin"}, "a.bin"},
         {{"--nonsense", "list"}, "--nonsense"},

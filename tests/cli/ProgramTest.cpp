@@ -51,6 +51,11 @@ TEST_F(ProgramTest, TellsByItsExitStatusHowItWent)
         {{"info", m_folder.path("missing.bin")}, kExitFailure},
         {{hub("fault=open-refused:1"), "info"}, kExitFailure},
         {{hub("mode=rom,latency=none,fault=stall@write#1"), "update", m_image}, kExitFailure},
+        {{hub("latency=none,mode=rom"), "read", "/dev/full"}, kExitFailure},
+        {{hub("latency=none,mode=rom,fault=stall@read#1"), "read", m_image}, kExitFailure},
+        {{hub("fault=open-refused:1"), "erase"}, kExitFailure},
+        {{"read"}, kExitUsage},
+        {{"erase", m_image}, kExitUsage},
         {{}, kExitUsage},
         {{"nonsense"}, kExitUsage},
         {{"--simulated-hub=nonsense", "info"}, kExitUsage},
@@ -89,6 +94,31 @@ TEST_F(ProgramTest, EndsInGoodOrderWhenInterruptedAndTheNextRunSucceeds)
     Program next({hub("latency=none"), "update", m_image});
     EXPECT_EQ(next.finish(), kExitSuccess) << next.err();
     EXPECT_EQ(flash(), demoImage(kDemoVersion101));
+}
+
+TEST_F(ProgramTest, SavesWhatItUpdatedAndErasesIt)
+{
+    Program update({hub("latency=none,mode=rom"), "update", m_image});
+    EXPECT_EQ(update.finish(), kExitSuccess) << update.err();
+    Program read({hub("latency=none,mode=rom"), "read", m_folder.path("read.bin")});
+    EXPECT_EQ(read.finish(), kExitSuccess) << read.err();
+    EXPECT_EQ(m_folder.read("read.bin"), demoImage(kDemoVersion101));
+
+    Program erase({hub("latency=none,mode=rom"), "erase"});
+    EXPECT_EQ(erase.finish(), kExitSuccess) << erase.err();
+    EXPECT_EQ(flash(), std::vector<std::uint8_t>(32768, 0xFF));
+}
+
+TEST_F(ProgramTest, LeavesTheFileWhenAReadIsInterrupted)
+{
+    const std::string file = m_folder.write("read.bin", std::string("earlier"));
+    Program interrupted({hub("mode=rom"), "read", file});
+    ASSERT_TRUE(interrupted.waitFor("Reading Flash...\n"));
+    interrupted.send(SIGINT);
+    EXPECT_EQ(interrupted.finish(), kExitInterrupted);
+    EXPECT_THAT(interrupted.err(), EndsWith("Read Fw Fail\nInterrupted\n"));
+    const std::vector<std::uint8_t> left = m_folder.read("read.bin");
+    EXPECT_EQ(std::string(left.begin(), left.end()), "earlier");
 }
 
 TEST_F(ProgramTest, EndsThePausesOfARestartWhenTerminated)

@@ -56,6 +56,11 @@ public:
     {
         return run({CommandLine::Verb::Update, image, {}, {}}, terminal);
     }
+    int read(const std::string& file, bool terminal = false)
+    {
+        return run({CommandLine::Verb::Read, file, {}, {}}, terminal);
+    }
+    int erase(bool terminal = false) { return run({CommandLine::Verb::Erase, {}, {}, {}}, terminal); }
     int info(const std::string& image = {}) { return run({CommandLine::Verb::Info, image, {}, {}}); }
     int list() { return run({CommandLine::Verb::List, {}, {}, {}}); }
 

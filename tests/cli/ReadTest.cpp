@@ -1,0 +1,247 @@
+#include "hub/HubTransport.h"
+#include "sim/DemoImage.h"
+#include "tests/cli/Session.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdint>
+#include <filesystem>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include <sys/resource.h>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+std::string textIn(const TemporaryFolder& folder, const std::string& name)
+{
+    const std::vector<std::uint8_t> bytes = folder.read(name);
+    return {bytes.begin(), bytes.end()};
+}
+
+std::size_t filesIn(const TemporaryFolder& folder)
+{
+    const fs::directory_iterator begin(folder.path());
+    return static_cast<std::size_t>(std::distance(begin, fs::directory_iterator()));
+}
+
+TEST(Read, SavesTheWholeFlash)
+{
+    Session session("latency=none");
+    const std::string file = session.folder.path("read.bin");
+    EXPECT_EQ(session.read(file), kExitSuccess);
+    EXPECT_EQ(session.folder.read("read.bin"), demoImage());
+    EXPECT_EQ(session.hub().flash(), demoImage());
+    EXPECT_EQ(session.hub().runningCode(), HubCode::Flash);
+    EXPECT_FALSE(Hub_IsOpen());
+}
+
+TEST(Read, TellsEachStepAndEachPercentageOnALineOfItsOwn)
+{
+    Session session("latency=none");
+    const std::string file = session.folder.path("read.bin");
+    EXPECT_EQ(session.read(file), kExitSuccess);
+    EXPECT_EQ(session.out.str(), "0%\n"
+                                 "Open Device...\n10%\n"
+                                 "Reading Flash...\n20%\n30%\n40%\n50%\n60%\n70%\n80%\n90%\n"
+                                 "Reset to Flash Code...\n100%\n"
+                                 "Read Fw Success\n"
+                                 "Saved 32768 bytes to " +
+                                     file + '\n');
+    EXPECT_THAT(session.err.str(), IsEmpty());
+}
+
+TEST(Read, MovesOneLineOnATerminal)
+{
+    Session session("latency=none");
+    EXPECT_EQ(session.read(session.folder.path("read.bin"), true), kExitSuccess);
+    EXPECT_THAT(session.out.str(), HasSubstr("Reset to Flash Code...\n\r[" + std::string(50, '#') +
+                                             "] 100%\nRead Fw Success\nSaved "));
+    EXPECT_THAT(session.out.str(), Not(HasSubstr("\n\r[" + std::string(50, ' ') + "]   0%\nSaved")));
+}
+
+TEST(Read, SavesABlankFlash)
+{
+    Session session("latency=none");
+    const std::vector<std::uint8_t> blank(32768, 0xFF);
+    ASSERT_TRUE(session.hub().setFlash(blank));
+    EXPECT_EQ(session.read(session.folder.path("read.bin")), kExitSuccess);
+    EXPECT_EQ(session.folder.read("read.bin"), blank);
+}
+
+TEST(Read, ReplacesAnExistingFile)
+{
+    Session session("latency=none");
+    const std::string file = session.folder.write("read.bin", std::string(100000, 'x'));
+    EXPECT_EQ(session.read(file), kExitSuccess);
+    EXPECT_EQ(session.folder.read("read.bin"), demoImage());
+}
+
+TEST(Read, SavesWhatAnUpdateTakes)
+{
+    Session session("latency=none");
+    const std::string file = session.folder.path("read.bin");
+    ASSERT_EQ(session.read(file), kExitSuccess);
+    ASSERT_EQ(session.erase(), kExitSuccess);
+    EXPECT_EQ(session.update(file), kExitSuccess);
+    EXPECT_EQ(session.hub().flash(), demoImage());
+}
+
+struct Failure {
+    const char* options;
+    const char* reason;
+};
+
+constexpr const char* kNotOpened =
+    "Fail to Open Rom Device\nPlease Load Driver firstly\nThen replugin usb hub device\n";
+
+class FailingRead : public testing::TestWithParam<Failure>
+{
+};
+
+TEST_P(FailingRead, TellsTheReasonOnStandardErrorAndLeavesTheFile)
+{
+    Session session(GetParam().options);
+    const std::string file = session.folder.write("read.bin", std::string("earlier"));
+    const std::size_t files = filesIn(session.folder);
+    EXPECT_EQ(session.read(file), kExitFailure);
+    EXPECT_EQ(session.err.str(), std::string(GetParam().reason) + "Read Fw Fail\n");
+    EXPECT_THAT(session.out.str(), StartsWith("0%\nOpen Device...\n"));
+    EXPECT_THAT(session.out.str(), Not(HasSubstr("\n0%\n")));
+    EXPECT_THAT(session.out.str(), Not(HasSubstr("Success")));
+    EXPECT_EQ(textIn(session.folder, "read.bin"), "earlier");
+    EXPECT_EQ(filesIn(session.folder), files);
+    EXPECT_GT(session.hub().faultsTriggered(), 0U);
+    EXPECT_FALSE(Hub_IsOpen());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Faults, FailingRead,
+    testing::Values(Failure{"latency=none,mode=rom,fault=open-refused:1", kNotOpened},
+                    Failure{"latency=none,fault=never@1", kNotOpened},
+                    Failure{"latency=none,fault=same-mode@1", kNotOpened},
+                    Failure{"latency=none,fault=stall@rom", kNotOpened},
+                    Failure{"latency=none,mode=rom,fault=stall@read#1", "Fail to Read Flash\n"},
+                    Failure{"latency=none,mode=rom,fault=vanish-before@read#4", "Fail to Read Flash\n"},
+                    Failure{"latency=none,mode=rom,fault=vanish-after@read#8", "Fail to Read Flash\n"},
+                    Failure{"latency=none,mode=rom,fault=never@1", "Fail to Reset to Flash Code\n"},
+                    Failure{"latency=none,mode=rom,fault=stall@flash", "Fail to Reset to Flash Code\n"}));
+
+TEST(Read, FailsWithoutAHubAndMakesNoFile)
+{
+    Session session("latency=none");
+    session.hub().unplug();
+    EXPECT_EQ(session.read(session.folder.path("read.bin")), kExitFailure);
+    EXPECT_EQ(session.err.str(), std::string(kNotOpened) + "Read Fw Fail\n");
+    EXPECT_FALSE(fs::exists(session.folder.path("read.bin")));
+}
+
+TEST(Read, FailsWhereNothingCanBeSaved)
+{
+    Session session("latency=none");
+    session.folder.write("file", std::string("earlier"));
+    fs::create_symlink("/dev/full", session.folder.path("full"));
+    const struct {
+        std::string file;
+        std::string why;
+    } rows[] = {
+        {session.folder.path(), "it is a folder"},
+        {session.folder.path("missing/read.bin"), "No such file or directory"},
+        {session.folder.path("file/read.bin"), "Not a directory"},
+        {"/dev/full", "it is not a regular file"},
+        {session.folder.path("full"), "it is not a regular file"},
+        {"/proc/self/read.bin", "No such file or directory"}, // a folder in which nobody can make a file
+    };
+    const std::size_t files = filesIn(session.folder);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.file);
+        EXPECT_EQ(session.read(row.file), kExitFailure);
+        EXPECT_EQ(session.err.str(),
+                  "the flash was read but could not be saved: " + row.file + ": " + row.why + '\n');
+        EXPECT_THAT(session.out.str(), EndsWith("Read Fw Success\n"));
+        EXPECT_FALSE(Hub_IsOpen());
+    }
+    EXPECT_EQ(textIn(session.folder, "file"), "earlier");
+    EXPECT_EQ(filesIn(session.folder), files);
+}
+
+TEST(Read, LeavesTheFileWhenTheDiskIsFull)
+{
+    Session session("latency=none");
+    const std::string file = session.folder.write("read.bin", std::string("earlier"));
+    const std::size_t files = filesIn(session.folder);
+
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit oneByteShort{32767, before.rlim_max};
+    auto* const handler = std::signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &oneByteShort), 0);
+    const int status = session.read(file);
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+
+    EXPECT_EQ(status, kExitFailure);
+    EXPECT_EQ(session.err.str(), "the flash was read but could not be saved: " + file + ": File too large\n");
+    EXPECT_EQ(textIn(session.folder, "read.bin"), "earlier");
+    EXPECT_EQ(filesIn(session.folder), files);
+}
+
+TEST(Read, ExitsWithZeroOnlyWhenTheFileHoldsTheFlash)
+{
+    unsigned requests = 0;
+    {
+        Session session("latency=none");
+        ASSERT_EQ(session.read(session.folder.path("read.bin")), kExitSuccess);
+        requests = session.hub().requestCount();
+    }
+    int succeeded = 0;
+    int failed = 0;
+    for (const char* const kind : {"stall", "vanish-before", "vanish-after"}) {
+        for (unsigned position = 1; position <= requests; ++position) {
+            const std::string fault =
+                "latency=none,fault=" + std::string(kind) + '@' + std::to_string(position);
+            SCOPED_TRACE(fault);
+            Session session(fault);
+            const std::string file = session.folder.write("read.bin", std::string("earlier"));
+            if (session.read(file) == kExitSuccess) {
+                ++succeeded;
+                EXPECT_EQ(session.folder.read("read.bin"), demoImage());
+                EXPECT_THAT(session.err.str(), IsEmpty());
+            } else {
+                ++failed;
+                EXPECT_EQ(textIn(session.folder, "read.bin"), "earlier");
+                EXPECT_THAT(session.err.str(), EndsWith("Read Fw Fail\n"));
+            }
+            EXPECT_FALSE(Hub_IsOpen());
+        }
+    }
+    EXPECT_GT(succeeded, 0); // a stalled greeting does no harm
+    EXPECT_GT(failed, 0);
+}
+
+TEST(Read, SendsNothingWhenASignalCameBeforeItsFirstRequest)
+{
+    Session session;
+    session.interruptBeforeCommands = true;
+    EXPECT_EQ(session.read(session.folder.path("read.bin")), kExitFailure);
+    EXPECT_EQ(session.hub().requestCount(), 0U);
+    EXPECT_FALSE(fs::exists(session.folder.path("read.bin")));
+}
+
+} // namespace
+
+} // namespace vornadel::test
