@@ -75,7 +75,8 @@ endfunction()
 
 # The bundle is laid out the same way on every system: programs in Contents/MacOS,
 # what they read in Contents/Resources.
-set(VORNADEL_BUNDLE "${CMAKE_BINARY_DIR}/Vornadel.app")
+set(VORNADEL_TOOL_DIRECTORY "${CMAKE_BINARY_DIR}")
+set(VORNADEL_BUNDLE "${VORNADEL_TOOL_DIRECTORY}/Vornadel.app")
 
 function(vornadel_into_bundle program)
   set_target_properties(${program} PROPERTIES

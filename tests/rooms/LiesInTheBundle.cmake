@@ -1,5 +1,7 @@
-# Fails unless the programs and config.ini lie in the bundle where they look for each other.
-set(expected "${BUNDLE}/Contents/MacOS/vornadelctl" "${BUNDLE}/Contents/Resources/config.ini")
+# Fails unless the programs and config.ini lie in the bundle, and the property files beside it, where they look for each
+# other.
+set(expected "${BUNDLE}/Contents/MacOS/vornadelctl" "${BUNDLE}/Contents/Resources/config.ini"
+  "${BUNDLE}/../SimHub-A.INI" "${BUNDLE}/../SimHub-B.INI")
 if(WINDOW)
   list(APPEND expected "${BUNDLE}/Contents/MacOS/Vornadel")
 endif()

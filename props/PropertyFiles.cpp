@@ -1,0 +1,88 @@
+#include "props/PropertyFiles.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstddef>
+#include <memory>
+#include <string_view>
+#include <utility>
+
+namespace vornadel
+{
+
+namespace
+{
+
+struct CloseFolder {
+    void operator()(DIR* folder) const { closedir(folder); }
+};
+using Folder = std::unique_ptr<DIR, CloseFolder>;
+
+/// A folder on the way down, and the length of its own path from the tool directory with the slash after it.
+struct Level {
+    Folder folder;
+    std::size_t pathLength;
+};
+
+/// Each holds a file descriptor, and a process has few.
+constexpr std::size_t kMostLevels = 256;
+
+/// Null for anything but a folder that may be read. Nothing else is opened by the attempt.
+Folder openFolder(int parent, const char* name, int linkFlag)
+{
+    const int descriptor = openat(parent, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC | linkFlag);
+    if (descriptor < 0) {
+        return nullptr;
+    }
+    Folder folder(fdopendir(descriptor));
+    if (!folder) {
+        close(descriptor);
+    }
+    return folder;
+}
+
+bool hasTheExtension(std::string_view name)
+{
+    const std::size_t dot = name.rfind('.');
+    return dot != std::string_view::npos && dot != 0 && name.substr(dot + 1) == "INI";
+}
+
+} // namespace
+
+std::vector<std::string> findPropertyFiles(const std::string& toolDirectory)
+{
+    std::vector<std::string> found;
+    std::vector<Level> levels;
+    if (Folder top = openFolder(AT_FDCWD, toolDirectory.c_str(), 0)) {
+        levels.push_back({std::move(top), 0});
+    }
+    std::string path; // of the innermost folder
+    while (!levels.empty()) {
+        DIR* const folder = levels.back().folder.get();
+        path.resize(levels.back().pathLength);
+        const dirent* const entry = readdir(folder);
+        if (entry == nullptr) {
+            levels.pop_back();
+            continue;
+        }
+        const std::string_view name = entry->d_name;
+        if (name == "." || name == "..") {
+            continue;
+        }
+        if (hasTheExtension(name)) {
+            found.push_back(path + entry->d_name);
+        }
+        const bool mayBeFolder = entry->d_type == DT_DIR || entry->d_type == DT_UNKNOWN;
+        if (mayBeFolder && levels.size() < kMostLevels) {
+            if (Folder inner = openFolder(dirfd(folder), entry->d_name, O_NOFOLLOW)) {
+                path.append(name).push_back('/');
+                levels.push_back({std::move(inner), path.size()});
+            }
+        }
+    }
+    return found;
+}
+
+} // namespace vornadel

@@ -1,0 +1,91 @@
+#pragma once
+
+#include "props/PropertyFile.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+namespace vornadel::test
+{
+
+/// As long as it lives, root is nobody in particular, to whom permissions apply; others stay who they are.
+class WithoutPrivilege
+{
+public:
+    WithoutPrivilege() : m_wasRoot(geteuid() == 0)
+    {
+        if (m_wasRoot && seteuid(65534) != 0) {
+            ADD_FAILURE() << "root cannot become nobody";
+        }
+    }
+    WithoutPrivilege(const WithoutPrivilege&) = delete;
+    WithoutPrivilege& operator=(const WithoutPrivilege&) = delete;
+    ~WithoutPrivilege()
+    {
+        if (m_wasRoot && seteuid(0) != 0) {
+            std::abort();
+        }
+    }
+
+private:
+    bool m_wasRoot;
+};
+
+/// A folder with definition files in it, gone after the test.
+class DefinitionFolder : public ::testing::Test
+{
+public:
+    DefinitionFolder(const DefinitionFolder&) = delete;
+    DefinitionFolder& operator=(const DefinitionFolder&) = delete;
+    ~DefinitionFolder() override
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_folder, ignored);
+    }
+
+protected:
+    DefinitionFolder()
+    {
+        // in memory where that is possible, for some tests make many files
+        const bool memory = access("/dev/shm", W_OK) == 0;
+        const std::filesystem::path place = memory ? "/dev/shm" : std::filesystem::temp_directory_path();
+        std::string pattern = (place / "props_test-XXXXXX").string();
+        m_folder = mkdtemp(pattern.data());
+        std::filesystem::permissions(m_folder, std::filesystem::perms(0755));
+    }
+
+    std::string path(const std::string& name = "Hub.INI") const { return (m_folder / name).string(); }
+
+    void write(std::string_view text, const std::string& name = "Hub.INI") const
+    {
+        std::filesystem::create_directories((m_folder / name).parent_path());
+        std::ofstream(m_folder / name, std::ios::binary) << text;
+    }
+
+    /// Reads Hub.INI; what the library says on its own must be nothing.
+    PropItemList readFile()
+    {
+        ::testing::internal::CaptureStderr();
+        PropItemList items = readPropertyFile(path(), problem);
+        EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
+        return items;
+    }
+
+    PropItemList read(std::string_view text)
+    {
+        write(text);
+        return readFile();
+    }
+
+    std::filesystem::path m_folder;
+    std::string problem = "left over"; ///< of the last reading
+};
+
+} // namespace vornadel::test

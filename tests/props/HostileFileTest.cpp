@@ -1,0 +1,225 @@
+#include "props/PropertyFile.h"
+#include "tests/props/DefinitionFolder.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdio>
+#include <ctime>
+#include <filesystem>
+#include <string>
+
+namespace vornadel::test
+{
+namespace
+{
+
+namespace fs = std::filesystem;
+
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+
+constexpr const char* kGood = "[HubFF_USB_05]\nPropName = Five\n";
+
+class HostileFile : public DefinitionFolder
+{
+protected:
+    /// Nothing was read, and one line says which file and why.
+    void expectRefused(const std::string& why)
+    {
+        EXPECT_THAT(readFile(), IsEmpty());
+        EXPECT_THAT(problem, HasSubstr(path()));
+        EXPECT_THAT(problem, HasSubstr(why));
+        EXPECT_THAT(problem, Not(HasSubstr("\n")));
+    }
+
+    void expectRefused(const std::string& text, const std::string& why)
+    {
+        write(text);
+        expectRefused(why);
+    }
+
+    void expectAccepted(const std::string& text, std::size_t count)
+    {
+        EXPECT_EQ(read(text).size(), count);
+        EXPECT_EQ(problem, "");
+    }
+};
+
+TEST_F(HostileFile, ThatIsMissingIsNamed) { expectRefused("missing"); }
+
+TEST_F(HostileFile, ThatIsAFolderIsRefused)
+{
+    fs::create_directory(path());
+    expectRefused("not a regular file");
+}
+
+TEST_F(HostileFile, ThatIsADanglingLinkIsRefused)
+{
+    fs::create_symlink("nowhere", path());
+    expectRefused("missing");
+}
+
+TEST_F(HostileFile, ThatIsALinkToItselfIsRefused)
+{
+    fs::create_symlink("Hub.INI", path());
+    expectRefused("out of reach");
+}
+
+TEST_F(HostileFile, ThatIsAPipeDoesNotHoldTheTool)
+{
+    ASSERT_EQ(mkfifo(path().c_str(), 0600), 0);
+    expectRefused("not a regular file");
+}
+
+TEST_F(HostileFile, ThatIsADeviceIsRefused)
+{
+    fs::create_symlink("/dev/zero", path());
+    expectRefused("not a regular file");
+}
+
+TEST_F(HostileFile, ThatMayNotBeReadIsRefused)
+{
+    write(kGood);
+    fs::permissions(path(), fs::perms::none);
+    ::testing::internal::CaptureStderr(); // with the privilege that its file may need
+    PropItemList items;
+    {
+        const WithoutPrivilege nobody;
+        items = readPropertyFile(path(), problem);
+    }
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
+    EXPECT_THAT(items, IsEmpty());
+    EXPECT_EQ(problem, path() + " cannot be opened and was not read");
+}
+
+TEST_F(HostileFile, ThatIsEmptyHoldsNothing) { expectAccepted("", 0); }
+
+TEST_F(HostileFile, ThatIsBinaryIsRefused)
+{
+    expectRefused(std::string(kGood) + std::string(1, '\0') + "\n", "no text");
+    expectRefused("\x7F"
+                  "ELF\x02\x01\x01\n\xFF\xFE\xFD\n",
+                  "syntax error");
+}
+
+TEST_F(HostileFile, LargerThanAMebibyteIsRefused)
+{
+    std::string text = kGood;
+    const std::string comment = ";" + std::string(98, 'x') + "\n";
+    while (text.size() + comment.size() <= kLargestPropertyFile) {
+        text += comment;
+    }
+    text.append(kLargestPropertyFile - text.size(), '\n');
+    expectAccepted(text, 1);
+    expectRefused(text + "\n", "larger than 1 MiB");
+}
+
+TEST_F(HostileFile, WithALineOfTwoThousandCharactersIsRefused)
+{
+    expectRefused(std::string(kGood) + "PropDesp = " + std::string(2000, 'x') + "\n", "too long");
+    expectRefused(std::string(kGood) + ";" + std::string(2000, 'x') + "\n", "too long");
+}
+
+TEST_F(HostileFile, WithASyntaxErrorIsRefusedWithItsFirstLine)
+{
+    expectRefused(std::string(kGood) + "neither\nnor\n", "syntax error in " + path() + " (3)");
+    EXPECT_THAT(problem, EndsWith("(3)"));
+}
+
+TEST_F(HostileFile, WithASectionNamedLikeAKeyIsRefused)
+{
+    expectRefused("[HubFF_USB_05:PropName]\n", "[hubff_usb_05:propname]");
+    expectRefused(std::string(kGood) + "[HubFF_USB_05:PropMask]\n", "[hubff_usb_05:propmask]");
+    expectRefused(std::string(kGood) + "PropOption_00 = Off\n[HubFF_USB_05:DataOption_00]\n",
+                  "[hubff_usb_05:dataoption_00]");
+    expectRefused(std::string(kGood) + "[HubFF_USB_06:PropName]\n", "[hubff_usb_06:propname]");
+}
+
+TEST_F(HostileFile, WithASectionNamedLikeNoKeyOfAPropertyIsRead)
+{
+    expectAccepted(std::string(kGood) + "[HubFF_USB_05:Other]\nx = 1\n[HubFF_USB_FF:PropName]\n", 1);
+}
+
+/// A definition file of 255 properties with all their keys, each section as long as they come.
+std::string fullFile()
+{
+    std::string text;
+    for (int number = 0; number < 0xFF; ++number) {
+        char line[128];
+        std::snprintf(line, sizeof line, "[HubFF_USB_%02X]\nPropName = Property %d\n", number, number);
+        text += line;
+        text += "PageName = SSC\nGroupName = Group\nPropDesp = Words\nPropAddr = 11\nPropMask = 1\n"
+                "BaseOnAddr = 12\nBaseOnMask = 16\n";
+        for (int slot = 0; slot < 16; ++slot) {
+            std::snprintf(line, sizeof line, "PropOption_%02X = Label %d\nDataOption_%02X = %d\n", slot, slot,
+                          slot, slot);
+            text += line;
+        }
+    }
+    return text;
+}
+
+TEST_F(HostileFile, ThatIsFullIsRead)
+{
+    const PropItemList items = read(fullFile());
+    EXPECT_EQ(problem, "");
+    ASSERT_EQ(items.size(), 255U);
+    EXPECT_EQ(items.back()->propName, "Property 254");
+    EXPECT_EQ(items.back()->propList.size(), 16U);
+}
+
+std::string distinctKeys(std::size_t count)
+{
+    std::string text = "[x]\n";
+    for (std::size_t i = 1; i < count; ++i) {
+        text += std::to_string(i) + "=\n";
+    }
+    return text;
+}
+
+TEST_F(HostileFile, WithMoreLinesThanAnyDefinitionNeedsIsRefused)
+{
+    expectAccepted(distinctKeys(kMostPropertyLines), 0);
+    expectAccepted(distinctKeys(kMostPropertyLines) + "\n  \n; comment\n \t# comment\n", 0);
+    expectRefused(distinctKeys(kMostPropertyLines) + "one more=\n", "more than 11000 lines");
+}
+
+/// Processor time of one reading in milliseconds; the best of three, for the machine has other work.
+double cost(const std::string& path)
+{
+    double best = 1e9;
+    for (int i = 0; i < 3; ++i) {
+        const std::clock_t before = std::clock();
+        std::string problem;
+        readPropertyFile(path, problem);
+        best = std::min(best, 1000.0 * static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC);
+    }
+    return best;
+}
+
+TEST_F(HostileFile, CostsLessThanATenthOfASecond)
+{
+    std::string comments;
+    while (comments.size() + 3 <= kLargestPropertyFile) {
+        comments += ";x\n";
+    }
+    std::string manyKeys;
+    while (manyKeys.size() + 10 <= kLargestPropertyFile) {
+        manyKeys += std::to_string(manyKeys.size()) + "=\n";
+    }
+    const std::string wrong(kLargestPropertyFile / 2, 'x');
+    for (const std::string& text :
+         {fullFile(), distinctKeys(kMostPropertyLines), comments, manyKeys, wrong,
+          std::string(kLargestPropertyFile, '\n'), std::string(kLargestPropertyFile, '\\')}) {
+        write(text);
+        EXPECT_LT(cost(path()), 100) << text.substr(0, 40) << "... of " << text.size() << " bytes";
+    }
+}
+
+} // namespace
+} // namespace vornadel::test

@@ -1,0 +1,193 @@
+#include "props/PropertyFiles.h"
+#include "tests/props/DefinitionFolder.h"
+
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace vornadel::test
+{
+namespace
+{
+
+namespace fs = std::filesystem;
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+using ::testing::UnorderedElementsAre;
+
+class PropertyFiles : public DefinitionFolder
+{
+public:
+    PropertyFiles() = default;
+    PropertyFiles(const PropertyFiles&) = delete;
+    PropertyFiles& operator=(const PropertyFiles&) = delete;
+    ~PropertyFiles() override
+    {
+        if (!m_closed.empty()) {
+            fs::permissions(m_closed, fs::perms::owner_all);
+        }
+    }
+
+protected:
+    std::vector<std::string> found() const { return findPropertyFiles(m_folder.string()); }
+
+    void closeFolder(const std::string& name)
+    {
+        m_closed = path(name);
+        fs::permissions(m_closed, fs::perms::none);
+    }
+
+    std::string m_closed;
+};
+
+TEST_F(PropertyFiles, AreThoseWithTheExactExtensionInAnyFolder)
+{
+    write("", "A.INI");
+    write("", "b.ini");
+    write("", "sub/C.INI");
+    EXPECT_THAT(found(), UnorderedElementsAre("A.INI", "sub/C.INI"));
+}
+
+TEST_F(PropertyFiles, HaveTheExtensionAtTheirEnd)
+{
+    for (const char* name :
+         {"Ini.Ini", "x.INI.bak", "x.INIX", "xINI", ".INI", "INI", "x.", "x.INI ", "x.INI~"}) {
+        write("", name);
+    }
+    EXPECT_THAT(found(), IsEmpty());
+    write("", "two.dots.INI");
+    write("", " a b .INI");
+    write("", ".hidden.INI");
+    write("", ".git/In a hidden folder.INI");
+    EXPECT_THAT(found(), UnorderedElementsAre("two.dots.INI", " a b .INI", ".hidden.INI",
+                                              ".git/In a hidden folder.INI"));
+}
+
+TEST_F(PropertyFiles, MayBeNone)
+{
+    EXPECT_THAT(found(), IsEmpty());
+    EXPECT_THAT(findPropertyFiles(path("missing")), IsEmpty());
+    EXPECT_THAT(findPropertyFiles(""), IsEmpty());
+    write("", "A.INI");
+    EXPECT_THAT(findPropertyFiles(path("A.INI")), IsEmpty());
+}
+
+TEST_F(PropertyFiles, ComeInTheOrderOfTheWalk)
+{
+    for (const char* name : {"z.INI", "m/k.INI", "m/inner/j.INI", "a.INI", "q/w.INI", "f.INI"}) {
+        write("", name);
+    }
+    // the library's own walk goes through folders as the system lists them, too
+    std::vector<std::string> walked;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(m_folder)) {
+        if (entry.path().extension() == ".INI") {
+            walked.push_back(entry.path().lexically_relative(m_folder).string());
+        }
+    }
+    EXPECT_THAT(walked, SizeIs(6));
+    EXPECT_EQ(found(), walked);
+}
+
+TEST_F(PropertyFiles, AreTakenByNameWhateverTheyAre)
+{
+    write("", "Folder.INI/Inside.INI");
+    fs::create_symlink("nowhere", path("Dangling.INI"));
+    ASSERT_EQ(mkfifo(path("Pipe.INI").c_str(), 0600), 0);
+    EXPECT_THAT(found(),
+                UnorderedElementsAre("Folder.INI", "Folder.INI/Inside.INI", "Dangling.INI", "Pipe.INI"));
+}
+
+TEST_F(PropertyFiles, AreNotLookedForBehindLinks)
+{
+    write("", "real/A.INI");
+    fs::create_directory_symlink(m_folder, path("real/back"));
+    fs::create_directory_symlink("self", path("self"));
+    fs::create_directory_symlink("real", path("other"));
+    EXPECT_THAT(found(), ElementsAre("real/A.INI"));
+}
+
+TEST_F(PropertyFiles, AreFoundThroughAToolDirectoryThatIsALink)
+{
+    write("", "real/A.INI");
+    fs::create_directory_symlink("real", path("link"));
+    EXPECT_THAT(findPropertyFiles(path("link")), ElementsAre("A.INI"));
+}
+
+TEST_F(PropertyFiles, BehindAClosedFolderStayUnseenAndTheRestIsFound)
+{
+    write("", "closed/A.INI");
+    write("", "open/B.INI");
+    write("", "C.INI");
+    closeFolder("closed");
+    const WithoutPrivilege nobody;
+    EXPECT_THAT(found(), UnorderedElementsAre("open/B.INI", "C.INI"));
+}
+
+/// Makes folders in each other, 300 deep; step by step, for together their names are longer than a path may be.
+void makeDeepFolder(const fs::path& top, const std::string& name)
+{
+    const fs::path before = fs::current_path();
+    fs::current_path(top);
+    for (int depth = 0; depth < 300; ++depth) {
+        ASSERT_EQ(mkdir(name.c_str(), 0700), 0);
+        ASSERT_EQ(chdir(name.c_str()), 0);
+    }
+    std::ofstream("Deep.INI") << "";
+    fs::current_path(before);
+}
+
+TEST_F(PropertyFiles, AreLookedForDownToAReasonableDepth)
+{
+    const std::string name(20, 'd');
+    makeDeepFolder(m_folder, name);
+    write("", "A.INI");
+    write("", name + '/' + name + "/B.INI");
+    EXPECT_THAT(found(), UnorderedElementsAre("A.INI", name + '/' + name + "/B.INI"));
+}
+
+TEST_F(PropertyFiles, AreFoundWithFewDescriptorsLeft)
+{
+    const std::string name(20, 'd');
+    makeDeepFolder(m_folder, name);
+    write("", "A.INI");
+    write("", "other/B.INI");
+    rlimit limit{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+    const rlimit tight{40, limit.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &tight), 0);
+    const std::vector<std::string> files = found();
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+    EXPECT_THAT(files, UnorderedElementsAre("A.INI", "other/B.INI"));
+}
+
+TEST_F(PropertyFiles, AmongAHundredThousandOthersAreFoundInTime)
+{
+    for (int folder = 0; folder < 100; ++folder) {
+        const std::string name = path("folder " + std::to_string(folder));
+        fs::create_directory(name);
+        for (int file = 0; file < 1000; ++file) {
+            ASSERT_EQ(mknod((name + "/" + std::to_string(file) + ".txt").c_str(), S_IFREG | 0600, 0), 0);
+        }
+    }
+    write("", "folder 77/A.INI");
+    double best = 1e9; // of three, for the machine has other work
+    for (int i = 0; i < 3; ++i) {
+        const std::clock_t before = std::clock();
+        EXPECT_THAT(found(), ElementsAre("folder 77/A.INI"));
+        best = std::min(best, 1000.0 * static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC);
+    }
+    EXPECT_LT(best, 300);
+}
+
+} // namespace
+} // namespace vornadel::test
