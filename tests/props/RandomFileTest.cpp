@@ -4,11 +4,12 @@
 #include <iniparser/iniparser.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <random>
-#include <regex>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -130,14 +131,15 @@ private:
     /// What is left of a number of any length in 32 bits.
     static std::uint32_t number(const std::string& text)
     {
-        static const std::regex decimal("^[ \\t\\n\\v\\f\\r]*([+-]?)([0-9]*)");
-        std::smatch match;
-        std::regex_search(text, match, decimal);
+        const std::size_t blanks = std::strspn(text.c_str(), " \t\n\v\f\r");
+        const std::size_t sign = text[blanks] == '-' || text[blanks] == '+' ? 1 : 0;
+        const std::size_t first = blanks + sign;
+        const std::size_t count = std::strspn(text.c_str() + first, "0123456789");
         std::uint64_t rest = 0;
-        for (const char digit : match[2].str()) {
+        for (const char digit : text.substr(first, count)) {
             rest = (rest * 10 + static_cast<std::uint64_t>(digit - '0')) % 0x1'0000'0000;
         }
-        const bool negative = match[1] == "-";
+        const bool negative = text[blanks] == '-';
         return static_cast<std::uint32_t>(negative ? 0x1'0000'0000 - rest : rest);
     }
 
