@@ -5,7 +5,7 @@
 # checks the #include lines against it.
 
 set(VORNADEL_ROOMS
-  platform_api platform_linux diagnosis sim genfun props firmware hub config flows app cli)
+  platform_api platform_linux diagnosis sim genfun props firmware props_ui hub config flows app cli)
 
 set(ROOM_FOLDER_platform_api   platform)
 set(ROOM_FOLDER_platform_linux platform/linux)
@@ -13,6 +13,7 @@ set(ROOM_FOLDER_diagnosis      diagnosis)
 set(ROOM_FOLDER_sim            sim)
 set(ROOM_FOLDER_genfun         props/GenFun) # its files alone, the others are the room props
 set(ROOM_FOLDER_props          props)
+set(ROOM_FOLDER_props_ui       props/ui)
 set(ROOM_FOLDER_firmware       firmware)
 set(ROOM_FOLDER_hub            hub)
 set(ROOM_FOLDER_config         config)
@@ -26,11 +27,12 @@ set(ROOM_MAY_USE_diagnosis      )
 set(ROOM_MAY_USE_sim            platform_api)
 set(ROOM_MAY_USE_genfun         )
 set(ROOM_MAY_USE_props          genfun)
+set(ROOM_MAY_USE_props_ui       props firmware genfun)
 set(ROOM_MAY_USE_firmware       genfun diagnosis)
 set(ROOM_MAY_USE_hub            platform_api diagnosis)
 set(ROOM_MAY_USE_config         hub)
 set(ROOM_MAY_USE_flows          hub firmware platform_api)
-set(ROOM_MAY_USE_app            platform_api platform_linux diagnosis sim genfun props firmware hub config flows)
+set(ROOM_MAY_USE_app            platform_api platform_linux diagnosis sim genfun props props_ui firmware hub config flows)
 set(ROOM_MAY_USE_cli            platform_api platform_linux diagnosis sim genfun props firmware hub config flows)
 
 # Libraries from outside that a room may use.
@@ -38,6 +40,7 @@ set(ROOM_MAY_USE_OUTSIDE_platform_api   Threads::Threads)
 set(ROOM_MAY_USE_OUTSIDE_platform_linux LibUSB::LibUSB Threads::Threads)
 set(ROOM_MAY_USE_OUTSIDE_sim            Threads::Threads)
 set(ROOM_MAY_USE_OUTSIDE_props          iniparser::iniparser)
+set(ROOM_MAY_USE_OUTSIDE_props_ui       Qt6::Widgets)
 set(ROOM_MAY_USE_OUTSIDE_config         iniparser::iniparser)
 set(ROOM_MAY_USE_OUTSIDE_app            Qt6::Widgets Threads::Threads CLI11::CLI11)
 set(ROOM_MAY_USE_OUTSIDE_cli            CLI11::CLI11 Threads::Threads)
