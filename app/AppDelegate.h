@@ -7,6 +7,7 @@
 #include "config/ToolPlace.h"
 #include "firmware/FwImage.h"
 #include "platform/Platform.h"
+#include "props/ui/TableViewController.h"
 
 #include <QObject>
 #include <QString>
@@ -71,6 +72,28 @@ public:
     void MP_UpdateScalar(); ///< from any thread
     void updateScalar();    ///< on a flow's thread
 
+    // Flash page. Main thread, but for the two flows.
+    void read_FwFlash();
+    void readFunc_FwFlash(); ///< on a flow's thread
+    void readFinished_FwFlash();
+    void load_FwFlash();
+    void erase_FwFlash();
+    void eraseFunc_FwFlash(); ///< on a flow's thread
+    void save_FwFlash();
+
+    // Identity editing. Main thread.
+    void controlTextDidChange(QLineEdit* field); ///< what a person typed, not what the program put in
+    void VID_HSPID_SSPID_Changed_FwFlash(QLineEdit* field);
+    void textDidChange_ManuProSN(QLineEdit* field);
+    bool modifyFwBuffer_from_UI();
+
+    // The two selections above the properties. Main thread.
+    void comboBoxSelectionDidChange(QComboBox* sender);
+    void ICTypeCombBox_SelectedChanged();
+    void PageNameCombBox_SelectedChanged();
+
+    std::unique_ptr<TableViewController> tbViewController;
+
     /// Where work for the main thread is handed in.
     MainThread& mainThread() { return m_mainThread; }
 
@@ -81,12 +104,18 @@ private:
 
     void runUpdate(const FwImage& image, const QLineEdit& nameField);
 
+    void connectPropertyEditor();
+    void fillSelections();
+    void selectFirstPage();
+    void openSavePanel();
+
     Platform& m_platform;
     ToolPlace m_place;
     QString m_titleSuffix;
 
     FwImage m_updateImage;
     FwImage m_scalarImage;
+    FwImage m_flashImage;
 
     MainThread m_mainThread;
     FlowWorker m_worker;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "props/ui/Tone.h"
+
 #include <QFrame>
 #include <QPlainTextEdit>
 #include <QSlider>
@@ -8,12 +10,6 @@
 
 namespace vornadel
 {
-
-/// What a text says by its colour.
-enum class Tone { Blue, Red };
-
-/// The colour of a tone on a background: always the same hue, light or dark enough to be read on it.
-QColor toneColor(Tone tone, const QColor& background);
 
 /// A read-only text of several lines that has one colour at a time and follows a change of palette.
 class TextView final : public QPlainTextEdit

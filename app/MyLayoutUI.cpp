@@ -5,7 +5,6 @@
 #include "app/WindowTables.h"
 #include "config/Version.h"
 
-#include <QAbstractItemView>
 #include <QComboBox>
 #include <QGuiApplication>
 #include <QHeaderView>
@@ -14,7 +13,6 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
-#include <QStandardItemModel>
 #include <QTableView>
 
 #include <cmath>
@@ -26,6 +24,8 @@ namespace
 {
 
 using namespace layout;
+
+constexpr int kPropertyRowHeight = 24;
 
 /// The one place where frames become widget coordinates, whose origin is the upper left corner.
 void place(QWidget* widget, const Frame& frame)
@@ -116,17 +116,14 @@ void buildPropertyEditor(WindowControls& controls)
         controls.*row.member = combo;
     }
     auto* table = new QTableView(controls.boxDetail);
-    auto* columns = new QStandardItemModel(0, 2, table);
-    columns->setHorizontalHeaderLabels({"property", "curValue"});
-    table->setModel(columns);
     table->verticalHeader()->hide();
-    table->setSelectionBehavior(QAbstractItemView::SelectRows);
-    table->setSelectionMode(QAbstractItemView::SingleSelection);
+    table->verticalHeader()->setDefaultSectionSize(kPropertyRowHeight);
     table->setTabKeyNavigation(false);
-    table->setColumnWidth(0, 266);
-    table->setColumnWidth(1, 170);
     settle(table, "tbProperties_Detail", "Properties", {0, 362, 440, 180});
     controls.tbProperties_Detail = table;
+    // A line of the hex view that wraps cannot be read.
+    controls.txtViewBin_Detail->setLineWrapMode(QPlainTextEdit::NoWrap);
+    controls.txtViewBin_Detail->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
 }
 
 void chainTabOrder(QWidget* content)
@@ -175,6 +172,7 @@ void AppDelegate::MyLayoutUI()
     buildButtons(*this);
     buildTexts(*this);
     buildPropertyEditor(*this);
+    connectPropertyEditor();
     chainTabOrder(content);
     if (!fwbinPath.isEmpty()) {
         nstextfd_Scalar->setText(fwbinPath);

@@ -125,10 +125,6 @@ void perform(AppDelegate& delegate)
 
 constexpr char kLoadDriver[] = "LoadUpdateDriver";
 constexpr char kUnloadDriver[] = "UnloadUpdateDriver";
-constexpr char kReadFlash[] = "read_FwFlash";
-constexpr char kLoadFlash[] = "load_FwFlash";
-constexpr char kEraseFlash[] = "erase_FwFlash";
-constexpr char kSaveFlash[] = "save_FwFlash";
 
 struct ButtonRow {
     Box box;
@@ -187,20 +183,25 @@ constexpr ButtonRow kButtons[] = {
      MEMBER(btnRead_FwFlash),
      "Read From Flash",
      {10, 50, 130, 20},
-     notBuiltYet<kReadFlash>,
+     perform<&AppDelegate::read_FwFlash>,
      ""},
     {&W::boxFwFlash,
      MEMBER(btnLoad_FwFlash),
      "Load From *.bin",
      {10, 25, 130, 20},
-     notBuiltYet<kLoadFlash>,
+     perform<&AppDelegate::load_FwFlash>,
      ""},
-    {&W::boxFwFlash, MEMBER(btnErase_FwFlash), "Erase Flash", {10, 0, 130, 20}, notBuiltYet<kEraseFlash>, ""},
+    {&W::boxFwFlash,
+     MEMBER(btnErase_FwFlash),
+     "Erase Flash",
+     {10, 0, 130, 20},
+     perform<&AppDelegate::erase_FwFlash>,
+     ""},
     {&W::boxFwFlash,
      MEMBER(btnSave_FwFlash),
      "Save to *.bin",
      {200, 37.5, 120, 20},
-     notBuiltYet<kSaveFlash>,
+     perform<&AppDelegate::save_FwFlash>,
      ""},
 };
 

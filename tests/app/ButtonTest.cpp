@@ -143,10 +143,6 @@ TEST_F(Buttons, SayOnTheConsoleThatAnAreaIsNotBuiltYet)
     const std::vector<std::pair<QPushButton*, std::string>> rows = {
         {tool().nsbtnLoadDriver_HelpBox, "LoadUpdateDriver"},
         {tool().nsbtnUnloadDriver_HelpBox, "UnloadUpdateDriver"},
-        {tool().btnRead_FwFlash, "read_FwFlash"},
-        {tool().btnLoad_FwFlash, "load_FwFlash"},
-        {tool().btnErase_FwFlash, "erase_FwFlash"},
-        {tool().btnSave_FwFlash, "save_FwFlash"},
     };
     const unsigned requests = hub().requestCount();
     const auto commands = shell.commands;

@@ -201,6 +201,8 @@ void runAndUse(const std::function<void()>& open, const std::function<void(QDial
     look.start(1);
     giveUp.start(kPatienceMs);
     open();
+    // A sheet comes after the click that asked for it, and goes after its own end.
+    EXPECT_TRUE(waitFor([&used] { return used && QApplication::activeModalWidget() == nullptr; }));
     EXPECT_TRUE(used) << "no dialog came";
 }
 

@@ -1,0 +1,297 @@
+#include "hub/SupportedIds.h"
+#include "tests/app/FlashPageUnderTest.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <gmock/gmock.h>
+
+#include <utility>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+class IdentityEditing : public FlashPageUnderTest
+{
+protected:
+    void SetUp() override
+    {
+        FlashPageUnderTest::SetUp();
+        read();
+    }
+
+    static void paste(QLineEdit* field, const QString& text)
+    {
+        QGuiApplication::clipboard()->setText(text);
+        field->setFocus();
+        QTest::keyClick(field, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClick(field, Qt::Key_V, Qt::ControlModifier);
+    }
+
+    /// The demo image with some bytes of its block changed.
+    static std::vector<std::uint8_t>
+    demoWith(const std::vector<std::pair<std::size_t, std::uint8_t>>& changes)
+    {
+        std::vector<std::uint8_t> image = demoImage();
+        for (const auto& [offset, value] : changes) {
+            image[kDemoBlock + offset] = value;
+        }
+        return image;
+    }
+
+    static std::string consoleOf(const std::function<void()>& action)
+    {
+        testing::internal::CaptureStderr();
+        action();
+        return testing::internal::GetCapturedStderr();
+    }
+    qsizetype dumpAt(std::size_t offset)
+    {
+        return static_cast<qsizetype>((offset / 16) * 57 + 6 + 3 * (offset % 16) +
+                                      (offset % 16 >= 8 ? 2 : 0));
+    }
+    QString dumped(std::size_t offset) { return hexText().mid(dumpAt(offset), 2); }
+};
+
+TEST_F(IdentityEditing, CutsAFifthCharacterAndSaysSo)
+{
+    expectAlert("VID length should be 4.", [this] { type(tool().txtVID_FwFlash, "5"); });
+    EXPECT_EQ(tool().txtVID_FwFlash->text(), "1209");
+    EXPECT_EQ(saved(), demoImage()) << "the same value sets no flag";
+    expectAlert("SSPID length should be 4.", [this] { type(tool().txtSSPID_FwFlash, "5"); });
+    EXPECT_EQ(tool().txtSSPID_FwFlash->text(), "0001");
+    expectAlert("HSPID length should be 4.", [this] { paste(tool().txtHSPID_FwFlash, "abcdef"); });
+    EXPECT_EQ(tool().txtHSPID_FwFlash->text(), "abcd");
+    EXPECT_EQ(saved(), demoWith({{6, 0xAB}, {7, 0xCD}, {10, 0x01}}));
+}
+
+TEST_F(IdentityEditing, WritesEveryKeystroke)
+{
+    retype(tool().txtVID_FwFlash, "");
+    EXPECT_EQ(dumped(2), "00");
+    EXPECT_EQ(dumped(10), "01");
+    for (const auto& [key, first, second] :
+         {std::tuple{"a", "A0", "00"}, {"b", "AB", "00"}, {"c", "AB", "C0"}, {"d", "AB", "CD"}}) {
+        type(tool().txtVID_FwFlash, key);
+        EXPECT_EQ(dumped(2), first);
+        EXPECT_EQ(dumped(3), second);
+        EXPECT_EQ(redText().size(), 20) << "bytes 2 to 7";
+    }
+    EXPECT_EQ(saved(), demoWith({{2, 0xAB}, {3, 0xCD}, {10, 0x01}}));
+}
+
+TEST_F(IdentityEditing, WritesZerosForAClearedSspid)
+{
+    retype(tool().txtSSPID_FwFlash, "");
+    EXPECT_EQ(dumped(4) + dumped(5), "0000");
+    EXPECT_EQ(dumped(10), "01");
+    EXPECT_EQ(redText(), "12 09 00 00 00 02 - ");
+}
+
+TEST_F(IdentityEditing, SetsNoFlagForTheValueThatIsThere)
+{
+    tool().txtVID_FwFlash->setFocus();
+    QTest::keyClick(tool().txtVID_FwFlash, Qt::Key_Home);
+    const std::string console = consoleOf([this] {
+        QTest::keyClicks(tool().txtVID_FwFlash, "");
+        paste(tool().txtVID_FwFlash, "1209");
+    });
+    EXPECT_EQ(dumped(10), "00");
+    EXPECT_THAT(console, testing::Not(testing::HasSubstr("Not Same")));
+    EXPECT_EQ(saved(), demoImage());
+}
+
+TEST_F(IdentityEditing, TellsTheConsoleOldAndNewIds)
+{
+    const std::string console = consoleOf([this] { paste(tool().txtVID_FwFlash, "ab"); });
+    EXPECT_EQ(console, "ab\nOld VID : 1209\nOld SSPID : 0001\nOld HSPID : 0002\n"
+                       "VID: ab    SSPID1: 0001    HSPID1: 0002\nNot Same\n"
+                       "offsetBegin :2   ;   noffsetEnd :8\nEnter numberOfRowsInTableView\n");
+}
+
+TEST_F(IdentityEditing, TellsTheConsoleWhichTextChanged)
+{
+    const std::string console = consoleOf([this] { paste(tool().txtSN_FwFlash, "7"); });
+    EXPECT_EQ(console, "7\nVornadel\nDemo Hub\n7\n{5d0fc271-3a94-4e6b-9c18-27b0e463d108}\nChange-SN\n"
+                       "offsetBegin :43   ;   noffsetEnd :94\nEnter numberOfRowsInTableView\n");
+}
+
+TEST_F(IdentityEditing, SetsTheFlagOfEachText)
+{
+    type(tool().txtManu_FwFlash, "!");
+    EXPECT_EQ(dumped(42), "08");
+    type(tool().txtPro_FwFlash, "!");
+    EXPECT_EQ(dumped(42), "0C");
+    type(tool().txtSN_FwFlash, "!");
+    EXPECT_EQ(dumped(42), "0E");
+    type(tool().txtContainerID_FwFlash, "!");
+    EXPECT_EQ(dumped(42), "0F");
+    EXPECT_TRUE(redText().startsWith("0B 03 56 6F 72 \n7E30h:"));
+}
+
+TEST_F(IdentityEditing, TakesTheThirtiethCharacterAway)
+{
+    type(tool().txtSN_FwFlash, "2345678"); // 8 + 8 + 13
+    EXPECT_EQ(tool().txtSN_FwFlash->text(), "SN00012345678");
+    type(tool().txtSN_FwFlash, "9");
+    EXPECT_EQ(tool().txtSN_FwFlash->text(), "SN00012345678");
+    type(tool().txtManu_FwFlash, "x");
+    EXPECT_EQ(tool().txtManu_FwFlash->text(), "Vornadel");
+    EXPECT_EQ(dumped(43), "0A");
+    EXPECT_EQ(dumped(42), "02") << "the manufacturer never changed";
+}
+
+TEST_F(IdentityEditing, TakesAWideCharacterAwayWhole)
+{
+    type(tool().txtSN_FwFlash, "234567"); // one is free
+    paste(tool().txtSN_FwFlash, QString("SN0001234567") + QString::fromUtf8("\xF0\x9F\x98\x80"));
+    EXPECT_EQ(tool().txtSN_FwFlash->text(), "SN0001234567");
+    EXPECT_EQ(dumped(43), "0A") << "and the strings are not wiped";
+}
+
+TEST_F(IdentityEditing, WipesTheStringsAfterAPasteOfFortyCharacters)
+{
+    paste(tool().txtManu_FwFlash, QString(40, 'm'));
+    EXPECT_EQ(tool().txtManu_FwFlash->text(), QString(39, 'm')) << "one character is taken away, no more";
+    for (std::size_t offset = 43; offset < 78; ++offset) {
+        EXPECT_EQ(dumped(offset), "00") << offset;
+    }
+    for (int left = 38; left > 15; --left) {
+        QTest::keyClick(tool().txtManu_FwFlash, Qt::Key_Backspace);
+        // While the total is too large every event takes one more.
+        if (tool().txtManu_FwFlash->text().size() + 14 > 29) {
+            EXPECT_EQ(dumped(43), "00");
+        }
+    }
+    EXPECT_LE(tool().txtManu_FwFlash->text().size(), 15);
+    EXPECT_EQ(dumped(43), QString::asprintf("%02X", unsigned(tool().txtManu_FwFlash->text().size()) + 2));
+    EXPECT_EQ(dumped(42), "08");
+}
+
+TEST_F(IdentityEditing, TakesTheOverflowFromTheContainerIdToo)
+{
+    paste(tool().txtManu_FwFlash, QString(40, 'm'));
+    const QString before = tool().txtContainerID_FwFlash->text();
+    type(tool().txtContainerID_FwFlash, "7");
+    EXPECT_EQ(tool().txtContainerID_FwFlash->text(), before);
+}
+
+TEST_F(IdentityEditing, SetsTheContainerFlagForAChangeOfCase)
+{
+    paste(tool().txtContainerID_FwFlash, "{5D0FC271-3A94-4E6B-9C18-27B0E463D108}");
+    EXPECT_EQ(tool().txtContainerID_FwFlash->text(), "{5D0FC271-3A94-4E6B-9C18-27B0E463D108}");
+    EXPECT_EQ(saved(), demoWith({{42, 0x01}}));
+}
+
+TEST_F(IdentityEditing, WritesTheContainerIdAsItIsTyped)
+{
+    retype(tool().txtContainerID_FwFlash, "ff");
+    EXPECT_EQ(dumped(78), "FF");
+    EXPECT_EQ(dumped(79), "00");
+    EXPECT_EQ(tool().txtContainerID_FwFlash->text(), "ff");
+    select(tool().cbPages, 1);
+    EXPECT_EQ(tool().txtContainerID_FwFlash->text(), "{ff000000-0000-0000-0000-000000000000}");
+}
+
+TEST_F(IdentityEditing, HearsNothingOfWhatTheProgramPutsIn)
+{
+    const std::string console = consoleOf([this] {
+        tool().txtVID_FwFlash->setText("FFFFF");
+        tool().txtManu_FwFlash->setText("nobody typed this");
+        settleEvents();
+    });
+    EXPECT_EQ(console, "");
+    EXPECT_EQ(dumped(2), "12");
+}
+
+TEST_F(IdentityEditing, IgnoresAnyOtherField)
+{
+    EXPECT_EQ(consoleOf([this] { tool().controlTextDidChange(tool().txtVer_FwFlash); }), "0100\n");
+    EXPECT_EQ(saved(), demoImage());
+}
+
+TEST_F(IdentityEditing, RefusesWhatIsTypedWithoutAnImage)
+{
+    loadRefused(writeFile("bad.bin", std::vector<std::uint8_t>(1000, 0x11)));
+    for (QLineEdit* field : {tool().txtVID_FwFlash, tool().txtHSPID_FwFlash, tool().txtSN_FwFlash,
+                             tool().txtContainerID_FwFlash}) {
+        expectAlert("No Flash Data", [field] { type(field, "1"); });
+        EXPECT_EQ(field->text(), "");
+    }
+}
+
+class UpdateImageFromTheFields : public FlashPageUnderTest
+{
+protected:
+    void SetUp() override
+    {
+        FlashPageUnderTest::SetUp();
+        chooseByTyping(tool().btnSelect_EasyUpdate,
+                       QString::fromStdString(writeFile("demo.bin", demoImage())));
+    }
+
+    /// What the update image holds, by way of the hub.
+    std::vector<std::uint8_t> updateImage()
+    {
+        click(tool().btnUpdate_EasyUpdate);
+        EXPECT_TRUE(waitUntilEnabled());
+        return hub().flash();
+    }
+};
+
+TEST_F(UpdateImageFromTheFields, TakesIdsVersionAndStrings)
+{
+    SupportedIdList.at(1) = {1, 0x1209, 0x00AB, 0x00CD};
+    tool().txtSSPID_EasyUpdate->setText("00ab");
+    tool().txtHSPID_EasyUpdate->setText("00CD");
+    tool().txtVer_EasyUpdate->setText("0203");
+    tool().txtManu_EasyUpdate->setText("M");
+    testing::internal::CaptureStdout();
+    EXPECT_TRUE(tool().modifyFwBuffer_from_UI());
+    std::fflush(stdout);
+    EXPECT_THAT(testing::internal::GetCapturedStdout(), testing::StartsWith("03 03 4d 0a 03 44 65 6d \n6f "));
+    const std::vector<std::uint8_t> image = updateImage();
+    EXPECT_EQ(image[kDemoBlock + 5], 0xAB);
+    EXPECT_EQ(image[kDemoBlock + 7], 0xCD);
+    EXPECT_EQ(image[kDemoBlock - 7], 0x02);
+    EXPECT_EQ(image[kDemoBlock + 43], 0x03);
+    EXPECT_EQ(image[kDemoBlock + 10], 0x00) << "no flag is set here";
+    SupportedIdList.at(1) = {};
+}
+
+TEST_F(UpdateImageFromTheFields, RefusesIdsThatAreNotSupportedButKeepsThem)
+{
+    tool().txtHSPID_EasyUpdate->setText("0003");
+    tool().txtManu_EasyUpdate->setText("Other");
+    EXPECT_FALSE(tool().modifyFwBuffer_from_UI());
+    std::vector<std::uint8_t> expected = demoImage();
+    expected[kDemoBlock + 7] = 0x03;
+    updateImage();
+    EXPECT_EQ(hub().flash(), expected);
+}
+
+TEST_F(UpdateImageFromTheFields, RefusesWrongLengthsWithoutAWord)
+{
+    tool().txtVer_EasyUpdate->setText("01000");
+    EXPECT_FALSE(tool().modifyFwBuffer_from_UI());
+    tool().txtVer_EasyUpdate->setText("0101");
+    tool().txtSN_EasyUpdate->setText(QString(14, 's'));
+    EXPECT_FALSE(tool().modifyFwBuffer_from_UI());
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+    EXPECT_EQ(updateImage(), demoImage());
+}
+
+TEST_F(FlashPageUnderTest, RefusesToModifyAnUpdateImageThatIsNotThere)
+{
+    for (QLineEdit* field : {tool().txtVID_EasyUpdate, tool().txtSSPID_EasyUpdate, tool().txtHSPID_EasyUpdate,
+                             tool().txtVer_EasyUpdate}) {
+        field->setText("0001");
+    }
+    EXPECT_FALSE(tool().modifyFwBuffer_from_UI());
+}
+
+} // namespace
+
+} // namespace vornadel::test

@@ -1,0 +1,150 @@
+#include "tests/app/FlashPageUnderTest.h"
+
+#include <gmock/gmock.h>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+using PageSelection = FlashPageUnderTest;
+
+QStringList textsOf(const QComboBox* combo)
+{
+    QStringList texts;
+    for (int i = 0; i < combo->count(); ++i) {
+        texts.append(combo->itemText(i));
+    }
+    return texts;
+}
+
+TEST_F(PageSelection, OffersSixPagesAndSelectsTheFirst)
+{
+    EXPECT_EQ(textsOf(tool().cbPages),
+              (QStringList{"SSC", "DSP OCP/U1/U2", "System", "USP PHY", "DSP Setting", "DSP PHY"}));
+    EXPECT_EQ(tool().cbPages->currentIndex(), 0);
+    EXPECT_FALSE(tool().cbPages->isEditable());
+    EXPECT_FALSE(tool().cbICType->isEditable());
+    EXPECT_EQ(tool().cbPages->maxVisibleItems(), 10);
+    EXPECT_EQ(tool().cbICType->maxVisibleItems(), 10);
+}
+
+TEST_F(PageSelection, OffersTheDefinitionFilesBelowTheToolDirectory)
+{
+    end();
+    writeDefinitions("b.ini", "");
+    writeDefinitions("sub/C.INI", "");
+    launchAndSettle();
+    QStringList found = textsOf(tool().cbICType);
+    found.sort();
+    EXPECT_EQ(found, (QStringList{"demo.INI", "sub/C.INI"}));
+    EXPECT_EQ(tool().cbICType->currentIndex(), 0);
+}
+
+TEST_F(PageSelection, ListsThePageThatIsSelected)
+{
+    read();
+    testing::internal::CaptureStderr();
+    select(tool().cbPages, 2);
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr("selected value:System\n"));
+    EXPECT_EQ(names(), QStringList{"Rate"});
+    EXPECT_EQ(value(0), "0 : Slow");
+    select(tool().cbPages, 1);
+    EXPECT_EQ(rows(), 0);
+    for (int page = 0; page < 6; ++page) {
+        select(tool().cbPages, page);
+        EXPECT_FALSE(names().contains("Never Shown"));
+        EXPECT_FALSE(names().contains("Never Shown Either"));
+    }
+}
+
+TEST_F(PageSelection, DiscardsUnsavedTypingOnAChangeOfThePage)
+{
+    read();
+    tool().txtVID_FwFlash->setText("ABC");
+    retype(tool().txtContainerID_FwFlash, "ABC");
+    openCell(1);
+    EXPECT_TRUE(waitFor([this] { return openList() != nullptr; }));
+    QTest::keyClick(openList()->view(), Qt::Key_Escape);
+    EXPECT_TRUE(waitFor([this] { return openList() == nullptr; }));
+    const QString described = tool().txtViewDesc_Detail->toPlainText();
+    EXPECT_FALSE(described.isEmpty());
+    EXPECT_FALSE(redText().isEmpty());
+    select(tool().cbPages, 2);
+    EXPECT_EQ(tool().txtVID_FwFlash->text(), "1209");
+    EXPECT_EQ(tool().txtContainerID_FwFlash->text(), "{abc00000-0000-0000-0000-000000000000}");
+    EXPECT_EQ(redText(), "");
+    EXPECT_EQ(tool().txtViewDesc_Detail->toPlainText(), described) << "it is not cleared";
+}
+
+TEST_F(PageSelection, ShowsDefaultsAfterAChangeOfTheType)
+{
+    end();
+    writeDefinitions("a.INI", kDefinitions);
+    launchAndSettle();
+    ASSERT_EQ(tool().cbICType->count(), 2);
+    read();
+    EXPECT_EQ(value(2), "2 : Middle");
+    select(tool().cbPages, 2);
+    tool().txtSN_FwFlash->setText("unsaved");
+    select(tool().cbICType, 1);
+    EXPECT_EQ(tool().cbPages->currentIndex(), 0);
+    EXPECT_EQ(names(), (QStringList{"Unbound", "Spread Spectrum", "Depth", "Fixed"}));
+    EXPECT_EQ(value(2), "0 : None") << "whatever the image holds";
+    EXPECT_EQ(value(3), "Empty Value");
+    EXPECT_EQ(tool().txtSN_FwFlash->text(), "SN0001");
+    read();
+    EXPECT_EQ(value(2), "2 : Middle");
+}
+
+TEST_F(PageSelection, LeavesTheTypeToTheNextReadWhileThereIsNoImage)
+{
+    end();
+    writeDefinitions("a.INI", "[HubFF_USB_01]\nPageName = SSC\nPropName = Other\n");
+    launchAndSettle();
+    tool().cbICType->setFocus();
+    const int first = tool().cbICType->currentIndex();
+    select(tool().cbICType, 1 - first);
+    EXPECT_EQ(rows(), 0);
+    const bool other = tool().cbICType->currentText() == "a.INI";
+    read();
+    EXPECT_EQ(names().first(), other ? "Other" : "Unbound");
+}
+
+TEST_F(PageSelection, RebuildsTheRowsWithoutAnImageToo)
+{
+    read();
+    ASSERT_TRUE(hub().setFlash(std::vector<std::uint8_t>(32768, 0xFF)));
+    read();
+    EXPECT_EQ(tool().txtVID_FwFlash->text(), "Err");
+    EXPECT_EQ(rows(), 4) << "a read without an image changes no row";
+    select(tool().cbPages, 2);
+    EXPECT_EQ(names(), QStringList{"Rate"});
+    EXPECT_EQ(tool().txtVID_FwFlash->text(), "Err");
+}
+
+TEST_F(PageSelection, IsEmptyWithoutADefinitionFile)
+{
+    end();
+    QFile::remove(QString::fromStdString(directory() + "/demo.INI"));
+    launchAndSettle();
+    EXPECT_EQ(tool().cbICType->count(), 0);
+    EXPECT_EQ(tool().cbICType->currentIndex(), -1);
+    read();
+    EXPECT_EQ(rows(), 0);
+    EXPECT_EQ(fields(), demoFields());
+}
+
+TEST_F(PageSelection, HearsNoOtherSender)
+{
+    read();
+    QComboBox other;
+    testing::internal::CaptureStderr();
+    tool().comboBoxSelectionDidChange(&other);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+} // namespace
+
+} // namespace vornadel::test
