@@ -1,0 +1,80 @@
+#pragma once
+
+#include "platform/Platform.h"
+#include "sim/SimulatedBus.h"
+#include "tests/support/FakeSystem.h"
+#include "tests/support/VirtualClock.h"
+
+#include <QObject>
+#include <QPoint>
+#include <QString>
+#include <QStringList>
+#include <QTimer>
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <string>
+
+class QComboBox;
+class QWidget;
+
+namespace vornadel::test
+{
+
+/// A person at the mouse and the keyboard of an X display of the program's own. The events come from the X server; the
+/// script only says when.
+void xdotool(const QStringList& arguments);
+void clickAt(const QPoint& onScreen);
+void click(const QWidget* widget); ///< in its middle
+
+/// Does one thing after the other, each as soon as what it waits for has come true.
+class MouseScript final : public QObject
+{
+public:
+    using Condition = std::function<bool()>;
+    using Step = std::function<void()>;
+
+    /// `name` tells what was waited for when it never comes true; the application ends with status 1 then.
+    void when(std::string name, Condition condition, Step step);
+    /// Types a path into the file dialog that comes up, and confirms.
+    void answerFileDialog(const QString& path);
+    /// Presses an entry of the list that opens. `combo` may be null until then.
+    void chooseEntry(const std::string& name, std::function<QComboBox*()> combo, int position);
+
+    void start();
+    bool finished() const { return m_entries.empty(); }
+
+private:
+    struct Entry {
+        std::string name;
+        Condition condition;
+        Step step;
+    };
+
+    void poll();
+
+    std::deque<Entry> m_entries;
+    QTimer m_timer;
+    int m_polls = 0;
+};
+
+/// A machine whose hub and clock are not real.
+class MouseMachine
+{
+public:
+    MouseMachine();
+
+    SimulatedHub& hub() { return m_bus->hub(); }
+    Platform& platform() { return *m_platform; }
+
+private:
+    VirtualClock m_clock;
+    std::unique_ptr<SimulatedBus> m_bus;
+    IdleShell m_shell;
+    IdlePrivilegedRun m_privileged;
+    FixedSystemVersion m_version;
+    std::unique_ptr<Platform> m_platform;
+};
+
+} // namespace vornadel::test

@@ -1,0 +1,167 @@
+// A person at the mouse changes a hub: reads its flash, types a new serial number, chooses two values in the property
+// table, saves, updates with the saved file and reads again. Exactly what was changed must be different in the hub. The
+// events come from the X server, so this runs on a display of its own; only the hub and its clock are not real.
+//
+//   flash_story FOLDER       the image is saved there
+
+#include "app/AppDelegate.h"
+#include "app/Controls.h"
+#include "app/Tool.h"
+#include "tests/process/MouseScript.h"
+
+#include <QAbstractItemModel>
+#include <QApplication>
+#include <QComboBox>
+#include <QFile>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableView>
+
+#include <cstdint>
+#include <cstdio>
+#include <map>
+#include <vector>
+
+namespace
+{
+
+using namespace vornadel;
+using namespace vornadel::test;
+
+constexpr std::size_t kFlashSize = 32768;
+constexpr std::size_t kBlock = 0x7E00;            // of the demo image
+constexpr std::size_t kSerial = kBlock + 43 + 22; // after "Vornadel" and "Demo Hub", each behind 2 bytes
+const std::map<std::size_t, std::uint8_t> kChanged = {
+    {kBlock + 11, 0x0B}, // "SSC Mode" from 3 to 1, bits 2 and 1 of 0x0F
+    {kBlock + 12, 0x22}, // "U1 Enable" from 1 to 0, bit 4 of 0x32
+    {kBlock + 42, 0x02}, // the serial number is not the factory's any more
+    {kSerial + 4, '4'},  // SN0001 became SN0042
+    {kSerial + 5, '2'},
+};
+
+/// Presses a value cell of the property table, waits for its list and presses an entry of that.
+void choose(MouseScript& script, AppDelegate& tool, int row, const QString& name, int position,
+            const QString& shown)
+{
+    QTableView& table = *tool.tbProperties_Detail;
+    const auto text = [&table, row](int column) {
+        return table.model()->index(row, column).data().toString();
+    };
+    const auto list = [&table] { return table.viewport()->findChild<QComboBox*>(); };
+    script.when(
+        "the row \"" + name.toStdString() + "\"",
+        [&table, text, name] { return table.window()->isActiveWindow() && text(0) == name; },
+        [&table, row] {
+            clickAt(table.viewport()->mapToGlobal(table.visualRect(table.model()->index(row, 1)).center()));
+        });
+    script.chooseEntry("the list of the cell", list, position);
+    script.when(
+        "the cell to read \"" + shown.toStdString() + "\"",
+        [text, list, shown] { return list() == nullptr && text(1) == shown; }, [] {});
+}
+
+void readFlash(MouseScript& script, AppDelegate& tool)
+{
+    const auto idle = [&tool] {
+        return tool.btnRead_FwFlash->isEnabled() && tool.window()->isActiveWindow();
+    };
+    script.when("the buttons before the read", idle, [&tool] { click(tool.btnRead_FwFlash); });
+    script.when(
+        "the read to succeed",
+        [&tool, idle] {
+            return idle() && tool.nstfUpdateInfo_UpdateFW->toPlainText().endsWith("Read Fw Success\n");
+        },
+        [&tool] { tool.resetProgressInfo(); });
+}
+
+void writeScript(MouseScript& script, AppDelegate& tool, const QString& path)
+{
+    const auto idle = [&tool] {
+        return tool.btnRead_FwFlash->isEnabled() && tool.window()->isActiveWindow();
+    };
+    readFlash(script, tool);
+    script.when(
+        "the serial number", [&tool] { return tool.txtSN_FwFlash->text() == "SN0001"; },
+        [&tool] { click(tool.txtSN_FwFlash); });
+    script.when(
+        "the keyboard in the field", [&tool] { return tool.txtSN_FwFlash->hasFocus(); },
+        [] {
+            xdotool({"key", "ctrl+a", "type", "SN0042"});
+        });
+    script.when(
+        "the new serial number", [&tool] { return tool.txtSN_FwFlash->text() == "SN0042"; }, [] {});
+    choose(script, tool, 2, "SSC Mode", 1, "1 : Center-spread");
+    script.when("the window", idle, [&tool] { click(tool.cbPages); });
+    script.chooseEntry(
+        "the list of pages", [&tool] { return tool.cbPages; }, 1);
+    choose(script, tool, 0, "U1 Enable", 0, "0 : Disable");
+    script.when("the window", idle, [&tool] { click(tool.btnSave_FwFlash); });
+    script.answerFileDialog(path);
+    script.when(
+        "the saved file", [idle, path] { return idle() && QFile(path).size() == kFlashSize; },
+        [&tool] { click(tool.btnSelect_EasyUpdate); });
+    script.answerFileDialog(path);
+    script.when(
+        "the saved image on the update page",
+        [&tool, idle] { return idle() && tool.txtSN_EasyUpdate->text() == "SN0042"; },
+        [&tool] { click(tool.btnUpdate_EasyUpdate); });
+    script.when(
+        "the update to succeed",
+        [&tool, idle] {
+            return idle() && tool.nstfUpdateInfo_UpdateFW->toPlainText().endsWith("Update FW Success\n");
+        },
+        [] {});
+    readFlash(script, tool);
+    script.when(
+        "the changed values",
+        [&tool] {
+            const QAbstractItemModel& rows = *tool.tbProperties_Detail->model();
+            return tool.txtSN_FwFlash->text() == "SN0042" &&
+                   rows.index(2, 1).data().toString() == "1 : Center-spread";
+        },
+        [&tool] { tool.window()->close(); });
+}
+
+/// What differs, offset by offset, over the whole flash.
+bool onlyTheChangesDiffer(const std::vector<std::uint8_t>& before, const std::vector<std::uint8_t>& after)
+{
+    bool equal = before.size() == kFlashSize && after.size() == kFlashSize;
+    for (std::size_t i = 0; equal && i < kFlashSize; ++i) {
+        const auto change = kChanged.find(i);
+        const std::uint8_t expected = change == kChanged.end() ? before[i] : change->second;
+        if (after[i] != expected || (change != kChanged.end() && before[i] == expected)) {
+            std::fprintf(stderr, "flash_story: byte 0x%04zX went from 0x%02X to 0x%02X, expected 0x%02X\n", i,
+                         before[i], after[i], expected);
+            equal = false;
+        }
+    }
+    return equal;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc < 2) {
+        return 64;
+    }
+    const QApplication application(argc, argv);
+    const QString path = QFile::decodeName(argv[1]) + "/changed.bin";
+    MouseMachine machine;
+    const std::vector<std::uint8_t> before = machine.hub().flash();
+    MouseScript script;
+    const int status = runTool(machine.platform(), argv[0], " [simulated hub]", [&](AppDelegate& tool) {
+        writeScript(script, tool, path);
+        script.start();
+    });
+    QFile file(path);
+    if (status != 0 || !script.finished() || !file.open(QIODevice::ReadOnly)) {
+        std::fprintf(stderr, "flash_story: the story was not played to its end\n");
+        return 1;
+    }
+    const QByteArray saved = file.readAll();
+    return onlyTheChangesDiffer(before, {saved.begin(), saved.end()}) &&
+                   onlyTheChangesDiffer(before, machine.hub().flash())
+               ? 0
+               : 1;
+}
