@@ -37,6 +37,7 @@ AppDelegate::AppDelegate(Platform& platform, ToolPlace place, QString titleSuffi
 AppDelegate::~AppDelegate()
 {
     m_platform.usb.unwatch();
+    tbViewController.reset(); // listens to the views and refers to the image
     if (AppDelegateRef == this) {
         AppDelegateRef = nullptr;
     }

@@ -30,7 +30,7 @@ public:
     ~AppDelegate() override;
 
     void applicationDidFinishLaunching();
-    /// Closing the window quits the tool.
+    /// The tool has one window and ends with it.
     static bool applicationShouldTerminateAfterLastWindowClosed() { return true; }
 
     /// Ends what runs in the background: no request follows the one in flight, no wait goes on. False when a

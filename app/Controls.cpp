@@ -2,6 +2,7 @@
 
 #include <QEvent>
 #include <QPainter>
+#include <QProxyStyle>
 #include <QScrollBar>
 #include <QTextCursor>
 
@@ -9,6 +10,22 @@
 
 namespace vornadel
 {
+
+namespace
+{
+
+/// Opens a list below its box and scrolls in it; other styles lay all the entries over the screen.
+class ScrollingListStyle final : public QProxyStyle
+{
+public:
+    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                  QStyleHintReturn* data) const override
+    {
+        return hint == SH_ComboBox_Popup ? 0 : QProxyStyle::styleHint(hint, option, widget, data);
+    }
+};
+
+} // namespace
 
 TextView::TextView(QWidget* parent) : QPlainTextEdit(parent)
 {
@@ -65,6 +82,14 @@ void ProgressSlider::setDoubleValue(double percent)
 {
     setValue(static_cast<int>(std::lround(percent)));
     m_percent = percent; // finer than the handle's place
+}
+
+PickList::PickList(QWidget* parent) : QComboBox(parent)
+{
+    auto* const style = new ScrollingListStyle;
+    style->setParent(this);
+    setStyle(style);
+    setMaxVisibleItems(10);
 }
 
 TitledBox::TitledBox(const QString& title, QWidget* parent) : QFrame(parent), m_title(title)

@@ -2,6 +2,7 @@
 
 #include "props/ui/Tone.h"
 
+#include <QComboBox>
 #include <QFrame>
 #include <QPlainTextEdit>
 #include <QSlider>
@@ -44,6 +45,13 @@ public:
 
 private:
     double m_percent = 0;
+};
+
+/// A list to pick from, with ten entries in view when it is open.
+class PickList final : public QComboBox
+{
+public:
+    explicit PickList(QWidget* parent);
 };
 
 /// A box with a title in its upper edge. The content area is the whole box below the title: children are placed

@@ -10,17 +10,6 @@
 namespace vornadel
 {
 
-namespace
-{
-
-/// Two stored bytes, high byte first, as four upper-case hex digits; empty for a position that is not there.
-QString idText(const std::uint8_t* position)
-{
-    return position == nullptr ? QString() : QString::asprintf("%02X%02X", position[0], position[1]);
-}
-
-} // namespace
-
 void AppDelegate::chooseFw_EasyUpdate()
 {
     const QString path = QFileDialog::getOpenFileName(m_window.get());
@@ -34,10 +23,10 @@ void AppDelegate::chooseFw_EasyUpdate()
         showAlert("Firmware format error\n");
         return;
     }
-    txtVID_EasyUpdate->setText(idText(m_updateImage.vid));
-    txtSSPID_EasyUpdate->setText(idText(m_updateImage.sspid));
-    txtHSPID_EasyUpdate->setText(idText(m_updateImage.hspid));
-    txtVer_EasyUpdate->setText(idText(m_updateImage.version));
+    txtVID_EasyUpdate->setText(QString::fromStdString(FwImage_IdText(m_updateImage.vid)));
+    txtSSPID_EasyUpdate->setText(QString::fromStdString(FwImage_IdText(m_updateImage.sspid)));
+    txtHSPID_EasyUpdate->setText(QString::fromStdString(FwImage_IdText(m_updateImage.hspid)));
+    txtVer_EasyUpdate->setText(QString::fromStdString(FwImage_IdText(m_updateImage.version)));
     txtManu_EasyUpdate->setText(QString::fromUtf8(m_updateImage.manufacturer.data()));
     txtPro_EasyUpdate->setText(QString::fromUtf8(m_updateImage.product.data()));
     txtSN_EasyUpdate->setText(QString::fromUtf8(m_updateImage.serial.data()));

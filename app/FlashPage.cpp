@@ -15,8 +15,6 @@
 #include <QFileInfo>
 #include <QLineEdit>
 
-#include <algorithm>
-#include <array>
 #include <string>
 #include <vector>
 
@@ -26,21 +24,21 @@ namespace vornadel
 namespace
 {
 
-constexpr std::size_t kIdLength = 4;
-constexpr std::size_t kMostCharacters = 29; // of the three strings together
 constexpr const char* kImageSuffix = "BIN";
 
 /// Asks where to save. A name gets the one suffix there is before it is looked at whether the file exists.
 class SavePanel final : public QFileDialog
 {
 public:
-    explicit SavePanel(QWidget* window)
-        : QFileDialog(window, "Choose the path to save the *.Bin file", {}, "BIN (*.BIN *.bin)")
+    explicit SavePanel(QWidget* window) : QFileDialog(window)
     {
+        setOption(
+            DontUseNativeDialog); // a desktop's own panel would look for the file before it has its suffix
+        setWindowTitle("Choose the path to save the *.Bin file");
+        setNameFilter("BIN (*.BIN *.bin)");
         setAcceptMode(AcceptSave);
         setLabelText(FileName, "save as");
         setDefaultSuffix(kImageSuffix);
-        setOption(HideNameFilterDetails, false);
         setAttribute(Qt::WA_DeleteOnClose);
     }
 
@@ -55,6 +53,8 @@ protected:
         QFileDialog::accept();
     }
 };
+
+std::string textOf(const QLineEdit* field) { return field->text().toStdString(); }
 
 } // namespace
 
@@ -127,27 +127,18 @@ void AppDelegate::save_FwFlash()
         GeneralFunction::AlertString("No Flash Data");
         return;
     }
-    std::array<std::string, 7> texts;
-    const std::array<const QLineEdit*, 7> fields = {txtVID_FwFlash, txtSSPID_FwFlash, txtHSPID_FwFlash,
-                                                    txtVer_FwFlash, txtManu_FwFlash,  txtPro_FwFlash,
-                                                    txtSN_FwFlash};
-    std::transform(fields.begin(), fields.end(), texts.begin(),
-                   [](const QLineEdit* field) { return field->text().toStdString(); });
-    const auto& [vid, sspid, hspid, version, manufacturer, product, serial] = texts;
-    ConsoleLog(QString::asprintf("Length in textfield : %zu-%zu-%zu-%zu-%zu-%zu-%zu\n", vid.size(),
-                                 sspid.size(), hspid.size(), version.size(), manufacturer.size(),
-                                 product.size(), serial.size()));
-    const bool idsFit = std::all_of(texts.begin(), texts.begin() + 4,
-                                    [](const std::string& id) { return id.size() == kIdLength; });
-    if (!idsFit || manufacturer.size() + product.size() + serial.size() > kMostCharacters) {
+    const IdentityTexts texts{textOf(txtVID_FwFlash), textOf(txtSSPID_FwFlash), textOf(txtHSPID_FwFlash),
+                              textOf(txtVer_FwFlash), textOf(txtManu_FwFlash),  textOf(txtPro_FwFlash),
+                              textOf(txtSN_FwFlash)};
+    ConsoleLog(QString::asprintf("Length in textfield : %zu-%zu-%zu-%zu-%zu-%zu-%zu\n", texts.vid.size(),
+                                 texts.sspid.size(), texts.hspid.size(), texts.version.size(),
+                                 texts.manufacturer.size(), texts.product.size(), texts.serial.size()));
+    if (!texts.fit()) {
         GeneralFunction::AlertString("Data Length Error");
         return;
     }
-    FwImage_SetIdText(m_flashImage.vid, vid);
-    FwImage_SetIdText(m_flashImage.sspid, sspid);
-    FwImage_SetIdText(m_flashImage.hspid, hspid);
-    FwImage_SetIdText(m_flashImage.version, version);
-    FwImage_SetStrings(m_flashImage, manufacturer, product, serial);
+    FwImage_SetIds(m_flashImage, texts);
+    FwImage_SetStrings(m_flashImage, texts.manufacturer, texts.product, texts.serial);
     GF_PrintHex(m_flashImage.strings, static_cast<std::int32_t>(m_flashImage.stringsLength));
     openSavePanel();
 }

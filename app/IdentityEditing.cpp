@@ -9,8 +9,6 @@
 
 #include <QLineEdit>
 
-#include <algorithm>
-#include <cstdio>
 #include <string>
 
 namespace vornadel
@@ -19,14 +17,11 @@ namespace vornadel
 namespace
 {
 
-constexpr qsizetype kIdLength = 4;
-constexpr std::size_t kMostCharacters = 29; // of the three strings together
-
 std::string textOf(const QLineEdit* field) { return field->text().toStdString(); }
 
 void logBytes(const char* name, const std::uint8_t* position)
 {
-    ConsoleLog(QString::asprintf("Old %s : %02X%02X", name, position[0], position[1]));
+    ConsoleLog(QString::asprintf("Old %s : %s", name, FwImage_IdText(position).c_str()));
 }
 
 /// A character outside the basic plane is two units: both go.
@@ -88,8 +83,9 @@ void AppDelegate::VID_HSPID_SSPID_Changed_FwFlash(QLineEdit* field)
     for (const Row& row :
          {Row{txtVID_FwFlash, "VID length should be 4."}, Row{txtSSPID_FwFlash, "SSPID length should be 4."},
           Row{txtHSPID_FwFlash, "HSPID length should be 4."}}) {
-        if (row.field->text().size() > kIdLength) {
-            row.field->setText(row.field->text().left(kIdLength));
+        const QString text = row.field->text();
+        if (text.size() > static_cast<qsizetype>(kIdDigits)) {
+            row.field->setText(text.left(kIdDigits));
             GeneralFunction::AlertString(row.alert);
             break; // one field per event
         }
@@ -134,26 +130,19 @@ void AppDelegate::textDidChange_ManuProSN(QLineEdit* field)
 
 bool AppDelegate::modifyFwBuffer_from_UI()
 {
-    const std::string ids[] = {textOf(txtVID_EasyUpdate), textOf(txtSSPID_EasyUpdate),
-                               textOf(txtHSPID_EasyUpdate), textOf(txtVer_EasyUpdate)};
-    const std::string manufacturer = textOf(txtManu_EasyUpdate);
-    const std::string product = textOf(txtPro_EasyUpdate);
-    const std::string serial = textOf(txtSN_EasyUpdate);
-    const bool idsFit = std::all_of(std::begin(ids), std::end(ids),
-                                    [](const std::string& id) { return id.size() == kIdLength; });
-    if (!m_updateImage.loaded || !idsFit ||
-        manufacturer.size() + product.size() + serial.size() > kMostCharacters) {
+    const IdentityTexts texts{textOf(txtVID_EasyUpdate),   textOf(txtSSPID_EasyUpdate),
+                              textOf(txtHSPID_EasyUpdate), textOf(txtVer_EasyUpdate),
+                              textOf(txtManu_EasyUpdate),  textOf(txtPro_EasyUpdate),
+                              textOf(txtSN_EasyUpdate)};
+    if (!m_updateImage.loaded || !texts.fit()) {
         return false;
     }
-    FwImage_SetIdText(m_updateImage.vid, ids[0]);
-    FwImage_SetIdText(m_updateImage.sspid, ids[1]);
-    FwImage_SetIdText(m_updateImage.hspid, ids[2]);
-    FwImage_SetIdText(m_updateImage.version, ids[3]);
+    FwImage_SetIds(m_updateImage, texts);
     if (!FindSupportedTriple(wordAt(m_updateImage.vid), wordAt(m_updateImage.sspid),
                              wordAt(m_updateImage.hspid))) {
         return false;
     }
-    FwImage_SetStrings(m_updateImage, manufacturer, product, serial);
+    FwImage_SetStrings(m_updateImage, texts.manufacturer, texts.product, texts.serial);
     GF_PrintHex(m_updateImage.strings, static_cast<std::int32_t>(m_updateImage.stringsLength));
     return true;
 }

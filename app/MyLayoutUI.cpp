@@ -1,11 +1,11 @@
-// The one window, built in code: six titled boxes in three columns, with fixed frames.
+// Builds the one window from its tables.
 
 #include "app/AppDelegate.h"
 #include "app/Controls.h"
 #include "app/WindowTables.h"
 #include "config/Version.h"
 
-#include <QComboBox>
+#include <QAbstractItemView>
 #include <QGuiApplication>
 #include <QHeaderView>
 #include <QLabel>
@@ -110,13 +110,14 @@ void buildTexts(WindowControls& controls)
 void buildPropertyEditor(WindowControls& controls)
 {
     for (const ComboRow& row : kCombos) {
-        auto* combo = new QComboBox(controls.boxDetail);
-        combo->setMaxVisibleItems(10);
+        auto* combo = new PickList(controls.boxDetail);
         settle(combo, row.name, row.accessibleName, row.frame);
+        combo->view()->setAccessibleName(row.accessibleName);
         controls.*row.member = combo;
     }
     auto* table = new QTableView(controls.boxDetail);
     table->verticalHeader()->hide();
+    table->horizontalHeader()->setHighlightSections(false);
     table->verticalHeader()->setDefaultSectionSize(kPropertyRowHeight);
     table->setTabKeyNavigation(false);
     settle(table, "tbProperties_Detail", "Properties", {0, 362, 440, 180});

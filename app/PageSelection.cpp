@@ -7,7 +7,6 @@
 #include "props/Pages.h"
 #include "props/PropertyFiles.h"
 
-#include <QAbstractItemView>
 #include <QComboBox>
 #include <QFile>
 #include <QLineEdit>

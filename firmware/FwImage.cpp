@@ -4,6 +4,7 @@
 #include "props/GenFun.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -34,7 +35,7 @@ constexpr std::uint32_t kContainerIdLength = 16;
 constexpr std::size_t kContainerIdDigits = 32;
 constexpr std::size_t kStringHeader = 2;
 constexpr std::uint8_t kStringDescriptorType = 3;
-constexpr std::size_t kMostCharacters = kStringsLength - 3 * kStringHeader;
+static_assert(kMostCharacters == kStringsLength - 3 * kStringHeader);
 
 constexpr std::uint8_t kSignatures[][2] = {{0xAA, 0x55}, {0x3C, 0xC3}, {0x55, 0xAA}};
 
@@ -42,16 +43,6 @@ using Bytes = std::unique_ptr<std::uint8_t[]>;
 
 // Null when there is no memory. Not zeroed: the caller fills all of it.
 Bytes allocate(std::size_t count) { return Bytes(new (std::nothrow) std::uint8_t[count]); }
-
-// What lies behind the NUL stays, so that setting a text to what it is changes nothing of the 64 bytes.
-void keepText(FwText& text, const char* characters, std::size_t count)
-{
-    const std::size_t kept = std::min(count, text.size() - 1);
-    if (kept > 0) {
-        std::memmove(text.data(), characters, kept);
-    }
-    text[kept] = '\0';
-}
 
 std::uint8_t* findDescriptor(std::uint8_t* data, std::int32_t length)
 {
@@ -65,19 +56,10 @@ std::uint8_t* findDescriptor(std::uint8_t* data, std::int32_t length)
     return nullptr;
 }
 
-void formatContainerId(const std::uint8_t* id, FwText& text)
+/// The characters of a string descriptor.
+std::string_view textOf(const std::uint8_t* string)
 {
-    std::size_t at = 0;
-    text[at++] = '{';
-    for (std::size_t i = 0; i < kContainerIdLength; ++i) {
-        if (i == 4 || i == 6 || i == 8 || i == 10) {
-            text[at++] = '-';
-        }
-        text[at++] = GF_Value2HexChar(static_cast<std::uint8_t>(id[i] >> 4));
-        text[at++] = GF_Value2HexChar(id[i] & 0x0F);
-    }
-    text[at++] = '}';
-    text[at] = '\0';
+    return {reinterpret_cast<const char*>(string + kStringHeader), string[0] - kStringHeader};
 }
 
 void locateFields(FwImage& image, std::uint8_t* block)
@@ -109,7 +91,7 @@ bool adopt(FwImage& image, Bytes bytes, std::int32_t length)
     }
     locateFields(image, block);
     FwImage_ParseStrings(image.strings, image.stringsLength, image.manufacturer, image.product, image.serial);
-    formatContainerId(image.containerId, image.containerIdText);
+    FwText_Set(image.containerIdText, FwImage_ContainerIdText(image.containerId));
     image.loaded = true;
     return true;
 }
@@ -205,8 +187,7 @@ bool FwImage_SetStrings(FwImage& image, std::string_view manufacturer, std::stri
         }
         at = 0;
         for (FwText* copy : copies) {
-            keepText(*copy, reinterpret_cast<const char*>(area + at + kStringHeader),
-                     area[at] - kStringHeader);
+            FwText_Set(*copy, textOf(area + at));
             at += area[at];
         }
     }
@@ -230,7 +211,7 @@ bool FwImage_SetContainerId(FwImage& image, std::string_view text)
             ++digits;
         }
     }
-    keepText(image.containerIdText, text.data(), text.size());
+    FwText_Set(image.containerIdText, text);
     std::copy(std::begin(id), std::end(id), image.containerId);
     return true;
 }
@@ -244,10 +225,41 @@ void FwImage_ParseStrings(const std::uint8_t* area, std::uint32_t areaLength, Fw
         if (at >= areaLength || area[at] < kStringHeader || at + area[at] > areaLength) {
             return;
         }
-        const auto* characters = reinterpret_cast<const char*>(area + at + kStringHeader);
-        keepText(*text, characters, area[at] - kStringHeader);
+        FwText_Set(*text, textOf(area + at));
         at += area[at];
     }
+}
+
+void FwText_Set(FwText& kept, std::string_view text)
+{
+    const std::size_t count = std::min(text.size(), kept.size() - 1);
+    if (count > 0) { // an empty view may have no characters at all
+        std::memmove(kept.data(), text.data(), count);
+    }
+    kept[count] = '\0';
+}
+
+std::string FwImage_IdText(const std::uint8_t* position)
+{
+    if (position == nullptr) {
+        return {};
+    }
+    std::array<char, kIdDigits + 1> text{};
+    std::snprintf(text.data(), text.size(), "%02X%02X", position[0], position[1]);
+    return text.data();
+}
+
+std::string FwImage_ContainerIdText(const std::uint8_t* id)
+{
+    std::string text = "{";
+    for (std::size_t i = 0; i < kContainerIdLength; ++i) {
+        if (i == 4 || i == 6 || i == 8 || i == 10) {
+            text += '-';
+        }
+        text += GF_Value2HexChar(static_cast<std::uint8_t>(id[i] >> 4));
+        text += GF_Value2HexChar(id[i] & 0x0F);
+    }
+    return text + '}';
 }
 
 std::uint32_t GetFileSize(const std::string& path)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -11,6 +12,11 @@ namespace vornadel
 
 /// NUL-terminated text of at most 63 characters. What lies behind the NUL is left from earlier texts.
 using FwText = std::array<char, 64>;
+
+/// How many bytes the manufacturer, product and serial number may have together.
+inline constexpr std::size_t kMostCharacters = 29;
+/// How many hex digits a vendor id, product id or firmware version has as text.
+inline constexpr std::size_t kIdDigits = 4;
 
 /// A whole firmware image: the content of the hub's SPI flash, with the identity fields of its descriptor block
 /// located. The image has no header and no checksum.
@@ -72,6 +78,16 @@ bool FwImage_SetContainerId(FwImage& image, std::string_view text);
 /// 8-bit characters. A text without a descriptor keeps its content; one longer than 63 characters is cut.
 void FwImage_ParseStrings(const std::uint8_t* area, std::uint32_t areaLength, FwText& manufacturer,
                           FwText& product, FwText& serial);
+
+/// Puts a text in place, cut to 63 characters. What lies behind the NUL stays, so that setting a text to what it is
+/// changes nothing of the 64 bytes. `text` may lie in `kept`.
+void FwText_Set(FwText& kept, std::string_view text);
+
+/// Two stored bytes, high byte first, as four upper-case hex digits; empty for a null position.
+std::string FwImage_IdText(const std::uint8_t* position);
+
+/// 16 bytes of a Container ID in stored order, in lower case with braces and dashes: 38 characters.
+std::string FwImage_ContainerIdText(const std::uint8_t* id);
 
 /// Length of a regular file in bytes, 0xFFFFFFFF when it is that long or longer. 0xFFFFFFFF too when it cannot be
 /// opened for reading or is no regular file.

@@ -21,14 +21,6 @@ std::uint8_t valueAt(std::string_view text, std::size_t at)
     return at < text.size() ? GF_Char2Value(text[at]) : std::uint8_t{0};
 }
 
-/// What lies behind the NUL stays: comparing whole copies must not find a change where the text has none.
-void copyText(FwText& copy, std::string_view text)
-{
-    const std::size_t kept = std::min(text.size(), copy.size() - 1);
-    std::copy_n(text.begin(), kept, copy.begin());
-    copy[kept] = '\0';
-}
-
 } // namespace
 
 void FwImage_SetIdText(std::uint8_t* position, std::string_view text)
@@ -39,6 +31,21 @@ void FwImage_SetIdText(std::uint8_t* position, std::string_view text)
     for (std::size_t i = 0; i < 2; ++i) {
         position[i] = static_cast<std::uint8_t>(valueAt(text, 2 * i) * 16 | valueAt(text, 2 * i + 1));
     }
+}
+
+bool IdentityTexts::fit() const
+{
+    const auto isId = [](const std::string& text) { return text.size() == kIdDigits; };
+    return isId(vid) && isId(sspid) && isId(hspid) && isId(version) &&
+           manufacturer.size() + product.size() + serial.size() <= kMostCharacters;
+}
+
+void FwImage_SetIds(FwImage& image, const IdentityTexts& texts)
+{
+    FwImage_SetIdText(image.vid, texts.vid);
+    FwImage_SetIdText(image.sspid, texts.sspid);
+    FwImage_SetIdText(image.hspid, texts.hspid);
+    FwImage_SetIdText(image.version, texts.version);
 }
 
 bool FwImage_EditIds(FwImage& image, std::string_view vid, std::string_view sspid, std::string_view hspid)
@@ -81,7 +88,7 @@ std::uint8_t FwImage_EditTexts(FwImage& image, std::string_view manufacturer, st
 
     std::uint8_t changed = 0;
     for (const Edit& edit : edits) {
-        copyText(*edit.copy, edit.text);
+        FwText_Set(*edit.copy, edit.text);
         if (*edit.copy != edit.before) {
             GF_SetMaskValue(image.descriptor + kTextFlagsOffset, edit.flag, 1);
             changed = static_cast<std::uint8_t>(changed | edit.flag);

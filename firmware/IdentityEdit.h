@@ -3,6 +3,7 @@
 #include "firmware/FwImage.h"
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 namespace vornadel
@@ -27,6 +28,18 @@ inline constexpr std::uint32_t kTextsEnd = 94;
 /// not count. Two digits are joined as high * 16 | low and cut to 8 bits, so letters past "f" have an effect. Null
 /// is no position: nothing is written.
 void FwImage_SetIdText(std::uint8_t* position, std::string_view text);
+
+/// What the identity fields of a page say.
+struct IdentityTexts {
+    std::string vid, sspid, hspid, version;
+    std::string manufacturer, product, serial;
+
+    /// Whether the ids and the version have four digits each and the strings have room in an image.
+    bool fit() const;
+};
+
+/// Writes the three ids and the version; nothing at a position that is not there.
+void FwImage_SetIds(FwImage& image, const IdentityTexts& texts);
 
 /// Writes the three ids. True when that changed a byte; the id-change flag (block offset 10, bit 0) is set then.
 /// Nothing happens to an image that is not loaded.

@@ -20,7 +20,7 @@ QString identifier(int column)
 void PropertyModel::reload(bool sameItems)
 {
     const int rows = m_controller.numberOfRowsInTableView();
-    if (sameItems && rows == m_rows) {
+    if (sameItems) {
         if (rows > 0) {
             emit dataChanged(index(0, 0), index(rows - 1, ColumnCount - 1));
         }

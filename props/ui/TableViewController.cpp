@@ -40,8 +40,6 @@ QString optionText(const PropItem& item, std::size_t at)
     return fromText(item.dataList[at]) + " : " + fromText(item.propList[at]);
 }
 
-std::size_t optionCount(const PropItem& item) { return std::min(item.dataList.size(), item.propList.size()); }
-
 /// The decimal number at the front of a text; 0 where there is none.
 int leadingNumber(const QString& text)
 {
@@ -51,27 +49,14 @@ int leadingNumber(const QString& text)
         std::clamp<long>(number, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
 }
 
-/// Two stored bytes, high byte first; empty for a position that is not there.
-QString idText(const std::uint8_t* position)
-{
-    return position == nullptr ? QString() : QString::asprintf("%02X%02X", position[0], position[1]);
-}
-
-QString containerIdText(const std::uint8_t* id)
-{
-    return QString::asprintf("{%02x%02x%02x%02x-%02x%02x-%02x%02x-%02x%02x-%02x%02x%02x%02x%02x%02x}", id[0],
-                             id[1], id[2], id[3], id[4], id[5], id[6], id[7], id[8], id[9], id[10], id[11],
-                             id[12], id[13], id[14], id[15]);
-}
-
 } // namespace
 
 TableViewController::TableViewController(const PropertyViews& views, FwImage& image,
                                          std::string toolDirectory, PropertyVoices voices)
-    : m_views(views), m_image(image), m_toolDirectory(std::move(toolDirectory)), m_voices(std::move(voices)),
-      m_model(*this), m_dropDowns(*views.table, PropertyModel::CurValue)
+    : _tableView(views.table), m_views(views), m_image(image), m_toolDirectory(std::move(toolDirectory)),
+      m_voices(std::move(voices)), m_model(*this), m_dropDowns(*views.table, PropertyModel::CurValue)
 {
-    QTableView& table = *m_views.table;
+    QTableView& table = *_tableView;
     table.setModel(&m_model);
     table.setSelectionBehavior(QAbstractItemView::SelectRows);
     table.setSelectionMode(QAbstractItemView::SingleSelection);
@@ -145,34 +130,32 @@ void TableViewController::ShowBinary(std::uint32_t begin, std::uint32_t end)
     const HexText hex = hexText(m_image, begin, end);
     QPlainTextEdit& view = *m_views.hex;
     view.setPlainText(hex.text);
-    m_redStart = hex.redStart;
-    m_redLength = hex.redLength;
-    colourHex();
+    QTextEdit::ExtraSelection red;
+    red.cursor = QTextCursor(view.document());
+    if (hex.redLength > 0) { // otherwise it stays at the top
+        red.cursor.setPosition(static_cast<int>(hex.redStart));
+        red.cursor.setPosition(static_cast<int>(hex.redStart + hex.redLength), QTextCursor::KeepAnchor);
+    }
+    view.setExtraSelections({red});
+    recolourHex();
 
-    QTextCursor cursor(view.document());
-    if (m_redLength > 0) {
-        cursor.setPosition(static_cast<int>(m_redStart + m_redLength));
+    // Its end, then its start, so that both are in view where there is room for both.
+    for (const int position : {red.cursor.selectionEnd(), red.cursor.selectionStart()}) {
+        QTextCursor cursor(view.document());
+        cursor.setPosition(position);
         view.setTextCursor(cursor);
         view.ensureCursorVisible();
     }
-    cursor.setPosition(static_cast<int>(m_redLength > 0 ? m_redStart : 0));
-    view.setTextCursor(cursor);
-    view.ensureCursorVisible();
 }
 
 /// Red as it can be read on the view's ground; all else has the view's own text colour.
-void TableViewController::colourHex()
+void TableViewController::recolourHex()
 {
-    QList<QTextEdit::ExtraSelection> red;
-    if (m_redLength > 0) {
-        QTextEdit::ExtraSelection range;
-        range.cursor = QTextCursor(m_views.hex->document());
-        range.cursor.setPosition(static_cast<int>(m_redStart));
-        range.cursor.setPosition(static_cast<int>(m_redStart + m_redLength), QTextCursor::KeepAnchor);
+    QList<QTextEdit::ExtraSelection> ranges = m_views.hex->extraSelections();
+    for (QTextEdit::ExtraSelection& range : ranges) {
         range.format.setForeground(toneColor(Tone::Red, m_views.hex->palette().color(QPalette::Base)));
-        red.append(range);
     }
-    m_views.hex->setExtraSelections(red);
+    m_views.hex->setExtraSelections(ranges);
 }
 
 void TableViewController::UpdateTxt_FwFlash()
@@ -180,14 +163,14 @@ void TableViewController::UpdateTxt_FwFlash()
     if (!m_image.loaded) {
         return;
     }
-    m_views.vid->setText(idText(m_image.vid));
-    m_views.sspid->setText(idText(m_image.sspid));
-    m_views.hspid->setText(idText(m_image.hspid));
-    m_views.version->setText(idText(m_image.version));
+    m_views.vid->setText(fromText(FwImage_IdText(m_image.vid)));
+    m_views.sspid->setText(fromText(FwImage_IdText(m_image.sspid)));
+    m_views.hspid->setText(fromText(FwImage_IdText(m_image.hspid)));
+    m_views.version->setText(fromText(FwImage_IdText(m_image.version)));
     m_views.manufacturer->setText(QString::fromUtf8(m_image.manufacturer.data()));
     m_views.product->setText(QString::fromUtf8(m_image.product.data()));
     m_views.serial->setText(QString::fromUtf8(m_image.serial.data()));
-    m_views.containerId->setText(containerIdText(m_image.containerId));
+    m_views.containerId->setText(fromText(FwImage_ContainerIdText(m_image.containerId)));
 }
 
 void TableViewController::reloadTable()
@@ -219,7 +202,7 @@ ValueCell TableViewController::valueCell(int row) const
         return cell;
     }
     bool found = false;
-    for (std::size_t i = 0; i < optionCount(*item); ++i) {
+    for (std::size_t i = 0; i < item->dataList.size(); ++i) {
         cell.entries.append(optionText(*item, i));
         if (!found && item->dataList[i] == item->curValue) {
             found = true;
@@ -278,6 +261,7 @@ void TableViewController::apply(PropItem& item, int value)
                  QString::asprintf("\naddr:%d\nmask:%d\n", static_cast<int>(item.addr), item.mask));
     const std::uint32_t addr = item.addr;
     reloadTable();
+    // One more than the last offset would be 0, and mark bytes that have not changed.
     ShowBinary(addr, addr == std::numeric_limits<std::uint32_t>::max() ? addr : addr + 1);
 }
 
@@ -299,7 +283,7 @@ void TableViewController::refuse(const PropItem& item)
 
 void TableViewController::tableViewSelectionDidChange()
 {
-    const QModelIndexList rows = m_views.table->selectionModel()->selectedRows();
+    const QModelIndexList rows = _tableView->selectionModel()->selectedRows();
     const PropItem* item = rows.isEmpty() ? nullptr : itemAt(rows.front().row());
     if (item == nullptr) {
         return;
@@ -314,7 +298,7 @@ void TableViewController::tableViewSelectionDidChange()
         text += QString::asprintf("(addr:0x%02X  mask:0x%02X)\n", item->addr & 0xFF, item->mask) +
                 fromText(item->propDesc) + " : \n";
     }
-    for (std::size_t i = 0; i < optionCount(*item); ++i) {
+    for (std::size_t i = 0; i < item->dataList.size(); ++i) {
         text += optionText(*item, i) + "\n";
     }
     m_views.description->setPlainText(text);
@@ -323,11 +307,11 @@ void TableViewController::tableViewSelectionDidChange()
 bool TableViewController::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == m_views.hex && event->type() == QEvent::PaletteChange) {
-        colourHex();
-    } else if (watched == m_views.table->viewport() && event->type() == QEvent::Resize) {
+        recolourHex();
+    } else if (watched == _tableView->viewport() && event->type() == QEvent::Resize) {
         // A vertical scroll bar takes its room from the names, not from the drop-downs.
-        const int room = m_views.table->viewport()->width() - kValueWidth;
-        m_views.table->setColumnWidth(PropertyModel::Property, std::min(kPropertyWidth, room));
+        const int room = _tableView->viewport()->width() - kValueWidth;
+        _tableView->setColumnWidth(PropertyModel::Property, std::min(kPropertyWidth, room));
     }
     return QObject::eventFilter(watched, event);
 }

@@ -60,7 +60,8 @@ public:
     static constexpr const char* kPropertyColumn = "property";
     static constexpr const char* kValueColumn = "curValue";
 
-    /// Makes itself the table's source. `image` is read and written; it must outlive the controller.
+    /// Makes itself the table's source. `image` is read and written. The views and the image must outlive the
+    /// controller.
     TableViewController(const PropertyViews& views, FwImage& image, std::string toolDirectory,
                         PropertyVoices voices);
     ~TableViewController() override;
@@ -97,6 +98,7 @@ public:
 
     ValueCell valueCell(int row) const;
 
+    QTableView* _tableView;
     PropItemList propItemList; ///< the table's rows: the items of the selected page
     PropItemList allItemList;  ///< all items of the definition file
 
@@ -109,7 +111,7 @@ private:
     void refreshFirst(std::size_t count);
     void apply(PropItem& item, int value);
     void refuse(const PropItem& item);
-    void colourHex();
+    void recolourHex();
 
     PropertyViews m_views;
     FwImage& m_image;
@@ -117,9 +119,7 @@ private:
     PropertyVoices m_voices;
     PropertyModel m_model;
     DropDownCells m_dropDowns;
-    PropItemList m_shown;     ///< what the last reload found
-    qsizetype m_redStart = 0; ///< in the hex view
-    qsizetype m_redLength = 0;
+    PropItemList m_shown; ///< what the last reload found
 };
 
 /// The one controller, for plain functions; null before there is one.

@@ -1,10 +1,10 @@
 #include "hub/HubTransport.h"
 #include "tests/app/FlashPageUnderTest.h"
+#include "tests/support/FullDisk.h"
 
 #include <QDialog>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QLabel>
 #include <gmock/gmock.h>
 
 #include <filesystem>
@@ -173,6 +173,7 @@ TEST_F(FlashPage, AsksInASheetWhereToSave)
         auto* save = qobject_cast<QFileDialog*>(&panel);
         ASSERT_NE(save, nullptr);
         EXPECT_EQ(save->acceptMode(), QFileDialog::AcceptSave);
+        EXPECT_TRUE(save->testOption(QFileDialog::DontUseNativeDialog));
         EXPECT_EQ(save->windowModality(), Qt::WindowModal);
         EXPECT_EQ(save->parentWidget(), tool().window());
         EXPECT_EQ(save->labelText(QFileDialog::FileName), "save as");
@@ -210,14 +211,23 @@ TEST_F(FlashPage, KeepsWhatWasTypedWhenSavingIsCancelled)
 TEST_F(FlashPage, LeavesAFileThatCannotBeWrittenAlone)
 {
     read();
-    const std::string folder = directory() + "/not there";
-    const std::string path = folder + "/out.bin";
+    const std::vector<std::uint8_t> earlier = {1, 2, 3};
+    const std::string path = writeFile("saves/out.BIN", earlier);
+    const std::string folder = std::filesystem::path(path).parent_path();
+    std::string console;
     clickAndUse(tool().btnSave_FwFlash, [&](QDialog& panel) {
-        auto* save = qobject_cast<QFileDialog*>(&panel);
-        emit save->fileSelected(QString::fromStdString(path)); // it has gone since
+        testing::internal::CaptureStderr();
+        {
+            const FullDisk oneByteShort(32767);
+            emit qobject_cast<QFileDialog*>(&panel)->fileSelected(QString::fromStdString(path));
+        }
+        console = testing::internal::GetCapturedStderr();
         QTest::keyClick(&panel, Qt::Key_Escape);
     });
-    EXPECT_FALSE(std::filesystem::exists(folder));
+    EXPECT_EQ(bytesOf(path), earlier);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1)
+        << "nothing is left beside it";
+    EXPECT_THAT(console, testing::HasSubstr(path + ": File too large"));
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr) << "not reported";
 }
 

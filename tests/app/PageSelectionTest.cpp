@@ -26,8 +26,24 @@ TEST_F(PageSelection, OffersSixPagesAndSelectsTheFirst)
     EXPECT_EQ(tool().cbPages->currentIndex(), 0);
     EXPECT_FALSE(tool().cbPages->isEditable());
     EXPECT_FALSE(tool().cbICType->isEditable());
-    EXPECT_EQ(tool().cbPages->maxVisibleItems(), 10);
-    EXPECT_EQ(tool().cbICType->maxVisibleItems(), 10);
+}
+
+TEST_F(PageSelection, ShowsTenTypesAtOnce)
+{
+    end();
+    for (char c = 'A'; c <= 'L'; ++c) {
+        writeDefinitions(std::string("more/") + c + ".INI", "");
+    }
+    launchAndSettle();
+    QComboBox& types = *tool().cbICType;
+    ASSERT_EQ(types.count(), 13);
+    click(&types);
+    settleEvents();
+    const QAbstractItemView& open = *types.view();
+    ASSERT_TRUE(open.isVisible());
+    const QRect first = open.visualRect(open.model()->index(0, 0));
+    EXPECT_EQ(open.viewport()->height() / first.height(), 10);
+    QTest::keyClick(types.view(), Qt::Key_Escape);
 }
 
 TEST_F(PageSelection, OffersTheDefinitionFilesBelowTheToolDirectory)

@@ -1,18 +1,16 @@
 #include "hub/HubTransport.h"
 #include "sim/DemoImage.h"
 #include "tests/cli/Session.h"
+#include "tests/support/FullDisk.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <cstdint>
 #include <filesystem>
 #include <iterator>
 #include <string>
 #include <vector>
-
-#include <sys/resource.h>
 
 namespace vornadel::test
 {
@@ -185,14 +183,11 @@ TEST(Read, LeavesTheFileWhenTheDiskIsFull)
     const std::string file = session.folder.write("read.bin", std::string("earlier"));
     const std::size_t files = filesIn(session.folder);
 
-    rlimit before{};
-    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
-    const rlimit oneByteShort{32767, before.rlim_max};
-    auto* const handler = std::signal(SIGXFSZ, SIG_IGN);
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &oneByteShort), 0);
-    const int status = session.read(file);
-    ::setrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, handler);
+    int status = kExitSuccess;
+    {
+        const FullDisk oneByteShort(32767);
+        status = session.read(file);
+    }
 
     EXPECT_EQ(status, kExitFailure);
     EXPECT_EQ(session.err.str(), "the flash was read but could not be saved: " + file + ": File too large\n");

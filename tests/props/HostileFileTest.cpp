@@ -4,10 +4,8 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdio>
-#include <ctime>
 #include <filesystem>
 #include <string>
 
@@ -187,38 +185,6 @@ TEST_F(HostileFile, WithMoreLinesThanAnyDefinitionNeedsIsRefused)
     expectAccepted(distinctKeys(kMostPropertyLines), 0);
     expectAccepted(distinctKeys(kMostPropertyLines) + "\n  \n; comment\n \t# comment\n", 0);
     expectRefused(distinctKeys(kMostPropertyLines) + "one more=\n", "more than 11000 lines");
-}
-
-/// Processor time of one reading in milliseconds; the best of three, for the machine has other work.
-double cost(const std::string& path)
-{
-    double best = 1e9;
-    for (int i = 0; i < 3; ++i) {
-        const std::clock_t before = std::clock();
-        std::string problem;
-        readPropertyFile(path, problem);
-        best = std::min(best, 1000.0 * static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC);
-    }
-    return best;
-}
-
-TEST_F(HostileFile, CostsLessThanATenthOfASecond)
-{
-    std::string comments;
-    while (comments.size() + 3 <= kLargestPropertyFile) {
-        comments += ";x\n";
-    }
-    std::string manyKeys;
-    while (manyKeys.size() + 10 <= kLargestPropertyFile) {
-        manyKeys += std::to_string(manyKeys.size()) + "=\n";
-    }
-    const std::string wrong(kLargestPropertyFile / 2, 'x');
-    for (const std::string& text :
-         {fullFile(), distinctKeys(kMostPropertyLines), comments, manyKeys, wrong,
-          std::string(kLargestPropertyFile, '\n'), std::string(kLargestPropertyFile, '\\')}) {
-        write(text);
-        EXPECT_LT(cost(path()), 100) << text.substr(0, 40) << "... of " << text.size() << " bytes";
-    }
 }
 
 } // namespace

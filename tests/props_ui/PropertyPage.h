@@ -82,12 +82,12 @@ protected:
     FwImage m_image;
     QStringList m_log;
     QStringList m_alerts;
-    std::unique_ptr<TableViewController> m_controller; // goes after the views
     QComboBox m_icTypes;
     QPlainTextEdit m_description;
     QPlainTextEdit m_hex;
     std::array<QLineEdit, 8> m_fields;
     QTableView m_table;
+    std::unique_ptr<TableViewController> m_controller; // goes before the views
 };
 
 } // namespace vornadel::test
