@@ -1,6 +1,7 @@
 #include "bench/Table.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 namespace vornadel::bench
@@ -35,6 +36,17 @@ double Series::median() const
 double Series::worst() const
 {
     return m_figures.empty() ? 0 : *std::max_element(m_figures.begin(), m_figures.end());
+}
+
+double Series::quantile(double part) const
+{
+    if (m_figures.empty()) {
+        return 0;
+    }
+    std::vector<double> sorted = m_figures;
+    std::sort(sorted.begin(), sorted.end());
+    const double rank = std::ceil(part * static_cast<double>(sorted.size()));
+    return sorted[static_cast<std::size_t>(std::max(rank, 1.0)) - 1];
 }
 
 Row rowOf(const std::string& what, const Series& series, double target)

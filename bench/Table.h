@@ -15,6 +15,8 @@ public:
     std::size_t count() const { return m_figures.size(); }
     double median() const; ///< 0 without figures
     double worst() const;  ///< the largest; 0 without figures
+    /// The smallest figure that at least that part of the figures (above 0, up to 1) does not exceed; 0 without any.
+    double quantile(double part) const;
 
 private:
     std::vector<double> m_figures;

@@ -1,18 +1,17 @@
-// Reading the fullest property file there can be, against the INI reader alone; and looking for such files in a crowd.
+// Reading the costliest property files that are read or refused, and looking for such files in a crowd.
 
 #include "bench/Table.h"
 #include "props/PropertyFile.h"
 #include "props/PropertyFiles.h"
+#include "tests/support/FullPropertyFile.h"
 
-#include <iniparser/iniparser.h>
-
-#include <array>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -59,26 +58,6 @@ private:
     std::string m_path;
 };
 
-/// 255 sections with all their 40 keys.
-void writeFullFile(const std::string& path)
-{
-    std::ofstream file(path);
-    for (int number = 0; number < 255; ++number) {
-        std::array<char, 64> heading{};
-        std::snprintf(heading.data(), heading.size(), "[HubFF_USB_%02X]\n", static_cast<unsigned>(number));
-        file << heading.data() << "PropName = Property " << number
-             << "\nPageName = System\nGroupName = Group\nPropDesp = \"What the property is for, in a few "
-                "words.\"\n"
-                "PropAddr = 11\nPropMask = 1\nBaseOnAddr = 12\nBaseOnMask = 16\n";
-        for (int slot = 0; slot < 16; ++slot) {
-            std::array<char, 96> option{};
-            std::snprintf(option.data(), option.size(), "PropOption_%02X = Option %d\nDataOption_%02X = %d\n",
-                          static_cast<unsigned>(slot), slot, static_cast<unsigned>(slot), slot);
-            file << option.data();
-        }
-    }
-}
-
 template <typename Work>
 double millisecondsOf(Work work)
 {
@@ -87,38 +66,47 @@ double millisecondsOf(Work work)
     return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - before).count();
 }
 
-void readFile(const std::string& path)
+std::string repeated(const std::string& text, std::size_t size)
 {
-    std::string problem;
-    if (readPropertyFile(path, problem).size() != 255) {
-        giveUp("the file was read wrongly: " + problem);
+    std::string all;
+    while (all.size() + text.size() <= size) {
+        all += text;
     }
-}
-
-void loadAlone(const std::string& path)
-{
-    dictionary* entries = iniparser_load(path.c_str());
-    if (entries == nullptr) {
-        giveUp("the INI reader does not read the file");
-    }
-    iniparser_freedict(entries);
+    return all;
 }
 
 void benchReading(const Folder& folder)
 {
-    const std::string path = folder / "Full.INI";
-    writeFullFile(path);
-    Series alone;
-    Series whole;
-    for (int run = 0; run < kRuns; ++run) {
-        alone.add(millisecondsOf([&] { loadAlone(path); }));
-        whole.add(millisecondsOf([&] { readFile(path); }));
+    struct Sample {
+        const char* what;
+        std::string text;
+        std::size_t properties;
+    };
+    const Sample samples[] = {
+        {"255 properties with all their keys", test::fullPropertyFile("System"), 255},
+        {"as many other keys as there may be", test::distinctKeys(kMostPropertyLines), 0},
+        {"1 MiB of keys, refused", test::distinctKeys(150'000).substr(0, kLargestPropertyFile), 0},
+        {"1 MiB of comments", repeated(";x\n", kLargestPropertyFile), 0},
+        {"1 MiB of blank lines", std::string(kLargestPropertyFile, '\n'), 0},
+        {"1 MiB of backslashes, refused", std::string(kLargestPropertyFile, '\\'), 0},
+        {"half a MiB in one line, refused", std::string(kLargestPropertyFile / 2, 'x'), 0},
+    };
+    const std::string path = folder / "Costly.INI";
+    std::vector<Row> rows;
+    for (const Sample& sample : samples) {
+        std::ofstream(path, std::ios::binary) << sample.text;
+        Series reading;
+        for (int run = 0; run < kRuns; ++run) {
+            reading.add(millisecondsOf([&] {
+                std::string problem;
+                if (readPropertyFile(path, problem).size() != sample.properties) {
+                    giveUp("a file was read wrongly: " + problem);
+                }
+            }));
+        }
+        rows.push_back(rowOf(sample.what, reading, 100));
     }
-    bench::printTable("A property file of 255 sections", "milliseconds",
-                      {rowOf("the INI reader alone", alone, 0), rowOf("read into properties", whole, 100)});
-    bench::printTable("The same, against the INI reader alone", "times",
-                      {Row{"read into properties", static_cast<std::size_t>(kRuns), 1.3,
-                           whole.median() / alone.median(), 0}});
+    bench::printTable("Reading a property file", "milliseconds", rows);
 }
 
 void benchSearch(const Folder& folder)

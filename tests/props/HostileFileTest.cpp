@@ -1,5 +1,6 @@
 #include "props/PropertyFile.h"
 #include "tests/props/DefinitionFolder.h"
+#include "tests/support/FullPropertyFile.h"
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
@@ -143,41 +144,13 @@ TEST_F(HostileFile, WithASectionNamedLikeNoKeyOfAPropertyIsRead)
     expectAccepted(std::string(kGood) + "[HubFF_USB_05:Other]\nx = 1\n[HubFF_USB_FF:PropName]\n", 1);
 }
 
-/// A definition file of 255 properties with all their keys, each section as long as they come.
-std::string fullFile()
-{
-    std::string text;
-    for (int number = 0; number < 0xFF; ++number) {
-        char line[128];
-        std::snprintf(line, sizeof line, "[HubFF_USB_%02X]\nPropName = Property %d\n", number, number);
-        text += line;
-        text += "PageName = SSC\nGroupName = Group\nPropDesp = Words\nPropAddr = 11\nPropMask = 1\n"
-                "BaseOnAddr = 12\nBaseOnMask = 16\n";
-        for (int slot = 0; slot < 16; ++slot) {
-            std::snprintf(line, sizeof line, "PropOption_%02X = Label %d\nDataOption_%02X = %d\n", slot, slot,
-                          slot, slot);
-            text += line;
-        }
-    }
-    return text;
-}
-
 TEST_F(HostileFile, ThatIsFullIsRead)
 {
-    const PropItemList items = read(fullFile());
+    const PropItemList items = read(fullPropertyFile("SSC"));
     EXPECT_EQ(problem, "");
     ASSERT_EQ(items.size(), 255U);
     EXPECT_EQ(items.back()->propName, "Property 254");
     EXPECT_EQ(items.back()->propList.size(), 16U);
-}
-
-std::string distinctKeys(std::size_t count)
-{
-    std::string text = "[x]\n";
-    for (std::size_t i = 1; i < count; ++i) {
-        text += std::to_string(i) + "=\n";
-    }
-    return text;
 }
 
 TEST_F(HostileFile, WithMoreLinesThanAnyDefinitionNeedsIsRefused)

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "app/AppDelegate.h"
+#include "platform/Clock.h"
+#include "sim/SimulatedBus.h"
+#include "tests/support/FakeSystem.h"
+
+#include <QTemporaryDir>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+class QPushButton;
+
+namespace vornadel::bench
+{
+
+using Milliseconds = std::chrono::duration<double, std::milli>;
+
+/// Ends the benchmark: what it measures did not happen.
+[[noreturn]] void giveUp(const std::string& why);
+
+/// A QApplication's surroundings for a benchmark: no screen, no console log, no dialogs of a desktop.
+void prepareForWindows();
+
+/// Handles events for a while.
+void beQuiet(int milliseconds);
+
+/// The tool's window over a simulated hub, launched and at rest.
+class ToolWindow
+{
+public:
+    static constexpr int kQuietMilliseconds = 20; ///< for the detection after a flow
+
+    /// `hubClock` for the hub, `flowClock` for the tool; may be one. `bundle` may not exist.
+    ToolWindow(const std::string& bundle, Clock& flowClock, Clock& hubClock, SimulatedLatency latency);
+    ToolWindow(const ToolWindow&) = delete;
+    ToolWindow& operator=(const ToolWindow&) = delete;
+    ~ToolWindow();
+
+    AppDelegate& tool() { return *m_delegate; }
+    SimulatedHub& hub() { return m_bus->hub(); }
+
+    /// Presses a button and chooses a file with that content in the dialog that comes up. The path of the file.
+    QString choose(QPushButton& button, const std::vector<std::uint8_t>& content);
+
+private:
+    test::IdleShell m_shell;
+    test::IdlePrivilegedRun m_privileged;
+    test::FixedSystemVersion m_version;
+    QTemporaryDir m_folder;
+    std::unique_ptr<SimulatedBus> m_bus;
+    std::unique_ptr<Platform> m_platform;
+    std::unique_ptr<AppDelegate> m_delegate;
+};
+
+} // namespace vornadel::bench

@@ -1,0 +1,164 @@
+// What the property editor costs with as many properties as there can be: from a key press in an identity field, or a
+// change of the page, to the pixels; and reading the file behind it against the INI reader alone.
+
+#include "app/Controls.h"
+#include "bench/Table.h"
+#include "bench/ToolWindow.h"
+#include "props/Pages.h"
+#include "sim/DemoImage.h"
+#include "tests/support/FullPropertyFile.h"
+#include "tests/support/VirtualClock.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableView>
+#include <iniparser/iniparser.h>
+
+#include <chrono>
+#include <fstream>
+#include <functional>
+#include <string>
+
+namespace
+{
+
+using namespace vornadel;
+using namespace vornadel::bench;
+
+constexpr int kProperties = 255;
+constexpr int kFullPage = 2;
+constexpr int kKeys = 1000;
+constexpr int kPageChanges = 100;
+constexpr int kReadings = 15;
+
+/// Counts how often a widget is painted.
+class Painted final : public QObject
+{
+public:
+    explicit Painted(QWidget* widget) { widget->installEventFilter(this); }
+    int count() const { return m_count; }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        m_count += event->type() == QEvent::Paint ? 1 : 0;
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    int m_count = 0;
+};
+
+double millisecondsOf(const std::function<void()>& work)
+{
+    const auto begin = std::chrono::steady_clock::now();
+    work();
+    return Milliseconds(std::chrono::steady_clock::now() - begin).count();
+}
+
+void press(QWidget* widget, int key, const QString& text)
+{
+    QKeyEvent down(QEvent::KeyPress, key, Qt::NoModifier, text);
+    QApplication::sendEvent(widget, &down);
+    QKeyEvent up(QEvent::KeyRelease, key, Qt::NoModifier, text);
+    QApplication::sendEvent(widget, &up);
+}
+
+/// Handles what is waiting until a widget has been painted once more.
+void untilPainted(const Painted& painted, int before)
+{
+    for (int round = 0; painted.count() == before; ++round) {
+        if (round > 1000) {
+            giveUp("nothing was painted");
+        }
+        QApplication::processEvents();
+    }
+}
+
+Row keystrokes(AppDelegate& tool)
+{
+    const Painted hex(tool.txtViewBin_Detail->viewport());
+    Series series;
+    for (int i = 0; i < kKeys; ++i) {
+        const int before = hex.count();
+        series.add(millisecondsOf([&] {
+            if (i % 2 == 0) {
+                press(tool.txtSN_FwFlash, Qt::Key_X, "X");
+            } else {
+                press(tool.txtSN_FwFlash, Qt::Key_Backspace, "");
+            }
+            untilPainted(hex, before);
+        }));
+        if (tool.txtSN_FwFlash->text() != (i % 2 == 0 ? "SN0001X" : "SN0001")) {
+            giveUp("a key did not arrive");
+        }
+    }
+    return {"a key in an identity field, 99 of 100", series.count(), 16, series.quantile(0.99),
+            series.worst()};
+}
+
+Row pageChanges(AppDelegate& tool)
+{
+    const Painted table(tool.tbProperties_Detail->viewport());
+    Series series;
+    for (int i = 0; i < kPageChanges; ++i) {
+        tool.cbPages->setCurrentIndex(0);
+        QApplication::processEvents();
+        const int before = table.count();
+        series.add(millisecondsOf([&] {
+            tool.cbPages->setCurrentIndex(kFullPage);
+            untilPainted(table, before);
+        }));
+        if (tool.tbProperties_Detail->model()->rowCount() != kProperties) {
+            giveUp("the page is not full");
+        }
+    }
+    return rowOf("a change to a page of 255 properties", series, 50);
+}
+
+Row readings(AppDelegate& tool, const std::string& path)
+{
+    Series alone;
+    Series whole;
+    for (int i = 0; i < kReadings; ++i) {
+        alone.add(millisecondsOf([&path] {
+            dictionary* entries = iniparser_load(path.c_str());
+            if (entries == nullptr) {
+                giveUp("the INI reader does not read the file");
+            }
+            iniparser_freedict(entries);
+        }));
+        whole.add(millisecondsOf([&tool] { tool.tbViewController->LoadIni(); }));
+        if (tool.tbViewController->allItemList.size() != kProperties) {
+            giveUp("the file was not read");
+        }
+    }
+    return {"reading the file into properties", kReadings, 1.3, whole.median() / alone.median(), 0};
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    prepareForWindows();
+    const QApplication application(argc, argv);
+    const QTemporaryDir toolDirectory;
+    const std::string path = toolDirectory.filePath("Full.INI").toStdString();
+    std::ofstream(path) << test::fullPropertyFile(std::string(kPropertyPages.at(kFullPage)));
+
+    test::VirtualClock clock;
+    ToolWindow window(toolDirectory.filePath("Vornadel.app").toStdString(), clock, clock,
+                      SimulatedLatency::None);
+    AppDelegate& tool = window.tool();
+    window.choose(*tool.btnLoad_FwFlash, demoImage(kDemoVersion100));
+    if (tool.tbViewController->allItemList.size() != kProperties) {
+        giveUp("the image or the property file was not loaded");
+    }
+    const Row page = pageChanges(tool);
+    bench::printTable("To the pixels, beside 255 properties", "milliseconds", {keystrokes(tool), page});
+    bench::printTable("A full property file, against the INI reader alone", "times", {readings(tool, path)});
+    return 0;
+}
