@@ -49,8 +49,8 @@ protected:
     }
     qsizetype dumpAt(std::size_t offset)
     {
-        return static_cast<qsizetype>((offset / 16) * 57 + 6 + 3 * (offset % 16) +
-                                      (offset % 16 >= 8 ? 2 : 0));
+        const std::size_t at = offset / 16 * 57 + 6 + 3 * (offset % 16) + (offset % 16 >= 8 ? 2 : 0);
+        return static_cast<qsizetype>(at);
     }
     QString dumped(std::size_t offset) { return hexText().mid(dumpAt(offset), 2); }
 };

@@ -70,7 +70,7 @@ void MouseScript::answerFileDialog(const QString& path)
         "the file dialog to close", [] { return openDialog() == nullptr; }, [] {});
 }
 
-void MouseScript::chooseEntry(const std::string& name, std::function<QComboBox*()> combo, int position)
+void MouseScript::chooseEntry(const std::string& name, const std::function<QComboBox*()>& combo, int position)
 {
     const auto open = std::make_shared<QElapsedTimer>();
     when(

@@ -40,7 +40,7 @@ public:
     /// Types a path into the file dialog that comes up, and confirms.
     void answerFileDialog(const QString& path);
     /// Presses an entry of the list that opens. `combo` may be null until then.
-    void chooseEntry(const std::string& name, std::function<QComboBox*()> combo, int position);
+    void chooseEntry(const std::string& name, const std::function<QComboBox*()>& combo, int position);
 
     void start();
     bool finished() const { return m_entries.empty(); }
