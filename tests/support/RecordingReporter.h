@@ -51,12 +51,6 @@ public:
         return found;
     }
 
-    bool saysSuccess() const
-    {
-        const auto blue = texts(Kind::Blue);
-        return !blue.empty() && blue.back() == "Update FW Success\n";
-    }
-
     std::vector<Entry> entries;
 };
 
