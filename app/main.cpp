@@ -41,9 +41,10 @@ std::optional<int> readArguments(int argc, char** argv, bool strict, Arguments& 
     app.set_version_flag("--version", std::string("Vornadel ") + kToolVersion);
     app.allow_extras(!strict);
     std::string text;
-    const CLI::Option* simulated = app.add_flag(
+    CLI::Option* simulated = app.add_flag(
         "--simulated-hub", text,
         "Work on the built-in simulated hub; =KEY=VALUE,... with the keys image, latency, mode, ids, fault");
+    simulated->multi_option_policy(CLI::MultiOptionPolicy::Throw); // the last one would win without a word
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& ended) {

@@ -28,9 +28,10 @@ std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLi
 
         ->check(CLI::ExistingFile);
     std::string simulatedHub;
-    const CLI::Option* simulated = app.add_flag(
+    CLI::Option* simulated = app.add_flag(
         "--simulated-hub", simulatedHub,
         "Work on the built-in simulated hub; =KEY=VALUE,... with the keys image, latency, mode, ids, fault");
+    simulated->multi_option_policy(CLI::MultiOptionPolicy::Throw); // the last one would win without a word
 
     CLI::App* update =
         app.add_subcommand("update", "Write an image to the hub's flash, verify it and restart the hub");

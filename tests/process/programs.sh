@@ -13,7 +13,7 @@ expect() {
     text=$2
     shift 2
     actual=0
-    "$@" >"$work/said" 2>&1 </dev/null || actual=$?
+    timeout 60 "$@" >"$work/said" 2>&1 </dev/null || actual=$?
     if [ "$actual" -ne "$status" ] || ! grep -qF -e "$text" "$work/said"; then
         echo "FAILED: $* ended with $actual, expected $status and \"$text\"; it said:"
         cat "$work/said"
@@ -29,6 +29,7 @@ export QT_QPA_PLATFORM HOME XDG_STATE_HOME
 for program in "$vornadel" "$vornadelctl"; do
     expect 0 1.02 "$program" --version
     expect 0 --simulated-hub "$program" --help
+    expect 2 --simulated-hub "$program" --simulated-hub=latency=none --simulated-hub
 done
 expect 2 "nonsense" "$vornadel" --nonsense
 expect 2 "nonsense" "$vornadelctl" --nonsense list
