@@ -2,6 +2,7 @@
 
 #include "sim/DemoImage.h"
 #include "tests/app/ToolUnderTest.h"
+#include "tests/support/SingleClicks.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -185,8 +186,7 @@ protected:
     /// Chooses an entry of a drop-down cell with two clicks.
     void choose(int row, int position)
     {
-        const int doubleClick = QApplication::doubleClickInterval();
-        QApplication::setDoubleClickInterval(0); // a test is quicker than a hand
+        const SingleClicks clicks;
         openCell(row);
         ASSERT_NE(openList(), nullptr);
         QAbstractItemView* view = openList()->view();
@@ -195,7 +195,6 @@ protected:
         QTest::mouseMove(view->viewport(), entry);
         QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, entry);
         EXPECT_TRUE(waitFor([this] { return openList() == nullptr; }));
-        QApplication::setDoubleClickInterval(doubleClick);
     }
 
     /// Goes to a page or a controller type by key.

@@ -64,11 +64,9 @@ TEST_F(FlashStory, UnlocksARowThroughTheRowThatLocksIt)
 {
     read();
     select(tool().cbPages, 2);
-    const int doubleClick = QApplication::doubleClickInterval();
     expectAlert("This Item is Not Editable.  To Change this Item,you should set\n\n Spread Spectrum\n"
                 "(Addr 0x09[0:0])\n\nfrom 0 to 1",
                 [this] { choose(0, 1); });
-    QApplication::setDoubleClickInterval(doubleClick);
     EXPECT_EQ(value(0), "0 : Slow");
     EXPECT_EQ(redText(), "");
     select(tool().cbPages, 0);

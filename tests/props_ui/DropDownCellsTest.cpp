@@ -1,4 +1,5 @@
 #include "tests/props_ui/PropertyPage.h"
+#include "tests/support/SingleClicks.h"
 
 #include <QAbstractItemView>
 #include <QDeadlineTimer>
@@ -6,6 +7,7 @@
 #include <QTest>
 
 #include <functional>
+#include <optional>
 
 namespace vornadel::test
 {
@@ -44,9 +46,8 @@ protected:
         m_table.show();
         m_table.activateWindow();
         ASSERT_TRUE(QTest::qWaitForWindowActive(&m_table));
-        QApplication::setDoubleClickInterval(0); // a test is quicker than a hand
+        m_singleClicks.emplace();
     }
-    void TearDown() override { QApplication::setDoubleClickInterval(m_doubleClick); }
 
     QPoint at(int row, int column = 1)
     {
@@ -74,7 +75,7 @@ protected:
         ASSERT_TRUE(waitFor([this] { return list() == nullptr; }));
     }
 
-    int m_doubleClick = QApplication::doubleClickInterval();
+    std::optional<SingleClicks> m_singleClicks;
 };
 
 TEST_F(DropDown, OpensWithOneClickAndOffersTheOptions)
@@ -161,7 +162,7 @@ TEST_F(DropDown, ChangesNothingWhenItIsDismissed)
 
 TEST_F(DropDown, TakesADoubleClickForOne)
 {
-    QApplication::setDoubleClickInterval(m_doubleClick);
+    m_singleClicks.reset();
     click(0);
     ASSERT_TRUE(isOpen());
     QAbstractItemView* view = list()->view();

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QApplication>
+
+namespace vornadel::test
+{
+
+/// As long as it lives, no two clicks make a double click: a test is quicker than a hand.
+class SingleClicks
+{
+public:
+    SingleClicks() { QApplication::setDoubleClickInterval(0); }
+    SingleClicks(const SingleClicks&) = delete;
+    SingleClicks& operator=(const SingleClicks&) = delete;
+    ~SingleClicks() { QApplication::setDoubleClickInterval(m_before); }
+
+private:
+    const int m_before = QApplication::doubleClickInterval();
+};
+
+} // namespace vornadel::test
