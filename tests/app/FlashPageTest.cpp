@@ -101,6 +101,24 @@ TEST_F(FlashPage, EmptiesThePropertiesWhenAFileIsNoImage)
     expectAlert("No Flash Data", [this] { click(tool().btnSave_FwFlash); });
 }
 
+TEST_F(FlashPage, LeavesNothingRedWhenThePaletteChangesAfterARefusedFile)
+{
+    read();
+    choose(2, 3);
+    ASSERT_EQ(redText(), "B5 ");
+    loadRefused(writeFile("bad.bin", std::vector<std::uint8_t>(1000, 0x11)));
+    EXPECT_EQ(redText(), "");
+    QPalette dark = tool().txtViewBin_Detail->palette();
+    dark.setColor(QPalette::Base, Qt::black);
+    dark.setColor(QPalette::Text, Qt::white);
+    tool().txtViewBin_Detail->setPalette(dark);
+    settleEvents();
+    for (const QTextEdit::ExtraSelection& range : tool().txtViewBin_Detail->extraSelections()) {
+        EXPECT_FALSE(range.cursor.hasSelection());
+    }
+    EXPECT_EQ(hexText(), "Binary Data\n");
+}
+
 TEST_F(FlashPage, KeepsTheImageBeforeAFileThatCannotBeRead)
 {
     read();

@@ -1,5 +1,6 @@
 #include "tests/app/FlashPageUnderTest.h"
 
+#include <QRegularExpression>
 #include <gmock/gmock.h>
 
 namespace vornadel::test
@@ -56,6 +57,19 @@ TEST_F(PageSelection, OffersTheDefinitionFilesBelowTheToolDirectory)
     found.sort();
     EXPECT_EQ(found, (QStringList{"demo.INI", "sub/C.INI"}));
     EXPECT_EQ(tool().cbICType->currentIndex(), 0);
+}
+
+TEST_F(PageSelection, TellsTheConsoleWhichDefinitionFilesItFinds)
+{
+    end();
+    writeDefinitions("b.ini", "");
+    writeDefinitions("sub/C.INI", "");
+    const QStringList lines = QString::fromStdString(consoleOfLaunch()).split('\n');
+    const QStringList found =
+        lines.filter(QRegularExpression("ini$", QRegularExpression::CaseInsensitiveOption));
+    EXPECT_EQ(found, textsOf(tool().cbICType)) << "one line each, in their order, and none for b.ini";
+    EXPECT_EQ(found.size(), 2);
+    EXPECT_TRUE(found.contains("sub/C.INI"));
 }
 
 TEST_F(PageSelection, ListsThePageThatIsSelected)
@@ -126,6 +140,28 @@ TEST_F(PageSelection, LeavesTheTypeToTheNextReadWhileThereIsNoImage)
     const bool other = tool().cbICType->currentText() == "a.INI";
     read();
     EXPECT_EQ(names().first(), other ? "Other" : "Unbound");
+}
+
+TEST_F(PageSelection, KeepsTheRowsOfTheEarlierTypeWhileThereIsNoImage)
+{
+    end();
+    writeDefinitions("a.INI", kDefinitions);
+    launchAndSettle();
+    // Which of the two comes first is up to the folder.
+    writeDefinitions(tool().cbICType->itemText(1).toStdString(),
+                     "[HubFF_USB_01]\nPageName = System\nPropName = Other\n");
+    read();
+    ASSERT_TRUE(hub().setFlash(std::vector<std::uint8_t>(32768, 0xFF)));
+    read();
+    ASSERT_EQ(tool().txtVID_FwFlash->text(), "Err");
+    select(tool().cbICType, 1);
+    EXPECT_EQ(names(), (QStringList{"Unbound", "Spread Spectrum", "Depth", "Fixed"}));
+    select(tool().cbPages, 2);
+    EXPECT_EQ(names(), QStringList{"Rate"});
+    ASSERT_TRUE(hub().setFlash(demoImage()));
+    read();
+    select(tool().cbPages, 2);
+    EXPECT_EQ(names(), QStringList{"Other"}) << "the next read takes the new type";
 }
 
 TEST_F(PageSelection, RebuildsTheRowsWithoutAnImageToo)

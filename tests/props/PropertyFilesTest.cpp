@@ -39,10 +39,10 @@ public:
 protected:
     std::vector<std::string> found() const { return findPropertyFiles(m_folder.string()); }
 
-    void closeFolder(const std::string& name)
+    void setPermissions(const std::string& name, fs::perms permissions)
     {
         m_closed = path(name);
-        fs::permissions(m_closed, fs::perms::none);
+        fs::permissions(m_closed, permissions);
     }
 
     std::string m_closed;
@@ -126,9 +126,23 @@ TEST_F(PropertyFiles, BehindAClosedFolderStayUnseenAndTheRestIsFound)
     write("", "closed/A.INI");
     write("", "open/B.INI");
     write("", "C.INI");
-    closeFolder("closed");
+    setPermissions("closed", fs::perms::none);
     const WithoutPrivilege nobody;
     EXPECT_THAT(found(), UnorderedElementsAre("open/B.INI", "C.INI"));
+}
+
+TEST_F(PropertyFiles, AreNamedWithoutALookAtThem)
+{
+    write("", "listed/A.INI");
+    write("", "listed/inner/B.INI");
+    write("", "C.INI");
+    // Its names can be read, and nothing that they stand for can be reached.
+    setPermissions("listed", fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
+    const WithoutPrivilege nobody;
+    struct stat status {
+    };
+    ASSERT_NE(stat(path("listed/A.INI").c_str(), &status), 0);
+    EXPECT_THAT(found(), UnorderedElementsAre("listed/A.INI", "C.INI"));
 }
 
 /// Makes folders in each other, 300 deep; step by step, for together their names are longer than a path may be.

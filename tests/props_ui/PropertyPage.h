@@ -34,10 +34,16 @@ protected:
         auto* const fields = m_fields.data();
         const PropertyViews views{&m_table,   &m_icTypes, &m_description, &m_hex,     fields,     fields + 1,
                                   fields + 2, fields + 3, fields + 4,     fields + 5, fields + 6, fields + 7};
-        m_controller = std::make_unique<TableViewController>(
-            views, m_image, m_directory.path().toStdString(),
-            PropertyVoices{[this](const QString& line) { m_log.append(line); },
-                           [this](const QString& text) { m_alerts.append(text); }});
+        m_controller =
+            std::make_unique<TableViewController>(views, m_image, m_directory.path().toStdString(),
+                                                  PropertyVoices{[this](const QString& line) {
+                                                                     m_log.append(line);
+                                                                     m_heard.append("log: " + line);
+                                                                 },
+                                                                 [this](const QString& text) {
+                                                                     m_alerts.append(text);
+                                                                     m_heard.append("alert: " + text);
+                                                                 }});
     }
 
     void load() { ASSERT_TRUE(parse(m_image, imageWithBlock(kLength, kBlock))); }
@@ -82,6 +88,7 @@ protected:
     FwImage m_image;
     QStringList m_log;
     QStringList m_alerts;
+    QStringList m_heard; ///< lines and alerts in the order in which they came
     QComboBox m_icTypes;
     QPlainTextEdit m_description;
     QPlainTextEdit m_hex;

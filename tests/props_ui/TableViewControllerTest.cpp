@@ -1,5 +1,6 @@
 #include "tests/props_ui/PropertyPage.h"
 
+#include <QScrollBar>
 #include <QSignalSpy>
 
 #include <fstream>
@@ -41,6 +42,22 @@ TEST_F(TableController, HasTwoColumnsOfTheirWidths)
     QApplication::processEvents();
     EXPECT_EQ(m_table.columnWidth(0), 266);
     EXPECT_EQ(m_table.columnWidth(1), 170);
+}
+
+TEST_F(TableController, TakesTheRoomOfAScrollBarFromTheNames)
+{
+    for (std::uint8_t key = 1; key <= 40; ++key) {
+        add(key, key, 1);
+    }
+    it().reloadTable();
+    m_table.resize(440, 180);
+    m_table.show();
+    QApplication::processEvents();
+    ASSERT_TRUE(m_table.verticalScrollBar()->isVisible());
+    EXPECT_FALSE(m_table.horizontalScrollBar()->isVisible());
+    EXPECT_EQ(m_table.columnWidth(1), 170);
+    EXPECT_LT(m_table.columnWidth(0), 266);
+    EXPECT_EQ(m_table.columnWidth(0), m_table.viewport()->width() - 170);
 }
 
 TEST_F(TableController, ShowsNameAndMatchingOption)
@@ -237,6 +254,22 @@ TEST_F(TableController, RefusesALockedPropertyUntilItsBitIsSet)
     EXPECT_EQ(m_alerts.size(), 1);
 }
 
+TEST_F(TableController, ReloadsALockedRowOnlyAfterItsAlert)
+{
+    load();
+    PropItem& locked = add(1, 20, 0x03);
+    locked.baseOnAddr = 12;
+    locked.baseOnMask = 16;
+    it().reloadTable();
+    m_heard.clear();
+    choose(0, 1);
+    EXPECT_EQ(m_heard,
+              (QStringList{"log: baseOnMask=16;baseOnAddr=12;baseOnValue=0",
+                           "alert: This Item is Not Editable.  To Change this Item,you should set\n\n"
+                           " (null)\n(Addr 0x0C[4:4])\n\nfrom 0 to 1",
+                           "log: Enter numberOfRowsInTableView"}));
+}
+
 TEST_F(TableController, NamesTheFirstControllingItemAndNullForNone)
 {
     load();
@@ -339,6 +372,27 @@ TEST_F(TableController, DescribesTheSelectedRow)
     unbound.propList.clear();
     m_table.clearSelection();
     EXPECT_EQ(m_description.toPlainText(), "0 : Off\n1 : On\n2 : Auto\n") << "no row, no change";
+}
+
+TEST_F(TableController, TellsTheConsoleWhichRowIsSelected)
+{
+    add(1, 20, 0x01);
+    PropItem& item = add(5, 0x112, 0x06);
+    item.baseOnAddr = 12;
+    item.baseOnMask = 16;
+    item.pageName = "System";
+    item.groupName = "Ports";
+    item.propName = "Gain";
+    item.property = "not this one";
+    it().reloadTable();
+    m_log.clear();
+    select(1);
+    const QString line =
+        "key:5\nbaseOnAddr:12\nbaseOnMask:16\npageName:System\ngroupName:Ports\nPropName:Gain\n"
+        "PropDesc:What it does\naddr:274\nmask:6\n";
+    EXPECT_EQ(m_log, QStringList{line});
+    m_table.clearSelection();
+    EXPECT_EQ(m_log, QStringList{line}) << "no row, no line";
 }
 
 TEST_F(TableController, RefreshesBoundItemsAlone)
