@@ -135,7 +135,7 @@ std::string randomText(Random& random, std::size_t longest, int lowest, int high
 TEST(FwImageProperties, StringsComeBackFromAFreshParse)
 {
     Random random(11);
-    for (int round = 0; round < 20'000; ++round) {
+    for (int round = 0; round < 100'000; ++round) {
         FwImage image;
         ASSERT_TRUE(parse(image, imageWithBlock(600, 88)));
         const std::array<std::string, 3> texts{randomText(random, 14, 1, 255), randomText(random, 14, 1, 255),
@@ -155,7 +155,7 @@ TEST(FwImageProperties, StringsComeBackFromAFreshParse)
 TEST(FwImageProperties, AContainerIdComesBackInLowerCase)
 {
     Random random(7);
-    for (int round = 0; round < 20'000; ++round) {
+    for (int round = 0; round < 100'000; ++round) {
         FwImage image;
         ASSERT_TRUE(parse(image, imageWithBlock(256, 0)));
         std::string typed = "{";
