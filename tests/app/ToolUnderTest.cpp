@@ -26,6 +26,7 @@ namespace
 
 constexpr int kPatienceMs = 10000; // a machine under sanitizers and load needs some
 constexpr std::uint8_t kEraseRequest = 0xE8;
+constexpr std::uint8_t kReadRequest = 0xD8;
 
 } // namespace
 
@@ -67,6 +68,9 @@ void ToolUnderTest::launch()
         if (request.bRequest == kEraseRequest) {
             eraseGate.pass();
         }
+        if (request.bRequest == kReadRequest && QThread::currentThread() != qApp->thread()) {
+            readGate.pass();
+        }
     };
     m_platform = std::make_unique<Platform>(Platform{*m_bus, shell, m_privileged, systemVersion, *m_clock});
     Hub_UsePlatform(*m_bus, *m_clock);
@@ -93,6 +97,7 @@ std::string ToolUnderTest::consoleOfLaunch()
 void ToolUnderTest::end()
 {
     eraseGate.open();
+    readGate.open();
     if (m_delegate) {
         EXPECT_TRUE(m_delegate->shutDown());
         m_delegate.reset();

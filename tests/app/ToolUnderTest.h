@@ -90,6 +90,7 @@ protected:
     FakeShell shell;
     FakeSystemVersion systemVersion;
     Gate eraseGate; ///< stands before the hub's erase
+    Gate readGate;  ///< stands before a flow's read of the flash
 
 private:
     QTemporaryDir m_directory;

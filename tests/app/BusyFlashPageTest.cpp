@@ -1,0 +1,213 @@
+// The flash page while the hub is being read or erased: what is typed, opened or closed meanwhile.
+
+#include "hub/HubTransport.h"
+#include "tests/app/FlashPageUnderTest.h"
+
+#include <QPointer>
+
+#include <filesystem>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+constexpr const char* kLocked =
+    "This Item is Not Editable.  To Change this Item,you should set\n\n Spread Spectrum\n"
+    "(Addr 0x09[0:0])\n\nfrom 0 to 1";
+
+/// An image has been read and edited; the hub's flash holds another one by now, which the next read brings.
+class BusyFlashPage : public FlashPageUnderTest
+{
+protected:
+    void SetUp() override
+    {
+        *config += "VID_01 = 0x120A\nSSPID_01 = 0x0001\nHSPID_01 = 0x0002\n";
+        FlashPageUnderTest::SetUp();
+        read();
+        retype(tool().txtSN_FwFlash, "edited");
+        otherFlash[kDemoBlock + 3] = 0x0A;
+        otherFlash[kDemoBlock + 22] = 0x7D; // "Rate"
+        ASSERT_TRUE(hub().setFlash(otherFlash));
+    }
+
+    void holdRead()
+    {
+        readGate.shut();
+        click(tool().btnRead_FwFlash);
+        ASSERT_TRUE(waitFor([this] { return readGate.isReached(); }));
+    }
+    void holdErase()
+    {
+        eraseGate.shut();
+        click(tool().btnErase_FwFlash);
+        ASSERT_TRUE(waitFor([this] { return eraseGate.isReached(); }));
+    }
+    void letReadFinish()
+    {
+        readGate.open();
+        EXPECT_TRUE(waitUntilEnabled());
+        EXPECT_TRUE(progressText().ends_with("Read Fw Success\n")) << progressText();
+    }
+
+    /// Does something that brings this alert, and closes it only after the held read has finished behind it.
+    void finishReadUnder(const QString& text, const std::function<void()>& action)
+    {
+        runAndUse(action, [this, &text](QDialog& dialog) {
+            letReadFinish();
+            auto* alert = qobject_cast<QMessageBox*>(&dialog);
+            ASSERT_NE(alert, nullptr);
+            EXPECT_EQ(QApplication::activeModalWidget(), alert) << "the read does not close it";
+            EXPECT_EQ(alert->text(), text);
+            QTest::keyClick(alert, Qt::Key_Return);
+        });
+        settleEvents();
+    }
+
+    void blankTheFlash() { ASSERT_TRUE(hub().setFlash(std::vector<std::uint8_t>(32768, 0xFF))); }
+
+    void expectTheOtherImage()
+    {
+        QStringList expected = demoFields();
+        expected[0] = "120A";
+        EXPECT_EQ(fields(), expected);
+        EXPECT_EQ(tool().cbPages->currentIndex(), 0);
+        EXPECT_EQ(names(), (QStringList{"Unbound", "Spread Spectrum", "Depth", "Fixed"}));
+        EXPECT_TRUE(hexText().startsWith("7E00h:AA 55 12 0A "));
+        select(tool().cbPages, 2);
+        EXPECT_EQ(value(0), "1 : Fast");
+        EXPECT_EQ(saved(), otherFlash) << "nothing was written into it";
+    }
+
+    void expectNoImage()
+    {
+        EXPECT_EQ(tool().txtVID_FwFlash->text(), "Err");
+        expectAlert("No Flash Data", [this] { type(tool().txtSN_FwFlash, "1"); });
+        EXPECT_EQ(tool().txtSN_FwFlash->text(), "");
+        expectAlert("No Flash Data", [this] { click(tool().btnSave_FwFlash); });
+    }
+
+    /// Closes the window, lets go of the worker and ends the tool, which must not wait for the whole flow.
+    void closeAndEnd()
+    {
+        EXPECT_TRUE(tool().window()->close());
+        readGate.open();
+        eraseGate.open();
+        EXPECT_TRUE(tool().shutDown());
+        EXPECT_EQ(hub().runningCode(), HubCode::Rom) << "no request follows the one in flight";
+        end();
+        EXPECT_FALSE(Hub_IsOpen());
+    }
+
+    void expectTheNextReadToSucceed()
+    {
+        launchAndSettle();
+        read();
+        EXPECT_EQ(fields(), demoFields());
+    }
+
+    std::vector<std::uint8_t> otherFlash = demoImage();
+};
+
+TEST_F(BusyFlashPage, EndsInTheMiddleOfAReadWhenTheWindowCloses)
+{
+    holdRead();
+    closeAndEnd();
+    expectTheNextReadToSucceed();
+}
+
+TEST_F(BusyFlashPage, EndsInTheMiddleOfAnEraseWhenTheWindowCloses)
+{
+    holdErase();
+    closeAndEnd();
+    expectTheNextReadToSucceed();
+}
+
+TEST_F(BusyFlashPage, EndsWithAListOpenInTheMiddleOfARead)
+{
+    holdRead();
+    openCell(1);
+    ASSERT_NE(openList(), nullptr);
+    closeAndEnd();
+    expectTheNextReadToSucceed();
+}
+
+TEST_F(BusyFlashPage, EndsWithTheSavePanelOpen)
+{
+    click(tool().btnSave_FwFlash);
+    ASSERT_TRUE(waitFor([] { return QApplication::activeModalWidget() != nullptr; }));
+    const QPointer<QWidget> panel = QApplication::activeModalWidget();
+    const auto files = [this] { return std::distance(std::filesystem::directory_iterator(directory()), {}); };
+    const auto before = files();
+    end();
+    EXPECT_EQ(panel, nullptr);
+    EXPECT_EQ(files(), before);
+    expectTheNextReadToSucceed();
+}
+
+TEST_F(BusyFlashPage, TakesTheNewImageUnderTheAlertOfALongId)
+{
+    holdRead();
+    finishReadUnder("VID length should be 4.", [this] { type(tool().txtVID_FwFlash, "5"); });
+    expectTheOtherImage();
+}
+
+TEST_F(BusyFlashPage, LosesItsImageUnderTheAlertOfALongId)
+{
+    blankTheFlash();
+    holdRead();
+    finishReadUnder("VID length should be 4.", [this] { type(tool().txtVID_FwFlash, "5"); });
+    expectNoImage();
+}
+
+TEST_F(BusyFlashPage, TakesTheNewImageUnderTheAlertOfALockedRow)
+{
+    select(tool().cbPages, 2);
+    holdRead();
+    finishReadUnder(kLocked, [this] { choose(0, 1); });
+    expectTheOtherImage();
+}
+
+TEST_F(BusyFlashPage, LosesItsImageUnderTheAlertOfALockedRow)
+{
+    blankTheFlash();
+    select(tool().cbPages, 2);
+    holdRead();
+    finishReadUnder(kLocked, [this] { choose(0, 1); });
+    EXPECT_EQ(names(), QStringList{"Rate"}) << "a read without an image changes no row";
+    EXPECT_EQ(value(0), "0 : Slow");
+    expectNoImage();
+}
+
+TEST_F(BusyFlashPage, ClosesAnOpenListWhenTheNewImageComes)
+{
+    holdRead();
+    openCell(1);
+    ASSERT_NE(openList(), nullptr);
+    QTest::keyClick(openList()->view(), Qt::Key_Down);
+    letReadFinish();
+    EXPECT_TRUE(waitFor([this] { return openList() == nullptr; }));
+    EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+    expectTheOtherImage();
+}
+
+TEST_F(BusyFlashPage, IgnoresWhatIsChosenInAListThatOutlivesTheImage)
+{
+    blankTheFlash();
+    holdRead();
+    openCell(1);
+    ASSERT_NE(openList(), nullptr);
+    letReadFinish();
+    ASSERT_NE(openList(), nullptr) << "a read without an image changes no row";
+    QTest::keyClick(openList()->view(), Qt::Key_Down);
+    QTest::keyClick(openList()->view(), Qt::Key_Return);
+    EXPECT_TRUE(waitFor([this] { return openList() == nullptr; }));
+    settleEvents();
+    EXPECT_EQ(value(1), "0 : Disable");
+    expectNoImage();
+}
+
+} // namespace
+
+} // namespace vornadel::test
