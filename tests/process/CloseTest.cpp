@@ -1,4 +1,4 @@
-// Closing the window in any phase of an update: the process goes, quickly and cleanly, and the next update succeeds.
+// Closing the window in any phase of an update, of a flash read or erase, or with a dialog before it: the process goes, quickly and cleanly, and the next update succeeds.
 
 #include "flows/FirmwareUpdate.h"
 #include "tests/support/RecordingReporter.h"
@@ -110,9 +110,16 @@ class InEveryPhase : public ClosingTheWindow, public testing::WithParamInterface
 
 std::vector<Point> points()
 {
-    std::vector<Point> all{{"launch", 0}, {"dialog", 0}, {"pause", 1}, {"pause", 2}, {"pause", 3}};
+    std::vector<Point> all{{"launch", 0}, {"dialog", 0}, {"panel", 0}, {"alert", 0},
+                           {"pause", 1},  {"pause", 2},  {"pause", 3}};
     for (const unsigned request : {1U, 4U, 7U, 12U, 20U, 24U, 25U}) {
         all.push_back({"start-up", request});
+    }
+    for (const unsigned request : {1U, 4U, 7U, 8U, 12U, 15U, 16U}) {
+        all.push_back({"read", request});
+    }
+    for (unsigned request = 1; request <= 9; ++request) {
+        all.push_back({"erase", request});
     }
     for (unsigned request = 1; request <= 25; ++request) {
         all.push_back({"request", request});

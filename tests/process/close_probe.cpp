@@ -1,11 +1,15 @@
-// The window program on a simulated hub, which chooses an image, presses "Update" and closes its own window at a
-// moment told on the command line. Only a flow's requests and pauses count, not the detection's. Prints the moment of
+// The window program on a simulated hub, which chooses an image and presses "Update", or presses a button of the flash
+// page, and closes its own window at a moment told on the command line. Only a flow's requests and pauses count, not the detection's. Prints the moment of
 // the closing to standard error, in nanoseconds of the monotonic clock.
 //
 //   close_probe FLASH IMAGE request N     while the N-th request after the press is in flight
 //   close_probe FLASH IMAGE stuck N       the same, and that request never ends
 //   close_probe FLASH IMAGE pause N       while the flow sleeps for the N-th time after the press
 //   close_probe FLASH IMAGE start-up N    while the N-th request of the start-up run is in flight
+//   close_probe FLASH IMAGE read N        while the N-th request of a flash read is in flight
+//   close_probe FLASH IMAGE erase N       while the N-th request of a flash erase is in flight
+//   close_probe FLASH IMAGE panel 0       while the flash page asks where to save
+//   close_probe FLASH IMAGE alert 0       while the flash page says that there is nothing to save
 //   close_probe FLASH IMAGE dialog 0      right after the image has been chosen
 //   close_probe FLASH IMAGE launch 0      as soon as the window is there, with the start-up run going on
 //   close_probe FLASH IMAGE end 0         after the last line
@@ -141,6 +145,40 @@ void whenIdle(AppDelegate& delegate, const std::function<void()>& then)
     QTimer::singleShot(1, &delegate, [&delegate, then] { whenIdle(delegate, then); });
 }
 
+/// Closes the window when something modal stands before it.
+void closeBehindADialog(AppDelegate& delegate)
+{
+    if (QApplication::activeModalWidget() != nullptr) {
+        delegate.window()->close();
+        return;
+    }
+    QTimer::singleShot(1, &delegate, [&delegate] { closeBehindADialog(delegate); });
+}
+
+/// True when the moment is one of the flash page's.
+bool useFlashPage(AppDelegate& delegate, Moment& moment)
+{
+    if (moment.is("read") || moment.is("erase")) {
+        moment.arm();
+        (moment.is("read") ? delegate.btnRead_FwFlash : delegate.btnErase_FwFlash)->click();
+        return true;
+    }
+    if (moment.is("alert")) {
+        closeBehindADialog(delegate);
+        delegate.btnSave_FwFlash->click();
+        return true;
+    }
+    if (moment.is("panel")) {
+        delegate.btnRead_FwFlash->click();
+        whenIdle(delegate, [&delegate] {
+            closeBehindADialog(delegate);
+            delegate.btnSave_FwFlash->click();
+        });
+        return true;
+    }
+    return false;
+}
+
 void use(AppDelegate& delegate, Moment& moment, const QString& image)
 {
     if (moment.is("launch")) {
@@ -151,6 +189,9 @@ void use(AppDelegate& delegate, Moment& moment, const QString& image)
         return;
     }
     whenIdle(delegate, [&delegate, &moment, image] {
+        if (useFlashPage(delegate, moment)) {
+            return;
+        }
         QTimer::singleShot(0, qApp, [image] { chooseInDialog(image); });
         delegate.btnSelect_EasyUpdate->click();
         if (moment.is("dialog")) {
@@ -192,7 +233,8 @@ int main(int argc, char** argv)
         return 65;
     }
     bus->hub().onRequest = [&](const ControlRequest&) {
-        if (moment.reached("request") || moment.reached("start-up")) {
+        if (moment.reached("request") || moment.reached("start-up") || moment.reached("read") ||
+            moment.reached("erase")) {
             moment.closeAndWait(false);
         } else if (moment.reached("stuck")) {
             moment.closeAndWait(true);
