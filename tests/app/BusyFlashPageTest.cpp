@@ -13,6 +13,8 @@ namespace vornadel::test
 namespace
 {
 
+constexpr unsigned kPieces = 8; // in which the flash is read
+
 constexpr const char* kLocked =
     "This Item is Not Editable.  To Change this Item,you should set\n\n Spread Spectrum\n"
     "(Addr 0x09[0:0])\n\nfrom 0 to 1";
@@ -57,7 +59,11 @@ protected:
         runAndUse(action, [this, &text](QDialog& dialog) {
             letReadFinish();
             auto* alert = qobject_cast<QMessageBox*>(&dialog);
-            ASSERT_NE(alert, nullptr);
+            if (alert == nullptr) {
+                ADD_FAILURE() << "no alert: " << dialog.windowTitle().toStdString();
+                dialog.reject();
+                return;
+            }
             EXPECT_EQ(QApplication::activeModalWidget(), alert) << "the read does not close it";
             EXPECT_EQ(alert->text(), text);
             QTest::keyClick(alert, Qt::Key_Return);
@@ -88,14 +94,16 @@ protected:
         expectAlert("No Flash Data", [this] { click(tool().btnSave_FwFlash); });
     }
 
-    /// Closes the window, lets go of the worker and ends the tool, which must not wait for the whole flow.
-    void closeAndEnd()
+    /// Closes the window, lets go of the worker and ends the tool, which must not wait for the whole flow. The worker
+    /// may be quick enough for some more of what needs nothing of the main thread.
+    void closeAndEnd(unsigned atMostMore)
     {
+        const unsigned requests = hub().requestCount();
         EXPECT_TRUE(tool().window()->close());
         readGate.open();
         eraseGate.open();
         EXPECT_TRUE(tool().shutDown());
-        EXPECT_EQ(hub().runningCode(), HubCode::Rom) << "no request follows the one in flight";
+        EXPECT_LE(hub().requestCount(), requests + atMostMore) << "the hub is not told to restart any more";
         end();
         EXPECT_FALSE(Hub_IsOpen());
     }
@@ -113,14 +121,14 @@ protected:
 TEST_F(BusyFlashPage, EndsInTheMiddleOfAReadWhenTheWindowCloses)
 {
     holdRead();
-    closeAndEnd();
+    closeAndEnd(kPieces - 1);
     expectTheNextReadToSucceed();
 }
 
 TEST_F(BusyFlashPage, EndsInTheMiddleOfAnEraseWhenTheWindowCloses)
 {
     holdErase();
-    closeAndEnd();
+    closeAndEnd(0);
     expectTheNextReadToSucceed();
 }
 
@@ -129,7 +137,7 @@ TEST_F(BusyFlashPage, EndsWithAListOpenInTheMiddleOfARead)
     holdRead();
     openCell(1);
     ASSERT_NE(openList(), nullptr);
-    closeAndEnd();
+    closeAndEnd(kPieces - 1);
     expectTheNextReadToSucceed();
 }
 
