@@ -1,5 +1,6 @@
 #include "app/ConsoleLog.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace vornadel
@@ -8,6 +9,10 @@ namespace vornadel
 void ConsoleLog(const QString& text)
 {
     QByteArray line = text.toUtf8();
+    // Texts come from files and fingers, and a terminal would act on what is in them.
+    std::replace_if(
+        line.begin(), line.end(),
+        [](char c) { return (c >= 0 && c < ' ' && c != '\n' && c != '\t') || c == '\x7F'; }, '?');
     if (!line.endsWith('\n')) {
         line += '\n';
     }

@@ -1,10 +1,13 @@
 #include "app/Controls.h"
 
+#include "props/ui/ToolTip.h"
+
 #include <QEvent>
 #include <QPainter>
 #include <QProxyStyle>
 #include <QScrollBar>
 #include <QTextCursor>
+#include <QWheelEvent>
 
 #include <cmath>
 
@@ -90,7 +93,11 @@ PickList::PickList(QWidget* parent) : QComboBox(parent)
     style->setParent(this);
     setStyle(style);
     setMaxVisibleItems(10);
+    connect(this, &QComboBox::currentTextChanged, this,
+            [this](const QString& text) { setToolTip(plainToolTip(text)); });
 }
+
+void PickList::wheelEvent(QWheelEvent* event) { event->ignore(); }
 
 TitledBox::TitledBox(const QString& title, QWidget* parent) : QFrame(parent), m_title(title)
 {

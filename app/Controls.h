@@ -47,11 +47,15 @@ private:
     double m_percent = 0;
 };
 
-/// A list to pick from, with ten entries in view when it is open.
+/// A list to pick from, with ten entries in view when it is open. What is picked may be longer than the box and is its
+/// tool tip too. The wheel passes over it: turning it on the way would pick something unasked.
 class PickList final : public QComboBox
 {
 public:
     explicit PickList(QWidget* parent);
+
+protected:
+    void wheelEvent(QWheelEvent* event) override;
 };
 
 /// A box with a title in its upper edge. The content area is the whole box below the title: children are placed

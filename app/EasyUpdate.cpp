@@ -1,10 +1,12 @@
 // The easy-update box: choose an image, see whose it is, write it to the hub.
 
 #include "app/AppDelegate.h"
+#include "app/FilePanels.h"
 #include "app/WindowReporter.h"
 #include "flows/FirmwareUpdate.h"
+#include "props/ui/ToolTip.h"
 
-#include <QFileDialog>
+#include <QFile>
 #include <QLineEdit>
 
 namespace vornadel
@@ -12,12 +14,12 @@ namespace vornadel
 
 void AppDelegate::chooseFw_EasyUpdate()
 {
-    const QString path = QFileDialog::getOpenFileName(m_window.get());
+    const QString path = chooseFile(m_window.get());
     if (path.isEmpty()) {
         return;
     }
     txtFw_EasyUpdate->setText(path);
-    txtFw_EasyUpdate->setToolTip(path); // it may be longer than the field
+    txtFw_EasyUpdate->setToolTip(plainToolTip(path)); // it may be longer than the field
     FwImage_LoadFile(m_updateImage, QFile::encodeName(path).toStdString());
     if (!m_updateImage.loaded) { // a file that cannot be read leaves the image before it loaded
         showAlert("Firmware format error\n");

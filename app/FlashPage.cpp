@@ -3,6 +3,7 @@
 #include "app/AppDelegate.h"
 #include "app/ConsoleLog.h"
 #include "app/Controls.h"
+#include "app/FilePanels.h"
 #include "app/GeneralFunction.h"
 #include "app/WindowReporter.h"
 #include "firmware/IdentityEdit.h"
@@ -11,8 +12,6 @@
 #include "flows/FlashRead.h"
 #include "props/GenFun.h"
 
-#include <QFileDialog>
-#include <QFileInfo>
 #include <QLineEdit>
 
 #include <string>
@@ -23,36 +22,6 @@ namespace vornadel
 
 namespace
 {
-
-constexpr const char* kImageSuffix = "BIN";
-
-/// Asks where to save. A name gets the one suffix there is before it is looked at whether the file exists.
-class SavePanel final : public QFileDialog
-{
-public:
-    explicit SavePanel(QWidget* window) : QFileDialog(window)
-    {
-        setOption(
-            DontUseNativeDialog); // a desktop's own panel would look for the file before it has its suffix
-        setWindowTitle("Choose the path to save the *.Bin file");
-        setNameFilter("BIN (*.BIN *.bin)");
-        setAcceptMode(AcceptSave);
-        setLabelText(FileName, "save as");
-        setDefaultSuffix(kImageSuffix);
-        setAttribute(Qt::WA_DeleteOnClose);
-    }
-
-protected:
-    void accept() override
-    {
-        const QFileInfo chosen(selectedFiles().value(0));
-        if (!chosen.isDir() && chosen.suffix().compare(kImageSuffix, Qt::CaseInsensitive) != 0) {
-            // selectFile() leaves the name alone while the focus is there.
-            findChild<QLineEdit*>("fileNameEdit")->setText(chosen.filePath() + "." + kImageSuffix);
-        }
-        QFileDialog::accept();
-    }
-};
 
 std::string textOf(const QLineEdit* field) { return field->text().toStdString(); }
 
@@ -93,7 +62,7 @@ void AppDelegate::readFinished_FwFlash()
 
 void AppDelegate::load_FwFlash()
 {
-    const QString path = QFileDialog::getOpenFileName(m_window.get());
+    const QString path = chooseFile(m_window.get());
     if (!path.isEmpty()) {
         FwImage_LoadFile(m_flashImage, QFile::encodeName(path).toStdString());
         if (m_flashImage.loaded) { // a file that cannot be read leaves the image before it loaded

@@ -24,13 +24,21 @@ void logBytes(const char* name, const std::uint8_t* position)
     ConsoleLog(QString::asprintf("Old %s : %s", name, FwImage_IdText(position).c_str()));
 }
 
+/// Leaves the cursor where it is, as long as there is a text.
+void putText(QLineEdit* field, const QString& text)
+{
+    const int cursor = field->cursorPosition();
+    field->setText(text);
+    field->setCursorPosition(cursor);
+}
+
 /// A character outside the basic plane is two units: both go.
 void removeLastCharacter(QLineEdit* field)
 {
     QString text = field->text();
     const bool pair = text.size() > 1 && text.back().isLowSurrogate();
     text.chop(pair ? 2 : 1);
-    field->setText(text);
+    putText(field, text);
 }
 
 std::uint16_t wordAt(const std::uint8_t* position)
@@ -85,7 +93,7 @@ void AppDelegate::VID_HSPID_SSPID_Changed_FwFlash(QLineEdit* field)
           Row{txtHSPID_FwFlash, "HSPID length should be 4."}}) {
         const QString text = row.field->text();
         if (text.size() > static_cast<qsizetype>(kIdDigits)) {
-            row.field->setText(text.left(kIdDigits));
+            putText(row.field, text.left(kIdDigits));
             GeneralFunction::AlertString(row.alert);
             break; // one field per event
         }

@@ -6,6 +6,7 @@
 #include "app/GeneralFunction.h"
 #include "props/Pages.h"
 #include "props/PropertyFiles.h"
+#include "props/ui/ToolTip.h"
 
 #include <QComboBox>
 #include <QFile>
@@ -47,7 +48,8 @@ void AppDelegate::fillSelections()
         const QString path = QFile::decodeName(found.c_str());
         ConsoleLog(path);
         cbICType->addItem(path);
-        cbICType->setItemData(cbICType->count() - 1, path, Qt::ToolTipRole); // it may be longer than the box
+        cbICType->setItemData(cbICType->count() - 1, plainToolTip(path),
+                              Qt::ToolTipRole); // may be longer than the box
     }
 }
 

@@ -1,8 +1,10 @@
 // The unattended update: at every start the configured image goes into the hub.
 
 #include "app/AppDelegate.h"
+#include "app/FilePanels.h"
+#include "props/ui/ToolTip.h"
 
-#include <QFileDialog>
+#include <QFile>
 #include <QLineEdit>
 
 namespace vornadel
@@ -10,12 +12,12 @@ namespace vornadel
 
 void AppDelegate::chooseScalarUpdateFw()
 {
-    const QString path = QFileDialog::getOpenFileName(m_window.get());
+    const QString path = chooseFile(m_window.get());
     if (path.isEmpty()) {
         return;
     }
     nstextfd_Scalar->setText(path);
-    nstextfd_Scalar->setToolTip(path); // it may be longer than the field
+    nstextfd_Scalar->setToolTip(plainToolTip(path)); // it may be longer than the field
     FwImage_LoadFile(m_scalarImage, QFile::encodeName(path).toStdString());
 }
 

@@ -16,7 +16,8 @@ void keepStandardFilesOpen()
     if (file >= 0) {
         ::close(file);
     }
-    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGPIPE, SIG_IGN); // a write that fails says so by itself
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 } // namespace vornadel

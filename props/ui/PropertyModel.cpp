@@ -2,6 +2,7 @@
 
 #include "props/ui/DropDownCells.h"
 #include "props/ui/TableViewController.h"
+#include "props/ui/ToolTip.h"
 
 namespace vornadel
 {
@@ -58,8 +59,9 @@ QVariant PropertyModel::data(const QModelIndex& index, int role) const
     }
     switch (role) {
     case Qt::DisplayRole:
-    case Qt::ToolTipRole: // a text may be longer than its column
         return m_controller.tableView_objectValueForTableColumn_row(identifier(index.column()), index.row());
+    case Qt::ToolTipRole: // a text may be longer than its column
+        return plainToolTip(data(index, Qt::DisplayRole).toString());
     case DropDownCells::EntriesRole:
         return m_controller.valueCell(index.row()).entries;
     case DropDownCells::ChosenRole:

@@ -63,22 +63,7 @@ protected:
     /// Chooses a file that is refused: the alert comes out of the dialog's own end.
     void chooseRefused(const std::string& path)
     {
-        bool alerted = false;
-        QTimer look;
-        QObject::connect(&look, &QTimer::timeout, &look, [&alerted] {
-            auto* alert = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            if (alert != nullptr && alert->isVisible()) {
-                alerted = true;
-                EXPECT_EQ(alert->text(), "Firmware format error\n");
-                EXPECT_EQ(alert->informativeText(), "");
-                ASSERT_EQ(alert->buttons().size(), 1);
-                EXPECT_EQ(alert->buttons().front()->text(), "OK");
-                QTest::keyClick(alert, Qt::Key_Return);
-            }
-        });
-        look.start(1);
-        choose(path);
-        EXPECT_TRUE(alerted);
+        expectAlertWithin("Firmware format error\n", [&] { choose(path); });
     }
 
     /// The whole update by mouse, to its end.

@@ -213,6 +213,29 @@ TEST_F(FlashPage, GivesEveryFileItsSuffix)
     EXPECT_EQ(bytesOf(directory() + "/small.bin"), demoImage());
 }
 
+TEST_F(FlashPage, SavesNothingUnderANameWithADoubleQuote)
+{
+    read();
+    const std::string path = directory() + "/saves/a\"b\"c";
+    std::filesystem::create_directory(directory() + "/saves");
+    const auto filesBelow = [this] {
+        return std::distance(std::filesystem::recursive_directory_iterator(directory()), {});
+    };
+    const auto before = filesBelow();
+    clickAndUse(tool().btnSave_FwFlash, [&path](QDialog& panel) {
+        auto* name = panel.findChild<QLineEdit*>("fileNameEdit");
+        panel.activateWindow();
+        name->setFocus();
+        ASSERT_TRUE(waitFor([name] { return name->hasFocus(); }));
+        QTest::keyClicks(name, QString::fromStdString(path));
+        expectAlertWithin("The name of the file cannot hold a double quote.",
+                          [name] { QTest::keyClick(name, Qt::Key_Return); });
+        EXPECT_TRUE(panel.isVisible()) << "for another name";
+        QTest::keyClick(&panel, Qt::Key_Escape);
+    });
+    EXPECT_EQ(filesBelow(), before);
+}
+
 TEST_F(FlashPage, KeepsWhatWasTypedWhenSavingIsCancelled)
 {
     read();

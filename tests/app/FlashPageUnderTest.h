@@ -109,19 +109,7 @@ protected:
     /// Loads a file that is refused: the alert comes out of the panel's own end.
     void loadRefused(const std::string& path)
     {
-        bool alerted = false;
-        QTimer look;
-        QObject::connect(&look, &QTimer::timeout, &look, [&alerted] {
-            auto* alert = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            if (alert != nullptr && alert->isVisible()) {
-                alerted = true;
-                EXPECT_EQ(alert->text(), "Firmware format error\n");
-                QTest::keyClick(alert, Qt::Key_Return);
-            }
-        });
-        look.start(1);
-        loadFile(path);
-        EXPECT_TRUE(alerted);
+        expectAlertWithin("Firmware format error\n", [&] { loadFile(path); });
     }
 
     /// Does something that brings an alert, and closes it.

@@ -1,4 +1,5 @@
 #include "app/GeneralFunction.h"
+#include "app/ConsoleLog.h"
 
 #include "tests/support/FakeMachine.h"
 
@@ -223,6 +224,13 @@ TEST(GetCurrentSystemVersion, SaysWhyThereIsNone)
     testing::internal::CaptureStderr();
     EXPECT_EQ(GeneralFunction::GetCurrentSystemVersion(system), "10.0.0");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Unable to obtain system version: 2\n");
+}
+
+TEST(ConsoleLog, PrintsNothingATerminalActsOn)
+{
+    testing::internal::CaptureStderr();
+    ConsoleLog(QString::fromUtf8("one\033[2J\r\a\177 \tzw\u00f6lf\ntwo"));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "one?[2J??? \tzw\u00f6lf\ntwo\n");
 }
 
 } // namespace

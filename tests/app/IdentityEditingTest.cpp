@@ -138,6 +138,15 @@ TEST_F(IdentityEditing, TakesTheThirtiethCharacterAway)
     EXPECT_EQ(dumped(42), "02") << "the manufacturer never changed";
 }
 
+TEST_F(IdentityEditing, LeavesTheCursorWhereItIsWhenACharacterIsTakenAway)
+{
+    type(tool().txtSN_FwFlash, "2345678");
+    QTest::keyClick(tool().txtSN_FwFlash, Qt::Key_Home);
+    QTest::keyClicks(tool().txtSN_FwFlash, "ab");
+    EXPECT_EQ(tool().txtSN_FwFlash->text(), "abSN000123456");
+    EXPECT_EQ(tool().txtSN_FwFlash->cursorPosition(), 2);
+}
+
 TEST_F(IdentityEditing, TakesAWideCharacterAwayWhole)
 {
     type(tool().txtSN_FwFlash, "234567"); // one is free

@@ -1,7 +1,11 @@
 #include "tests/app/FlashPageUnderTest.h"
 
 #include <QRegularExpression>
+#include <QTextDocument>
+#include <QWheelEvent>
 #include <gmock/gmock.h>
+
+#include <filesystem>
 
 namespace vornadel::test
 {
@@ -45,6 +49,31 @@ TEST_F(PageSelection, ShowsTenTypesAtOnce)
     const QRect first = open.visualRect(open.model()->index(0, 0));
     EXPECT_EQ(open.viewport()->height() / first.height(), 10);
     QTest::keyClick(types.view(), Qt::Key_Escape);
+}
+
+TEST_F(PageSelection, LetsTheWheelPass)
+{
+    for (QComboBox* combo : {tool().cbPages, tool().cbICType}) {
+        combo->setFocus();
+        const QPointF middle = combo->rect().center();
+        QWheelEvent turn(middle, combo->mapToGlobal(middle), {}, {0, -120}, Qt::NoButton, Qt::NoModifier,
+                         Qt::NoScrollPhase, false);
+        QApplication::sendEvent(combo, &turn);
+        EXPECT_FALSE(turn.isAccepted()) << combo->objectName().toStdString();
+        EXPECT_EQ(combo->currentIndex(), 0);
+    }
+}
+
+TEST_F(PageSelection, ShowsANameInItsToolTipToTheLetter)
+{
+    end();
+    std::filesystem::remove(directory() + "/demo.INI");
+    writeDefinitions("<b>x&amp;.INI", "");
+    launchAndSettle();
+    QTextDocument shown;
+    shown.setHtml(tool().cbICType->toolTip());
+    EXPECT_EQ(shown.toPlainText(), "<b>x&amp;.INI");
+    EXPECT_EQ(tool().cbICType->itemData(0, Qt::ToolTipRole).toString(), tool().cbICType->toolTip());
 }
 
 TEST_F(PageSelection, OffersTheDefinitionFilesBelowTheToolDirectory)

@@ -7,6 +7,7 @@
 #include <QDialog>
 #include <QEventLoop>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QTest>
@@ -214,6 +215,26 @@ void runAndUse(const std::function<void()>& open, const std::function<void(QDial
 void clickAndUse(QPushButton* button, const std::function<void(QDialog&)>& use)
 {
     runAndUse([button] { QTest::mouseClick(button, Qt::LeftButton); }, use);
+}
+
+void expectAlertWithin(const QString& text, const std::function<void()>& action)
+{
+    int alerts = 0;
+    QTimer look;
+    QObject::connect(&look, &QTimer::timeout, &look, [&] {
+        auto* alert = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (alert != nullptr && alert->isVisible()) {
+            ++alerts;
+            EXPECT_EQ(alert->text(), text);
+            EXPECT_EQ(alert->informativeText(), "");
+            ASSERT_EQ(alert->buttons().size(), 1);
+            EXPECT_EQ(alert->buttons().front()->text(), "OK");
+            QTest::keyClick(alert, Qt::Key_Return);
+        }
+    });
+    look.start(1);
+    action();
+    EXPECT_EQ(alerts, 1);
 }
 
 void chooseByTyping(QPushButton* button, const QString& path)

@@ -112,6 +112,9 @@ void clickAndUse(QPushButton* button, const std::function<void(QDialog&)>& use);
 void runAndUse(const std::function<void()>& open, const std::function<void(QDialog&)>& use);
 
 /// Clicks on a button that opens a file dialog, types a path there and confirms.
+/// Does something that brings an alert with this text out of another dialog, and closes the alert.
+void expectAlertWithin(const QString& text, const std::function<void()>& action);
+
 void chooseByTyping(QPushButton* button, const QString& path);
 
 /// How well a text of a view can be read where it stands, 1 to 21.

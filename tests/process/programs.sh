@@ -49,6 +49,16 @@ if [ -s "$work/own.bin.lock" ]; then
     failures=$((failures + 1))
 fi
 
+# A file that may not grow leaves what was there, and nothing beside it.
+echo earlier >"$work/kept.bin"
+files=$(find "$work" | wc -l)
+# shellcheck disable=SC2016 # the inner shell's own words
+expect 1 "File too large" sh -c 'ulimit -f 16; "$1" "$2" read "$3"' sh "$vornadelctl" "$hub" "$work/kept.bin"
+if [ "$(cat "$work/kept.bin")" != earlier ] || [ "$(find "$work" | wc -l)" -ne "$files" ]; then
+    echo "FAILED: a save that failed changed the file or left another"
+    failures=$((failures + 1))
+fi
+
 # Programs that start together on a flash that is not there yet all find it whole.
 round=0
 while [ $round -lt 10 ]; do

@@ -2,6 +2,7 @@
 
 #include <QScrollBar>
 #include <QSignalSpy>
+#include <QTextDocument>
 
 #include <fstream>
 #include <limits>
@@ -70,6 +71,17 @@ TEST_F(TableController, ShowsNameAndMatchingOption)
     EXPECT_EQ(it().tableView_objectValueForTableColumn_row("group", 0), "Empty Value");
     EXPECT_EQ(cell(7), "Empty Value");
     EXPECT_EQ(cell(-1), "Empty Value");
+}
+
+TEST_F(TableController, ShowsMarkupToTheLetterInToolTips)
+{
+    add(1, 20, 0x03).property = "<b>Bold</b> &amp; plain";
+    add(2, 21, 0x03).property = "Less < more & more";
+    it().reloadTable();
+    QTextDocument shown;
+    shown.setHtml(m_table.model()->index(0, 0).data(Qt::ToolTipRole).toString());
+    EXPECT_EQ(shown.toPlainText(), "<b>Bold</b> &amp; plain");
+    EXPECT_EQ(m_table.model()->index(1, 0).data(Qt::ToolTipRole).toString(), "Less < more & more");
 }
 
 TEST_F(TableController, ShowsTheFirstOfTwoOptionsWithOneValue)

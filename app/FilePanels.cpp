@@ -1,0 +1,72 @@
+#include "app/FilePanels.h"
+
+#include "app/GeneralFunction.h"
+
+#include <QFileIconProvider>
+#include <QFileInfo>
+#include <QLineEdit>
+
+namespace vornadel
+{
+
+namespace
+{
+
+constexpr const char* kImageSuffix = "BIN";
+
+/// Tells files from folders, and nothing else: to see more, the toolkit's own reads from each file, which never ends with
+/// some in /proc.
+class PlainIcons final : public QFileIconProvider
+{
+public:
+    using QFileIconProvider::icon;
+    QIcon icon(const QFileInfo& info) const override { return icon(info.isDir() ? Folder : File); }
+    QString type(const QFileInfo& info) const override { return info.isDir() ? "Folder" : "File"; }
+};
+
+/// Outlives every panel, whose threads use it.
+PlainIcons* plainIcons()
+{
+    static PlainIcons icons;
+    return &icons;
+}
+
+} // namespace
+
+QString chooseFile(QWidget* window)
+{
+    QFileDialog panel(window);
+    panel.setFileMode(QFileDialog::ExistingFile);
+    panel.setIconProvider(plainIcons());
+    return panel.exec() == QDialog::Accepted ? panel.selectedFiles().value(0) : QString();
+}
+
+SavePanel::SavePanel(QWidget* window) : QFileDialog(window)
+{
+    setOption(DontUseNativeDialog); // a desktop's own would look for the file before it has its suffix
+    setIconProvider(plainIcons());
+    setWindowTitle("Choose the path to save the *.Bin file");
+    setNameFilter("BIN (*.BIN *.bin)");
+    setAcceptMode(AcceptSave);
+    setLabelText(FileName, "save as");
+    setDefaultSuffix(kImageSuffix);
+    setAttribute(Qt::WA_DeleteOnClose);
+}
+
+void SavePanel::accept()
+{
+    auto* name = findChild<QLineEdit*>("fileNameEdit");
+    if (name->text().contains('"')) {
+        // The panel would take what is between two of them for the whole name.
+        GeneralFunction::AlertString("The name of the file cannot hold a double quote.");
+        return;
+    }
+    const QFileInfo chosen(selectedFiles().value(0));
+    if (!chosen.isDir() && chosen.suffix().compare(kImageSuffix, Qt::CaseInsensitive) != 0) {
+        name->setText(chosen.filePath() + "." +
+                      kImageSuffix); // selectFile() leaves it alone while the focus is there
+    }
+    QFileDialog::accept();
+}
+
+} // namespace vornadel

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QFileDialog>
+#include <QString>
+
+namespace vornadel
+{
+
+/// Asks for a file to open, of any type. Empty when nothing is chosen.
+QString chooseFile(QWidget* window);
+
+/// Asks for the file to save an image to; `fileSelected` tells which. A name gets the one suffix there is before it is
+/// looked at whether the file exists. Deletes itself when it closes.
+class SavePanel final : public QFileDialog
+{
+public:
+    explicit SavePanel(QWidget* window);
+
+protected:
+    void accept() override;
+};
+
+} // namespace vornadel
