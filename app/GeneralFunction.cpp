@@ -1,6 +1,7 @@
 #include "app/GeneralFunction.h"
 
 #include "app/ConsoleLog.h"
+#include "platform/ShellCommand.h"
 
 #include <QApplication>
 #include <QFile>
@@ -9,8 +10,6 @@
 #include <QStringDecoder>
 
 #include <array>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 
 namespace vornadel
@@ -21,21 +20,6 @@ namespace
 
 /// The buffer into which the log and snapshot commands are formatted. Main thread only.
 std::array<char, 1024> commandBuffer;
-
-/// Formats `before` + `text` + `after` into the cleared buffer and runs it. A command cut short could do anything,
-/// so one that does not fit ends the process instead.
-void runFormatted(Shell& shell, const char* before, const std::string& text, const char* after)
-{
-    commandBuffer.fill('\0');
-    const int length =
-        std::snprintf(commandBuffer.data(), commandBuffer.size(), "%s%s%s", before, text.c_str(), after);
-    if (length < 0 || static_cast<std::size_t>(length) >= commandBuffer.size()) {
-        std::fprintf(stderr, "Vornadel: a shell command of %d bytes does not fit into %zu; stopping\n",
-                     length, commandBuffer.size() - 1);
-        std::_Exit(EXIT_FAILURE);
-    }
-    shell.run(commandBuffer.data());
-}
 
 } // namespace
 
@@ -84,15 +68,18 @@ void GeneralFunction::AlertString(const QString& message)
 
 void GeneralFunction::PrintNormalLog(Shell& shell, const QString& text)
 {
-    runFormatted(shell, "echo ", text.toStdString(), " >> /tmp/Vornadel.log");
+    runShellCommand(shell, commandBuffer, "echo ", text.toStdString(), " >> /tmp/Vornadel.log");
 }
 
 void LogShellOutput(Shell& shell, const char* command)
 {
-    runFormatted(shell, "", command, " >> /tmp/Vornadel.log");
+    runShellCommand(shell, commandBuffer, "", command, " >> /tmp/Vornadel.log");
 }
 
-void RunBufferedCommand(Shell& shell, const char* command) { runFormatted(shell, "", command, ""); }
+void RunBufferedCommand(Shell& shell, const char* command)
+{
+    runShellCommand(shell, commandBuffer, "", command, "");
+}
 
 QString GeneralFunction::GetStringFromFile(const QString& path)
 {

@@ -3,6 +3,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <optional>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -34,9 +35,16 @@ std::optional<pid_t> spawn(std::string program, std::string script)
     return error == 0 ? std::optional(child) : std::nullopt;
 }
 
-void waitFor(pid_t child)
+constexpr int kNotAuthorized = 127; ///< pkexec could not get the authorization, or could not ask for it
+
+void waitFor(pid_t child, const std::string& script)
 {
-    while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    if (WIFEXITED(status) && WEXITSTATUS(status) == kNotAuthorized) {
+        const std::string line = script + " was not run: no authorization, or no agent to ask for it\n";
+        std::fputs(line.c_str(), stderr);
     }
 }
 
@@ -49,7 +57,7 @@ bool PkexecRun::start(const std::string& script)
         return false;
     }
     try {
-        std::thread(waitFor, *child).detach();
+        std::thread(waitFor, *child, script).detach();
     } catch (const std::system_error&) {
         // No thread to be had: the script runs all the same, its exit status stays until this process ends.
         return true;

@@ -70,6 +70,22 @@ TEST_F(PkexecRunTest, LeavesNoZombie)
     waitUntilChildless(); // hangs where an exit status is left lying
 }
 
+TEST_F(PkexecRunTest, SaysWhenThereWasNobodyToAsk)
+{
+    PkexecRun run(program("exit $(basename \"$1\")"));
+    testing::internal::CaptureStderr();
+    for (const char* status : {"/0", "/1", "/126", "/127"}) { // 126: the user said no, and knows
+        EXPECT_TRUE(run.start(status));
+        waitUntilChildless();
+    }
+    std::string said;
+    while ((said += testing::internal::GetCapturedStderr()).empty()) { // it is told after the child has gone
+        testing::internal::CaptureStderr();
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(said, "/127 was not run: no authorization, or no agent to ask for it\n");
+}
+
 TEST_F(PkexecRunTest, StaysTheParentOfTheProgram)
 {
     PkexecRun run(program("echo $PPID > '" + m_folder.path("pipe") + "'"));
