@@ -5,7 +5,7 @@
 # checks the #include lines against it.
 
 set(VORNADEL_ROOMS
-  platform_api platform_linux diagnosis sim genfun props firmware props_ui hub config flows app cli)
+  platform_api platform_linux diagnosis sim genfun props firmware props_ui hub config flows driver app cli)
 
 set(ROOM_FOLDER_platform_api   platform)
 set(ROOM_FOLDER_platform_linux platform/linux)
@@ -17,6 +17,7 @@ set(ROOM_FOLDER_props_ui       props/ui)
 set(ROOM_FOLDER_firmware       firmware)
 set(ROOM_FOLDER_hub            hub)
 set(ROOM_FOLDER_config         config)
+set(ROOM_FOLDER_driver         driver)
 set(ROOM_FOLDER_flows          flows)
 set(ROOM_FOLDER_app            app)
 set(ROOM_FOLDER_cli            cli)
@@ -32,8 +33,9 @@ set(ROOM_MAY_USE_firmware       genfun diagnosis)
 set(ROOM_MAY_USE_hub            platform_api diagnosis)
 set(ROOM_MAY_USE_config         hub)
 set(ROOM_MAY_USE_flows          hub firmware platform_api)
-set(ROOM_MAY_USE_app            platform_api platform_linux diagnosis sim genfun props props_ui firmware hub config flows)
-set(ROOM_MAY_USE_cli            platform_api platform_linux diagnosis sim genfun props firmware hub config flows)
+set(ROOM_MAY_USE_driver         hub genfun platform_api)
+set(ROOM_MAY_USE_app            platform_api platform_linux diagnosis sim genfun props props_ui firmware hub config flows driver)
+set(ROOM_MAY_USE_cli            platform_api platform_linux diagnosis sim genfun props firmware hub config flows driver)
 
 # Libraries from outside that a room may use.
 set(ROOM_MAY_USE_OUTSIDE_platform_api   Threads::Threads)

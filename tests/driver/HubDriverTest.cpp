@@ -1,0 +1,91 @@
+#include "driver/HubDriver.h"
+
+#include "hub/HubTransport.h"
+#include "tests/support/FakeMachine.h"
+#include "tests/support/SimulatedSetup.h"
+
+#include <gtest/gtest.h>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+TEST(HubDriver, CopiesTheBundleByAnEscapedPath)
+{
+    FakeShell shell;
+    copyDriverBundle(shell, "/opt/a b/(x)");
+    copyDriverBundle(shell, "/x");
+    EXPECT_EQ(shell.commands, (std::vector<std::string>{"cp -R /opt/a\\ b/\\(x\\)/HubUpdaterDriver.kext /tmp",
+                                                        "cp -R /x/HubUpdaterDriver.kext /tmp"}));
+}
+
+std::string pathForACommandOf(std::size_t bytes)
+{
+    const std::size_t rest = std::string("cp -R /HubUpdaterDriver.kext /tmp").size();
+    return std::string(bytes - rest, 'p');
+}
+
+TEST(HubDriver, TakesACommandThatJustFits)
+{
+    FakeShell shell;
+    copyDriverBundle(shell, pathForACommandOf(511));
+    ASSERT_EQ(shell.commands.size(), 1U);
+    EXPECT_EQ(shell.commands.front().size(), 511U);
+}
+
+TEST(HubDriverDeathTest, EndsTheProcessRatherThanCutACommand)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    FakeShell shell;
+    EXPECT_EXIT(copyDriverBundle(shell, pathForACommandOf(512)), testing::ExitedWithCode(EXIT_FAILURE),
+                "a shell command of 512 bytes does not fit into 511");
+}
+
+TEST(HubDriver, StartsAScriptByItsPathAsItStands)
+{
+    FakePrivilegedRun privileged;
+    EXPECT_TRUE(startScript(privileged, "/opt/a b/(x)", "load"));
+    EXPECT_EQ(privileged.scripts, std::vector<std::string>{"/opt/a b/(x)/load"});
+    privileged.able = false;
+    EXPECT_FALSE(startScript(privileged, "/x", "reboot"));
+}
+
+TEST(HubDriver, SendsAHubInItsRomCodeBackToItsFlash)
+{
+    SimulatedHubOptions options;
+    options.mode = HubCode::Rom;
+    SimulatedSetup setup(options);
+    returnHubToFlash();
+    EXPECT_EQ(setup.hub().runningCode(), HubCode::Flash);
+    EXPECT_FALSE(Hub_IsOpen());
+}
+
+TEST(HubDriver, LeavesTheHubClosedWhenItDoesNotComeBack)
+{
+    SimulatedSetup setup;
+    setup.hub().addFault({.kind = FaultKind::Never, .on = {}, .position = 2});
+    returnHubToFlash();
+    EXPECT_FALSE(Hub_IsOpen());
+}
+
+TEST(HubDriver, SendsNothingWithoutAHub)
+{
+    SimulatedSetup setup;
+    setup.hub().unplug();
+    returnHubToFlash();
+    EXPECT_EQ(setup.hub().requestCount(), 0U);
+}
+
+TEST(HubDriver, NeedsARebootOnlyWhereTheBootArgumentIsWantedAndMissing)
+{
+    EXPECT_TRUE(needsReboot(true, ""));
+    EXPECT_TRUE(needsReboot(true, "boot-args\tkext-dev-mode=0\n"));
+    EXPECT_FALSE(needsReboot(true, "boot-args\tdebug=0x144 kext-dev-mode=1\n"));
+    EXPECT_FALSE(needsReboot(false, ""));
+}
+
+} // namespace
+
+} // namespace vornadel::test
