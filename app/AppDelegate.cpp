@@ -95,6 +95,7 @@ void AppDelegate::initFromIni()
 
 bool AppDelegate::shutDown()
 {
+    m_shuttingDown = true;
     m_platform.usb.unwatch();
     Hub_Abandon();
     m_platform.clock.interrupt();

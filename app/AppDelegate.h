@@ -2,6 +2,7 @@
 
 #include "app/Detection.h"
 #include "app/FlowWorker.h"
+#include "app/LeaveProcess.h"
 #include "app/MainThread.h"
 #include "app/WindowControls.h"
 #include "config/ToolPlace.h"
@@ -14,7 +15,9 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <string>
 
 class QWidget;
 
@@ -71,6 +74,15 @@ public:
     void chooseScalarUpdateFw();
     void MP_UpdateScalar(); ///< from any thread
     void updateScalar();    ///< on a flow's thread
+    /// Ends the process at once with a status, from any thread; what a success of the scalar update leads to.
+    std::function<void(int status)> endProcess = leaveProcess;
+
+    // Driver. Main thread, which is blocked meanwhile.
+    void LoadUpdateDriver();
+    void UnloadUpdateDriver();
+    void RebootOrNot();
+    void Reboot();
+    QString bootArgumentsFile = "/tmp/nvram_setting.dat"; ///< the snapshot taken at the first start
 
     // Flash page. Main thread, but for the two flows.
     void read_FwFlash();
@@ -102,7 +114,8 @@ private:
     void MyLayoutUI();
     void takeBootArgumentsSnapshot();
 
-    void runUpdate(const FwImage& image, const QLineEdit& nameField);
+    std::string textOfField(const QLineEdit& field);
+    void runScript(const char* name);
 
     void connectPropertyEditor();
     void fillSelections();
@@ -117,6 +130,7 @@ private:
     FwImage m_scalarImage;
     FwImage m_flashImage;
 
+    std::atomic<bool> m_shuttingDown = false;
     MainThread m_mainThread;
     FlowWorker m_worker;
     UsbServices m_addedServices;

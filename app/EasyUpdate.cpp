@@ -40,15 +40,19 @@ void AppDelegate::updateFw_EasyUpdate()
     m_worker.start([this] { updateFunc(); });
 }
 
-void AppDelegate::updateFunc() { runUpdate(m_updateImage, *txtFw_EasyUpdate); }
-
-void AppDelegate::runUpdate(const FwImage& image, const QLineEdit& nameField)
+void AppDelegate::updateFunc()
 {
-    const auto name = std::make_shared<std::string>();
-    m_mainThread.postAndWait([name, &nameField] { *name = nameField.text().toStdString(); });
     WindowReporter reporter(*this);
-    updateFirmware(image, *name, reporter);
+    updateFirmware(m_updateImage, textOfField(*txtFw_EasyUpdate), reporter);
     m_mainThread.postAndWait([this] { SetButtonStatus(true); });
+}
+
+std::string AppDelegate::textOfField(const QLineEdit& field)
+{
+    const auto text =
+        std::make_shared<std::string>(); // outlives the wait where the window has closed meanwhile
+    m_mainThread.postAndWait([text, &field] { *text = field.text().toStdString(); });
+    return *text;
 }
 
 } // namespace vornadel

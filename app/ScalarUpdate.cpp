@@ -1,11 +1,15 @@
 // The unattended update: at every start the configured image goes into the hub.
 
+#include "flows/ScalarUpdate.h"
 #include "app/AppDelegate.h"
 #include "app/FilePanels.h"
+#include "app/WindowReporter.h"
 #include "props/ui/ToolTip.h"
 
 #include <QFile>
 #include <QLineEdit>
+
+#include <cstdlib>
 
 namespace vornadel
 {
@@ -29,11 +33,17 @@ void AppDelegate::MP_UpdateScalar()
 
 void AppDelegate::updateScalar()
 {
-    if (!fwbinPath.isEmpty()) {
-        FwImage_LoadFile(m_scalarImage,
-                         m_place.resourcePath + "//" + QFile::encodeName(fwbinPath).toStdString());
+    WindowReporter reporter(*this);
+    const bool succeeded =
+        updateScalarImage(m_scalarImage, m_place.resourcePath, QFile::encodeName(fwbinPath).toStdString(),
+                          textOfField(*nstextfd_Scalar), reporter);
+    m_mainThread.postAndWait([this] { SetButtonStatus(true); });
+    if (succeeded) {
+        m_platform.clock.sleep(kScalarFarewell);
+        if (!m_shuttingDown) { // otherwise the window has closed, and the process is ending already
+            endProcess(EXIT_SUCCESS);
+        }
     }
-    runUpdate(m_scalarImage, *nstextfd_Scalar);
 }
 
 } // namespace vornadel

@@ -1,13 +1,11 @@
 #include "app/Tool.h"
 
 #include "app/AppDelegate.h"
+#include "app/LeaveProcess.h"
 #include "config/ToolPlace.h"
 #include "hub/HubTransport.h"
 
 #include <QApplication>
-
-#include <cstdio>
-#include <cstdlib>
 
 namespace vornadel
 {
@@ -26,8 +24,7 @@ int runTool(Platform& platform, const char* argv0, const QString& titleSuffix,
     const int status = QApplication::exec();
     if (!delegate.shutDown()) {
         // A transfer still holds the worker. Nothing may be destroyed under it, and the system closes the hub.
-        std::fflush(nullptr);
-        std::_Exit(status);
+        leaveProcess(status);
     }
     return status;
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "app/AppDelegate.h"
-#include "app/ConsoleLog.h"
 
 #include <QString>
 
@@ -110,21 +109,11 @@ constexpr FieldRow kFields[] = {
     {&W::boxFwFlash, MEMBER(txtContainerID_FwFlash), "Container ID", true, {0, 80, 303, 20}},
 };
 
-/// The action of a button whose area is not built yet.
-template <const char* name>
-void notBuiltYet(AppDelegate& /*delegate*/)
-{
-    ConsoleLog(QString(name) + ": not part of this version yet");
-}
-
 template <void (AppDelegate::*action)()>
 void perform(AppDelegate& delegate)
 {
     (delegate.*action)();
 }
-
-constexpr char kLoadDriver[] = "LoadUpdateDriver";
-constexpr char kUnloadDriver[] = "UnloadUpdateDriver";
 
 struct ButtonRow {
     Box box;
@@ -141,14 +130,14 @@ constexpr ButtonRow kButtons[] = {
      MEMBER(nsbtnLoadDriver_HelpBox),
      "LoadUpdateDriver",
      {0, 115, 130, 20},
-     notBuiltYet<kLoadDriver>,
-     ""},
+     perform<&AppDelegate::LoadUpdateDriver>,
+     "Asks for an administrator's password and gives access to the hub"},
     {&W::boxHelp,
      MEMBER(nsbtnUnloadDriver_HelpBox),
      "UnloadUpdateDriver",
      {175, 115, 130, 20},
-     notBuiltYet<kUnloadDriver>,
-     ""},
+     perform<&AppDelegate::UnloadUpdateDriver>,
+     "Asks for an administrator's password and takes the access back"},
     {&W::boxHelp,
      MEMBER(btnGetLog_HelpBox),
      "Get Log",

@@ -36,6 +36,8 @@ std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLi
     CLI::App* update =
         app.add_subcommand("update", "Write an image to the hub's flash, verify it and restart the hub");
     update->add_option("IMAGE", commandLine.image, "Firmware image (*.bin)")->required()->check(refuseEmpty);
+    const CLI::App* scalar = app.add_subcommand(
+        "scalar", "The unattended update: what update does, with the image that config.ini names as FwBin");
     CLI::App* read = app.add_subcommand(
         "read",
         "Read the hub's whole flash, save it to a file and restart the hub; without success FILE stays "
@@ -61,11 +63,12 @@ std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLi
         commandLine.simulatedHub =
             simulatedHub == "true" ? "" : simulatedHub; // what a flag without a value reads as
     }
-    commandLine.verb = update->parsed()  ? CommandLine::Verb::Update
-                       : read->parsed()  ? CommandLine::Verb::Read
-                       : erase->parsed() ? CommandLine::Verb::Erase
-                       : info->parsed()  ? CommandLine::Verb::Info
-                                         : CommandLine::Verb::List;
+    commandLine.verb = update->parsed()   ? CommandLine::Verb::Update
+                       : scalar->parsed() ? CommandLine::Verb::Scalar
+                       : read->parsed()   ? CommandLine::Verb::Read
+                       : erase->parsed()  ? CommandLine::Verb::Erase
+                       : info->parsed()   ? CommandLine::Verb::Info
+                                          : CommandLine::Verb::List;
     return std::nullopt;
 }
 

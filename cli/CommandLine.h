@@ -9,7 +9,7 @@ namespace vornadel
 
 /// What the user asked for on vornadelctl's command line.
 struct CommandLine {
-    enum class Verb { Update, Read, Erase, Info, List };
+    enum class Verb { Update, Scalar, Read, Erase, Info, List };
 
     Verb verb = Verb::List;
     std::string image;                       ///< of update, read and info; empty: info is about the hub

@@ -7,12 +7,14 @@
 #include "flows/FirmwareUpdate.h"
 #include "flows/FlashErase.h"
 #include "flows/FlashRead.h"
+#include "flows/ScalarUpdate.h"
 #include "hub/HubCommands.h"
 #include "hub/HubDetection.h"
 #include "hub/HubTransport.h"
 #include "hub/SupportedIds.h"
 
 #include <cstdint>
+#include <filesystem>
 #include <iomanip>
 #include <memory>
 #include <sstream>
@@ -56,6 +58,19 @@ int update(const std::string& path, std::ostream& out, std::ostream& err, bool t
     FwImage_LoadFile(image, path);
     ConsoleReporter reporter(out, err, terminal);
     return updateFirmware(image, path, reporter) ? kExitSuccess : kExitFailure;
+}
+
+/// The image lies beside the configuration file.
+int scalar(const std::string& configFile, const ToolConfig& config, std::ostream& out, std::ostream& err,
+           bool terminal)
+{
+    const std::string folder = std::filesystem::path(configFile).parent_path().string();
+    FwImage image;
+    ConsoleReporter reporter(out, err, terminal);
+    return updateScalarImage(image, folder.empty() ? "." : folder, config.fwbinPath, config.fwbinPath,
+                             reporter)
+               ? kExitSuccess
+               : kExitFailure;
 }
 
 int readInto(const std::string& path, std::ostream& out, std::ostream& err, bool terminal)
@@ -159,6 +174,8 @@ int runCommand(const CommandLine& commandLine, Platform& platform, const std::st
     // What these do counts, whoever reads about it.
     case CommandLine::Verb::Update:
         return update(commandLine.image, out, err, terminal);
+    case CommandLine::Verb::Scalar:
+        return scalar(configFile, config, out, err, terminal);
     case CommandLine::Verb::Read:
         return readInto(commandLine.image, out, err, terminal);
     case CommandLine::Verb::Erase:

@@ -137,27 +137,6 @@ TEST_P(ButtonsDuringAnUpdate, LetTheLogBeCollected)
     EXPECT_THAT(progressText(), testing::EndsWith(kUpdateUpToErase));
 }
 
-TEST_F(Buttons, SayOnTheConsoleThatAnAreaIsNotBuiltYet)
-{
-    launchAndSettle();
-    const std::vector<std::pair<QPushButton*, std::string>> rows = {
-        {tool().nsbtnLoadDriver_HelpBox, "LoadUpdateDriver"},
-        {tool().nsbtnUnloadDriver_HelpBox, "UnloadUpdateDriver"},
-    };
-    const unsigned requests = hub().requestCount();
-    const auto commands = shell.commands;
-    for (const auto& [button, action] : rows) {
-        testing::internal::CaptureStderr();
-        QTest::mouseClick(button, Qt::LeftButton);
-        settleEvents();
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), action + ": not part of this version yet\n");
-        EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
-        EXPECT_TRUE(allSwitched(true)) << action;
-    }
-    EXPECT_EQ(hub().requestCount(), requests);
-    EXPECT_EQ(shell.commands, commands);
-}
-
 } // namespace
 
 } // namespace vornadel::test

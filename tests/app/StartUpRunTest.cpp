@@ -56,6 +56,66 @@ TEST_F(StartUpRun, WritesTheConfiguredImageInBothModes)
     }
 }
 
+TEST_F(StartUpRun, EndsTheProcessFiveSecondsAfterItsSuccess)
+{
+    bringImage("demo.bin");
+    config = configText("FwBin = demo.bin\n");
+    heldPause = std::chrono::seconds(5);
+    launch();
+    ASSERT_TRUE(waitFor([this] { return clock().gate.isReached(); }));
+    EXPECT_THAT(progressText(), testing::EndsWith("Update FW Success\n"));
+    EXPECT_TRUE(allSwitched(true));
+    EXPECT_FALSE(Hub_IsOpen());
+    EXPECT_EQ(ends, 0);
+    clock().gate.open();
+    EXPECT_TRUE(waitFor([this] { return ends == 1; }));
+    EXPECT_EQ(clock().pauses().back(), std::chrono::seconds(5));
+}
+
+TEST_F(StartUpRun, LeavesTheEndToTheWindowThatClosesMeanwhile)
+{
+    bringImage("demo.bin");
+    config = configText("FwBin = demo.bin\n");
+    heldPause = std::chrono::seconds(5);
+    launch();
+    ASSERT_TRUE(waitFor([this] { return clock().gate.isReached(); }));
+    end();
+    EXPECT_EQ(ends, 0);
+}
+
+TEST_F(StartUpRun, SucceedsWithAHubThatComesDuringTheRun)
+{
+    bringImage("demo.bin");
+    config = configText("FwBin = demo.bin\n");
+    hubOptions.faults = {
+        {.kind = FaultKind::Late, .on = {}, .position = 1, .delay = std::chrono::seconds(15)}};
+    launchAndSettle();
+    EXPECT_THAT(progressText(), testing::EndsWith("Update FW Success\n"));
+    EXPECT_TRUE(waitFor([this] { return ends == 1; }));
+}
+
+TEST_F(StartUpRun, StaysOpenWhenTheHubIsUnpluggedHalfWay)
+{
+    bringImage("demo.bin");
+    config = configText("FwBin = demo.bin\n");
+    hubOptions.faults = {{.kind = FaultKind::VanishBefore, .on = RequestKind::Write, .position = 4}};
+    launchAndSettle();
+    EXPECT_THAT(progressText(), testing::EndsWith("Fail to Write Flash\nUpdate FW Fail\n"));
+    end();
+    EXPECT_EQ(ends, 0);
+}
+
+TEST_F(StartUpRun, EndsTheProcessAfterASuccessByHandToo)
+{
+    config = configText("ScalarMode = 1\n");
+    launchAndSettle();
+    EXPECT_EQ(ends, 0) << "the run at start had no image";
+    chooseByTyping(tool().nsbtnSelect_Scalar,
+                   QString::fromStdString(writeFile("demo.bin", demoImage(kDemoVersion101))));
+    update();
+    EXPECT_TRUE(waitFor([this] { return ends == 1; }));
+}
+
 TEST_F(StartUpRun, LooksBelowTheResourceDirectoryWhateverTheNameBeginsWith)
 {
     bringImage("images/demo.bin");
@@ -91,6 +151,8 @@ TEST_F(StartUpRun, FailsWithoutAHubAndLeavesTheToolRunning)
               "Then replugin usb hub device\nUpdate FW Fail\n");
     EXPECT_TRUE(tool().window()->isVisible());
     EXPECT_TRUE(allSwitched(true));
+    end();
+    EXPECT_EQ(ends, 0);
 }
 
 TEST_F(StartUpRun, LeavesTheMainThreadFree)

@@ -31,8 +31,17 @@ constexpr std::uint8_t kReadRequest = 0xD8;
 
 } // namespace
 
+void PatientClock::interrupt()
+{
+    m_clock.interrupt();
+    gate.open();
+}
+
 void PatientClock::sleep(Duration pause)
 {
+    if (pause == heldPause) {
+        gate.pass();
+    }
     m_clock.sleep(pause);
     if (QThread::currentThread() != QCoreApplication::instance()->thread()) {
         mainThread->postAndWait([] {});
@@ -63,6 +72,10 @@ void ToolUnderTest::launch()
     }
     std::string error;
     m_clock = std::make_unique<PatientClock>();
+    m_clock->heldPause = heldPause;
+    if (heldPause) {
+        m_clock->gate.shut();
+    }
     m_bus = SimulatedBus::create(hubOptions, *m_clock, error);
     ASSERT_NE(m_bus, nullptr) << error;
     hub().onRequest = [this](const ControlRequest& request) {
@@ -73,10 +86,14 @@ void ToolUnderTest::launch()
             readGate.pass();
         }
     };
-    m_platform = std::make_unique<Platform>(Platform{*m_bus, shell, m_privileged, systemVersion, *m_clock});
+    m_platform = std::make_unique<Platform>(Platform{*m_bus, shell, privileged, systemVersion, *m_clock});
     Hub_UsePlatform(*m_bus, *m_clock);
     m_delegate = std::make_unique<AppDelegate>(*m_platform, place, titleSuffix);
     m_clock->mainThread = &m_delegate->mainThread();
+    m_delegate->endProcess = [this](int status) {
+        EXPECT_EQ(status, 0);
+        ++ends;
+    };
     m_delegate->applicationDidFinishLaunching();
 }
 

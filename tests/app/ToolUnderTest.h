@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -35,9 +36,14 @@ public:
     Duration now() override { return m_clock.now(); }
     void sleep(Duration pause) override;
     void after(Duration delay, std::function<void()> task) override { m_clock.after(delay, std::move(task)); }
-    void interrupt() override { m_clock.interrupt(); }
+    void interrupt() override;
+
+    std::vector<Duration> pauses() { return m_clock.pauses(); }
 
     MainThread* mainThread = nullptr; ///< to be set before the threads start
+    /// A pause of that length lasts until this gate is opened, or the clock interrupted.
+    std::optional<Duration> heldPause;
+    Gate gate;
 
 private:
     VirtualClock m_clock;
@@ -65,6 +71,7 @@ protected:
 
     AppDelegate& tool() { return *m_delegate; }
     SimulatedHub& hub() { return m_bus->hub(); }
+    PatientClock& clock() { return *m_clock; }
     QWidget* content() const;
     std::array<TitledBox*, 6> boxes();
     std::array<TextView*, 4> textViews();
@@ -89,13 +96,15 @@ protected:
     QString titleSuffix;
     FakeShell shell;
     FakeSystemVersion systemVersion;
-    Gate eraseGate; ///< stands before the hub's erase
-    Gate readGate;  ///< stands before a flow's read of the flash
+    FakePrivilegedRun privileged;
+    std::optional<Clock::Duration> heldPause; ///< of the clock
+    std::atomic<int> ends = 0;                ///< how often the tool has ended the process by itself
+    Gate eraseGate;                           ///< stands before the hub's erase
+    Gate readGate;                            ///< stands before a flow's read of the flash
 
 private:
     QTemporaryDir m_directory;
     std::unique_ptr<PatientClock> m_clock; // one per launch: an end interrupts it for good
-    FakePrivilegedRun m_privileged;
     std::unique_ptr<SimulatedBus> m_bus;
     std::unique_ptr<Platform> m_platform;
     std::unique_ptr<AppDelegate> m_delegate;
@@ -111,10 +120,10 @@ void settleEvents();
 void clickAndUse(QPushButton* button, const std::function<void(QDialog&)>& use);
 void runAndUse(const std::function<void()>& open, const std::function<void(QDialog&)>& use);
 
-/// Clicks on a button that opens a file dialog, types a path there and confirms.
 /// Does something that brings an alert with this text out of another dialog, and closes the alert.
 void expectAlertWithin(const QString& text, const std::function<void()>& action);
 
+/// Clicks on a button that opens a file dialog, types a path there and confirms.
 void chooseByTyping(QPushButton* button, const QString& path);
 
 /// How well a text of a view can be read where it stands, 1 to 21.

@@ -53,6 +53,7 @@ TEST(CommandLine, KnowsItsVerbs)
         {{"update", "new.bin"}, Verb::Update, "new.bin"},
         {{"read", "new.bin"}, Verb::Read, "new.bin"},
         {{"read", "erase"}, Verb::Read, "erase"},
+        {{"scalar"}, Verb::Scalar, ""},
         {{"erase"}, Verb::Erase, ""},
         {{"info"}, Verb::Info, ""},
         {{"info", "new.bin"}, Verb::Info, "new.bin"},

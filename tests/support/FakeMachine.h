@@ -5,6 +5,7 @@
 #include "platform/SystemVersion.h"
 
 #include <algorithm>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,9 @@ public:
     int run(const std::string& command) override
     {
         commands.push_back(command);
+        if (onRun) {
+            onRun();
+        }
         return 0;
     }
 
@@ -27,6 +31,7 @@ public:
     }
 
     std::vector<std::string> commands; ///< in order
+    std::function<void()> onRun;
     std::vector<std::string> existing; ///< the paths for which exists() is true
 };
 
@@ -46,10 +51,15 @@ public:
     bool start(const std::string& script) override
     {
         scripts.push_back(script);
-        return true;
+        if (onStart) {
+            onStart();
+        }
+        return able;
     }
 
     std::vector<std::string> scripts;
+    std::function<void()> onStart;
+    bool able = true; ///< whether this machine can ask for administrator rights
 };
 
 } // namespace vornadel::test

@@ -1,0 +1,196 @@
+#include "hub/HubTransport.h"
+#include "tests/app/ToolUnderTest.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTimer>
+#include <gmock/gmock.h>
+
+#include <string>
+#include <vector>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+/// The help box's driver buttons on a machine that only notes what it is asked to do.
+class DriverButtons : public ToolUnderTest
+{
+protected:
+    void launchOn(const SystemVersionNumbers& version, const std::string& bootArguments)
+    {
+        systemVersion.numbers = version;
+        launchAndSettle();
+        shell.commands.clear();
+        tool().bootArgumentsFile =
+            QString::fromStdString(writeFile("snapshot", {bootArguments.begin(), bootArguments.end()}));
+    }
+
+    /// What happens outside the program, in order, and whether the buttons were on at that moment.
+    void watchSteps()
+    {
+        shell.onRun = [this] { m_steps.push_back(shell.commands.back() + state()); };
+        privileged.onStart = [this] { m_steps.push_back(privileged.scripts.back() + state()); };
+    }
+
+    void pressLoad() { QTest::mouseClick(tool().nsbtnLoadDriver_HelpBox, Qt::LeftButton); }
+
+    /// Presses "LoadUpdateDriver" and a button of the prompt that follows.
+    void loadAndAnswer(const QString& answer)
+    {
+        clickAndUse(tool().nsbtnLoadDriver_HelpBox, [&](QDialog& dialog) {
+            auto* prompt = qobject_cast<QMessageBox*>(&dialog);
+            ASSERT_NE(prompt, nullptr);
+            EXPECT_TRUE(allSwitched(true)) << "already";
+            for (QAbstractButton* button : prompt->buttons()) {
+                if (button->text() == answer) {
+                    QTest::mouseClick(button, Qt::LeftButton);
+                    return;
+                }
+            }
+            ADD_FAILURE() << "no such button";
+        });
+    }
+
+    std::vector<std::string> m_steps;
+
+private:
+    std::string state() { return allSwitched(false) ? " (off)" : " (on)"; }
+};
+
+const SystemVersionNumbers kWantsBootArgument{10, 10, 5, 0};
+const SystemVersionNumbers kModern{12, 4, 0, 0};
+
+TEST_F(DriverButtons, CopyTheBundleAndStartTheLoadScript)
+{
+    launchOn(kModern, "");
+    watchSteps();
+    testing::internal::CaptureStderr();
+    pressLoad();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Enter LoadUpdateDriver\n");
+    EXPECT_EQ(m_steps, (std::vector<std::string>{
+                           "cp -R " + resources() + "/HubUpdaterDriver.kext /tmp (off)",
+                           resources() + "/load (off)",
+                       }));
+    EXPECT_TRUE(allSwitched(true));
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr) << "no reboot is asked for on such a system";
+}
+
+TEST_F(DriverButtons, EscapeAPathForTheShellButNotForTheScript)
+{
+    const std::string bundle = directory() + "/my tool (2)/Vornadel.app";
+    place = {bundle, true, bundle + "/Contents/Resources"};
+    launchOn(kModern, "");
+    pressLoad();
+    EXPECT_EQ(shell.commands, std::vector<std::string>{"cp -R " + directory() +
+                                                       "/my\\ tool\\ \\(2\\)/Vornadel.app/Contents/Resources"
+                                                       "/HubUpdaterDriver.kext /tmp"});
+    EXPECT_EQ(privileged.scripts, std::vector<std::string>{resources() + "/load"});
+}
+
+TEST_F(DriverButtons, SayWhereNobodyCanBeAskedForRights)
+{
+    launchOn(kModern, "");
+    privileged.able = false;
+    testing::internal::CaptureStderr();
+    pressLoad();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "Enter LoadUpdateDriver\nthere is no way to ask for administrator rights here; run " +
+                  resources() + "/load as root\n");
+    EXPECT_TRUE(allSwitched(true));
+}
+
+TEST_F(DriverButtons, AskForNoRebootWhereTheSnapshotAllowsTheDriver)
+{
+    launchOn(kWantsBootArgument, "boot-args\tkext-dev-mode=1 debug=0x144\n");
+    pressLoad();
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+    EXPECT_EQ(privileged.scripts.size(), 1U);
+}
+
+TEST_F(DriverButtons, AskForARebootWithTwoButtonsInOrder)
+{
+    launchOn(kWantsBootArgument, "boot-args\tdebug=0x144\n");
+    clickAndUse(tool().nsbtnLoadDriver_HelpBox, [](QDialog& dialog) {
+        auto* prompt = qobject_cast<QMessageBox*>(&dialog);
+        ASSERT_NE(prompt, nullptr);
+        EXPECT_EQ(prompt->text(),
+                  "Your MacOS is 10.10 or later,some params have been set to your Mac. Now,please "
+                  "reboot to allow morvane kernel kext\n ");
+        EXPECT_EQ(prompt->informativeText(), "");
+        ASSERT_EQ(prompt->buttons().size(), 2);
+        EXPECT_EQ(prompt->buttons().at(0)->text(), "Cancel");
+        EXPECT_EQ(prompt->buttons().at(1)->text(), "Reboot Now");
+        prompt->done(-1); // neither
+    });
+    EXPECT_EQ(privileged.scripts, std::vector<std::string>{resources() + "/load"}) << "nothing happens then";
+}
+
+TEST_F(DriverButtons, RebootAndLeaveTheToolRunning)
+{
+    launchOn(kWantsBootArgument, "");
+    QSignalSpy quits(qApp, &QCoreApplication::aboutToQuit);
+    loadAndAnswer("Reboot Now");
+    EXPECT_EQ(privileged.scripts, (std::vector<std::string>{resources() + "/load", resources() + "/reboot"}));
+    EXPECT_TRUE(tool().window()->isVisible());
+}
+
+TEST_F(DriverButtons, AskAgainAsLongAsTheSnapshotIsTheSame)
+{
+    launchOn(kWantsBootArgument, "");
+    loadAndAnswer("Reboot Now");
+    loadAndAnswer("Reboot Now");
+    EXPECT_EQ(privileged.scripts.size(), 4U);
+}
+
+TEST_F(DriverButtons, QuitTheToolWhenTheRebootIsCancelled)
+{
+    launchOn(kWantsBootArgument, "");
+    std::string console;
+    bool left = false;
+    QTimer::singleShot(0, qApp, [&] {
+        testing::internal::CaptureStderr();
+        loadAndAnswer("Cancel");
+        console = testing::internal::GetCapturedStderr();
+    });
+    QTimer::singleShot(10000, qApp, [] { QApplication::exit(1); });
+    left = QApplication::exec() == 0;
+    EXPECT_TRUE(left) << "the event loop ended";
+    EXPECT_THAT(console, testing::EndsWith("User abort start !!!\n"));
+    EXPECT_EQ(privileged.scripts, std::vector<std::string>{resources() + "/load"});
+}
+
+TEST_F(DriverButtons, SendTheHubBackToItsFirmwareAfterUnloading)
+{
+    launchOn(kModern, "");
+    watchSteps();
+    testing::internal::CaptureStderr();
+    QTest::mouseClick(tool().nsbtnUnloadDriver_HelpBox, Qt::LeftButton);
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::StartsWith("Enter UnloadUpdateDriver\n"));
+    EXPECT_EQ(m_steps, std::vector<std::string>{resources() + "/unload (off)"});
+    EXPECT_EQ(hub().runningCode(), HubCode::Flash);
+    EXPECT_FALSE(Hub_IsOpen());
+    EXPECT_TRUE(allSwitched(true));
+}
+
+TEST_F(DriverButtons, UnloadWithoutAHubToo)
+{
+    launchOn(kModern, "");
+    hub().unplug();
+    settleEvents();
+    const unsigned before = hub().requestCount();
+    QTest::mouseClick(tool().nsbtnUnloadDriver_HelpBox, Qt::LeftButton);
+    EXPECT_EQ(privileged.scripts, std::vector<std::string>{resources() + "/unload"});
+    EXPECT_EQ(hub().requestCount(), before);
+    EXPECT_TRUE(allSwitched(true));
+}
+
+} // namespace
+
+} // namespace vornadel::test

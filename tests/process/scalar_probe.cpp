@@ -1,0 +1,40 @@
+// The window program with an image configured, on a simulated hub whose flash is a file and on time that takes none: it
+// updates the hub and ends by itself.
+//
+//   scalar_probe FLASH
+
+#include "app/AppDelegate.h"
+#include "app/Tool.h"
+#include "sim/SimulatedBus.h"
+#include "tests/support/FakeSystem.h"
+#include "tests/support/VirtualClock.h"
+
+#include <QApplication>
+
+#include <cstdio>
+#include <string>
+
+int main(int argc, char** argv)
+{
+    using namespace vornadel;
+    if (argc != 2) {
+        return 64;
+    }
+    const QApplication application(argc, argv);
+    test::VirtualClock clock;
+    SimulatedHubOptions options;
+    options.image = argv[1];
+    options.latency = SimulatedLatency::None;
+    std::string error;
+    const auto bus = SimulatedBus::create(options, clock, error);
+    if (!bus) {
+        std::fprintf(stderr, "%s\n", error.c_str());
+        return 65;
+    }
+    test::IdleShell shell;
+    test::IdlePrivilegedRun privileged;
+    test::FixedSystemVersion version;
+    Platform platform{*bus, shell, privileged, version, clock};
+    runTool(platform, argv[0], {});
+    return 66; // somebody else has ended it
+}
