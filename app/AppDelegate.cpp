@@ -22,7 +22,6 @@ namespace
 {
 
 /// Written by the first start of the tool since the machine started, never refreshed.
-constexpr const char* kBootArgumentsSnapshot = "/tmp/nvram_setting.dat";
 
 /// How long a transfer in flight may hold up the end of the program.
 constexpr std::chrono::seconds kShutDownGrace{3};
@@ -67,8 +66,9 @@ void AppDelegate::applicationDidFinishLaunching()
 
 void AppDelegate::takeBootArgumentsSnapshot()
 {
-    if (!m_platform.shell.exists(kBootArgumentsSnapshot)) {
-        RunBufferedCommand(m_platform.shell, "nvram boot-args >> /tmp/nvram_setting.dat");
+    const std::string file = QFile::encodeName(bootArgumentsFile).toStdString();
+    if (!m_platform.shell.exists(file)) {
+        RunBufferedCommand(m_platform.shell, ("nvram boot-args >> " + file).c_str());
     }
 }
 

@@ -82,7 +82,7 @@ public:
     void UnloadUpdateDriver();
     void RebootOrNot();
     void Reboot();
-    QString bootArgumentsFile = "/tmp/nvram_setting.dat"; ///< the snapshot taken at the first start
+    QString bootArgumentsFile = "/tmp/nvram_setting.dat"; ///< their snapshot, taken at the first start
 
     // Flash page. Main thread, but for the two flows.
     void read_FwFlash();

@@ -6,29 +6,57 @@
 #include "driver/HubDriver.h"
 
 #include <QApplication>
+#include <QEventLoop>
 #include <QMessageBox>
 #include <QPushButton>
 
 namespace vornadel
 {
 
+namespace
+{
+
+/// The buttons are off while the main thread is held, and show it. Presses of that time meet them off, and are not kept
+/// for the time after.
+class ButtonsOff
+{
+public:
+    explicit ButtonsOff(AppDelegate& tool) : m_tool(tool)
+    {
+        m_tool.SetButtonStatus(false);
+        QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    }
+    ButtonsOff(const ButtonsOff&) = delete;
+    ButtonsOff& operator=(const ButtonsOff&) = delete;
+    ~ButtonsOff()
+    {
+        QApplication::processEvents();
+        m_tool.SetButtonStatus(true);
+    }
+
+private:
+    AppDelegate& m_tool;
+};
+
+} // namespace
+
 void AppDelegate::LoadUpdateDriver()
 {
     ConsoleLog("Enter LoadUpdateDriver");
-    SetButtonStatus(false);
-    copyDriverBundle(m_platform.shell, m_place.resourcePath);
-    runScript("load");
-    SetButtonStatus(true);
+    {
+        const ButtonsOff off(*this);
+        copyDriverBundle(m_platform.shell, m_place.resourcePath);
+        runScript("load");
+    }
     RebootOrNot();
 }
 
 void AppDelegate::UnloadUpdateDriver()
 {
     ConsoleLog("Enter UnloadUpdateDriver");
-    SetButtonStatus(false);
+    const ButtonsOff off(*this);
     runScript("unload");
     returnHubToFlash();
-    SetButtonStatus(true);
 }
 
 void AppDelegate::RebootOrNot()
@@ -44,9 +72,10 @@ void AppDelegate::RebootOrNot()
     prompt.setTextFormat(Qt::PlainText);
     prompt.setText("Your MacOS is 10.10 or later,some params have been set to your Mac. Now,please reboot to "
                    "allow morvane kernel kext\n ");
-    // Of one role, so that no style changes their order and the Escape key, a habit, quits nothing.
-    const QPushButton* cancel = prompt.addButton("Cancel", QMessageBox::AcceptRole);
-    const QPushButton* rebootNow = prompt.addButton("Reboot Now", QMessageBox::AcceptRole);
+    // Of one role, which keeps their order, and with no escape button: that key is a habit and must not quit.
+    QPushButton* cancel = prompt.addButton("Cancel", QMessageBox::ActionRole);
+    const QPushButton* rebootNow = prompt.addButton("Reboot Now", QMessageBox::ActionRole);
+    prompt.setDefaultButton(cancel);
     prompt.exec();
     if (prompt.clickedButton() == rebootNow) {
         Reboot();
@@ -61,7 +90,7 @@ void AppDelegate::Reboot() { runScript("reboot"); }
 void AppDelegate::runScript(const char* name)
 {
     if (!startScript(m_platform.privileged, m_place.resourcePath, name)) {
-        ConsoleLog(QString("there is no way to ask for administrator rights here; run %1/%2 as root")
+        ConsoleLog(QString("there is no way to ask for administrator rights here; run \"%1/%2\" as root")
                        .arg(resourcePath, QString(name)));
     }
 }

@@ -17,6 +17,8 @@ namespace vornadel
 namespace
 {
 
+constexpr int kNotRun = 127; ///< also what a shell ends with when a command is missing
+
 /// Starts `program script` with no signal blocked, whatever the calling thread blocks.
 std::optional<pid_t> spawn(std::string program, std::string script)
 {
@@ -35,20 +37,19 @@ std::optional<pid_t> spawn(std::string program, std::string script)
     return error == 0 ? std::optional(child) : std::nullopt;
 }
 
-constexpr int kNotAuthorized = 127; ///< pkexec could not get the authorization, or could not ask for it
-
-void waitFor(pid_t child, const std::string& script)
+void waitFor(pid_t child, const std::string& script, const PkexecRun::Tell& tell)
 {
     int status = 0;
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
-    if (WIFEXITED(status) && WEXITSTATUS(status) == kNotAuthorized) {
-        const std::string line = script + " was not run: no authorization, or no agent to ask for it\n";
-        std::fputs(line.c_str(), stderr);
+    if (WIFEXITED(status) && WEXITSTATUS(status) == kNotRun) {
+        tell(script + " ended with 127: no authorization, no agent to ask for it, or a command is missing");
     }
 }
 
 } // namespace
+
+void PkexecRun::tellStandardError(const std::string& line) { std::fprintf(stderr, "%s\n", line.c_str()); }
 
 bool PkexecRun::start(const std::string& script)
 {
@@ -57,7 +58,7 @@ bool PkexecRun::start(const std::string& script)
         return false;
     }
     try {
-        std::thread(waitFor, *child, script).detach();
+        std::thread(waitFor, *child, script, m_tell).detach();
     } catch (const std::system_error&) {
         // No thread to be had: the script runs all the same, its exit status stays until this process ends.
         return true;

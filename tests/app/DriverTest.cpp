@@ -4,12 +4,13 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QMessageBox>
+#include <QMouseEvent>
 #include <QPushButton>
-#include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -58,6 +59,17 @@ protected:
         });
     }
 
+    /// Whether the tool quits by what is done; the event loop runs meanwhile.
+    static bool quitsBy(const std::function<void()>& action)
+    {
+        constexpr int kGoesOn = 7;
+        QTimer::singleShot(0, qApp, [&action] {
+            action();
+            QTimer::singleShot(0, qApp, [] { QApplication::exit(kGoesOn); });
+        });
+        return QApplication::exec() != kGoesOn;
+    }
+
     std::vector<std::string> m_steps;
 
 private:
@@ -101,8 +113,8 @@ TEST_F(DriverButtons, SayWhereNobodyCanBeAskedForRights)
     testing::internal::CaptureStderr();
     pressLoad();
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "Enter LoadUpdateDriver\nthere is no way to ask for administrator rights here; run " +
-                  resources() + "/load as root\n");
+              "Enter LoadUpdateDriver\nthere is no way to ask for administrator rights here; run \"" +
+                  resources() + "/load\" as root\n");
     EXPECT_TRUE(allSwitched(true));
 }
 
@@ -117,7 +129,7 @@ TEST_F(DriverButtons, AskForNoRebootWhereTheSnapshotAllowsTheDriver)
 TEST_F(DriverButtons, AskForARebootWithTwoButtonsInOrder)
 {
     launchOn(kWantsBootArgument, "boot-args\tdebug=0x144\n");
-    clickAndUse(tool().nsbtnLoadDriver_HelpBox, [](QDialog& dialog) {
+    const auto look = [](QDialog& dialog) {
         auto* prompt = qobject_cast<QMessageBox*>(&dialog);
         ASSERT_NE(prompt, nullptr);
         EXPECT_EQ(prompt->text(),
@@ -127,16 +139,19 @@ TEST_F(DriverButtons, AskForARebootWithTwoButtonsInOrder)
         ASSERT_EQ(prompt->buttons().size(), 2);
         EXPECT_EQ(prompt->buttons().at(0)->text(), "Cancel");
         EXPECT_EQ(prompt->buttons().at(1)->text(), "Reboot Now");
+        EXPECT_LT(prompt->buttons().at(0)->x(), prompt->buttons().at(1)->x());
+        QTest::keyClick(prompt, Qt::Key_Escape);
+        EXPECT_TRUE(prompt->isVisible()) << "no answer";
         prompt->done(-1); // neither
-    });
+    };
+    EXPECT_FALSE(quitsBy([&] { clickAndUse(tool().nsbtnLoadDriver_HelpBox, look); }));
     EXPECT_EQ(privileged.scripts, std::vector<std::string>{resources() + "/load"}) << "nothing happens then";
 }
 
 TEST_F(DriverButtons, RebootAndLeaveTheToolRunning)
 {
     launchOn(kWantsBootArgument, "");
-    QSignalSpy quits(qApp, &QCoreApplication::aboutToQuit);
-    loadAndAnswer("Reboot Now");
+    EXPECT_FALSE(quitsBy([this] { loadAndAnswer("Reboot Now"); }));
     EXPECT_EQ(privileged.scripts, (std::vector<std::string>{resources() + "/load", resources() + "/reboot"}));
     EXPECT_TRUE(tool().window()->isVisible());
 }
@@ -153,23 +168,25 @@ TEST_F(DriverButtons, QuitTheToolWhenTheRebootIsCancelled)
 {
     launchOn(kWantsBootArgument, "");
     std::string console;
-    bool left = false;
-    QTimer::singleShot(0, qApp, [&] {
+    EXPECT_TRUE(quitsBy([&] {
         testing::internal::CaptureStderr();
         loadAndAnswer("Cancel");
         console = testing::internal::GetCapturedStderr();
-    });
-    QTimer::singleShot(10000, qApp, [] { QApplication::exit(1); });
-    left = QApplication::exec() == 0;
-    EXPECT_TRUE(left) << "the event loop ended";
+    }));
     EXPECT_THAT(console, testing::EndsWith("User abort start !!!\n"));
     EXPECT_EQ(privileged.scripts, std::vector<std::string>{resources() + "/load"});
 }
 
 TEST_F(DriverButtons, SendTheHubBackToItsFirmwareAfterUnloading)
 {
+    hubOptions.mode = HubCode::Rom;
     launchOn(kModern, "");
     watchSteps();
+    const auto note = privileged.onStart;
+    privileged.onStart = [&] {
+        note();
+        EXPECT_EQ(hub().runningCode(), HubCode::Rom) << "the script comes first";
+    };
     testing::internal::CaptureStderr();
     QTest::mouseClick(tool().nsbtnUnloadDriver_HelpBox, Qt::LeftButton);
     EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::StartsWith("Enter UnloadUpdateDriver\n"));
@@ -177,6 +194,24 @@ TEST_F(DriverButtons, SendTheHubBackToItsFirmwareAfterUnloading)
     EXPECT_EQ(hub().runningCode(), HubCode::Flash);
     EXPECT_FALSE(Hub_IsOpen());
     EXPECT_TRUE(allSwitched(true));
+}
+
+TEST_F(DriverButtons, KeepNoPressForTheTimeAfter)
+{
+    launchOn(kModern, "");
+    privileged.onStart = [this] {
+        QWidget& button = *tool().nsbtnUnloadDriver_HelpBox;
+        const QPointF middle = button.rect().center();
+        for (const QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
+            QApplication::postEvent(
+                &button, new QMouseEvent(type, middle, button.mapToGlobal(middle), Qt::LeftButton,
+                                         type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton,
+                                         Qt::NoModifier));
+        }
+    };
+    QTest::mouseClick(tool().nsbtnUnloadDriver_HelpBox, Qt::LeftButton);
+    settleEvents();
+    EXPECT_EQ(privileged.scripts.size(), 1U);
 }
 
 TEST_F(DriverButtons, UnloadWithoutAHubToo)

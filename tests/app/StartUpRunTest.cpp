@@ -83,13 +83,29 @@ TEST_F(StartUpRun, LeavesTheEndToTheWindowThatClosesMeanwhile)
     EXPECT_EQ(ends, 0);
 }
 
-TEST_F(StartUpRun, SucceedsWithAHubThatComesDuringTheRun)
+TEST_F(StartUpRun, SucceedsWithAHubThatComesBackLate)
 {
     bringImage("demo.bin");
     config = configText("FwBin = demo.bin\n");
     hubOptions.faults = {
         {.kind = FaultKind::Late, .on = {}, .position = 1, .delay = std::chrono::seconds(15)}};
     launchAndSettle();
+    EXPECT_THAT(progressText(), testing::EndsWith("Update FW Success\n"));
+    EXPECT_TRUE(waitFor([this] { return ends == 1; }));
+}
+
+TEST_F(StartUpRun, FailsWithAHubThatComesTooLateAndSucceedsByHandThen)
+{
+    bringImage("demo.bin");
+    config = configText("ScalarMode = 1\nFwBin = demo.bin\n");
+    hubOptions.faults = {
+        {.kind = FaultKind::VanishBefore, .on = {}, .position = 1}}; // away as soon as it is asked
+    launchAndSettle();
+    EXPECT_THAT(progressText(), testing::HasSubstr("Fail To Open Rom Device\n"));
+    hub().replug();
+    EXPECT_TRUE(waitFor([this] { return hubInfo() == "Detect Zel Hub : Success\nfwVer:0100"; }));
+    EXPECT_EQ(ends, 0);
+    update();
     EXPECT_THAT(progressText(), testing::EndsWith("Update FW Success\n"));
     EXPECT_TRUE(waitFor([this] { return ends == 1; }));
 }
@@ -131,6 +147,8 @@ TEST_F(StartUpRun, FailsWithoutAnImage)
     EXPECT_EQ(progressText(), "FW:(size=0)\n\nWrong firmware file\nUpdate FW Fail\n");
     EXPECT_EQ(hueOf(*tool().nstfUpdateInfo_UpdateFW), kRedHue);
     EXPECT_TRUE(tool().window()->isVisible());
+    end();
+    EXPECT_EQ(ends, 0);
 }
 
 TEST_F(StartUpRun, FailsWhenTheConfiguredImageIsMissing)
@@ -138,6 +156,8 @@ TEST_F(StartUpRun, FailsWhenTheConfiguredImageIsMissing)
     config = configText("FwBin = missing.bin\n");
     launchAndSettle();
     EXPECT_EQ(progressText(), "FW:missing.bin(size=0)\n\nWrong firmware file\nUpdate FW Fail\n");
+    end();
+    EXPECT_EQ(ends, 0);
 }
 
 TEST_F(StartUpRun, FailsWithoutAHubAndLeavesTheToolRunning)

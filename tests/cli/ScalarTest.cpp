@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 namespace vornadel::test
@@ -54,6 +55,29 @@ TEST(Scalar, FailsWithoutAnImageAndLeavesTheHubAlone)
         EXPECT_EQ(session.err.str(), "Wrong firmware file\nUpdate FW Fail\n");
         EXPECT_EQ(session.hub().requestCount(), 0U);
     }
+}
+
+TEST(Scalar, LooksInTheCurrentFolderForAConfigurationThere)
+{
+    Session session("latency=none");
+    TemporaryFolder other;
+    other.write("own.ini", "[DumpTool Config]\nFwBin = new.bin\n" + kIds);
+    other.write("new.bin", asText(demoImage(kDemoVersion101)));
+    const auto before = std::filesystem::current_path();
+    std::filesystem::current_path(other.path());
+    EXPECT_EQ(scalar(session, "own.ini"), kExitSuccess);
+    std::filesystem::current_path(before);
+    EXPECT_EQ(session.hub().flash(), demoImage(kDemoVersion101));
+}
+
+TEST(Scalar, SendsNothingWhenASignalCameBeforeItsFirstRequest)
+{
+    Session session("latency=none");
+    session.folder.write("config.ini", "[DumpTool Config]\nFwBin = new.bin\n" + kIds);
+    session.folder.write("new.bin", asText(demoImage(kDemoVersion101)));
+    session.interruptBeforeCommands = true;
+    EXPECT_EQ(scalar(session), kExitFailure);
+    EXPECT_EQ(session.hub().requestCount(), 0U);
 }
 
 TEST(Scalar, FailsWithoutAHub)

@@ -67,6 +67,7 @@ TEST(HubDriver, LeavesTheHubClosedWhenItDoesNotComeBack)
     SimulatedSetup setup;
     setup.hub().addFault({.kind = FaultKind::Never, .on = {}, .position = 2});
     returnHubToFlash();
+    EXPECT_EQ(setup.hub().faultsTriggered(), 1U) << "it was restarted twice";
     EXPECT_FALSE(Hub_IsOpen());
 }
 
