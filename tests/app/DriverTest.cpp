@@ -63,9 +63,11 @@ protected:
     static bool quitsBy(const std::function<void()>& action)
     {
         constexpr int kGoesOn = 7;
-        QTimer::singleShot(0, qApp, [&action] {
+        QTimer ends; // goes with this function: no later loop must end by it
+        QObject::connect(&ends, &QTimer::timeout, &ends, [] { QApplication::exit(kGoesOn); });
+        QTimer::singleShot(0, qApp, [&] {
             action();
-            QTimer::singleShot(0, qApp, [] { QApplication::exit(kGoesOn); });
+            ends.start(0);
         });
         return QApplication::exec() != kGoesOn;
     }
