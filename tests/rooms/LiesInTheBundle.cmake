@@ -1,6 +1,9 @@
-# Fails unless the programs and config.ini lie in the bundle, and the property files beside it, where they look for each
-# other.
+# Fails unless the programs, config.ini, the administrator scripts and the driver bundle lie in the bundle, and the
+# property files beside it, where they look for each other.
 set(expected "${BUNDLE}/Contents/MacOS/vornadelctl" "${BUNDLE}/Contents/Resources/config.ini"
+  "${BUNDLE}/Contents/Resources/hub-access.sh" "${BUNDLE}/Contents/Resources/supported-ids.awk"
+  "${BUNDLE}/Contents/Resources/HubUpdaterDriver.kext/hub-access.rules"
+  "${BUNDLE}/Contents/Resources/HubUpdaterDriver.kext/README.txt"
   "${BUNDLE}/../SimHub-A.INI" "${BUNDLE}/../SimHub-B.INI")
 if(WINDOW)
   list(APPEND expected "${BUNDLE}/Contents/MacOS/Vornadel")
@@ -8,6 +11,12 @@ endif()
 foreach(file IN LISTS expected)
   if(NOT EXISTS "${file}" OR IS_DIRECTORY "${file}")
     message(FATAL_ERROR "${file} is missing")
+  endif()
+endforeach()
+foreach(script IN ITEMS load unload reboot)
+  execute_process(COMMAND test -x "${BUNDLE}/Contents/Resources/${script}" RESULT_VARIABLE failed)
+  if(failed)
+    message(FATAL_ERROR "${script} is missing, or cannot be run")
   endif()
 endforeach()
 if(NOT PROGRAM STREQUAL "${BUNDLE}/Contents/MacOS/vornadelctl")

@@ -1,0 +1,31 @@
+#!/bin/sh
+# access_policy.sh RESOURCES: the polkit action file is well-formed, has one action for each administrator script, and
+# lets nobody run one without an administrator's password.
+set -u
+
+policy=$1/org.vornadel.hub-access.policy
+failures=0
+
+complain() {
+    echo "FAILED: $1" >&2
+    failures=$((failures + 1))
+}
+
+# ask XPATH: what the file says.
+ask() { xmllint --nonet --xpath "$1" "$policy"; }
+
+command -v xmllint >/dev/null || complain 'xmllint (package libxml2-utils) is missing'
+xmllint --nonet --noout "$policy" || complain "$policy is not well-formed"
+[ "$(ask 'count(/policyconfig/action)')" = 3 ] || complain 'there are not three actions'
+for script in load unload reboot; do
+    [ -x "$1/$script" ] || complain "$script cannot be run"
+    action="/policyconfig/action[@id='org.vornadel.hub-access.$script']"
+    [ "$(ask "string($action/annotate[@key='org.freedesktop.policykit.exec.path'])")" = \
+        "/opt/Vornadel.app/Contents/Resources/$script" ] || complain "the action of $script is not about it"
+    [ "$(ask "string-length($action/message) > 20 and string-length($action/description) > 0")" = true ] ||
+        complain "the action of $script does not say what it is about"
+    [ "$(ask "concat($action/defaults/allow_any, ' ', $action/defaults/allow_inactive, ' ', \
+        $action/defaults/allow_active)")" = 'auth_admin auth_admin auth_admin_keep' ] ||
+        complain "the action of $script asks for another authorization"
+done
+[ "$failures" -eq 0 ]
