@@ -55,8 +55,9 @@ reset_access() {
     done
 }
 
+# reload_udev: has udev read its rules again, and waits until nothing is under way by the old ones.
 reload_udev() {
-    udevadm control --reload
+    udevadm control --reload && udevadm settle --timeout=20
 }
 
 # retrigger IDS: has udev apply its rules again to these devices, and waits until it has.
