@@ -28,14 +28,12 @@ function valueOf(text) {
     return text == "\"\"" || text == "\047\047" ? "" : text
 }
 
-function take(line,    name, equals) {
+function take(line,    equals) {
     line = strip(line)
     if (line == "" || line ~ /^[#;]/)
         return
     if (line ~ /^\[.*\]$/) {
-        name = upTo(substr(line, 2), "[]]")
-        if (name != "")
-            section = tolower(strip(name))
+        section = tolower(strip(upTo(substr(line, 2), "[]]")))
         value[section] = ""
         return
     }

@@ -184,7 +184,7 @@ changes_nothing_when_repeated() {
 reads_numbers_as_the_tool_does() {
     config '[support vid pid] ' 'vid_0a = 010 ; octal' 'SSPID_0A="0xABCD"' "HsPid_0a\t= 65535" 'VID_10 = 4617' \
         'SSPID_10 = 0x1' 'HSPID_10 = 0X2' 'VID_3F=0x00001209' 'SSPID_3F=7' 'HSPID_3F=\' '8' \
-        'VID_40=1' 'SSPID_40=1' 'HSPID_40=1'
+        'VID_40=1' 'SSPID_40=1' 'HSPID_40=1' '[]' 'VID_00=1' 'SSPID_00=1' 'HSPID_00=1'
     sed -i "s/\\\\t/\t/" "$root$here/config.ini"
     run load
     expect_rule 0008:abcd 0008:ffff 1209:0001 1209:0002 1209:0007 1209:0008
