@@ -380,6 +380,10 @@ refuses_a_damaged_bundle() {
     ln -s README.txt "$bundle/hub-access.rules"
     run load
     expect_refused 'damaged'
+    rm "$bundle/hub-access.rules"
+    mkfifo "$bundle/hub-access.rules"
+    run load
+    expect_refused 'damaged'
     rm -r "$bundle"
     run load
     expect_refused 'missing beside this script'
