@@ -45,13 +45,6 @@ reset_access() {
             setfacl -b "$node"
         fi
         chmod 0664 "$node"
-        # A "+" behind the mode is an access list that is still there.
-        case $(ls -ld "$node") in
-        ??????????+*)
-            printf '%s: setfacl is not installed, so %s stays open to the seat until the hub is unplugged\n' \
-                "$program" "$node" >&2
-            ;;
-        esac
     done
 }
 
@@ -70,4 +63,16 @@ retrigger() {
         done
         exit "$failed"
     ) && udevadm settle --timeout=20
+}
+
+# take_access IDS: makes sure that nothing of a rule that is gone stays with these devices. Twice, because udev goes by the
+# tag uaccess once more while it handles the first event after the rule has gone.
+take_access() {
+    reset_access "$1"
+    retrigger "$1" || return 1
+    reset_access "$1"
+    retrigger "$1" || return 1
+    if [ -n "$(attached "$1")" ] && ! command -v setfacl >/dev/null; then
+        printf '%s: setfacl is not installed: the seat may keep its access until the hub is unplugged\n' "$program" >&2
+    fi
 }

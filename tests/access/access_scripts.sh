@@ -406,7 +406,10 @@ takes_access_from_hubs_no_longer_named() {
     run load
     expect_rule 1209:0009 1209:0002
     expect_calls 'udevadm control --reload' 'udevadm settle --timeout=20' 'setfacl -b /dev/bus/usb/002/003' \
-        'udevadm trigger --action=change /sys/bus/usb/devices/1-1' 'udevadm trigger --action=change /sys/bus/usb/devices/2-1' \
+        'udevadm trigger --action=change /sys/bus/usb/devices/2-1' 'udevadm settle --timeout=20' \
+        'setfacl -b /dev/bus/usb/002/003' \
+        'udevadm trigger --action=change /sys/bus/usb/devices/2-1' 'udevadm settle --timeout=20' \
+        'udevadm trigger --action=change /sys/bus/usb/devices/1-1' \
         'udevadm trigger --action=change /sys/bus/usb/devices/2-2' 'udevadm settle --timeout=20'
     expect_equal "$(stat -c '%a %g' "$root/dev/bus/usb/002/003")" '664 0'
     expect_equal "$(stat -c '%a %g' "$root/dev/bus/usb/002/004")" '660 46'
@@ -421,8 +424,11 @@ unloads() {
     run unload
     expect_equal "$status" 0
     expect_equal "$(ls -A "$root/etc/udev/rules.d")" ''
-    expect_calls 'udevadm control --reload' 'udevadm settle --timeout=20' 'setfacl -b /dev/bus/usb/001/012' \
-        'setfacl -b /dev/bus/usb/002/003' \
+    expect_calls 'udevadm control --reload' 'udevadm settle --timeout=20' \
+        'setfacl -b /dev/bus/usb/001/012' 'setfacl -b /dev/bus/usb/002/003' \
+        'udevadm trigger --action=change /sys/bus/usb/devices/1-1' \
+        'udevadm trigger --action=change /sys/bus/usb/devices/2-1' 'udevadm settle --timeout=20' \
+        'setfacl -b /dev/bus/usb/001/012' 'setfacl -b /dev/bus/usb/002/003' \
         'udevadm trigger --action=change /sys/bus/usb/devices/1-1' \
         'udevadm trigger --action=change /sys/bus/usb/devices/2-1' 'udevadm settle --timeout=20'
     expect_equal "$(stat -c '%a %u %g' "$root/dev/bus/usb/001/012")" '664 0 0'
