@@ -82,6 +82,7 @@ public:
     void UnloadUpdateDriver();
     void RebootOrNot();
     void Reboot();
+    QString driverCopy = "/tmp/HubUpdaterDriver.kext"; ///< where the command that copies the bundle puts it
     QString bootArgumentsFile = "/tmp/nvram_setting.dat"; ///< their snapshot, taken at the first start
 
     // Flash page. Main thread, but for the two flows.

@@ -7,6 +7,7 @@
 
 #include <QApplication>
 #include <QEventLoop>
+#include <QFile>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -45,7 +46,13 @@ void AppDelegate::LoadUpdateDriver()
     ConsoleLog("Enter LoadUpdateDriver");
     {
         const ButtonsOff off(*this);
-        copyDriverBundle(m_platform.shell, m_place.resourcePath);
+        const std::string copy = QFile::encodeName(driverCopy).toStdString();
+        if (claimDriverCopy(copy)) {
+            copyDriverBundle(m_platform.shell, m_place.resourcePath);
+        } else {
+            ConsoleLog(driverCopy +
+                       " is not a folder of your own with nothing but files in it; not copied to");
+        }
         runScript("load");
     }
     RebootOrNot();
@@ -61,6 +68,9 @@ void AppDelegate::UnloadUpdateDriver()
 
 void AppDelegate::RebootOrNot()
 {
+    if (!_bNeedSignDriver) {
+        return; // and nobody's file is looked at
+    }
     // The snapshot is of the time before the script, and stays that until the machine has been started again.
     const std::string bootArguments = GeneralFunction::GetStringFromFile(bootArgumentsFile).toStdString();
     if (!needsReboot(_bNeedSignDriver, bootArguments)) {

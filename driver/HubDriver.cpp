@@ -6,6 +6,11 @@
 #include "props/GenFun.h"
 
 #include <array>
+#include <filesystem>
+#include <system_error>
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace vornadel
 {
@@ -23,6 +28,31 @@ void copyDriverBundle(Shell& shell, const std::string& resourcePath)
 {
     runShellCommand(shell, commandBuffer, "cp -R ", ShellEscape(resourcePath.c_str()),
                     "/HubUpdaterDriver.kext /tmp");
+}
+
+bool claimDriverCopy(const std::string& folder)
+{
+    if (mkdir(folder.c_str(), 0755) == 0) {
+        return true; // in a directory where nobody else may remove or rename it
+    }
+    const auto isOwn = [](const std::string& path, bool asFolder) {
+        struct stat found {
+        };
+        return lstat(path.c_str(), &found) == 0 && found.st_uid == geteuid() &&
+               (found.st_mode & (S_IWGRP | S_IWOTH)) == 0 &&
+               (asFolder ? S_ISDIR(found.st_mode) : S_ISREG(found.st_mode) && found.st_nlink == 1);
+    };
+    if (!isOwn(folder, true)) {
+        return false;
+    }
+    std::error_code failed;
+    for (std::filesystem::directory_iterator entry(folder, failed), end; !failed && entry != end;
+         entry.increment(failed)) {
+        if (!isOwn(entry->path().string(), false)) {
+            return false;
+        }
+    }
+    return !failed;
 }
 
 bool startScript(PrivilegedRun& privileged, const std::string& resourcePath, const char* name)

@@ -4,6 +4,9 @@
 
 rules_directory=/etc/udev/rules.d
 rule=$rules_directory/65-vornadel-hub.rules
+# A rule whose devices have not all lost their access yet; udev takes no notice of it. Whoever is called next goes on
+# where a script that failed or was killed has stopped.
+leaving=$rules_directory/.65-vornadel-hub.leaving
 
 # fail TEXT: ends the script with one line of why.
 fail() {
@@ -33,7 +36,7 @@ attached() {
     done
 }
 
-# reset_access IDS: gives the nodes of these devices the owner and mode that the kernel makes them with. udev never
+# reset_access IDS: gives the nodes of these devices the owner and mode that udev gives them without us. udev never
 # takes back a group or an access list by itself; what other rules grant comes back when udev looks again.
 reset_access() {
     attached "$1" | while IFS= read -r device; do

@@ -10,9 +10,12 @@
 #include <QTimer>
 #include <gmock/gmock.h>
 
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
+
+#include <sys/stat.h>
 
 namespace vornadel::test
 {
@@ -29,6 +32,8 @@ protected:
         systemVersion.numbers = version;
         launchAndSettle();
         shell.commands.clear();
+        EXPECT_EQ(tool().driverCopy, "/tmp/HubUpdaterDriver.kext");
+        tool().driverCopy = QString::fromStdString(directory() + "/copy");
         tool().bootArgumentsFile =
             QString::fromStdString(writeFile("snapshot", {bootArguments.begin(), bootArguments.end()}));
     }
@@ -94,6 +99,29 @@ TEST_F(DriverButtons, CopyTheBundleAndStartTheLoadScript)
                        }));
     EXPECT_TRUE(allSwitched(true));
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr) << "no reboot is asked for on such a system";
+}
+
+TEST_F(DriverButtons, CopyNothingToWhatIsSomebodyElses)
+{
+    launchOn(kModern, "");
+    std::filesystem::create_symlink(directory(), directory() + "/copy");
+    testing::internal::CaptureStderr();
+    pressLoad();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "Enter LoadUpdateDriver\n" + directory() +
+                  "/copy is not a folder of your own with nothing but files in it; not copied to\n");
+    EXPECT_EQ(shell.commands, std::vector<std::string>{});
+    EXPECT_EQ(privileged.scripts, std::vector<std::string>{resources() + "/load"}) << "all the same";
+}
+
+TEST_F(DriverButtons, LookAtNoSnapshotWhereNoRebootCanBeNeeded)
+{
+    launchOn(kModern, "");
+    const std::string pipe = directory() + "/pipe"; // reading it would never end
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    tool().bootArgumentsFile = QString::fromStdString(pipe);
+    pressLoad();
+    EXPECT_TRUE(allSwitched(true));
 }
 
 TEST_F(DriverButtons, EscapeAPathForTheShellButNotForTheScript)

@@ -6,6 +6,16 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace vornadel::test
 {
 
@@ -41,6 +51,63 @@ TEST(HubDriverDeathTest, EndsTheProcessRatherThanCutACommand)
     FakeShell shell;
     EXPECT_EXIT(copyDriverBundle(shell, pathForACommandOf(512)), testing::ExitedWithCode(EXIT_FAILURE),
                 "a shell command of 512 bytes does not fit into 511");
+}
+
+/// A folder that goes with the test.
+class DriverCopy : public testing::Test
+{
+public:
+    DriverCopy()
+    {
+        std::string pattern = (std::filesystem::temp_directory_path() / "driver_test-XXXXXX").string();
+        m_folder = mkdtemp(pattern.data());
+    }
+    ~DriverCopy() override { std::filesystem::remove_all(m_folder); }
+
+protected:
+    std::string copy() const { return m_folder + "/copy"; }
+
+    std::string m_folder;
+};
+
+TEST_F(DriverCopy, IsMadeAndMadeUseOfAgain)
+{
+    EXPECT_TRUE(claimDriverCopy(copy()));
+    EXPECT_TRUE(std::filesystem::is_directory(copy()));
+    std::ofstream(copy() + "/hub-access.rules") << "rule";
+    EXPECT_TRUE(claimDriverCopy(copy()));
+}
+
+TEST_F(DriverCopy, IsNotWrittenToThroughALinkOrIntoAPipe)
+{
+    std::filesystem::create_directory_symlink(m_folder, copy());
+    EXPECT_FALSE(claimDriverCopy(copy()));
+    std::filesystem::remove(copy());
+    std::ofstream(m_folder + "/mine") << "precious";
+    for (const auto& make : std::vector<std::function<void(const std::string&)>>{
+             [this](const std::string& name) { std::filesystem::create_symlink(m_folder + "/mine", name); },
+             [this](const std::string& name) { std::filesystem::create_hard_link(m_folder + "/mine", name); },
+             [](const std::string& name) { mkfifo(name.c_str(), 0600); },
+             [](const std::string& name) { std::filesystem::create_directory(name); }}) {
+        ASSERT_TRUE(claimDriverCopy(copy()));
+        make(copy() + "/hub-access.rules");
+        EXPECT_FALSE(claimDriverCopy(copy()));
+        std::filesystem::remove_all(copy());
+    }
+}
+
+TEST_F(DriverCopy, IsNotWrittenToWhereOthersMayWrite)
+{
+    ASSERT_TRUE(claimDriverCopy(copy()));
+    chmod(copy().c_str(), 0777);
+    EXPECT_FALSE(claimDriverCopy(copy()));
+    chmod(copy().c_str(), 0755);
+    EXPECT_TRUE(claimDriverCopy(copy()));
+    if (geteuid() == 0) {
+        ASSERT_EQ(chown(copy().c_str(), 4711, 4711), 0);
+        EXPECT_FALSE(claimDriverCopy(copy()));
+    }
+    EXPECT_FALSE(claimDriverCopy(m_folder + "/no/such/place"));
 }
 
 TEST(HubDriver, StartsAScriptByItsPathAsItStands)
