@@ -1,9 +1,12 @@
-// What one whole update costs beyond the hub's own time and the fixed pauses, without a window.
+// What each whole flow costs beyond the hub's own time and the fixed pauses, without a window.
 
 #include "bench/RecordingClock.h"
 #include "bench/Table.h"
 #include "config/ToolConfig.h"
 #include "flows/FirmwareUpdate.h"
+#include "flows/FlashErase.h"
+#include "flows/FlashRead.h"
+#include "flows/ScalarUpdate.h"
 #include "hub/HubTransport.h"
 #include "platform/StdClock.h"
 #include "sim/DemoImage.h"
@@ -61,50 +64,84 @@ std::unique_ptr<SimulatedBus> makeBus(SimulatedLatency latency, Clock& clock)
     return bus ? std::move(bus) : (giveUp(error), nullptr);
 }
 
-/// Updates a fresh hub; the wall time that went by.
-Milliseconds timeOneUpdate(SimulatedBus& bus, Clock& flowClock)
+bool update(FlowReporter& reporter)
 {
     const std::vector<std::uint8_t> bytes = demoImage(kDemoVersion101);
     FwImage image;
     FwImage_Parse(image, bytes.data(), static_cast<std::int32_t>(bytes.size()));
+    return updateFirmware(image, "demo-1.01.bin", reporter);
+}
+
+bool scalarUpdate(FlowReporter& reporter)
+{
+    FwImage image;
+    return updateScalarImage(image, VORNADEL_RESOURCES, "../examples/demo-1.01.bin", "demo-1.01.bin",
+                             reporter);
+}
+
+bool read(FlowReporter& reporter)
+{
+    std::vector<std::uint8_t> flash;
+    return readFlash(flash, reporter) && flash == demoImage();
+}
+
+/// A flow and what the flash of a hub that held the demo image 1.00 holds after it.
+struct Flow {
+    const char* name;
+    bool (*run)(FlowReporter& reporter);
+    std::vector<std::uint8_t> flashAfterwards;
+};
+
+std::vector<Flow> flows()
+{
+    return {{"update", update, demoImage(kDemoVersion101)},
+            {"scalar update", scalarUpdate, demoImage(kDemoVersion101)},
+            {"read", read, demoImage()},
+            {"erase", eraseFlash, std::vector<std::uint8_t>(kSimulatedFlashSize, 0xFF)}};
+}
+
+/// Runs the flow on a fresh hub; the wall time that went by.
+Milliseconds timeOne(const Flow& flow, SimulatedBus& bus, Clock& flowClock)
+{
     Hub_UsePlatform(bus, flowClock);
     SilentReporter reporter;
     const auto begin = std::chrono::steady_clock::now();
-    const bool succeeded = updateFirmware(image, "demo-1.01.bin", reporter);
+    const bool succeeded = flow.run(reporter);
     const Milliseconds wall = std::chrono::steady_clock::now() - begin;
-    if (!succeeded || bus.hub().flash() != bytes) {
-        giveUp("an update failed: " + reporter.complaint());
+    if (!succeeded || bus.hub().flash() != flow.flashAfterwards) {
+        giveUp(std::string(flow.name) + " failed: " + reporter.complaint());
     }
     return wall;
 }
 
 /// Pauses and the hub's own time take no wall time on the virtual clock: what is left is the overhead.
-Row onVirtualTime(const std::string& what, SimulatedLatency latency)
+Row onVirtualTime(const Flow& flow, const std::string& hub, SimulatedLatency latency)
 {
     constexpr int kRuns = 200;
     Series overhead;
     for (int run = 0; run < kRuns; ++run) {
         test::VirtualClock clock;
         const std::unique_ptr<SimulatedBus> bus = makeBus(latency, clock);
-        overhead.add(timeOneUpdate(*bus, clock).count());
+        overhead.add(timeOne(flow, *bus, clock).count());
     }
-    return rowOf(what, overhead, kTargetMilliseconds);
+    return rowOf(flow.name + (", virtual time, " + hub), overhead, kTargetMilliseconds);
 }
 
-void onTheWall(std::vector<Row>& overheads, std::vector<Row>& parts)
+/// The overhead in real time; where that time went is added to `parts`.
+Row onTheWall(const Flow& flow, std::vector<Row>& parts)
 {
     StdClock clock;
     RecordingClock flowClock(clock);
     RecordingClock hubClock(clock);
     const std::unique_ptr<SimulatedBus> bus = makeBus(SimulatedLatency::Real, hubClock);
-    const Milliseconds wall = timeOneUpdate(*bus, flowClock);
+    const std::string name = flow.name;
+    const Milliseconds wall = timeOne(flow, *bus, flowClock);
     const Milliseconds pauses = flowClock.asked();
     const Milliseconds hub = hubClock.asked();
-    overheads.push_back(
-        {"real time, a hub that takes its time", 1, kTargetMilliseconds, (wall - pauses - hub).count(), 0});
-    parts = {{"fixed pauses", 1, 0, pauses.count(), 0},
-             {"the hub's own time", 1, 0, hub.count(), 0},
-             {"wall time", 1, 0, wall.count(), 0}};
+    parts.push_back({name + ", fixed pauses", 1, 0, pauses.count(), 0});
+    parts.push_back({name + ", the hub's own time", 1, 0, hub.count(), 0});
+    parts.push_back({name + ", wall time", 1, 0, wall.count(), 0});
+    return {name + ", real time, unhurried hub", 1, kTargetMilliseconds, (wall - pauses - hub).count(), 0};
 }
 
 } // namespace
@@ -112,13 +149,14 @@ void onTheWall(std::vector<Row>& overheads, std::vector<Row>& parts)
 int main()
 {
     readToolConfig(VORNADEL_RESOURCES "/config.ini");
-    std::vector<Row> overheads = {
-        onVirtualTime("virtual time, a hub that takes none", SimulatedLatency::None),
-        onVirtualTime("virtual time, a hub that takes its time", SimulatedLatency::Real),
-    };
+    std::vector<Row> overheads;
     std::vector<Row> parts;
-    onTheWall(overheads, parts);
-    bench::printTable("One whole update: wall time less fixed pauses and the hub's own time", "milliseconds",
+    for (const Flow& flow : flows()) {
+        overheads.push_back(onVirtualTime(flow, "instant hub", SimulatedLatency::None));
+        overheads.push_back(onVirtualTime(flow, "unhurried hub", SimulatedLatency::Real));
+        overheads.push_back(onTheWall(flow, parts));
+    }
+    bench::printTable("Whole flows: wall time less fixed pauses and the hub's own time", "milliseconds",
                       overheads);
     bench::printTable("Where the real time went", "milliseconds", parts);
     return 0;
