@@ -5,7 +5,7 @@
 # checks the #include lines against it.
 
 set(VORNADEL_ROOMS
-  platform_api platform_linux diagnosis sim genfun props firmware props_ui hub config flows driver app cli)
+  platform_api platform_linux diagnosis sim genfun props firmware props_ui hub config flows driver app cli virtual_hub)
 
 set(ROOM_FOLDER_platform_api   platform)
 set(ROOM_FOLDER_platform_linux platform/linux)
@@ -21,6 +21,7 @@ set(ROOM_FOLDER_driver         driver)
 set(ROOM_FOLDER_flows          flows)
 set(ROOM_FOLDER_app            app)
 set(ROOM_FOLDER_cli            cli)
+set(ROOM_FOLDER_virtual_hub    virtual_hub)
 
 set(ROOM_MAY_USE_platform_api   )
 set(ROOM_MAY_USE_platform_linux platform_api)
@@ -36,6 +37,7 @@ set(ROOM_MAY_USE_flows          hub firmware platform_api)
 set(ROOM_MAY_USE_driver         hub genfun platform_api)
 set(ROOM_MAY_USE_app            platform_api platform_linux diagnosis sim genfun props props_ui firmware hub config flows driver)
 set(ROOM_MAY_USE_cli            platform_api platform_linux diagnosis sim genfun props firmware hub config flows driver)
+set(ROOM_MAY_USE_virtual_hub    platform_api sim)
 
 # Libraries from outside that a room may use.
 set(ROOM_MAY_USE_OUTSIDE_platform_api   Threads::Threads)
@@ -46,6 +48,7 @@ set(ROOM_MAY_USE_OUTSIDE_props_ui       Qt6::Widgets)
 set(ROOM_MAY_USE_OUTSIDE_config         iniparser::iniparser)
 set(ROOM_MAY_USE_OUTSIDE_app            Qt6::Widgets Threads::Threads CLI11::CLI11)
 set(ROOM_MAY_USE_OUTSIDE_cli            CLI11::CLI11 Threads::Threads)
+set(ROOM_MAY_USE_OUTSIDE_virtual_hub    CLI11::CLI11 Threads::Threads)
 
 # Warnings, sanitizers and the source root as include folder, for every target of ours.
 function(vornadel_target_defaults target)

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "sim/SimulatedHub.h"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace vornadel
+{
+
+/// The virtual ports of the kernel module vhci_hcd, as its files in sysfs show them. Stateless; any thread.
+class VhciPorts
+{
+public:
+    struct Port {
+        unsigned number = 0; ///< as `attach` takes it; counts over all controllers
+        unsigned controller = 0;
+        unsigned place = 0; ///< among the controller's ports of that speed, from 0
+        HubPort speed = HubPort::SuperSpeed;
+        bool free = false;
+    };
+    enum class Attach { Done, Taken, Failed };
+
+    /// `devices` is the folder of the platform devices, /sys/devices/platform on a real system.
+    explicit VhciPorts(std::filesystem::path devices) : m_devices(std::move(devices)) {}
+
+    /// Every port there is, in the order of the numbers. Empty and a sentence in `error` when the module is not there
+    /// or cannot be used.
+    std::vector<Port> list(std::string& error) const;
+
+    /// Puts the device at the other end of `socket` into a port. Taken: another program was faster.
+    Attach attach(const Port& port, int socket, std::uint32_t device, std::string& error) const;
+
+    /// The name that the kernel gives a device in that port, as in "3-1"; empty when the port has no bus.
+    std::string busId(const Port& port) const;
+    bool occupied(const Port& port) const; ///< whether the kernel has a device there, still or already
+
+private:
+    std::filesystem::path m_devices;
+};
+
+} // namespace vornadel

@@ -1,0 +1,144 @@
+#include "platform/StdClock.h"
+#include "virtual_hub/CommandLine.h"
+#include "virtual_hub/Console.h"
+#include "virtual_hub/ServerHost.h"
+#include "virtual_hub/VhciHost.h"
+#include "virtual_hub/VirtualHub.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <iostream>
+#include <memory>
+#include <poll.h>
+#include <string>
+#include <sys/signalfd.h>
+#include <unistd.h>
+#include <vector>
+
+namespace
+{
+
+using namespace vornadel;
+
+/// The signals that end the program in order, as a file. Before any thread starts: threads inherit what is blocked.
+int endingSignals()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction action = {};
+        if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) { // nohup stays nohup
+            sigaddset(&signals, signal);
+        }
+    }
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    return signalfd(-1, &signals, SFD_CLOEXEC);
+}
+
+/// Answers the whole lines in `text` and leaves what is behind the last of them.
+void answerLines(Console& console, std::string& text)
+{
+    constexpr std::size_t kLongestLine = 4096;
+    std::size_t begin = 0;
+    for (std::size_t end = text.find('\n'); end != std::string::npos && !console.quit(); end = text.find('\n', begin)) {
+        std::cout << console.answer(std::string_view(text).substr(begin, end - begin)) << std::endl;
+        begin = end + 1;
+    }
+    text.erase(0, begin);
+    if (text.size() > kLongestLine) {
+        text.clear();
+        std::cout << "error: the line is too long" << std::endl;
+    }
+}
+
+/// Until "quit" or a signal. The end of standard input is no end: the hubs stay.
+void takeCommands(Console& console, int signals)
+{
+    std::string text;
+    std::array<pollfd, 2> events = {{{signals, POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}}};
+    while (!console.quit()) {
+        if (poll(events.data(), events.size(), -1) < 0 && errno != EINTR) {
+            return;
+        }
+        if (events[0].revents != 0) {
+            return;
+        }
+        if (events[1].revents == 0) {
+            continue;
+        }
+        std::array<char, 1024> chunk{};
+        const ssize_t count = read(STDIN_FILENO, chunk.data(), chunk.size());
+        if (count <= 0) {
+            events[1].fd = -1;
+        } else {
+            text.append(chunk.data(), static_cast<std::size_t>(count));
+            answerLines(console, text);
+        }
+    }
+}
+
+int fail(const std::string& reason)
+{
+    std::cerr << "vornadel-virtual-hub: " << reason << '\n';
+    return kCouldNot;
+}
+
+/// The place for the hubs that was asked for; null and a sentence in `error` when it cannot be had.
+std::unique_ptr<HubHost> makeHost(const VirtualHubCommandLine& commandLine, Clock& clock, std::string& error)
+{
+    if (!commandLine.servePort) {
+        return std::make_unique<VhciHost>(VhciPorts("/sys/devices/platform"), clock);
+    }
+    auto server = std::make_unique<ServerHost>(clock);
+    if (!server->listen(*commandLine.servePort, error)) {
+        return nullptr;
+    }
+    std::cout << "port " << server->port() << '\n';
+    return server;
+}
+
+int run(const VirtualHubCommandLine& commandLine)
+{
+    const int signals = endingSignals();
+    StdClock clock;
+    std::string error;
+    const std::unique_ptr<HubHost> host = makeHost(commandLine, clock, error);
+    if (!host) {
+        return fail(error);
+    }
+    const auto complain = [](const std::string& problem) { fail(problem); };
+    std::vector<std::unique_ptr<VirtualHub>> hubs;
+    for (const SimulatedHubOptions& options : commandLine.hubs) {
+        std::shared_ptr<SimulatedHub> hub = SimulatedHub::create(options, clock, error);
+        if (!hub) {
+            return fail(error);
+        }
+        const auto number = static_cast<unsigned>(hubs.size() + 1);
+        hubs.push_back(std::make_unique<VirtualHub>(number, std::move(hub), *host, complain));
+        if (!hubs.back()->start(error)) {
+            return fail(error);
+        }
+    }
+    std::cout << "ready" << std::endl;
+    Console console(hubs);
+    takeCommands(console, signals);
+    return kEndedWell;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        VirtualHubCommandLine commandLine;
+        if (const auto ended = parseVirtualHubCommandLine(argc, argv, commandLine, std::cout, std::cerr)) {
+            return *ended;
+        }
+        return run(commandLine);
+    } catch (const std::exception& problem) { // no memory, no thread to be had
+        return fail(problem.what());
+    }
+}
