@@ -22,13 +22,14 @@ struct VirtualHubCommandLine {
 
 /// Exit statuses of vornadel-virtual-hub.
 inline constexpr int kEndedWell = 0;
-inline constexpr int kCouldNot = 1;  ///< the reason has been printed
+inline constexpr int kCouldNot = 1; ///< the reason has been printed
 inline constexpr int kBadUsage = 2; ///< the command line was not understood
 
 /// Reads the command line. Nothing when there is something to do; otherwise the exit status, after help, the version
 /// or an explanation has been printed.
-std::optional<int> parseVirtualHubCommandLine(int argc, const char* const* argv, VirtualHubCommandLine& commandLine,
-                                              std::ostream& out, std::ostream& err);
+std::optional<int> parseVirtualHubCommandLine(int argc, const char* const* argv,
+                                              VirtualHubCommandLine& commandLine, std::ostream& out,
+                                              std::ostream& err);
 
 /// Whether a virtual hub can have this fault. False and a sentence in `error` for a refused open: on a bus nobody opens
 /// a hub.

@@ -14,7 +14,7 @@ public:
     enum class Step {
         Waits,    ///< what there is holds no whole message
         Answered, ///< one message was dealt with; there may be more
-        Ends      ///< the other side does not keep to the protocol, or has nothing more to ask; after what is in `out`
+        Ends ///< the other side does not keep to the protocol, or has nothing more to ask; after what is in `out`
     };
 
     /// No message is longer.

@@ -22,8 +22,9 @@ bool wouldBlock() { return errno == EAGAIN || errno == EWOULDBLOCK || errno == E
 
 DeviceLink::DeviceLink(int socket, std::unique_ptr<Conversation> conversation, Clock& clock,
                        std::function<void()> ended)
-    : m_socket(socket), m_wakeUp(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), m_conversation(std::move(conversation)),
-      m_clock(clock), m_ended(std::move(ended)), m_thread([this] { run(); })
+    : m_socket(socket), m_wakeUp(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      m_conversation(std::move(conversation)), m_clock(clock), m_ended(std::move(ended)),
+      m_thread([this] { run(); })
 {
 }
 
@@ -104,8 +105,7 @@ bool DeviceLink::converse()
     bool goesOn = true;
     while (goesOn && m_out.empty()) {
         std::size_t taken = 0;
-        const Conversation::Step step =
-            m_conversation->step(ByteView(m_in).subspan(done), taken, m_out);
+        const Conversation::Step step = m_conversation->step(ByteView(m_in).subspan(done), taken, m_out);
         done += taken;
         if (step == Conversation::Step::Waits) {
             break;

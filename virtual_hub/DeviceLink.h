@@ -21,7 +21,8 @@ public:
     static constexpr Clock::Duration kSilence = std::chrono::milliseconds(20);
 
     /// Takes the socket over. `ended` is called on the link's thread, at its end, when the socket is closed.
-    DeviceLink(int socket, std::unique_ptr<Conversation> conversation, Clock& clock, std::function<void()> ended = {});
+    DeviceLink(int socket, std::unique_ptr<Conversation> conversation, Clock& clock,
+               std::function<void()> ended = {});
     DeviceLink(const DeviceLink&) = delete;
     DeviceLink& operator=(const DeviceLink&) = delete;
     ~DeviceLink(); ///< as leave() and join()

@@ -82,7 +82,8 @@ ByteBuffer deviceQualifier()
 ByteBuffer binaryObjectStore(const VirtualDevice& device)
 {
     const std::uint8_t capability = typeByte(DescriptorType::DeviceCapability);
-    ByteBuffer capabilities = {7, capability, 0x02, 0x02, 0, 0, 0}; // USB 2.0 extension: link power management
+    ByteBuffer capabilities = {7, capability, 0x02, 0x02,
+                               0, 0,          0}; // USB 2.0 extension: link power management
     append(capabilities, {10, capability, 0x03, 0});
     putLittle16(capabilities, 0x000E); // full, high and super speed
     capabilities.push_back(1);         // everything works from full speed on
@@ -90,8 +91,8 @@ ByteBuffer binaryObjectStore(const VirtualDevice& device)
     putLittle16(capabilities, 2047);   // microseconds out of U2
     // The Container ID joins the two halves: the same on both, another one on each hub.
     append(capabilities, {20, capability, 0x04, 0});
-    append(capabilities, {0x76, 0x6F, 0x72, 0x6E, 0x61, 0x64, 0x45, 0x4C, 0x80, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
-                          static_cast<std::uint8_t>(device.hub)});
+    append(capabilities, {0x76, 0x6F, 0x72, 0x6E, 0x61, 0x64, 0x45, 0x4C, 0x80, 0x00, 0x00, 0x00, 0x00, 0x00,
+                          0x00, static_cast<std::uint8_t>(device.hub)});
     ByteBuffer bytes = {5, typeByte(DescriptorType::BinaryObjectStore)};
     putLittle16(bytes, static_cast<std::uint32_t>(5 + capabilities.size()));
     bytes.push_back(3);

@@ -70,25 +70,25 @@ constexpr Speeds kNone = static_cast<Speeds>(0);
 constexpr std::uint16_t kPortLinkState = 5;
 constexpr std::uint16_t kPortPower = 8;
 constexpr std::array<PortFeature, 19> kPortFeatures = {{
-    {1, kNone, kHigh},             // enable
-    {2, kHigh, kHigh},             // suspend
-    {4, kBoth, kNone},             // reset: nothing is plugged in that could be
+    {1, kNone, kHigh}, // enable
+    {2, kHigh, kHigh}, // suspend
+    {4, kBoth, kNone}, // reset: nothing is plugged in that could be
     {kPortLinkState, kSuper, kNone},
     {kPortPower, kBoth, kBoth},
-    {16, kNone, kBoth},            // change of connection
-    {17, kNone, kHigh},            // change of enable
-    {18, kNone, kHigh},            // change of suspend
-    {19, kNone, kBoth},            // change of over-current
-    {20, kNone, kBoth},            // change of reset
-    {22, kHigh, kHigh},            // indicator
-    {23, kSuper, kNone},           // U1 time-out
-    {24, kSuper, kNone},           // U2 time-out
-    {25, kNone, kSuper},           // change of link state
-    {26, kNone, kSuper},           // change of configuration error
-    {27, kSuper, kNone},           // remote wake mask
-    {28, kSuper, kNone},           // warm reset
-    {29, kNone, kSuper},           // change of warm reset
-    {30, kSuper, kSuper},          // link power management forced
+    {16, kNone, kBoth},   // change of connection
+    {17, kNone, kHigh},   // change of enable
+    {18, kNone, kHigh},   // change of suspend
+    {19, kNone, kBoth},   // change of over-current
+    {20, kNone, kBoth},   // change of reset
+    {22, kHigh, kHigh},   // indicator
+    {23, kSuper, kNone},  // U1 time-out
+    {24, kSuper, kNone},  // U2 time-out
+    {25, kNone, kSuper},  // change of link state
+    {26, kNone, kSuper},  // change of configuration error
+    {27, kSuper, kNone},  // remote wake mask
+    {28, kSuper, kNone},  // warm reset
+    {29, kNone, kSuper},  // change of warm reset
+    {30, kSuper, kSuper}, // link power management forced
 }};
 
 Speeds speedOf(HubPort half) { return half == HubPort::SuperSpeed ? kSuper : kHigh; }
@@ -142,8 +142,8 @@ TransferResult HubHalf::control(const SetupPacket& setup, ByteView out)
         return vendor(setup, out);
     }
     const auto* row = std::find_if(kRows.begin(), kRows.end(), [&](const RequestRow& candidate) {
-        return candidate.bmRequestType == setup.bmRequestType &&
-               candidate.bRequest == setup.bRequest && includes(candidate.speeds, m_device.half);
+        return candidate.bmRequestType == setup.bmRequestType && candidate.bRequest == setup.bRequest &&
+               includes(candidate.speeds, m_device.half);
     });
     TransferResult result;
     if (row == kRows.end() || !(this->*row->answer)(setup, result.data)) {
@@ -164,14 +164,15 @@ TransferResult HubHalf::vendor(const SetupPacket& setup, ByteView out)
     if (!in) {
         std::copy_n(out.begin(), std::min(out.size(), stage.size()), stage.begin());
     }
-    ControlRequest request = {setup.bmRequestType, setup.bRequest, setup.wValue, setup.wIndex, setup.wLength,
-                              stage.empty() ? nullptr : stage.data()};
+    ControlRequest request = {setup.bmRequestType, setup.bRequest, setup.wValue,
+                              setup.wIndex,        setup.wLength,  stage.empty() ? nullptr : stage.data()};
     const std::uint32_t status = m_device.vendorRequest(request);
     TransferResult result;
     result.moved = std::min<std::uint32_t>(request.transferred, setup.wLength);
     if (status == kSimulatedNoDevice) {
         result.status = kTransferGone;
-    } else if (status != 0 && !(in && status == kSimulatedShort)) { // a short answer to the host is no failure
+    } else if (status != 0 &&
+               !(in && status == kSimulatedShort)) { // a short answer to the host is no failure
         result.status = kTransferStalled;
     }
     if (in && result.status == kTransferDone) {
@@ -218,15 +219,16 @@ bool HubHalf::getEndpointStatus(const SetupPacket& setup, ByteBuffer& reply)
 
 bool HubHalf::changeDeviceFeature(const SetupPacket& setup, ByteBuffer& /*reply*/)
 {
-    const auto* row = std::find_if(kDeviceFeatures.begin(), kDeviceFeatures.end(), [&](const DeviceFeature& known) {
-        return known.feature == setup.wValue && includes(known.speeds, m_device.half);
-    });
+    const auto* row =
+        std::find_if(kDeviceFeatures.begin(), kDeviceFeatures.end(), [&](const DeviceFeature& known) {
+            return known.feature == setup.wValue && includes(known.speeds, m_device.half);
+        });
     if (row == kDeviceFeatures.end()) {
         return false;
     }
-    m_deviceFeatures = static_cast<std::uint16_t>(setup.bRequest == kSetFeature
-                                                      ? m_deviceFeatures | row->statusBit
-                                                      : m_deviceFeatures & ~row->statusBit);
+    m_deviceFeatures =
+        static_cast<std::uint16_t>(setup.bRequest == kSetFeature ? m_deviceFeatures | row->statusBit
+                                                                 : m_deviceFeatures & ~row->statusBit);
     return true;
 }
 

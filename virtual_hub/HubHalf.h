@@ -12,9 +12,9 @@ namespace vornadel
 
 /// Statuses of a transfer, in the numbers of Linux, which USB/IP has on the wire.
 inline constexpr std::int32_t kTransferDone = 0;
-inline constexpr std::int32_t kTransferStalled = -32;  ///< EPIPE
+inline constexpr std::int32_t kTransferStalled = -32;   ///< EPIPE
 inline constexpr std::int32_t kTransferUnlinked = -104; ///< ECONNRESET
-inline constexpr std::int32_t kTransferGone = -108;    ///< ESHUTDOWN: the device has left
+inline constexpr std::int32_t kTransferGone = -108;     ///< ESHUTDOWN: the device has left
 
 /// The eight bytes that a control transfer begins with.
 struct SetupPacket {

@@ -38,9 +38,14 @@ namespace
 class ClientConversation final : public Conversation
 {
 public:
-    explicit ClientConversation(std::unique_ptr<ExportList> list) : m_list(std::move(list)), m_talk(*m_list) {}
+    explicit ClientConversation(std::unique_ptr<ExportList> list) : m_list(std::move(list)), m_talk(*m_list)
+    {
+    }
 
-    Step step(ByteView in, std::size_t& taken, ByteBuffer& out) override { return m_talk.step(in, taken, out); }
+    Step step(ByteView in, std::size_t& taken, ByteBuffer& out) override
+    {
+        return m_talk.step(in, taken, out);
+    }
     void leave(ByteBuffer& out) override { m_talk.leave(out); }
 
 private:

@@ -43,7 +43,8 @@ void writeOperationHeader(ByteBuffer& to, std::uint16_t code, OperationStatus st
 void writeDeviceRecord(ByteBuffer& to, const ExportedDevice& exported)
 {
     const VirtualDevice& device = exported.device;
-    const ByteBuffer descriptor = standardDescriptor(device, static_cast<std::uint8_t>(DescriptorType::Device), 0);
+    const ByteBuffer descriptor =
+        standardDescriptor(device, static_cast<std::uint8_t>(DescriptorType::Device), 0);
     putText(to, "/vornadel-virtual-hub/" + exported.busId, kPathSize);
     putText(to, exported.busId, kBusIdSize);
     putBig32(to, deviceNumber(device) >> 16);
@@ -51,7 +52,7 @@ void writeDeviceRecord(ByteBuffer& to, const ExportedDevice& exported)
     putBig32(to, speedNumber(device.half));
     putBig16(to, device.vendorId);
     putBig16(to, device.productId);
-    putBig16(to, little16(descriptor, 12)); // release
+    putBig16(to, little16(descriptor, 12));                              // release
     to.insert(to.end(), descriptor.begin() + 4, descriptor.begin() + 7); // class, subclass, protocol
     to.insert(to.end(), {0, 1, 1}); // not configured yet; one configuration with one interface
 }

@@ -73,8 +73,9 @@ const VhciPorts::Port* VhciHost::choosePort(const Half& half, const std::vector<
         if (!port.free || port.speed != half.second) {
             continue;
         }
-        const auto owner = std::find_if(m_seats.begin(), m_seats.end(),
-                                        [&](const auto& seat) { return seat.second.port.number == port.number; });
+        const auto owner = std::find_if(m_seats.begin(), m_seats.end(), [&](const auto& seat) {
+            return seat.second.port.number == port.number;
+        });
         const int found = owner == m_seats.end() ? 2 : owner->first == half ? 3 : 1;
         if (found > rank) {
             rank = found;
@@ -113,7 +114,8 @@ bool VhciHost::plugIn(const VirtualDevice& device, VhciPorts::Port& port, std::s
         close(ends[1]);
         return false;
     }
-    m_seats[half] = {port, std::make_shared<DeviceLink>(ends[1], std::make_unique<UrbExchange>(device), m_clock)};
+    m_seats[half] = {port,
+                     std::make_shared<DeviceLink>(ends[1], std::make_unique<UrbExchange>(device), m_clock)};
     return true;
 }
 

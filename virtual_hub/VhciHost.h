@@ -17,7 +17,8 @@ namespace vornadel
 class VhciHost final : public HubHost
 {
 public:
-    VhciHost(VhciPorts ports, Clock& clock) : m_ports(std::move(ports)), m_clock(clock) {}
+    /// The ports and the clock outlive the host.
+    VhciHost(const VhciPorts& ports, Clock& clock) : m_ports(ports), m_clock(clock) {}
 
     /// Returns when the kernel has the device, has not taken notice of it for a few seconds, or the stay is over.
     bool attach(const VirtualDevice& device, std::string& error) override;
@@ -38,7 +39,7 @@ private:
     template <typename Condition>
     void waitUntil(const Condition& condition);
 
-    const VhciPorts m_ports;
+    const VhciPorts& m_ports;
     Clock& m_clock;
     std::mutex m_mutex; // guards what follows, and the time between choosing a port and taking it
     std::map<Half, Seat> m_seats;

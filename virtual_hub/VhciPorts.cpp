@@ -65,14 +65,15 @@ std::vector<VhciPorts::Port> VhciPorts::list(std::string& error) const
     }
     if (ports.empty()) {
         error = "the kernel module vhci_hcd is not loaded; \"sudo modprobe vhci-hcd\" loads it";
-    } else if (access((folder / "attach").c_str(), W_OK) != 0) {
+    } else if (faccessat(AT_FDCWD, (folder / "attach").c_str(), W_OK, AT_EACCESS) != 0) {
         error = "no right to attach virtual devices; only root may, so run the program with sudo";
         ports.clear();
     }
     return ports;
 }
 
-VhciPorts::Attach VhciPorts::attach(const Port& port, int socket, std::uint32_t device, std::string& error) const
+VhciPorts::Attach VhciPorts::attach(const Port& port, int socket, std::uint32_t device,
+                                    std::string& error) const
 {
     const std::string text = std::to_string(port.number) + ' ' + std::to_string(socket) + ' ' +
                              std::to_string(device) + ' ' + std::to_string(speedNumber(port.speed));
@@ -110,9 +111,10 @@ bool VhciPorts::occupied(const Port& port) const
 {
     const std::string id = busId(port);
     std::error_code none;
-    return !id.empty() && std::filesystem::exists(m_devices / ("vhci_hcd." + std::to_string(port.controller)) /
-                                                      ("usb" + id.substr(0, id.find('-'))) / id,
-                                                  none);
+    return !id.empty() &&
+           std::filesystem::exists(m_devices / ("vhci_hcd." + std::to_string(port.controller)) /
+                                       ("usb" + id.substr(0, id.find('-'))) / id,
+                                   none);
 }
 
 } // namespace vornadel

@@ -2,8 +2,10 @@
 
 #include "sim/SimulatedHub.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vornadel
@@ -24,13 +26,17 @@ public:
 
     /// `devices` is the folder of the platform devices, /sys/devices/platform on a real system.
     explicit VhciPorts(std::filesystem::path devices) : m_devices(std::move(devices)) {}
+    VhciPorts(const VhciPorts&) = delete;
+    VhciPorts& operator=(const VhciPorts&) = delete;
+    virtual ~VhciPorts() = default;
 
     /// Every port there is, in the order of the numbers. Empty and a sentence in `error` when the module is not there
     /// or cannot be used.
     std::vector<Port> list(std::string& error) const;
 
-    /// Puts the device at the other end of `socket` into a port. Taken: another program was faster.
-    Attach attach(const Port& port, int socket, std::uint32_t device, std::string& error) const;
+    /// Puts the device at the other end of `socket` into a port; the kernel takes a reference of its own. Taken: another
+    /// program was faster.
+    virtual Attach attach(const Port& port, int socket, std::uint32_t device, std::string& error) const;
 
     /// The name that the kernel gives a device in that port, as in "3-1"; empty when the port has no bus.
     std::string busId(const Port& port) const;

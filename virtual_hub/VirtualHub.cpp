@@ -119,9 +119,13 @@ bool VirtualHub::attach(const AttachedPort& port, std::string& error)
         return true;
     }
     m_hub->open(port); // a flash that somebody else has now is tried again at the next request
-    const VirtualDevice device = {m_number, port.port, port.vendorId, port.productId,
-                                  [this, port](ControlRequest& request) { return vendorRequest(port, request); },
-                                  [this, port] { return stays(port); }};
+    const VirtualDevice device = {
+        m_number,
+        port.port,
+        port.vendorId,
+        port.productId,
+        [this, port](ControlRequest& request) { return vendorRequest(port, request); },
+        [this, port] { return stays(port); }};
     if (!m_host.attach(device, error)) {
         return false;
     }

@@ -49,7 +49,8 @@ private:
     const std::shared_ptr<SimulatedHub> m_hub;
     HubHost& m_host;
     const std::function<void(const std::string&)> m_complain;
-    std::array<std::uint64_t, kHubPortCount> m_stays{}; // the stay for which a half is on the bus; 0: it is not
+    std::array<std::uint64_t, kHubPortCount>
+        m_stays{}; // the stay for which a half is on the bus; 0: it is not
 
     std::mutex m_mutex; // guards what follows
     std::condition_variable m_changed;

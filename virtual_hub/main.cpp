@@ -43,7 +43,8 @@ void answerLines(Console& console, std::string& text)
 {
     constexpr std::size_t kLongestLine = 4096;
     std::size_t begin = 0;
-    for (std::size_t end = text.find('\n'); end != std::string::npos && !console.quit(); end = text.find('\n', begin)) {
+    for (std::size_t end = text.find('\n'); end != std::string::npos && !console.quit();
+         end = text.find('\n', begin)) {
         std::cout << console.answer(std::string_view(text).substr(begin, end - begin)) << std::endl;
         begin = end + 1;
     }
@@ -87,10 +88,11 @@ int fail(const std::string& reason)
 }
 
 /// The place for the hubs that was asked for; null and a sentence in `error` when it cannot be had.
-std::unique_ptr<HubHost> makeHost(const VirtualHubCommandLine& commandLine, Clock& clock, std::string& error)
+std::unique_ptr<HubHost> makeHost(const VirtualHubCommandLine& commandLine, const VhciPorts& ports,
+                                  Clock& clock, std::string& error)
 {
     if (!commandLine.servePort) {
-        return std::make_unique<VhciHost>(VhciPorts("/sys/devices/platform"), clock);
+        return std::make_unique<VhciHost>(ports, clock);
     }
     auto server = std::make_unique<ServerHost>(clock);
     if (!server->listen(*commandLine.servePort, error)) {
@@ -103,9 +105,10 @@ std::unique_ptr<HubHost> makeHost(const VirtualHubCommandLine& commandLine, Cloc
 int run(const VirtualHubCommandLine& commandLine)
 {
     const int signals = endingSignals();
+    const VhciPorts ports("/sys/devices/platform");
     StdClock clock;
     std::string error;
-    const std::unique_ptr<HubHost> host = makeHost(commandLine, clock, error);
+    const std::unique_ptr<HubHost> host = makeHost(commandLine, ports, clock, error);
     if (!host) {
         return fail(error);
     }

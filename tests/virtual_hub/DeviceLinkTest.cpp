@@ -1,0 +1,131 @@
+#include "virtual_hub/DeviceLink.h"
+
+#include "tests/support/VirtualClock.h"
+#include "tests/virtual_hub/Frames.h"
+#include "tests/virtual_hub/HalfBench.h"
+#include "tests/virtual_hub/Peer.h"
+#include "virtual_hub/UrbExchange.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <atomic>
+#include <sys/socket.h>
+
+namespace vornadel::test
+{
+namespace
+{
+
+using namespace std::chrono_literals;
+using testing::Contains;
+using testing::Each;
+
+/// A SuperSpeed half at one end of a pair of sockets, the test at the other.
+class DeviceLinkTest : public testing::Test
+{
+protected:
+    DeviceLinkTest() : DeviceLinkTest(pair()) {}
+
+    VirtualClock m_clock;
+    Peer m_peer;
+    std::atomic<int> m_ended = 0;
+    DeviceLink m_link;
+
+private:
+    static std::array<int, 2> pair()
+    {
+        std::array<int, 2> ends{};
+        EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
+        return ends;
+    }
+    explicit DeviceLinkTest(std::array<int, 2> ends)
+        : m_peer(ends[0]), m_link(ends[1], std::make_unique<UrbExchange>(someDevice(HubPort::SuperSpeed)),
+                                  m_clock, [this] { ++m_ended; })
+    {
+    }
+};
+
+TEST_F(DeviceLinkTest, AnswersTransfers)
+{
+    m_peer.send(frame({1, 1, 0, 1, {0x80, 8, 0, 0, 0, 0, 1, 0}}));
+    EXPECT_EQ(m_peer.receive(49), answer(1, 0, 1, {0}));
+}
+
+TEST_F(DeviceLinkTest, AnswersManyAtOnceAndInPieces)
+{
+    Bytes many;
+    Bytes answers;
+    for (std::uint32_t sequence = 1; sequence <= 500; ++sequence) {
+        many = many + frame({sequence, 1, 0, 1, {0x80, 8, 0, 0, 0, 0, 1, 0}});
+        answers = answers + answer(sequence, 0, 1, {0});
+    }
+    m_peer.send({many.begin(), many.begin() + 1000});
+    m_peer.send({many.begin() + 1000, many.begin() + 1001});
+    m_peer.send({many.begin() + 1001, many.end()});
+    EXPECT_EQ(m_peer.receive(answers.size()), answers);
+}
+
+TEST_F(DeviceLinkTest, AnswersWithAnErrorBeforeItHangsUp)
+{
+    m_peer.send(frame(statusRequest(1)));
+    m_peer.send(frame({2, 1, 0, 1, {0x80, 8, 0, 0, 0, 0, 1, 0}}));
+    EXPECT_EQ(m_peer.receive(49), answer(2, 0, 1, {0}));
+    m_link.leave();
+    EXPECT_EQ(m_peer.receive(48), answer(1, -108, 0));
+    EXPECT_TRUE(m_peer.hasEnded());
+    m_link.join();
+    EXPECT_EQ(m_ended, 1);
+}
+
+TEST_F(DeviceLinkTest, HangsUpOnlyAfterASilence)
+{
+    int sleeps = 0;
+    m_clock.onSleep = [&](Clock::Duration) { // on the link's thread, while it listens for a last word
+        if (++sleeps <= 3) {
+            m_peer.send(frame(statusRequest(static_cast<std::uint32_t>(sleeps))));
+        }
+    };
+    m_link.leave();
+    m_link.join();
+    EXPECT_EQ(m_peer.receive(3 * 48), answer(1, -108, 0) + answer(2, -108, 0) + answer(3, -108, 0));
+    EXPECT_TRUE(m_peer.hasEnded());
+    EXPECT_EQ(sleeps, 4);
+    EXPECT_THAT(m_clock.pauses(), Each(Clock::Duration(20ms)));
+}
+
+TEST_F(DeviceLinkTest, HangsUpOnWhoNeverFallsSilent)
+{
+    m_clock.onSleep = [&](Clock::Duration) { m_peer.send(frame(statusRequest(1))); };
+    m_link.leave();
+    m_link.join();
+    EXPECT_LE(m_clock.now(), Clock::Duration(1s));
+}
+
+TEST_F(DeviceLinkTest, HangsUpOnWhoNeverListens)
+{
+    m_peer.sendUntilFull(frame({1, 1, 0, 18, {0x80, 6, 0, 1, 0, 0, 18, 0}}));
+    m_link.leave();
+    m_link.join();
+    EXPECT_LE(m_clock.now(), Clock::Duration(1s));
+}
+
+TEST_F(DeviceLinkTest, HangsUpOnWhoBreaksTheProtocol)
+{
+    m_peer.send(Bytes(48));
+    EXPECT_TRUE(m_peer.hasEnded());
+    m_link.join();
+    EXPECT_EQ(m_ended, 1);
+}
+
+TEST_F(DeviceLinkTest, EndsWhenTheOtherSideHangsUp)
+{
+    m_peer.hangUp();
+    m_link.join();
+    EXPECT_EQ(m_ended, 1);
+    m_link.leave(); // too late, and harmless
+}
+
+} // namespace
+} // namespace vornadel::test

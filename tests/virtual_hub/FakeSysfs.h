@@ -1,0 +1,94 @@
+#pragma once
+
+#include "virtual_hub/VhciPorts.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iomanip>
+#include <iterator>
+#include <map>
+#include <string>
+
+namespace vornadel::test
+{
+
+/// The files of vhci_hcd for two controllers with three ports of each speed, in a folder of the test's own. Bus 1 and
+/// 3 are the high-speed ones, 2 and 4 the SuperSpeed ones.
+class FakeSysfs
+{
+public:
+    static constexpr unsigned kControllers = 2;
+    static constexpr unsigned kPortsOfASpeed = 3;
+
+    FakeSysfs()
+    {
+        std::string name = (std::filesystem::temp_directory_path() / "vornadel-vhci-test-XXXXXX").string();
+        m_root = ::mkdtemp(name.data()) != nullptr ? name : std::string();
+        for (unsigned bus = 1; bus <= 2 * kControllers; ++bus) {
+            std::filesystem::create_directories(busFolder(bus));
+            std::ofstream(busFolder(bus) / "speed") << (bus % 2 == 0 ? "5000\n" : "480\n");
+        }
+        std::ofstream(m_root / "vhci_hcd.0/attach").flush();
+        writeStatus();
+    }
+    FakeSysfs(const FakeSysfs&) = delete;
+    FakeSysfs& operator=(const FakeSysfs&) = delete;
+    ~FakeSysfs()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_root, ignored);
+    }
+
+    const std::filesystem::path& root() const { return m_root; }
+
+    /// As `sta` has it: 4 is free, 6 in use.
+    void setState(unsigned port, unsigned state)
+    {
+        m_states[port] = state;
+        writeStatus();
+    }
+    /// The kernel shows a device in its port, as in ("2-1"), or no longer.
+    void show(const std::string& busId) const { std::filesystem::create_directory(deviceFolder(busId)); }
+    void hide(const std::string& busId) const { std::filesystem::remove(deviceFolder(busId)); }
+    bool shows(const std::string& busId) const { return std::filesystem::exists(deviceFolder(busId)); }
+
+    std::string attached() const
+    {
+        std::ifstream file(m_root / "vhci_hcd.0/attach");
+        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    }
+
+private:
+    std::filesystem::path busFolder(unsigned bus) const
+    {
+        return m_root / ("vhci_hcd." + std::to_string((bus - 1) / 2)) / ("usb" + std::to_string(bus));
+    }
+    std::filesystem::path deviceFolder(const std::string& busId) const
+    {
+        return busFolder(static_cast<unsigned>(std::stoi(busId))) / busId;
+    }
+    void writeStatus()
+    {
+        unsigned port = 0;
+        for (unsigned controller = 0; controller < kControllers; ++controller) {
+            std::ofstream file(
+                m_root /
+                ("vhci_hcd.0/status" + (controller == 0 ? std::string() : "." + std::to_string(controller))));
+            file << "hub port sta spd dev      sockfd local_busid\n";
+            for (const char* const speed : {"hs", "ss"}) {
+                for (unsigned place = 0; place < kPortsOfASpeed; ++place, ++port) {
+                    const unsigned state = m_states.count(port) != 0 ? m_states[port] : 4;
+                    file << speed << "  " << std::setfill('0') << std::setw(4) << port << ' ' << std::setw(3)
+                         << state << " 000 00000000 000000 0-0\n";
+                }
+            }
+        }
+    }
+
+    std::filesystem::path m_root;
+    std::map<unsigned, unsigned> m_states;
+};
+
+} // namespace vornadel::test

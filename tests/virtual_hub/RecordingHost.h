@@ -1,0 +1,82 @@
+#pragma once
+
+#include "virtual_hub/HubHost.h"
+
+#include <map>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace vornadel::test
+{
+
+/// A bus on which everything succeeds at once; it keeps what it was told.
+class RecordingHost final : public HubHost
+{
+public:
+    bool attach(const VirtualDevice& device, std::string& error) override
+    {
+        const std::lock_guard lock(m_mutex);
+        if (!m_refusal.empty()) {
+            error = m_refusal;
+            return false;
+        }
+        m_told.push_back("attach " + name(device.half));
+        m_devices[device.half] = device;
+        return true;
+    }
+    void beginDetach(unsigned /*hub*/, HubPort half) override
+    {
+        const std::lock_guard lock(m_mutex);
+        m_told.push_back("begin " + name(half));
+    }
+    void finishDetach(unsigned /*hub*/, HubPort half) override
+    {
+        const std::lock_guard lock(m_mutex);
+        m_told.push_back("finish " + name(half));
+        m_devices.erase(half);
+    }
+    std::string busId(unsigned hub, HubPort half) override
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_devices.count(half) == 0 ? "" : name(half) + std::to_string(hub);
+    }
+
+    VirtualDevice device(HubPort half)
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_devices.at(half);
+    }
+    /// What is on the bus, "super" before "high".
+    std::vector<std::string> attached()
+    {
+        const std::lock_guard lock(m_mutex);
+        std::vector<std::string> names;
+        for (const auto& [half, device] : m_devices) {
+            names.push_back(name(half));
+        }
+        return names;
+    }
+    /// Everything since the last call, in order.
+    std::vector<std::string> told()
+    {
+        const std::lock_guard lock(m_mutex);
+        return std::exchange(m_told, {});
+    }
+    /// From now on an attach fails, for this reason.
+    void refuse(const std::string& reason)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_refusal = reason;
+    }
+
+private:
+    static std::string name(HubPort half) { return half == HubPort::SuperSpeed ? "super" : "high"; }
+
+    std::mutex m_mutex;
+    std::map<HubPort, VirtualDevice> m_devices;
+    std::vector<std::string> m_told;
+    std::string m_refusal;
+};
+
+} // namespace vornadel::test

@@ -1,0 +1,183 @@
+// The server on a real socket of the loopback interface.
+
+#include "virtual_hub/ServerHost.h"
+
+#include "tests/support/VirtualClock.h"
+#include "tests/virtual_hub/Frames.h"
+#include "tests/virtual_hub/HalfBench.h"
+#include "tests/virtual_hub/Peer.h"
+
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vornadel::test
+{
+namespace
+{
+
+using testing::HasSubstr;
+
+class ServerHostTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        std::string error;
+        ASSERT_TRUE(m_host.listen(0, error)) << error;
+        ASSERT_NE(m_host.port(), 0);
+    }
+    void attach(HubPort half)
+    {
+        std::string error;
+        ASSERT_TRUE(m_host.attach(someDevice(half), error)) << error;
+    }
+    void detach(HubPort half)
+    {
+        m_host.beginDetach(3, half);
+        m_host.finishDetach(3, half);
+    }
+    std::unique_ptr<Peer> client() const { return std::make_unique<Peer>(Peer::connectTo(m_host.port())); }
+    /// How many devices a new client sees; the list must be whole and the end of the connection.
+    std::uint32_t listed() const
+    {
+        const std::unique_ptr<Peer> asking = client();
+        asking->send(listFrame());
+        const Bytes head = asking->receive(12);
+        EXPECT_EQ(head.size(), 12U);
+        const std::uint32_t count = wordAt(head, 8);
+        EXPECT_EQ(asking->receive(count * 316).size(), count * 316);
+        EXPECT_TRUE(asking->hasEnded());
+        return count;
+    }
+    /// The status word of the answer to an import.
+    static std::uint32_t import(const Peer& peer, const std::string& busId)
+    {
+        peer.send(importFrame(busId));
+        const std::uint32_t status = wordAt(peer.receive(8), 4);
+        if (status == 0) {
+            EXPECT_EQ(peer.receive(312).size(), 312U);
+        }
+        return status;
+    }
+
+    VirtualClock m_clock;
+    ServerHost m_host{m_clock};
+};
+
+TEST_F(ServerHostTest, ListsWhatIsOnTheBusNow)
+{
+    EXPECT_EQ(listed(), 0U);
+    attach(HubPort::SuperSpeed);
+    attach(HubPort::HighSpeed);
+    EXPECT_EQ(listed(), 2U);
+    EXPECT_EQ(m_host.busId(3, HubPort::SuperSpeed), "2-3");
+    EXPECT_EQ(m_host.busId(3, HubPort::HighSpeed), "1-3");
+    detach(HubPort::SuperSpeed);
+    EXPECT_EQ(listed(), 1U);
+    EXPECT_EQ(m_host.busId(3, HubPort::SuperSpeed), "");
+}
+
+TEST_F(ServerHostTest, CarriesTransfersOfAnImportedDevice)
+{
+    attach(HubPort::SuperSpeed);
+    const std::unique_ptr<Peer> user = client();
+    ASSERT_EQ(import(*user, "2-3"), 0U);
+    user->send(frame({1, 1, 0, 1, {0x80, 8, 0, 0, 0, 0, 1, 0}}));
+    EXPECT_EQ(user->receive(49), answer(1, 0, 1, {0}));
+}
+
+TEST_F(ServerHostTest, GivesADeviceToOneClientAtATime)
+{
+    attach(HubPort::SuperSpeed);
+    const std::unique_ptr<Peer> first = client();
+    ASSERT_EQ(import(*first, "2-3"), 0U);
+    EXPECT_EQ(import(*client(), "2-3"), 2U);
+    EXPECT_EQ(import(*client(), "1-3"), 4U); // not there
+    EXPECT_EQ(listed(), 1U);
+}
+
+TEST_F(ServerHostTest, TakesADeviceBackFromAClientThatHangsUp)
+{
+    attach(HubPort::SuperSpeed);
+    const std::unique_ptr<Peer> first = client();
+    ASSERT_EQ(import(*first, "2-3"), 0U);
+    first->send(word(0) +
+                Bytes(44)); // breaks the protocol, so that the server hangs up and the test knows when
+    EXPECT_TRUE(first->hasEnded());
+    std::uint32_t status = 2;
+    for (int tried = 0; tried < 1000 && status == 2; ++tried) { // the end is noted just after it is seen
+        status = import(*client(), "2-3");
+    }
+    EXPECT_EQ(status, 0U);
+}
+
+TEST_F(ServerHostTest, HangsUpOnTheClientWhoseDeviceLeaves)
+{
+    attach(HubPort::SuperSpeed);
+    attach(HubPort::HighSpeed);
+    const std::unique_ptr<Peer> leaving = client();
+    ASSERT_EQ(import(*leaving, "2-3"), 0U);
+    leaving->send(frame(statusRequest(7)));
+    leaving->send(frame({8, 1, 0, 1, {0x80, 8, 0, 0, 0, 0, 1, 0}}));
+    EXPECT_EQ(leaving->receive(49), answer(8, 0, 1, {0}));
+    detach(HubPort::SuperSpeed);
+    EXPECT_EQ(leaving->receive(48), answer(7, -108, 0));
+    EXPECT_TRUE(leaving->hasEnded());
+    attach(HubPort::SuperSpeed);
+    EXPECT_EQ(import(*client(), "2-3"), 0U);
+    EXPECT_EQ(import(*client(), "1-3"), 0U);
+}
+
+TEST_F(ServerHostTest, ForgetsNothingWhenADeviceComesBackAtOnce)
+{
+    attach(HubPort::SuperSpeed);
+    const std::unique_ptr<Peer> before = client();
+    ASSERT_EQ(import(*before, "2-3"), 0U);
+    m_host.beginDetach(3, HubPort::SuperSpeed);
+    attach(HubPort::SuperSpeed);
+    const std::unique_ptr<Peer> after = client();
+    ASSERT_EQ(import(*after, "2-3"), 0U);
+    m_host.finishDetach(3, HubPort::SuperSpeed); // the end of the earlier client frees nothing
+    EXPECT_EQ(import(*client(), "2-3"), 2U);
+}
+
+TEST_F(ServerHostTest, ClosesConnectionsBeyondItsMost)
+{
+    attach(HubPort::SuperSpeed);
+    std::vector<std::unique_ptr<Peer>> idle;
+    for (std::size_t number = 0; number < ServerHost::kMostConnections; ++number) {
+        idle.push_back(client());
+    }
+    ASSERT_EQ(import(*idle.back(), "2-3"), 0U); // all of them have been let in
+    EXPECT_TRUE(client()->hasEnded());
+    idle[0]->send(listFrame());
+    EXPECT_EQ(idle[0]->receive(12).size(), 12U);
+}
+
+TEST_F(ServerHostTest, HangsUpOnEverybodyAtTheEnd)
+{
+    auto host = std::make_unique<ServerHost>(m_clock);
+    std::string error;
+    ASSERT_TRUE(host->listen(0, error)) << error;
+    ASSERT_TRUE(host->attach(someDevice(HubPort::SuperSpeed), error));
+    const Peer idle(Peer::connectTo(host->port()));
+    const Peer user(Peer::connectTo(host->port()));
+    ASSERT_EQ(import(user, "2-3"), 0U);
+    host.reset();
+    EXPECT_TRUE(idle.hasEnded());
+    EXPECT_TRUE(user.hasEnded());
+}
+
+TEST_F(ServerHostTest, SaysWhenThePortIsTaken)
+{
+    ServerHost second(m_clock);
+    std::string error;
+    EXPECT_FALSE(second.listen(m_host.port(), error));
+    EXPECT_THAT(error, HasSubstr("port " + std::to_string(m_host.port()) + " of 127.0.0.1"));
+}
+
+} // namespace
+} // namespace vornadel::test

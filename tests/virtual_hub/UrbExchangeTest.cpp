@@ -1,0 +1,164 @@
+#include "virtual_hub/UrbExchange.h"
+
+#include "tests/virtual_hub/Frames.h"
+#include "tests/virtual_hub/HalfBench.h"
+
+#include <gmock/gmock.h>
+
+namespace vornadel::test
+{
+namespace
+{
+
+using Step = Conversation::Step;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+const Bytes kDescriptor = {18, 1, 0x00, 0x03, 9, 0, 3, 9, 0x2B, 0x1A, 0x4D, 0x3C, 0x00, 0x01, 1, 2, 3, 1};
+
+class Exchange : public testing::Test
+{
+protected:
+    /// Hands over bytes that hold one whole message and returns the answer.
+    Bytes tell(const Bytes& in)
+    {
+        Bytes out;
+        std::size_t taken = 0;
+        EXPECT_EQ(m_exchange.step(in, taken, out), Step::Answered);
+        EXPECT_EQ(taken, in.size());
+        return out;
+    }
+    Bytes tell(const Submit& submit) { return tell(frame(submit)); }
+    void expectEnd(const Bytes& in)
+    {
+        Bytes out;
+        std::size_t taken = 0;
+        EXPECT_EQ(m_exchange.step(in, taken, out), Step::Ends);
+        EXPECT_THAT(out, IsEmpty());
+    }
+
+    UrbExchange m_exchange{someDevice(HubPort::SuperSpeed)};
+};
+
+TEST_F(Exchange, AnswersATransferTowardsTheHost)
+{
+    EXPECT_EQ(tell(deviceDescriptorRequest(7)), answer(7, 0, 18, kDescriptor));
+    EXPECT_EQ(tell(deviceDescriptorRequest(8, 8)),
+              answer(8, 0, 8, {kDescriptor.begin(), kDescriptor.begin() + 8}));
+}
+
+TEST_F(Exchange, AnswersATransferTowardsTheDevice)
+{
+    EXPECT_EQ(tell(Submit{9, 0, 0, 6, {0x00, 48, 0, 0, 0, 0, 6, 0}, Bytes(6)}), answer(9, 0, 6));
+    EXPECT_EQ(tell(Submit{10, 0, 0, 0, {0x00, 9, 1, 0, 0, 0, 0, 0}}), answer(10, 0, 0));
+}
+
+TEST_F(Exchange, AnswersARefusalWithAStall)
+{
+    EXPECT_EQ(tell(Submit{11, 1, 0, 4, {0x80, 0x77, 0, 0, 0, 0, 4, 0}}), answer(11, -32, 0));
+    EXPECT_EQ(tell(Submit{12, 1, 2, 4}), answer(12, -32, 0)); // endpoints that it does not have
+    EXPECT_EQ(tell(Submit{13, 0, 1, 0}), answer(13, -32, 0));
+}
+
+TEST_F(Exchange, NeverSendsMoreThanTheHostHasRoomFor)
+{
+    Submit request = deviceDescriptorRequest(14);
+    request.length = 5;
+    EXPECT_EQ(tell(request), answer(14, 0, 5, {kDescriptor.begin(), kDescriptor.begin() + 5}));
+}
+
+TEST_F(Exchange, RefusesASetupPacketThatContradictsTheTransfer)
+{
+    EXPECT_EQ(tell(Submit{15, 0, 0, 18, {0x80, 6, 0, 1, 0, 0, 18, 0}, Bytes(18)}), answer(15, -32, 0));
+    EXPECT_EQ(tell(Submit{16, 1, 0, 6, {0x00, 48, 0, 0, 0, 0, 6, 0}}), answer(16, -32, 0));
+    EXPECT_EQ(tell(Submit{17, 0, 0, 3, {0x00, 48, 0, 0, 0, 0, 6, 0}, Bytes(3)}), answer(17, -32, 0));
+}
+
+TEST_F(Exchange, KeepsATransferOnTheStatusEndpointPending)
+{
+    EXPECT_THAT(tell(statusRequest(20)), IsEmpty());
+    EXPECT_EQ(tell(unlinkFrame(21, 20)), unlinkAnswer(21, -104));
+    EXPECT_EQ(tell(unlinkFrame(22, 20)), unlinkAnswer(22, 0)); // there is nothing left to call off
+}
+
+TEST_F(Exchange, AnswersAnUnlinkOfWhatIsDoneOrUnknown)
+{
+    tell(deviceDescriptorRequest(30));
+    EXPECT_EQ(tell(unlinkFrame(31, 30)), unlinkAnswer(31, 0));
+    EXPECT_EQ(tell(unlinkFrame(32, 999)), unlinkAnswer(32, 0));
+}
+
+TEST_F(Exchange, RefusesTransfersOnAHaltedEndpoint)
+{
+    tell(Submit{1, 0, 0, 0, {0x00, 9, 1, 0, 0, 0, 0, 0}});
+    tell(Submit{2, 0, 0, 0, {0x02, 3, 0, 0, 0x81, 0, 0, 0}});
+    EXPECT_EQ(tell(statusRequest(3)), answer(3, -32, 0));
+    tell(Submit{4, 0, 0, 0, {0x02, 1, 0, 0, 0x81, 0, 0, 0}});
+    EXPECT_THAT(tell(statusRequest(5)), IsEmpty());
+}
+
+TEST_F(Exchange, RefusesToKeepEndlesslyMany)
+{
+    for (std::uint32_t sequence = 1; sequence <= 64; ++sequence) {
+        EXPECT_THAT(tell(statusRequest(sequence)), IsEmpty());
+    }
+    EXPECT_EQ(tell(statusRequest(65)), answer(65, -32, 0));
+}
+
+TEST_F(Exchange, AnswersWhatIsPendingAndWhatComesWhenTheDeviceLeaves)
+{
+    tell(statusRequest(40));
+    tell(statusRequest(41));
+    Bytes out;
+    m_exchange.leave(out);
+    EXPECT_EQ(out, answer(40, -108, 0) + answer(41, -108, 0));
+    EXPECT_EQ(tell(deviceDescriptorRequest(42)), answer(42, -108, 0));
+    EXPECT_EQ(tell(statusRequest(43)), answer(43, -108, 0));
+    EXPECT_EQ(tell(unlinkFrame(44, 40)), unlinkAnswer(44, 0));
+}
+
+TEST_F(Exchange, WaitsForTheWholeOfAMessage)
+{
+    const Bytes whole = frame(Submit{9, 0, 0, 6, {0x00, 48, 0, 0, 0, 0, 6, 0}, Bytes(6)});
+    Bytes out;
+    std::size_t taken = 99;
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        EXPECT_EQ(m_exchange.step(ByteView(whole).first(size), taken, out), Step::Waits) << size;
+        EXPECT_EQ(taken, 0U);
+    }
+    EXPECT_EQ(m_exchange.step(whole, taken, out), Step::Answered);
+    EXPECT_EQ(out, answer(9, 0, 6));
+}
+
+TEST_F(Exchange, TakesOneMessageAtATime)
+{
+    const Bytes first = frame(deviceDescriptorRequest(1));
+    const Bytes both = first + frame(deviceDescriptorRequest(2));
+    Bytes out;
+    std::size_t taken = 0;
+    EXPECT_EQ(m_exchange.step(both, taken, out), Step::Answered);
+    EXPECT_EQ(taken, first.size());
+    EXPECT_EQ(out, answer(1, 0, 18, kDescriptor));
+}
+
+TEST_F(Exchange, EndsWithWhoDoesNotKeepToTheProtocol)
+{
+    expectEnd(Bytes(48));                       // command 0
+    expectEnd(word(3) + Bytes(44));             // an answer
+    expectEnd(frame(Submit{1, 2, 0, 0}));       // a third direction
+    expectEnd(frame(Submit{1, 1, 16, 0}));      // a 17th endpoint
+    expectEnd(frame(Submit{1, 0, 0, 0x10000})); // more than a control transfer can carry
+    expectEnd(frame(Submit{1, 0, 1, 0xFFFFFFFF}));
+    expectEnd(frame(Submit{1, 1, 1, 2, Bytes(8), {}, 1}));             // isochronous
+    expectEnd(frame(Submit{1, 1, 0, 0, Bytes(8), {}, 0, 0x00010001})); // another device
+}
+
+TEST_F(Exchange, TakesBothWaysToSayNotIsochronous)
+{
+    Submit request = deviceDescriptorRequest(1);
+    request.packets = 0xFFFFFFFF;
+    EXPECT_EQ(tell(request), answer(1, 0, 18, kDescriptor));
+}
+
+} // namespace
+} // namespace vornadel::test

@@ -1,0 +1,204 @@
+#include "virtual_hub/VhciHost.h"
+
+#include "tests/support/VirtualClock.h"
+#include "tests/virtual_hub/FakeSysfs.h"
+#include "tests/virtual_hub/Frames.h"
+#include "tests/virtual_hub/HalfBench.h"
+#include "tests/virtual_hub/Peer.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace vornadel::test
+{
+namespace
+{
+
+using namespace std::chrono_literals;
+using testing::HasSubstr;
+
+/// A kernel that takes sockets over and shows a device in sysfs until the socket is closed at the other end.
+class FakeKernel final : public VhciPorts
+{
+public:
+    explicit FakeKernel(FakeSysfs& sysfs) : VhciPorts(sysfs.root()), m_sysfs(sysfs) {}
+
+    Attach attach(const Port& port, int socket, std::uint32_t device, std::string& error) const override
+    {
+        if (refusal) {
+            error = "refused";
+            m_sysfs.setState(port.number, 6);
+            return *refusal;
+        }
+        m_sysfs.setState(port.number, 6);
+        if (notices) {
+            m_sysfs.show(busId(port));
+        }
+        sockets[port.number] = std::make_unique<Peer>(dup(socket));
+        devices[port.number] = device;
+        return Attach::Done;
+    }
+
+    /// A device that has hung up leaves.
+    void look() const
+    {
+        for (auto each = sockets.begin(); each != sockets.end();) {
+            if (each->second->isOver()) {
+                std::string unused;
+                m_sysfs.hide(busId(list(unused)[each->first]));
+                m_sysfs.setState(each->first, 4);
+                each = sockets.erase(each);
+            } else {
+                ++each;
+            }
+        }
+    }
+
+    std::optional<Attach> refusal;
+    bool notices = true; ///< whether an attached device shows up
+    mutable std::map<unsigned, std::unique_ptr<Peer>> sockets;
+    mutable std::map<unsigned, std::uint32_t> devices;
+
+private:
+    FakeSysfs& m_sysfs;
+};
+
+class VhciHostTest : public testing::Test
+{
+protected:
+    bool attach(unsigned hub, HubPort half)
+    {
+        VirtualDevice device = someDevice(half);
+        device.hub = hub;
+        device.present = [this] { return m_present.load(); };
+        return m_host.attach(device, m_error);
+    }
+    void detach(unsigned hub, HubPort half)
+    {
+        m_host.beginDetach(hub, half);
+        m_host.finishDetach(hub, half);
+    }
+
+    FakeSysfs m_sysfs;
+    FakeKernel m_kernel{m_sysfs};
+    VirtualClock m_clock;
+    VhciHost m_host{m_kernel, m_clock};
+    std::string m_error;
+    std::atomic<bool> m_present = true;
+};
+
+TEST_F(VhciHostTest, PutsEachHalfIntoAPortOfItsSpeed)
+{
+    EXPECT_TRUE(attach(1, HubPort::SuperSpeed));
+    EXPECT_TRUE(attach(1, HubPort::HighSpeed));
+    EXPECT_TRUE(attach(2, HubPort::SuperSpeed));
+    EXPECT_EQ(m_host.busId(1, HubPort::SuperSpeed), "2-1");
+    EXPECT_EQ(m_host.busId(1, HubPort::HighSpeed), "1-1");
+    EXPECT_EQ(m_host.busId(2, HubPort::SuperSpeed), "2-2");
+    EXPECT_EQ(m_host.busId(2, HubPort::HighSpeed), "");
+    EXPECT_EQ(m_kernel.devices,
+              (std::map<unsigned, std::uint32_t>{{3, 0x20001}, {0, 0x10001}, {4, 0x20002}}));
+}
+
+TEST_F(VhciHostTest, AnswersTheKernel)
+{
+    ASSERT_TRUE(attach(3, HubPort::SuperSpeed));
+    m_kernel.sockets[3]->send(frame({1, 1, 0, 1, {0x80, 8, 0, 0, 0, 0, 1, 0}}));
+    EXPECT_EQ(m_kernel.sockets[3]->receive(49), answer(1, 0, 1, {0}));
+}
+
+TEST_F(VhciHostTest, WaitsUntilTheOldDeviceHasLeft)
+{
+    ASSERT_TRUE(attach(1, HubPort::SuperSpeed));
+    int looks = 0;
+    m_clock.onSleep = [&](Clock::Duration pause) { // the kernel takes its time
+        if (pause != DeviceLink::kSilence && ++looks == 10) {
+            m_kernel.look();
+        }
+    };
+    detach(1, HubPort::SuperSpeed);
+    EXPECT_EQ(looks, 10);
+    EXPECT_FALSE(m_sysfs.shows("2-1"));
+    EXPECT_EQ(m_host.busId(1, HubPort::SuperSpeed), "");
+}
+
+TEST_F(VhciHostTest, ComesBackToItsPort)
+{
+    m_clock.onSleep = [&](Clock::Duration) { m_kernel.look(); };
+    ASSERT_TRUE(attach(1, HubPort::SuperSpeed));
+    ASSERT_TRUE(attach(2, HubPort::SuperSpeed));
+    detach(1, HubPort::SuperSpeed);
+    detach(2, HubPort::SuperSpeed);
+    ASSERT_TRUE(attach(2, HubPort::SuperSpeed));
+    EXPECT_EQ(m_host.busId(2, HubPort::SuperSpeed), "2-2");
+    ASSERT_TRUE(attach(3, HubPort::SuperSpeed));
+    EXPECT_EQ(m_host.busId(3, HubPort::SuperSpeed), "2-3"); // not where hub 1 will come back to
+    ASSERT_TRUE(attach(1, HubPort::SuperSpeed));
+    EXPECT_EQ(m_host.busId(1, HubPort::SuperSpeed), "2-1");
+}
+
+TEST_F(VhciHostTest, GoesElsewhereWhenItsPortWasTaken)
+{
+    m_clock.onSleep = [&](Clock::Duration) { m_kernel.look(); };
+    ASSERT_TRUE(attach(1, HubPort::SuperSpeed));
+    detach(1, HubPort::SuperSpeed);
+    m_sysfs.setState(3, 6);
+    ASSERT_TRUE(attach(1, HubPort::SuperSpeed));
+    EXPECT_EQ(m_host.busId(1, HubPort::SuperSpeed), "2-2");
+}
+
+TEST_F(VhciHostTest, GoesOnToTheNextControllerAndSaysWhenAllPortsAreTaken)
+{
+    for (unsigned hub = 1; hub <= 6; ++hub) {
+        ASSERT_TRUE(attach(hub, HubPort::SuperSpeed)) << hub;
+    }
+    EXPECT_EQ(m_host.busId(4, HubPort::SuperSpeed), "4-1");
+    EXPECT_FALSE(attach(7, HubPort::SuperSpeed));
+    EXPECT_EQ(m_error, "vhci_hcd has no free SuperSpeed port");
+    EXPECT_TRUE(attach(7, HubPort::HighSpeed));
+}
+
+TEST_F(VhciHostTest, TriesAnotherPortWhenAProgramWasFaster)
+{
+    m_kernel.refusal = VhciPorts::Attach::Taken; // of every port, so that in the end there is none
+    EXPECT_FALSE(attach(1, HubPort::HighSpeed));
+    EXPECT_EQ(m_error, "vhci_hcd has no free high-speed port");
+}
+
+TEST_F(VhciHostTest, GivesUpWhenTheKernelRefuses)
+{
+    m_kernel.refusal = VhciPorts::Attach::Failed;
+    EXPECT_FALSE(attach(1, HubPort::HighSpeed));
+    EXPECT_EQ(m_error, "refused");
+}
+
+TEST_F(VhciHostTest, DoesNotWaitForeverForAKernelThatTakesNoNotice)
+{
+    m_kernel.notices = false;
+    EXPECT_TRUE(attach(1, HubPort::SuperSpeed));
+    EXPECT_EQ(m_clock.now(), Clock::Duration(10s));
+}
+
+TEST_F(VhciHostTest, DoesNotWaitForADeviceThatHasLeftAgain)
+{
+    m_kernel.notices = false;
+    m_present = false;
+    EXPECT_TRUE(attach(1, HubPort::SuperSpeed));
+    EXPECT_EQ(m_clock.now(), Clock::Duration(0));
+}
+
+TEST_F(VhciHostTest, TakesNoHarmFromADetachOfWhatIsNotThere)
+{
+    detach(1, HubPort::SuperSpeed);
+    EXPECT_EQ(m_clock.now(), Clock::Duration(0));
+}
+
+} // namespace
+} // namespace vornadel::test

@@ -1,0 +1,184 @@
+#include "virtual_hub/VirtualHub.h"
+
+#include "tests/support/VirtualClock.h"
+#include "tests/virtual_hub/RecordingHost.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vornadel::test
+{
+namespace
+{
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class VirtualHubTest : public testing::Test
+{
+protected:
+    void plugIn(const std::string& options)
+    {
+        SimulatedHubOptions parsed;
+        std::string error;
+        ASSERT_TRUE(parseSimulatedHubOptions(options, parsed, error)) << error;
+        parsed.keepInMemory = true;
+        m_sim = SimulatedHub::create(parsed, m_clock, error);
+        ASSERT_NE(m_sim, nullptr) << error;
+        m_hub = std::make_unique<VirtualHub>(1, m_sim, m_host, [this](const std::string& problem) {
+            const std::lock_guard lock(m_mutex);
+            m_complaints.push_back(problem);
+        });
+        ASSERT_TRUE(m_hub->start(error)) << error;
+    }
+    void TearDown() override { m_hub.reset(); }
+
+    /// A request as the host would send it, over the half that is on the bus now.
+    std::uint32_t send(std::uint8_t bRequest, std::uint16_t wValue = 0)
+    {
+        ControlRequest request = {0x40, bRequest, wValue, 0, 0};
+        return m_host.device(HubPort::SuperSpeed).vendorRequest(request);
+    }
+    std::vector<std::string> told()
+    {
+        m_hub->settle();
+        return m_host.told();
+    }
+
+    VirtualClock m_clock;
+    RecordingHost m_host;
+    std::shared_ptr<SimulatedHub> m_sim;
+    std::mutex m_mutex;
+    std::vector<std::string> m_complaints;
+    std::unique_ptr<VirtualHub> m_hub;
+};
+
+TEST_F(VirtualHubTest, GoesOntoTheBusSuperSpeedFirst)
+{
+    plugIn("latency=none");
+    EXPECT_THAT(told(), ElementsAre("attach super", "attach high"));
+    EXPECT_EQ(m_host.device(HubPort::SuperSpeed).productId, 0x0001);
+    EXPECT_EQ(m_host.device(HubPort::HighSpeed).productId, 0x0002);
+    EXPECT_EQ(m_host.device(HubPort::HighSpeed).vendorId, 0x1209);
+}
+
+TEST_F(VirtualHubTest, LeavesWithBothHalvesAndComesBackAtARestart)
+{
+    plugIn("latency=real");
+    told();
+    EXPECT_EQ(send(0x00), 0U);
+    EXPECT_THAT(told(), ElementsAre("begin super", "begin high", "finish super", "finish high"));
+    m_clock.advance(699ms);
+    EXPECT_THAT(told(), IsEmpty());
+    m_clock.advance(1ms);
+    EXPECT_THAT(told(), ElementsAre("attach super", "attach high"));
+    EXPECT_EQ(m_sim->runningCode(), HubCode::Rom);
+}
+
+TEST_F(VirtualHubTest, IsSeenToLeaveEvenWhenItIsBackAtOnce)
+{
+    plugIn("latency=none");
+    told();
+    send(0x00);
+    EXPECT_THAT(told(), ElementsAre("begin super", "begin high", "finish super", "finish high",
+                                    "attach super", "attach high"));
+}
+
+TEST_F(VirtualHubTest, FollowsPlugAndUnplug)
+{
+    plugIn("latency=none");
+    told();
+    m_sim->unplug();
+    EXPECT_THAT(told(), ElementsAre("begin super", "begin high", "finish super", "finish high"));
+    EXPECT_FALSE(m_host.attached().size() > 0);
+    m_sim->unplug();
+    EXPECT_THAT(told(), IsEmpty());
+    m_sim->replug(HubCode::Rom);
+    EXPECT_THAT(told(), ElementsAre("attach super", "attach high"));
+    m_sim->replug();
+    EXPECT_THAT(told(), IsEmpty());
+}
+
+TEST_F(VirtualHubTest, StaysAwayWhenItNeverComesBack)
+{
+    plugIn("latency=none,fault=never");
+    told();
+    send(0x00);
+    EXPECT_THAT(told(), ElementsAre("begin super", "begin high", "finish super", "finish high"));
+    m_clock.advance(1h);
+    EXPECT_THAT(told(), IsEmpty());
+}
+
+TEST_F(VirtualHubTest, BringsItsNewIdsWithIt)
+{
+    plugIn("latency=none,ids=1A2B:3C4D:3C4E");
+    EXPECT_EQ(m_host.device(HubPort::SuperSpeed).productId, 0x3C4D);
+    EXPECT_EQ(m_host.device(HubPort::HighSpeed).productId, 0x3C4E);
+}
+
+TEST_F(VirtualHubTest, AnswersNobodyOfAnEarlierStay)
+{
+    plugIn("latency=none");
+    const VirtualDevice before = m_host.device(HubPort::SuperSpeed);
+    EXPECT_TRUE(before.present());
+    m_sim->unplug();
+    m_sim->replug();
+    told();
+    EXPECT_FALSE(before.present());
+    ControlRequest hello = {0x40, 0x02, 1, 0x1209, 0};
+    EXPECT_EQ(before.vendorRequest(hello), kSimulatedNoDevice);
+    EXPECT_EQ(m_host.device(HubPort::SuperSpeed).vendorRequest(hello), 0U);
+}
+
+TEST_F(VirtualHubTest, ComplainsWhenItCannotComeBack)
+{
+    plugIn("latency=none");
+    told();
+    m_sim->unplug();
+    told();
+    m_host.refuse("no free port");
+    m_sim->replug();
+    EXPECT_THAT(told(), IsEmpty());
+    const std::lock_guard lock(m_mutex);
+    ASSERT_FALSE(m_complaints.empty());
+    EXPECT_EQ(m_complaints.front(), "no free port");
+}
+
+TEST_F(VirtualHubTest, LeavesTheBusAtTheEnd)
+{
+    plugIn("latency=none");
+    m_hub.reset();
+    EXPECT_THAT(m_host.attached(), IsEmpty());
+}
+
+TEST_F(VirtualHubTest, DoesNotStartWithoutABus)
+{
+    std::string error;
+    SimulatedHubOptions options;
+    options.keepInMemory = true;
+    const std::shared_ptr<SimulatedHub> sim = SimulatedHub::create(options, m_clock, error);
+    m_host.refuse("no module");
+    VirtualHub hub(1, sim, m_host, [](const std::string&) {});
+    EXPECT_FALSE(hub.start(error));
+    EXPECT_EQ(error, "no module");
+}
+
+TEST_F(VirtualHubTest, DoesNotStartWithTheFlashOfAnotherHub)
+{
+    plugIn("latency=none");
+    const std::vector<AttachedPort> ports = m_sim->attachedPorts();
+    VirtualHub second(2, m_sim, m_host, [](const std::string&) {});
+    std::string error;
+    EXPECT_FALSE(second.start(error)); // its hub is open already, as a locked file is
+    EXPECT_THAT(error, HasSubstr("in use by another hub or another program"));
+}
+
+} // namespace
+} // namespace vornadel::test

@@ -1,0 +1,47 @@
+#!/bin/bash
+# The man page of vornadel-virtual-hub names the options and commands that --help does and no others, and its markup is
+# in order.
+#
+#   man_page.sh PROGRAM PAGE
+set -eu
+
+program=$1
+page=$2
+failed=0
+plain=$(mktemp)
+trap 'rm -f "$plain"' EXIT
+
+fail() {
+    echo "man_page: $1" >&2
+    failed=1
+}
+
+# What remains of the page when every escape and every request for a font is taken away.
+sed -e 's/\\f[BIPR]//g' -e 's/\\-/-/g' -e 's/\\ / /g' -e 's/^\.[BIR]* //' "$page" >"$plain"
+
+options() {
+    grep -oE -- '--[a-z][a-z-]*' | sort -u
+}
+# Options of other programs stand in the text too; the synopsis and the tags of the list do not have them.
+described=$(awk '/^\.SH/ { part = $2 } part == "SYNOPSIS" || (part == "OPTIONS" && tag) { print }
+                 { tag = ($1 == ".TP") }' "$page" | sed 's/\\-/-/g' | options)
+helped=$("$program" --help | options)
+[ -n "$helped" ] || fail "--help names no options"
+[ "$described" = "$helped" ] || fail "the options differ: the page has $described, --help has $helped"
+
+for command in plug plug-rom unplug fault status quit; do
+    "$program" --help | grep -qE "[ ,]${command}[], .]" || fail "--help does not name the command $command"
+    grep -qE "^$command( |\$)" "$plain" || fail "the page does not describe the command $command"
+done
+
+version=$("$program" --version)
+grep -qF "\"Vornadel ${version#vornadel-virtual-hub }\"" "$page" || fail "the page is of another version: $version"
+
+if command -v groff >/dev/null; then
+    warnings=$(groff -man -Tutf8 -ww -rCHECKSTYLE=3 "$page" 2>&1 >/dev/null)
+    [ -z "$warnings" ] || fail "$warnings"
+else
+    echo "man_page: no groff here; the markup was not looked at" >&2
+    failed=1
+fi
+exit $failed

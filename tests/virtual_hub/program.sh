@@ -1,0 +1,98 @@
+#!/bin/bash
+# vornadel-virtual-hub as a process: commands, signals, exit statuses and the refusals that need no kernel module.
+#
+#   program.sh PROGRAM
+set -eum # with job control, or the programs behind would ignore SIGINT
+
+program=$1
+folder=$(mktemp -d)
+pid=''
+end() {
+    [ -z "$pid" ] || kill -KILL "$pid" 2>/dev/null || true
+    rm -rf "$folder"
+}
+trap end EXIT
+
+fail() {
+    echo "program: $1" >&2
+    exit 1
+}
+
+# Starts the program behind; its input is file 7, its output file 8.
+start() {
+    rm -f "$folder/in" "$folder/out"
+    mkfifo "$folder/in" "$folder/out"
+    "$program" "$@" <"$folder/in" >"$folder/out" 2>"$folder/err" &
+    pid=$!
+    exec 7>"$folder/in" 8<"$folder/out"
+}
+
+# The next line of output must be this one; a pattern.
+expect() {
+    read -r -t 20 -u 8 line || fail "no answer where \"$1\" was due; $(cat "$folder/err")"
+    # shellcheck disable=SC2053 # a pattern on purpose
+    [[ $line == $1 ]] || fail "answered \"$line\" and not \"$1\""
+}
+
+ends_with() {
+    status=0
+    wait "$pid" || status=$?
+    pid=''
+    exec 7>&- 8<&-
+    [ "$status" = "$1" ] || fail "ended with $status and not $1; $(cat "$folder/err")"
+}
+
+# A run of its own that cannot do what it is asked to, and says why.
+refuses() {
+    reason=$1
+    shift
+    status=0
+    "$program" "$@" </dev/null >"$folder/second" 2>&1 || status=$?
+    if [ $status != 1 ] || ! grep -q "$reason" "$folder/second"; then
+        fail "ended with $status and not because of \"$reason\": $(cat "$folder/second")"
+    fi
+}
+
+hub="image=$folder/flash.bin,latency=none"
+
+start --serve=0 --hub "$hub"
+expect 'port [1-9]*'
+port=${line#port }
+expect ready
+printf 'status\nunp' >&7
+expect 'ok code=flash superspeed=2-1 high-speed=1-1 requests=0 faults=0'
+printf 'lug\nstatus\n' >&7
+expect ok
+expect 'ok code=flash superspeed=- high-speed=- requests=0 faults=0'
+echo nonsense >&7
+expect 'error: *'
+head -c 5000 /dev/zero | tr '\0' x >&7
+expect 'error: the line is too long'
+
+# A second one finds the port and the file taken.
+refuses "port $port of 127.0.0.1" --serve="$port" --hub "image=$folder/other.bin"
+printf '\nplug\n' >&7
+expect 'error: *'
+expect ok
+refuses 'in use by another' --serve=0 --hub "$hub"
+
+echo quit >&7
+expect ok
+ends_with 0
+
+for signal in INT TERM HUP; do
+    start --serve=0 --hub "$hub"
+    expect 'port *'
+    expect ready
+    exec 7>&- # the end of the input is not the end
+    kill -s $signal "$pid"
+    ends_with 0
+done
+
+start --nonsense
+ends_with 2
+grep -q nonsense "$folder/err" || fail "does not say what was wrong"
+
+if [ ! -e /sys/devices/platform/vhci_hcd.0 ]; then
+    refuses 'modprobe vhci-hcd' --hub "$hub"
+fi
