@@ -60,6 +60,8 @@ bool VirtualHub::start(std::string& error)
 void VirtualHub::settle()
 {
     std::unique_lock lock(m_mutex);
+    m_behind = true; // the hub's own event may still be on its way
+    m_changed.notify_all();
     m_changed.wait(lock, [this] { return !m_behind && !m_busy; });
 }
 

@@ -31,7 +31,7 @@ public:
     /// fails, or when another program has the hub's flash. To be called once.
     bool start(std::string& error);
 
-    /// Waits until the bus shows what the hub did up to now.
+    /// Waits until the bus shows what the hub did up to now. After start().
     void settle();
 
     SimulatedHub& hub() { return *m_hub; }

@@ -10,6 +10,7 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <fcntl.h>
 #include <iostream>
 #include <memory>
 #include <poll.h>
@@ -22,6 +23,20 @@ namespace
 {
 
 using namespace vornadel;
+
+/// Opens what of standard input, output and error is closed on /dev/null, or a hub's socket would get its number and
+/// what is meant for the console. A reader that goes away is no reason to die, and a terminal that is somebody else's
+/// at the moment none to stop: the read fails then.
+void prepareStandardFiles()
+{
+    for (const int file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(file, F_GETFD) < 0) {
+            open("/dev/null", O_RDWR); // the lowest free number is this one
+        }
+    }
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGTTIN, SIG_IGN);
+}
 
 /// The signals that end the program in order, as a file. Before any thread starts: threads inherit what is blocked.
 int endingSignals()
@@ -135,6 +150,7 @@ int run(const VirtualHubCommandLine& commandLine)
 
 int main(int argc, char** argv)
 {
+    prepareStandardFiles();
     try {
         VirtualHubCommandLine commandLine;
         if (const auto ended = parseVirtualHubCommandLine(argc, argv, commandLine, std::cout, std::cerr)) {

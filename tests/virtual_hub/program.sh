@@ -89,6 +89,17 @@ for signal in INT TERM HUP; do
     ends_with 0
 done
 
+# Without any standard file it works as well; that it does shows only in the file of its flash.
+rm "$folder/flash.bin"
+"$program" --serve=0 --hub "$hub" <&- >&- 2>&- &
+pid=$!
+until [ -e "$folder/flash.bin" ]; do :; done
+kill -TERM "$pid"
+status=0
+wait "$pid" || status=$?
+pid=''
+[ $status = 0 ] || fail "ended with $status without its standard files"
+
 start --nonsense
 ends_with 2
 grep -q nonsense "$folder/err" || fail "does not say what was wrong"
