@@ -24,7 +24,6 @@ namespace
 {
 
 using namespace vornadel;
-using bench::Row;
 using bench::Series;
 
 constexpr double kTargetRatio = 1.05;

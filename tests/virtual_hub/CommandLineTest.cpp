@@ -56,10 +56,7 @@ TEST(VirtualHubCommandLine, TakesUpTo15Hubs)
     EXPECT_EQ(two.commandLine.hubs[1].image, "b.bin");
     EXPECT_THAT(two.commandLine.hubs[1].faults, SizeIs(1));
 
-    std::vector<const char*> many;
-    for (int hub = 0; hub < 15; ++hub) {
-        many.push_back("--hub=mode=rom");
-    }
+    std::vector<const char*> many(15, "--hub=mode=rom");
     EXPECT_THAT(parse(many).commandLine.hubs, SizeIs(15));
     many.push_back("--hub=mode=rom");
     EXPECT_EQ(parse(many).ended, kBadUsage);

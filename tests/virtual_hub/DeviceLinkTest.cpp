@@ -19,7 +19,6 @@ namespace
 {
 
 using namespace std::chrono_literals;
-using testing::Contains;
 using testing::Each;
 
 /// A SuperSpeed half at one end of a pair of sockets, the test at the other.
@@ -89,7 +88,7 @@ TEST_F(DeviceLinkTest, HangsUpOnlyAfterASilence)
     };
     m_link.leave();
     m_link.join();
-    EXPECT_EQ(m_peer.receive(3 * 48), answer(1, -108, 0) + answer(2, -108, 0) + answer(3, -108, 0));
+    EXPECT_EQ(m_peer.receive(std::size_t{3} * 48), answer(1, -108, 0) + answer(2, -108, 0) + answer(3, -108, 0));
     EXPECT_TRUE(m_peer.hasEnded());
     EXPECT_EQ(sleeps, 4);
     EXPECT_THAT(m_clock.pauses(), Each(Clock::Duration(20ms)));

@@ -48,7 +48,8 @@ protected:
         const Bytes head = asking->receive(12);
         EXPECT_EQ(head.size(), 12U);
         const std::uint32_t count = wordAt(head, 8);
-        EXPECT_EQ(asking->receive(count * 316).size(), count * 316);
+        const std::size_t size = std::size_t{316} * count;
+        EXPECT_EQ(asking->receive(size).size(), size);
         EXPECT_TRUE(asking->hasEnded());
         return count;
     }

@@ -12,7 +12,6 @@ namespace
 
 using Step = Conversation::Step;
 using testing::IsEmpty;
-using testing::SizeIs;
 
 const Bytes kDescriptor = {18, 1, 0x00, 0x03, 9, 0, 3, 9, 0x2B, 0x1A, 0x4D, 0x3C, 0x00, 0x01, 1, 2, 3, 1};
 

@@ -22,7 +22,6 @@ namespace
 {
 
 using namespace std::chrono_literals;
-using testing::HasSubstr;
 
 /// A kernel that takes sockets over and shows a device in sysfs until the socket is closed at the other end.
 class FakeKernel final : public VhciPorts

@@ -24,7 +24,7 @@ protected:
     std::vector<VhciPorts::Port> list()
     {
         std::string error;
-        const std::vector<VhciPorts::Port> ports = m_ports.list(error);
+        std::vector<VhciPorts::Port> ports = m_ports.list(error);
         EXPECT_THAT(error, IsEmpty());
         return ports;
     }

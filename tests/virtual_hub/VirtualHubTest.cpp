@@ -97,7 +97,7 @@ TEST_F(VirtualHubTest, FollowsPlugAndUnplug)
     told();
     m_sim->unplug();
     EXPECT_THAT(told(), ElementsAre("begin super", "begin high", "finish super", "finish high"));
-    EXPECT_FALSE(m_host.attached().size() > 0);
+    EXPECT_THAT(m_host.attached(), IsEmpty());
     m_sim->unplug();
     EXPECT_THAT(told(), IsEmpty());
     m_sim->replug(HubCode::Rom);
