@@ -9,6 +9,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cerrno>
 #include <memory>
 #include <string>
 #include <vector>
@@ -170,6 +171,18 @@ TEST_F(ServerHostTest, HangsUpOnEverybodyAtTheEnd)
     host.reset();
     EXPECT_TRUE(idle.hasEnded());
     EXPECT_TRUE(user.hasEnded());
+}
+
+TEST_F(ServerHostTest, ListensOnOneAddressAlone)
+{
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(m_host.port());
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK + 1); // 127.0.0.2, this machine as well
+    const int connection = socket(AF_INET, SOCK_STREAM, 0);
+    EXPECT_NE(connect(connection, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    EXPECT_EQ(errno, ECONNREFUSED);
+    close(connection);
 }
 
 TEST_F(ServerHostTest, SaysWhenThePortIsTaken)

@@ -137,6 +137,19 @@ TEST_F(VirtualHubTest, AnswersNobodyOfAnEarlierStay)
     EXPECT_EQ(m_host.device(HubPort::SuperSpeed).vendorRequest(hello), 0U);
 }
 
+TEST_F(VirtualHubTest, RefusesRequestsOnlyWhileAnotherProgramHasItsFlash)
+{
+    plugIn("latency=none");
+    m_sim->close(m_sim->attachedPorts().front()); // as if it had come back while the file was locked
+    m_sim->addFault({.kind = FaultKind::OpenRefused, .amount = 1});
+    ControlRequest hello = {0x40, 0x02, 1, 0x1209, 0};
+    const VirtualDevice device = m_host.device(HubPort::SuperSpeed);
+    EXPECT_EQ(device.vendorRequest(hello), kSimulatedStall);
+    EXPECT_EQ(device.vendorRequest(hello), 0U);
+    EXPECT_EQ(device.vendorRequest(hello), 0U);
+    EXPECT_TRUE(device.present());
+}
+
 TEST_F(VirtualHubTest, ComplainsWhenItCannotComeBack)
 {
     plugIn("latency=none");
