@@ -1,11 +1,10 @@
-// Whatever goes wrong at whatever request of a flow: no success is told without it, the hub is closed, and an update
-// afterwards succeeds.
+// Whatever goes wrong at whatever request of a flow: it ends at the step that it must, says so to the letter, tells no
+// success without it, sends what the table says and no more, and an update afterwards succeeds.
 
+#include "tests/flows/FaultyRun.h"
+
+#include "firmware/FwImage.h"
 #include "flows/FirmwareUpdate.h"
-#include "flows/FlashErase.h"
-#include "flows/FlashRead.h"
-#include "tests/support/RecordingReporter.h"
-#include "tests/support/SimulatedSetup.h"
 
 #include <gtest/gtest.h>
 
@@ -23,215 +22,98 @@ using Kind = RecordingReporter::Kind;
 
 const std::vector<std::uint8_t> kBlank(32768, 0xFF);
 
-/// An update with the demo image 1.01.
-bool update(FlowReporter& reporter)
-{
-    const std::vector<std::uint8_t> bytes = demoImage(kDemoVersion101);
-    FwImage image;
-    EXPECT_TRUE(FwImage_Parse(image, bytes.data(), static_cast<std::int32_t>(bytes.size())));
-    return updateFirmware(image, "demo.bin", reporter);
-}
-
-/// One of the flows, with what must hold after it.
-struct Flow {
-    const char* name;
-    bool (*run)(SimulatedHub& hub, FlowReporter& reporter, bool honest);
-    const char* success;
-    const char* failure;
-    unsigned requestsFromFlashCode;
-    unsigned requestsFromRomCode;
-};
-
-/// `honest`: what the hub confirms has happened, and what it delivers is what its flash holds.
-bool readAndLook(SimulatedHub& hub, FlowReporter& reporter, bool honest)
-{
-    const std::vector<std::uint8_t> earlier{1, 2, 3};
-    std::vector<std::uint8_t> bytes = earlier;
-    const bool succeeded = readFlash(bytes, reporter);
-    EXPECT_EQ(hub.flash(), demoImage());
-    if (!succeeded) {
-        EXPECT_EQ(bytes, earlier);
-    } else if (honest) {
-        EXPECT_EQ(bytes, demoImage());
-    } else {
-        EXPECT_EQ(bytes.size(), kBlank.size());
-    }
-    return succeeded;
-}
-
-bool eraseAndLook(SimulatedHub& hub, FlowReporter& reporter, bool honest)
-{
-    const bool succeeded = eraseFlash(reporter);
-    if (succeeded && honest) {
-        EXPECT_EQ(hub.flash(), kBlank);
-    } else {
-        EXPECT_TRUE(hub.flash() == kBlank || hub.flash() == demoImage());
-    }
-    return succeeded;
-}
-
-/// What was written is compared, so there is no excuse for a dishonest hub.
-bool updateAndLook(SimulatedHub& hub, FlowReporter& reporter, bool /*honest*/)
-{
-    const bool succeeded = update(reporter);
-    if (succeeded) {
-        EXPECT_EQ(hub.flash(), demoImage(kDemoVersion101));
-    }
-    return succeeded;
-}
-
-constexpr Flow kUpdate{"Update", updateAndLook, "Update FW Success\n", "Update FW Fail\n", 25, 21};
-constexpr Flow kRead{"Read", readAndLook, "Read Fw Success\n", "Read Fw Fail\n", 16, 12};
-constexpr Flow kErase{"Erase", eraseAndLook, "Erase FW Success\n", "\nErase FW Fail\n", 9, 5};
-
-SimulatedHubOptions hubThatRuns(HubCode code)
-{
-    SimulatedHubOptions options;
-    options.mode = code;
-    return options;
-}
-
-class FaultyFlow
-{
-protected:
-    /// Runs a flow with one fault in it, then an update without. True when the fault happened.
-    static bool survives(const Flow& flow, const Fault& fault, HubCode runs)
-    {
-        SimulatedSetup setup(hubThatRuns(runs));
-        setup.hub().addFault(fault);
-        const bool honest = fault.kind != FaultKind::Ignore && fault.kind != FaultKind::Flip;
-
-        RecordingReporter faulty;
-        const bool succeeded = flow.run(setup.hub(), faulty, honest);
-        expectItSaysSo(flow, faulty, succeeded);
-        EXPECT_FALSE(Hub_IsOpen());
-        if (setup.hub().faultsTriggered() == 0) {
-            return false; // it is still to come, and would hit the update that is to be healthy
-        }
-
-        setup.hub().replug();
-        setup.clock.advance(60s); // whatever was late or bouncing is over
-        for (unsigned refused = 0; refused < fault.amount && !Hub_OpenDevice(); ++refused) {
-        }
-        Hub_CloseDevice();
-        expectUpdateSucceeds(setup);
-        return true;
-    }
-
-    static void expectItSaysSo(const Flow& flow, const RecordingReporter& reporter, bool succeeded)
-    {
-        if (succeeded) {
-            EXPECT_EQ(reporter.texts(Kind::Blue).back(), flow.success);
-            EXPECT_TRUE(reporter.texts(Kind::Red).empty());
-        } else {
-            ASSERT_EQ(reporter.texts(Kind::Red).size(), 2U);
-            EXPECT_EQ(reporter.texts(Kind::Red).back(), flow.failure);
-            EXPECT_NE(reporter.texts(Kind::Blue).back(), flow.success);
-        }
-    }
-
-    static void expectUpdateSucceeds(SimulatedSetup& setup)
-    {
-        RecordingReporter healthy;
-        EXPECT_TRUE(update(healthy));
-        EXPECT_EQ(setup.hub().flash(), demoImage(kDemoVersion101));
-        EXPECT_EQ(setup.hub().runningCode(), HubCode::Flash);
-    }
-};
-
 struct SweepRow {
-    const Flow& flow;
-    const char* name;
-    FaultKind kind;
-    unsigned amount;
-    unsigned fromFlashCode; ///< how often it can happen with a hub that runs its flash code
-    unsigned fromRomCode;   ///< the same with a hub that runs its ROM code already
+    const Flow* flow;
+    FaultVariant variant;
 };
 
-void PrintTo(const SweepRow& row, std::ostream* stream) { *stream << row.flow.name << row.name; }
+void PrintTo(const SweepRow& row, std::ostream* stream) { *stream << row.flow->name << row.variant.name; }
 
-class FaultSweep : public FaultyFlow, public testing::TestWithParam<SweepRow>
+/// Every flow with every fault that its requests can meet.
+std::vector<SweepRow> everyRow()
+{
+    std::vector<SweepRow> rows;
+    for (const Flow* flow : {&easyUpdate(), &flashRead(), &flashErase(), &scalarUpdate(), &driverUnload()}) {
+        for (const FaultVariant& variant : kFaultVariants) {
+            if (!placesOf(variant, flow->wireFrom(HubCode::Flash)).empty()) {
+                rows.push_back({flow, variant});
+            }
+        }
+    }
+    return rows;
+}
+
+class FaultSweep : public testing::TestWithParam<SweepRow>
 {
 protected:
-    /// Tries the fault at every position of the flow; how often it happened.
-    unsigned sweep(HubCode runs, unsigned requests)
+    /// Tries the fault in every place of the flow.
+    static void sweep(HubCode runs)
     {
-        const SweepRow& row = GetParam();
-        unsigned happened = 0;
-        for (unsigned position = 1; position <= requests; ++position) {
-            SCOPED_TRACE(position);
-            const Fault fault{.kind = row.kind,
-                              .on = {},
-                              .position = position,
-                              .amount = row.amount,
-                              .delay = std::chrono::seconds(row.amount)};
-            happened += survives(row.flow, fault, runs) ? 1U : 0U;
+        const auto& [flow, variant] = GetParam();
+        const std::vector<std::size_t> places = placesOf(variant, flow->wireFrom(runs));
+        SweepCount count;
+        for (const std::size_t index : places) {
+            SCOPED_TRACE(index);
+            SimulatedSetup setup(hubThatRuns(runs));
+            setup.hub().addFault(variant.at(positionOf(variant.kind, flow->wireFrom(runs), index)));
+            expectOutcome(setup, outcomeOf(*flow, runs, variant, index));
+            count.ran();
+            count.fired(setup.hub().faultsTriggered());
+            expectHealthyUpdate(setup, variant.amount);
         }
-        return happened;
+        count.expect(places.size(), places.size());
+    }
+
+private:
+    static void expectOutcome(SimulatedSetup& setup, const Outcome& outcome)
+    {
+        const auto& [flow, variant] = GetParam();
+        const FlowRun run(*flow, setup);
+        EXPECT_EQ(run.wire, asObserved(outcome.wire));
+        expectTold(*flow, run.told, !outcome.fails, outcome.fails);
+        const bool honest = !isDishonest(variant.kind);
+        if (!flow->steps.empty()) {
+            EXPECT_EQ(run.succeeded, !outcome.fails);
+        } else if (honest && !outcome.fails) {
+            EXPECT_TRUE(run.succeeded) << "the hub is not back in its flash code";
+        }
+        if (flow == &flashErase() && honest && run.succeeded) {
+            EXPECT_TRUE(setup.hub().flash() == kBlank);
+        } else if (!flow->writes) {
+            EXPECT_TRUE(setup.hub().flash() == oldFlash() ||
+                        (flow == &flashErase() && setup.hub().flash() == kBlank));
+        }
+        setup.hub().unplug();
+        setup.hub().replug();
+        EXPECT_EQ(setup.hub().runningCode(), outcome.afterwards);
     }
 };
 
 } // namespace
 
-TEST_P(FaultSweep, TellsNoFalseSuccessAndTheNextUpdateSucceeds)
-{
-    EXPECT_EQ(sweep(HubCode::Flash, GetParam().flow.requestsFromFlashCode), GetParam().fromFlashCode);
-}
+TEST_P(FaultSweep, EndsAsItMustAndTheNextUpdateSucceeds) { sweep(HubCode::Flash); }
 
-TEST_P(FaultSweep, DoesNotEitherOnAHubInItsRomCode)
-{
-    EXPECT_EQ(sweep(HubCode::Rom, GetParam().flow.requestsFromRomCode), GetParam().fromRomCode);
-}
+TEST_P(FaultSweep, DoesSoOnAHubInItsRomCode) { sweep(HubCode::Rom); }
 
-INSTANTIATE_TEST_SUITE_P(
-    EveryRequest, FaultSweep,
-    testing::Values(SweepRow{kUpdate, "Stall", FaultKind::Stall, 0, 25, 21},
-                    SweepRow{kUpdate, "VanishBefore", FaultKind::VanishBefore, 0, 25, 21},
-                    SweepRow{kUpdate, "VanishAfter", FaultKind::VanishAfter, 0, 25, 21},
-                    SweepRow{kUpdate, "Ignore", FaultKind::Ignore, 0, 25, 21},
-                    SweepRow{kUpdate, "TornAtOnce", FaultKind::Torn, 0, 8, 8},
-                    SweepRow{kUpdate, "TornHalfWay", FaultKind::Torn, 1000, 8, 8},
-                    SweepRow{kUpdate, "TornAtTheEnd", FaultKind::Torn, 4095, 8, 8},
-                    SweepRow{kUpdate, "Flip", FaultKind::Flip, 0, 16, 16},
-                    SweepRow{kUpdate, "OneOpenRefused", FaultKind::OpenRefused, 1, 3, 2},
-                    SweepRow{kUpdate, "NineteenOpensRefused", FaultKind::OpenRefused, 19, 3, 2},
-                    SweepRow{kUpdate, "AllOpensRefused", FaultKind::OpenRefused, 20, 3, 2},
-                    SweepRow{kUpdate, "Never", FaultKind::Never, 0, 2, 1},
-                    SweepRow{kUpdate, "Late", FaultKind::Late, 3, 2, 1},
-                    SweepRow{kUpdate, "JustInTime", FaultKind::Late, 19, 2, 1},
-                    SweepRow{kUpdate, "TooLateForTheRomCode", FaultKind::Late, 21, 2, 1},
-                    SweepRow{kUpdate, "TooLate", FaultKind::Late, 41, 2, 1},
-                    SweepRow{kUpdate, "SameMode", FaultKind::SameMode, 0, 2, 1},
-                    SweepRow{kUpdate, "Bounce", FaultKind::Bounce, 0, 2, 1},
-                    SweepRow{kRead, "Stall", FaultKind::Stall, 0, 16, 12},
-                    SweepRow{kRead, "VanishBefore", FaultKind::VanishBefore, 0, 16, 12},
-                    SweepRow{kRead, "VanishAfter", FaultKind::VanishAfter, 0, 16, 12},
-                    SweepRow{kRead, "Ignore", FaultKind::Ignore, 0, 16, 12},
-                    SweepRow{kRead, "Flip", FaultKind::Flip, 0, 8, 8},
-                    SweepRow{kRead, "OneOpenRefused", FaultKind::OpenRefused, 1, 3, 2},
-                    SweepRow{kRead, "AllOpensRefused", FaultKind::OpenRefused, 20, 3, 2},
-                    SweepRow{kRead, "Never", FaultKind::Never, 0, 2, 1},
-                    SweepRow{kRead, "JustInTime", FaultKind::Late, 19, 2, 1},
-                    SweepRow{kRead, "TooLate", FaultKind::Late, 41, 2, 1},
-                    SweepRow{kRead, "SameMode", FaultKind::SameMode, 0, 2, 1},
-                    SweepRow{kRead, "Bounce", FaultKind::Bounce, 0, 2, 1},
-                    SweepRow{kErase, "Stall", FaultKind::Stall, 0, 9, 5},
-                    SweepRow{kErase, "VanishBefore", FaultKind::VanishBefore, 0, 9, 5},
-                    SweepRow{kErase, "VanishAfter", FaultKind::VanishAfter, 0, 9, 5},
-                    SweepRow{kErase, "Ignore", FaultKind::Ignore, 0, 9, 5},
-                    SweepRow{kErase, "OneOpenRefused", FaultKind::OpenRefused, 1, 3, 2},
-                    SweepRow{kErase, "AllOpensRefused", FaultKind::OpenRefused, 20, 3, 2},
-                    SweepRow{kErase, "Never", FaultKind::Never, 0, 2, 1},
-                    SweepRow{kErase, "JustInTime", FaultKind::Late, 19, 2, 1},
-                    SweepRow{kErase, "TooLate", FaultKind::Late, 41, 2, 1},
-                    SweepRow{kErase, "SameMode", FaultKind::SameMode, 0, 2, 1},
-                    SweepRow{kErase, "Bounce", FaultKind::Bounce, 0, 2, 1}),
-    [](const auto& row) { return std::string(row.param.flow.name) + row.param.name; });
+INSTANTIATE_TEST_SUITE_P(EveryRequest, FaultSweep, testing::ValuesIn(everyRow()), [](const auto& row) {
+    return std::string(row.param.flow->name) + row.param.variant.name;
+});
+
+TEST(FaultSweepInAll, HasThisManyFaults)
+{
+    std::size_t faults = 0;
+    for (const SweepRow& row : everyRow()) {
+        for (const HubCode runs : {HubCode::Flash, HubCode::Rom}) {
+            faults += placesOf(row.variant, row.flow->wireFrom(runs)).size();
+        }
+    }
+    EXPECT_EQ(faults, 940U);
+}
 
 namespace
 {
 
-class AbandonedFlow : public FaultyFlow, public testing::TestWithParam<const Flow*>
+class AbandonedFlow : public testing::TestWithParam<const Flow*>
 {
 };
 
@@ -240,9 +122,10 @@ class AbandonedFlow : public FaultyFlow, public testing::TestWithParam<const Flo
 TEST_P(AbandonedFlow, EndsAtThatRequestAndTheNextUpdateSucceeds)
 {
     const Flow& flow = *GetParam();
-    for (unsigned position = 1; position <= flow.requestsFromFlashCode; ++position) {
+    const std::size_t requests = flow.wireFrom(HubCode::Flash).size();
+    for (std::size_t position = 1; position <= requests; ++position) {
         SCOPED_TRACE(position);
-        SimulatedSetup setup;
+        SimulatedSetup setup(hubThatRuns(HubCode::Flash));
         setup.hub().onRequest = [&](const ControlRequest&) {
             if (setup.hub().requestCount() == position) {
                 Hub_Abandon();
@@ -250,21 +133,24 @@ TEST_P(AbandonedFlow, EndsAtThatRequestAndTheNextUpdateSucceeds)
             }
         };
         RecordingReporter reporter;
-        const bool succeeded = flow.run(setup.hub(), reporter, true);
-        expectItSaysSo(flow, reporter, succeeded);
+        const bool succeeded = flow.run(setup.hub(), reporter);
         EXPECT_EQ(setup.hub().requestCount(), position);
         EXPECT_FALSE(Hub_IsOpen());
-        EXPECT_EQ(succeeded, position == flow.requestsFromFlashCode)
-            << "only the last open-time request completes the run";
+        if (!flow.steps.empty()) {
+            expectTold(flow, reporter, succeeded);
+            EXPECT_EQ(succeeded, position == requests) << "only the last open-time request completes the run";
+        }
 
         VirtualClock later;
         Hub_UsePlatform(*setup.bus, later);
         setup.hub().onRequest = nullptr;
-        expectUpdateSucceeds(setup);
+        expectHealthyUpdate(setup);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryRequest, AbandonedFlow, testing::Values(&kUpdate, &kRead, &kErase),
+INSTANTIATE_TEST_SUITE_P(EveryRequest, AbandonedFlow,
+                         testing::Values(&easyUpdate(), &flashRead(), &flashErase(), &scalarUpdate(),
+                                         &driverUnload()),
                          [](const auto& flow) { return std::string(flow.param->name); });
 
 namespace
@@ -285,8 +171,7 @@ TEST(FaultyUpdate, WaitsTwentySecondsForTheRomCodeAndFortyForTheFlashCode)
                               .on = {},
                               .position = row.restart,
                               .delay = std::chrono::seconds(row.seconds)});
-        RecordingReporter reporter;
-        EXPECT_EQ(update(reporter), row.expected);
+        EXPECT_EQ(FlowRun(easyUpdate(), setup).succeeded, row.expected);
     }
 }
 
@@ -294,16 +179,43 @@ TEST(FaultyUpdate, NineteenRefusedReopensAreSatOut)
 {
     SimulatedSetup setup;
     setup.hub().addFault({.kind = FaultKind::OpenRefused, .on = {}, .position = 2, .amount = 19});
-    RecordingReporter reporter;
-    EXPECT_TRUE(update(reporter));
+    EXPECT_TRUE(FlowRun(easyUpdate(), setup).succeeded);
 }
 
 TEST(FaultyUpdate, TwentyRefusedReopensAreNot)
 {
     SimulatedSetup setup;
     setup.hub().addFault({.kind = FaultKind::OpenRefused, .on = {}, .position = 2, .amount = 20});
-    RecordingReporter reporter;
-    EXPECT_FALSE(update(reporter));
+    EXPECT_FALSE(FlowRun(easyUpdate(), setup).succeeded);
+}
+
+struct RefusedImage {
+    const char* name;
+    std::vector<std::uint8_t> bytes;
+};
+
+TEST(FaultyUpdate, SendsNothingForAnImageThatIsNotAccepted)
+{
+    const std::vector<std::uint8_t> text{'n', 'o', ' ', 'i', 'm', 'a', 'g', 'e'};
+    std::vector<std::uint8_t> cut(newFlash().begin(),
+                                  newFlash().begin() + 0x7E80); // within the descriptor block
+    for (const RefusedImage& refused :
+         {RefusedImage{"none", {}}, {"text", text}, {"blank", kBlank}, {"cut", cut}}) {
+        for (const HubCode code : {HubCode::Flash, HubCode::Rom}) {
+            SCOPED_TRACE(refused.name);
+            SimulatedSetup setup(hubThatRuns(code));
+            FwImage image;
+            EXPECT_FALSE(
+                FwImage_Parse(image, refused.bytes.data(), static_cast<std::int32_t>(refused.bytes.size())));
+            RecordingReporter reporter;
+            EXPECT_FALSE(updateFirmware(image, "demo.bin", reporter));
+            EXPECT_EQ(setup.hub().requestCount(), 0U);
+            EXPECT_EQ(reporter.texts(Kind::Red),
+                      (std::vector<std::string>{"Wrong firmware file\n", "Update FW Fail\n"}));
+            EXPECT_TRUE(setup.clock.pauses().empty());
+            EXPECT_TRUE(setup.hub().flash() == oldFlash());
+        }
+    }
 }
 
 } // namespace

@@ -1,0 +1,208 @@
+// Two faults in one story of an update: the second one after the first in the same run or, when the first has ended
+// that, in the run that the user starts next. Whatever the two are, what must hold holds, and a healthy update
+// succeeds at last.
+
+#include "tests/flows/FaultyRun.h"
+
+#include <gtest/gtest.h>
+
+#include <numeric>
+#include <ostream>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+struct PairRow {
+    FaultVariant first;
+    HubCode runs;
+};
+
+std::string nameOf(const PairRow& row)
+{
+    return std::string(row.first.name) + (row.runs == HubCode::Flash ? "InFlashCode" : "InRomCode");
+}
+
+void PrintTo(const PairRow& row, std::ostream* stream) { *stream << nameOf(row); }
+
+std::vector<PairRow> everyRow()
+{
+    std::vector<PairRow> rows;
+    for (const FaultVariant& variant : kFaultVariants) {
+        rows.push_back({variant, HubCode::Flash});
+        rows.push_back({variant, HubCode::Rom});
+    }
+    return rows;
+}
+
+struct Second {
+    FaultVariant variant;
+    unsigned position;
+};
+
+bool isRequestFault(const FaultVariant& variant) { return strikes(variant.kind) == Strikes::Request; }
+
+/// Whether the second fault comes after the first in the requests that the first leaves of a run; at one and the same
+/// request, two of different kinds meet.
+bool canFollow(const FaultVariant& first, std::size_t at, const FaultVariant& second, std::size_t index)
+{
+    if (index != at) {
+        return index > at;
+    }
+    switch (strikes(first.kind)) {
+    case Strikes::Open: // and then the open that is not refused any more, and its request
+        return strikes(second.kind) != Strikes::Restart;
+    case Strikes::Request: // the restart comes after the request that takes effect
+        return (isRequestFault(second) && second.kind != first.kind) ||
+               (strikes(second.kind) == Strikes::Restart && first.kind == FaultKind::VanishAfter);
+    case Strikes::Restart:
+        return strikes(second.kind) == Strikes::Restart && second.kind != first.kind;
+    }
+    return false;
+}
+
+/// Every second fault of the same run.
+std::vector<Second> secondsAfter(const FaultVariant& first, std::size_t at, const Outcome& outcome)
+{
+    std::vector<Second> seconds;
+    const unsigned refused = strikes(first.kind) == Strikes::Open ? first.amount : 0;
+    for (const FaultVariant& second : kFaultVariants) {
+        for (const std::size_t index : placesOf(second, outcome.wire)) {
+            if (canFollow(first, at, second, index)) {
+                seconds.push_back({second, positionOf(second.kind, outcome.wire, index, refused)});
+            }
+        }
+    }
+    return seconds;
+}
+
+/// Every second fault of a run of its own.
+std::vector<Second> secondsIn(HubCode runs)
+{
+    std::vector<Second> seconds;
+    const std::string wire = easyUpdate().wireFrom(runs);
+    for (const FaultVariant& second : kFaultVariants) {
+        for (const std::size_t index : placesOf(second, wire)) {
+            seconds.push_back({second, positionOf(second.kind, wire, index)});
+        }
+    }
+    return seconds;
+}
+
+/// A first fault and all that it is paired with.
+struct Pairs {
+    Fault first;
+    HubCode afterwards;
+    std::vector<Second> inThisRun;
+    std::vector<Second> inTheNextRun;
+};
+
+std::vector<Pairs> pairsOf(const PairRow& row)
+{
+    std::vector<Pairs> all;
+    const std::string wire = easyUpdate().wireFrom(row.runs);
+    for (const std::size_t at : placesOf(row.first, wire)) {
+        const Outcome outcome = outcomeOf(easyUpdate(), row.runs, row.first, at);
+        all.push_back({row.first.at(positionOf(row.first.kind, wire, at)), outcome.afterwards,
+                       secondsAfter(row.first, at, outcome),
+                       outcome.fails ? secondsIn(outcome.afterwards) : std::vector<Second>()});
+    }
+    return all;
+}
+
+std::size_t countOf(const std::vector<Pairs>& all)
+{
+    return std::accumulate(all.begin(), all.end(), std::size_t{0}, [](std::size_t sum, const Pairs& pairs) {
+        return sum + pairs.inThisRun.size() + pairs.inTheNextRun.size();
+    });
+}
+
+class FaultPairs : public testing::TestWithParam<PairRow>
+{
+protected:
+    void tryAll(const Pairs& pairs)
+    {
+        for (const Second& second : pairs.inThisRun) {
+            inOneRun(pairs.first, second);
+        }
+        for (const Second& second : pairs.inTheNextRun) {
+            inTheNextRun(pairs.first, second, pairs.afterwards);
+        }
+    }
+
+    SweepCount m_count;
+
+private:
+    void inOneRun(const Fault& first, const Second& second)
+    {
+        SCOPED_TRACE(std::string(second.variant.name) + " at " + std::to_string(second.position) + " after " +
+                     std::to_string(first.position));
+        SimulatedSetup setup(hubThatRuns(GetParam().runs));
+        setup.hub().addFault(first);
+        setup.hub().addFault(second.variant.at(second.position));
+        expectATrueEnd(setup);
+        m_count.fired(setup.hub().faultsTriggered());
+        finish(setup, first.amount + second.variant.amount);
+    }
+
+    void inTheNextRun(const Fault& first, const Second& second, HubCode startsWith)
+    {
+        SCOPED_TRACE(std::string(second.variant.name) + " at " + std::to_string(second.position) +
+                     " in the run after " + std::to_string(first.position));
+        std::vector<std::uint8_t> left;
+        {
+            SimulatedSetup before(hubThatRuns(GetParam().runs));
+            before.hub().addFault(first);
+            expectATrueEnd(before);
+            m_count.fired(before.hub().faultsTriggered());
+            left = before.hub().flash();
+        }
+        SimulatedSetup setup(hubThatRuns(HubCode::Flash, left));
+        EXPECT_EQ(setup.hub().runningCode(), startsWith);
+        setup.hub().addFault(second.variant.at(second.position));
+        expectATrueEnd(setup);
+        m_count.fired(setup.hub().faultsTriggered());
+        finish(setup, second.variant.amount);
+    }
+
+    static void expectATrueEnd(SimulatedSetup& setup)
+    {
+        const FlowRun run(easyUpdate(), setup);
+        expectTold(easyUpdate(), run.told, run.succeeded);
+    }
+
+    void finish(SimulatedSetup& setup, unsigned opensStillRefused)
+    {
+        expectHealthyUpdate(setup, opensStillRefused);
+        m_count.ran();
+    }
+};
+
+} // namespace
+
+TEST_P(FaultPairs, EndTrulyAndTheNextUpdateSucceeds)
+{
+    const std::vector<Pairs> all = pairsOf(GetParam());
+    for (const Pairs& pairs : all) {
+        if (!HasFailure()) {
+            tryAll(pairs);
+        }
+    }
+    m_count.expect(countOf(all), 2 * countOf(all));
+}
+
+TEST(FaultPairsInAll, AreThisMany)
+{
+    std::size_t pairs = 0;
+    for (const PairRow& row : everyRow()) {
+        pairs += countOf(pairsOf(row));
+    }
+    EXPECT_EQ(pairs, 46215U);
+}
+
+INSTANTIATE_TEST_SUITE_P(OfAnUpdate, FaultPairs, testing::ValuesIn(everyRow()),
+                         [](const auto& row) { return nameOf(row.param); });
+
+} // namespace vornadel::test

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "tests/flows/FlowTable.h"
+
+#include <array>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vornadel::test
+{
+
+// What one fault makes of a flow.
+
+/// One kind of fault with its argument, in all the places where it can happen.
+struct FaultVariant {
+    const char* name;
+    FaultKind kind;
+    unsigned amount = 0; ///< bytes torn off after, opens refused, seconds late
+
+    Fault at(unsigned position) const;
+};
+
+inline constexpr std::array<FaultVariant, 18> kFaultVariants = {{
+    {"Stall", FaultKind::Stall},
+    {"VanishBefore", FaultKind::VanishBefore},
+    {"VanishAfter", FaultKind::VanishAfter},
+    {"Ignore", FaultKind::Ignore},
+    {"TornAtOnce", FaultKind::Torn, 0},
+    {"TornHalfWay", FaultKind::Torn, 1000},
+    {"TornAtTheEnd", FaultKind::Torn, 4095},
+    {"Flip", FaultKind::Flip},
+    {"OneOpenRefused", FaultKind::OpenRefused, 1},
+    {"NineteenOpensRefused", FaultKind::OpenRefused, 19},
+    {"AllOpensRefused", FaultKind::OpenRefused, 20},
+    {"Never", FaultKind::Never},
+    {"Late", FaultKind::Late, 3},
+    {"JustInTime", FaultKind::Late, 19},
+    {"TooLateForTheRomCode", FaultKind::Late, 21},
+    {"TooLate", FaultKind::Late, 41},
+    {"SameMode", FaultKind::SameMode},
+    {"Bounce", FaultKind::Bounce},
+}};
+
+enum class Strikes { Request, Open, Restart };
+Strikes strikes(FaultKind kind);
+
+/// Whether the fault can happen to this request of a flow, to the open before it, or to the restart that it causes.
+bool happensAt(FaultKind kind, char request);
+
+/// The places in these requests at which the variant can happen, by index.
+std::vector<std::size_t> placesOf(const FaultVariant& variant, const std::string& wire);
+
+/// The position that a fault needs to happen at this index. `refused`: opens that were refused before it.
+unsigned positionOf(FaultKind kind, const std::string& wire, std::size_t index, unsigned refused = 0);
+
+/// What becomes of a flow with one fault in it.
+struct Outcome {
+    std::string wire;                    ///< the requests that reach the hub, the struck one included
+    std::optional<Step> fails;           ///< the step at which the flow fails; nothing: it succeeds
+    HubCode afterwards = HubCode::Flash; ///< the code with which the hub starts when it is plugged in again
+};
+Outcome outcomeOf(const Flow& flow, HubCode runs, const FaultVariant& variant, std::size_t index);
+
+/// The hub confirms what it has not done, or delivers what its flash does not hold.
+bool isDishonest(FaultKind kind);
+
+} // namespace vornadel::test
