@@ -70,7 +70,7 @@ FlowRun::FlowRun(const Flow& flow, SimulatedSetup& setup)
     const Clock::Duration begun = setup.clock.now();
     succeeded = flow.run(setup.hub(), told);
     setup.hub().onRequest = nullptr;
-    EXPECT_LE(setup.clock.now() - begun, longestRun());
+    EXPECT_LE(setup.clock.now() - begun, longestFor(wire));
     EXPECT_FALSE(Hub_IsOpen());
     if (succeeded && flow.writes) {
         EXPECT_TRUE(setup.hub().flash() == newFlash()) << "success was told";

@@ -193,12 +193,18 @@ void expectTold(const Flow& flow, const RecordingReporter& reporter, bool succee
     EXPECT_EQ(reporter.texts(Kind::Red), red);
 }
 
-Clock::Duration longestRun()
+Clock::Duration longestFor(const std::string& observed)
 {
-    constexpr Clock::Duration kThreePauses =
-        3 * 128ms; // after three failed attempts at a mode command, or to erase
-    constexpr Clock::Duration kTwentyReopens = 20 * 2s;
-    return 2 * (kThreePauses + kTwentyReopens) + kThreePauses;
+    constexpr Clock::Duration kPause = 128ms; // after every attempt to erase, and every failed one to restart
+    Clock::Duration longest = 3 * kPause;     // attempts that do not reach the hub any more, and end the flow
+    for (const char request : observed) {
+        if (request == 'm' || request == 'f') {
+            longest += 20 * 2s;
+        } else if (request == 'e') {
+            longest += kPause;
+        }
+    }
+    return longest;
 }
 
 } // namespace vornadel::test

@@ -13,8 +13,8 @@
 namespace vornadel::test
 {
 
-// What each flow sends and says when all goes well. The requests are written as one
-// letter each, by the part they have in a flow:
+// What each flow sends and says when all goes well. The requests are written as one letter each, by the part they have
+// in a flow:
 //
 // | letter | request |
 // |---|---|
@@ -64,7 +64,7 @@ char observedLetter(const ControlRequest& request);
 void expectTold(const Flow& flow, const RecordingReporter& reporter, bool succeeded,
                 std::optional<Step> fails = std::nullopt);
 
-/// The longest that a flow may take with a hub that does everything at once: both restarts waited for to the end.
-Clock::Duration longestRun();
+/// The longest that a flow may have taken whose requests these are, with a hub that needs no time for them.
+Clock::Duration longestFor(const std::string& observed);
 
 } // namespace vornadel::test
