@@ -72,6 +72,9 @@ FlowRun::FlowRun(const Flow& flow, SimulatedSetup& setup)
     setup.hub().onRequest = nullptr;
     EXPECT_LE(setup.clock.now() - begun, longestFor(wire));
     EXPECT_FALSE(Hub_IsOpen());
+    if (succeeded && !flow.steps.empty()) {
+        EXPECT_TRUE(wire.ends_with("fh")) << wire << ": the restarted hub was not seen";
+    }
     if (succeeded && flow.writes) {
         EXPECT_TRUE(setup.hub().flash() == newFlash()) << "success was told";
     }

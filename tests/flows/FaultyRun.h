@@ -25,7 +25,8 @@ private:
 SimulatedHubOptions hubThatRuns(HubCode code, const std::vector<std::uint8_t>& flash = oldFlash());
 
 /// One run of a flow. Expects what must hold whatever goes wrong: it ends in time, the hub is closed, success means
-/// that the image is in the flash, and nothing was sent before the image was accepted and its line told.
+/// that the image is in the flash and the hub came back, and nothing was sent before the image was accepted and its
+/// line told.
 struct FlowRun {
     FlowRun(const Flow& flow, SimulatedSetup& setup);
 

@@ -71,6 +71,12 @@ public:
         return m_pauses;
     }
 
+    void forgetPauses()
+    {
+        const std::lock_guard lock(m_mutex);
+        m_pauses.clear();
+    }
+
     /// Called in sleep(), on the sleeper's thread, before time passes. Set it before the threads start.
     std::function<void(Duration)> onSleep;
 

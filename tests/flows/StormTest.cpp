@@ -1,0 +1,163 @@
+// A loose plug: the hub leaves and comes a hundred times within one second, in the middle of an update.
+
+#include "hub/HubDetection.h"
+#include "tests/flows/FaultyRun.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <thread>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+using namespace std::chrono_literals;
+
+constexpr int kCycles = 100;
+
+/// The hub with the time that a real one takes, so that plugs come loose while it erases and writes, too.
+class SlowSetup
+{
+public:
+    explicit SlowSetup(HubCode runs)
+    {
+        SimulatedHubOptions options = hubThatRuns(runs);
+        options.keepInMemory = true;
+        std::string error;
+        bus = SimulatedBus::create(options, clock, error);
+        SupportedIdList.fill({});
+        SupportedIdList.at(0) = {1, 0x1209, 0x0001, 0x0002};
+        Hub_UsePlatform(*bus, clock);
+    }
+
+    VirtualClock clock;
+    std::unique_ptr<SimulatedBus> bus;
+};
+
+class Storm : public testing::TestWithParam<HubCode>
+{
+protected:
+    /// An update in which `storm` begins at a request; whether it succeeded.
+    void updateWith(std::size_t position, const std::function<void(SlowSetup&)>& storm, bool succeeds)
+    {
+        SCOPED_TRACE(position);
+        SlowSetup setup(GetParam());
+        SimulatedHub& hub = setup.bus->hub();
+        int departures = 0;
+        setup.bus->watch([&](UsbEvent event) { departures += event == UsbEvent::Detached ? 1 : 0; });
+        hub.onRequest = [&](const ControlRequest&) {
+            if (hub.requestCount() == position) {
+                storm(setup);
+            }
+        };
+        const Clock::Duration begun = setup.clock.now();
+        RecordingReporter reporter;
+        const bool succeeded = easyUpdate().run(hub, reporter);
+        expectTold(easyUpdate(), reporter, succeeded);
+        EXPECT_EQ(succeeded, succeeds);
+        EXPECT_FALSE(Hub_IsOpen());
+        EXPECT_LE(setup.clock.now() - begun, longestFor("mf") + 1s);
+
+        setup.clock.advance(60s);
+        setup.bus->unwatch();
+        EXPECT_GE(departures, 2 * kCycles) << "both devices, each time";
+        hub.onRequest = nullptr;
+        RecordingReporter healthy;
+        EXPECT_TRUE(easyUpdate().run(hub, healthy));
+        EXPECT_TRUE(hub.flash() == newFlash());
+    }
+};
+
+} // namespace
+
+TEST_P(Storm, InOneSecondOfAnUpdateLeavesItTruthful)
+{
+    const std::string wire = easyUpdate().wireFrom(GetParam());
+    const auto inOneSecond = [](SlowSetup& setup) {
+        SimulatedHub& hub = setup.bus->hub();
+        for (int cycle = 0; cycle < kCycles; ++cycle) {
+            setup.clock.after(cycle * 10ms, [&hub] { hub.unplug(); });
+            setup.clock.after(cycle * 10ms + 5ms, [&hub] { hub.replug(); });
+        }
+    };
+    for (std::size_t index = 0; index < wire.size(); ++index) {
+        // Reading takes the simulated hub no time: a storm that begins there comes when the work is done.
+        updateWith(index + 1, inOneSecond, wire.find_first_of("rfH") <= index);
+    }
+}
+
+TEST_P(Storm, InOneRequestOfAnUpdateLeavesItTruthful)
+{
+    const std::size_t requests = easyUpdate().wireFrom(GetParam()).size();
+    const auto atOnce = [](SlowSetup& setup) {
+        for (int cycle = 0; cycle < kCycles; ++cycle) {
+            setup.bus->hub().unplug();
+            setup.bus->hub().replug();
+        }
+    };
+    for (std::size_t position = 1; position <= requests; ++position) {
+        updateWith(position, atOnce, position == requests); // only the last has nothing after it
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(OfPlugs, Storm, testing::Values(HubCode::Flash, HubCode::Rom), [](const auto& runs) {
+    return std::string(runs.param == HubCode::Flash ? "FromFlashCode" : "FromRomCode");
+});
+
+TEST(StormOfPlugs, OnAnotherThreadLeavesUpdatesAndDetectionsTruthful)
+{
+    SimulatedSetup setup(hubThatRuns(HubCode::Flash));
+    SimulatedHub& hub = setup.hub();
+    std::atomic<unsigned> requests = 0;
+    std::atomic<bool> over = false;
+    std::atomic<int> arrivals = 0;
+    std::atomic<int> departures = 0;
+    setup.bus->watch([&](UsbEvent event) { ++(event == UsbEvent::Attached ? arrivals : departures); });
+    hub.onRequest = [&](const ControlRequest&) { ++requests; };
+
+    std::thread storm([&] {
+        for (int cycle = 0; cycle < kCycles; ++cycle) {
+            const unsigned seen = requests;
+            while (requests == seen) { // an update goes on
+                std::this_thread::yield();
+            }
+            hub.unplug();
+            hub.replug(cycle % 2 == 0 ? HubCode::Flash : HubCode::Rom);
+        }
+        over = true;
+    });
+    std::thread detection([&] { // what the window does at every event
+        int seen = 0;
+        while (!over) {
+            if (const int events = arrivals + departures; events != seen) {
+                seen = events;
+                Hub_Detect();
+            } else {
+                std::this_thread::yield();
+            }
+        }
+    });
+    unsigned updates = 0;
+    while (!over) {
+        RecordingReporter reporter;
+        const bool succeeded = easyUpdate().run(hub, reporter);
+        expectTold(easyUpdate(), reporter, succeeded);
+        ++updates;
+    }
+    storm.join();
+    detection.join();
+    setup.bus->unwatch();
+    EXPECT_FALSE(Hub_IsOpen());
+    EXPECT_GE(departures, 2 * kCycles);
+    EXPECT_EQ(arrivals, departures);
+    EXPECT_GT(updates, 0U);
+    hub.onRequest = nullptr;
+    expectHealthyUpdate(setup);
+}
+
+} // namespace vornadel::test

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <malloc.h>
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#include <sanitizer/allocator_interface.h>
+#endif
+
+namespace vornadel::test
+{
+
+/// What a process holds at a moment.
+struct Resources {
+    std::size_t bytes;       ///< of the heap, in use
+    std::size_t descriptors; ///< open files
+
+    static Resources now()
+    {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+        const std::size_t bytes =
+            __sanitizer_get_current_allocated_bytes(); // mallinfo2() knows nothing of this heap
+#else
+        const struct mallinfo2 info = mallinfo2();
+        const std::size_t bytes = info.uordblks + info.hblkhd;
+#endif
+        std::size_t descriptors = 0;
+        for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+            ++descriptors;
+        }
+        return {bytes, descriptors};
+    }
+};
+
+} // namespace vornadel::test
