@@ -39,6 +39,7 @@ public:
     void interrupt() override;
 
     std::vector<Duration> pauses() { return m_clock.pauses(); }
+    void advance(Duration by) { m_clock.advance(by); }
 
     MainThread* mainThread = nullptr; ///< to be set before the threads start
     /// A pause of that length lasts until this gate is opened, or the clock interrupted.
