@@ -40,6 +40,7 @@ public:
 
     std::vector<Duration> pauses() { return m_clock.pauses(); }
     void advance(Duration by) { m_clock.advance(by); }
+    void forgetPauses() { m_clock.forgetPauses(); }
 
     MainThread* mainThread = nullptr; ///< to be set before the threads start
     /// A pause of that length lasts until this gate is opened, or the clock interrupted.

@@ -1,3 +1,5 @@
+#include "tests/support/Resources.h"
+
 #include <QApplication>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -19,6 +21,7 @@ void failOnComplaint(QtMsgType type, const QMessageLogContext& /*context*/, cons
 
 int main(int argc, char** argv)
 {
+    vornadel::test::insistOnAnExactHeap(argv);
     testing::InitGoogleTest(&argc, argv);
     testing::GTEST_FLAG(death_test_style) = "threadsafe";
     qputenv("QT_QPA_PLATFORM", TEST_SCREEN); // a screen from outside has other sizes

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdlib>
 #include <filesystem>
 #include <malloc.h>
+#include <unistd.h>
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #include <sanitizer/allocator_interface.h>
@@ -32,5 +34,16 @@ struct Resources {
         return {bytes, descriptors};
     }
 };
+
+/// Begins the program anew, once, with a heap that keeps no caches for its threads: these count as in use.
+inline void insistOnAnExactHeap([[maybe_unused]] char** argv)
+{
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    if (std::getenv("GLIBC_TUNABLES") == nullptr) {
+        setenv("GLIBC_TUNABLES", "glibc.malloc.tcache_count=0", 1);
+        execv("/proc/self/exe", argv);
+    }
+#endif
+}
 
 } // namespace vornadel::test

@@ -1,0 +1,101 @@
+// What a day on a production line does to the window: a thousand updates, and plugs that come loose.
+
+#include "tests/app/ToolUnderTest.h"
+
+#include "hub/HubTransport.h"
+#include "sim/DemoImage.h"
+#include "tests/support/Resources.h"
+
+#include <QPushButton>
+#include <QTest>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <iostream>
+#include <thread>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+constexpr int kUpdates = 1000;
+constexpr int kWarmUp = 100;
+constexpr int kCycles = 100;
+
+class WindowEndurance : public ToolUnderTest
+{
+protected:
+    void SetUp() override
+    {
+        launchAndSettle();
+        chooseByTyping(tool().btnSelect_EasyUpdate, QString::fromStdString(writeFile("demo.bin", m_image)));
+    }
+
+    /// One press of "Update", to its end.
+    void update()
+    {
+        QTest::mouseClick(tool().btnUpdate_EasyUpdate, Qt::LeftButton);
+        EXPECT_TRUE(waitUntilEnabled());
+        settleEvents();
+        EXPECT_FALSE(Hub_IsOpen());
+    }
+
+    bool saysSuccess() { return progressText().ends_with("Update FW Success\n"); }
+
+    const std::vector<std::uint8_t> m_image = demoImage(kDemoVersion101);
+};
+
+TEST_F(WindowEndurance, AThousandUpdatesLeaveNothingBehind)
+{
+    Resources early{};
+    for (int done = 0; done < kWarmUp + kUpdates && !HasFailure(); ++done) {
+        if (done == kWarmUp) {
+            early = Resources::now();
+        }
+        EXPECT_TRUE(hub().setFlash(demoImage()));
+        update();
+        EXPECT_TRUE(saysSuccess());
+        clock().forgetPauses();
+    }
+    const Resources late = Resources::now();
+    std::cout << kUpdates << " updates; heap " << early.bytes << " -> " << late.bytes
+              << " bytes, descriptors " << early.descriptors << " -> " << late.descriptors << '\n';
+    // The smallest block, left behind by each, would be this much.
+    EXPECT_LT(late.bytes, early.bytes + kUpdates * 24);
+    EXPECT_EQ(late.descriptors, early.descriptors);
+}
+
+TEST_F(WindowEndurance, AStormOfPlugsLeavesTheWindowTruthfulAndUsable)
+{
+    std::atomic<unsigned> requests = 0;
+    std::atomic<bool> over = false;
+    hub().onRequest = [&](const ControlRequest&) { ++requests; };
+    std::thread storm([&] {
+        for (int cycle = 0; cycle < kCycles; ++cycle) {
+            for (const unsigned seen = requests;
+                 requests == seen;) { // an update or a look at the hub goes on
+                std::this_thread::yield();
+            }
+            hub().unplug();
+            hub().replug(cycle % 2 == 0 ? HubCode::Flash : HubCode::Rom);
+        }
+        over = true;
+    });
+    while (!over) {
+        update();
+        EXPECT_TRUE(saysSuccess() || progressText().ends_with("Update FW Fail\n")) << progressText();
+        EXPECT_EQ(hueOf(*tool().nstfUpdateInfo_UpdateFW), saysSuccess() ? kBlueHue : kRedHue);
+    }
+    storm.join();
+    settleEvents();
+    update();
+    EXPECT_TRUE(saysSuccess());
+    EXPECT_EQ(hub().flash(), m_image);
+    EXPECT_TRUE(waitFor([this] { return hubInfo() == "Detect Zel Hub : Success\nfwVer:0101"; })) << hubInfo();
+}
+
+} // namespace
+
+} // namespace vornadel::test
