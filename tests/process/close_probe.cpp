@@ -13,6 +13,7 @@
 //   close_probe FLASH IMAGE dialog 0      right after the image has been chosen
 //   close_probe FLASH IMAGE launch 0      as soon as the window is there, with the start-up run going on
 //   close_probe FLASH IMAGE end 0         after the last line
+//   close_probe FLASH IMAGE loss 0        from a button's slot that loses a kilobyte
 
 #include "app/AppDelegate.h"
 #include "app/Controls.h"
@@ -179,6 +180,9 @@ bool useFlashPage(AppDelegate& delegate, Moment& moment)
     return false;
 }
 
+/// Not to be optimised away.
+char* volatile lost = nullptr;
+
 void use(AppDelegate& delegate, Moment& moment, const QString& image)
 {
     if (moment.is("launch")) {
@@ -186,6 +190,15 @@ void use(AppDelegate& delegate, Moment& moment, const QString& image)
         return;
     }
     if (moment.is("start-up")) {
+        return;
+    }
+    if (moment.is("loss")) {
+        QObject::connect(delegate.btnRead_FwFlash, &QPushButton::pressed, &delegate, [&delegate] {
+            lost = new char[1024];
+            lost = nullptr;
+            delegate.window()->close();
+        });
+        whenIdle(delegate, [&delegate] { delegate.btnRead_FwFlash->click(); });
         return;
     }
     whenIdle(delegate, [&delegate, &moment, image] {

@@ -7,7 +7,8 @@
 #include <unistd.h>
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#include <sanitizer/allocator_interface.h>
+/// Of the sanitizers' own heap, in use.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes(); // NOLINT: their name for it
 #endif
 
 namespace vornadel::test
