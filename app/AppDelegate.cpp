@@ -61,7 +61,25 @@ void AppDelegate::applicationDidFinishLaunching()
     MyLayoutUI();
     RegisterNotifycation();
     SetButtonStatus(false); // the run does so too, but from its own thread: no press may come before that
-    m_worker.startBeside([this] { MP_UpdateScalar(); });
+    if (!m_worker.startBeside([this] { MP_UpdateScalar(); })) {
+        sayThatNothingStarts();
+    }
+}
+
+void AppDelegate::startFlow(std::function<void()> flow)
+{
+    if (!m_worker.start(std::move(flow))) {
+        sayThatNothingStarts();
+    }
+}
+
+void AppDelegate::sayThatNothingStarts()
+{
+    m_mainThread.postAndWait([this] {
+        resetProgressInfo();
+        appendProgressInfo_Red("Fail to start: the system has no thread left\n");
+        SetButtonStatus(true);
+    });
 }
 
 void AppDelegate::takeBootArgumentsSnapshot()

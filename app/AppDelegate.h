@@ -116,6 +116,9 @@ private:
     void takeBootArgumentsSnapshot();
 
     std::string textOfField(const QLineEdit& field);
+    void startFlow(
+        std::function<void()> flow); ///< the buttons are off; they are on again when it cannot be started
+    void sayThatNothingStarts();
     void runScript(const char* name);
 
     void connectPropertyEditor();

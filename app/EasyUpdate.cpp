@@ -37,7 +37,7 @@ void AppDelegate::chooseFw_EasyUpdate()
 void AppDelegate::updateFw_EasyUpdate()
 {
     SetButtonStatus(false);
-    m_worker.start([this] { updateFunc(); });
+    startFlow([this] { updateFunc(); });
 }
 
 void AppDelegate::updateFunc()

@@ -30,7 +30,7 @@ std::string textOf(const QLineEdit* field) { return field->text().toStdString();
 void AppDelegate::read_FwFlash()
 {
     SetButtonStatus(false);
-    m_worker.start([this] { readFunc_FwFlash(); });
+    startFlow([this] { readFunc_FwFlash(); });
 }
 
 void AppDelegate::readFunc_FwFlash()
@@ -80,7 +80,7 @@ void AppDelegate::load_FwFlash()
 void AppDelegate::erase_FwFlash()
 {
     SetButtonStatus(false);
-    m_worker.start([this] { eraseFunc_FwFlash(); });
+    startFlow([this] { eraseFunc_FwFlash(); });
 }
 
 void AppDelegate::eraseFunc_FwFlash()

@@ -1,29 +1,41 @@
 #include "app/FlowWorker.h"
 
+#include <system_error>
 #include <thread>
 #include <utility>
 
 namespace vornadel
 {
 
-void FlowWorker::startBeside(std::function<void()> work)
+bool FlowWorker::startBeside(std::function<void()> work)
 {
     {
         const std::lock_guard lock(m_mutex);
         ++m_running;
     }
-    std::thread([this, work = std::move(work)]() mutable {
-        work();
-        work = nullptr; // what it holds goes before the thread counts as ended
-        const std::lock_guard lock(m_mutex);
-        --m_running;
-        m_ended.notify_all(); // under the lock: after finish() this object may be gone
-    }).detach();
+    try {
+        std::thread([this, work = std::move(work)]() mutable {
+            work();
+            work = nullptr; // what it holds goes before the thread counts as ended
+            ended();
+        }).detach();
+    } catch (const std::system_error&) {
+        ended();
+        return false;
+    }
+    return true;
 }
 
-void FlowWorker::start(std::function<void()> flow)
+void FlowWorker::ended()
 {
-    startBeside([this, flow = std::move(flow)] {
+    const std::lock_guard lock(m_mutex);
+    --m_running;
+    m_ended.notify_all(); // under the lock: after finish() this object may be gone
+}
+
+bool FlowWorker::start(std::function<void()> flow)
+{
+    return startBeside([this, flow = std::move(flow)] {
         const std::lock_guard lock(m_oneFlow);
         flow();
     });

@@ -28,7 +28,7 @@ void AppDelegate::chooseScalarUpdateFw()
 void AppDelegate::MP_UpdateScalar()
 {
     m_mainThread.postAndWait([this] { SetButtonStatus(false); });
-    m_worker.start([this] { updateScalar(); });
+    startFlow([this] { updateScalar(); });
 }
 
 void AppDelegate::updateScalar()

@@ -1,6 +1,7 @@
 #include "app/FlowWorker.h"
 
 #include "tests/support/Gate.h"
+#include "tests/support/NoMoreThreads.h"
 
 #include <gtest/gtest.h>
 
@@ -115,6 +116,22 @@ TEST(FlowWorker, GivesBackWhatAFlowHeldBeforeItCountsAsEnded)
     worker.startBeside([held] {});
     ASSERT_TRUE(worker.finish(kPatience));
     EXPECT_EQ(held.use_count(), 1);
+}
+
+TEST(FlowWorker, SaysThatThereIsNoThread)
+{
+    FlowWorker worker;
+    bool ran = false;
+    {
+        const NoMoreThreads none;
+        EXPECT_FALSE(worker.start([&] { ran = true; }));
+        EXPECT_FALSE(worker.startBeside([&] { ran = true; }));
+    }
+    EXPECT_TRUE(worker.finish(0ms));
+    EXPECT_FALSE(ran);
+    EXPECT_TRUE(worker.start([&] { ran = true; }));
+    EXPECT_TRUE(worker.finish(kPatience));
+    EXPECT_TRUE(ran);
 }
 
 } // namespace

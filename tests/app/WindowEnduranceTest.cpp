@@ -1,9 +1,11 @@
-// What a day on a production line does to the window: a thousand updates, and plugs that come loose.
+// What a day on a production line does to the window: a thousand updates, plugs that come loose, and
+// a system that has nothing left to give.
 
 #include "tests/app/ToolUnderTest.h"
 
 #include "hub/HubTransport.h"
 #include "sim/DemoImage.h"
+#include "tests/support/NoMoreThreads.h"
 #include "tests/support/Resources.h"
 
 #include <QPushButton>
@@ -94,6 +96,20 @@ TEST_F(WindowEndurance, AStormOfPlugsLeavesTheWindowTruthfulAndUsable)
     EXPECT_TRUE(saysSuccess());
     EXPECT_EQ(hub().flash(), m_image);
     EXPECT_TRUE(waitFor([this] { return hubInfo() == "Detect Zel Hub : Success\nfwVer:0101"; })) << hubInfo();
+}
+
+TEST_F(WindowEndurance, AFlowThatFindsNoThreadIsToldAndMayBePressedAgain)
+{
+    for (QPushButton* button : {tool().btnUpdate_EasyUpdate, tool().btnRead_FwFlash, tool().btnErase_FwFlash,
+                                tool().nsbtnUpdate_Scalar}) {
+        const NoMoreThreads none;
+        QTest::mouseClick(button, Qt::LeftButton);
+        EXPECT_TRUE(allSwitched(true));
+        EXPECT_EQ(progressText(), "Fail to start: the system has no thread left\n");
+        EXPECT_EQ(hueOf(*tool().nstfUpdateInfo_UpdateFW), kRedHue);
+    }
+    update();
+    EXPECT_TRUE(saysSuccess());
 }
 
 } // namespace

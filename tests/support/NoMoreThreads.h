@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstddef>
+#include <pthread.h>
+
+namespace vornadel::test
+{
+
+/// No thread can be started meanwhile: each would need a larger stack than there are addresses.
+class NoMoreThreads
+{
+public:
+    NoMoreThreads()
+    {
+        pthread_getattr_default_np(&m_before);
+        pthread_attr_t vast = m_before;
+        pthread_attr_setstacksize(&vast, std::size_t{1} << 50);
+        pthread_setattr_default_np(&vast);
+    }
+    NoMoreThreads(const NoMoreThreads&) = delete;
+    NoMoreThreads& operator=(const NoMoreThreads&) = delete;
+    ~NoMoreThreads()
+    {
+        pthread_setattr_default_np(&m_before);
+        pthread_attr_destroy(&m_before);
+    }
+
+private:
+    pthread_attr_t m_before{};
+};
+
+} // namespace vornadel::test
