@@ -5,8 +5,10 @@
 #include "tests/support/VirtualClock.h"
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -16,6 +18,24 @@
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
+
+namespace
+{
+
+std::atomic<unsigned> lastTimeout; // in milliseconds, of the control transfer that went to libusb last
+
+} // namespace
+
+/// Stands before libusb's own, which does the work.
+extern "C" int libusb_control_transfer(libusb_device_handle* handle, std::uint8_t requestType,
+                                       std::uint8_t request, std::uint16_t value, std::uint16_t index,
+                                       unsigned char* data, std::uint16_t length, unsigned timeout)
+{
+    static const auto real =
+        reinterpret_cast<decltype(&libusb_control_transfer)>(dlsym(RTLD_NEXT, "libusb_control_transfer"));
+    lastTimeout = timeout;
+    return real(handle, requestType, request, value, index, data, length, timeout);
+}
 
 namespace vornadel::test
 {
@@ -317,7 +337,13 @@ TEST_F(LibusbBusTest, EndsATransferThatIsNotAnsweredAndGoesOn)
 
 TEST_F(LibusbBusTest, WaitsThirtySecondsUnlessToldOtherwise)
 {
-    EXPECT_EQ(LibusbBus::Options{}.controlTimeout, std::chrono::seconds(30));
+    LibusbBus patient(m_clock);
+    m_testbed.plug("1-1", kVendorId, kProductId);
+    const auto device = findDevice(patient, kVendorId, kProductId);
+    ASSERT_TRUE(device && device->open());
+    ControlRequest request{.bmRequestType = 0x40};
+    EXPECT_EQ(device->control(request), 0U);
+    EXPECT_EQ(lastTimeout, 30000U);
 }
 
 TEST_F(LibusbBusTest, EndsATransferInFlightWhenTheDeviceLeaves)

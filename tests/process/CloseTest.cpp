@@ -111,7 +111,7 @@ class InEveryPhase : public ClosingTheWindow, public testing::WithParamInterface
 std::vector<Point> points()
 {
     std::vector<Point> all{{"launch", 0}, {"dialog", 0}, {"panel", 0}, {"alert", 0},
-                           {"pause", 1},  {"pause", 2},  {"pause", 3}};
+                           {"pause", 1},  {"pause", 2},  {"pause", 3}, {"farewell", 1}};
     for (const unsigned request : {1U, 4U, 7U, 12U, 20U, 24U, 25U}) {
         all.push_back({"start-up", request});
     }
@@ -131,7 +131,7 @@ std::vector<Point> points()
 
 TEST_P(InEveryPhase, EndsTheProcessAndSparesTheNextUpdate)
 {
-    if (std::string(GetParam().kind) == "start-up") {
+    if (const std::string kind = GetParam().kind; kind == "start-up" || kind == "farewell") {
         std::ofstream(folder / "config.ini", std::ios::app) << "[DumpTool Config]\nFwBin = new.bin\n";
     }
     EXPECT_EQ(closeAt(GetParam().kind, GetParam().number), 0) << log();

@@ -6,6 +6,7 @@
 //   close_probe FLASH IMAGE stuck N       the same, and that request never ends
 //   close_probe FLASH IMAGE pause N       while the flow sleeps for the N-th time after the press
 //   close_probe FLASH IMAGE start-up N    while the N-th request of the start-up run is in flight
+//   close_probe FLASH IMAGE farewell 1    in the five seconds after the success of the start-up run
 //   close_probe FLASH IMAGE read N        while the N-th request of a flash read is in flight
 //   close_probe FLASH IMAGE erase N       while the N-th request of a flash erase is in flight
 //   close_probe FLASH IMAGE panel 0       while the flash page asks where to save
@@ -18,6 +19,7 @@
 #include "app/AppDelegate.h"
 #include "app/Controls.h"
 #include "app/Tool.h"
+#include "flows/ScalarUpdate.h"
 #include "sim/SimulatedBus.h"
 #include "tests/support/FakeSystem.h"
 
@@ -101,7 +103,7 @@ public:
     Duration now() override { return m_now.load(); }
     void sleep(Duration pause) override
     {
-        if (m_moment.reached("pause")) {
+        if (m_moment.reached("pause") || (pause == kScalarFarewell && m_moment.reached("farewell"))) {
             Moment::close();
             std::unique_lock lock(m_mutex);
             m_wake.wait(lock, [this] { return m_interrupted; });
@@ -189,7 +191,7 @@ void use(AppDelegate& delegate, Moment& moment, const QString& image)
         QTimer::singleShot(0, &delegate, [&delegate] { delegate.window()->close(); });
         return;
     }
-    if (moment.is("start-up")) {
+    if (moment.is("start-up") || moment.is("farewell")) {
         return;
     }
     if (moment.is("loss")) {
@@ -231,7 +233,7 @@ int main(int argc, char** argv)
     const QApplication application(argc, argv);
     QObject::connect(&application, &QApplication::lastWindowClosed, [&] { moment.windowHasClosed(); });
 
-    if (moment.is("start-up")) {
+    if (moment.is("start-up") || moment.is("farewell")) {
         moment.arm();
     }
 
