@@ -60,7 +60,7 @@ function(vornadel_target_defaults target)
   if(VORNADEL_SANITIZE)
     target_compile_options(${target} PRIVATE
       -fsanitize=${VORNADEL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all
-      -Wno-maybe-uninitialized) # g++ 12 sees ghosts in the standard library once it is instrumented
+      $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>) # g++ 12 sees ghosts in the instrumented standard library
     target_link_options(${target} PUBLIC -fsanitize=${VORNADEL_SANITIZE})
   endif()
 endfunction()

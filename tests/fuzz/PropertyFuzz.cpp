@@ -1,0 +1,103 @@
+// The reading of property definitions, and each property's field read and written in a block. An input is the file.
+
+#include "props/GenFun.h"
+#include "props/Pages.h"
+#include "props/PropertyFile.h"
+#include "tests/fuzz/FuzzInput.h"
+#include "tests/props/PlainReading.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <string_view>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+using Block = std::array<std::uint8_t, 256>;
+
+/// As a field can be written through its item: every position of its list, and a few that are none.
+void requireReadsBack(const PropItem& item, Block& block)
+{
+    std::uint8_t& byte = block.at(item.addr & 0xFF);
+    std::uint8_t high = 0;
+    std::uint8_t low = 0;
+    GF_Mask2Bits(item.mask, &high, &low);
+    require(item.mask == 0 ? high == 0xFF && low == 0xFF : high <= 7 && low <= high, "a mask has its bits");
+    const unsigned room = item.mask == 0 ? 0U : static_cast<unsigned>(item.mask >> low);
+    for (unsigned value = 0; value < item.propList.size() + 3; ++value) {
+        const Block before = block;
+        GF_SetMaskValue(&byte, item.mask, static_cast<std::uint8_t>(value));
+        require(GF_GetMaskValue(&byte, item.mask) == (value & room), "what was written reads back");
+        Block others = block;
+        auto& other = others.at(item.addr & 0xFF);
+        const auto old = before.at(item.addr & 0xFF);
+        other = static_cast<std::uint8_t>((other & ~item.mask) | (old & item.mask));
+        require(others == before, "nothing but the field was written");
+    }
+}
+
+void requireWellFormed(const PropItemList& items)
+{
+    int before = -1;
+    for (const auto& item : items) {
+        require(item->key > before && item->key != 0xFF,
+                "items come in the order of their numbers, up to 254");
+        before = item->key;
+        require(!item->propName.empty() && item->propName == item->property, "every item has its name");
+        require(item->propList.size() == item->dataList.size() && item->propList.size() <= 16,
+                "labels have their values");
+        require(item->curValue ==
+                    (item->dataList.empty() ? std::string(kConstValue) : item->dataList.front()),
+                "the first value is the current one");
+        const auto pages = std::count(kPropertyPages.begin(), kPropertyPages.end(), item->pageName);
+        require(pages == 0 || pages == 1, "an item is on one page at most");
+    }
+}
+
+void requireEqual(const PropItemList& items, const std::vector<PropItem>& expected)
+{
+    require(items.size() == expected.size(), "the plain reading finds as many items");
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        require(fieldsOf(*items[i]) == fieldsOf(expected[i]), "the plain reading finds the same");
+    }
+}
+
+} // namespace
+
+} // namespace vornadel::test
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    using namespace vornadel;
+    using namespace vornadel::test;
+    static const MemoryFile file;
+    file.write({data, size});
+
+    std::string problem;
+    const PropItemList items = readPropertyFile(file.path(), problem);
+    require(problem.find('\n') == std::string::npos, "a problem is one line");
+    require(problem.empty() || items.empty(), "a file with a problem gives no items");
+    const PlainReading plain(file.path());
+    const bool text = std::find(data, data + size, 0) == data + size;
+    const bool mayBeTooLong = size > kMostPropertyLines; // no line has less than a byte
+    require(problem.empty() == (text && plain.readable()) || mayBeTooLong,
+            "what a plain reading can read is read, and nothing else");
+    if (!problem.empty()) {
+        return 0;
+    }
+    requireWellFormed(items);
+    requireEqual(items, plain.items());
+
+    Block block{};
+    for (std::size_t i = 0; i < block.size(); ++i) {
+        block.at(i) = static_cast<std::uint8_t>(i * 37 + 11);
+    }
+    for (const auto& item : items) {
+        requireReadsBack(*item, block);
+    }
+    return 0;
+}
