@@ -197,6 +197,22 @@ TEST_F(ImageFile, MakesTheFileThatADanglingLinkLeadsTo)
     EXPECT_EQ(contentOf(path("far/new.bin")), "new");
 }
 
+TEST_F(ImageFile, DoesNotFollowLinksWithoutEnd)
+{
+    fs::create_symlink("2", path("1"));
+    fs::create_symlink("1", path("2"));
+    expectRefused(path("1"), "Too many levels of symbolic links");
+
+    constexpr int kMostThatTheSystemFollows = 40;
+    for (int i = 0; i < kMostThatTheSystemFollows; ++i) {
+        fs::create_symlink("link" + std::to_string(i + 1), path("link" + std::to_string(i)));
+    }
+    expectRefused(path("link0"),
+                  "Too many levels of symbolic links"); // to nothing, so not even the system minds
+    expectSaved(path("link1"), "new");
+    EXPECT_EQ(contentOf(path("link40")), "new");
+}
+
 TEST_F(ImageFile, LeavesOtherHardLinksWithTheOldContent)
 {
     const std::string file = make("old.bin", "old");

@@ -275,6 +275,15 @@ TEST_F(Abandon, FailsEveryOpenWithoutLookingAtTheBus)
     EXPECT_THAT(m_bus.events(), IsEmpty());
 }
 
+TEST_F(Abandon, StopsAnOpenThatIsStillLookingForItsHub)
+{
+    m_bus.onSearch([] { Hub_Abandon(); });
+    EXPECT_FALSE(Hub_OpenDevice());
+    EXPECT_EQ(LastError, 5);
+    EXPECT_THAT(m_bus.events(), ElementsAre("search", "drop 0"));
+    EXPECT_THAT(m_bus.requests(), IsEmpty());
+}
+
 TEST_F(Abandon, AnswersRequestsWithoutSendingThem)
 {
     open();

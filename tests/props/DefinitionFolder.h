@@ -1,6 +1,7 @@
 #pragma once
 
 #include "props/PropertyFile.h"
+#include "tests/support/WithoutPrivilege.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -14,29 +15,6 @@
 
 namespace vornadel::test
 {
-
-/// As long as it lives, root is nobody in particular, to whom permissions apply; others stay who they are.
-class WithoutPrivilege
-{
-public:
-    WithoutPrivilege() : m_wasRoot(geteuid() == 0)
-    {
-        if (m_wasRoot && seteuid(65534) != 0) {
-            ADD_FAILURE() << "root cannot become nobody";
-        }
-    }
-    WithoutPrivilege(const WithoutPrivilege&) = delete;
-    WithoutPrivilege& operator=(const WithoutPrivilege&) = delete;
-    ~WithoutPrivilege()
-    {
-        if (m_wasRoot && seteuid(0) != 0) {
-            std::abort();
-        }
-    }
-
-private:
-    bool m_wasRoot;
-};
 
 /// A folder with definition files in it, gone after the test.
 class DefinitionFolder : public ::testing::Test

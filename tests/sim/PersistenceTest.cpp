@@ -1,6 +1,8 @@
 #include "sim/DemoImage.h"
 #include "sim/FlashFile.h"
 #include "tests/sim/HubBench.h"
+#include "tests/support/FullDisk.h"
+#include "tests/support/WithoutPrivilege.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -65,6 +67,12 @@ protected:
         std::string error;
         EXPECT_EQ(SimulatedBus::create(bad, m_clock, error), nullptr);
         return error;
+    }
+
+    std::string refusalWithoutPrivilege()
+    {
+        const WithoutPrivilege nobody;
+        return refusal(options());
     }
 
     fs::path m_folder;
@@ -202,6 +210,69 @@ TEST_F(FlashFileTest, ThatCannotBeReplacedFailsTheRequest)
     EXPECT_EQ(bench.erase(), kSimulatedStall);
     EXPECT_EQ(bench.hub().flash(), demoImage());
     EXPECT_FALSE(bench.hub().setFlash(demoImage(0x0101)));
+}
+
+TEST_F(FlashFileTest, OnAFullDiskFailsTheRequestAndStaysAsItWas)
+{
+    HubBench bench(options());
+    ASSERT_TRUE(bench.open());
+    {
+        const FullDisk disk(kFlashSize - 1);
+        EXPECT_EQ(bench.erase(), kSimulatedStall);
+        EXPECT_EQ(bench.write(0, {0x00}), kSimulatedStall);
+        EXPECT_FALSE(bench.hub().setFlash(demoImage(0x0101)));
+    }
+    EXPECT_EQ(bench.hub().flash(), demoImage());
+    EXPECT_EQ(content(path()), demoImage());
+    EXPECT_FALSE(fs::exists(path("hub.bin.new")));
+    EXPECT_EQ(bench.erase(), 0U); // there is room again
+}
+
+TEST_F(FlashFileTest, ForWhichThereIsNoRoomIsRefused)
+{
+    const FullDisk disk(1000);
+    EXPECT_THAT(refusal(options()), HasSubstr("cannot write " + path()));
+    EXPECT_FALSE(fs::exists(path()));
+}
+
+TEST_F(FlashFileTest, ThatMayNotBeReadOrWrittenIsRefused)
+{
+    put(path(), demoImage());
+    ASSERT_EQ(::chmod(m_folder.c_str(), 0777), 0);
+    ASSERT_EQ(::chmod(path().c_str(), 0200), 0);
+    EXPECT_THAT(refusalWithoutPrivilege(), HasSubstr("cannot read " + path()));
+    ASSERT_EQ(::chmod(path().c_str(), 0444), 0);
+    EXPECT_THAT(refusalWithoutPrivilege(), HasSubstr("cannot write " + path()));
+    EXPECT_EQ(content(path()), demoImage());
+}
+
+TEST_F(FlashFileTest, WhoseLockCannotBeOpenedIsRefused)
+{
+    put(path(), demoImage());
+    fs::create_directory(path("hub.bin.lock"));
+    EXPECT_THAT(refusal(options()), HasSubstr("cannot open " + path("hub.bin.lock")));
+}
+
+TEST_F(FlashFileTest, InAFolderThatMayNotBeChangedIsRefused)
+{
+    put(path(), demoImage());
+    put(path("hub.bin.lock"), {});
+    ASSERT_EQ(::chmod(path().c_str(), 0666), 0);
+    ASSERT_EQ(::chmod(path("hub.bin.lock").c_str(), 0666), 0);
+    ASSERT_EQ(::chmod(m_folder.c_str(), 0555), 0);
+    EXPECT_THAT(refusalWithoutPrivilege(), HasSubstr("cannot replace files in " + m_folder.string()));
+    ASSERT_EQ(::chmod(m_folder.c_str(), 0700), 0);
+}
+
+TEST_F(FlashFileTest, IsNotMadeFromContentOfAnotherSize)
+{
+    SimulatedHubOptions tooShort = options();
+    tooShort.initialFlash = Bytes(kFlashSize - 1, 0xFF);
+    EXPECT_THAT(refusal(tooShort), HasSubstr("has 32768 bytes, not 32767"));
+    EXPECT_FALSE(fs::exists(path()));
+    HubBench bench(options());
+    EXPECT_FALSE(bench.hub().setFlash(Bytes(kFlashSize + 1, 0xFF)));
+    EXPECT_EQ(bench.hub().flash(), demoImage());
 }
 
 TEST_F(FlashFileTest, ThatWasSpoiledFailsTheOpen)

@@ -281,6 +281,35 @@ TEST(Plug, PulledInMidRestartStaysAway)
     EXPECT_TRUE(listDevices(*bench.bus).empty());
 }
 
+TEST(Plug, PulledBetweenTheTwoDevicesBringsOnlyTheFirst)
+{
+    HubBench bench;
+    Events events;
+    bench.hub().unplug();
+    ASSERT_TRUE(bench.bus->watch([&](UsbEvent event) {
+        events.push_back(event);
+        if (event == kAttached) {
+            bench.hub().unplug();
+        }
+    }));
+    bench.hub().replug();
+    EXPECT_EQ(events, (Events{kAttached, kDetached}));
+    EXPECT_TRUE(listDevices(*bench.bus).empty());
+    bench.bus->unwatch();
+}
+
+TEST(Plug, PulledBeforeItBouncesStaysAway)
+{
+    HubBench bench(withFault("bounce", realOptions(HubCode::Flash)));
+    ASSERT_TRUE(bench.open());
+    bench.restartIntoRom();
+    bench.clock.advance(700ms);
+    ASSERT_EQ(listDevices(*bench.bus).size(), 2U);
+    bench.hub().unplug();
+    bench.clock.advance(10s);
+    EXPECT_TRUE(listDevices(*bench.bus).empty());
+}
+
 TEST(Plug, PutBackInMidRestartComesOnce)
 {
     HubBench bench(realOptions(HubCode::Flash));

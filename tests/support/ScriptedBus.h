@@ -42,6 +42,7 @@ public:
 
     ScriptedBus() = default;
 
+    void onSearch(std::function<void()> hook) { m_script->onSearch = std::move(hook); }
     void onOpen(std::function<void()> hook) { m_script->onOpen = std::move(hook); }
     void onClose(std::function<void()> hook) { m_script->onClose = std::move(hook); }
     /// Answers the requests; without it every request succeeds and leaves its data alone.
@@ -74,6 +75,9 @@ public:
     std::unique_ptr<UsbSearch> search() override
     {
         m_script->note("search");
+        if (m_script->onSearch) {
+            m_script->onSearch();
+        }
         return givesList ? std::make_unique<Search>(m_script, attached) : nullptr;
     }
 
@@ -85,6 +89,7 @@ private:
         std::mutex mutex;
         std::vector<std::string> events;
         std::vector<SeenRequest> requests;
+        std::function<void()> onSearch;
         std::function<void()> onOpen;
         std::function<void()> onClose;
         std::function<std::uint32_t(ControlRequest&)> onControl;
