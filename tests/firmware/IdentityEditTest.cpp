@@ -153,6 +153,26 @@ TEST_F(IdentityEdit, TouchesNothingBesideItsFields)
     }
 }
 
+TEST(IdentityTexts, FitWithFourDigitsAndTwentyNineCharacters)
+{
+    const IdentityTexts good{"1209", "0001", "0002", "0100", std::string(20, 'm'), std::string(9, 'p'), ""};
+    EXPECT_TRUE(good.fit());
+    for (std::string IdentityTexts::*id :
+         {&IdentityTexts::vid, &IdentityTexts::sspid, &IdentityTexts::hspid, &IdentityTexts::version}) {
+        for (const char* text : {"", "120", "12090"}) {
+            IdentityTexts bad = good;
+            bad.*id = text;
+            EXPECT_FALSE(bad.fit()) << text;
+        }
+    }
+    for (std::string IdentityTexts::*text :
+         {&IdentityTexts::manufacturer, &IdentityTexts::product, &IdentityTexts::serial}) {
+        IdentityTexts bad = good;
+        bad.*text += 'x';
+        EXPECT_FALSE(bad.fit());
+    }
+}
+
 TEST(IdentityEditWithoutAnImage, DoesNothing)
 {
     FwImage image;

@@ -1,0 +1,105 @@
+#include "flows/ScalarUpdate.h"
+
+#include "diagnosis/LastError.h"
+#include "tests/support/RecordingReporter.h"
+#include "tests/support/SimulatedSetup.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using Kind = RecordingReporter::Kind;
+
+class ScalarUpdate : public testing::Test
+{
+public:
+    ScalarUpdate(const ScalarUpdate&) = delete;
+    ScalarUpdate& operator=(const ScalarUpdate&) = delete;
+    ~ScalarUpdate() override
+    {
+        std::error_code ignored;
+        fs::remove_all(m_resources, ignored);
+    }
+
+protected:
+    ScalarUpdate()
+    {
+        std::string pattern = (fs::temp_directory_path() / "flows_test-XXXXXX").string();
+        m_resources = mkdtemp(pattern.data());
+    }
+
+    void keep(const std::string& name, const std::vector<std::uint8_t>& bytes)
+    {
+        std::ofstream file(m_resources / name, std::ios::binary);
+        std::copy(bytes.begin(), bytes.end(), std::ostreambuf_iterator<char>(file));
+    }
+
+    bool update(const std::string& fwbinPath)
+    {
+        return updateScalarImage(m_image, m_resources.string(), fwbinPath, "shown name", m_reporter);
+    }
+
+    fs::path m_resources;
+    SimulatedSetup m_setup;
+    FwImage m_image;
+    RecordingReporter m_reporter;
+};
+
+TEST_F(ScalarUpdate, WritesTheConfiguredImageOfTheResourceFolder)
+{
+    fs::create_directory(m_resources / "sub");
+    keep("sub/new.bin", demoImage(kDemoVersion101));
+    EXPECT_TRUE(update("sub/new.bin"));
+    EXPECT_EQ(m_setup.hub().flash(), demoImage(kDemoVersion101));
+    EXPECT_EQ(m_reporter.texts(Kind::Blue).front(), "FW:shown name(size=32768)\n\n");
+}
+
+TEST_F(ScalarUpdate, TakesAPathFromTheRootForOneInTheResourceFolder)
+{
+    keep("new.bin", demoImage(kDemoVersion101));
+    EXPECT_TRUE(update("/new.bin"));
+    EXPECT_EQ(m_setup.hub().flash(), demoImage(kDemoVersion101));
+}
+
+TEST_F(ScalarUpdate, WithoutAConfiguredImageWritesWhatIsLoaded)
+{
+    const std::vector<std::uint8_t> bytes = demoImage(kDemoVersion101);
+    ASSERT_TRUE(FwImage_Parse(m_image, bytes.data(), static_cast<std::int32_t>(bytes.size())));
+    EXPECT_TRUE(update(""));
+    EXPECT_EQ(m_setup.hub().flash(), bytes);
+}
+
+TEST_F(ScalarUpdate, WithAnImageThatIsMissingSendsNothing)
+{
+    EXPECT_FALSE(update("missing.bin"));
+    EXPECT_THAT(m_reporter.texts(Kind::Red), ElementsAre("Wrong firmware file\n", "Update FW Fail\n"));
+    EXPECT_EQ(LastError, 6);
+    EXPECT_EQ(m_setup.hub().requestCount(), 0U);
+}
+
+TEST_F(ScalarUpdate, WithAnImageThatIsNoneSendsNothingThoughOneWasLoadedBefore)
+{
+    const std::vector<std::uint8_t> bytes = demoImage();
+    ASSERT_TRUE(FwImage_Parse(m_image, bytes.data(), static_cast<std::int32_t>(bytes.size())));
+    keep("none.bin", std::vector<std::uint8_t>(1024, 0xFF));
+    EXPECT_FALSE(update("none.bin"));
+    EXPECT_THAT(m_reporter.texts(Kind::Red), ElementsAre("Wrong firmware file\n", "Update FW Fail\n"));
+    EXPECT_EQ(m_setup.hub().requestCount(), 0U);
+}
+
+} // namespace
+
+} // namespace vornadel::test
