@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cstring>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -75,6 +76,27 @@ std::size_t blockIn(const Bytes& bytes)
         }
     }
     return found;
+}
+
+/// The texts of a record that held none before, by the bytes of its image: whole descriptors within 35 bytes alone.
+void requireTextsOf(const FwImage& image)
+{
+    const std::uint8_t* const area = image.descriptor + 43;
+    std::array<std::string, 3> expected;
+    std::size_t at = 0;
+    for (std::string& text : expected) {
+        const std::size_t length = at < 35 ? area[at] : 0;
+        if (length < 2 || at + length > 35) {
+            break;
+        }
+        text.assign(area + at + 2, area + at + length);
+        at += length;
+    }
+    const std::array<const FwText*, 3> texts = {&image.manufacturer, &image.product, &image.serial};
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        require(std::strcmp(texts.at(i)->data(), expected.at(i).c_str()) == 0,
+                "texts are those of the image");
+    }
 }
 
 void requireWellFormed(const FwImage& image, const Bytes& bytes)
@@ -262,6 +284,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                 "an image that is not loaded is not edited");
         return 0;
     }
+    requireTextsOf(image);
     requireSavedAsItIs(image);
     requireHexOf(image, begin, end);
     editIds(image, texts);

@@ -102,6 +102,9 @@ public:
                     "with the news that the device has left");
         }
         require(m_hub.flashSize() == 32768, "the flash keeps its size");
+        if (m_imported && !m_ended) {
+            requireNothingMore();
+        }
     }
 
     const ByteBuffer& out() const { return m_out; }
@@ -150,6 +153,9 @@ private:
         m_imported = big32(reply, 4) == 0;
         require(reply.size() == (m_imported ? 8 + kRecord : 8), "with the device, or without");
         require(m_ended == !m_imported, "and transfers follow when there is one");
+        if (m_imported) { // bus and device number, behind path and bus id
+            m_device = big32(reply, 8 + 288) << 16 | big32(reply, 8 + 292);
+        }
     }
 
     void requireAnswer(ByteView message, ByteView reply)
@@ -188,11 +194,27 @@ private:
         require(reply.size() == kUrb + (in ? moved : 0), "and all that moves is there");
     }
 
+    /// A transfer on the default pipe, once the device has left.
+    void requireNothingMore()
+    {
+        ByteBuffer late;
+        for (const std::uint32_t word : {1U, 77U, m_device, 1U, 0U, 0U, 18U, 0U, 0U, 0U}) {
+            putBig32(late, word);
+        }
+        late.insert(late.end(), {0x80, 6, 0, 1, 0, 0, 18, 0});
+        ByteBuffer out;
+        std::size_t taken = 0;
+        require(m_server.step(late, taken, out) == Step::Answered && taken == kUrb, "it is dealt with");
+        require(out.size() == kUrb && big32(out, 4) == 77 && big32(out, 20) == kGone,
+                "a device that has left answers nothing any more");
+    }
+
     OfferedHub m_hub;
     ServerConversation m_server;
     ByteBuffer m_in;
     ByteBuffer m_out;
     std::vector<std::uint32_t> m_pending;
+    std::uint32_t m_device = 0;
     bool m_imported = false;
     bool m_ended = false;
 };
