@@ -1,0 +1,24 @@
+#!/bin/bash
+# shellcheck disable=SC2034,SC2154 # `one` reads this after the helpers
+
+bundle tool
+start_hub
+hub unplug
+wait_for_no_hub
+open_window tool
+window_shows hub 'red Detect Zel Hub: Fail'
+window_shows buttons on
+
+# After the start-up run the hub may be opened for a look: the version of the old image, then no hub, twice.
+for _ in 1 2; do
+    : >window.err
+    hub plug
+    window_shows hub 'blue Detect Zel Hub : Success|fwVer:0100'
+    says window.err 'Enter Device Added' || fail 'the window program did not say that a device was added'
+    hub unplug
+    window_shows hub 'red Detect Zel Hub: Fail'
+    says window.err 'Enter Device Removed' || fail 'the window program did not say that a device was removed'
+done
+close_window
+same flash.bin "$old_image"
+stop_hubs

@@ -1,0 +1,21 @@
+#!/bin/bash
+# shellcheck disable=SC2034,SC2154 # `one` reads this after the helpers
+expected_in_kernel_log='hub_ext_port_status failed|cannot (reset|disable)'
+
+start_hub
+wait_for_hub
+for step in 'Write Flash...' '35%' 'Read Flash...'; do
+    start_update "$new_image"
+    update_reaches "$step"
+    hub unplug
+    case $step in
+    Read*) failed_update 'Fail to Read Flash' ;;
+    *) failed_update 'Fail to Write Flash' ;;
+    esac
+    wait_for_no_hub
+    hub plug
+    wait_for_hub
+    update_well "$old_image"
+    wait_for_hub
+done
+stop_hubs

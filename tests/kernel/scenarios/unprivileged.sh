@@ -1,0 +1,45 @@
+#!/bin/bash
+# shellcheck disable=SC2034,SC2154 # `one` reads this after the helpers
+
+user=4711
+stranger=4712
+group=$(getent group plugdev | cut -d: -f3)
+[ -n "$group" ] || fail 'there is no group plugdev'
+bundle /tmp/installed
+chmod -R a+rX /tmp/installed
+installed=/tmp/installed/Vornadel.app/Contents
+
+as_user() { ctl=(setpriv --reuid "$user" --regid "$user" --groups "$group" "$installed/MacOS/vornadelctl"); }
+as_stranger() { ctl=(setpriv --reuid "$stranger" --regid "$stranger" --clear-groups "$installed/MacOS/vornadelctl"); }
+
+refused() {
+    expect 1 'permission is missing' "${ctl[@]}" info
+    expect 1 'Fail To Open Rom Device' "${ctl[@]}" update "$new_image"
+    says said 'Update FW Fail' || fail 'the update did not say that it failed'
+    same flash.bin "$old_image"
+}
+
+start_hub
+wait_for_hub
+as_user
+refused
+
+cp -R "$installed/Resources/HubUpdaterDriver.kext" /tmp/
+chown -R "$user" /tmp/HubUpdaterDriver.kext
+SUDO_UID=$user expect 0 'is in place' "$installed/Resources/load"
+as_stranger
+refused
+as_user
+update_well "$new_image"
+wait_for_hub
+update_well "$old_image"
+wait_for_hub
+
+SUDO_UID=$user expect 0 'is gone' "$installed/Resources/unload"
+refused
+hub unplug
+wait_for_no_hub
+hub plug
+wait_for_hub
+refused
+stop_hubs

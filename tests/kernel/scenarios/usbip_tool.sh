@@ -1,0 +1,37 @@
+#!/bin/bash
+# shellcheck disable=SC2034,SC2154 # `one` reads this after the helpers
+
+cp "$old_image" flash.bin
+start_hubs --hub image=flash.bin,mode=rom --serve
+timeout 20 usbip list -r 127.0.0.1 >listed 2>&1 || fail "usbip list ended with $?: $(cat listed)"
+cat listed
+mapfile -t bus_ids < <(sed -n 's/^ *\([^ :]*\): .*(1209:000[12])$/\1/p' listed)
+[ "${#bus_ids[@]}" -eq 2 ] || fail "usbip lists ${#bus_ids[@]} devices, not 2"
+for bus_id in "${bus_ids[@]}"; do
+    timeout 20 usbip attach -r 127.0.0.1 -b "$bus_id" || fail "usbip attach ended with $?"
+done
+wait_for_hub
+expect 0 'ROM code' "${ctl[@]}" info
+timeout 20 usbip port 2>&1 | tee ports
+[ "$(grep -c '^Port ' ports)" -eq 2 ] || fail 'usbip does not show both halves'
+
+# usbip does not attach a device again that has left and come back, so this does it once the hub has restarted.
+attach_again() {
+    wait_until 30 'the hub to leave for its restart' off_bus "$super_speed"
+    for bus_id in "${bus_ids[@]}"; do
+        wait_until 20 'to attach the hub again' timeout 20 usbip attach -r 127.0.0.1 -b "$bus_id"
+    done
+}
+start_update "$new_image"
+attach_again
+end_of_update
+[ "$update_status" -eq 0 ] || fail "the update ended with $update_status"
+same flash.bin "$new_image"
+wait_for_hub
+expect 0 'flash code' "${ctl[@]}" info
+
+timeout 20 usbip port 2>/dev/null | sed -n 's/^Port \([0-9]*\):.*/\1/p' | while read -r port; do
+    timeout 20 usbip detach -p "$port"
+done
+wait_for_no_hub
+stop_hubs
