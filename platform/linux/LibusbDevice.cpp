@@ -3,7 +3,10 @@
 #include <array>
 #include <cstdio>
 #include <fcntl.h>
+#include <fstream>
 #include <libusb.h>
+#include <optional>
+#include <string>
 #include <sys/file.h>
 #include <unistd.h>
 #include <utility>
@@ -23,21 +26,51 @@ libusb_device_descriptor descriptorOf(libusb_device* device)
     return descriptor;
 }
 
-/// The node opened and locked, or -1. A lock held by anyone, this process included, is a failure.
-int openLocked(libusb_device* device)
+std::string nodeOf(unsigned bus, unsigned address)
 {
     std::array<char, 32> path{};
-    std::snprintf(path.data(), path.size(), "/dev/bus/usb/%03u/%03u", libusb_get_bus_number(device),
-                  libusb_get_device_address(device));
-    if (access(path.data(), R_OK | W_OK) != 0) {
+    std::snprintf(path.data(), path.size(), "/dev/bus/usb/%03u/%03u", bus, address);
+    return path.data();
+}
+
+/// The open node, or -1.
+int openNode(const std::string& path, int flags)
+{
+    if (access(path.c_str(), flags == O_RDWR ? R_OK | W_OK : R_OK) != 0) {
         return -1;
     }
-    const int node = ::open(path.data(), O_RDWR | O_CLOEXEC);
-    if (node >= 0 && flock(node, LOCK_EX | LOCK_NB) != 0) {
-        ::close(node);
-        return -1;
+    return ::open(path.c_str(), flags | O_CLOEXEC);
+}
+
+/// False when anyone holds the lock, this process included.
+bool lockNode(int node) { return flock(node, LOCK_EX | LOCK_NB) == 0; }
+
+/// The number in a file of sysfs; nothing when it is not there.
+std::optional<unsigned> numberIn(const std::string& file, std::ios_base& (*base)(std::ios_base&))
+{
+    std::ifstream stream(file);
+    unsigned number = 0;
+    return stream >> base >> number ? std::optional(number) : std::nullopt;
+}
+
+/// Node of the same hub's half at the other speed: a connector has a port on either bus, and the kernel knows which two
+/// belong together. Empty when there is none, or something else than a hub.
+std::string nodeOfOtherHalf(libusb_device* device)
+{
+    constexpr unsigned kHubClass = 9;
+    std::array<std::uint8_t, 7> ports{}; // as deep as USB goes
+    const int depth = libusb_get_port_numbers(device, ports.data(), static_cast<int>(ports.size()));
+    std::string folder = "/sys/bus/usb/devices/" + std::to_string(libusb_get_bus_number(device));
+    for (int i = 0; i < depth; ++i) {
+        folder += (i == 0 ? '-' : '.') + std::to_string(ports[static_cast<std::size_t>(i)]);
     }
-    return node;
+    folder += "/port/peer/device/";
+    const std::optional<unsigned> bus = numberIn(folder + "busnum", std::dec);
+    const std::optional<unsigned> address = numberIn(folder + "devnum", std::dec);
+    if (!bus || !address || numberIn(folder + "bDeviceClass", std::hex) != kHubClass) {
+        return {};
+    }
+    return nodeOf(*bus, *address);
 }
 
 } // namespace
@@ -63,8 +96,15 @@ bool LibusbDevice::open()
     if (m_handle != nullptr) {
         return true;
     }
-    m_node = openLocked(m_device);
+    m_node = openNode(nodeOf(libusb_get_bus_number(m_device), libusb_get_device_address(m_device)), O_RDWR);
     if (m_node < 0) {
+        return false;
+    }
+    // The lock is on both halves of a hub: another program may see them in another order, and would open the other
+    // one. A half that cannot be opened is one that has left, or that nobody with our rights can open either.
+    m_otherNode = openNode(nodeOfOtherHalf(m_device), O_RDONLY);
+    if (!lockNode(m_node) || (m_otherNode >= 0 && !lockNode(m_otherNode))) {
+        close();
         return false;
     }
     if (libusb_wrap_sys_device(m_context->get(), m_node, &m_handle) != LIBUSB_SUCCESS) {
@@ -97,9 +137,11 @@ void LibusbDevice::close()
         libusb_close(m_handle);
         m_handle = nullptr;
     }
-    if (m_node >= 0) {
-        ::close(m_node); // libusb leaves a wrapped node open; the lock goes with it
-        m_node = -1;
+    for (int* const node : {&m_node, &m_otherNode}) {
+        if (*node >= 0) {
+            ::close(*node); // libusb leaves a wrapped node open; the lock goes with it
+            *node = -1;
+        }
     }
 }
 

@@ -12,7 +12,8 @@ namespace vornadel
 {
 
 /// A device of libusb's list. It is opened by way of its node below /dev/bus/usb under an advisory lock
-/// (flock), because the kernel itself lets any number of programs open a device. No interface is claimed and no
+/// (flock), because the kernel itself lets any number of programs open a device; with a hub the node of its half at the
+/// other speed is locked too. No interface is claimed and no
 /// kernel driver detached: vendor requests to the device need neither, and everything behind a hub would drop
 /// off the bus without the hub driver.
 class LibusbDevice final : public UsbDevice
@@ -37,7 +38,8 @@ private:
     std::shared_ptr<LibusbContext> m_context;
     libusb_device* m_device;
     libusb_device_handle* m_handle = nullptr;
-    int m_node = -1; // the open node, which carries the lock
+    int m_node = -1;      // the open node, which carries the lock
+    int m_otherNode = -1; // that of the same hub's other half, locked as well
     std::chrono::milliseconds m_timeout;
 };
 
