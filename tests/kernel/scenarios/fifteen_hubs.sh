@@ -1,33 +1,47 @@
 #!/bin/bash
 # shellcheck disable=SC2034,SC2154 # `one` reads this after the helpers
 
-hubs=()
-ids=()
-for ((i = 1; i <= 15; ++i)); do
-    number=$(printf '%02x' "$i")
-    cp "$old_image" "flash-$number.bin"
-    hubs+=(--hub "image=flash-$number.bin,ids=1209:01$number:02$number")
-    ids+=(0x1209 "0x01$number" "0x02$number")
-done
-start_hubs "${hubs[@]}"
-for ((i = 1; i <= 15; ++i)); do
-    number=$(printf '%02x' "$i")
-    wait_for_hub "1209:01$number" "1209:02$number"
-done
-configure config.ini '' "${ids[@]}"
-ctl+=(--config config.ini)
+# attach LATENCY: fifteen hubs, and a configuration that names them all.
+attach() {
+    local hubs=() ids=() i
+    for ((i = 1; i <= 15; ++i)); do
+        use_hub "$i"
+        cp "$old_image" "flash-$ss_id.bin"
+        hubs+=(--hub "image=flash-$ss_id.bin,ids=$super_speed:$hs_id,latency=$1")
+        ids+=("$ss_id:$hs_id")
+    done
+    start_hubs "${hubs[@]}"
+    for ((i = 1; i <= 15; ++i)); do
+        use_hub "$i"
+        wait_for_hub
+    done
+    configure config.ini '' "${ids[@]}"
+}
 
-expect 0 'supported hub' "${ctl[@]}" list
-[ "$(grep -c 'supported hub' said)" -eq 30 ] || fail "$(grep -c 'supported hub' said) halves of hubs are listed, not 30"
-first=$(grep -m 1 'supported hub' said | cut -c 8-9 | tr A-F a-f)
-cp "flash-$first.bin" flash.bin
+# find_first: the hub that the tool takes, by its number in $first: that of the first supported half that it lists.
+find_first() {
+    local id
+    expect 0 'supported hub' "${ctl[@]}" list
+    [ "$(grep -c 'supported hub' said)" -eq 30 ] || fail "$(grep -c 'supported hub' said) halves of hubs are listed, not 30"
+    id=$(grep -m 1 'supported hub' said)
+    first=$(((0x${id:5:4} - id_base) / 2))
+}
+
+# others_untouched: every hub but the first has its old flash and was asked nothing.
+others_untouched() {
+    local i
+    for ((i = 1; i <= 15; ++i)); do
+        [ "$i" -ne "$first" ] || continue
+        same "flash-$(printf '%04x' $((id_base + 2 * i))).bin" "$old_image"
+        hub "status $i"
+        [[ $answer == *' requests=0 '* ]] || fail "the tool sent requests to hub $i, and hub $first was the first: $answer"
+    done
+}
+
+# Hubs that are back before the tool looks for them: looking too early, it would find another one.
+attach none
+find_first
 expect 0 'Update FW Success' "${ctl[@]}" update "$new_image"
-for ((i = 1; i <= 15; ++i)); do
-    number=$(printf '%02x' "$i")
-    if [ "$number" = "$first" ]; then
-        same "flash-$number.bin" "$new_image"
-    else
-        same "flash-$number.bin" "$old_image"
-    fi
-done
+same "flash-$(printf '%04x' $((id_base + 2 * first))).bin" "$new_image"
+others_untouched
 stop_hubs

@@ -7,15 +7,15 @@ reach() {
     started) ;;
     left_for_rom)
         update_reaches 'FW:'
-        wait_until 20 'the restart into ROM code' off_bus "$ss"
+        wait_until 20 'the restart into ROM code' off_bus "$super_speed"
         ;;
     back_in_rom)
         reach left_for_rom
-        wait_until 20 'the return in ROM code' on_bus "$ss"
+        wait_until 20 'the return in ROM code' on_bus "$super_speed"
         ;;
     left_for_flash)
         update_reaches 'Reset to Flash Code...'
-        wait_until 20 'the restart into flash code' off_bus "$ss"
+        wait_until 20 'the restart into flash code' off_bus "$super_speed"
         ;;
     *) update_reaches "$1" ;;
     esac
@@ -24,15 +24,13 @@ reach() {
 points=(started FW: left_for_rom back_in_rom 'Erase Flash...' 'Write Flash...' '30%' 'Read Flash...' '70%' left_for_flash)
 untouched=' started FW: left_for_rom back_in_rom ' # the flash is as it was
 
-# lane SIGNAL STATUS SSPID HSPID
+# lane SIGNAL STATUS NUMBER
 lane() {
     local signal=$1 status=$2 images=("$old_image" "$new_image") round=0 point
-    ss=1209:$3
-    configure config.ini '' 0x1209 "0x$3" "0x$4"
-    ctl+=(--config config.ini)
-    start_hub "ids=1209:$3:$4"
+    use_hub "$3"
+    start_hub
     for point in "${points[@]}"; do
-        wait_for_hub "1209:$3" "1209:$4"
+        wait_for_hub
         round=$((round + 1))
         echo "--- $signal at $point"
         start_update "${images[round % 2]}"
@@ -47,7 +45,7 @@ lane() {
         case $untouched in
         *" $point "*) same flash.bin "${images[(round + 1) % 2]}" ;;
         esac
-        wait_for_hub "1209:$3" "1209:$4"
+        wait_for_hub
         update_well "${images[round % 2]}"
     done
     stop_hubs
@@ -56,22 +54,21 @@ lane() {
 # The same with the window program, whose run at the start is the update.
 window_lane() {
     local ends=(KILL 137 'Erase Flash...' TERM 143 'Read Flash...' INT 130 'Reset to Flash Code...') i
-    configure config.ini '' 0x1209 0x0406 0x0407
-    ctl+=(--config config.ini)
-    bundle tool demo-1.01.bin 0x1209 0x0406 0x0407
-    start_hub ids=1209:0406:0407
+    use_hub 4
+    bundle tool demo-1.01.bin
+    start_hub
     for ((i = 0; i < ${#ends[@]}; i += 3)); do
-        wait_for_hub 1209:0406 1209:0407
+        wait_for_hub
         echo "--- the window: ${ends[i]} at ${ends[i + 2]}"
         open_window tool
         window_shows flow "${ends[i + 2]}"
         kill "-${ends[i]}" "$window_pid"
         end_of_window "${ends[i + 1]}"
         ! says window.out 'Update FW Success' || fail 'the window claimed a success'
-        wait_for_hub 1209:0406 1209:0407
+        wait_for_hub
         update_well "$old_image"
     done
     stop_hubs
 }
 
-in_lanes lane KILL 137 0400 0401 -- lane TERM 130 0402 0403 -- lane INT 130 0404 0405 -- window_lane
+in_lanes lane KILL 137 1 -- lane TERM 130 2 -- lane INT 130 3 -- window_lane

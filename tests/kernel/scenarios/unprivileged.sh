@@ -5,9 +5,9 @@ user=4711
 stranger=4712
 group=$(getent group plugdev | cut -d: -f3)
 [ -n "$group" ] || fail 'there is no group plugdev'
-bundle /tmp/installed
-chmod -R a+rX /tmp/installed
-installed=/tmp/installed/Vornadel.app/Contents
+bundle /tmp/work/installed
+chmod -R a+rX /tmp/work/installed
+installed=/tmp/work/installed/Vornadel.app/Contents
 
 as_user() { ctl=(setpriv --reuid "$user" --regid "$user" --groups "$group" "$installed/MacOS/vornadelctl"); }
 as_stranger() { ctl=(setpriv --reuid "$stranger" --regid "$stranger" --clear-groups "$installed/MacOS/vornadelctl"); }
