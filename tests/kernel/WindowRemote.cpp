@@ -35,7 +35,7 @@ namespace vornadel::test
 namespace
 {
 
-constexpr int kLookMilliseconds = 10;
+constexpr int kLookMilliseconds = 50;
 
 template <typename Widget>
 Widget* control(const QString& name)

@@ -16,18 +16,31 @@ must_have_told_the_truth() {
     wait_for_hub
 }
 
-# The driver is another party on the same device: without it, or with it coming back, the update goes on.
-start_hub
+# bind_anew VID:PID: takes the hub driver off this half and puts it back, and counts how often that was done. The half
+# may leave for its restart at any moment.
+bind_anew() {
+    local interface
+    device_folder "$1" || return 0
+    wait_until 20 "the hub driver of $1" bound_or_gone "$1"
+    interface=${folder##*/}:1.0
+    if { echo "$interface" >/sys/bus/usb/drivers/hub/unbind; } 2>/dev/null; then
+        bound=$((bound + 1))
+        { echo "$interface" >/sys/bus/usb/drivers/hub/bind; } 2>/dev/null || off_bus "$1" || fail "the hub driver did not take $1 again"
+    fi
+}
+
+bound_or_gone() { ! device_folder "$1" || [ -e "$folder/${folder##*/}:1.0/driver" ]; }
+
+# The driver is another party on the same device: without it, or with it coming back, the update goes on. The hub is back
+# at once, or its halves would still be on their way when the update goes on.
+start_hub latency=none
 wait_for_hub
-for step in 'Erase Flash...' 'Read Flash...'; do
+bound=0
+for step in 'Erase Flash...' 'Write Flash...'; do
     start_update "$new_image"
     update_reaches "$step"
-    for ids in "$super_speed" "$high_speed"; do
-        device_folder "$ids"
-        interface=$(basename "$folder"/*:1.0)
-        echo "$interface" >/sys/bus/usb/drivers/hub/unbind
-        echo "$interface" >/sys/bus/usb/drivers/hub/bind
-    done
+    bind_anew "$super_speed"
+    bind_anew "$high_speed"
     end_of_update
     [ "$update_status" -eq 0 ] || fail "the update failed when the hub driver was bound anew at '$step'"
     same flash.bin "$new_image"
@@ -35,8 +48,12 @@ for step in 'Erase Flash...' 'Read Flash...'; do
     update_well "$old_image"
     wait_for_hub
 done
+[ "$bound" -gt 0 ] || fail 'the hub driver was never bound anew while an update ran'
+stop_hubs
 
 # A reset by another program, of either half, in each part of the update.
+start_hub
+wait_for_hub
 for step in 'Erase Flash...' 'Write Flash...' 'Read Flash...'; do
     start_update "$new_image"
     update_reaches "$step"

@@ -1,20 +1,53 @@
 #!/bin/bash
 # shellcheck disable=SC2034,SC2154 # `one` reads this after the helpers
 
-# The first program is held up while the second one tries, or it could have ended meanwhile. The hub is back early enough
-# for both its halves to be there when the first program opens it again: the two programs see them in different orders.
-start_hub latency=none
-wait_for_hub
-start_update "$new_image"
-for step in 'Erase Flash...' 'Write Flash...' 'Read Flash...'; do
-    update_reaches "$step"
-    kill -STOP "$update_pid"
-    expect 1 'it is in use' "${ctl[@]}" info
-    expect 1 'Fail To Open Rom Device' "${ctl[@]}" update "$old_image"
+# finish: lets the first program go on to its end, which must be a success.
+finish() {
     kill -CONT "$update_pid"
+    cat <&"$told" >>said_by_first
+    exec {told}<&-
+    end_of "$update_pid" 'the first update' 60
+    [ "$status" -eq 0 ] || fail "the first update ended with $status"
+    says said_by_first 'Update FW Success' || fail 'the first update did not say that it succeeded'
+    same flash.bin "$image"
+}
+
+# hold_at STEP: starts the first program and holds it up there, with the hub in its hands. False when it could not be held
+# before it was through.
+hold_at() {
+    local line
+    : >said_by_first
+    "${ctl[@]}" update "$image" >told 2>update.err </dev/null &
+    update_pid=$!
+    exec {told}<told
+    while IFS= read -r line <&"$told" && echo "$line" >>said_by_first && [ "$line" != "$1" ]; do :; done
+    kill -STOP "$update_pid"
+    while IFS= read -r -t 0.5 line <&"$told"; do
+        echo "$line" >>said_by_first
+    done
+    says said_by_first "$1" || fail "the first update did not come to '$1'"
+    ! says said_by_first 'Reset to Flash Code...'
+}
+
+# A hub that is back at once has both its halves on the bus when the first program opens it again. The last to arrive is
+# the first one there, and for a program that starts now it is the other way round.
+mkfifo told
+start_hub latency=none
+images=("$old_image" "$new_image")
+round=0
+for step in 'Erase Flash...' 'Write Flash...' 'Read Flash...'; do
+    tries=0
+    until
+        round=$((round + 1))
+        image=${images[round % 2]}
+        wait_for_hub
+        hold_at "$step"
+    do
+        finish
+        [ $((tries += 1)) -lt 5 ] || fail "the first update could not be held at '$step'"
+    done
+    expect 1 'it is in use' "${ctl[@]}" info
+    expect 1 'Fail To Open Rom Device' "${ctl[@]}" update "${images[(round + 1) % 2]}"
+    finish
 done
-end_of_update
-[ "$update_status" -eq 0 ] || fail "the first update ended with $update_status"
-says update.out 'Update FW Success' || fail 'the first update did not say that it succeeded'
-same flash.bin "$new_image"
 stop_hubs
