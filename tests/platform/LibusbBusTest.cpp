@@ -211,6 +211,35 @@ TEST_F(LibusbBusTest, DoesNotOpenANodeThatAnotherPartyHasLocked)
     EXPECT_TRUE(device->open());
 }
 
+TEST_F(LibusbBusTest, LocksTheOtherHalfOfAHubToo)
+{
+    m_testbed.plug("1-1", kVendorId, kProductId);
+    m_testbed.plug("1-2", kVendorId, kProductId + 1);
+    m_testbed.join("1-1", "1-2", "09");
+    const std::string path = m_testbed.nodePath("1-2");
+    const auto device = find();
+    ASSERT_NE(device, nullptr);
+    ASSERT_TRUE(device->open());
+    EXPECT_FALSE(lockedInAnotherProcess(path));
+    const auto otherHalf = findDevice(m_bus, kVendorId, kProductId + 1);
+    ASSERT_NE(otherHalf, nullptr);
+    EXPECT_FALSE(otherHalf->open());
+    device->close();
+    EXPECT_TRUE(lockedInAnotherProcess(path));
+    EXPECT_TRUE(otherHalf->open());
+}
+
+TEST_F(LibusbBusTest, LeavesAloneWhatIsNoHubOnTheSameConnector)
+{
+    m_testbed.plug("1-1", kVendorId, kProductId);
+    m_testbed.plug("1-2", kVendorId, kProductId + 1);
+    m_testbed.join("1-1", "1-2", "08");
+    const auto device = find();
+    ASSERT_NE(device, nullptr);
+    ASSERT_TRUE(device->open());
+    EXPECT_TRUE(lockedInAnotherProcess(m_testbed.nodePath("1-2")));
+}
+
 TEST_F(LibusbBusTest, FailedOpensLeaveNothingBehind)
 {
     m_testbed.plug("1-1", kVendorId, kProductId);

@@ -3,7 +3,10 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <initializer_list>
+#include <utility>
 
 namespace vornadel::test
 {
@@ -122,6 +125,18 @@ void UsbTestbed::unplug(const std::string& port)
     umockdev_testbed_remove_device(m_testbed, plugged.systemPath.c_str());
     GError* error = nullptr;
     check(umockdev_testbed_detach_ioctl(m_testbed, plugged.nodePath.c_str(), &error) != 0, error);
+}
+
+void UsbTestbed::join(const std::string& port, const std::string& otherPort, const std::string& deviceClass)
+{
+    gchar* const root = umockdev_testbed_get_root_dir(m_testbed);
+    for (const auto& [own, other] : {std::pair(port, otherPort), std::pair(otherPort, port)}) {
+        const std::filesystem::path folder = root + m_plugged.at(own).systemPath;
+        std::ofstream(folder / "bDeviceClass") << deviceClass << '\n';
+        std::filesystem::create_directories(folder / "port/peer");
+        std::filesystem::create_directory_symlink("../../../" + other, folder / "port/peer/device");
+    }
+    g_free(root);
 }
 
 void UsbTestbed::repeatArrival(const std::string& port)

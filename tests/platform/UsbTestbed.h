@@ -27,6 +27,9 @@ public:
                         WireHandler handler = {});
     void unplug(const std::string& port);
 
+    /// Makes two plugged devices the halves of one, as far as sysfs tells: each is what the peer of the other's port has.
+    void join(const std::string& port, const std::string& otherPort, const std::string& deviceClass);
+
     /// The event of the arrival once more, without an arrival.
     void repeatArrival(const std::string& port);
 
