@@ -187,7 +187,8 @@ std::string faultBeforeReading(const std::string& path)
     if (!file) {
         return "cannot be opened";
     }
-    std::string content(kLargestPropertyFile + 1, '\0');
+    const std::uintmax_t size = fs::file_size(path, failed);
+    std::string content(std::min(size, kLargestPropertyFile) + 1, '\0');
     file.read(content.data(), static_cast<std::streamsize>(content.size()));
     content.resize(static_cast<std::size_t>(file.gcount()));
     if (content.size() > kLargestPropertyFile) {
