@@ -1,21 +1,6 @@
 #!/bin/bash
 # shellcheck disable=SC2034,SC2154 # `one` reads this after the helpers
 
-# Ends the update that runs; what it says must be true, and an update afterwards must succeed.
-must_have_told_the_truth() {
-    end_of_update
-    if [ "$update_status" -eq 0 ]; then
-        same flash.bin "$new_image"
-    else
-        no_success_claimed
-        says update.err 'Update FW Fail' || fail 'the update did not say that it failed'
-    fi
-    echo "the update ended with $update_status after: $1"
-    wait_for_hub
-    update_well "$old_image"
-    wait_for_hub
-}
-
 # bind_anew VID:PID: takes the hub driver off this half and puts it back, and counts how often that was done. The half
 # may leave for its restart at any moment.
 bind_anew() {
@@ -25,42 +10,64 @@ bind_anew() {
     interface=${folder##*/}:1.0
     if { echo "$interface" >/sys/bus/usb/drivers/hub/unbind; } 2>/dev/null; then
         bound=$((bound + 1))
-        { echo "$interface" >/sys/bus/usb/drivers/hub/bind; } 2>/dev/null || off_bus "$1" || fail "the hub driver did not take $1 again"
+        # Refused when the half has left meanwhile; where it has come back, the kernel has bound it by itself.
+        { echo "$interface" >/sys/bus/usb/drivers/hub/bind; } 2>/dev/null ||
+            wait_until 20 "the hub driver to take $1 again" bound_or_gone "$1"
     fi
 }
 
 bound_or_gone() { ! device_folder "$1" || [ -e "$folder/${folder##*/}:1.0/driver" ]; }
 
+images=("$old_image" "$new_image")
+round=0
+
+# begin_update STEP: the next one, with the image that is not in the flash; it has come to this step.
+begin_update() {
+    round=$((round + 1))
+    image=${images[round % 2]}
+    wait_for_hub
+    start_update "$image"
+    update_reaches "$1"
+}
+
 # The driver is another party on the same device: without it, or with it coming back, the update goes on. The hub is back
 # at once, or its halves would still be on their way when the update goes on.
 start_hub latency=none
-wait_for_hub
 bound=0
 for step in 'Erase Flash...' 'Write Flash...'; do
-    start_update "$new_image"
-    update_reaches "$step"
+    begin_update "$step"
     bind_anew "$super_speed"
     bind_anew "$high_speed"
     end_of_update
     [ "$update_status" -eq 0 ] || fail "the update failed when the hub driver was bound anew at '$step'"
-    same flash.bin "$new_image"
-    wait_for_hub
-    update_well "$old_image"
-    wait_for_hub
+    same flash.bin "$image"
 done
 [ "$bound" -gt 0 ] || fail 'the hub driver was never bound anew while an update ran'
 stop_hubs
+wait_for_no_hub
 
-# A reset by another program, of either half, in each part of the update.
+# A reset of either half by another program may end the update. What it says must be true, and the next one must succeed.
 start_hub
-wait_for_hub
-for step in 'Erase Flash...' 'Write Flash...' 'Read Flash...'; do
-    start_update "$new_image"
-    update_reaches "$step"
+round=0
+resets=0
+for step in 'Erase Flash...' 'Write Flash...'; do
+    begin_update "$step"
     for ids in "$super_speed" "$high_speed"; do
-        node=$(node_of "$ids")
-        usbreset "${node:13:7}" || echo "no reset of $ids"
+        if on_bus "$ids" && node=$(node_of "$ids") && usbreset "${node:13:7}"; then
+            resets=$((resets + 1))
+        fi
     done
-    must_have_told_the_truth "a reset at '$step'"
+    end_of_update
+    echo "the update ended with $update_status after a reset at '$step'"
+    if [ "$update_status" -ne 0 ]; then
+        no_success_claimed
+        says update.err 'Update FW Fail' || fail 'the update did not say that it failed'
+        wait_for_hub
+        update_well "$image"
+    fi
+    same flash.bin "$image"
 done
+[ "$resets" -gt 0 ] || fail 'the hub was never reset while an update ran'
+wait_for_hub
+update_well "$old_image"
 stop_hubs
