@@ -66,7 +66,7 @@ TEST_F(WindowEndurance, AThousandUpdatesLeaveNothingBehind)
               << " bytes, descriptors " << early.descriptors << " -> " << late.descriptors << '\n';
     // The smallest block, left behind by each, would be this much.
     EXPECT_LT(late.bytes, early.bytes + kUpdates * 24);
-    EXPECT_EQ(late.descriptors, early.descriptors);
+    EXPECT_LE(late.descriptors, early.descriptors); // the file dialog may give its own back late
 }
 
 TEST_F(WindowEndurance, AStormOfPlugsLeavesTheWindowTruthfulAndUsable)
