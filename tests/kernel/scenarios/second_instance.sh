@@ -22,9 +22,7 @@ hold_at() {
     exec {told}<told
     while IFS= read -r line <&"$told" && echo "$line" >>said_by_first && [ "$line" != "$1" ]; do :; done
     kill -STOP "$update_pid"
-    while IFS= read -r -t 0.5 line <&"$told"; do
-        echo "$line" >>said_by_first
-    done
+    timeout 0.5 cat <&"$told" >>said_by_first || : # what it had said by then
     says said_by_first "$1" || fail "the first update did not come to '$1'"
     ! says said_by_first 'Reset to Flash Code...'
 }

@@ -26,7 +26,7 @@ refused
 
 cp -R "$installed/Resources/HubUpdaterDriver.kext" /tmp/
 chown -R "$user" /tmp/HubUpdaterDriver.kext
-SUDO_UID=$user expect 0 'is in place' "$installed/Resources/load"
+SUDO_UID=$user patience=120 expect 0 'is in place' "$installed/Resources/load"
 as_stranger
 refused
 as_user
@@ -35,7 +35,7 @@ wait_for_hub
 update_well "$old_image"
 wait_for_hub
 
-SUDO_UID=$user expect 0 'is gone' "$installed/Resources/unload"
+SUDO_UID=$user patience=120 expect 0 'is gone' "$installed/Resources/unload"
 refused
 hub unplug
 wait_for_no_hub
