@@ -65,7 +65,7 @@ TEST_F(WindowEndurance, AThousandUpdatesLeaveNothingBehind)
     std::cout << kUpdates << " updates; heap " << early.bytes << " -> " << late.bytes
               << " bytes, descriptors " << early.descriptors << " -> " << late.descriptors << '\n';
     // The smallest block, left behind by each, would be this much.
-    EXPECT_LT(late.bytes, early.bytes + kUpdates * 24);
+    EXPECT_LT(late.bytes, early.bytes + std::size_t{24} * kUpdates);
     EXPECT_LE(late.descriptors, early.descriptors); // the file dialog may give its own back late
 }
 
