@@ -61,4 +61,11 @@ export QT_QPA_PLATFORM
 expect 0 "update" "$work/checked" "$work/probe" "$work/flash.bin" "$image" end 0
 expect 0 "flash read" "$work/checked" "$work/probe" "$work/flash.bin" "$image" panel 0
 expect $complaint "a loss on purpose" "$work/checked" "$work/probe" "$work/flash.bin" "$image" loss 0
+found='definitely lost: 1,024 bytes'
+[ "$checker" != none ] || found='SUMMARY: AddressSanitizer: 1024 byte'
+if ! grep -q "$found" "$work/said"; then
+    echo "FAILED: the loss on purpose was not told"
+    cat "$work/said"
+    failures=$((failures + 1))
+fi
 exit $((failures > 0))
