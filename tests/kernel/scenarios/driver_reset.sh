@@ -21,13 +21,19 @@ bound_or_gone() { ! device_folder "$1" || [ -e "$folder/${folder##*/}:1.0/driver
 images=("$old_image" "$new_image")
 round=0
 
-# begin_update STEP: the next one, with the image that is not in the flash; it has come to this step.
+# begin_update STEP: the next one, with the image that is not in the flash; it is held up at this step until it goes on.
 begin_update() {
     round=$((round + 1))
     image=${images[round % 2]}
     wait_for_hub
     start_update "$image"
     update_reaches "$1"
+    kill -STOP "$update_pid"
+}
+
+go_on() {
+    kill -CONT "$update_pid"
+    end_of_update
 }
 
 # The driver is another party on the same device: without it, or with it coming back, the update goes on. The hub is back
@@ -38,7 +44,7 @@ for step in 'Erase Flash...' 'Write Flash...'; do
     begin_update "$step"
     bind_anew "$super_speed"
     bind_anew "$high_speed"
-    end_of_update
+    go_on
     [ "$update_status" -eq 0 ] || fail "the update failed when the hub driver was bound anew at '$step'"
     same flash.bin "$image"
 done
@@ -57,7 +63,7 @@ for step in 'Erase Flash...' 'Write Flash...'; do
             resets=$((resets + 1))
         fi
     done
-    end_of_update
+    go_on
     echo "the update ended with $update_status after a reset at '$step'"
     if [ "$update_status" -ne 0 ]; then
         no_success_claimed
