@@ -193,7 +193,7 @@ private:
 
 } // namespace
 
-QObject* WindowRemotePlugin::create(const QString& name, const QString& /*specification*/)
+QObject* WindowRemotePlugin::create(const QString& name, const QString& /*argument*/)
 {
     return name == "windowremote" ? new WindowRemote : nullptr;
 }

@@ -13,7 +13,7 @@ class WindowRemotePlugin final : public QGenericPlugin
     Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "window_remote.json")
 
 public:
-    QObject* create(const QString& name, const QString& specification) override;
+    QObject* create(const QString& name, const QString& argument) override;
 };
 
 } // namespace vornadel::test

@@ -7,7 +7,7 @@ finish() {
     cat <&"$told" >>said_by_first
     exec {told}<&-
     end_of "$update_pid" 'the first update' 60
-    [ "$status" -eq 0 ] || fail "the first update ended with $status"
+    [ "$ended_with" -eq 0 ] || fail "the first update ended with $ended_with"
     says said_by_first 'Update FW Success' || fail 'the first update did not say that it succeeded'
     same flash.bin "$image"
 }
@@ -44,8 +44,15 @@ for step in 'Erase Flash...' 'Write Flash...' 'Read Flash...'; do
         finish
         [ $((tries += 1)) -lt 5 ] || fail "the first update could not be held at '$step'"
     done
+    for node in "$(node_of "$super_speed")" "$(node_of "$high_speed")"; do
+        ! flock -n "$node" true || fail "$node is not locked while the first update has the hub"
+    done
     expect 1 'it is in use' "${ctl[@]}" info
     expect 1 'Fail To Open Rom Device' "${ctl[@]}" update "${images[(round + 1) % 2]}"
     finish
+    wait_for_hub
+    for node in "$(node_of "$super_speed")" "$(node_of "$high_speed")"; do
+        flock -n "$node" true || fail "$node is still locked after the update"
+    done
 done
 stop_hubs

@@ -26,7 +26,7 @@ untouched=' started FW: left_for_rom back_in_rom ' # the flash is as it was
 
 # lane SIGNAL STATUS NUMBER
 lane() {
-    local signal=$1 status=$2 images=("$old_image" "$new_image") round=0 point
+    local signal=$1 wanted=$2 images=("$old_image" "$new_image") round=0 point
     use_hub "$3"
     start_hub
     for point in "${points[@]}"; do
@@ -38,8 +38,8 @@ lane() {
         kill "-$signal" "$update_pid"
         end_of_update
         # A program that has only just been started may be ended by the signal itself.
-        if [ "$update_status" -ne "$status" ] && ! { [ "$point" = started ] && [ "$update_status" -gt 128 ]; }; then
-            fail "SIG$signal at '$point': ended with $update_status, not $status"
+        if [ "$update_status" -ne "$wanted" ] && ! { [ "$point" = started ] && [ "$update_status" -gt 128 ]; }; then
+            fail "SIG$signal at '$point': ended with $update_status, not $wanted"
         fi
         no_success_claimed
         case $untouched in

@@ -9,10 +9,20 @@ bundle /tmp/work/installed
 chmod -R a+rX /tmp/work/installed
 installed=/tmp/work/installed/Vornadel.app/Contents
 
-as_user() { ctl=(setpriv --reuid "$user" --regid "$user" --groups "$group" "$installed/MacOS/vornadelctl"); }
-as_stranger() { ctl=(setpriv --reuid "$stranger" --regid "$stranger" --clear-groups "$installed/MacOS/vornadelctl"); }
+as_user() {
+    as=(setpriv --reuid "$user" --regid "$user" --groups "$group")
+    ctl=("${as[@]}" "$installed/MacOS/vornadelctl")
+}
+as_stranger() {
+    as=(setpriv --reuid "$stranger" --regid "$stranger" --clear-groups)
+    ctl=("${as[@]}" "$installed/MacOS/vornadelctl")
+}
+
+# may_write: whether the system itself would let that user at the hub.
+may_write() { "${as[@]}" test -w "$(node_of "$super_speed")" && "${as[@]}" test -w "$(node_of "$high_speed")"; }
 
 refused() {
+    ! may_write || fail "user ${as[2]} may write to the hub's nodes"
     expect 1 'permission is missing' "${ctl[@]}" info
     expect 1 'Fail To Open Rom Device' "${ctl[@]}" update "$new_image"
     says said 'Update FW Fail' || fail 'the update did not say that it failed'
@@ -30,6 +40,7 @@ SUDO_UID=$user patience=120 expect 0 'is in place' "$installed/Resources/load"
 as_stranger
 refused
 as_user
+may_write || fail "the user may not write to the hub's nodes"
 update_well "$new_image"
 wait_for_hub
 update_well "$old_image"
