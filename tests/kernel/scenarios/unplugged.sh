@@ -10,7 +10,7 @@ for step in 'Write Flash...' 'Read Flash...'; do
     hub unplug
     kill -CONT "$update_pid"
     case $step in
-    Read*) failed_update 'Fail to Read Flash' ;;
+    Read*) failed_update 'Fail to Re' ;; # "Read Flash" or "Reset to Flash Code": reading takes next to no time
     *) failed_update 'Fail to Write Flash' ;;
     esac
     wait_for_no_hub
