@@ -1,5 +1,6 @@
 #include "platform/linux/LibusbDevice.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <fcntl.h>
@@ -42,8 +43,8 @@ int openNode(const std::string& path, int flags)
     return ::open(path.c_str(), flags | O_CLOEXEC);
 }
 
-/// False when anyone holds the lock, this process included.
-bool lockNode(int node) { return flock(node, LOCK_EX | LOCK_NB) == 0; }
+/// False when anyone holds the lock, this process included. A node that is not open needs none.
+bool lockNode(int node) { return node < 0 || flock(node, LOCK_EX | LOCK_NB) == 0; }
 
 /// The number in a file of sysfs; nothing when it is not there.
 std::optional<unsigned> numberIn(const std::string& file, std::ios_base& (*base)(std::ios_base&))
@@ -96,14 +97,18 @@ bool LibusbDevice::open()
     if (m_handle != nullptr) {
         return true;
     }
-    m_node = openNode(nodeOf(libusb_get_bus_number(m_device), libusb_get_device_address(m_device)), O_RDWR);
+    const std::string path = nodeOf(libusb_get_bus_number(m_device), libusb_get_device_address(m_device));
+    const std::string otherPath = nodeOfOtherHalf(m_device);
+    m_node = openNode(path, O_RDWR);
     if (m_node < 0) {
         return false;
     }
     // The lock is on both halves of a hub: another program may see them in another order, and would open the other
     // one. A half that cannot be opened is one that has left, or that nobody with our rights can open either.
-    m_otherNode = openNode(nodeOfOtherHalf(m_device), O_RDONLY);
-    if (!lockNode(m_node) || (m_otherNode >= 0 && !lockNode(m_otherNode))) {
+    m_otherNode = openNode(otherPath, O_RDONLY);
+    // Always in the same order, or two programs that open different halves at once would each lock the other out.
+    const auto [first, second] = std::minmax({std::pair(path, m_node), std::pair(otherPath, m_otherNode)});
+    if (!lockNode(first.second) || !lockNode(second.second)) {
         close();
         return false;
     }

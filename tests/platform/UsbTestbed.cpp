@@ -129,14 +129,12 @@ void UsbTestbed::unplug(const std::string& port)
 
 void UsbTestbed::join(const std::string& port, const std::string& otherPort, const std::string& deviceClass)
 {
-    gchar* const root = umockdev_testbed_get_root_dir(m_testbed);
     for (const auto& [own, other] : {std::pair(port, otherPort), std::pair(otherPort, port)}) {
-        const std::filesystem::path folder = root + m_plugged.at(own).systemPath;
+        const std::filesystem::path folder = rootFolder() + m_plugged.at(own).systemPath;
         std::ofstream(folder / "bDeviceClass") << deviceClass << '\n';
         std::filesystem::create_directories(folder / "port/peer");
         std::filesystem::create_directory_symlink("../../../" + other, folder / "port/peer/device");
     }
-    g_free(root);
 }
 
 void UsbTestbed::repeatArrival(const std::string& port)
@@ -145,5 +143,13 @@ void UsbTestbed::repeatArrival(const std::string& port)
 }
 
 std::string UsbTestbed::nodePath(const std::string& port) const { return m_plugged.at(port).nodePath; }
+
+std::string UsbTestbed::rootFolder() const
+{
+    gchar* const folder = umockdev_testbed_get_root_dir(m_testbed);
+    std::string root = folder;
+    g_free(folder);
+    return root;
+}
 
 } // namespace vornadel::test

@@ -34,6 +34,7 @@ public:
     void repeatArrival(const std::string& port);
 
     std::string nodePath(const std::string& port) const;
+    std::string rootFolder() const; ///< where all of it really lies
 
 private:
     struct Plugged {
