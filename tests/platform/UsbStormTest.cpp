@@ -155,6 +155,7 @@ TEST_P(UsbStorm, LeavesUpdatesAndDetectionsTruthful)
               << " updates begun, " << events << " events\n";
     m_bus.unwatch();
     EXPECT_FALSE(Hub_IsOpen());
+    EXPECT_GT(updates, 0U);
     EXPECT_GT(events, 0);
     EXPECT_TRUE(update());
 }
