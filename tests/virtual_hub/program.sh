@@ -93,7 +93,11 @@ done
 rm "$folder/flash.bin"
 "$program" --serve=0 --hub "$hub" <&- >&- 2>&- &
 pid=$!
-until [ -e "$folder/flash.bin" ]; do :; done
+deadline=$((SECONDS + 20))
+until [ -e "$folder/flash.bin" ]; do
+    kill -0 "$pid" 2>/dev/null || fail "ended at once without its standard files"
+    [ "$SECONDS" -lt "$deadline" ] || fail "does not start without its standard files"
+done
 kill -TERM "$pid"
 status=0
 wait "$pid" || status=$?
