@@ -124,10 +124,12 @@ std::vector<AttachedPort> SimulatedHub::attachedPorts() const
     const std::lock_guard lock(m_mutex);
     std::vector<AttachedPort> attached;
     if (m_ports[indexOf(HubPort::SuperSpeed)].attached) {
-        attached.push_back({HubPort::SuperSpeed, m_session, m_ids.vendorId, m_ids.superSpeedId});
+        attached.push_back(
+            {HubPort::SuperSpeed, m_session, m_ids.vendorId, m_ids.superSpeedId, m_ids.highSpeedId});
     }
     if (m_ports[indexOf(HubPort::HighSpeed)].attached) {
-        attached.push_back({HubPort::HighSpeed, m_session, m_ids.vendorId, m_ids.highSpeedId});
+        attached.push_back(
+            {HubPort::HighSpeed, m_session, m_ids.vendorId, m_ids.highSpeedId, m_ids.superSpeedId});
     }
     return attached;
 }

@@ -39,6 +39,7 @@ struct AttachedPort {
     std::uint64_t session = 0; ///< which stay on the bus
     std::uint16_t vendorId = 0;
     std::uint16_t productId = 0;
+    std::uint16_t otherProductId = 0; ///< of the device at the other speed
 };
 
 /// A hub controller with its flash, as seen from the bus.

@@ -1,6 +1,7 @@
 #include "virtual_hub/HubDescriptors.h"
 
 #include <array>
+#include <cstdio>
 #include <string>
 #include <string_view>
 
@@ -79,6 +80,27 @@ ByteBuffer deviceQualifier()
     return bytes;
 }
 
+/// The product ids of both halves, SuperSpeed first.
+std::array<std::uint16_t, kHubPortCount> productIds(const VirtualDevice& device)
+{
+    if (device.half == HubPort::SuperSpeed) {
+        return {device.productId, device.otherProductId};
+    }
+    return {device.otherProductId, device.productId};
+}
+
+/// Joins the two halves: the same on both, and another one on each hub of a program. Hubs of two programs have
+/// different ones when their product ids differ.
+ByteBuffer containerId(const VirtualDevice& device)
+{
+    ByteBuffer bytes = {0x76, 0x6F, 0x72, 0x6E, 0x61, 0x64, 0x45, 0x4C, 0x80, 0x00, 0x00};
+    for (const std::uint16_t id : productIds(device)) {
+        putLittle16(bytes, id);
+    }
+    bytes.push_back(static_cast<std::uint8_t>(device.hub));
+    return bytes;
+}
+
 ByteBuffer binaryObjectStore(const VirtualDevice& device)
 {
     const std::uint8_t capability = typeByte(DescriptorType::DeviceCapability);
@@ -89,10 +111,8 @@ ByteBuffer binaryObjectStore(const VirtualDevice& device)
     capabilities.push_back(1);         // everything works from full speed on
     capabilities.push_back(10);        // microseconds out of U1
     putLittle16(capabilities, 2047);   // microseconds out of U2
-    // The Container ID joins the two halves: the same on both, another one on each hub.
     append(capabilities, {20, capability, 0x04, 0});
-    append(capabilities, {0x76, 0x6F, 0x72, 0x6E, 0x61, 0x64, 0x45, 0x4C, 0x80, 0x00, 0x00, 0x00, 0x00, 0x00,
-                          0x00, static_cast<std::uint8_t>(device.hub)});
+    append(capabilities, containerId(device));
     ByteBuffer bytes = {5, typeByte(DescriptorType::BinaryObjectStore)};
     putLittle16(bytes, static_cast<std::uint32_t>(5 + capabilities.size()));
     bytes.push_back(3);
@@ -109,6 +129,17 @@ ByteBuffer textDescriptor(std::string_view text)
     return bytes;
 }
 
+/// As in "VIRTUAL1-00010002": the number of the hub and what its Container ID has of the product ids, so that it differs
+/// where that does.
+std::string serialNumber(const VirtualDevice& device)
+{
+    const auto [superSpeed, highSpeed] = productIds(device);
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "VIRTUAL%u-%04X%04X", device.hub, unsigned{superSpeed},
+                  unsigned{highSpeed});
+    return text.data();
+}
+
 ByteBuffer stringDescriptor(const VirtualDevice& device, std::uint8_t index)
 {
     switch (index) {
@@ -123,7 +154,7 @@ ByteBuffer stringDescriptor(const VirtualDevice& device, std::uint8_t index)
         return textDescriptor(device.half == HubPort::SuperSpeed ? "Virtual hub, SuperSpeed"
                                                                  : "Virtual hub, high speed");
     case 3:
-        return textDescriptor("VIRTUAL" + std::to_string(device.hub));
+        return textDescriptor(serialNumber(device));
     default:
         return {};
     }

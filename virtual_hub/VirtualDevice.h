@@ -15,6 +15,7 @@ struct VirtualDevice {
     HubPort half = HubPort::SuperSpeed;
     std::uint16_t vendorId = 0;
     std::uint16_t productId = 0;
+    std::uint16_t otherProductId = 0; ///< of the half at the other speed
 
     /// Performs a vendor request as SimulatedHub::control() does, and answers with its statuses. Called on the thread
     /// that serves the device; may block for as long as the hub takes.

@@ -126,6 +126,7 @@ bool VirtualHub::attach(const AttachedPort& port, std::string& error)
         port.port,
         port.vendorId,
         port.productId,
+        port.otherProductId,
         [this, port](ControlRequest& request) { return vendorRequest(port, request); },
         [this, port] { return stays(port); }};
     if (!m_host.attach(device, error)) {

@@ -55,7 +55,8 @@ public:
                 return m_hub->control(port, each);
             };
             offered.push_back({port.port == HubPort::SuperSpeed ? "2-1" : "1-1",
-                               {1, port.port, port.vendorId, port.productId, request, [] { return true; }}});
+                               {1, port.port, port.vendorId, port.productId, port.otherProductId, request,
+                                [] { return true; }}});
         }
         return offered;
     }

@@ -106,7 +106,7 @@ TEST_P(EachHalf, TellsItsStringsInUsEnglish)
     EXPECT_EQ(text(m_bench.descriptor(0x0301)), "Vornadel");
     EXPECT_EQ(text(m_bench.descriptor(0x0302)),
               GetParam() == HubPort::SuperSpeed ? "Virtual hub, SuperSpeed" : "Virtual hub, high speed");
-    EXPECT_EQ(text(m_bench.descriptor(0x0303)), "VIRTUAL3");
+    EXPECT_EQ(text(m_bench.descriptor(0x0303)), "VIRTUAL3-3C4D3C4E");
     EXPECT_TRUE(m_bench.stalls({0x80, 6, 0x0304, 0x0409, 255}));
 }
 
@@ -136,6 +136,22 @@ TEST(ContainerId, IsTheSameOnBothHalvesAndAnotherOneOnAnotherHub)
     };
     EXPECT_EQ(containerId(1, HubPort::SuperSpeed), containerId(1, HubPort::HighSpeed));
     EXPECT_NE(containerId(1, HubPort::SuperSpeed), containerId(2, HubPort::SuperSpeed));
+}
+
+TEST(ContainerIdAndSerialNumber, DifferBetweenHubsOfOneNumberWithOtherProductIds)
+{
+    for (const std::uint16_t descriptor : {std::uint16_t{0x0F00}, std::uint16_t{0x0303}}) {
+        const auto read = [&](std::uint16_t productId, std::uint16_t otherProductId) {
+            VirtualDevice device = someDevice(HubPort::SuperSpeed);
+            device.productId = productId;
+            device.otherProductId = otherProductId;
+            return standardDescriptor(device, static_cast<std::uint8_t>(descriptor >> 8),
+                                      static_cast<std::uint8_t>(descriptor & 0xFF));
+        };
+        EXPECT_EQ(read(1, 2), read(1, 2));
+        EXPECT_NE(read(1, 2), read(3, 2));
+        EXPECT_NE(read(1, 2), read(1, 3));
+    }
 }
 
 } // namespace

@@ -16,6 +16,7 @@ inline VirtualDevice someDevice(HubPort half)
             half,
             0x1A2B,
             static_cast<std::uint16_t>(half == HubPort::SuperSpeed ? 0x3C4D : 0x3C4E),
+            static_cast<std::uint16_t>(half == HubPort::SuperSpeed ? 0x3C4E : 0x3C4D),
             [](ControlRequest&) { return kSimulatedStall; },
             [] { return true; }};
 }

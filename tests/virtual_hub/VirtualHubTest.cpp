@@ -66,6 +66,8 @@ TEST_F(VirtualHubTest, GoesOntoTheBusSuperSpeedFirst)
     EXPECT_THAT(told(), ElementsAre("attach super", "attach high"));
     EXPECT_EQ(m_host.device(HubPort::SuperSpeed).productId, 0x0001);
     EXPECT_EQ(m_host.device(HubPort::HighSpeed).productId, 0x0002);
+    EXPECT_EQ(m_host.device(HubPort::SuperSpeed).otherProductId, 0x0002);
+    EXPECT_EQ(m_host.device(HubPort::HighSpeed).otherProductId, 0x0001);
     EXPECT_EQ(m_host.device(HubPort::HighSpeed).vendorId, 0x1209);
 }
 
