@@ -12,10 +12,30 @@
 namespace vornadel
 {
 
+namespace
+{
+
+HubPort otherHalf(HubPort half)
+{
+    return half == HubPort::SuperSpeed ? HubPort::HighSpeed : HubPort::SuperSpeed;
+}
+
+bool samePlace(const VhciPorts::Port& one, const VhciPorts::Port& other)
+{
+    return one.controller == other.controller && one.place == other.place;
+}
+
+} // namespace
+
 bool VhciHost::attach(const VirtualDevice& device, std::string& error)
 {
     VhciPorts::Port port;
     {
+        const VhciPorts::Turn turn(m_ports);
+        if (!waitUntil([&] { return turn.come(); })) {
+            error = "another program does not stop taking ports of vhci_hcd";
+            return false;
+        }
         const std::lock_guard lock(m_mutex);
         if (!plugIn(device, port, error)) {
             return false;
@@ -46,7 +66,7 @@ void VhciHost::finishDetach(unsigned hub, HubPort half)
         seat.link.reset();
         port = seat.port;
     }
-    waitUntil([&] { return !m_ports.occupied(port); });
+    waitUntil([&] { return !m_ports.occupied(port) && !m_ports.taken(port); });
 }
 
 std::string VhciHost::busId(unsigned hub, HubPort half)
@@ -63,26 +83,51 @@ std::shared_ptr<DeviceLink> VhciHost::linkOf(const Half& half)
     return seat != m_seats.end() ? seat->second.link : nullptr;
 }
 
-/// The port that the half had before if it is free; else the first free one that no other half will come back to, and
-/// when there is none, any free one.
-const VhciPorts::Port* VhciHost::choosePort(const Half& half, const std::vector<VhciPorts::Port>& ports) const
+/// The half that is on the bus already decides for the other. The first one takes a whole place: where only its own port
+/// is free, a stranger has the one beside it. Null and a sentence in `error` when there is none.
+const VhciPorts::Port* VhciHost::choosePort(const Half& half, const std::vector<VhciPorts::Port>& ports,
+                                            std::string& error) const
 {
+    const auto isFree = [&](const VhciPorts::Port& place, HubPort speed) {
+        return std::any_of(ports.begin(), ports.end(), [&](const VhciPorts::Port& port) {
+            return port.free && port.speed == speed && samePlace(port, place);
+        });
+    };
+    const HubPort otherSpeed = otherHalf(half.second);
+    const auto sister = m_seats.find({half.first, otherSpeed});
+    const bool hasSister = sister != m_seats.end() && sister->second.link;
     const VhciPorts::Port* chosen = nullptr;
-    int rank = 0;
+    int best = 0;
     for (const VhciPorts::Port& port : ports) {
-        if (!port.free || port.speed != half.second) {
+        if (port.speed != half.second || !port.free ||
+            !(hasSister ? samePlace(port, sister->second.port) : isFree(port, otherSpeed))) {
             continue;
         }
-        const auto owner = std::find_if(m_seats.begin(), m_seats.end(), [&](const auto& seat) {
-            return seat.second.port.number == port.number;
-        });
-        const int found = owner == m_seats.end() ? 2 : owner->first == half ? 3 : 1;
-        if (found > rank) {
-            rank = found;
+        if (const int found = preference(half.first, port); found > best) {
+            best = found;
             chosen = &port;
         }
     }
+    if (chosen == nullptr) {
+        error = hasSister ? "the vhci_hcd port beside the hub's other half is in use"
+                          : "vhci_hcd has no free pair of a SuperSpeed and a high-speed port";
+    }
     return chosen;
+}
+
+/// 3: where the hub was before; 2: where none was; 1: where another one will want to come back to.
+int VhciHost::preference(unsigned hub, const VhciPorts::Port& port) const
+{
+    int found = 2;
+    for (const auto& [half, seat] : m_seats) {
+        if (samePlace(seat.port, port)) {
+            if (half.first == hub) {
+                return 3;
+            }
+            found = 1;
+        }
+    }
+    return found;
 }
 
 bool VhciHost::plugIn(const VirtualDevice& device, VhciPorts::Port& port, std::string& error)
@@ -100,10 +145,8 @@ bool VhciHost::plugIn(const VirtualDevice& device, VhciPorts::Port& port, std::s
         if (ports.empty()) {
             break;
         }
-        const VhciPorts::Port* const chosen = choosePort(half, ports);
+        const VhciPorts::Port* const chosen = choosePort(half, ports, error);
         if (chosen == nullptr) {
-            error = "vhci_hcd has no free ";
-            error += device.half == HubPort::SuperSpeed ? "SuperSpeed port" : "high-speed port";
             break;
         }
         port = *chosen;
@@ -119,15 +162,19 @@ bool VhciHost::plugIn(const VirtualDevice& device, VhciPorts::Port& port, std::s
     return true;
 }
 
-/// Looks again and again, for some seconds at most.
+/// Looks again and again, for some seconds at most. False when it was in vain.
 template <typename Condition>
-void VhciHost::waitUntil(const Condition& condition)
+bool VhciHost::waitUntil(const Condition& condition)
 {
     constexpr Clock::Duration kBetweenLooks = std::chrono::milliseconds(5);
     constexpr Clock::Duration kLongest = std::chrono::seconds(10);
-    for (Clock::Duration waited(0); waited < kLongest && !condition(); waited += kBetweenLooks) {
+    for (Clock::Duration waited(0); waited < kLongest; waited += kBetweenLooks) {
+        if (condition()) {
+            return true;
+        }
         m_clock.sleep(kBetweenLooks);
     }
+    return condition();
 }
 
 } // namespace vornadel

@@ -8,12 +8,15 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace vornadel
 {
 
-/// Puts the halves into virtual ports of this machine's kernel.
+/// Puts the halves into virtual ports of this machine's kernel. The kernel takes the SuperSpeed and the high-speed port
+/// at one place of a controller for one connector, so the halves of a hub share a place and no two hubs do.
 class VhciHost final : public HubHost
 {
 public:
@@ -33,11 +36,13 @@ private:
         std::shared_ptr<DeviceLink> link; // null: the half is away and its port is kept in mind
     };
 
-    const VhciPorts::Port* choosePort(const Half& half, const std::vector<VhciPorts::Port>& ports) const;
+    const VhciPorts::Port* choosePort(const Half& half, const std::vector<VhciPorts::Port>& ports,
+                                      std::string& error) const;
+    int preference(unsigned hub, const VhciPorts::Port& port) const;
     bool plugIn(const VirtualDevice& device, VhciPorts::Port& port, std::string& error);
     std::shared_ptr<DeviceLink> linkOf(const Half& half);
     template <typename Condition>
-    void waitUntil(const Condition& condition);
+    bool waitUntil(const Condition& condition);
 
     const VhciPorts& m_ports;
     Clock& m_clock;

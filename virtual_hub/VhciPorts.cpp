@@ -2,6 +2,7 @@
 
 #include "virtual_hub/VirtualDevice.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -9,6 +10,7 @@
 #include <fstream>
 #include <sstream>
 #include <string_view>
+#include <sys/file.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -44,6 +46,21 @@ bool readPort(const std::string& line, VhciPorts::Port& port)
 
 } // namespace
 
+VhciPorts::Turn::Turn(const VhciPorts& ports) : m_file(open(ports.attachFile().c_str(), O_WRONLY | O_CLOEXEC))
+{
+}
+
+VhciPorts::Turn::~Turn()
+{
+    if (m_file >= 0) {
+        close(m_file); // the lock goes with it
+    }
+}
+
+bool VhciPorts::Turn::come() const { return m_file < 0 || flock(m_file, LOCK_EX | LOCK_NB) == 0; }
+
+std::filesystem::path VhciPorts::attachFile() const { return m_devices / kFirstController / "attach"; }
+
 std::vector<VhciPorts::Port> VhciPorts::list(std::string& error) const
 {
     std::vector<Port> ports;
@@ -65,7 +82,7 @@ std::vector<VhciPorts::Port> VhciPorts::list(std::string& error) const
     }
     if (ports.empty()) {
         error = "the kernel module vhci_hcd is not loaded; \"sudo modprobe vhci-hcd\" loads it";
-    } else if (faccessat(AT_FDCWD, (folder / "attach").c_str(), W_OK, AT_EACCESS) != 0) {
+    } else if (faccessat(AT_FDCWD, attachFile().c_str(), W_OK, AT_EACCESS) != 0) {
         error = "no right to attach virtual devices; only root may, so run the program with sudo";
         ports.clear();
     }
@@ -77,7 +94,7 @@ VhciPorts::Attach VhciPorts::attach(const Port& port, int socket, std::uint32_t 
 {
     const std::string text = std::to_string(port.number) + ' ' + std::to_string(socket) + ' ' +
                              std::to_string(device) + ' ' + std::to_string(speedNumber(port.speed));
-    const int file = open((m_devices / kFirstController / "attach").c_str(), O_WRONLY | O_CLOEXEC);
+    const int file = open(attachFile().c_str(), O_WRONLY | O_CLOEXEC);
     const bool done = file >= 0 && write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size());
     const int problem = errno;
     if (file >= 0) {
@@ -105,6 +122,14 @@ std::string VhciPorts::busId(const Port& port) const
         }
     }
     return {};
+}
+
+bool VhciPorts::taken(const Port& port) const
+{
+    std::string unused;
+    const std::vector<Port> ports = list(unused);
+    return std::any_of(ports.begin(), ports.end(),
+                       [&](const Port& found) { return found.number == port.number && !found.free; });
 }
 
 bool VhciPorts::occupied(const Port& port) const

@@ -24,6 +24,24 @@ public:
     };
     enum class Attach { Done, Taken, Failed };
 
+    /// The turn of a program to choose ports and take them: a lock on the kernel's file `attach`, from come() until the
+    /// end of the object. To be used by one thread.
+    class Turn
+    {
+    public:
+        explicit Turn(const VhciPorts& ports);
+        Turn(const Turn&) = delete;
+        Turn& operator=(const Turn&) = delete;
+        ~Turn();
+
+        /// False while it is somebody else's turn, another one's of this process included. True as well when the file
+        /// cannot be opened; list() says why.
+        bool come() const;
+
+    private:
+        const int m_file;
+    };
+
     /// `devices` is the folder of the platform devices, /sys/devices/platform on a real system.
     explicit VhciPorts(std::filesystem::path devices) : m_devices(std::move(devices)) {}
     VhciPorts(const VhciPorts&) = delete;
@@ -41,8 +59,11 @@ public:
     /// The name that the kernel gives a device in that port, as in "3-1"; empty when the port has no bus.
     std::string busId(const Port& port) const;
     bool occupied(const Port& port) const; ///< whether the kernel has a device there, still or already
+    bool taken(const Port& port) const;    ///< whether it is no longer free; false when it is gone altogether
 
 private:
+    std::filesystem::path attachFile() const;
+
     std::filesystem::path m_devices;
 };
 

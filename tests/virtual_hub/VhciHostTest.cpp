@@ -37,6 +37,7 @@ public:
             return *refusal;
         }
         m_sysfs.setState(port.number, 6);
+        tookTurns = tookTurns && !Turn(*this).come();
         if (notices) {
             m_sysfs.show(busId(port));
         }
@@ -61,7 +62,8 @@ public:
     }
 
     std::optional<Attach> refusal;
-    bool notices = true; ///< whether an attached device shows up
+    bool notices = true;           ///< whether an attached device shows up
+    mutable bool tookTurns = true; ///< whether nobody else could have attached anything meanwhile
     mutable std::map<unsigned, std::unique_ptr<Peer>> sockets;
     mutable std::map<unsigned, std::uint32_t> devices;
 
@@ -128,6 +130,25 @@ TEST_F(VhciHostTest, WaitsUntilTheOldDeviceHasLeft)
     EXPECT_EQ(m_host.busId(1, HubPort::SuperSpeed), "");
 }
 
+TEST_F(VhciHostTest, WaitsUntilThePortCanBeTakenAgain)
+{
+    ASSERT_TRUE(attach(1, HubPort::SuperSpeed));
+    ASSERT_TRUE(attach(1, HubPort::HighSpeed));
+    int looks = 0;
+    m_clock.onSleep = [&](Clock::Duration pause) { // the device leaves a little before the port is free
+        if (pause != DeviceLink::kSilence && ++looks == 5) {
+            m_sysfs.hide("1-1");
+        } else if (looks == 10) {
+            m_sysfs.setState(0, 4);
+        }
+    };
+    detach(1, HubPort::HighSpeed);
+    m_clock.onSleep = nullptr;
+    EXPECT_EQ(looks, 10);
+    EXPECT_TRUE(attach(1, HubPort::HighSpeed));
+    EXPECT_EQ(m_host.busId(1, HubPort::HighSpeed), "1-1");
+}
+
 TEST_F(VhciHostTest, ComesBackToItsPort)
 {
     m_clock.onSleep = [&](Clock::Duration) { m_kernel.look(); };
@@ -151,6 +172,8 @@ TEST_F(VhciHostTest, GoesElsewhereWhenItsPortWasTaken)
     m_sysfs.setState(3, 6);
     ASSERT_TRUE(attach(1, HubPort::SuperSpeed));
     EXPECT_EQ(m_host.busId(1, HubPort::SuperSpeed), "2-2");
+    ASSERT_TRUE(attach(1, HubPort::HighSpeed));
+    EXPECT_EQ(m_host.busId(1, HubPort::HighSpeed), "1-2");
 }
 
 TEST_F(VhciHostTest, GoesOnToTheNextControllerAndSaysWhenAllPortsAreTaken)
@@ -160,15 +183,85 @@ TEST_F(VhciHostTest, GoesOnToTheNextControllerAndSaysWhenAllPortsAreTaken)
     }
     EXPECT_EQ(m_host.busId(4, HubPort::SuperSpeed), "4-1");
     EXPECT_FALSE(attach(7, HubPort::SuperSpeed));
-    EXPECT_EQ(m_error, "vhci_hcd has no free SuperSpeed port");
-    EXPECT_TRUE(attach(7, HubPort::HighSpeed));
+    EXPECT_EQ(m_error, "vhci_hcd has no free pair of a SuperSpeed and a high-speed port");
+    EXPECT_FALSE(attach(7, HubPort::HighSpeed)); // beside the SuperSpeed half of another hub
+    EXPECT_TRUE(attach(4, HubPort::HighSpeed));
+    EXPECT_EQ(m_host.busId(4, HubPort::HighSpeed), "3-1");
+}
+
+TEST_F(VhciHostTest, LeavesAloneAPlaceOfWhichHalfIsTaken)
+{
+    for (const unsigned taken : {3U, 0U}) { // SuperSpeed, high speed
+        SCOPED_TRACE(taken);
+        for (const HubPort first : {HubPort::SuperSpeed, HubPort::HighSpeed}) {
+            FakeSysfs sysfs;
+            FakeKernel kernel(sysfs);
+            VhciHost host(kernel, m_clock);
+            sysfs.setState(taken, 6);
+            VirtualDevice device = someDevice(first);
+            EXPECT_TRUE(host.attach(device, m_error));
+            sysfs.setState(taken, 4); // free again, but too late
+            device = someDevice(first == HubPort::SuperSpeed ? HubPort::HighSpeed : HubPort::SuperSpeed);
+            EXPECT_TRUE(host.attach(device, m_error));
+            EXPECT_EQ(host.busId(3, HubPort::SuperSpeed), "2-2");
+            EXPECT_EQ(host.busId(3, HubPort::HighSpeed), "1-2");
+        }
+    }
+}
+
+TEST_F(VhciHostTest, KeepsTheHalvesTogetherWhenTwoProgramsTakeTurns)
+{
+    VhciHost otherProgram(m_kernel, m_clock);
+    EXPECT_TRUE(attach(3, HubPort::SuperSpeed));
+    EXPECT_TRUE(otherProgram.attach(someDevice(HubPort::HighSpeed), m_error));
+    EXPECT_TRUE(otherProgram.attach(someDevice(HubPort::SuperSpeed), m_error));
+    EXPECT_TRUE(attach(3, HubPort::HighSpeed));
+    EXPECT_EQ(m_host.busId(3, HubPort::SuperSpeed), "2-1");
+    EXPECT_EQ(m_host.busId(3, HubPort::HighSpeed), "1-1");
+    EXPECT_EQ(otherProgram.busId(3, HubPort::SuperSpeed), "2-2");
+    EXPECT_EQ(otherProgram.busId(3, HubPort::HighSpeed), "1-2");
+}
+
+TEST_F(VhciHostTest, SaysWhenThePortBesideTheOtherHalfIsTaken)
+{
+    ASSERT_TRUE(attach(1, HubPort::SuperSpeed));
+    m_sysfs.setState(0, 6);
+    EXPECT_FALSE(attach(1, HubPort::HighSpeed));
+    EXPECT_EQ(m_error, "the vhci_hcd port beside the hub's other half is in use");
+}
+
+TEST_F(VhciHostTest, TakesPortsOnlyWhenItIsItsTurn)
+{
+    auto otherProgram = std::make_unique<VhciPorts::Turn>(m_kernel);
+    ASSERT_TRUE(otherProgram->come());
+    int looks = 0;
+    m_clock.onSleep = [&](Clock::Duration) {
+        EXPECT_TRUE(m_kernel.sockets.empty());
+        if (++looks == 10) {
+            otherProgram.reset();
+        }
+    };
+    EXPECT_TRUE(attach(1, HubPort::SuperSpeed));
+    m_clock.onSleep = nullptr;
+    EXPECT_EQ(looks, 10);
+    EXPECT_TRUE(m_kernel.tookTurns);
+    EXPECT_TRUE(VhciPorts::Turn(m_kernel).come()); // over
+}
+
+TEST_F(VhciHostTest, DoesNotWaitForeverForItsTurn)
+{
+    const VhciPorts::Turn otherProgram(m_kernel);
+    ASSERT_TRUE(otherProgram.come());
+    EXPECT_FALSE(attach(1, HubPort::SuperSpeed));
+    EXPECT_EQ(m_error, "another program does not stop taking ports of vhci_hcd");
+    EXPECT_TRUE(m_kernel.sockets.empty());
 }
 
 TEST_F(VhciHostTest, TriesAnotherPortWhenAProgramWasFaster)
 {
     m_kernel.refusal = VhciPorts::Attach::Taken; // of every port, so that in the end there is none
     EXPECT_FALSE(attach(1, HubPort::HighSpeed));
-    EXPECT_EQ(m_error, "vhci_hcd has no free high-speed port");
+    EXPECT_EQ(m_error, "vhci_hcd has no free pair of a SuperSpeed and a high-speed port");
 }
 
 TEST_F(VhciHostTest, GivesUpWhenTheKernelRefuses)
