@@ -1,21 +1,35 @@
 #!/bin/bash
 # shellcheck disable=SC2034,SC2154 # `one` reads this after the helpers
 
+remember_hub() {
+    device_folder "$super_speed" || fail 'the hub is not on the bus'
+    address=$(cat "$folder/devnum")
+}
+
+# hub_has_left: it is away, or back at another address already.
+hub_has_left() {
+    local now
+    ! device_folder "$super_speed" || ! read -r now 2>/dev/null <"$folder/devnum" || [ "$now" != "$address" ]
+}
+
 # reach POINT: the update that runs has come so far.
 reach() {
     case $1 in
     started) ;;
     left_for_rom)
+        remember_hub
         update_reaches 'FW:'
-        wait_until 20 'the restart into ROM code' off_bus "$super_speed"
+        wait_until 20 'the restart into ROM code' hub_has_left
         ;;
     back_in_rom)
         reach left_for_rom
         wait_until 20 'the return in ROM code' on_bus "$super_speed"
         ;;
     left_for_flash)
+        update_reaches 'Write Flash...'
+        remember_hub
         update_reaches 'Reset to Flash Code...'
-        wait_until 20 'the restart into flash code' off_bus "$super_speed"
+        wait_until 20 'the restart into flash code' hub_has_left
         ;;
     *) update_reaches "$1" ;;
     esac
