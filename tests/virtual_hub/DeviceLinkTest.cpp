@@ -88,7 +88,8 @@ TEST_F(DeviceLinkTest, HangsUpOnlyAfterASilence)
     };
     m_link.leave();
     m_link.join();
-    EXPECT_EQ(m_peer.receive(std::size_t{3} * 48), answer(1, -108, 0) + answer(2, -108, 0) + answer(3, -108, 0));
+    EXPECT_EQ(m_peer.receive(std::size_t{3} * 48),
+              answer(1, -108, 0) + answer(2, -108, 0) + answer(3, -108, 0));
     EXPECT_TRUE(m_peer.hasEnded());
     EXPECT_EQ(sleeps, 4);
     EXPECT_THAT(m_clock.pauses(), Each(Clock::Duration(20ms)));
