@@ -1,12 +1,13 @@
 #!/bin/bash
 # shellcheck disable=SC2034,SC2154 # `one` reads this after the helpers
 
+# remember_hub: its address on the bus; none when it is away.
 remember_hub() {
-    device_folder "$super_speed" || fail 'the hub is not on the bus'
-    address=$(cat "$folder/devnum")
+    address=none
+    ! device_folder "$super_speed" || read -r address 2>/dev/null <"$folder/devnum" || address=none
 }
 
-# hub_has_left: it is away, or back at another address already.
+# hub_has_left: it is away, or back already at an address other than the remembered one.
 hub_has_left() {
     local now
     ! device_folder "$super_speed" || ! read -r now 2>/dev/null <"$folder/devnum" || [ "$now" != "$address" ]
@@ -17,7 +18,6 @@ reach() {
     case $1 in
     started) ;;
     left_for_rom)
-        remember_hub
         update_reaches 'FW:'
         wait_until 20 'the restart into ROM code' hub_has_left
         ;;
@@ -36,7 +36,6 @@ reach() {
 }
 
 points=(started FW: left_for_rom back_in_rom 'Erase Flash...' 'Write Flash...' '30%' 'Read Flash...' '70%' left_for_flash)
-untouched=' started FW: left_for_rom back_in_rom ' # the flash is as it was
 
 # lane SIGNAL STATUS NUMBER
 lane() {
@@ -47,6 +46,7 @@ lane() {
         wait_for_hub
         round=$((round + 1))
         echo "--- $signal at $point"
+        remember_hub
         start_update "${images[round % 2]}"
         reach "$point"
         kill "-$signal" "$update_pid"
@@ -56,9 +56,7 @@ lane() {
             fail "SIG$signal at '$point': ended with $update_status, not $wanted"
         fi
         no_success_claimed
-        case $untouched in
-        *" $point "*) same flash.bin "${images[(round + 1) % 2]}" ;;
-        esac
+        says update.out 'Erase Flash...' || same flash.bin "${images[(round + 1) % 2]}"
         wait_for_hub
         update_well "${images[round % 2]}"
     done
