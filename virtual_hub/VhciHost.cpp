@@ -12,6 +12,8 @@
 namespace vornadel
 {
 
+using namespace std::chrono_literals;
+
 namespace
 {
 
@@ -32,7 +34,7 @@ bool VhciHost::attach(const VirtualDevice& device, std::string& error)
     VhciPorts::Port port;
     {
         const VhciPorts::Turn turn(m_ports);
-        if (!waitUntil([&] { return turn.come(); })) {
+        if (!waitUntil([&] { return turn.come(); }, 10s)) {
             error = "another program does not stop taking ports of vhci_hcd";
             return false;
         }
@@ -41,7 +43,7 @@ bool VhciHost::attach(const VirtualDevice& device, std::string& error)
             return false;
         }
     }
-    waitUntil([&] { return m_ports.occupied(port) || !device.present(); });
+    waitUntil([&] { return m_ports.occupied(port) || !device.present(); }, 10s);
     return true;
 }
 
@@ -66,7 +68,8 @@ void VhciHost::finishDetach(unsigned hub, HubPort half)
         seat.link.reset();
         port = seat.port;
     }
-    waitUntil([&] { return !m_ports.occupied(port) && !m_ports.taken(port); });
+    // Another program may have taken the port as soon as it was free.
+    waitUntil([&] { return !m_ports.occupied(port) && !m_ports.taken(port); }, 3s);
 }
 
 std::string VhciHost::busId(unsigned hub, HubPort half)
@@ -162,19 +165,19 @@ bool VhciHost::plugIn(const VirtualDevice& device, VhciPorts::Port& port, std::s
     return true;
 }
 
-/// Looks again and again, for some seconds at most. False when it was in vain.
+/// Looks again and again, but no longer than `longest`: each look takes its time, too. False when it was in vain.
 template <typename Condition>
-bool VhciHost::waitUntil(const Condition& condition)
+bool VhciHost::waitUntil(const Condition& condition, Clock::Duration longest)
 {
     constexpr Clock::Duration kBetweenLooks = std::chrono::milliseconds(5);
-    constexpr Clock::Duration kLongest = std::chrono::seconds(10);
-    for (Clock::Duration waited(0); waited < kLongest; waited += kBetweenLooks) {
-        if (condition()) {
-            return true;
+    const Clock::Duration end = m_clock.now() + longest;
+    while (!condition()) {
+        if (m_clock.now() >= end) {
+            return false;
         }
         m_clock.sleep(kBetweenLooks);
     }
-    return condition();
+    return true;
 }
 
 } // namespace vornadel

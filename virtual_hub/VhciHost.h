@@ -42,7 +42,7 @@ private:
     bool plugIn(const VirtualDevice& device, VhciPorts::Port& port, std::string& error);
     std::shared_ptr<DeviceLink> linkOf(const Half& half);
     template <typename Condition>
-    bool waitUntil(const Condition& condition);
+    bool waitUntil(const Condition& condition, Clock::Duration longest);
 
     const VhciPorts& m_ports;
     Clock& m_clock;
