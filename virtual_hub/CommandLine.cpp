@@ -3,6 +3,8 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <charconv>
+#include <system_error>
 
 namespace vornadel
 {
@@ -34,6 +36,14 @@ bool readHubs(const std::vector<std::string>& texts, std::vector<SimulatedHubOpt
         hubs.emplace_back();
     }
     return true;
+}
+
+/// Decimal digits alone, without a sign or a space.
+bool readPort(const std::string& text, std::uint16_t& port)
+{
+    const char* const end = text.data() + text.size();
+    const auto [stop, code] = std::from_chars(text.data(), end, port);
+    return code == std::errc() && stop == end;
 }
 
 } // namespace
@@ -88,7 +98,7 @@ std::optional<int> parseVirtualHubCommandLine(int argc, const char* const* argv,
     }
     if (serve->count() > 0) {
         std::uint16_t number = 0;
-        if (!CLI::detail::lexical_cast(port, number)) {
+        if (!readPort(port, number)) {
             err << "--serve: \"" << port << "\" is no port; it is a number up to 65535\n";
             return kBadUsage;
         }

@@ -82,6 +82,9 @@ std::string Console::plug(VirtualHub& hub, const std::string& /*argument*/)
 
 std::string Console::plugRom(VirtualHub& hub, const std::string& /*argument*/)
 {
+    if (!hub.hub().attachedPorts().empty()) {
+        return refusal("the hub is plugged in");
+    }
     hub.hub().replug(HubCode::Rom);
     hub.settle();
     return kDone;

@@ -15,7 +15,7 @@ namespace vornadel
 /// | command | does |
 /// |---|---|
 /// | `plug [N]` | plugs hub N in, running flash code |
-/// | `plug-rom [N]` | the same, running ROM code |
+/// | `plug-rom [N]` | plugs it in, running ROM code; an error while it is plugged in |
 /// | `unplug [N]` | unplugs it |
 /// | `fault FAULT [N]` | adds a fault, see parseFault() |
 /// | `status [N]` | `ok code=flash superspeed=3-1 high-speed=2-1 requests=0 faults=0`; `-` for a half that is away |

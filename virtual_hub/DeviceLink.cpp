@@ -5,6 +5,7 @@
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -23,9 +24,17 @@ bool wouldBlock() { return errno == EAGAIN || errno == EWOULDBLOCK || errno == E
 DeviceLink::DeviceLink(int socket, std::unique_ptr<Conversation> conversation, Clock& clock,
                        std::function<void()> ended)
     : m_socket(socket), m_wakeUp(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
-      m_conversation(std::move(conversation)), m_clock(clock), m_ended(std::move(ended)),
-      m_thread([this] { run(); })
+      m_conversation(std::move(conversation)), m_clock(clock), m_ended(std::move(ended))
 {
+    if (m_wakeUp < 0) {
+        throw std::system_error(errno, std::generic_category());
+    }
+    try {
+        m_thread = std::thread([this] { run(); });
+    } catch (...) {
+        close(m_wakeUp);
+        throw;
+    }
 }
 
 DeviceLink::~DeviceLink()
@@ -98,12 +107,13 @@ bool DeviceLink::writeSome()
     return count > 0 || wouldBlock();
 }
 
-/// Answers what is there, as far as the answers find their way out. False when the connection is over.
+/// Answers what is there, as far as the answers find their way out. A device that has to leave stops at once: what is
+/// behind is for the goodbye. False when the connection is over.
 bool DeviceLink::converse()
 {
     std::size_t done = 0;
     bool goesOn = true;
-    while (goesOn && m_out.empty()) {
+    while (goesOn && m_out.empty() && (m_sayingGoodbye || !m_leaving)) {
         std::size_t taken = 0;
         const Conversation::Step step = m_conversation->step(ByteView(m_in).subspan(done), taken, m_out);
         done += taken;
@@ -123,6 +133,7 @@ bool DeviceLink::converse()
 void DeviceLink::sayGoodbye()
 {
     constexpr int kMostRounds = 25;
+    m_sayingGoodbye = true;
     m_conversation->leave(m_out);
     for (int round = 0; round < kMostRounds; ++round) {
         const std::size_t unsaid = m_out.size();

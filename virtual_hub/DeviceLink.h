@@ -20,7 +20,8 @@ public:
     /// then would not be answered, and its sender would wait for it in vain.
     static constexpr Clock::Duration kSilence = std::chrono::milliseconds(20);
 
-    /// Takes the socket over. `ended` is called on the link's thread, at its end, when the socket is closed.
+    /// Takes the socket over. `ended` is called on the link's thread, at its end, when the socket is closed. Throws
+    /// std::system_error when there is no thread or no file to be had; the socket stays the caller's then.
     DeviceLink(int socket, std::unique_ptr<Conversation> conversation, Clock& clock,
                std::function<void()> ended = {});
     DeviceLink(const DeviceLink&) = delete;
@@ -45,9 +46,10 @@ private:
     const std::function<void()> m_ended;
     ByteBuffer m_in;
     ByteBuffer m_out;
+    bool m_sayingGoodbye = false;
     std::atomic<bool> m_leaving = false;
     std::mutex m_joining;
-    std::thread m_thread; // the last one: it uses the others
+    std::thread m_thread;
 };
 
 } // namespace vornadel

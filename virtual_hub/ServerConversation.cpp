@@ -12,7 +12,7 @@ Conversation::Step ServerConversation::step(ByteView in, std::size_t& taken, Byt
     if (m_transfers) {
         return m_transfers->step(in, taken, out);
     }
-    if (m_listed) {
+    if (m_over) {
         return Step::Ends;
     }
     if (in.size() < kOperationHeaderSize) {
@@ -26,13 +26,14 @@ Conversation::Step ServerConversation::step(ByteView in, std::size_t& taken, Byt
         return import(in, taken, out);
     }
     taken = kOperationHeaderSize;
-    m_listed = true;
+    m_over = true;
     writeDeviceList(out, m_list.devices());
     return Step::Ends;
 }
 
 void ServerConversation::leave(ByteBuffer& out)
 {
+    m_over = true;
     if (m_transfers) {
         m_transfers->leave(out);
     }

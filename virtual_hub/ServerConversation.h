@@ -39,7 +39,7 @@ private:
 
     ExportList& m_list;
     std::unique_ptr<UrbExchange> m_transfers; // null: nothing imported yet
-    bool m_listed = false;
+    bool m_over = false;                      // nothing can be listed or imported any more
 };
 
 } // namespace vornadel

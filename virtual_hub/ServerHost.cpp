@@ -4,11 +4,13 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <exception>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace vornadel
@@ -56,6 +58,12 @@ private:
 std::string busIdOf(unsigned hub, HubPort half)
 {
     return (half == HubPort::SuperSpeed ? "2-" : "1-") + std::to_string(hub);
+}
+
+/// Whether the process or the machine has run out of files or memory; it may get some back.
+bool isShortage(int problem)
+{
+    return problem == EMFILE || problem == ENFILE || problem == ENOBUFS || problem == ENOMEM;
 }
 
 /// A socket that listens on the loopback address; negative, with errno, when there is none.
@@ -119,15 +127,27 @@ bool ServerHost::listen(std::uint16_t port, std::string& error)
     }
     m_port = ntohs(address.sin_port);
     m_wakeUp = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    m_thread = std::thread([this] { acceptClients(); });
+    if (m_wakeUp < 0) {
+        error = "no event for the server: " + std::string(std::strerror(errno));
+        return false;
+    }
+    try {
+        m_thread = std::thread([this] { acceptClients(); });
+    } catch (const std::system_error& problem) {
+        error = "no thread for the server: " + std::string(problem.what());
+        return false;
+    }
     return true;
 }
 
 void ServerHost::acceptClients()
 {
+    constexpr int kShortageMs =
+        50; // before the next try; the client that cannot be let in would be reported on and on
+    bool shortage = false;
     for (;;) {
-        std::array<pollfd, 2> events = {{{m_listener, POLLIN, 0}, {m_wakeUp, POLLIN, 0}}};
-        if (poll(events.data(), events.size(), -1) < 0 && errno != EINTR) {
+        std::array<pollfd, 2> events = {{{shortage ? -1 : m_listener, POLLIN, 0}, {m_wakeUp, POLLIN, 0}}};
+        if (poll(events.data(), events.size(), shortage ? kShortageMs : -1) < 0 && errno != EINTR) {
             return;
         }
         eventfd_t ignored = 0;
@@ -140,6 +160,7 @@ void ServerHost::acceptClients()
             }
         }
         const int socket = accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC);
+        shortage = socket < 0 && isShortage(errno);
         if (socket >= 0) {
             welcome(socket);
         }
@@ -156,9 +177,16 @@ void ServerHost::welcome(int socket)
         return;
     }
     const std::uint64_t number = ++m_lastClient;
-    m_links[number] = std::make_shared<DeviceLink>(
-        socket, std::make_unique<ClientConversation>(std::make_unique<Client>(*this, number)), m_clock,
-        [this, number] { forget(number); });
+    try {
+        std::shared_ptr<DeviceLink>& link =
+            m_links[number]; // first: a link cannot be dropped with the lock held
+        link = std::make_shared<DeviceLink>(
+            socket, std::make_unique<ClientConversation>(std::make_unique<Client>(*this, number)), m_clock,
+            [this, number] { forget(number); });
+    } catch (const std::exception&) { // no thread, no file or no memory for one more
+        m_links.erase(number);
+        close(socket);
+    }
 }
 
 /// On the link's own thread, which therefore cannot be the one to clear it away.

@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <exception>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -160,8 +161,15 @@ bool VhciHost::plugIn(const VirtualDevice& device, VhciPorts::Port& port, std::s
         close(ends[1]);
         return false;
     }
-    m_seats[half] = {port,
-                     std::make_shared<DeviceLink>(ends[1], std::make_unique<UrbExchange>(device), m_clock)};
+    std::shared_ptr<DeviceLink> link;
+    try {
+        link = std::make_shared<DeviceLink>(ends[1], std::make_unique<UrbExchange>(device), m_clock);
+    } catch (const std::exception& problem) {
+        error = "no thread for the device: " + std::string(problem.what());
+        close(ends[1]); // the kernel gives the port free
+        return false;
+    }
+    m_seats[half] = {port, std::move(link)};
     return true;
 }
 

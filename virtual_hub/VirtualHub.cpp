@@ -1,6 +1,7 @@
 #include "virtual_hub/VirtualHub.h"
 
 #include <algorithm>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -53,7 +54,12 @@ bool VirtualHub::start(std::string& error)
     if (!catchUp(error)) {
         return false;
     }
-    m_thread = std::thread([this] { follow(); });
+    try {
+        m_thread = std::thread([this] { follow(); });
+    } catch (const std::system_error& problem) {
+        error = "no thread for hub " + std::to_string(m_number) + ": " + problem.what();
+        return false;
+    }
     return true;
 }
 

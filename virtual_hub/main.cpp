@@ -1,6 +1,7 @@
 #include "platform/StdClock.h"
 #include "virtual_hub/CommandLine.h"
 #include "virtual_hub/Console.h"
+#include "virtual_hub/LineReader.h"
 #include "virtual_hub/ServerHost.h"
 #include "virtual_hub/VhciHost.h"
 #include "virtual_hub/VirtualHub.h"
@@ -9,12 +10,15 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <fcntl.h>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <poll.h>
 #include <string>
+#include <string_view>
 #include <sys/signalfd.h>
 #include <unistd.h>
 #include <vector>
@@ -26,7 +30,7 @@ using namespace vornadel;
 
 /// Opens what of standard input, output and error is closed on /dev/null, or a hub's socket would get its number and
 /// what is meant for the console. A reader that goes away is no reason to die, and a terminal that is somebody else's
-/// at the moment none to stop: the read fails then.
+/// at the moment none to stop: the read fails then. So does the write to a file that may not grow.
 void prepareStandardFiles()
 {
     for (const int file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
@@ -36,9 +40,10 @@ void prepareStandardFiles()
     }
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGTTIN, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
-/// The signals that end the program in order, as a file. Before any thread starts: threads inherit what is blocked.
+/// The signals that end the program in order, as a file; negative, with errno, when there is none to be had. Before any thread starts: threads inherit what is blocked.
 int endingSignals()
 {
     sigset_t signals;
@@ -53,27 +58,22 @@ int endingSignals()
     return signalfd(-1, &signals, SFD_CLOEXEC);
 }
 
-/// Answers the whole lines in `text` and leaves what is behind the last of them.
-void answerLines(Console& console, std::string& text)
+void answerLines(Console& console, LineReader& lines)
 {
-    constexpr std::size_t kLongestLine = 4096;
-    std::size_t begin = 0;
-    for (std::size_t end = text.find('\n'); end != std::string::npos && !console.quit();
-         end = text.find('\n', begin)) {
-        std::cout << console.answer(std::string_view(text).substr(begin, end - begin)) << std::endl;
-        begin = end + 1;
-    }
-    text.erase(0, begin);
-    if (text.size() > kLongestLine) {
-        text.clear();
-        std::cout << "error: the line is too long" << std::endl;
+    while (!console.quit()) {
+        const std::optional<LineReader::Line> line = lines.next();
+        if (!line) {
+            return;
+        }
+        std::cout << (line->tooLong ? "error: the line is too long" : console.answer(line->text))
+                  << std::endl;
     }
 }
 
 /// Until "quit" or a signal. The end of standard input is no end: the hubs stay.
 void takeCommands(Console& console, int signals)
 {
-    std::string text;
+    LineReader lines;
     std::array<pollfd, 2> events = {{{signals, POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}}};
     while (!console.quit()) {
         if (poll(events.data(), events.size(), -1) < 0 && errno != EINTR) {
@@ -89,10 +89,11 @@ void takeCommands(Console& console, int signals)
         const ssize_t count = read(STDIN_FILENO, chunk.data(), chunk.size());
         if (count <= 0) {
             events[1].fd = -1;
+            lines.end();
         } else {
-            text.append(chunk.data(), static_cast<std::size_t>(count));
-            answerLines(console, text);
+            lines.add(std::string_view(chunk.data(), static_cast<std::size_t>(count)));
         }
+        answerLines(console, lines);
     }
 }
 
@@ -120,8 +121,12 @@ std::unique_ptr<HubHost> makeHost(const VirtualHubCommandLine& commandLine, cons
 int run(const VirtualHubCommandLine& commandLine)
 {
     const int signals = endingSignals();
+    if (signals < 0) {
+        return fail("cannot wait for signals: " + std::string(std::strerror(errno)));
+    }
     const VhciPorts ports("/sys/devices/platform");
     StdClock clock;
+    clock.after({}, [] {}); // its thread starts with this, where a failure can still be reported
     std::string error;
     const std::unique_ptr<HubHost> host = makeHost(commandLine, ports, clock, error);
     if (!host) {
@@ -141,6 +146,9 @@ int run(const VirtualHubCommandLine& commandLine)
         }
     }
     std::cout << "ready" << std::endl;
+    if (!std::cout) {
+        return fail("cannot write to standard output: " + std::string(std::strerror(errno)));
+    }
     Console console(hubs);
     takeCommands(console, signals);
     return kEndedWell;
@@ -158,6 +166,6 @@ int main(int argc, char** argv)
         }
         return run(commandLine);
     } catch (const std::exception& problem) { // no memory, no thread to be had
-        return fail(problem.what());
+        return fail(std::string("cannot start: ") + problem.what());
     }
 }

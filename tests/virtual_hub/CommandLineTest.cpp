@@ -67,6 +67,7 @@ TEST(VirtualHubCommandLine, ServesOnThePortThatIsAskedFor)
     EXPECT_EQ(parse({"--serve"}).commandLine.servePort, 3240);
     EXPECT_EQ(parse({"--serve=0"}).commandLine.servePort, 0);
     EXPECT_EQ(parse({"--serve=65535"}).commandLine.servePort, 65535);
+    EXPECT_EQ(parse({"--serve=010"}).commandLine.servePort, 10);
     EXPECT_EQ(parse({"--serve", "--hub", "mode=rom"}).commandLine.hubs[0].mode, HubCode::Rom);
 }
 
@@ -82,6 +83,11 @@ TEST(VirtualHubCommandLine, SaysWhatIsWrongWithIt)
         {{"--serve=65536"}, "65536"},
         {{"--serve=-1"}, "-1"},
         {{"--serve=x"}, "x"},
+        {{"--serve=0x10"}, "0x10"},
+        {{"--serve= 5"}, " 5"},
+        {{"--serve=5 "}, "5 "},
+        {{"--serve=+5"}, "+5"},
+        {{"--serve=1.0"}, "1.0"},
         {{"--attach", "--serve"}, "--serve"},
         {{"--serve=1", "--serve=2"}, "--serve"},
         {{"3240"}, "3240"},

@@ -86,6 +86,13 @@ TEST_F(ConsoleTest, AddsAFault)
     EXPECT_THAT(m_console.answer("fault open-refused:1"), HasSubstr("open-refused"));
 }
 
+TEST_F(ConsoleTest, PlugsWithRomCodeOnlyWhatIsUnplugged)
+{
+    EXPECT_EQ(m_console.answer("plug-rom"), "error: the hub is plugged in");
+    EXPECT_EQ(m_sims[0]->runningCode(), HubCode::Flash);
+    EXPECT_EQ(m_console.answer("plug"), "ok");
+}
+
 TEST_F(ConsoleTest, EndsTheProgramWhenAskedTo)
 {
     EXPECT_FALSE(m_console.quit());

@@ -11,6 +11,7 @@
 
 #include <array>
 #include <atomic>
+#include <future>
 #include <sys/socket.h>
 
 namespace vornadel::test
@@ -76,6 +77,39 @@ TEST_F(DeviceLinkTest, AnswersWithAnErrorBeforeItHangsUp)
     EXPECT_TRUE(m_peer.hasEnded());
     m_link.join();
     EXPECT_EQ(m_ended, 1);
+}
+
+TEST(DeviceLinkQueue, CarriesOutNothingMoreOnceTheDeviceLeaves)
+{
+    std::array<int, 2> ends{};
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
+    const Peer peer(ends[0]);
+    VirtualClock clock;
+    std::promise<void> reached;
+    std::promise<void> left;
+    std::atomic<int> carriedOut = 0;
+    VirtualDevice device = someDevice(HubPort::SuperSpeed);
+    device.vendorRequest = [&](ControlRequest&) { // the first one lasts until the device leaves
+        if (++carriedOut == 1) {
+            reached.set_value();
+            left.get_future().wait();
+        }
+        return 0U;
+    };
+    Bytes many;
+    Bytes answers = answer(1, 0, 0);
+    for (std::uint32_t sequence = 1; sequence <= 50; ++sequence) {
+        many = many + frame({sequence, 0, 0, 0, {0x40, 2, 0, 0, 0, 0, 0, 0}});
+        answers = sequence == 1 ? answers : answers + answer(sequence, -108, 0);
+    }
+    peer.send(many);
+    DeviceLink link(ends[1], std::make_unique<UrbExchange>(device), clock);
+    reached.get_future().wait();
+    link.leave();
+    left.set_value();
+    EXPECT_EQ(peer.receive(answers.size()), answers);
+    EXPECT_TRUE(peer.hasEnded());
+    EXPECT_EQ(carriedOut, 1);
 }
 
 TEST_F(DeviceLinkTest, HangsUpOnlyAfterASilence)

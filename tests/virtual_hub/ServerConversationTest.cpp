@@ -132,13 +132,20 @@ TEST_F(ServerTalk, EndsWithOtherVersionsAndQuestions)
 
 TEST_F(ServerTalk, AnswersWhatIsPendingWhenTheDeviceLeaves)
 {
-    m_talk.leave(m_out);
-    EXPECT_THAT(m_out, IsEmpty());
     tell(importFrame("2-3"));
     tell(frame(statusRequest(5)));
     m_out.clear();
     m_talk.leave(m_out);
     EXPECT_EQ(m_out, answer(5, -108, 0));
+}
+
+TEST_F(ServerTalk, ImportsNothingOnceItIsToLeave)
+{
+    m_talk.leave(m_out);
+    EXPECT_THAT(m_out, IsEmpty());
+    EXPECT_EQ(tell(importFrame("2-3")), Step::Ends);
+    EXPECT_THAT(m_out, IsEmpty());
+    EXPECT_THAT(m_list.asked, IsEmpty());
 }
 
 } // namespace

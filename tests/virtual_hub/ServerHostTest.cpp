@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <memory>
 #include <string>
+#include <sys/resource.h>
 #include <vector>
 
 namespace vornadel::test
@@ -20,6 +21,26 @@ namespace
 {
 
 using testing::HasSubstr;
+
+/// While it lives, the process can open only so many files more.
+class FewFiles
+{
+public:
+    explicit FewFiles(rlim_t more)
+    {
+        const int lowest = dup(STDERR_FILENO);
+        close(lowest);
+        getrlimit(RLIMIT_NOFILE, &m_before);
+        const rlimit now = {static_cast<rlim_t>(lowest) + more, m_before.rlim_max};
+        EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &now), 0);
+    }
+    FewFiles(const FewFiles&) = delete;
+    FewFiles& operator=(const FewFiles&) = delete;
+    ~FewFiles() { setrlimit(RLIMIT_NOFILE, &m_before); }
+
+private:
+    rlimit m_before = {};
+};
 
 class ServerHostTest : public testing::Test
 {
@@ -157,6 +178,37 @@ TEST_F(ServerHostTest, ClosesConnectionsBeyondItsMost)
     EXPECT_TRUE(client()->hasEnded());
     idle[0]->send(listFrame());
     EXPECT_EQ(idle[0]->receive(12).size(), 12U);
+}
+
+TEST_F(ServerHostTest, RefusesAClientForWhomThereIsNoFileLeft)
+{
+    {
+        const FewFiles few(2); // the client's end and the server's; none to wake the connection up with
+        EXPECT_TRUE(client()->hasEnded());
+    }
+    EXPECT_EQ(listed(), 0U);
+}
+
+TEST_F(ServerHostTest, LetsAClientInWhenThereAreFilesAgain)
+{
+    std::unique_ptr<Peer> waiting;
+    {
+        const FewFiles few(1);
+        waiting = client();
+        waiting->send(listFrame());
+    }
+    EXPECT_EQ(waiting->receive(12).size(), 12U);
+}
+
+TEST_F(ServerHostTest, SaysWhenThereIsNoFileLeftToListenWith)
+{
+    for (const rlim_t more : {0U, 1U}) {
+        ServerHost second(m_clock);
+        std::string error;
+        const FewFiles few(more);
+        EXPECT_FALSE(second.listen(0, error));
+        EXPECT_THAT(error, HasSubstr("Too many open files"));
+    }
 }
 
 TEST_F(ServerHostTest, HangsUpOnEverybodyAtTheEnd)

@@ -67,18 +67,32 @@ expect 'ok code=flash superspeed=- high-speed=- requests=0 faults=0'
 echo nonsense >&7
 expect 'error: *'
 head -c 5000 /dev/zero | tr '\0' x >&7
+printf 'unplug\nplug\n' >&7 # the rest of the line, and the next one
 expect 'error: the line is too long'
+expect ok
 
 # A second one finds the port and the file taken.
 refuses "port $port of 127.0.0.1" --serve="$port" --hub "image=$folder/other.bin"
-printf '\nplug\n' >&7
-expect 'error: *'
-expect ok
 refuses 'in use by another' --serve=0 --hub "$hub"
 
 echo quit >&7
 expect ok
 ends_with 0
+
+start --serve=0 --hub "$hub"
+expect 'port *'
+expect ready
+printf quit >&7
+exec 7>&-
+expect ok
+ends_with 0
+
+if [ -w /dev/full ]; then
+    status=0
+    "$program" --serve=0 --hub "$hub" </dev/null >/dev/full 2>"$folder/err" || status=$?
+    [ $status = 1 ] || fail "ended with $status when it could not write"
+    grep -q 'cannot write to standard output' "$folder/err" || fail "does not say that it could not write"
+fi
 
 for signal in INT TERM HUP; do
     start --serve=0 --hub "$hub"
