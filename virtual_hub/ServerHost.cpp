@@ -142,8 +142,7 @@ bool ServerHost::listen(std::uint16_t port, std::string& error)
 
 void ServerHost::acceptClients()
 {
-    constexpr int kShortageMs =
-        50; // before the next try; the client that cannot be let in would be reported on and on
+    constexpr int kShortageMs = 50; // the client that cannot be let in yet would wake poll() up on and on
     bool shortage = false;
     for (;;) {
         std::array<pollfd, 2> events = {{{shortage ? -1 : m_listener, POLLIN, 0}, {m_wakeUp, POLLIN, 0}}};
@@ -178,8 +177,7 @@ void ServerHost::welcome(int socket)
     }
     const std::uint64_t number = ++m_lastClient;
     try {
-        std::shared_ptr<DeviceLink>& link =
-            m_links[number]; // first: a link cannot be dropped with the lock held
+        std::shared_ptr<DeviceLink>& link = m_links[number]; // first: no link ends with the lock held
         link = std::make_shared<DeviceLink>(
             socket, std::make_unique<ClientConversation>(std::make_unique<Client>(*this, number)), m_clock,
             [this, number] { forget(number); });
