@@ -89,7 +89,9 @@ void takeCommands(Console& console, int signals)
         const ssize_t count = read(STDIN_FILENO, chunk.data(), chunk.size());
         if (count <= 0) {
             events[1].fd = -1;
-            lines.end();
+            if (count == 0) { // after a failed read, what is there may be half a command
+                lines.end();
+            }
         } else {
             lines.add(std::string_view(chunk.data(), static_cast<std::size_t>(count)));
         }
