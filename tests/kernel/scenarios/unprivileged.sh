@@ -5,9 +5,9 @@ user=4711
 stranger=4712
 group=$(getent group plugdev | cut -d: -f3)
 [ -n "$group" ] || fail 'there is no group plugdev'
-bundle /tmp/work/installed
-chmod -R a+rX /tmp/work/installed
-installed=/tmp/work/installed/Vornadel.app/Contents
+bundle /tmp/scenarios/installed
+chmod -R a+rX /tmp/scenarios/installed
+installed=/tmp/scenarios/installed/Vornadel.app/Contents
 
 as_user() {
     as=(setpriv --reuid "$user" --regid "$user" --groups "$group")
