@@ -1,8 +1,11 @@
 #pragma once
 
+#include "sim/SimulatedHub.h"
 #include "virtual_hub/HubHost.h"
 
+#include <gtest/gtest.h>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -78,5 +81,17 @@ private:
     std::vector<std::string> m_told;
     std::string m_refusal;
 };
+
+/// A hub whose flash is in memory alone, set up as on a command line; null, and a failure, when that cannot be done.
+inline std::shared_ptr<SimulatedHub> hubInMemory(const std::string& options, Clock& clock)
+{
+    SimulatedHubOptions parsed;
+    std::string error;
+    EXPECT_TRUE(parseSimulatedHubOptions(options, parsed, error)) << error;
+    parsed.keepInMemory = true;
+    std::shared_ptr<SimulatedHub> hub = SimulatedHub::create(parsed, clock, error);
+    EXPECT_NE(hub, nullptr) << error;
+    return hub;
+}
 
 } // namespace vornadel::test

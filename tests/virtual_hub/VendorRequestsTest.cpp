@@ -23,12 +23,9 @@ class VendorRequests : public testing::Test
 protected:
     void plugIn(const std::string& options)
     {
-        SimulatedHubOptions parsed;
         std::string error;
-        ASSERT_TRUE(parseSimulatedHubOptions(options, parsed, error)) << error;
-        parsed.keepInMemory = true;
-        m_sim = SimulatedHub::create(parsed, m_clock, error);
-        ASSERT_NE(m_sim, nullptr) << error;
+        m_sim = hubInMemory(options, m_clock);
+        ASSERT_NE(m_sim, nullptr);
         m_hub = std::make_unique<VirtualHub>(3, m_sim, m_host,
                                              [](const std::string& problem) { FAIL() << problem; });
         ASSERT_TRUE(m_hub->start(error)) << error;

@@ -26,12 +26,9 @@ class VirtualHubTest : public testing::Test
 protected:
     void plugIn(const std::string& options)
     {
-        SimulatedHubOptions parsed;
         std::string error;
-        ASSERT_TRUE(parseSimulatedHubOptions(options, parsed, error)) << error;
-        parsed.keepInMemory = true;
-        m_sim = SimulatedHub::create(parsed, m_clock, error);
-        ASSERT_NE(m_sim, nullptr) << error;
+        m_sim = hubInMemory(options, m_clock);
+        ASSERT_NE(m_sim, nullptr);
         m_hub = std::make_unique<VirtualHub>(1, m_sim, m_host, [this](const std::string& problem) {
             const std::lock_guard lock(m_mutex);
             m_complaints.push_back(problem);
