@@ -21,6 +21,7 @@ namespace
 
 constexpr int kPollMilliseconds = 20;
 constexpr int kPatienceMilliseconds = 30000; ///< for one step, on a machine that is busy with other things
+constexpr int kPollsBeforeTypingAgain = 5000 / kPollMilliseconds;
 
 /// The dialog that has the keyboard; a completer's list may be the active window for a moment.
 QFileDialog* openDialog()
@@ -33,6 +34,10 @@ QFileDialog* openDialog()
     }
     return nullptr;
 }
+
+QLineEdit* nameIn(const QFileDialog* dialog) { return dialog->findChild<QLineEdit*>("fileNameEdit"); }
+
+void typeOver(const QString& text) { xdotool({"key", "ctrl+a", "type", "--delay", "5", text}); }
 
 } // namespace
 
@@ -55,13 +60,25 @@ void MouseScript::answerFileDialog(const QString& path)
     when(
         "the file dialog", [] { return openDialog() != nullptr; },
         [path] {
-            xdotool({"key", "ctrl+a", "type", "--delay", "5", path});
+            // Qt's own completer reads the folders on the way and has its list take the keyboard; with a crowded
+            // folder and a busy machine it eats what is typed meanwhile.
+            nameIn(openDialog())->setCompleter(nullptr);
+            typeOver(path);
         });
     when(
         "the path in the dialog",
-        [path] {
+        [path, polls = 0]() mutable {
             const QFileDialog* dialog = openDialog();
-            return dialog != nullptr && dialog->findChild<QLineEdit*>("fileNameEdit")->text() == path;
+            if (dialog == nullptr) {
+                return false;
+            }
+            const QString typed = nameIn(dialog)->text();
+            if (typed != path &&
+                ++polls % kPollsBeforeTypingAgain == 0) { // as anybody would who sees keys lost
+                std::fprintf(stderr, "typed again, for the dialog has: %s\n", qUtf8Printable(typed));
+                typeOver(path);
+            }
+            return typed == path;
         },
         [] {
             xdotool({"key", "Return"});
