@@ -112,11 +112,14 @@ std::unique_ptr<UsbDevice> nextSupported(UsbSearch& search)
         case UsbSearch::Step::NoInterface:
             LastError = kNoInterface;
             break;
-        case UsbSearch::Step::Device:
-            if (FindSupportedId(device->vendorId(), device->productId())) {
+        case UsbSearch::Step::Device: {
+            const std::uint16_t vendorId = device->vendorId();
+            const std::uint16_t productId = device->productId();
+            if (FindSupportedId(vendorId, productId)) {
                 return device;
             }
             break;
+        }
         case UsbSearch::Step::End:
             return nullptr;
         }
