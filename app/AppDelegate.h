@@ -1,6 +1,5 @@
 #pragma once
 
-#include "app/Detection.h"
 #include "app/FlowWorker.h"
 #include "app/LeaveProcess.h"
 #include "app/MainThread.h"
@@ -137,8 +136,6 @@ private:
     std::atomic<bool> m_shuttingDown = false;
     MainThread m_mainThread;
     FlowWorker m_worker;
-    UsbServices m_addedServices;
-    UsbServices m_removedServices;
     std::atomic<bool> m_attachPosted = false; // a callback is on its way to the main thread and has not begun
     std::atomic<bool> m_detachPosted = false;
     std::unique_ptr<QWidget> m_window; // last: the controls go before anything they are used with

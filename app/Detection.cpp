@@ -10,14 +10,6 @@
 namespace vornadel
 {
 
-bool UsbServices::next()
-{
-    int waiting = m_waiting.load();
-    while (waiting > 0 && !m_waiting.compare_exchange_weak(waiting, waiting - 1)) {
-    }
-    return waiting > 0;
-}
-
 namespace
 {
 
@@ -45,19 +37,17 @@ void AppDelegate::RegisterNotifycation()
 {
     m_platform.usb.watch([this](UsbEvent event) {
         const bool attached = event == UsbEvent::Attached;
-        UsbServices& services = attached ? m_addedServices : m_removedServices;
         std::atomic<bool>& posted = attached ? m_attachPosted : m_detachPosted;
-        services.add();
         if (posted.exchange(true)) {
             return; // a callback that has not begun yet takes this device along
         }
-        m_mainThread.post([attached, &services, &posted] {
+        m_mainThread.post([this, event, attached, &posted] {
             posted = false;
-            (attached ? DeviceAddedCallback : DeviceRemovedCallback)(nullptr, services);
+            (attached ? DeviceAddedCallback : DeviceRemovedCallback)(nullptr, m_platform.usb.services(event));
         });
     });
-    DeviceAddedCallback(nullptr, m_addedServices);
-    DeviceRemovedCallback(nullptr, m_removedServices);
+    DeviceAddedCallback(nullptr, m_platform.usb.services(UsbEvent::Attached));
+    DeviceRemovedCallback(nullptr, m_platform.usb.services(UsbEvent::Detached));
 }
 
 void AppDelegate::DeviceNotification()

@@ -51,7 +51,7 @@ void AppDelegate::LoadUpdateDriver()
             copyDriverBundle(m_platform.shell, m_place.resourcePath);
         } else {
             ConsoleLog(driverCopy +
-                       " is not a folder of your own with nothing but files in it; not copied to");
+                       " is not a folder of your own with nothing but files of your own in it; not copied to");
         }
         runScript("load");
     }

@@ -10,13 +10,13 @@
 namespace vornadel
 {
 
-int runTool(Platform& platform, const char* argv0, const QString& titleSuffix,
+int runTool(Platform& platform, const MainBundle& bundle, const QString& titleSuffix,
             const std::function<void(AppDelegate&)>& launched)
 {
     QApplication::setQuitOnLastWindowClosed(AppDelegate::applicationShouldTerminateAfterLastWindowClosed());
     Hub_UsePlatform(platform.usb, platform.clock);
 
-    AppDelegate delegate(platform, toolPlace(argv0), titleSuffix);
+    AppDelegate delegate(platform, toolPlaceOf(bundle), titleSuffix);
     delegate.applicationDidFinishLaunching();
     if (launched) {
         launched(delegate);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/MainBundle.h"
 #include "platform/Platform.h"
 
 #include <QString>
@@ -14,8 +15,8 @@ class AppDelegate;
 /// Runs the window program on a platform until its window is closed; needs a QApplication. The result is the exit
 /// status. Does not return when a transfer holds a worker at the end: the process ends then.
 ///
-/// `launched` is called once after the launch sequence, before the event loop.
-int runTool(Platform& platform, const char* argv0, const QString& titleSuffix,
+/// `bundle` is where the program lies. `launched` is called once after the launch sequence, before the event loop.
+int runTool(Platform& platform, const MainBundle& bundle, const QString& titleSuffix,
             const std::function<void(AppDelegate&)>& launched = {});
 
 } // namespace vornadel

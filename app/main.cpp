@@ -1,7 +1,7 @@
 #include "app/Tool.h"
 #include "config/Version.h"
-#include "platform/linux/LinuxPlatform.h"
-#include "platform/linux/StandardFiles.h"
+#include "platform/native/NativePlatform.h"
+#include "platform/posix/StandardFiles.h"
 #include "sim/SimulatedBus.h"
 
 #include <CLI/CLI.hpp>
@@ -72,10 +72,11 @@ int chooseAndRun(int argc, char** argv)
         return *ended;
     }
 
-    LinuxPlatform linux;
-    Platform real = linux.platform();
+    NativePlatform machine;
+    Platform real = machine.platform();
+    const MainBundle bundle = mainBundle(argv[0]);
     if (!arguments.simulatedHub) {
-        return runTool(real, argv[0], {});
+        return runTool(real, bundle, {});
     }
     std::string error;
     const std::unique_ptr<SimulatedBus> bus =
@@ -85,7 +86,7 @@ int chooseAndRun(int argc, char** argv)
         return kExitUsage;
     }
     Platform platform{*bus, real.shell, real.privileged, real.systemVersion, real.clock};
-    return runTool(platform, argv[0], " [simulated hub]");
+    return runTool(platform, bundle, " [simulated hub]");
 }
 
 } // namespace

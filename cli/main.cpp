@@ -3,8 +3,8 @@
 #include "cli/Interruption.h"
 #include "config/ToolPlace.h"
 #include "hub/HubTransport.h"
-#include "platform/linux/LinuxPlatform.h"
-#include "platform/linux/StandardFiles.h"
+#include "platform/native/NativePlatform.h"
+#include "platform/posix/StandardFiles.h"
 #include "sim/SimulatedBus.h"
 
 #include <cstdio>
@@ -24,8 +24,8 @@ int run(const CommandLine& commandLine, Platform platform, const char* argv0)
 {
     Hub_UsePlatform(platform.usb, platform.clock); // before a signal can abandon the hub: this would undo it
     const Interruption interruption(platform.clock);
-    const int status = runCommand(commandLine, platform, toolPlace(argv0).resourcePath, std::cout, std::cerr,
-                                  isatty(STDOUT_FILENO) == 1);
+    const int status = runCommand(commandLine, platform, toolPlaceOf(mainBundle(argv0)).resourcePath,
+                                  std::cout, std::cerr, isatty(STDOUT_FILENO) == 1);
     if (interruption.happened() && status != kExitSuccess) {
         std::cerr << "Interrupted\n";
         return kExitInterrupted;
@@ -39,8 +39,8 @@ int chooseAndRun(int argc, char** argv)
     if (const auto ended = parseCommandLine(argc, argv, commandLine, std::cout, std::cerr)) {
         return *ended;
     }
-    LinuxPlatform linux;
-    Platform real = linux.platform();
+    NativePlatform machine;
+    Platform real = machine.platform();
     if (!commandLine.simulatedHub) {
         return run(commandLine, real, argv[0]);
     }

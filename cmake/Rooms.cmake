@@ -5,10 +5,14 @@
 # checks the #include lines against it.
 
 set(VORNADEL_ROOMS
-  platform_api platform_linux diagnosis sim genfun props firmware props_ui hub config flows driver app cli virtual_hub)
+  platform_api platform_posix platform_linux platform_macos platform_native diagnosis sim genfun props firmware props_ui
+  hub config flows driver app cli virtual_hub)
 
 set(ROOM_FOLDER_platform_api   platform)
+set(ROOM_FOLDER_platform_posix platform/posix)
 set(ROOM_FOLDER_platform_linux platform/linux)
+set(ROOM_FOLDER_platform_macos platform/macos)
+set(ROOM_FOLDER_platform_native platform/native)
 set(ROOM_FOLDER_diagnosis      diagnosis)
 set(ROOM_FOLDER_sim            sim)
 set(ROOM_FOLDER_genfun         props/GenFun) # its files alone, the others are the room props
@@ -24,7 +28,10 @@ set(ROOM_FOLDER_cli            cli)
 set(ROOM_FOLDER_virtual_hub    virtual_hub)
 
 set(ROOM_MAY_USE_platform_api   )
-set(ROOM_MAY_USE_platform_linux platform_api)
+set(ROOM_MAY_USE_platform_posix platform_api)
+set(ROOM_MAY_USE_platform_linux platform_api platform_posix)
+set(ROOM_MAY_USE_platform_macos platform_api platform_posix)
+set(ROOM_MAY_USE_platform_native platform_api platform_linux platform_macos)
 set(ROOM_MAY_USE_diagnosis      )
 set(ROOM_MAY_USE_sim            platform_api)
 set(ROOM_MAY_USE_genfun         )
@@ -32,16 +39,17 @@ set(ROOM_MAY_USE_props          genfun)
 set(ROOM_MAY_USE_props_ui       props firmware genfun)
 set(ROOM_MAY_USE_firmware       genfun diagnosis)
 set(ROOM_MAY_USE_hub            platform_api diagnosis)
-set(ROOM_MAY_USE_config         hub)
+set(ROOM_MAY_USE_config         hub platform_api)
 set(ROOM_MAY_USE_flows          hub firmware platform_api)
 set(ROOM_MAY_USE_driver         hub genfun platform_api)
-set(ROOM_MAY_USE_app            platform_api platform_linux diagnosis sim genfun props props_ui firmware hub config flows driver)
-set(ROOM_MAY_USE_cli            platform_api platform_linux diagnosis sim genfun props firmware hub config flows driver)
+set(ROOM_MAY_USE_app            platform_api platform_posix platform_native diagnosis sim genfun props props_ui firmware hub config flows driver)
+set(ROOM_MAY_USE_cli            platform_api platform_posix platform_native diagnosis sim genfun props firmware hub config flows driver)
 set(ROOM_MAY_USE_virtual_hub    platform_api sim)
 
 # Libraries from outside that a room may use.
 set(ROOM_MAY_USE_OUTSIDE_platform_api   Threads::Threads)
 set(ROOM_MAY_USE_OUTSIDE_platform_linux LibUSB::LibUSB Threads::Threads)
+set(ROOM_MAY_USE_OUTSIDE_platform_macos MacOS::Interfaces)
 set(ROOM_MAY_USE_OUTSIDE_sim            Threads::Threads)
 set(ROOM_MAY_USE_OUTSIDE_props          iniparser::iniparser)
 set(ROOM_MAY_USE_OUTSIDE_props_ui       Qt6::Widgets)

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <filesystem>
+#include "platform/MainBundle.h"
+
 #include <string>
 
 namespace vornadel
@@ -16,10 +17,6 @@ struct ToolPlace {
     std::string resourcePath;
 };
 
-/// The place of the running program, symbolic links resolved. `argv0` serves where the system does not tell.
-ToolPlace toolPlace(const char* argv0);
-
-/// The place of a program whose real path is `executable`.
-ToolPlace toolPlaceOf(const std::filesystem::path& executable);
+ToolPlace toolPlaceOf(const MainBundle& bundle);
 
 } // namespace vornadel

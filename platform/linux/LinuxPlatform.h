@@ -5,7 +5,7 @@
 #include "platform/linux/LibusbBus.h"
 #include "platform/linux/OsRelease.h"
 #include "platform/linux/PkexecRun.h"
-#include "platform/linux/SystemShell.h"
+#include "platform/posix/SystemShell.h"
 
 namespace vornadel
 {

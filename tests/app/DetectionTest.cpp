@@ -236,26 +236,30 @@ TEST_F(Detection, DropsAnEventThatWaitsWhenTheToolEnds)
     EXPECT_EQ(hubInfo(), kDemo100);
 }
 
-TEST(UsbServices, HandsOutEachDeviceOnce)
+/// A list of devices that tells how often it was asked.
+class ListedServices final : public UsbServices
 {
-    UsbServices services;
-    EXPECT_FALSE(services.next());
-    services.add();
-    services.add();
-    EXPECT_TRUE(services.next());
-    EXPECT_TRUE(services.next());
-    EXPECT_FALSE(services.next());
-}
+public:
+    explicit ListedServices(int waiting) : m_waiting(waiting) {}
+
+    bool next() override
+    {
+        ++asked;
+        return m_waiting-- > 0;
+    }
+
+    int asked = 0;
+
+private:
+    int m_waiting;
+};
 
 TEST_F(Detection, TakesEveryWaitingDeviceInOneCallback)
 {
     launchAndSettle();
-    UsbServices services;
-    services.add();
-    services.add();
-    services.add();
+    ListedServices services(3);
     EXPECT_EQ(consoleOf([&] { DeviceRemovedCallback(nullptr, services); }), "Enter Device Removed\n");
-    EXPECT_FALSE(services.next());
+    EXPECT_EQ(services.asked, 4) << "three devices and the end of the list";
 }
 
 } // namespace

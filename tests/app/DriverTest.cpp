@@ -109,7 +109,7 @@ TEST_F(DriverButtons, CopyNothingToWhatIsSomebodyElses)
     pressLoad();
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "Enter LoadUpdateDriver\n" + directory() +
-                  "/copy is not a folder of your own with nothing but files in it; not copied to\n");
+                  "/copy is not a folder of your own with nothing but files of your own in it; not copied to\n");
     EXPECT_EQ(shell.commands, std::vector<std::string>{});
     EXPECT_EQ(privileged.scripts, std::vector<std::string>{resources() + "/load"}) << "all the same";
 }

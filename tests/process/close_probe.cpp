@@ -35,6 +35,7 @@
 #include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <mutex>
 #include <string>
 
@@ -259,5 +260,6 @@ int main(int argc, char** argv)
     test::IdlePrivilegedRun privileged;
     test::FixedSystemVersion version;
     Platform platform{*bus, shell, privileged, version, clock};
-    return runTool(platform, argv[0], {}, [&](AppDelegate& delegate) { use(delegate, moment, image); });
+    return runTool(platform, bundleAround(std::filesystem::canonical(argv[0])), {},
+                   [&](AppDelegate& delegate) { use(delegate, moment, image); });
 }

@@ -19,6 +19,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
 #include <map>
 #include <vector>
 
@@ -150,10 +151,11 @@ int main(int argc, char** argv)
     MouseMachine machine;
     const std::vector<std::uint8_t> before = machine.hub().flash();
     MouseScript script;
-    const int status = runTool(machine.platform(), argv[0], " [simulated hub]", [&](AppDelegate& tool) {
-        writeScript(script, tool, path);
-        script.start();
-    });
+    const int status = runTool(machine.platform(), bundleAround(std::filesystem::canonical(argv[0])),
+                               " [simulated hub]", [&](AppDelegate& tool) {
+                                   writeScript(script, tool, path);
+                                   script.start();
+                               });
     QFile file(path);
     if (status != 0 || !script.finished() || !file.open(QIODevice::ReadOnly)) {
         std::fprintf(stderr, "flash_story: the story was not played to its end\n");

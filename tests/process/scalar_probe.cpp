@@ -12,6 +12,7 @@
 #include <QApplication>
 
 #include <cstdio>
+#include <filesystem>
 #include <string>
 
 int main(int argc, char** argv)
@@ -35,6 +36,6 @@ int main(int argc, char** argv)
     test::IdlePrivilegedRun privileged;
     test::FixedSystemVersion version;
     Platform platform{*bus, shell, privileged, version, clock};
-    runTool(platform, argv[0], {});
+    runTool(platform, bundleAround(std::filesystem::canonical(argv[0])), {});
     return 66; // somebody else has ended it
 }

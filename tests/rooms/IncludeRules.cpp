@@ -22,7 +22,7 @@ constexpr std::array<std::string_view, 9> kSourceSuffixes = {".h",   ".hpp", ".i
 constexpr std::array<std::string_view, 4> kOtherFolders = {"tests", "bench", "examples", "build"};
 
 /// Rooms that choose the machine to work on. A front end may use them, but in its main.cpp alone.
-constexpr std::array<std::string_view, 3> kChosenInMain = {"platform_linux", "platform_macos", "sim"};
+constexpr std::array<std::string_view, 2> kChosenInMain = {"platform_native", "sim"};
 
 /// Rooms that are no front end but are made of what the others choose.
 constexpr std::array<std::string_view, 1> kMadeOfIt = {"virtual_hub"};
@@ -181,6 +181,26 @@ std::vector<std::string> homelessSources(const fs::path& root, const std::vector
         }
     }
     return homeless;
+}
+
+std::vector<std::string> linesThatAskForTheSystem(const fs::path& root)
+{
+    static const std::regex asks(R"(^\s*#\s*(?:if|ifdef|ifndef|elif)\b.*\b(?:__)"
+                                 R"(APPLE__|__MACH__|__linux__|__unix__|TARGET_OS_\w+)\b.*$)");
+    std::vector<std::string> asking;
+    for (const std::string& file : sourcesBelow(root)) {
+        if (file.starts_with("platform/")) {
+            continue;
+        }
+        std::ifstream source(root / file);
+        std::string line;
+        for (int number = 1; std::getline(source, line); ++number) {
+            if (std::regex_match(line, asks)) {
+                asking.push_back(file + ":" + std::to_string(number));
+            }
+        }
+    }
+    return asking;
 }
 
 std::vector<std::string> sourcesOf(const fs::path& root, const std::vector<Room>& rooms,

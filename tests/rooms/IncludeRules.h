@@ -23,6 +23,10 @@ std::vector<std::string> wrongIncludes(const std::filesystem::path& root, const 
 /// benchmarks, examples, builds) accounts for.
 std::vector<std::string> homelessSources(const std::filesystem::path& root, const std::vector<Room>& rooms);
 
+/// Lines outside `platform/` that ask which system they are compiled for, as "hub/Some.cpp:12". Tests and benchmarks
+/// count too.
+std::vector<std::string> linesThatAskForTheSystem(const std::filesystem::path& root);
+
 /// The source files of one room, from the root.
 std::vector<std::string> sourcesOf(const std::filesystem::path& root, const std::vector<Room>& rooms,
                                    const std::string& room);

@@ -28,13 +28,14 @@ const std::vector<Room> kHouse = {
     {"platform_api", "platform", {}, {}},
     {"platform_linux", "platform/linux", {"platform_api"}, {"LibUSB::LibUSB"}},
     {"platform_macos", "platform/macos", {"platform_api"}, {}},
+    {"platform_native", "platform/native", {"platform_api", "platform_linux", "platform_macos"}, {}},
     {"sim", "sim", {"platform_api"}, {}},
     {"genfun", "props/GenFun", {}, {}},
     {"props", "props", {"genfun"}, {"iniparser::iniparser"}},
     {"hub", "hub", {"platform_api"}, {}},
     {"app",
      "app",
-     {"platform_api", "platform_linux", "sim", "hub", "props"},
+     {"platform_api", "platform_native", "sim", "hub", "props"},
      {"Qt6::Widgets", "CLI11::CLI11"}},
 };
 
@@ -80,6 +81,20 @@ TEST(Includes, AreReadInEveryRoom)
 
 TEST(Sources, AllLieInARoom) { EXPECT_THAT(homelessSources(SOURCE_ROOT, kRooms), IsEmpty()); }
 
+TEST(Sources, AskForTheirSystemInThePlatformAlone)
+{
+    EXPECT_THAT(linesThatAskForTheSystem(SOURCE_ROOT), IsEmpty());
+}
+
+TEST_F(SourceTree, FindsALineThatAsksForItsSystem)
+{
+    write("hub/Transport.cpp", "#include <vector>\n#  if defined(__APPLE__) && 1\n#endif // __APPLE__\n");
+    write("tests/hub/Test.cpp", "#ifdef __linux__\n#elif TARGET_OS_MAC\n#endif\n");
+    write("platform/native/Native.h", "#ifdef __APPLE__\n#endif\n");
+    EXPECT_THAT(linesThatAskForTheSystem(m_root),
+                ElementsAre("hub/Transport.cpp:2", "tests/hub/Test.cpp:1", "tests/hub/Test.cpp:2"));
+}
+
 TEST_F(SourceTree, WithGoodIncludesPasses)
 {
     write("platform/Clock.h", "#include <chrono>\n");
@@ -92,7 +107,7 @@ TEST_F(SourceTree, WithGoodIncludesPasses)
     write("hub/Transport.cpp", "#include \"hub/Transport.h\"\n  #  include   \"platform/Clock.h\" // time\n");
     write("app/Window.cpp", "#include <QWidget>\n#include <QtGui/QFont>\n#include \"hub/Transport.h\"\n");
     write("app/main.cpp",
-          "#include \"platform/linux/Bus.h\"\n#include \"sim/Hub.h\"\n#include <CLI/CLI.hpp>\n");
+          "#include \"platform/native/Native.h\"\n#include \"sim/Hub.h\"\n#include <CLI/CLI.hpp>\n");
     write("tests/hub/Test.cpp",
           "#include \"tests/support/Anything.h\"\n#include <QWidget>\n#include \"hub/T.h\"\n");
     EXPECT_THAT(wrong(), IsEmpty());
@@ -158,8 +173,10 @@ INSTANTIATE_TEST_SUITE_P(
         BadSample{"NotFromTheRoot", "hub/T.cpp", "#include \"Transport.h\"", "written from the root"},
         BadSample{"OfATest", "hub/T.cpp", "#include \"tests/support/VirtualClock.h\"", "not in a room"},
         BadSample{"ByMacro", "hub/T.cpp", "#include HEADER", "cannot be checked"},
-        BadSample{"PlatformPastMain", "app/Tool.cpp", "#include \"platform/linux/Bus.h\"",
+        BadSample{"PlatformPastMain", "app/Tool.cpp", "#include \"platform/native/Native.h\"",
                   "chosen in main.cpp"},
+        BadSample{"BackEndPastThePlatform", "app/main.cpp", "#include \"platform/linux/Bus.h\"",
+                  "app may not use room platform_linux"},
         BadSample{"SimulatorPastMain", "app/Tool.cpp", "#include \"sim/Hub.h\"", "chosen in main.cpp"},
         BadSample{"Libusb", "hub/T.cpp", "#include <libusb.h>", "hub may not use LibUSB::LibUSB"},
         BadSample{"LibusbInAFolder", "app/A.cpp", "#include <libusb-1.0/libusb.h>", "LibUSB::LibUSB"},

@@ -1,4 +1,4 @@
-#include "platform/linux/SystemShell.h"
+#include "platform/posix/SystemShell.h"
 
 #include <cstdlib>
 #include <unistd.h>

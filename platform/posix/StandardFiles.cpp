@@ -1,4 +1,4 @@
-#include "platform/linux/StandardFiles.h"
+#include "platform/posix/StandardFiles.h"
 
 #include <csignal>
 #include <fcntl.h>
