@@ -1,9 +1,9 @@
 #pragma once
 
+#include "HubTestBus.h"
 #include "diagnosis/LastError.h"
 #include "hub/HubTransport.h"
 #include "hub/SupportedIds.h"
-#include "tests/support/ScriptedBus.h"
 #include "tests/support/VirtualClock.h"
 
 #include <gmock/gmock.h>
@@ -60,7 +60,7 @@ protected:
         thread.join();
     }
 
-    ScriptedBus m_bus;
+    HubTestBus m_bus;
     VirtualClock m_clock;
 };
 

@@ -322,7 +322,7 @@ TEST_F(Abandon, IsTakenBackByANewPlatform)
 
 TEST_F(UsePlatform, ReplacesBusAndClock)
 {
-    ScriptedBus other;
+    HubTestBus other;
     VirtualClock otherClock;
     other.attached = m_bus.attached;
     Hub_UsePlatform(other, otherClock);
@@ -340,7 +340,7 @@ TEST_F(UsePlatform, ChangesNothingWhileAHubIsOpen)
     open();
     Hub_Abandon();
     {
-        ScriptedBus other;
+        HubTestBus other;
         VirtualClock otherClock;
         Hub_UsePlatform(other, otherClock);
     }

@@ -1,0 +1,50 @@
+#include "platform/macos/CoreBundle.h"
+
+#include <CoreFoundation/CoreFoundation.h>
+
+#include <array>
+#include <filesystem>
+#include <string>
+#include <system_error>
+
+namespace vornadel
+{
+
+namespace fs = std::filesystem;
+
+namespace
+{
+
+constexpr CFIndex kLongestPath = 4096;
+
+/// Full path of the main bundle, without a slash at its end; empty when the system does not tell.
+std::string mainBundlePath()
+{
+    const CFBundleRef bundle = CFBundleGetMainBundle(); // the system's own, not to be released
+    const CFURLRef url = bundle != nullptr ? CFBundleCopyBundleURL(bundle) : nullptr;
+    if (url == nullptr) {
+        return {};
+    }
+    std::array<UInt8, kLongestPath> path{};
+    const bool told = CFURLGetFileSystemRepresentation(url, true, path.data(), kLongestPath) != 0;
+    CFRelease(url);
+    std::string text = told ? reinterpret_cast<const char*>(path.data()) : "";
+    while (text.size() > 1 && text.back() == '/') {
+        text.pop_back();
+    }
+    return text;
+}
+
+} // namespace
+
+MainBundle coreBundle(const char* argv0)
+{
+    const std::string path = mainBundlePath();
+    if (path.empty()) {
+        std::error_code failed;
+        return bundleAround(fs::weakly_canonical(argv0 != nullptr ? argv0 : "", failed));
+    }
+    return {path, fs::path(path).extension() == ".app"};
+}
+
+} // namespace vornadel

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/UsbBus.h"
+
+#include <memory>
+
+namespace vornadel
+{
+
+class PlugNotifications;
+
+/// The system's USB by way of IOKit. Nothing is claimed and nothing kept between two searches.
+///
+/// A search that is not given back stays with the system to the end of the process, one small object each: only
+/// release() gives it back.
+///
+/// watch(), unwatch() and services() belong to one thread, the one whose run loop tells the events; the listener runs on
+/// it. The system is asked for notifications once, by the first watch(), and sends them until the process ends; unwatch()
+/// only stops listening. One bus at a time can watch.
+class IokitBus final : public UsbBus
+{
+public:
+    IokitBus();
+    ~IokitBus() override;
+
+    std::unique_ptr<UsbSearch> search() override;
+    bool watch(Listener listener) override;
+    void unwatch() override;
+    UsbServices& services(UsbEvent event) override;
+
+private:
+    std::unique_ptr<PlugNotifications> m_notifications; // from the first watch() on
+};
+
+} // namespace vornadel

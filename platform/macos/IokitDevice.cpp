@@ -1,0 +1,54 @@
+#include "platform/macos/IokitDevice.h"
+
+namespace vornadel
+{
+
+IokitDevice::~IokitDevice()
+{
+    IokitDevice::close();
+    (*m_interface)->Release(m_interface);
+}
+
+std::uint16_t IokitDevice::vendorId() const
+{
+    UInt16 id = 0;
+    (*m_interface)->GetDeviceVendor(m_interface, &id);
+    return id;
+}
+
+std::uint16_t IokitDevice::productId() const
+{
+    UInt16 id = 0;
+    (*m_interface)->GetDeviceProduct(m_interface, &id);
+    return id;
+}
+
+bool IokitDevice::open()
+{
+    m_open = (*m_interface)->USBDeviceOpen(m_interface) == kIOReturnSuccess;
+    return m_open;
+}
+
+std::uint32_t IokitDevice::control(ControlRequest& request)
+{
+    IOUSBDevRequest transfer{};
+    transfer.bmRequestType = request.bmRequestType;
+    transfer.bRequest = request.bRequest;
+    transfer.wValue = request.wValue;
+    transfer.wIndex = request.wIndex;
+    transfer.wLength = request.wLength;
+    transfer.pData = request.data;
+    const IOReturn status = (*m_interface)->DeviceRequest(m_interface, &transfer);
+    request.transferred = transfer.wLenDone;
+    return static_cast<std::uint32_t>(status);
+}
+
+void IokitDevice::close()
+{
+    if (m_open) {
+        (*m_interface)->USBDeviceClose(m_interface);
+        m_open = false;
+    }
+}
+
+} // namespace vornadel

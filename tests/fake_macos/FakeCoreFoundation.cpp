@@ -1,0 +1,194 @@
+// Identifiers, the run loop and the main bundle.
+
+#include "tests/fake_macos/FakeCoreFoundation.h"
+
+#include <array>
+#include <cstring>
+#include <list>
+#include <map>
+#include <mutex>
+#include <utility>
+
+struct __CFUUID {
+    CFUUIDBytes bytes;
+};
+struct __CFRunLoop {
+};
+struct __CFRunLoopSource {
+    const void* port;
+    std::string name;
+};
+struct __CFString {
+};
+struct __CFBundle {
+};
+struct __CFURL : vornadel::test::CoreObject {
+    __CFURL(std::string its, std::string where, bool usable)
+        : CoreObject(std::move(its)), path(std::move(where)), hasPath(usable)
+    {
+    }
+
+    std::string path;
+    bool hasPath;
+};
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+const __CFString defaultMode{};
+__CFBundle mainBundle;
+
+/// The identifiers as they are published.
+const std::map<std::string, std::string>& knownIds()
+{
+    static const std::map<std::string, std::string> known = {
+        {"9DC7B780-9EC0-11D4-A54F-000A27052861", "device user client"},
+        {"C244E858-109C-11D4-91D4-0050E4C6426F", "plug-in interface"},
+        {"5C8187D0-9EF3-11D4-8B45-000A27052861", "device interface"},
+    };
+    return known;
+}
+
+} // namespace
+
+CFRunLoopRef ownRunLoop()
+{
+    static thread_local __CFRunLoop own;
+    return &own;
+}
+
+std::string nameOf(const CFUUIDBytes& bytes)
+{
+    std::array<UInt8, 16> all{};
+    static_assert(sizeof all == sizeof bytes);
+    std::memcpy(all.data(), &bytes, sizeof all);
+    std::string text;
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        constexpr char kDigits[] = "0123456789ABCDEF";
+        text += i == 4 || i == 6 || i == 8 || i == 10 ? "-" : "";
+        text += {kDigits[all[i] >> 4], kDigits[all[i] & 0xF]};
+    }
+    const auto known = knownIds().find(text);
+    return known != knownIds().end() ? known->second : "an unknown id";
+}
+
+std::string nameOf(CFUUIDRef uuid) { return uuid != nullptr ? nameOf(uuid->bytes) : "none"; }
+
+std::string nameOf(CFRunLoopSourceRef source) { return source != nullptr ? source->name : "none"; }
+
+CFRunLoopSourceRef makeSource(MacState& state, const void* port, std::string name)
+{
+    const auto source = std::make_shared<__CFRunLoopSource>();
+    source->port = port;
+    source->name = std::move(name);
+    state.kept.push_back(source);
+    return source.get();
+}
+
+} // namespace vornadel::test
+
+using namespace vornadel::test;
+
+extern "C" {
+
+const CFRunLoopMode kCFRunLoopDefaultMode = &defaultMode;
+
+void CFRelease(CFTypeRef object)
+{
+    const auto state = mac();
+    const std::lock_guard lock(state->mutex);
+    if (object == nullptr) {
+        state->wrong("CFRelease of nothing");
+        return;
+    }
+    const auto* released = static_cast<const CoreObject*>(object);
+    state->call("CFRelease(" + released->name + ')');
+    if (state->gone(released->name, "release")) {
+        delete released;
+    }
+}
+
+CFBundleRef CFBundleGetMainBundle()
+{
+    const auto state = mac();
+    const std::lock_guard lock(state->mutex);
+    state->call("CFBundleGetMainBundle()");
+    return state->machine->bundlePath ? &mainBundle : nullptr;
+}
+
+CFURLRef CFBundleCopyBundleURL(CFBundleRef bundle)
+{
+    const auto state = mac();
+    const std::lock_guard lock(state->mutex);
+    state->call("CFBundleCopyBundleURL(main bundle)");
+    if (bundle != &mainBundle) {
+        state->wrong("the URL of no bundle");
+        return nullptr;
+    }
+    if (!state->machine->bundleHasUrl) {
+        return nullptr;
+    }
+    auto* url = new __CFURL(state->nextName("url"), *state->machine->bundlePath, state->machine->urlHasPath);
+    state->made(url->name);
+    return url;
+}
+
+Boolean CFURLGetFileSystemRepresentation(CFURLRef url, Boolean absolute, UInt8* buffer, CFIndex size)
+{
+    const auto state = mac();
+    const std::lock_guard lock(state->mutex);
+    state->call("CFURLGetFileSystemRepresentation(" + url->name + ", " +
+                (absolute != 0 ? "absolute" : "as it is") + ')');
+    if (!url->hasPath || url->path.size() >= static_cast<std::size_t>(size)) {
+        return 0;
+    }
+    std::memcpy(buffer, url->path.c_str(), url->path.size() + 1);
+    return 1;
+}
+
+CFRunLoopRef CFRunLoopGetCurrent()
+{
+    const auto state = mac();
+    const std::lock_guard lock(state->mutex);
+    state->call("CFRunLoopGetCurrent()");
+    return ownRunLoop();
+}
+
+void CFRunLoopAddSource(CFRunLoopRef runLoop, CFRunLoopSourceRef source, CFRunLoopMode mode)
+{
+    const auto state = mac();
+    const std::lock_guard lock(state->mutex);
+    state->call(std::string("CFRunLoopAddSource(") +
+                (runLoop == ownRunLoop() ? "own run loop" : "another run loop") + ", " + nameOf(source) +
+                ", " + (mode == kCFRunLoopDefaultMode ? "default mode" : "another mode") + ')');
+    if (source == nullptr) {
+        state->wrong("a run loop given no source");
+        return;
+    }
+    state->runLoopOfPort[source->port] = runLoop;
+}
+
+CFUUIDRef CFUUIDGetConstantUUIDWithBytes(CFAllocatorRef /*allocator*/, UInt8 byte0, UInt8 byte1, UInt8 byte2,
+                                         UInt8 byte3, UInt8 byte4, UInt8 byte5, UInt8 byte6, UInt8 byte7,
+                                         UInt8 byte8, UInt8 byte9, UInt8 byte10, UInt8 byte11, UInt8 byte12,
+                                         UInt8 byte13, UInt8 byte14, UInt8 byte15)
+{
+    static std::mutex mutex;
+    static std::list<__CFUUID> made; // one for each set of bytes, to the end of the process
+    const CFUUIDBytes bytes{byte0, byte1, byte2,  byte3,  byte4,  byte5,  byte6,  byte7,
+                            byte8, byte9, byte10, byte11, byte12, byte13, byte14, byte15};
+    const std::lock_guard lock(mutex);
+    for (const __CFUUID& each : made) {
+        if (std::memcmp(&each.bytes, &bytes, sizeof bytes) == 0) {
+            return &each;
+        }
+    }
+    return &made.emplace_back(__CFUUID{bytes});
+}
+
+CFUUIDBytes CFUUIDGetUUIDBytes(CFUUIDRef uuid) { return uuid->bytes; }
+
+} // extern "C"

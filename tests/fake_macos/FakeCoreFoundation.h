@@ -1,0 +1,33 @@
+#pragma once
+
+#include "tests/fake_macos/MacState.h"
+
+#include <CoreFoundation/CoreFoundation.h>
+
+#include <string>
+#include <utility>
+
+namespace vornadel::test
+{
+
+/// What CFRelease() takes. The pointers that are handed out point here.
+struct CoreObject {
+    explicit CoreObject(std::string its) : name(std::move(its)) {}
+    CoreObject(const CoreObject&) = delete;
+    CoreObject& operator=(const CoreObject&) = delete;
+    virtual ~CoreObject() = default;
+
+    std::string name;
+};
+
+/// What a platform's identifier stands for, "device interface" and the like; "an unknown id" when it is none of them.
+std::string nameOf(CFUUIDRef uuid);
+std::string nameOf(const CFUUIDBytes& bytes);
+
+/// "source 1", or "none".
+std::string nameOf(CFRunLoopSourceRef source);
+
+/// The run loop's source of a port, which the machine keeps. Wants the mutex held.
+CFRunLoopSourceRef makeSource(MacState& state, const void* port, std::string name);
+
+} // namespace vornadel::test

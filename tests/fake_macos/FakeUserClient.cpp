@@ -1,0 +1,223 @@
+// The plug-in of a device and the device interface that it gives, as programs meet them: pointers to tables of functions.
+
+#include "tests/fake_macos/FakeUserClient.h"
+
+#include "tests/fake_macos/FakeCoreFoundation.h"
+
+#include <IOKit/usb/IOUSBLib.h>
+
+#include <cstdio>
+#include <string>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+struct UserClient {
+    void* table; // first, for a pointer to this is a pointer to the pointer to the table
+    std::shared_ptr<MacState> state;
+    DevicePointer device;
+    std::string name;
+    ULONG references = 1;
+};
+
+UserClient& of(void* self) { return *static_cast<UserClient*>(self); }
+
+void destroy(void* self) { delete &of(self); }
+
+/// With one reference; wants the mutex held.
+UserClient* makeClient(void* table, const std::shared_ptr<MacState>& state, const DevicePointer& device,
+                       const std::string& name)
+{
+    auto* const client = new UserClient{table, state, device, name};
+    state->clients[client] = destroy;
+    state->made(name);
+    return client;
+}
+
+/// A call on a user client, from its beginning to its end, with the machine's mutex held.
+class Call
+{
+public:
+    Call(void* self, const std::string& what) : m_lock(of(self).state->mutex)
+    {
+        of(self).state->call(of(self).name + ' ' + what);
+    }
+
+    void let() { m_lock.unlock(); }
+    void takeBack() { m_lock.lock(); }
+
+private:
+    std::unique_lock<std::mutex> m_lock;
+};
+
+ULONG addReference(void* self)
+{
+    const Call call(self, "AddRef");
+    of(self).state->made(of(self).name);
+    return ++of(self).references;
+}
+
+ULONG release(void* self)
+{
+    UserClient& client = of(self);
+    const std::shared_ptr<MacState> state = client.state; // the last thing given out may hold it alone
+    Call call(self, "Release");
+    if (client.device->holder == self) {
+        state->wrong(client.name + " released while it was open");
+        client.device->holder = nullptr;
+    }
+    state->gone(client.name, "release");
+    const ULONG left = --client.references;
+    if (left == 0) {
+        state->clients.erase(self);
+        destroy(self);
+    }
+    return left;
+}
+
+/// Whether a request gets to the device.
+IOReturn reach(const UserClient& client)
+{
+    if (!client.device->present) {
+        return kIOReturnNoDevice;
+    }
+    return client.device->holder == &client ? kIOReturnSuccess : kIOReturnNotOpen;
+}
+
+IOReturn openDevice(void* self)
+{
+    UserClient& client = of(self);
+    AttachedDevice& device = *client.device;
+    Call call(self, "USBDeviceOpen");
+    if (device.holder == self) {
+        client.state->wrong(client.name + " opened twice");
+    }
+    IOReturn result = device.behaviour.openResult;
+    if (device.behaviour.onOpen) {
+        call.let();
+        const IOReturn told = device.behaviour.onOpen();
+        call.takeBack();
+        result = result == kIOReturnSuccess ? told : result;
+    }
+    if (!device.present) {
+        result = kIOReturnNoDevice;
+    } else if (device.holder != nullptr) {
+        result = kIOReturnExclusiveAccess;
+    }
+    if (result == kIOReturnSuccess) {
+        device.holder = self;
+    }
+    return result;
+}
+
+IOReturn closeDevice(void* self)
+{
+    AttachedDevice& device = *of(self).device;
+    Call call(self, "USBDeviceClose");
+    if (device.behaviour.onClose) {
+        call.let();
+        device.behaviour.onClose();
+        call.takeBack();
+    }
+    if (device.holder != self) {
+        of(self).state->wrong(of(self).name + " closed while it was not open");
+        return kIOReturnNotOpen;
+    }
+    device.holder = nullptr;
+    return kIOReturnSuccess;
+}
+
+IOReturn getVendor(void* self, UInt16* value)
+{
+    const Call call(self, "GetDeviceVendor");
+    const MacDevice& device = of(self).device->behaviour;
+    if (device.vendorResult == kIOReturnSuccess) {
+        *value = device.vendorId;
+    }
+    return device.vendorResult;
+}
+
+IOReturn getProduct(void* self, UInt16* value)
+{
+    const Call call(self, "GetDeviceProduct");
+    const MacDevice& device = of(self).device->behaviour;
+    if (device.productResult == kIOReturnSuccess) {
+        *value = device.productId;
+    }
+    return device.productResult;
+}
+
+IOReturn request(void* self, IOUSBDevRequest* transfer)
+{
+    const UserClient& client = of(self);
+    char text[64];
+    std::snprintf(text, sizeof text, "DeviceRequest(%02X %02X %04X %04X %04X)", transfer->bmRequestType,
+                  transfer->bRequest, transfer->wValue, transfer->wIndex, transfer->wLength);
+    Call call(self, text);
+    transfer->wLenDone = 0;
+    if (const IOReturn wrong = reach(client); wrong != kIOReturnSuccess) {
+        return wrong;
+    }
+    if (!client.device->behaviour.onRequest) {
+        transfer->wLenDone = transfer->wLength;
+        return kIOReturnSuccess;
+    }
+    call.let();
+    const IOReturn result = client.device->behaviour.onRequest(*transfer);
+    call.takeBack();
+    const IOReturn after = client.device->present ? kIOReturnSuccess : kIOReturnNoDevice;
+    return result != kIOReturnSuccess ? result : after;
+}
+
+// Only what the back end may use is there; a call through any other slot ends the program.
+IOUSBDeviceInterface deviceTable()
+{
+    IOUSBDeviceInterface table{};
+    table.AddRef = addReference;
+    table.Release = release;
+    table.USBDeviceOpen = openDevice;
+    table.USBDeviceClose = closeDevice;
+    table.GetDeviceVendor = getVendor;
+    table.GetDeviceProduct = getProduct;
+    table.DeviceRequest = request;
+    return table;
+}
+
+HRESULT queryInterface(void* self, REFIID iid, LPVOID* interface)
+{
+    static IOUSBDeviceInterface table = deviceTable();
+    const UserClient& plugIn = of(self);
+    const std::string place = plugIn.name.substr(plugIn.name.find_last_of(' ') + 1);
+    const bool given = plugIn.device->behaviour.givesInterface && nameOf(iid) == "device interface";
+    const std::string name = "interface " + place;
+    const HRESULT result = plugIn.device->behaviour.queryResult;
+    const Call call(self,
+                    "QueryInterface(" + nameOf(iid) + ')' + (given ? " = " + name : "") + statusText(result));
+    if (given) {
+        *interface = makeClient(&table, plugIn.state, plugIn.device, name);
+    }
+    return result;
+}
+
+IOCFPlugInInterface plugInTable()
+{
+    IOCFPlugInInterface table{};
+    table.QueryInterface = queryInterface;
+    table.AddRef = addReference;
+    table.Release = release;
+    return table;
+}
+
+} // namespace
+
+IOCFPlugInInterface** makePlugIn(const std::shared_ptr<MacState>& state, const DevicePointer& device)
+{
+    static IOCFPlugInInterface table = plugInTable();
+    auto* const plugIn = makeClient(&table, state, device, "plug-in " + std::to_string(device->place));
+    return reinterpret_cast<IOCFPlugInInterface**>(&plugIn->table);
+}
+
+} // namespace vornadel::test

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "tests/fake_macos/MacState.h"
+
+#include <IOKit/IOCFPlugIn.h>
+
+#include <memory>
+
+namespace vornadel::test
+{
+
+/// The user-client plug-in of a device, with one reference. Wants the mutex held.
+IOCFPlugInInterface** makePlugIn(const std::shared_ptr<MacState>& state, const DevicePointer& device);
+
+} // namespace vornadel::test

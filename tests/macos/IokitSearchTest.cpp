@@ -1,0 +1,305 @@
+// Finding, opening, asking and closing the hub, call for call.
+
+#include "diagnosis/LastError.h"
+#include "hub/HubTransport.h"
+#include "hub/SupportedIds.h"
+#include "tests/macos/MacTest.h"
+#include "tests/support/VirtualClock.h"
+
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <utility>
+
+namespace vornadel::test
+{
+namespace
+{
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+
+constexpr std::uint16_t kVendor = 0x1209;
+constexpr std::uint16_t kSuperSpeed = 0x0001;
+constexpr std::uint16_t kHighSpeed = 0x0002;
+
+const MacDevice kHub{.vendorId = kVendor, .productId = kSuperSpeed};
+const MacDevice kStranger{.vendorId = 0x2222, .productId = kSuperSpeed};
+
+MacDevice with(MacDevice device, const std::function<void(MacDevice&)>& change)
+{
+    change(device);
+    return device;
+}
+
+class IokitSearch : public MacTest
+{
+public:
+    IokitSearch()
+    {
+        SupportedIdList = {};
+        SupportedIdList[0] = {1, kVendor, kSuperSpeed, kHighSpeed};
+        LastError = 0;
+        Hub_UsePlatform(m_bus, m_clock);
+    }
+    ~IokitSearch() override
+    {
+        Hub_CloseDevice();
+        SupportedIdList = {};
+    }
+
+protected:
+    static Calls searchBegins()
+    {
+        return {"IOServiceMatching(\"IOUSBDevice\") = dictionary 1",
+                "IOServiceGetMatchingServices(main port, dictionary 1) = iterator 1"};
+    }
+    static Calls step(int place) { return callsUpToTheInterface("iterator 1", place); }
+    static Calls idsRead(int place)
+    {
+        const std::string interface = "interface " + std::to_string(place);
+        return {interface + " GetDeviceVendor", interface + " GetDeviceProduct"};
+    }
+    static Calls released(int place) { return {"interface " + std::to_string(place) + " Release"}; }
+    static Calls opened(int place)
+    {
+        const std::string interface = "interface " + std::to_string(place);
+        return {interface + " USBDeviceOpen", interface + " DeviceRequest(40 02 0001 1209 0000)"};
+    }
+
+    /// Both searches pass such a device by and go on to the hub behind it.
+    void expectPassedBy(const MacDevice& device, const Calls& calls, int code)
+    {
+        mac.attach({device, kHub});
+        EXPECT_TRUE(Hub_FindDevice());
+        EXPECT_EQ(LastError, code);
+        EXPECT_EQ(mac.calls(), oneAfterTheOther(searchBegins(), calls, step(1), idsRead(1), released(1),
+                                                Calls{"IOObjectRelease(iterator 1)"}));
+    }
+
+    IokitBus m_bus;
+    VirtualClock m_clock;
+};
+
+TEST_F(IokitSearch, FindsTheHubByTheseCalls)
+{
+    mac.attach({kStranger, kHub, kHub});
+    EXPECT_TRUE(Hub_FindDevice());
+    EXPECT_EQ(mac.calls(), oneAfterTheOther(searchBegins(), step(0), idsRead(0), released(0), step(1),
+                                            idsRead(1), released(1), Calls{"IOObjectRelease(iterator 1)"}));
+    EXPECT_THAT(mac.alive(), IsEmpty());
+    EXPECT_EQ(LastError, 0);
+}
+
+TEST_F(IokitSearch, GivesTheListBackWhenThereIsNoHub)
+{
+    mac.attach({kStranger});
+    EXPECT_FALSE(Hub_FindDevice());
+    EXPECT_EQ(mac.calls(),
+              oneAfterTheOther(searchBegins(), step(0), idsRead(0), released(0),
+                               Calls{"IOIteratorNext(iterator 1) = none", "IOObjectRelease(iterator 1)"}));
+    EXPECT_THAT(mac.alive(), IsEmpty());
+    EXPECT_EQ(LastError, 0);
+}
+
+TEST_F(IokitSearch, OpensTheHubByTheseCallsAndKeepsTheList)
+{
+    mac.attach({kStranger, kHub});
+    EXPECT_TRUE(Hub_OpenDevice());
+    EXPECT_EQ(mac.calls(), oneAfterTheOther(searchBegins(), step(0), idsRead(0), released(0), step(1),
+                                            idsRead(1), opened(1)));
+    EXPECT_THAT(mac.alive(), ElementsAre("interface 1", "iterator 1"));
+}
+
+TEST_F(IokitSearch, KeepsTheListAlsoWhenThereIsNoHubToOpen)
+{
+    mac.attach({kStranger});
+    EXPECT_FALSE(Hub_OpenDevice());
+    EXPECT_EQ(LastError, 5);
+    EXPECT_EQ(mac.calls(), oneAfterTheOther(searchBegins(), step(0), idsRead(0), released(0),
+                                            Calls{"IOIteratorNext(iterator 1) = none"}));
+    EXPECT_THAT(mac.alive(), ElementsAre("iterator 1"));
+}
+
+TEST_F(IokitSearch, ReleasesABusyHubAndTriesNoOther)
+{
+    mac.attach({with(kHub, [](MacDevice& hub) { hub.openResult = kIOReturnExclusiveAccess; }), kHub});
+    EXPECT_FALSE(Hub_OpenDevice());
+    EXPECT_EQ(LastError, 5);
+    EXPECT_EQ(mac.calls(), oneAfterTheOther(searchBegins(), step(0), idsRead(0),
+                                            Calls{"interface 0 USBDeviceOpen", "interface 0 Release"}));
+    EXPECT_THAT(mac.alive(), ElementsAre("iterator 1"));
+}
+
+TEST_F(IokitSearch, ClosesAndThenReleases)
+{
+    mac.attach({kHub});
+    ASSERT_TRUE(Hub_OpenDevice());
+    mac.forgetCalls();
+    Hub_CloseDevice();
+    Hub_CloseDevice();
+    EXPECT_THAT(mac.calls(), ElementsAre("interface 0 USBDeviceClose", "interface 0 Release"));
+    EXPECT_THAT(mac.alive(), ElementsAre("iterator 1"));
+}
+
+TEST_F(IokitSearch, HasCodeTwoWhenThereIsNoList)
+{
+    mac.attach({kHub});
+    mac.matchingResult = kIOReturnNoMemory;
+    const Calls refused{"IOServiceMatching(\"IOUSBDevice\") = dictionary 1",
+                        "IOServiceGetMatchingServices(main port, dictionary 1) = 0xE00002BD"};
+    EXPECT_FALSE(Hub_FindDevice());
+    EXPECT_EQ(LastError, 2);
+    EXPECT_EQ(mac.calls(), refused);
+    LastError = 0;
+    EXPECT_FALSE(Hub_OpenDevice());
+    EXPECT_EQ(LastError, 2);
+    EXPECT_THAT(mac.alive(), IsEmpty());
+}
+
+TEST_F(IokitSearch, HasCodeTwoWhenThereIsNoDictionary)
+{
+    mac.givesDictionaries = false;
+    EXPECT_FALSE(Hub_FindDevice());
+    EXPECT_EQ(LastError, 2);
+    EXPECT_THAT(mac.calls(), ElementsAre("IOServiceMatching(\"IOUSBDevice\") = none",
+                                         "IOServiceGetMatchingServices(main port, none) = 0xE00002C2"));
+}
+
+TEST_F(IokitSearch, PassesByADeviceWithoutAPlugIn)
+{
+    expectPassedBy(
+        with(kHub,
+             [](MacDevice& hub) {
+                 hub.givesPlugIn = false;
+                 hub.plugInResult = kIOReturnNoMemory;
+             }),
+        {"IOIteratorNext(iterator 1) = service 0",
+         "IOCreatePlugInInterfaceForService(service 0, device user client, plug-in interface) = 0xE00002BD",
+         "IOObjectRelease(service 0)"},
+        3);
+    EXPECT_THAT(mac.alive(), IsEmpty());
+}
+
+TEST_F(IokitSearch, PassesByADeviceWhoseServiceCannotBeGivenBack)
+{
+    expectPassedBy(
+        with(kHub, [](MacDevice& hub) { hub.serviceReleaseResult = kIOReturnError; }),
+        {"IOIteratorNext(iterator 1) = service 0",
+         "IOCreatePlugInInterfaceForService(service 0, device user client, plug-in interface) = plug-in 0",
+         "IOObjectRelease(service 0) = 0xE00002BC"},
+        3);
+    EXPECT_THAT(mac.alive(), ElementsAre("plug-in 0")) << "nothing more is asked of that device";
+    mac.reclaim();
+}
+
+TEST_F(IokitSearch, DoesNotMindWhatTheCreationSaysOfAPlugInThatIsThere)
+{
+    mac.attach({with(kHub, [](MacDevice& hub) { hub.plugInResult = kIOReturnError; })});
+    EXPECT_TRUE(Hub_FindDevice());
+    EXPECT_EQ(LastError, 0);
+    EXPECT_THAT(mac.alive(), IsEmpty());
+}
+
+TEST_F(IokitSearch, PassesByADeviceWithoutItsInterface)
+{
+    expectPassedBy(
+        with(kHub, [](MacDevice& hub) { hub.givesInterface = false; }),
+        {"IOIteratorNext(iterator 1) = service 0",
+         "IOCreatePlugInInterfaceForService(service 0, device user client, plug-in interface) = plug-in 0",
+         "IOObjectRelease(service 0)", "plug-in 0 QueryInterface(device interface)", "plug-in 0 Release"},
+        4);
+    EXPECT_THAT(mac.alive(), IsEmpty());
+}
+
+TEST_F(IokitSearch, PassesByADeviceWhosePlugInRefusesTheInterface)
+{
+    expectPassedBy(
+        with(kHub,
+             [](MacDevice& hub) {
+                 hub.givesInterface = false;
+                 hub.queryResult = static_cast<HRESULT>(0x80000004);
+             }),
+        {"IOIteratorNext(iterator 1) = service 0",
+         "IOCreatePlugInInterfaceForService(service 0, device user client, plug-in interface) = plug-in 0",
+         "IOObjectRelease(service 0)", "plug-in 0 QueryInterface(device interface) = 0x80000004",
+         "plug-in 0 Release"},
+        4);
+}
+
+TEST_F(IokitSearch, TakesNoInterfaceThatCameWithAFailure)
+{
+    mac.attach({with(kHub, [](MacDevice& hub) { hub.queryResult = static_cast<HRESULT>(0x80000004); })});
+    EXPECT_FALSE(Hub_FindDevice());
+    EXPECT_EQ(LastError, 4);
+    EXPECT_THAT(mac.alive(), ElementsAre("interface 0"));
+    mac.reclaim();
+}
+
+TEST_F(IokitSearch, ReadsAnIdThatTheDeviceDoesNotTellAsZero)
+{
+    SupportedIdList[0] = {1, kVendor, 0, kHighSpeed};
+    mac.attach({with(kHub, [](MacDevice& hub) { hub.productResult = kIOReturnError; })});
+    EXPECT_TRUE(Hub_FindDevice());
+    SupportedIdList[0] = {1, 0, kSuperSpeed, kHighSpeed};
+    mac.attach({with(kHub, [](MacDevice& hub) { hub.vendorResult = kIOReturnError; })});
+    EXPECT_TRUE(Hub_FindDevice());
+    SupportedIdList[0] = {1, kVendor, kSuperSpeed, kHighSpeed};
+    EXPECT_FALSE(Hub_FindDevice());
+}
+
+TEST_F(IokitSearch, LeavesAnOverwrittenHubNeitherClosedNorReleased)
+{
+    mac.attach({kHub, kStranger});
+    ASSERT_TRUE(Hub_OpenDevice());
+    mac.attach({kStranger, kHub});
+    ASSERT_TRUE(Hub_OpenDevice());
+    Hub_CloseDevice();
+    EXPECT_THAT(mac.alive(), ElementsAre("interface 0", "iterator 1", "iterator 2"));
+}
+
+TEST_F(IokitSearch, CopiesTheSixValuesIntoOneTransfer)
+{
+    std::array<std::uint8_t, 4> buffer{};
+    IOUSBDevRequest seen{};
+    mac.attach({with(kHub, [&](MacDevice& hub) {
+        hub.onRequest = [&](IOUSBDevRequest& transfer) {
+            if (transfer.bRequest == 0xD8) {
+                seen = transfer;
+                std::memset(transfer.pData, 0x5A, transfer.wLength);
+                transfer.wLenDone = transfer.wLength;
+            }
+            return kIOReturnSuccess;
+        };
+    })});
+    ASSERT_TRUE(Hub_OpenDevice());
+    mac.forgetCalls();
+    EXPECT_EQ(Hub_ControlRequest(0xC0, 0xD8, 0x1234, 0x5678, 4, buffer.data()), 0U);
+    EXPECT_THAT(mac.calls(), ElementsAre("interface 0 DeviceRequest(C0 D8 1234 5678 0004)"));
+    EXPECT_EQ(seen.pData, buffer.data());
+    EXPECT_THAT(buffer, testing::Each(0x5A));
+}
+
+TEST_F(IokitSearch, ReturnsTheSystemsStatusUnchanged)
+{
+    IOReturn status = static_cast<IOReturn>(0xE000404F); // a stall
+    mac.attach({with(kHub, [&](MacDevice& hub) {
+        hub.onRequest = [&](IOUSBDevRequest& /*transfer*/) { return status; };
+    })});
+    ASSERT_TRUE(Hub_OpenDevice());
+    EXPECT_EQ(Hub_ControlRequest(0x40, 0xE8, 0, 0, 0, nullptr), 0xE000404FU);
+    std::array<std::uint8_t, 8> buffer{};
+    status = kIOReturnSuccess; // and nothing moved
+    EXPECT_EQ(Hub_ControlRequest(0xC0, 0xD8, 0, 0, 8, buffer.data()), 0U);
+}
+
+TEST_F(IokitSearch, AnswersNotFoundWithoutAHub)
+{
+    EXPECT_EQ(Hub_ControlRequest(0x40, 0xE8, 0, 0, 0, nullptr),
+              static_cast<std::uint32_t>(kIOReturnNotFound));
+    EXPECT_THAT(mac.calls(), IsEmpty());
+}
+
+} // namespace
+} // namespace vornadel::test

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "platform/macos/IokitBus.h"
+#include "tests/fake_macos/FakeMacos.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace vornadel::test
+{
+
+/// The calls of one step of a search that comes to a device interface, for the device at a place.
+inline std::vector<std::string> callsUpToTheInterface(const std::string& iterator, int place)
+{
+    const std::string number = std::to_string(place);
+    return {
+        "IOIteratorNext(" + iterator + ") = service " + number,
+        "IOCreatePlugInInterfaceForService(service " + number +
+            ", device user client, plug-in interface) = plug-in " + number,
+        "IOObjectRelease(service " + number + ")",
+        "plug-in " + number + " QueryInterface(device interface) = interface " + number,
+        "plug-in " + number + " Release",
+    };
+}
+
+/// Lists of calls one after the other.
+template <typename... Lists>
+std::vector<std::string> oneAfterTheOther(const Lists&... lists)
+{
+    std::vector<std::string> all;
+    (all.insert(all.end(), lists.begin(), lists.end()), ...);
+    return all;
+}
+
+/// A Mac without devices. Nothing may be done to it that no program may do.
+class MacTest : public testing::Test
+{
+public:
+    ~MacTest() override { EXPECT_THAT(mac.misuse(), testing::IsEmpty()); }
+
+protected:
+    using Calls = std::vector<std::string>;
+
+    FakeMacos mac;
+};
+
+} // namespace vornadel::test
