@@ -17,7 +17,6 @@ namespace
 {
 
 using testing::ElementsAre;
-using testing::ElementsAreArray;
 using testing::IsEmpty;
 
 constexpr std::uint16_t kVendor = 0x1209;

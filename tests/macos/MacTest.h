@@ -26,6 +26,28 @@ inline std::vector<std::string> callsUpToTheInterface(const std::string& iterato
     };
 }
 
+/// The calls of the registration for both kinds of notification, on a machine that refuses none.
+inline std::vector<std::string> registrationCalls()
+{
+    const auto registered = [](const std::string& number, const std::string& kind) {
+        return "IOServiceAddMatchingNotification(port " + number + ", \"" + kind + "\", dictionary " +
+               number + ", no reference) = iterator " + number;
+    };
+    return {
+        "IOServiceMatching(\"IOUSBDevice\") = dictionary 1",
+        "IOServiceMatching(\"IOUSBDevice\") = dictionary 2",
+        "IONotificationPortCreate(main port) = port 1",
+        "IONotificationPortCreate(main port) = port 2",
+        "IONotificationPortGetRunLoopSource(port 1) = source 1",
+        "IONotificationPortGetRunLoopSource(port 2) = source 2",
+        "CFRunLoopGetCurrent()",
+        "CFRunLoopAddSource(own run loop, source 1, default mode)",
+        "CFRunLoopAddSource(own run loop, source 2, default mode)",
+        registered("1", "IOServiceFirstMatch"),
+        registered("2", "IOServiceTerminate"),
+    };
+}
+
 /// Lists of calls one after the other.
 template <typename... Lists>
 std::vector<std::string> oneAfterTheOther(const Lists&... lists)

@@ -37,25 +37,6 @@ protected:
         mac.forgetCalls();
     }
 
-    static Calls registration()
-    {
-        return {
-            "IOServiceMatching(\"IOUSBDevice\") = dictionary 1",
-            "IOServiceMatching(\"IOUSBDevice\") = dictionary 2",
-            "IONotificationPortCreate(main port) = port 1",
-            "IONotificationPortCreate(main port) = port 2",
-            "IONotificationPortGetRunLoopSource(port 1) = source 1",
-            "IONotificationPortGetRunLoopSource(port 2) = source 2",
-            "CFRunLoopGetCurrent()",
-            "CFRunLoopAddSource(own run loop, source 1, default mode)",
-            "CFRunLoopAddSource(own run loop, source 2, default mode)",
-            "IOServiceAddMatchingNotification(port 1, \"IOServiceFirstMatch\", dictionary 1, no reference) = "
-            "iterator 1",
-            "IOServiceAddMatchingNotification(port 2, \"IOServiceTerminate\", dictionary 2, no reference) = "
-            "iterator 2",
-        };
-    }
-
     IokitBus m_bus;
     std::vector<UsbEvent> m_events;
 };
@@ -63,7 +44,7 @@ protected:
 TEST_F(PlugNotificationsTest, RegisterByTheseCalls)
 {
     EXPECT_TRUE(watch());
-    EXPECT_EQ(mac.calls(), registration());
+    EXPECT_EQ(mac.calls(), registrationCalls());
     EXPECT_THAT(mac.alive(), ElementsAre("iterator 1", "iterator 2", "port 1", "port 2"));
 }
 
@@ -118,7 +99,7 @@ TEST_F(PlugNotificationsTest, AddNoSourceThatIsNotThere)
 {
     mac.portsWithoutSource = {1};
     EXPECT_TRUE(watch());
-    Calls calls = registration();
+    Calls calls = registrationCalls();
     calls[4] = "IONotificationPortGetRunLoopSource(port 1) = none";
     calls.erase(calls.begin() + 7);
     EXPECT_EQ(mac.calls(), calls);
@@ -143,9 +124,8 @@ TEST_F(PlugNotificationsTest, OutliveTheRefusalOfTheSecondRegistration)
     mac.attach({{}});
     mac.refusedNotifications = {{kIOTerminatedNotification, kIOReturnNoMemory}};
     EXPECT_TRUE(watch());
-    Calls calls = registration();
-    calls.back() = "IOServiceAddMatchingNotification(port 2, \"IOServiceTerminate\", dictionary 2, no "
-                   "reference) = 0xE00002BD";
+    Calls calls = registrationCalls();
+    calls.back() = calls.back().substr(0, calls.back().find(" = ")) + " = 0xE00002BD";
     EXPECT_EQ(mac.calls(), calls);
     EXPECT_EQ(take(UsbEvent::Attached), 1);
     EXPECT_EQ(take(UsbEvent::Detached), 0);

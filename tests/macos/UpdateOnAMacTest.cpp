@@ -36,7 +36,7 @@ public:
     {
         std::vector<MacDevice> devices;
         for (std::unique_ptr<UsbDevice>& device : allDevices(m_simulated)) {
-            devices.push_back(macDevice(std::move(device)));
+            devices.push_back(macDevice(std::shared_ptr<UsbDevice>(std::move(device))));
         }
         m_mac.attach(std::move(devices));
         return m_iokit.search();
@@ -45,7 +45,7 @@ public:
     void unwatch() override {}
 
 private:
-    MacDevice macDevice(std::shared_ptr<UsbDevice> simulated) const
+    MacDevice macDevice(const std::shared_ptr<UsbDevice>& simulated) const
     {
         MacDevice device{.vendorId = simulated->vendorId(), .productId = simulated->productId()};
         device.onOpen = [simulated] {
