@@ -1,5 +1,5 @@
 #!/bin/sh
-# access_policy.sh RESOURCES: the polkit action file is well-formed, has one action for each administrator script, and
+# access_policy.sh FOLDER: the polkit action file is well-formed, has one action for each administrator script, and
 # lets nobody run one without an administrator's password.
 set -u
 

@@ -86,7 +86,7 @@ make_root() {
 install_tool() {
     here=$1
     mkdir -p "$root$here"
-    cp -R "$resources/." "$root$here"
+    cp -R "$resources/linux/." "$resources/config.ini" "$root$here"
     config '[Support Vid Pid]' 'VID_00 = 0x1209' 'SSPID_00 = 0x0001' 'HSPID_00 = 0x0002'
 }
 
