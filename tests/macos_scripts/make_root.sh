@@ -1,0 +1,123 @@
+# shellcheck shell=bash
+# A root of its own that looks to a script as a Mac does: the folders and links of one, its commands at their places and
+# nothing else. macos_scripts.sh reads this file; $root is a folder to build it in, $shell the shell that is /bin/sh there.
+# shellcheck disable=SC2154,SC2016 # they are set there; what stands in single quotes is for the commands made here
+#
+# The commands every system has are the machine's own behind a door: they take the options that macOS documents for them
+# and that the scripts have a use for, and no others. What macOS alone has writes down how it is called. /state holds what
+# there is to know about the machine: version, nvram, loaded drivers, and refuse/COMMAND for each command that shall fail.
+
+# door PATH REAL OPTION...: a command that lets these options through to the machine's own of the name REAL. It is recorded
+# when its name is in $recorded.
+recorded=' mktemp cp diff mkdir mv rm chown chmod '
+door() {
+    local path=$1 real=$2 name=${1##*/}
+    shift 2
+    set -- - "$@"
+    {
+        printf '#!/machine/bin/dash -p\nfor each; do case $each in %s) ;;\n' "$(IFS='|'; echo "$*")"
+        printf -- '-*) echo "%s $each" >>/state/illegal; echo "%s: illegal option -- $each" >&2; exit 64 ;; esac; done\n' \
+            "$name" "$name"
+        [[ $recorded != *" $name "* ]] || printf 'echo "%s $*" >>/state/calls\n' "$name"
+        printf '[ ! -e /state/refuse/%s ] || { echo "%s: refused" >&2; exit 71; }\n' "$name" "$name"
+        printf 'exec /machine/bin/%s "$@"\n' "$real"
+    } >"$root$path"
+    chmod 755 "$root$path"
+}
+
+# recorder PATH: a command that macOS alone has. What it does, as a script, comes from standard input.
+recorder() {
+    local path=$1 name=${1##*/}
+    {
+        printf '#!/machine/bin/dash -p\necho "%s $*" >>/state/calls\n' "$name"
+        printf '[ ! -e /state/refuse/%s ] || { echo "%s: refused" >&2; exit 71; }\nPATH=/machine/bin\n' "$name" "$name"
+        cat
+    } >"$root$path"
+    chmod 755 "$root$path"
+}
+
+make_commands() {
+    door /usr/bin/find find -prune -type -user -perm -020 -002 -links
+    door /usr/bin/diff diff -r -q
+    door /usr/bin/mktemp mktemp -d
+    door /usr/bin/id id -u -ru
+    door /usr/bin/sed sed -n -e
+    door /usr/bin/awk mawk -v
+    door /bin/cp cp -R -P
+    door /bin/mv mv
+    door /bin/rm rm -rf
+    door /bin/mkdir mkdir
+    door /bin/chmod chmod -R
+    door /usr/sbin/chown chown -R
+    recorder /usr/bin/sw_vers <<'COMMAND'
+[ "$*" = -productVersion ] || exit 64
+[ ! -e /state/end_me ] || kill -TERM "$PPID"
+cat /state/version
+COMMAND
+    recorder /usr/sbin/nvram <<'COMMAND'
+case $#:$1 in
+1:-p) [ ! -e /state/refuse/nvram-p ] && cat /state/nvram ;;
+1:boot-args=*)
+    [ ! -e /state/refuse/nvram-set ] || { echo "nvram: Error setting variable - 'boot-args'" >&2; exit 1; }
+    { grep -v '^boot-args	' /state/nvram; printf 'boot-args\t%s\n' "${1#boot-args=}"; } >/state/nvram.new
+    mv /state/nvram.new /state/nvram
+    ;;
+*) exit 64 ;;
+esac
+COMMAND
+    recorder /usr/libexec/PlistBuddy <<'COMMAND'
+[ "$#:$1:$2" = '3:-c:Print :CFBundleIdentifier' ] || exit 64
+sed -n '/<key>CFBundleIdentifier</{n;s,^.*<string>\(.*\)</string>.*$,\1,p;}' "$3" | grep .
+COMMAND
+    # Takes a driver only from folders of root's, as the system does.
+    recorder /sbin/kextload <<'COMMAND'
+[ $# -eq 1 ] && [ -d "$1" ] && [ "$(id -u)" = 0 ] || exit 64
+[ -z "$(find "${1%/*}" ! -user 0 -o ! -group 0 -o -perm /022 -o -type d ! -perm 755 -o -type f ! -perm -444)" ] || exit 71
+rm -rf /state/driver && cp -a "$1" /state/driver
+echo org.vornadel.HubUpdaterDriver >/state/loaded
+COMMAND
+    recorder /sbin/kextunload <<'COMMAND'
+[ "$*" = '-b org.vornadel.HubUpdaterDriver' ] && [ -s /state/loaded ] || exit 64
+: >/state/loaded
+COMMAND
+    recorder /usr/sbin/kextstat <<'COMMAND'
+[ "$*" = -l ] || exit 64
+for driver in com.apple.kpi.libkern org.vornadel.HubUpdaterDriver.other $(cat /state/loaded); do
+    echo "  142    0 0xffffff7f80000000 0x4000     0x4000     $driver (1.0.0) <5 4 3>"
+done
+COMMAND
+    recorder /sbin/shutdown <<'COMMAND'
+[ "$*" = '-r now' ] || exit 64
+COMMAND
+}
+
+# newer_system: what has taken the place of the kext commands later.
+newer_system() {
+    recorder /usr/bin/kmutil <<'COMMAND'
+case $1 in
+load) [ "$#:$2" = 3:-p ] && [ -d "$3" ] && echo org.vornadel.HubUpdaterDriver >/state/loaded ;;
+unload) [ "$*" = 'unload -b org.vornadel.HubUpdaterDriver' ] && : >/state/loaded ;;
+showloaded) [ "$*" = 'showloaded --list-only' ] && sed 's/.*/  142  0 0 0x4000 0x4000 & (1.0.0) UUID <5 4>/' /state/loaded ;;
+*) exit 64 ;;
+esac
+COMMAND
+    rm "$root"/sbin/kext* "$root/usr/sbin/kextstat"
+}
+
+make_root() {
+    umount -R "$root" 2>/dev/null
+    mount -t tmpfs -o mode=755 macos "$root" || { echo "FAILED: cannot mount a tmpfs" >&2; exit 1; }
+    mkdir -p "$root"/{bin,sbin,dev,machine/bin,state/refuse,private/{etc,tmp,var/db},usr/{bin,sbin,lib,lib64,libexec},Applications}
+    chmod 1777 "$root/private/tmp"
+    ln -s private/etc private/tmp private/var usr/lib usr/lib64 "$root"
+    mount --bind /usr/bin "$root/machine/bin" && mount --bind /usr/lib "$root/usr/lib" || exit 1
+    [ ! -d /usr/lib64 ] || mount --bind /usr/lib64 "$root/usr/lib64" || exit 1
+    cp "$(command -v "$shell")" "$root/bin/sh"
+    mknod -m 666 "$root/dev/null" c 1 3
+    echo 'root:*:0:0::/var/root:/bin/sh' >"$root/private/etc/passwd"
+    echo 'wheel:*:0:root' >"$root/private/etc/group"
+    echo 10.15.7 >"$root/state/version"
+    printf 'SystemAudioVolume\t%%80\nboot-args\t-v  debug=0x144\n' >"$root/state/nvram"
+    : >"$root/state/loaded"
+    make_commands
+}
