@@ -88,14 +88,3 @@ function(vornadel_room room)
   target_link_libraries(${room} PUBLIC ${ARG_LINKS})
   vornadel_target_defaults(${room})
 endfunction()
-
-# The bundle is laid out the same way on every system: programs in Contents/MacOS,
-# what they read in Contents/Resources.
-set(VORNADEL_TOOL_DIRECTORY "${CMAKE_BINARY_DIR}")
-set(VORNADEL_BUNDLE "${VORNADEL_TOOL_DIRECTORY}/Vornadel.app")
-
-function(vornadel_into_bundle program)
-  set_target_properties(${program} PROPERTIES
-    RUNTIME_OUTPUT_DIRECTORY "${VORNADEL_BUNDLE}/Contents/MacOS")
-  add_dependencies(${program} bundle_resources)
-endfunction()

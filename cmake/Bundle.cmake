@@ -1,0 +1,42 @@
+# The bundle is laid out the same way on every system: programs in Contents/MacOS, what they read in Contents/Resources. For
+# a Mac there are an Info.plist and an icon as well, which make an application of it.
+set(VORNADEL_TOOL_DIRECTORY "${CMAKE_BINARY_DIR}")
+set(VORNADEL_BUNDLE "${VORNADEL_TOOL_DIRECTORY}/Vornadel.app")
+if(APPLE)
+  set(VORNADEL_SYSTEM macos)
+else()
+  set(VORNADEL_SYSTEM linux)
+endif()
+
+function(vornadel_into_bundle program)
+  set_target_properties(${program} PROPERTIES
+    RUNTIME_OUTPUT_DIRECTORY "${VORNADEL_BUNDLE}/Contents/MacOS")
+  add_dependencies(${program} bundle_resources)
+endfunction()
+
+# vornadel_bundle_resources(STAMP BUNDLE SYSTEM): what lies beside the programs in a bundle for a system, linux or macos: the
+# files that all share and the system's own. A target that depends on the file STAMP has it brought up to date.
+function(vornadel_bundle_resources stamp bundle system)
+  set(resources "${PROJECT_SOURCE_DIR}/resources")
+  file(GLOB shared CONFIGURE_DEPENDS LIST_DIRECTORIES false "${resources}/*")
+  file(GLOB_RECURSE own CONFIGURE_DEPENDS "${resources}/${system}/*")
+  set(application "")
+  if(system STREQUAL "macos")
+    set(minimum_system 10.15) # the first one with std::filesystem
+    if(CMAKE_OSX_DEPLOYMENT_TARGET)
+      set(minimum_system "${CMAKE_OSX_DEPLOYMENT_TARGET}")
+    endif()
+    configure_file("${PROJECT_SOURCE_DIR}/packaging/macos/Info.plist.in" "${stamp}.plist" @ONLY)
+    set(icon "${PROJECT_SOURCE_DIR}/packaging/macos/Vornadel.icns")
+    list(APPEND shared "${icon}")
+    list(APPEND own "${stamp}.plist")
+    set(application COMMAND "${CMAKE_COMMAND}" -E copy "${stamp}.plist" "${bundle}/Contents/Info.plist")
+  endif()
+  add_custom_command(
+    OUTPUT "${stamp}"
+    COMMAND "${CMAKE_COMMAND}" -E copy_directory "${resources}/${system}" "${bundle}/Contents/Resources"
+    COMMAND "${CMAKE_COMMAND}" -E copy ${shared} "${bundle}/Contents/Resources"
+    ${application}
+    COMMAND "${CMAKE_COMMAND}" -E touch "${stamp}"
+    DEPENDS ${shared} ${own})
+endfunction()

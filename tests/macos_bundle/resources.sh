@@ -1,0 +1,28 @@
+#!/bin/bash
+# resources.sh BUNDLE SOURCE: the bundle holds what belongs into one for a Mac, byte for byte, and nothing of another
+# system's. A driver that somebody has put into the source comes along.
+set -u
+
+bundle=$1
+source=$2
+failures=0
+
+complain() {
+    echo "FAILED: $1" >&2
+    failures=$((failures + 1))
+}
+
+resources=$bundle/Contents/Resources
+for script in load unload reboot; do
+    [ -x "$resources/$script" ] || complain "$script cannot be run"
+done
+[ -f "$resources/HubUpdaterDriver.kext/README.txt" ] || complain 'what the driver bundle has to hold is not said'
+cmp "$source/resources/config.ini" "$resources/config.ini" || complain 'config.ini is another'
+cmp "$source/packaging/macos/Vornadel.icns" "$resources/Vornadel.icns" || complain 'the icon is another'
+while IFS= read -r file; do
+    cmp "$source/resources/macos/$file" "$resources/$file" || complain "$file is another"
+done < <(cd "$source/resources/macos" && find . -type f)
+while IFS= read -r file; do
+    [ -e "$source/resources/macos/$file" ] || [ ! -e "$resources/$file" ] || complain "$file is not for a Mac"
+done < <(cd "$source/resources/linux" && find . -type f)
+[ "$failures" -eq 0 ]
