@@ -35,20 +35,20 @@ bool claimDriverCopy(const std::string& folder)
     if (mkdir(folder.c_str(), 0755) == 0) {
         return true; // in a directory where nobody else may remove or rename it
     }
-    const auto isOwn = [](const std::string& path, bool asFolder) {
+    const auto isOwn = [](const std::string& path, bool mayBeFile) {
         struct stat found {
         };
         return lstat(path.c_str(), &found) == 0 && found.st_uid == geteuid() &&
                (found.st_mode & (S_IWGRP | S_IWOTH)) == 0 &&
-               (asFolder ? S_ISDIR(found.st_mode) : S_ISREG(found.st_mode) && found.st_nlink == 1);
+               (S_ISDIR(found.st_mode) || (mayBeFile && S_ISREG(found.st_mode) && found.st_nlink == 1));
     };
-    if (!isOwn(folder, true)) {
+    if (!isOwn(folder, false)) {
         return false;
     }
     std::error_code failed;
-    for (std::filesystem::directory_iterator entry(folder, failed), end; !failed && entry != end;
+    for (std::filesystem::recursive_directory_iterator entry(folder, failed), end; !failed && entry != end;
          entry.increment(failed)) {
-        if (!isOwn(entry->path().string(), false)) {
+        if (!isOwn(entry->path().string(), true)) {
             return false;
         }
     }

@@ -17,8 +17,8 @@ namespace vornadel
 void copyDriverBundle(Shell& shell, const std::string& resourcePath);
 
 /// Makes the folder that copyDriverBundle() copies to, or sees that it may be copied to. False when that would write to
-/// what is not the caller's, or wait for ever: the folder is a link or somebody else's, others may write to it, or there
-/// is a link, a pipe or a file with a second name in it.
+/// what is not the caller's, or wait for ever: the folder or one in it is a link or somebody else's, others may write to
+/// it, or there is a link, a pipe or a file with a second name in it.
 bool claimDriverCopy(const std::string& folder);
 
 /// Starts a script of the resource directory as administrator. False when the platform has no means to.

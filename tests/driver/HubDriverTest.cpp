@@ -76,6 +76,9 @@ TEST_F(DriverCopy, IsMadeAndMadeUseOfAgain)
     EXPECT_TRUE(std::filesystem::is_directory(copy()));
     std::ofstream(copy() + "/hub-access.rules") << "rule";
     EXPECT_TRUE(claimDriverCopy(copy()));
+    std::filesystem::create_directories(copy() + "/Contents/MacOS");
+    std::ofstream(copy() + "/Contents/MacOS/driver") << "driver";
+    EXPECT_TRUE(claimDriverCopy(copy())) << "with folders in it";
 }
 
 TEST_F(DriverCopy, IsNotWrittenToThroughALinkOrIntoAPipe)
@@ -87,12 +90,15 @@ TEST_F(DriverCopy, IsNotWrittenToThroughALinkOrIntoAPipe)
     for (const auto& make : std::vector<std::function<void(const std::string&)>>{
              [this](const std::string& name) { std::filesystem::create_symlink(m_folder + "/mine", name); },
              [this](const std::string& name) { std::filesystem::create_hard_link(m_folder + "/mine", name); },
-             [](const std::string& name) { mkfifo(name.c_str(), 0600); },
-             [](const std::string& name) { std::filesystem::create_directory(name); }}) {
-        ASSERT_TRUE(claimDriverCopy(copy()));
-        make(copy() + "/hub-access.rules");
-        EXPECT_FALSE(claimDriverCopy(copy()));
-        std::filesystem::remove_all(copy());
+             [this](const std::string& name) { std::filesystem::create_directory_symlink(m_folder, name); },
+             [](const std::string& name) { mkfifo(name.c_str(), 0600); }}) {
+        for (const char* place : {"/hub-access.rules", "/Contents/MacOS/driver"}) {
+            ASSERT_TRUE(claimDriverCopy(copy()));
+            std::filesystem::create_directories(copy() + "/Contents/MacOS");
+            make(copy() + place);
+            EXPECT_FALSE(claimDriverCopy(copy())) << place;
+            std::filesystem::remove_all(copy());
+        }
     }
 }
 
@@ -103,7 +109,15 @@ TEST_F(DriverCopy, IsNotWrittenToWhereOthersMayWrite)
     EXPECT_FALSE(claimDriverCopy(copy()));
     chmod(copy().c_str(), 0755);
     EXPECT_TRUE(claimDriverCopy(copy()));
+    const std::string inner = copy() + "/Contents";
+    std::filesystem::create_directory(inner);
+    chmod(inner.c_str(), 0777);
+    EXPECT_FALSE(claimDriverCopy(copy()));
+    chmod(inner.c_str(), 0755);
     if (geteuid() == 0) {
+        ASSERT_EQ(chown(inner.c_str(), 4711, 4711), 0);
+        EXPECT_FALSE(claimDriverCopy(copy()));
+        std::filesystem::remove(inner);
         ASSERT_EQ(chown(copy().c_str(), 4711, 4711), 0);
         EXPECT_FALSE(claimDriverCopy(copy()));
     }
