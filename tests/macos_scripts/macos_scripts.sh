@@ -18,7 +18,7 @@ cases='loads_what_lies_in_the_bundle loads_again_in_place_of_the_first loads_whe
     refuses_a_missing_copy refuses_a_changed_copy refuses_another_set_of_files refuses_links_and_pipes
     refuses_what_another_user_made refuses_a_bundle_without_its_driver refuses_a_damaged_bundle
     refuses_a_place_that_others_can_write_to says_when_the_system_takes_no_driver says_when_a_boot_argument_cannot_be_set
-    says_when_something_cannot_be_told leaves_nothing_behind_when_ended
+    says_when_something_cannot_be_told leaves_nothing_behind_when_ended ends_what_it_has_begun
     unloads unloads_where_the_new_commands_are unloads_what_a_restart_has_left says_when_a_driver_cannot_be_unloaded
     restarts says_when_there_is_no_restart want_root_and_no_arguments keep_the_rights_they_are_given'
 
@@ -52,7 +52,7 @@ install_tool() {
     mkdir -p "$bundle/Contents/MacOS" "$bundle/Contents/_CodeSignature"
     printf '<plist version="1.0"><dict>\n<key>CFBundleIdentifier</key>\n<string>%s</string>\n</dict></plist>\n' "$identifier" \
         >"$bundle/Contents/Info.plist"
-    head -c 9000 /dev/urandom >"$bundle/Contents/MacOS/HubUpdaterDriver"
+    seq 1800 >"$bundle/Contents/MacOS/HubUpdaterDriver"
     chmod 775 "$bundle/Contents/MacOS/HubUpdaterDriver"
     echo sealed >"$bundle/Contents/_CodeSignature/CodeResources"
     chown -R "$caller" "$root$here"
@@ -457,11 +457,20 @@ COMMANDS
 }
 
 leaves_nothing_behind_when_ended() {
-    touch "$root/state/end_me"
+    touch "$root/state/end_at/sw_vers"
     run load
     [ "$status" -ne 0 ] || complain 'it went on'
     nothing_is_kept
     expect_equal "$(cat "$root/state/loaded")" ''
+}
+
+ends_what_it_has_begun() {
+    touch "$root/state/end_at/kextload" "$root/state/end_at/kextunload"
+    run load
+    expect_loaded
+    run unload
+    expect_equal "$status $(cat "$root/state/out")" "0 unload: $identifier is gone"
+    nothing_is_kept
 }
 
 # --- unload ---------------------------------------------------------------------------------------------------------------

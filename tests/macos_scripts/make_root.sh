@@ -5,7 +5,7 @@
 #
 # The commands every system has are the machine's own behind a door: they take the options that macOS documents for them
 # and that the scripts have a use for, and no others. What macOS alone has writes down how it is called. /state holds what
-# there is to know about the machine: version, nvram, loaded drivers, and refuse/COMMAND for each command that shall fail.
+# there is to know about the machine: version, nvram, loaded drivers, refuse/COMMAND for each command that shall fail, end_at/COMMAND for each that is to end the script.
 
 # door PATH REAL OPTION...: a command that lets these options through to the machine's own of the name REAL. It is recorded
 # when its name is in $recorded.
@@ -30,7 +30,9 @@ recorder() {
     local path=$1 name=${1##*/}
     {
         printf '#!/machine/bin/dash -p\necho "%s $*" >>/state/calls\n' "$name"
-        printf '[ ! -e /state/refuse/%s ] || { echo "%s: refused" >&2; exit 71; }\nPATH=/machine/bin\n' "$name" "$name"
+        printf '[ ! -e /state/refuse/%s ] || { echo "%s: refused" >&2; exit 71; }\n' "$name" "$name"
+        printf '[ "$PATH" = /usr/bin:/bin:/usr/sbin:/sbin ] || echo "PATH=$PATH" >>/state/illegal\nPATH=/machine/bin\n'
+        printf '[ ! -e /state/end_at/%s ] || kill -TERM "$PPID"\n' "$name"
         cat
     } >"$root$path"
     chmod 755 "$root$path"
@@ -51,7 +53,6 @@ make_commands() {
     door /usr/sbin/chown chown -R
     recorder /usr/bin/sw_vers <<'COMMAND'
 [ "$*" = -productVersion ] || exit 64
-[ ! -e /state/end_me ] || kill -TERM "$PPID"
 cat /state/version
 COMMAND
     recorder /usr/sbin/nvram <<'COMMAND'
@@ -107,7 +108,7 @@ COMMAND
 make_root() {
     umount -R "$root" 2>/dev/null
     mount -t tmpfs -o mode=755 macos "$root" || { echo "FAILED: cannot mount a tmpfs" >&2; exit 1; }
-    mkdir -p "$root"/{bin,sbin,dev,machine/bin,state/refuse,private/{etc,tmp,var/db},usr/{bin,sbin,lib,lib64,libexec},Applications}
+    mkdir -p "$root"/{bin,sbin,dev,machine/bin,state/{refuse,end_at},private/{etc,tmp,var/db},usr/{bin,sbin,lib,lib64,libexec},Applications}
     chmod 1777 "$root/private/tmp"
     ln -s private/etc private/tmp private/var usr/lib usr/lib64 "$root"
     mount --bind /usr/bin "$root/machine/bin" && mount --bind /usr/lib "$root/usr/lib" || exit 1
