@@ -328,6 +328,12 @@ refuses_links_and_pipes() {
     ln -s elsewhere "$copy" && chown -h "$caller" "$copy"
     run load
     expect_refused 'is a link'
+    rm "$copy" # and one on the way, which nobody but root could make
+    mkdir "$root/private/other"
+    mv "$root/private/tmp/elsewhere" "$root/private/other/HubUpdaterDriver.kext"
+    ln -sfn private/other "$root/tmp"
+    run load
+    expect_refused 'is not a folder'
 }
 
 refuses_what_another_user_made() {
