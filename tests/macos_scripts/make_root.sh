@@ -1,4 +1,4 @@
-# shellcheck shell=bash
+#!/bin/bash
 # A root of its own that looks to a script as a Mac does: the folders and links of one, its commands at their places and
 # nothing else. macos_scripts.sh reads this file; $root is a folder to build it in, $shell the shell that is /bin/sh there.
 # shellcheck disable=SC2154,SC2016 # they are set there; what stands in single quotes is for the commands made here
