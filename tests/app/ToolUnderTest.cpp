@@ -31,23 +31,6 @@ constexpr std::uint8_t kReadRequest = 0xD8;
 
 } // namespace
 
-void PatientClock::interrupt()
-{
-    m_clock.interrupt();
-    gate.open();
-}
-
-void PatientClock::sleep(Duration pause)
-{
-    if (pause == heldPause) {
-        gate.pass();
-    }
-    m_clock.sleep(pause);
-    if (QThread::currentThread() != QCoreApplication::instance()->thread()) {
-        mainThread->postAndWait([] {});
-    }
-}
-
 std::string configText(const std::string& settings)
 {
     return "[DumpTool Config]\n" + settings +

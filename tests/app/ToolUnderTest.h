@@ -5,7 +5,7 @@
 #include "sim/SimulatedBus.h"
 #include "tests/support/FakeMachine.h"
 #include "tests/support/Gate.h"
-#include "tests/support/VirtualClock.h"
+#include "tests/support/PatientClock.h"
 
 #include <QColor>
 #include <QTemporaryDir>
@@ -28,28 +28,6 @@ namespace vornadel::test
 {
 
 inline constexpr std::size_t kSwitchedCount = 10;
-
-/// A virtual clock whose pauses are long for the main thread: what waits there is done when a flow's pause ends.
-class PatientClock final : public Clock
-{
-public:
-    Duration now() override { return m_clock.now(); }
-    void sleep(Duration pause) override;
-    void after(Duration delay, std::function<void()> task) override { m_clock.after(delay, std::move(task)); }
-    void interrupt() override;
-
-    std::vector<Duration> pauses() { return m_clock.pauses(); }
-    void advance(Duration by) { m_clock.advance(by); }
-    void forgetPauses() { m_clock.forgetPauses(); }
-
-    MainThread* mainThread = nullptr; ///< to be set before the threads start
-    /// A pause of that length lasts until this gate is opened, or the clock interrupted.
-    std::optional<Duration> heldPause;
-    Gate gate;
-
-private:
-    VirtualClock m_clock;
-};
 
 /// A file with supported ids for the simulated hub and nothing else.
 std::string configText(const std::string& settings = "");

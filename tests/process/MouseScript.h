@@ -1,9 +1,10 @@
 #pragma once
 
+#include "app/AppDelegate.h"
 #include "platform/Platform.h"
 #include "sim/SimulatedBus.h"
 #include "tests/support/FakeSystem.h"
-#include "tests/support/VirtualClock.h"
+#include "tests/support/PatientClock.h"
 
 #include <QObject>
 #include <QPoint>
@@ -65,11 +66,14 @@ class MouseMachine
 public:
     MouseMachine();
 
+    /// To be called when the tool has been launched.
+    void use(AppDelegate& tool) { m_clock.mainThread = &tool.mainThread(); }
+
     SimulatedHub& hub() { return m_bus->hub(); }
     Platform& platform() { return *m_platform; }
 
 private:
-    VirtualClock m_clock;
+    PatientClock m_clock;
     std::unique_ptr<SimulatedBus> m_bus;
     IdleShell m_shell;
     IdlePrivilegedRun m_privileged;

@@ -7,7 +7,7 @@
 #include "app/Tool.h"
 #include "sim/SimulatedBus.h"
 #include "tests/support/FakeSystem.h"
-#include "tests/support/VirtualClock.h"
+#include "tests/support/PatientClock.h"
 
 #include <QApplication>
 
@@ -22,7 +22,7 @@ int main(int argc, char** argv)
         return 64;
     }
     const QApplication application(argc, argv);
-    test::VirtualClock clock;
+    test::PatientClock clock;
     SimulatedHubOptions options;
     options.image = argv[1];
     options.latency = SimulatedLatency::None;
@@ -36,6 +36,7 @@ int main(int argc, char** argv)
     test::IdlePrivilegedRun privileged;
     test::FixedSystemVersion version;
     Platform platform{*bus, shell, privileged, version, clock};
-    runTool(platform, bundleAround(std::filesystem::canonical(argv[0])), {});
+    runTool(platform, bundleAround(std::filesystem::canonical(argv[0])), {},
+            [&clock](AppDelegate& tool) { clock.mainThread = &tool.mainThread(); });
     return 66; // somebody else has ended it
 }

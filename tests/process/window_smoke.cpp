@@ -54,6 +54,7 @@ int main(int argc, char** argv)
     MouseScript script;
     const int status = runTool(machine.platform(), bundleAround(std::filesystem::canonical(argv[0])),
                                " [simulated hub]", [&](AppDelegate& tool) {
+                                   machine.use(tool);
                                    writeScript(script, tool, image);
                                    script.start();
                                });
