@@ -20,21 +20,8 @@ cases='loads_what_the_shipped_file_names triggers_only_what_matches changes_noth
     goes_on_where_a_failed_unload_stopped says_when_udev_does_not_answer loads_where_no_rule_was_ever_made
     want_root_and_no_arguments reboots'
 
-if [ "$only" = --list ]; then
-    # shellcheck disable=SC2086 # the list is split into words on purpose
-    printf '%s\n' $cases
-    exit 0
-fi
-if [ -z "${ACCESS_NAMESPACE-}" ]; then
-    if [ "$(id -u)" -ne 0 ] || ! unshare --mount true; then
-        echo "FAILED: these tests need root and mount namespaces (unshare --mount), and were not run" >&2
-        exit 1
-    fi
-    ACCESS_NAMESPACE=1 exec unshare --mount --propagation private "$0" "$@"
-fi
-
-root=$(mktemp -d) || exit 1
-trap 'umount -R "$root" 2>/dev/null; rmdir "$root" 2>/dev/null' EXIT
+# shellcheck source=../support/own_root.sh
+. "${0%/*}/../support/own_root.sh"
 
 # --- the throw-away root ------------------------------------------------------------------------------------------------
 
@@ -110,16 +97,6 @@ run() {
 }
 
 # --- what is expected -----------------------------------------------------------------------------------------------------
-
-failures=0
-
-complain() {
-    echo "FAILED: $current: $1" >&2
-    [ ! -s "$root/err" ] || sed 's/^/    said: /' "$root/err" >&2
-    failures=$((failures + 1))
-}
-
-expect_equal() { [ "$1" = "$2" ] || complain "expected '$2', got '$1'"; }
 
 expect_calls() { expect_equal "$(cat "$root/calls")" "$(printf '%s\n' "$@")"; }
 
@@ -506,7 +483,6 @@ reboots() {
 chroot=$(command -v chroot)
 rule=$root/etc/udev/rules.d/65-vornadel-hub.rules
 copy=$root/tmp/HubUpdaterDriver.kext
-ran=0
 for current in $cases; do
     if [ -z "$only" ] || [ "$only" = "$current" ]; then
         make_root
@@ -515,6 +491,4 @@ for current in $cases; do
         ran=$((ran + 1))
     fi
 done
-[ "$ran" -gt 0 ] || { echo "FAILED: there is no case '$only'" >&2; exit 1; }
-echo "$ran cases, $failures failures"
-[ "$failures" -eq 0 ]
+sum_up

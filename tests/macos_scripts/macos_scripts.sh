@@ -22,21 +22,9 @@ cases='loads_what_lies_in_the_bundle loads_again_in_place_of_the_first loads_whe
     unloads unloads_where_the_new_commands_are unloads_what_a_restart_has_left says_when_a_driver_cannot_be_unloaded
     restarts says_when_there_is_no_restart want_root_and_no_arguments keep_the_rights_they_are_given'
 
-if [ "$only" = --list ]; then
-    # shellcheck disable=SC2086 # the list is split into words on purpose
-    printf '%s\n' $cases
-    exit 0
-fi
-if [ -z "${SCRIPTS_NAMESPACE-}" ]; then
-    if [ "$(id -u)" -ne 0 ] || ! unshare --mount true; then
-        echo "FAILED: these tests need root and mount namespaces (unshare --mount), and were not run" >&2
-        exit 1
-    fi
-    SCRIPTS_NAMESPACE=1 exec unshare --mount --propagation private "$0" "$@"
-fi
-
-root=$(mktemp -d) || exit 1
-trap 'umount -R "$root" 2>/dev/null; rmdir "$root" 2>/dev/null' EXIT
+# shellcheck source=../support/own_root.sh
+. "${0%/*}/../support/own_root.sh"
+said_in=$root/state/err
 store=$root/private/var/db
 copy=$root/private/tmp/HubUpdaterDriver.kext
 # shellcheck source=make_root.sh
@@ -77,9 +65,9 @@ as_root_with() {
     shift
     : >"$root/state/calls"
     timeout 60 env -i "${variables[@]}" "$setpriv" --ruid "$user" "$chroot" "$root" "$@" \
-        >"$root/state/out" 2>"$root/state/err" </dev/null
+        >"$root/state/out" 2>"$said_in" </dev/null
     status=$?
-    said=$(cat "$root/state/err")
+    said=$(cat "$said_in")
     last=${said##*$'\n'}
 }
 
@@ -92,16 +80,6 @@ run() {
 }
 
 # --- what is expected -----------------------------------------------------------------------------------------------------
-
-failures=0
-
-complain() {
-    echo "FAILED: $current ($shell): $1" >&2
-    [ ! -s "$root/state/err" ] || sed 's/^/    said: /' "$root/state/err" >&2
-    failures=$((failures + 1))
-}
-
-expect_equal() { [ "$1" = "$2" ] || complain "expected '$2', got '$1'"; }
 
 # expect_calls CALL...: exactly these, in this order. KEPT stands for the fresh folder in the store.
 expect_calls() {
@@ -574,7 +552,6 @@ keep_the_rights_they_are_given() {
 
 chroot=$(command -v chroot)
 setpriv=$(command -v setpriv)
-ran=0
 for current in $cases; do
     [ -z "$only" ] || [ "$only" = "$current" ] || continue
     for shell in dash bash; do
@@ -586,6 +563,4 @@ for current in $cases; do
         ran=$((ran + 1))
     done
 done
-[ "$ran" -gt 0 ] || { echo "FAILED: there is no case '$only'" >&2; exit 1; }
-echo "$ran cases, $failures failures"
-[ "$failures" -eq 0 ]
+sum_up
