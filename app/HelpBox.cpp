@@ -50,8 +50,9 @@ void AppDelegate::LoadUpdateDriver()
         if (claimDriverCopy(copy)) {
             copyDriverBundle(m_platform.shell, m_place.resourcePath);
         } else {
-            ConsoleLog(driverCopy +
-                       " is not a folder of your own with nothing but files of your own in it; not copied to");
+            ConsoleLog(
+                driverCopy +
+                " is not a folder of your own with nothing but files of your own in it; not copied to");
         }
         runScript("load");
     }

@@ -37,8 +37,9 @@ public:
     /// called on a device object that is open already.
     virtual bool open() = 0;
 
-    /// One synchronous control transfer on an open device. 0 only when the whole data stage moved; any other
-    /// value is the platform's status code. Blocks until the transfer ends or the back end's time-out is over.
+    /// One synchronous control transfer on an open device. 0 when it went well, which on Linux means that the whole data
+    /// stage moved (macOS also counts a read that ended early); any other value is the platform's status code. Blocks
+    /// until the transfer ends or the back end's time-out is over.
     virtual std::uint32_t control(ControlRequest& request) = 0;
 
     /// Gives the device back. Harmless when it is not open.
@@ -47,8 +48,8 @@ public:
 
 /// A walk over the devices that were attached when the search began, in the platform's enumeration order.
 ///
-/// release() gives the platform's list back early. A back end for which a search without release() would leak
-/// frees itself in its destructor; devices already handed out stay usable either way.
+/// release() gives the platform's list back. Without it, Linux's back end gives it back at the end of the search, and
+/// macOS's leaves it with the system. Devices already handed out stay usable either way.
 class UsbSearch
 {
 public:
@@ -89,8 +90,8 @@ public:
 class UsbBus
 {
 public:
-    /// Called on a thread of the back end's for every device that comes or goes; must only post and return.
-    /// One arrival may be reported twice.
+    /// Called for every device that comes or goes, on a thread of the back end's, or where the run loop of the thread
+    /// that watches tells (macOS) on that one; must only post and return. One arrival may be reported twice.
     using Listener = std::function<void(UsbEvent)>;
 
     UsbBus() = default;

@@ -44,11 +44,13 @@ static_assert(kIs<CFTypeRef, const void*> && std::is_convertible_v<CFMutableDict
 constexpr std::uint32_t bits(IOReturn status) { return static_cast<std::uint32_t>(status); }
 
 static_assert(kIOReturnSuccess == 0 && noErr == 0 && errAuthorizationSuccess == 0);
-static_assert(bits(kIOReturnError) == 0xE00002BC && bits(kIOReturnNoDevice) == 0xE00002C0);
+static_assert(bits(kIOReturnError) == 0xE00002BC && bits(kIOReturnNoMemory) == 0xE00002BD);
+static_assert(bits(kIOReturnNoDevice) == 0xE00002C0);
 static_assert(bits(kIOReturnBadArgument) == 0xE00002C2 && bits(kIOReturnExclusiveAccess) == 0xE00002C5);
 static_assert(bits(kIOReturnNotOpen) == 0xE00002CD && bits(kIOReturnNotFound) == 0xE00002F0);
 static_assert(IO_OBJECT_NULL == 0);
-static_assert(kAuthorizationFlagDefaults == 0 && kAuthorizationEmptyEnvironment == nullptr);
+static_assert(kAuthorizationFlagDefaults == 0 &&
+              static_cast<const void*>(kAuthorizationEmptyEnvironment) == nullptr);
 static_assert(errAuthorizationInvalidRef == -60002 && errAuthorizationDenied == -60005);
 static_assert(errAuthorizationCanceled == -60006);
 static_assert(gestaltSystemVersion == 0x73797376 && gestaltSystemVersionMajor == 0x73797331);
@@ -119,8 +121,7 @@ constexpr IdBytes bytesOf(std::string_view call)
     IdBytes bytes{};
     for (unsigned& byte : bytes) {
         call.remove_prefix(call.find("0x") + 2);
-        for (; hexDigit(call.front()) < 16 && call.front() != ',' && call.front() != ')';
-             call.remove_prefix(1)) {
+        for (; hexDigit(call.front()) < 16; call.remove_prefix(1)) {
             byte = byte * 16 + hexDigit(call.front());
         }
     }
@@ -149,6 +150,9 @@ FUNCTION(CFBundleCopyBundleURL, CFURLRef (*)(CFBundleRef));
 FUNCTION(CFURLGetFileSystemRepresentation, Boolean (*)(CFURLRef, Boolean, UInt8*, CFIndex));
 FUNCTION(CFRunLoopGetCurrent, CFRunLoopRef (*)());
 FUNCTION(CFRunLoopAddSource, void (*)(CFRunLoopRef, CFRunLoopSourceRef, CFRunLoopMode));
+FUNCTION(CFUUIDGetConstantUUIDWithBytes,
+         CFUUIDRef (*)(CFAllocatorRef, UInt8, UInt8, UInt8, UInt8, UInt8, UInt8, UInt8, UInt8, UInt8, UInt8,
+                       UInt8, UInt8, UInt8, UInt8, UInt8, UInt8));
 FUNCTION(CFUUIDGetUUIDBytes, CFUUIDBytes (*)(CFUUIDRef));
 
 FUNCTION(IOServiceMatching, CFMutableDictionaryRef (*)(const char*));

@@ -107,9 +107,10 @@ TEST_F(DriverButtons, CopyNothingToWhatIsSomebodyElses)
     std::filesystem::create_symlink(directory(), directory() + "/copy");
     testing::internal::CaptureStderr();
     pressLoad();
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "Enter LoadUpdateDriver\n" + directory() +
-                  "/copy is not a folder of your own with nothing but files of your own in it; not copied to\n");
+    EXPECT_EQ(
+        testing::internal::GetCapturedStderr(),
+        "Enter LoadUpdateDriver\n" + directory() +
+            "/copy is not a folder of your own with nothing but files of your own in it; not copied to\n");
     EXPECT_EQ(shell.commands, std::vector<std::string>{});
     EXPECT_EQ(privileged.scripts, std::vector<std::string>{resources() + "/load"}) << "all the same";
 }

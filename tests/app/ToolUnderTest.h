@@ -3,9 +3,9 @@
 #include "app/AppDelegate.h"
 #include "app/Controls.h"
 #include "sim/SimulatedBus.h"
+#include "tests/app/PatientClock.h"
 #include "tests/support/FakeMachine.h"
 #include "tests/support/Gate.h"
-#include "tests/support/PatientClock.h"
 
 #include <QColor>
 #include <QTemporaryDir>

@@ -57,7 +57,7 @@ struct MacState {
     std::vector<Notification> notifications;
     std::map<const void*, const void*> runLoopOfPort;
     std::map<void*, void (*)(void*)> clients; ///< plug-ins and interfaces, and how each is destroyed
-    std::vector<std::shared_ptr<void>> kept; ///< what the system keeps until the process ends
+    std::vector<std::shared_ptr<void>> kept;  ///< what the system keeps until the process ends
 
     // All of these want the mutex held.
 

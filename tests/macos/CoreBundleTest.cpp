@@ -33,6 +33,8 @@ TEST_F(CoreBundleTest, LosesASlashAtItsEnd)
     mac.bundlePath = "/Applications/Vornadel.app/";
     EXPECT_EQ(coreBundle("").path, "/Applications/Vornadel.app");
     EXPECT_TRUE(coreBundle("").bundled);
+    mac.bundlePath = "/";
+    EXPECT_EQ(coreBundle("").path, "/");
 }
 
 TEST_F(CoreBundleTest, IsTheProgramsFolderOutsideABundle)

@@ -9,6 +9,8 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <functional>
+#include <memory>
 #include <utility>
 
 namespace vornadel::test
@@ -100,6 +102,19 @@ TEST_F(IokitSearch, GivesTheListBackWhenThereIsNoHub)
                                Calls{"IOIteratorNext(iterator 1) = none", "IOObjectRelease(iterator 1)"}));
     EXPECT_THAT(mac.alive(), IsEmpty());
     EXPECT_EQ(LastError, 0);
+}
+
+TEST_F(IokitSearch, AsksNothingOfAListThatHasBeenGivenBack)
+{
+    mac.attach({kHub});
+    const auto search = m_bus.search();
+    ASSERT_NE(search, nullptr);
+    search->release();
+    mac.forgetCalls();
+    std::unique_ptr<UsbDevice> device;
+    EXPECT_EQ(search->next(device), UsbSearch::Step::End);
+    search->release();
+    EXPECT_THAT(mac.calls(), IsEmpty());
 }
 
 TEST_F(IokitSearch, OpensTheHubByTheseCallsAndKeepsTheList)

@@ -2,6 +2,7 @@
 
 #include "tests/macos/MacTest.h"
 
+#include <memory>
 #include <vector>
 
 namespace vornadel::test
@@ -155,6 +156,16 @@ TEST_F(PlugNotificationsTest, GiveTheDictionaryBackThatNoPortUsesUp)
     EXPECT_EQ(take(UsbEvent::Attached), 0);
 }
 
+TEST_F(PlugNotificationsTest, DoWithoutDictionaries)
+{
+    mac.givesDictionaries = false;
+    mac.refusedPorts = {1};
+    EXPECT_FALSE(watch());
+    EXPECT_EQ(take(UsbEvent::Attached), 0);
+    EXPECT_EQ(take(UsbEvent::Detached), 0);
+    EXPECT_THAT(mac.alive(), ElementsAre("port 2"));
+}
+
 TEST_F(PlugNotificationsTest, RegisterOnceAndListenAgain)
 {
     watch();
@@ -182,6 +193,18 @@ TEST_F(PlugNotificationsTest, ReachNobodyAfterTheEndOfTheBus)
     mac.plug({});
     mac.turnRunLoop();
     EXPECT_THAT(m_events, IsEmpty());
+}
+
+TEST_F(PlugNotificationsTest, StillReachTheBusThatWatchedLastWhenAnEarlierOneEnds)
+{
+    auto earlier = std::make_unique<IokitBus>();
+    earlier->watch([](UsbEvent) { ADD_FAILURE() << "the earlier bus was told"; });
+    watch();
+    arm();
+    earlier.reset();
+    mac.plug({});
+    mac.turnRunLoop();
+    EXPECT_THAT(m_events, ElementsAre(UsbEvent::Attached));
 }
 
 TEST_F(PlugNotificationsTest, HaveNothingToTakeBeforeTheWatch)

@@ -5,7 +5,8 @@
 #
 # The commands every system has are the machine's own behind a door: they take the options that macOS documents for them
 # and that the scripts have a use for, and no others. What macOS alone has writes down how it is called. /state holds what
-# there is to know about the machine: version, nvram, loaded drivers, refuse/COMMAND for each command that shall fail, end_at/COMMAND for each that is to end the script.
+# there is to know about the machine: version, nvram, loaded drivers, refuse/COMMAND for each command that shall fail,
+# end_at/COMMAND for each that is to end the script.
 
 # door PATH REAL OPTION...: a command that lets these options through to the machine's own of the name REAL. It is recorded
 # when its name is in $recorded.

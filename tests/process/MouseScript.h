@@ -3,8 +3,8 @@
 #include "app/AppDelegate.h"
 #include "platform/Platform.h"
 #include "sim/SimulatedBus.h"
+#include "tests/app/PatientClock.h"
 #include "tests/support/FakeSystem.h"
-#include "tests/support/PatientClock.h"
 
 #include <QObject>
 #include <QPoint>

@@ -6,8 +6,8 @@
 #include "app/AppDelegate.h"
 #include "app/Tool.h"
 #include "sim/SimulatedBus.h"
+#include "tests/app/PatientClock.h"
 #include "tests/support/FakeSystem.h"
-#include "tests/support/PatientClock.h"
 
 #include <QApplication>
 

@@ -67,6 +67,7 @@ public:
         if (m_onSearch) {
             m_onSearch();
         }
+        const std::lock_guard lock(m_searching); // another search would exchange the devices under this one
         m_mac.use();
         m_mac.matchingResult = givesList ? kIOReturnSuccess : kIOReturnError;
         std::vector<MacDevice> devices;
@@ -141,6 +142,7 @@ private:
     FakeMacos m_mac;
     IokitBus m_bus;
     std::function<void()> m_onSearch;
+    std::mutex m_searching;
     std::shared_ptr<Script> m_script = std::make_shared<Script>();
 };
 
