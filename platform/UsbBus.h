@@ -109,8 +109,8 @@ public:
     /// lists after this call, and each again after an event of its kind.
     virtual bool watch(Listener listener) = 0;
 
-    /// The list of a kind of event; on the thread that called watch(), and as long as the bus lives. Empty where events
-    /// come one by one.
+    /// The list of a kind of event; after watch(), on the thread that called it, and as long as the bus lives. Empty where
+    /// events come one by one.
     virtual UsbServices& services(UsbEvent event);
 
     /// Ends the watch. After the return the listener is neither running nor called again.

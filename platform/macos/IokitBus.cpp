@@ -95,14 +95,14 @@ bool IokitBus::watch(Listener listener)
     if (!m_notifications) {
         m_notifications = std::make_unique<PlugNotifications>();
     }
-    m_notifications->listener = std::move(listener);
+    m_notifications->listen(std::move(listener));
     return m_notifications->registered();
 }
 
 void IokitBus::unwatch()
 {
     if (m_notifications) {
-        m_notifications->listener = nullptr;
+        m_notifications->listen(nullptr);
     }
 }
 

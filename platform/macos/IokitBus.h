@@ -16,7 +16,7 @@ class PlugNotifications;
 ///
 /// watch(), unwatch() and services() belong to one thread, the one whose run loop tells the events; the listener runs on
 /// it. The system is asked for notifications once, by the first watch(), and sends them until the process ends; unwatch()
-/// only stops listening. One bus at a time can watch.
+/// only stops listening. Of several buses the one that watched last is told.
 class IokitBus final : public UsbBus
 {
 public:

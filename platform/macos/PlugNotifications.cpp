@@ -4,6 +4,8 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 
+#include <utility>
+
 namespace vornadel
 {
 
@@ -14,8 +16,8 @@ PlugNotifications* receiver = nullptr; // the callbacks come without a reference
 
 void notify(UsbEvent event)
 {
-    if (receiver != nullptr && receiver->listener) {
-        receiver->listener(event);
+    if (receiver != nullptr) {
+        receiver->tell(event);
     }
 }
 
@@ -60,7 +62,6 @@ bool NotifiedServices::next()
 
 PlugNotifications::PlugNotifications()
 {
-    receiver = this;
     const CFMutableDictionaryRef toAdd = IOServiceMatching(kUsbDeviceClass);
     const CFMutableDictionaryRef toRemove = IOServiceMatching(kUsbDeviceClass);
     const IONotificationPortRef addedPort = IONotificationPortCreate(masterPort());
@@ -78,6 +79,19 @@ PlugNotifications::~PlugNotifications()
 {
     if (receiver == this) {
         receiver = nullptr;
+    }
+}
+
+void PlugNotifications::listen(UsbBus::Listener listener)
+{
+    receiver = this;
+    m_listener = std::move(listener);
+}
+
+void PlugNotifications::tell(UsbEvent event) const
+{
+    if (m_listener) {
+        m_listener(event);
     }
 }
 

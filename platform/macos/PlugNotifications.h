@@ -20,8 +20,7 @@ public:
 /// The system's notifications of USB devices that come and go. Everything belongs to the thread that makes the object: its
 /// run loop brings the notifications, and the listener runs there.
 ///
-/// Ports and lists stay with the system until the process ends; the end of the object is only the end of listening. The
-/// notifications reach the object that was made last.
+/// Ports and lists stay with the system until the process ends; the end of the object is only the end of listening.
 class PlugNotifications
 {
 public:
@@ -34,9 +33,12 @@ public:
     bool registered() const;
     UsbServices& services(UsbEvent event) { return event == UsbEvent::Attached ? m_added : m_removed; }
 
-    UsbBus::Listener listener; ///< empty while nobody listens
+    /// Has the notifications tell this listener from now on, and none of another object's. An empty one ends that.
+    void listen(UsbBus::Listener listener);
+    void tell(UsbEvent event) const;
 
 private:
+    UsbBus::Listener m_listener;
     NotifiedServices m_added;
     NotifiedServices m_removed;
 };

@@ -104,11 +104,13 @@ void CFRelease(CFTypeRef object)
         state->wrong("CFRelease of nothing");
         return;
     }
+    if (state->handedOut.count(object) == 0) {
+        state->wrong("CFRelease of something that is not there, or is no caller's to release");
+        return;
+    }
     const auto* released = static_cast<const CoreObject*>(object);
     state->call("CFRelease(" + released->name + ')');
-    if (state->gone(released->name, "release")) {
-        delete released;
-    }
+    state->goneAt(released, "release");
 }
 
 CFBundleRef CFBundleGetMainBundle()
@@ -131,9 +133,8 @@ CFURLRef CFBundleCopyBundleURL(CFBundleRef bundle)
     if (!state->machine->bundleHasUrl) {
         return nullptr;
     }
-    auto* url = new __CFURL(state->nextName("url"), *state->machine->bundlePath, state->machine->urlHasPath);
-    state->made(url->name);
-    return url;
+    return state->madeAt(
+        new __CFURL(state->nextName("url"), *state->machine->bundlePath, state->machine->urlHasPath));
 }
 
 Boolean CFURLGetFileSystemRepresentation(CFURLRef url, Boolean absolute, UInt8* buffer, CFIndex size)

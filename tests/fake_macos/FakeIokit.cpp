@@ -35,8 +35,8 @@ std::string nameOf(CFDictionaryRef dictionary) { return dictionary != nullptr ? 
 /// A search and a notification use the caller's dictionary up, whatever comes of it.
 void useUp(MacState& state, CFDictionaryRef dictionary)
 {
-    if (dictionary != nullptr && state.gone(dictionary->name, "use")) {
-        delete dictionary;
+    if (dictionary != nullptr) {
+        state.goneAt(dictionary, "use");
     }
 }
 
@@ -56,8 +56,7 @@ CFMutableDictionaryRef IOServiceMatching(const char* name)
     const std::lock_guard lock(state->mutex);
     __CFDictionary* dictionary = nullptr;
     if (state->machine->givesDictionaries) {
-        dictionary = new __CFDictionary(state->nextName("dictionary"));
-        state->made(dictionary->name);
+        dictionary = state->madeAt(new __CFDictionary(state->nextName("dictionary")));
     }
     state->call("IOServiceMatching(" + quoted(name) + ") = " + nameOf(dictionary));
     return dictionary;
@@ -119,6 +118,8 @@ kern_return_t IOObjectRelease(io_object_t object)
             released.isIterator ? kIOReturnSuccess : released.devices.front()->behaviour.serviceReleaseResult;
         state->gone(name, "release");
         state->objects.erase(found);
+        std::erase_if(state->notifications,
+                      [object](const Notification& each) { return each.list == object; });
     }
     state->call("IOObjectRelease(" + name + ')' + statusText(result));
     return result;

@@ -42,8 +42,7 @@ OSStatus AuthorizationCreate(const AuthorizationRights* rights, const Authorizat
                        std::to_string(flags) + ')';
     const OSStatus result = state->machine->authorizationResult;
     if (result == errAuthorizationSuccess) {
-        auto* made = new AuthorizationOpaqueRef{state->nextName("authorization")};
-        state->made(made->name);
+        const auto* made = state->madeAt(new AuthorizationOpaqueRef{state->nextName("authorization")});
         text += " = " + made->name;
         *authorization = made;
     }
@@ -57,6 +56,9 @@ OSStatus AuthorizationExecuteWithPrivileges(AuthorizationRef authorization, cons
 {
     const auto state = mac();
     const std::lock_guard lock(state->mutex);
+    if (authorization != nullptr && state->handedOut.count(authorization) == 0) {
+        state->wrong("a script run with something that is no authorization any more");
+    }
     const OSStatus result =
         authorization == nullptr ? errAuthorizationInvalidRef : state->machine->executionResult;
     state->call("AuthorizationExecuteWithPrivileges(" + nameOf(authorization) + ", " + pathToTool +
@@ -73,10 +75,7 @@ OSStatus AuthorizationFree(AuthorizationRef authorization, AuthorizationFlags fl
     if (authorization == nullptr) {
         return errAuthorizationInvalidRef;
     }
-    if (state->gone(authorization->name, "freeing")) {
-        delete authorization;
-    }
-    return errAuthorizationSuccess;
+    return state->goneAt(authorization, "freeing") ? errAuthorizationSuccess : errAuthorizationInvalidRef;
 }
 
 OSErr Gestalt(OSType selector, SInt32* response)

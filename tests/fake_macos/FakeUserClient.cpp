@@ -17,6 +17,7 @@ namespace
 
 struct UserClient {
     void* table; // first, for a pointer to this is a pointer to the pointer to the table
+    void* tableAfterEnd;
     std::shared_ptr<MacState> state;
     DevicePointer device;
     std::string name;
@@ -28,10 +29,10 @@ UserClient& of(void* self) { return *static_cast<UserClient*>(self); }
 void destroy(void* self) { delete &of(self); }
 
 /// With one reference; wants the mutex held.
-UserClient* makeClient(void* table, const std::shared_ptr<MacState>& state, const DevicePointer& device,
-                       const std::string& name)
+UserClient* makeClient(void* table, void* tableAfterEnd, const std::shared_ptr<MacState>& state,
+                       const DevicePointer& device, const std::string& name)
 {
-    auto* const client = new UserClient{table, state, device, name};
+    auto* const client = new UserClient{table, tableAfterEnd, state, device, name};
     state->clients[client] = destroy;
     state->made(name);
     return client;
@@ -73,9 +74,21 @@ ULONG release(void* self)
     const ULONG left = --client.references;
     if (left == 0) {
         state->clients.erase(self);
-        destroy(self);
+        client.table = client.tableAfterEnd;
+        client.state.reset();
+        state->kept.push_back(std::shared_ptr<UserClient>(&client));
     }
     return left;
+}
+
+/// What stands in every slot of a client that has been given back for good.
+template <typename Result, typename... Arguments>
+Result afterTheEnd(void* self, Arguments... /*arguments*/)
+{
+    const auto state = mac();
+    const std::lock_guard lock(state->mutex);
+    state->wrong("a call of " + of(self).name + " after its end");
+    return Result();
 }
 
 /// Whether a request gets to the device.
@@ -159,6 +172,9 @@ IOReturn request(void* self, IOUSBDevRequest* transfer)
     Call call(self, text);
     transfer->wLenDone = 0;
     if (const IOReturn wrong = reach(client); wrong != kIOReturnSuccess) {
+        if (wrong == kIOReturnNotOpen) {
+            client.state->wrong("a request on " + client.name + ", which is not open");
+        }
         return wrong;
     }
     if (!client.device->behaviour.onRequest) {
@@ -186,9 +202,23 @@ IOUSBDeviceInterface deviceTable()
     return table;
 }
 
+IOUSBDeviceInterface deviceTableAfterTheEnd()
+{
+    IOUSBDeviceInterface table{};
+    table.AddRef = afterTheEnd<ULONG>;
+    table.Release = afterTheEnd<ULONG>;
+    table.USBDeviceOpen = afterTheEnd<IOReturn>;
+    table.USBDeviceClose = afterTheEnd<IOReturn>;
+    table.GetDeviceVendor = afterTheEnd<IOReturn, UInt16*>;
+    table.GetDeviceProduct = afterTheEnd<IOReturn, UInt16*>;
+    table.DeviceRequest = afterTheEnd<IOReturn, IOUSBDevRequest*>;
+    return table;
+}
+
 HRESULT queryInterface(void* self, REFIID iid, LPVOID* interface)
 {
     static IOUSBDeviceInterface table = deviceTable();
+    static IOUSBDeviceInterface ended = deviceTableAfterTheEnd();
     const UserClient& plugIn = of(self);
     const std::string place = plugIn.name.substr(plugIn.name.find_last_of(' ') + 1);
     const bool given = plugIn.device->behaviour.givesInterface && nameOf(iid) == "device interface";
@@ -197,7 +227,7 @@ HRESULT queryInterface(void* self, REFIID iid, LPVOID* interface)
     const Call call(self,
                     "QueryInterface(" + nameOf(iid) + ')' + (given ? " = " + name : "") + statusText(result));
     if (given) {
-        *interface = makeClient(&table, plugIn.state, plugIn.device, name);
+        *interface = makeClient(&table, &ended, plugIn.state, plugIn.device, name);
     }
     return result;
 }
@@ -211,12 +241,23 @@ IOCFPlugInInterface plugInTable()
     return table;
 }
 
+IOCFPlugInInterface plugInTableAfterTheEnd()
+{
+    IOCFPlugInInterface table{};
+    table.QueryInterface = afterTheEnd<HRESULT, REFIID, LPVOID*>;
+    table.AddRef = afterTheEnd<ULONG>;
+    table.Release = afterTheEnd<ULONG>;
+    return table;
+}
+
 } // namespace
 
 IOCFPlugInInterface** makePlugIn(const std::shared_ptr<MacState>& state, const DevicePointer& device)
 {
     static IOCFPlugInInterface table = plugInTable();
-    auto* const plugIn = makeClient(&table, state, device, "plug-in " + std::to_string(device->place));
+    static IOCFPlugInInterface ended = plugInTableAfterTheEnd();
+    auto* const plugIn =
+        makeClient(&table, &ended, state, device, "plug-in " + std::to_string(device->place));
     return reinterpret_cast<IOCFPlugInInterface**>(&plugIn->table);
 }
 

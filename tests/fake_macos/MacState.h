@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -57,7 +58,9 @@ struct MacState {
     std::vector<Notification> notifications;
     std::map<const void*, const void*> runLoopOfPort;
     std::map<void*, void (*)(void*)> clients; ///< plug-ins and interfaces, and how each is destroyed
-    std::vector<std::shared_ptr<void>> kept;  ///< what the system keeps until the process ends
+    std::set<const void*> handedOut;          ///< pointers that may still be given back
+    /// What the system keeps until the process ends, and what has been given back, so that its use can be told.
+    std::vector<std::shared_ptr<const void>> kept;
 
     // All of these want the mutex held.
 
@@ -66,6 +69,25 @@ struct MacState {
     /// "dictionary 1": the next of its kind.
     std::string nextName(const std::string& kind) { return kind + ' ' + std::to_string(++counted[kind]); }
     void made(const std::string& name) { ++alive[name]; }
+    /// The same for a thing that its users hold by a pointer.
+    template <typename Thing>
+    Thing* madeAt(Thing* thing)
+    {
+        made(thing->name);
+        handedOut.insert(thing);
+        return thing;
+    }
+    /// Gives such a thing back and keeps it aside; false, and written down, when it is none, or not there any more.
+    template <typename Thing>
+    bool goneAt(const Thing* thing, const std::string& how)
+    {
+        if (handedOut.erase(thing) == 0) {
+            wrong(how + " of something that is not there");
+            return false;
+        }
+        kept.push_back(std::shared_ptr<const Thing>(thing));
+        return gone(thing->name, how);
+    }
     /// Gives one reference back; false, and written down, when there is none.
     bool gone(const std::string& name, const std::string& how);
     io_object_t add(RegistryObject object);

@@ -58,6 +58,30 @@ TEST_F(CoreBundleTest, IsFoundByTheProgramsNameWhereTheSystemDoesNotTell)
     EXPECT_THAT(mac.alive(), IsEmpty());
 }
 
+TEST_F(CoreBundleTest, LosesEverySlashAtItsEndButTheOnlyOne)
+{
+    mac.bundlePath = "/Applications/Vornadel.app///";
+    EXPECT_EQ(coreBundle("").path, "/Applications/Vornadel.app");
+    mac.bundlePath = "///";
+    EXPECT_EQ(coreBundle("/a/b").path, "/");
+}
+
+TEST_F(CoreBundleTest, IsABundleByItsExtensionOnly)
+{
+    for (const char* path : {"/a/Vornadelapp", "/a/Vornadel.app/bin", "/a/Vornadel.application"}) {
+        mac.bundlePath = path;
+        EXPECT_FALSE(coreBundle("").bundled) << path;
+    }
+}
+
+TEST_F(CoreBundleTest, MayHaveALongPath)
+{
+    mac.bundlePath = "/" + std::string(4090, 'x') + ".app";
+    EXPECT_EQ(coreBundle("/a/b").path, mac.bundlePath);
+}
+
+TEST_F(CoreBundleTest, SurvivesAProgramWithoutAName) { EXPECT_EQ(coreBundle(nullptr).path, ""); }
+
 TEST_F(CoreBundleTest, IsNotCutShort)
 {
     mac.bundlePath = "/" + std::string(5000, 'x') + ".app";

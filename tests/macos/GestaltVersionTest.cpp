@@ -50,6 +50,14 @@ TEST_F(GestaltVersionTest, IsUnpackedUpToTenThree)
     EXPECT_EQ(version(), "10.0.0");
 }
 
+TEST_F(GestaltVersionTest, IsUnpackedDigitByDigitWhateverItIs)
+{
+    mac.gestalt[kPacked] = 0x0FAC;
+    EXPECT_EQ(version(), "15.10.12");
+    mac.gestalt[kPacked] = -1; // at most 10.3, as a number with a sign
+    EXPECT_EQ(version(), "165.15.15");
+}
+
 TEST_F(GestaltVersionTest, IsAskedForInThreeNumbersAfterwards)
 {
     mac.gestalt[kPacked] = 0x1040;

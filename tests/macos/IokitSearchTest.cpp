@@ -308,6 +308,40 @@ TEST_F(IokitSearch, ReturnsTheSystemsStatusUnchanged)
     EXPECT_EQ(Hub_ControlRequest(0xC0, 0xD8, 0, 0, 8, buffer.data()), 0U);
 }
 
+TEST_F(IokitSearch, TellsHowMuchWasMovedWhateverTheStatus)
+{
+    IOReturn status = kIOReturnSuccess;
+    mac.attach({with(kHub, [&](MacDevice& hub) {
+        hub.onRequest = [&](IOUSBDevRequest& transfer) {
+            transfer.wLenDone = 3;
+            return status;
+        };
+    })});
+    std::unique_ptr<UsbDevice> device;
+    const auto search = m_bus.search();
+    ASSERT_EQ(search->next(device), UsbSearch::Step::Device);
+    ASSERT_TRUE(device->open());
+    std::array<std::uint8_t, 8> buffer{};
+    ControlRequest request{0xC0, 0xD8, 0, 0, 8, buffer.data()};
+    EXPECT_EQ(device->control(request), 0U);
+    EXPECT_EQ(request.transferred, 3U);
+    status = static_cast<IOReturn>(0xE000404F);
+    request.transferred = 0;
+    EXPECT_EQ(device->control(request), 0xE000404FU);
+    EXPECT_EQ(request.transferred, 3U);
+}
+
+TEST_F(IokitSearch, TakesAnyResultButZeroForAFailure)
+{
+    mac.attach({with(kHub, [](MacDevice& hub) { hub.queryResult = 1; })});
+    EXPECT_FALSE(Hub_FindDevice());
+    EXPECT_EQ(LastError, 4);
+    mac.reclaim();
+    mac.matchingResult = 0x10000003; // of the kernel's messages, above zero
+    EXPECT_FALSE(Hub_FindDevice());
+    EXPECT_EQ(LastError, 2);
+}
+
 TEST_F(IokitSearch, AnswersNotFoundWithoutAHub)
 {
     EXPECT_EQ(Hub_ControlRequest(0x40, 0xE8, 0, 0, 0, nullptr),

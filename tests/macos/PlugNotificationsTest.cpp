@@ -195,18 +195,6 @@ TEST_F(PlugNotificationsTest, ReachNobodyAfterTheEndOfTheBus)
     EXPECT_THAT(m_events, IsEmpty());
 }
 
-TEST_F(PlugNotificationsTest, StillReachTheBusThatWatchedLastWhenAnEarlierOneEnds)
-{
-    auto earlier = std::make_unique<IokitBus>();
-    earlier->watch([](UsbEvent) { ADD_FAILURE() << "the earlier bus was told"; });
-    watch();
-    arm();
-    earlier.reset();
-    mac.plug({});
-    mac.turnRunLoop();
-    EXPECT_THAT(m_events, ElementsAre(UsbEvent::Attached));
-}
-
 TEST_F(PlugNotificationsTest, HaveNothingToTakeBeforeTheWatch)
 {
     EXPECT_EQ(take(UsbEvent::Attached), 0);

@@ -167,6 +167,33 @@ TEST_F(WindowOnAMac, FollowsTheHubAsItComesAndGoes)
     }
 }
 
+TEST_F(WindowOnAMac, MissesNothingThatComesDuringADetection)
+{
+    launch();
+    letTheRunAtTheStartEnd();
+    MacDevice hub = hubOfVersion(0x0101);
+    hub.onOpen = [this, first = true]() mutable {
+        if (first) {
+            first = false;
+            mac.plug({});
+            mac.turnRunLoop();
+        }
+        return kIOReturnSuccess;
+    };
+    mac.plug(hub);
+    mac.turnRunLoop();
+    settleEvents();
+    mac.unplug();
+    mac.unplug();
+    mac.turnRunLoop();
+    settleEvents();
+    mac.plug(hubOfVersion(0x0102));
+    mac.turnRunLoop();
+    settleEvents();
+    EXPECT_EQ(hubInfo(), "Detect Zel Hub : Success\nfwVer:0102")
+        << "its list was taken, and it reports again";
+}
+
 TEST_F(WindowOnAMac, FallsBackWhenTheSystemDoesNotTellItsVersion)
 {
     mac.gestaltErrors[gestaltSystemVersionMajor] = -5551;

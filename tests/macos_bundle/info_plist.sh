@@ -1,11 +1,12 @@
 #!/bin/bash
-# info_plist.sh BUNDLE SOURCE VERSION: the bundle's Info.plist is a property list, and says what a Mac has to know about
+# info_plist.sh BUNDLE SOURCE VERSION OLDEST: the bundle's Info.plist is a property list, and says what a Mac has to know about
 # the application.
 set -u
 
 bundle=$1
 plist=$bundle/Contents/Info.plist
 version=$3
+oldest=$4 # system
 failures=0
 
 complain() {
@@ -46,6 +47,5 @@ expect CFBundleDevelopmentRegion string en
 expect NSHighResolutionCapable true ''
 expect NSPrincipalClass string NSApplication
 [ "$(ask 'count(/plist/dict/key[contains(., "opyright")])')" = 0 ] || complain 'it claims a copyright'
-[[ $(ask "string(/plist/dict/key[.='LSMinimumSystemVersion']/following-sibling::*[1])") =~ ^[1-9][0-9]*(\.[0-9]+)+$ ]] ||
-    complain 'it does not say which system it needs'
+expect LSMinimumSystemVersion string "$oldest"
 [ "$failures" -eq 0 ]

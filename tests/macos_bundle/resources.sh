@@ -22,7 +22,6 @@ cmp "$source/packaging/macos/Vornadel.icns" "$resources/Vornadel.icns" || compla
 while IFS= read -r file; do
     cmp "$source/resources/macos/$file" "$resources/$file" || complain "$file is another"
 done < <(cd "$source/resources/macos" && find . -type f)
-while IFS= read -r file; do
-    [ -e "$source/resources/macos/$file" ] || [ ! -e "$resources/$file" ] || complain "$file is not for a Mac"
-done < <(cd "$source/resources/linux" && find . -type f)
+wanted=$({ cd "$source/resources" && find . -maxdepth 1 -type f; cd macos && find . -type f; echo ./Vornadel.icns; } | sort)
+[ "$(cd "$resources" && find . -type f | sort)" = "$wanted" ] || complain 'other files are there than belong there'
 [ "$failures" -eq 0 ]

@@ -220,6 +220,11 @@ takes_the_caller_from_sudo() {
     expect_refused 'belongs to another user'
     as_root_with 0 'SUDO_UID=4711 -o -name x' -- "$here/load"
     expect_refused 'who has called'
+    local number
+    for number in '' 4294967296 99999999999999999999; do # nobody, and more than there can be
+        as_root_with 0 "SUDO_UID=$number" -- "$here/load"
+        expect_refused ''
+    done
 }
 
 accepts_a_copy_of_roots() {
@@ -343,6 +348,10 @@ refuses_a_bundle_without_its_driver() {
 }
 
 refuses_a_damaged_bundle() {
+    sed -i 's,</string>,.other</string>,' "$bundle/Contents/Info.plist"
+    copy_bundle
+    run load
+    expect_refused "another driver than $identifier"
     sed -i 's/HubUpdaterDriver/AnotherDriver/' "$bundle/Contents/Info.plist"
     copy_bundle
     run load
@@ -441,20 +450,27 @@ COMMANDS
 }
 
 leaves_nothing_behind_when_ended() {
-    touch "$root/state/end_at/sw_vers"
-    run load
-    [ "$status" -ne 0 ] || complain 'it went on'
-    nothing_is_kept
+    local signal
+    for signal in HUP INT PIPE QUIT TERM; do
+        echo $signal >"$root/state/end_at/sw_vers"
+        run load
+        [ "$status" -eq 1 ] || complain "it did not end itself at $signal"
+        nothing_is_kept
+    done
     expect_equal "$(cat "$root/state/loaded")" ''
 }
 
 ends_what_it_has_begun() {
-    touch "$root/state/end_at/kextload" "$root/state/end_at/kextunload"
-    run load
-    expect_loaded
-    run unload
-    expect_equal "$status $(cat "$root/state/out")" "0 unload: $identifier is gone"
-    nothing_is_kept
+    local signal
+    for signal in HUP INT PIPE QUIT TERM; do
+        echo $signal >"$root/state/end_at/kextload"
+        echo $signal >"$root/state/end_at/kextunload"
+        run load
+        expect_loaded
+        run unload
+        expect_equal "$status $(cat "$root/state/out")" "0 unload: $identifier is gone"
+        nothing_is_kept
+    done
 }
 
 # --- unload ---------------------------------------------------------------------------------------------------------------

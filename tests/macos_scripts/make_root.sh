@@ -33,7 +33,7 @@ recorder() {
         printf '#!/machine/bin/dash -p\necho "%s $*" >>/state/calls\n' "$name"
         printf '[ ! -e /state/refuse/%s ] || { echo "%s: refused" >&2; exit 71; }\n' "$name" "$name"
         printf '[ "$PATH" = /usr/bin:/bin:/usr/sbin:/sbin ] || echo "PATH=$PATH" >>/state/illegal\nPATH=/machine/bin\n'
-        printf '[ ! -e /state/end_at/%s ] || kill -TERM "$PPID"\n' "$name"
+        printf '[ ! -e /state/end_at/%s ] || kill -s "$(cat /state/end_at/%s)" "$PPID"\n' "$name" "$name"
         cat
     } >"$root$path"
     chmod 755 "$root$path"

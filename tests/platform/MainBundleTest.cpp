@@ -34,6 +34,8 @@ TEST(MainBundle, IsTheProgramsFolderOutsideABundle)
     expectBundle("/usr/bin/Vornadel", "/usr/bin", false);
     expectBundle("/opt/Vornadel.app/Vornadel", "/opt/Vornadel.app", false);
     expectBundle("/opt/Vornadel.app/Contents/Vornadel", "/opt/Vornadel.app/Contents", false);
+    expectBundle("/opt/Vornadel.app/Contents/bin/Vornadel", "/opt/Vornadel.app/Contents/bin", false);
+    expectBundle("/opt/V.app.d/Contents/MacOS/Vornadel", "/opt/V.app.d/Contents/MacOS", false);
     expectBundle("/opt/Vornadel/Contents/MacOS/Vornadel", "/opt/Vornadel/Contents/MacOS", false);
     expectBundle("/opt/Vornadel.app/contents/MacOS/Vornadel", "/opt/Vornadel.app/contents/MacOS", false);
 }
