@@ -9,10 +9,10 @@ namespace vornadel
 
 class PlugNotifications;
 
-/// The system's USB by way of IOKit. Nothing is claimed and nothing kept between two searches.
+/// The system's USB by way of IOKit.
 ///
-/// A search that is not given back stays with the system to the end of the process, one small object each: only
-/// release() gives it back.
+/// Only release() gives the list of a search back. Without it the list stays with the system to the end of the process, one
+/// small object for each search.
 ///
 /// watch(), unwatch() and services() belong to one thread, the one whose run loop tells the events; the listener runs on
 /// it. The system is asked for notifications once, by the first watch(), and sends them until the process ends; unwatch()

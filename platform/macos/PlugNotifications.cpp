@@ -84,8 +84,10 @@ PlugNotifications::~PlugNotifications()
 
 void PlugNotifications::listen(UsbBus::Listener listener)
 {
-    receiver = this;
     m_listener = std::move(listener);
+    if (m_listener) {
+        receiver = this;
+    }
 }
 
 void PlugNotifications::tell(UsbEvent event) const

@@ -33,7 +33,8 @@ public:
     bool registered() const;
     UsbServices& services(UsbEvent event) { return event == UsbEvent::Attached ? m_added : m_removed; }
 
-    /// Has the notifications tell this listener from now on, and none of another object's. An empty one ends that.
+    /// Has the notifications tell this listener from now on, and none of another object's. An empty one ends that, and
+    /// leaves another object's alone.
     void listen(UsbBus::Listener listener);
     void tell(UsbEvent event) const;
 

@@ -195,6 +195,62 @@ TEST_F(PlugNotificationsTest, ReachNobodyAfterTheEndOfTheBus)
     EXPECT_THAT(m_events, IsEmpty());
 }
 
+TEST_F(PlugNotificationsTest, GoToTheListenerThatCameLast)
+{
+    watch();
+    arm();
+    int heard = 0;
+    m_bus.watch([&heard](UsbEvent) { ++heard; });
+    mac.plug({});
+    mac.turnRunLoop();
+    EXPECT_EQ(heard, 1);
+    EXPECT_THAT(m_events, IsEmpty());
+}
+
+TEST_F(PlugNotificationsTest, StayWithTheBusThatWatchedLastWhenAnEarlierOneEnds)
+{
+    auto earlier = std::make_unique<IokitBus>();
+    earlier->watch([](UsbEvent) { ADD_FAILURE() << "the earlier bus was told"; });
+    watch();
+    arm();
+    earlier.reset();
+    mac.plug({});
+    mac.turnRunLoop();
+    EXPECT_THAT(m_events, ElementsAre(UsbEvent::Attached));
+}
+
+TEST_F(PlugNotificationsTest, StayWithTheBusThatWatchedLastWhenAnEarlierOneEndsItsWatch)
+{
+    IokitBus earlier;
+    earlier.watch([](UsbEvent) { ADD_FAILURE() << "the earlier bus was told"; });
+    watch();
+    arm();
+    earlier.unwatch();
+    mac.plug({});
+    mac.turnRunLoop();
+    EXPECT_THAT(m_events, ElementsAre(UsbEvent::Attached));
+}
+
+TEST_F(PlugNotificationsTest, ComeBackToABusThatWatchesAgain)
+{
+    watch();
+    {
+        IokitBus other;
+        other.watch([](UsbEvent) {});
+    }
+    watch();
+    arm();
+    mac.plug({});
+    mac.turnRunLoop();
+    EXPECT_THAT(m_events, ElementsAre(UsbEvent::Attached));
+}
+
+TEST_F(PlugNotificationsTest, NeedNoWatchToBeUnwatched)
+{
+    m_bus.unwatch();
+    EXPECT_THAT(mac.calls(), IsEmpty());
+}
+
 TEST_F(PlugNotificationsTest, HaveNothingToTakeBeforeTheWatch)
 {
     EXPECT_EQ(take(UsbEvent::Attached), 0);

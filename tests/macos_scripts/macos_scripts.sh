@@ -19,12 +19,13 @@ cases='loads_what_lies_in_the_bundle loads_again_in_place_of_the_first loads_whe
     refuses_what_another_user_made refuses_a_bundle_without_its_driver refuses_a_damaged_bundle
     refuses_a_place_that_others_can_write_to says_when_the_system_takes_no_driver says_when_a_boot_argument_cannot_be_set
     says_when_something_cannot_be_told leaves_nothing_behind_when_ended ends_what_it_has_begun
-    unloads unloads_where_the_new_commands_are unloads_what_a_restart_has_left says_when_a_driver_cannot_be_unloaded
-    restarts says_when_there_is_no_restart want_root_and_no_arguments keep_the_rights_they_are_given'
+    unloads end_well_when_nobody_can_hear_them unloads_where_the_new_commands_are unloads_what_a_restart_has_left
+    says_when_a_driver_cannot_be_unloaded restarts says_when_there_is_no_restart want_root_and_no_arguments keep_the_rights_they_are_given'
 
 # shellcheck source=../support/own_root.sh
 . "${0%/*}/../support/own_root.sh"
 said_in=$root/state/err
+out=$root/state/out
 store=$root/private/var/db
 copy=$root/private/tmp/HubUpdaterDriver.kext
 # shellcheck source=make_root.sh
@@ -65,7 +66,7 @@ as_root_with() {
     shift
     : >"$root/state/calls"
     timeout 60 env -i "${variables[@]}" "$setpriv" --ruid "$user" "$chroot" "$root" "$@" \
-        >"$root/state/out" 2>"$said_in" </dev/null
+        >"$out" 2>"$said_in" </dev/null
     status=$?
     said=$(cat "$said_in")
     last=${said##*$'\n'}
@@ -485,6 +486,18 @@ unloads() {
     run unload
     expect_equal "$status $(cat "$root/state/out") $said" '0 unload: nothing is loaded '
     expect_calls 'kextstat -l' 'rm -rf /private/var/db/org.vornadel.driver.??????'
+}
+
+# What they have to tell is no reason to call their work a failure.
+end_well_when_nobody_can_hear_them() {
+    local out=/dev/full
+    run load
+    expect_equal "$status" 0
+    [ -s "$root/state/loaded" ] || complain 'nothing is loaded'
+    run unload
+    expect_equal "$status" 0
+    expect_equal "$(cat "$root/state/loaded")" ''
+    nothing_is_kept
 }
 
 unloads_where_the_new_commands_are() {
