@@ -12,7 +12,7 @@ here=$(dirname "$0")
 [ "$checker" = none ] || command -v valgrind >/dev/null || { echo "window_memory.sh: valgrind is not installed" >&2; exit 1; }
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-losses=definite,indirect # "possible" are the stacks of the libraries' threads that still run at the end
+losses=definite # what they alone point to is lost with them; "possible" are the stacks of threads that still run at the end
 failures=0
 
 # A program under the checker, which makes it end with another status when there is something to complain about.
