@@ -84,6 +84,10 @@ UsbTestbed::~UsbTestbed()
     while (!m_plugged.empty()) {
         unplug(std::string(m_plugged.begin()->first));
     }
+    for (const std::string& nodePath : m_left) {
+        GError* error = nullptr;
+        check(umockdev_testbed_detach_ioctl(m_testbed, nodePath.c_str(), &error) != 0, error);
+    }
     g_object_unref(m_testbed);
 }
 
@@ -123,8 +127,7 @@ void UsbTestbed::unplug(const std::string& port)
     plugged.node->vanish();
     umockdev_testbed_uevent(m_testbed, plugged.systemPath.c_str(), "remove");
     umockdev_testbed_remove_device(m_testbed, plugged.systemPath.c_str());
-    GError* error = nullptr;
-    check(umockdev_testbed_detach_ioctl(m_testbed, plugged.nodePath.c_str(), &error) != 0, error);
+    m_left.push_back(plugged.nodePath);
 }
 
 void UsbTestbed::join(const std::string& port, const std::string& otherPort, const std::string& deviceClass)

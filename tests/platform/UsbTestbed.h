@@ -46,6 +46,8 @@ private:
     UMockdevTestbed* m_testbed;
     std::vector<std::unique_ptr<SimulatedNode>> m_nodes; // those of the past too: open files still reach them
     std::map<std::string, Plugged> m_plugged;
+    // The handlers of these nodes stay to the end: a host that is just opening one would be cut off by an abort().
+    std::vector<std::string> m_left;
     unsigned m_lastAddress = 1; // 1 is the root hub's
 };
 
