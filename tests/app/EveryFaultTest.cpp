@@ -4,6 +4,7 @@
 
 #include "tests/app/ToolUnderTest.h"
 
+#include "flows/ScalarUpdate.h"
 #include "hub/HubTransport.h"
 #include "tests/flows/FaultyRun.h"
 
@@ -68,6 +69,7 @@ class EveryFault : public ToolUnderTest, public testing::WithParamInterface<Acti
 protected:
     void SetUp() override
     {
+        hubOptions.latency = SimulatedLatency::None;
         launchAndSettle();
         if (QPushButton* AppDelegate::*const select = GetParam().action->select) {
             const std::string path = writeFile("demo.bin", newFlash());
@@ -166,14 +168,18 @@ private:
         QPushButton* const button = tool().*action.button;
         EXPECT_TRUE(button->isEnabled());
         const Clock::Duration begun = clock().now();
+        const int endsBefore = ends;
+        const bool takesLeave = action.button == &AppDelegate::nsbtnUpdate_Scalar && !outcome.fails;
         QTest::mouseClick(button, Qt::LeftButton);
         EXPECT_TRUE(waitUntilEnabled());
+        EXPECT_TRUE(waitFor([&] { return ends == endsBefore + (takesLeave ? 1 : 0); }));
         settleEvents();
         EXPECT_TRUE(allSwitched(true));
         EXPECT_FALSE(Hub_IsOpen());
         const std::lock_guard lock(m_mutex);
         EXPECT_EQ(m_wire, asObserved(outcome.wire));
-        EXPECT_LE(clock().now() - begun, longestFor(m_wire) + 5s); // an unattended update's farewell
+        EXPECT_LE(clock().now() - begun, longestFor(m_wire) + (takesLeave ? kScalarFarewell : 0s));
+        EXPECT_EQ(ends, endsBefore + (takesLeave ? 1 : 0));
         expectShown(action.flow, outcome.fails);
     }
 
