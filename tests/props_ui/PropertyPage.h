@@ -71,6 +71,7 @@ protected:
     }
     QString cell(int row) { return it().tableView_objectValueForTableColumn_row(kValue, row); }
     std::uint8_t& byte(std::size_t offset) { return m_image.descriptor[offset]; }
+    qsizetype rowsAsked() const { return m_log.count("Enter numberOfRowsInTableView"); }
     ByteList allBytes() const { return bytesAt(m_image.data.get(), kLength); }
     TableViewController& it() { return *m_controller; }
 
