@@ -2,6 +2,7 @@
 
 #include "tests/fake_macos/FakeCoreFoundation.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <list>
@@ -143,11 +144,14 @@ Boolean CFURLGetFileSystemRepresentation(CFURLRef url, Boolean absolute, UInt8* 
     const std::lock_guard lock(state->mutex);
     state->call("CFURLGetFileSystemRepresentation(" + url->name + ", " +
                 (absolute != 0 ? "absolute" : "as it is") + ')');
-    if (!url->hasPath || url->path.size() >= static_cast<std::size_t>(size)) {
-        return 0;
+    if (state->handedOut.count(url) == 0) {
+        state->wrong("the path of " + url->name + ", which is not there");
     }
-    std::memcpy(buffer, url->path.c_str(), url->path.size() + 1);
-    return 1;
+    const std::size_t room = static_cast<std::size_t>(size) - 1;
+    const std::size_t fits = std::min(url->path.size(), room);
+    std::memcpy(buffer, url->path.data(), fits); // whatever the answer: a refusal leaves it as it comes
+    buffer[fits] = 0;
+    return url->hasPath && fits == url->path.size() ? 1 : 0;
 }
 
 CFRunLoopRef CFRunLoopGetCurrent()
@@ -169,7 +173,9 @@ void CFRunLoopAddSource(CFRunLoopRef runLoop, CFRunLoopSourceRef source, CFRunLo
         state->wrong("a run loop given no source");
         return;
     }
-    state->runLoopOfPort[source->port] = runLoop;
+    if (mode == kCFRunLoopDefaultMode) { // the only one in which a turn is made
+        state->runLoopOfPort[source->port] = runLoop;
+    }
 }
 
 CFUUIDRef CFUUIDGetConstantUUIDWithBytes(CFAllocatorRef /*allocator*/, UInt8 byte0, UInt8 byte1, UInt8 byte2,

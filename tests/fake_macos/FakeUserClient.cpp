@@ -140,7 +140,7 @@ IOReturn closeDevice(void* self)
         return kIOReturnNotOpen;
     }
     device.holder = nullptr;
-    return kIOReturnSuccess;
+    return device.present ? kIOReturnSuccess : kIOReturnNoDevice;
 }
 
 IOReturn getVendor(void* self, UInt16* value)

@@ -1,4 +1,5 @@
-// What the fake says of callers that do wrong. Each of these is what a back end with one line too many would do.
+// What the fake says of callers that do wrong. Each of these is what a back end with one line too many, one too few or two in
+// the wrong order would do.
 
 #include "tests/fake_macos/FakeMacos.h"
 
@@ -10,13 +11,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <string>
+
 namespace vornadel::test
 {
 namespace
 {
 
+using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Not;
 
 constexpr mach_port_t kMainPort = 0;
 
@@ -27,198 +31,389 @@ public:
     FakeMisuse() { mac.attach({MacDevice{.vendorId = 1, .productId = 2}}); }
 
 protected:
-    static IOCFPlugInInterface** plugIn()
+    static io_iterator_t search()
     {
         io_iterator_t list = 0;
         IOServiceGetMatchingServices(kMainPort, IOServiceMatching("IOUSBDevice"), &list);
-        const io_service_t s = IOIteratorNext(list);
-        IOCFPlugInInterface** p = nullptr;
-        SInt32 score = 0;
-        IOCreatePlugInInterfaceForService(s, kIOUSBDeviceUserClientTypeID, kIOCFPlugInInterfaceID, &p,
-                                          &score);
-        IOObjectRelease(s);
+        return list;
+    }
+
+    static io_service_t service()
+    {
+        const io_iterator_t list = search();
+        const io_service_t first = IOIteratorNext(list);
         IOObjectRelease(list);
-        return p;
+        return first;
+    }
+
+    static IOCFPlugInInterface** plugInFor(io_service_t service)
+    {
+        IOCFPlugInInterface** plugIn = nullptr;
+        SInt32 score = 0;
+        IOCreatePlugInInterfaceForService(service, kIOUSBDeviceUserClientTypeID, kIOCFPlugInInterfaceID,
+                                          &plugIn, &score);
+        return plugIn;
+    }
+
+    static IOCFPlugInInterface** plugIn()
+    {
+        const io_service_t first = service();
+        IOCFPlugInInterface** const made = plugInFor(first);
+        IOObjectRelease(first);
+        return made;
     }
 
     static IOUSBDeviceInterface** device()
     {
-        IOCFPlugInInterface** p = plugIn();
-        void* d = nullptr;
-        (*p)->QueryInterface(p, CFUUIDGetUUIDBytes(kIOUSBDeviceInterfaceID), &d);
-        (*p)->Release(p);
-        return static_cast<IOUSBDeviceInterface**>(d);
+        IOCFPlugInInterface** const from = plugIn();
+        void* interface = nullptr;
+        (*from)->QueryInterface(from, CFUUIDGetUUIDBytes(kIOUSBDeviceInterfaceID), &interface);
+        (*from)->Release(from);
+        return static_cast<IOUSBDeviceInterface**>(interface);
+    }
+
+    static AuthorizationRef authorization()
+    {
+        AuthorizationRef made = nullptr;
+        AuthorizationCreate(nullptr, kAuthorizationEmptyEnvironment, kAuthorizationFlagDefaults, &made);
+        return made;
+    }
+
+    /// The fake has said this and nothing else, and nothing was left over.
+    void expectMisuse(const std::string& what)
+    {
+        EXPECT_THAT(mac.misuse(), ElementsAre(what));
+        EXPECT_THAT(mac.alive(), IsEmpty());
     }
 
     FakeMacos mac;
 };
 
+TEST_F(FakeMisuse, NothingOfAllThatIsRight)
+{
+    IOUSBDeviceInterface** const interface = device();
+    IOUSBDevRequest request{};
+    (*interface)->USBDeviceOpen(interface);
+    (*interface)->DeviceRequest(interface, &request);
+    (*interface)->USBDeviceClose(interface);
+    (*interface)->Release(interface);
+    AuthorizationFree(authorization(), kAuthorizationFlagDefaults);
+    EXPECT_THAT(mac.misuse(), IsEmpty());
+    EXPECT_THAT(mac.alive(), IsEmpty());
+}
+
 TEST_F(FakeMisuse, DictionaryReleasedAfterTheSearchUsedItUp)
 {
-    CFMutableDictionaryRef d = IOServiceMatching("IOUSBDevice");
-    io_iterator_t l = 0;
-    IOServiceGetMatchingServices(kMainPort, d, &l);
-    CFRelease(d);
-    EXPECT_THAT(mac.misuse(), Not(IsEmpty()));
+    const CFMutableDictionaryRef dictionary = IOServiceMatching("IOUSBDevice");
+    io_iterator_t list = 0;
+    IOServiceGetMatchingServices(kMainPort, dictionary, &list);
+    IOObjectRelease(list);
+    CFRelease(dictionary);
+    expectMisuse("CFRelease of something that is not there, or is no caller's to release");
+}
+
+TEST_F(FakeMisuse, DictionaryReleasedAfterARefusedSearchUsedItUp)
+{
+    mac.matchingResult = kIOReturnError;
+    const CFMutableDictionaryRef dictionary = IOServiceMatching("IOUSBDevice");
+    io_iterator_t list = 0;
+    IOServiceGetMatchingServices(kMainPort, dictionary, &list);
+    CFRelease(dictionary);
+    expectMisuse("CFRelease of something that is not there, or is no caller's to release");
 }
 
 TEST_F(FakeMisuse, DictionaryUsedTwice)
 {
-    CFMutableDictionaryRef d = IOServiceMatching("IOUSBDevice");
-    io_iterator_t l = 0;
-    IOServiceGetMatchingServices(kMainPort, d, &l);
-    IOServiceGetMatchingServices(kMainPort, d, &l);
-    EXPECT_THAT(mac.misuse(), Not(IsEmpty()));
+    const CFMutableDictionaryRef dictionary = IOServiceMatching("IOUSBDevice");
+    for (int i = 0; i < 2; ++i) {
+        io_iterator_t list = 0;
+        IOServiceGetMatchingServices(kMainPort, dictionary, &list);
+        IOObjectRelease(list);
+    }
+    expectMisuse("use of something that is not there");
 }
 
-TEST_F(FakeMisuse, PlugInReleasedTwice)
+TEST_F(FakeMisuse, NothingReleased)
 {
-    IOCFPlugInInterface** p = plugIn();
-    (*p)->Release(p);
-    (*p)->Release(p);
-    EXPECT_THAT(mac.misuse(), Not(IsEmpty()));
+    CFRelease(nullptr);
+    expectMisuse("CFRelease of nothing");
 }
 
-TEST_F(FakeMisuse, PlugInQueriedAfterItsEnd)
+TEST_F(FakeMisuse, ServiceReleasedTwice)
 {
-    IOCFPlugInInterface** p = plugIn();
-    (*p)->Release(p);
-    void* d = nullptr;
-    (*p)->QueryInterface(p, CFUUIDGetUUIDBytes(kIOUSBDeviceInterfaceID), &d);
-    EXPECT_THAT(mac.misuse(), Not(IsEmpty()));
+    const io_service_t first = service();
+    IOObjectRelease(first);
+    IOObjectRelease(first);
+    expectMisuse("release of something unknown");
 }
 
-TEST_F(FakeMisuse, InterfaceReleasedTwice)
+TEST_F(FakeMisuse, ServiceReleasedBeforeItsPlugInIsMade)
 {
-    auto d = device();
-    (*d)->Release(d);
-    (*d)->Release(d);
-    EXPECT_THAT(mac.misuse(), Not(IsEmpty()));
-}
-
-TEST_F(FakeMisuse, InterfaceAskedAfterItsEnd)
-{
-    auto d = device();
-    (*d)->Release(d);
-    UInt16 v = 0;
-    (*d)->GetDeviceVendor(d, &v);
-    EXPECT_THAT(mac.misuse(), Not(IsEmpty()));
-}
-
-TEST_F(FakeMisuse, InterfaceOpenedAfterItsEnd)
-{
-    auto d = device();
-    (*d)->Release(d);
-    (*d)->USBDeviceOpen(d);
-    EXPECT_THAT(mac.misuse(), Not(IsEmpty()));
-}
-
-TEST_F(FakeMisuse, ReleasedWhileOpen)
-{
-    auto d = device();
-    (*d)->USBDeviceOpen(d);
-    (*d)->Release(d);
-    EXPECT_THAT(mac.misuse(), Not(IsEmpty()));
-}
-
-TEST_F(FakeMisuse, RequestWithoutOpen)
-{
-    auto d = device();
-    IOUSBDevRequest r{};
-    (*d)->DeviceRequest(d, &r);
-    (*d)->Release(d);
-    EXPECT_THAT(mac.misuse(), Not(IsEmpty()));
-}
-
-TEST_F(FakeMisuse, IteratorReleasedTwice)
-{
-    io_iterator_t l = 0;
-    IOServiceGetMatchingServices(kMainPort, IOServiceMatching("IOUSBDevice"), &l);
-    IOObjectRelease(l);
-    IOObjectRelease(l);
-    EXPECT_THAT(mac.misuse(), Not(IsEmpty()));
-}
-
-TEST_F(FakeMisuse, IteratorUsedAfterItsEnd)
-{
-    io_iterator_t l = 0;
-    IOServiceGetMatchingServices(kMainPort, IOServiceMatching("IOUSBDevice"), &l);
-    IOObjectRelease(l);
-    IOIteratorNext(l);
-    EXPECT_THAT(mac.misuse(), Not(IsEmpty()));
-}
-
-TEST_F(FakeMisuse, ListOfANotificationReleased)
-{
-    io_iterator_t l = 0;
-    IONotificationPortRef p = IONotificationPortCreate(kMainPort);
-    IOServiceAddMatchingNotification(
-        p, kIOFirstMatchNotification, IOServiceMatching("IOUSBDevice"), [](void*, io_iterator_t) {}, nullptr,
-        &l);
-    IOObjectRelease(l);
-    mac.plug({});
-    EXPECT_THAT(mac.misuse(), IsEmpty()) << "whoever does that is told no more";
+    const io_service_t first = service();
+    IOObjectRelease(first);
+    EXPECT_EQ(plugInFor(first), nullptr);
+    expectMisuse("a plug-in for something unknown");
 }
 
 TEST_F(FakeMisuse, PlugInForAnIterator)
 {
-    io_iterator_t l = 0;
-    IOServiceGetMatchingServices(kMainPort, IOServiceMatching("IOUSBDevice"), &l);
-    IOCFPlugInInterface** p = nullptr;
-    SInt32 s = 0;
-    IOCreatePlugInInterfaceForService(l, kIOUSBDeviceUserClientTypeID, kIOCFPlugInInterfaceID, &p, &s);
-    EXPECT_THAT(mac.misuse(), Not(IsEmpty()));
+    const io_iterator_t list = search();
+    EXPECT_EQ(plugInFor(list), nullptr);
+    IOObjectRelease(list);
+    expectMisuse("a plug-in for iterator 1");
+}
+
+TEST_F(FakeMisuse, PlugInReleasedTwice)
+{
+    IOCFPlugInInterface** const made = plugIn();
+    (*made)->Release(made);
+    (*made)->Release(made);
+    expectMisuse("a call of plug-in 0 after its end");
+}
+
+TEST_F(FakeMisuse, PlugInQueriedAfterItsEnd)
+{
+    IOCFPlugInInterface** const made = plugIn();
+    (*made)->Release(made);
+    void* interface = nullptr;
+    (*made)->QueryInterface(made, CFUUIDGetUUIDBytes(kIOUSBDeviceInterfaceID), &interface);
+    EXPECT_EQ(interface, nullptr);
+    expectMisuse("a call of plug-in 0 after its end");
+}
+
+TEST_F(FakeMisuse, InterfaceReleasedTwice)
+{
+    IOUSBDeviceInterface** const interface = device();
+    (*interface)->Release(interface);
+    (*interface)->Release(interface);
+    expectMisuse("a call of interface 0 after its end");
+}
+
+TEST_F(FakeMisuse, InterfaceAskedAfterItsEnd)
+{
+    IOUSBDeviceInterface** const interface = device();
+    (*interface)->Release(interface);
+    UInt16 id = 0;
+    (*interface)->GetDeviceVendor(interface, &id);
+    EXPECT_EQ(id, 0);
+    expectMisuse("a call of interface 0 after its end");
+}
+
+TEST_F(FakeMisuse, InterfaceOpenedAfterItsEnd)
+{
+    IOUSBDeviceInterface** const interface = device();
+    (*interface)->Release(interface);
+    (*interface)->USBDeviceOpen(interface);
+    expectMisuse("a call of interface 0 after its end");
+}
+
+TEST_F(FakeMisuse, InterfaceReleasedWhileOpen)
+{
+    IOUSBDeviceInterface** const interface = device();
+    (*interface)->USBDeviceOpen(interface);
+    (*interface)->Release(interface);
+    expectMisuse("interface 0 released while it was open");
+}
+
+TEST_F(FakeMisuse, InterfaceOpenedTwice)
+{
+    IOUSBDeviceInterface** const interface = device();
+    (*interface)->USBDeviceOpen(interface);
+    EXPECT_EQ((*interface)->USBDeviceOpen(interface), kIOReturnExclusiveAccess);
+    (*interface)->USBDeviceClose(interface);
+    (*interface)->Release(interface);
+    expectMisuse("interface 0 opened twice");
+}
+
+TEST_F(FakeMisuse, InterfaceClosedWithoutOpen)
+{
+    IOUSBDeviceInterface** const interface = device();
+    EXPECT_EQ((*interface)->USBDeviceClose(interface), kIOReturnNotOpen);
+    (*interface)->Release(interface);
+    expectMisuse("interface 0 closed while it was not open");
+}
+
+TEST_F(FakeMisuse, RequestWithoutOpen)
+{
+    IOUSBDeviceInterface** const interface = device();
+    IOUSBDevRequest request{};
+    EXPECT_EQ((*interface)->DeviceRequest(interface, &request), kIOReturnNotOpen);
+    (*interface)->Release(interface);
+    expectMisuse("a request on interface 0, which is not open");
+}
+
+TEST_F(FakeMisuse, IteratorReleasedTwice)
+{
+    const io_iterator_t list = search();
+    IOObjectRelease(list);
+    IOObjectRelease(list);
+    expectMisuse("release of something unknown");
+}
+
+TEST_F(FakeMisuse, IteratorUsedAfterItsEnd)
+{
+    const io_iterator_t list = search();
+    IOObjectRelease(list);
+    EXPECT_EQ(IOIteratorNext(list), IO_OBJECT_NULL);
+    expectMisuse("IOIteratorNext of something unknown");
+}
+
+TEST_F(FakeMisuse, ServiceTakenForAnIterator)
+{
+    const io_service_t first = service();
+    EXPECT_EQ(IOIteratorNext(first), IO_OBJECT_NULL);
+    IOObjectRelease(first);
+    expectMisuse("IOIteratorNext of service 0");
 }
 
 TEST_F(FakeMisuse, AuthorizationFreedTwice)
 {
-    AuthorizationRef a = nullptr;
-    AuthorizationCreate(nullptr, nullptr, 0, &a);
-    AuthorizationFree(a, 0);
-    AuthorizationFree(a, 0);
-    EXPECT_THAT(mac.misuse(), Not(IsEmpty()));
+    const AuthorizationRef made = authorization();
+    AuthorizationFree(made, kAuthorizationFlagDefaults);
+    EXPECT_EQ(AuthorizationFree(made, kAuthorizationFlagDefaults), errAuthorizationInvalidRef);
+    expectMisuse("freeing of something that is not there");
 }
 
 TEST_F(FakeMisuse, AuthorizationUsedAfterItsEnd)
 {
-    AuthorizationRef a = nullptr;
-    AuthorizationCreate(nullptr, nullptr, 0, &a);
-    AuthorizationFree(a, 0);
-    char* none[] = {nullptr};
+    const AuthorizationRef made = authorization();
+    AuthorizationFree(made, kAuthorizationFlagDefaults);
+    char* noArguments[] = {nullptr};
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
-    AuthorizationExecuteWithPrivileges(a, "/x", 0, none, nullptr);
+    AuthorizationExecuteWithPrivileges(made, "/x", kAuthorizationFlagDefaults, noArguments, nullptr);
 #pragma GCC diagnostic pop
-    EXPECT_THAT(mac.misuse(), Not(IsEmpty()));
+    expectMisuse("a script run with something that is no authorization any more");
 }
 
 TEST_F(FakeMisuse, UrlReleasedTwice)
 {
     mac.bundlePath = "/x";
-    CFURLRef u = CFBundleCopyBundleURL(CFBundleGetMainBundle());
-    CFRelease(u);
-    CFRelease(u);
-    EXPECT_THAT(mac.misuse(), Not(IsEmpty()));
+    const CFURLRef url = CFBundleCopyBundleURL(CFBundleGetMainBundle());
+    CFRelease(url);
+    CFRelease(url);
+    expectMisuse("CFRelease of something that is not there, or is no caller's to release");
+}
+
+TEST_F(FakeMisuse, UrlReadAfterItsEnd)
+{
+    mac.bundlePath = "/x";
+    const CFURLRef url = CFBundleCopyBundleURL(CFBundleGetMainBundle());
+    CFRelease(url);
+    std::array<UInt8, 16> path{};
+    CFURLGetFileSystemRepresentation(url, 1, path.data(), path.size());
+    expectMisuse("the path of url 1, which is not there");
+}
+
+TEST_F(FakeMisuse, UrlOfNoBundle)
+{
+    EXPECT_EQ(CFBundleCopyBundleURL(nullptr), nullptr);
+    expectMisuse("the URL of no bundle");
 }
 
 TEST_F(FakeMisuse, MainBundleReleased)
 {
     mac.bundlePath = "/x";
     CFRelease(CFBundleGetMainBundle());
-    EXPECT_THAT(mac.misuse(), Not(IsEmpty()));
-}
-
-TEST_F(FakeMisuse, SourceReleased)
-{
-    IONotificationPortRef p = IONotificationPortCreate(kMainPort);
-    CFRelease(IONotificationPortGetRunLoopSource(p));
-    EXPECT_THAT(mac.misuse(), Not(IsEmpty()));
+    expectMisuse("CFRelease of something that is not there, or is no caller's to release");
 }
 
 TEST_F(FakeMisuse, UuidReleased)
 {
     CFRelease(kIOUSBDeviceInterfaceID);
-    EXPECT_THAT(mac.misuse(), Not(IsEmpty()));
+    expectMisuse("CFRelease of something that is not there, or is no caller's to release");
 }
+
+TEST_F(FakeMisuse, SourceAskedOfNoPort)
+{
+    EXPECT_EQ(IONotificationPortGetRunLoopSource(nullptr), nullptr);
+    expectMisuse("the source of no port");
+}
+
+TEST_F(FakeMisuse, RunLoopGivenNoSource)
+{
+    CFRunLoopAddSource(CFRunLoopGetCurrent(), nullptr, kCFRunLoopDefaultMode);
+    expectMisuse("a run loop given no source");
+}
+
+/// A Mac whose devices a program watches, and one that comes.
+class FakeNotification : public FakeMisuse
+{
+protected:
+    /// Registers, with the source of the port in a mode of the run loop.
+    void watch(CFRunLoopMode mode)
+    {
+        const IONotificationPortRef port = IONotificationPortCreate(kMainPort);
+        CFRunLoopAddSource(CFRunLoopGetCurrent(), IONotificationPortGetRunLoopSource(port), mode);
+        IOServiceAddMatchingNotification(
+            port, kIOFirstMatchNotification, IOServiceMatching("IOUSBDevice"),
+            [](void* told, io_iterator_t /*list*/) { ++*static_cast<int*>(told); }, &m_told, &m_list);
+    }
+
+    void arm() const
+    {
+        while (const io_service_t each = IOIteratorNext(m_list)) {
+            IOObjectRelease(each);
+        }
+    }
+
+    int toldOfADevice()
+    {
+        mac.plug({});
+        mac.turnRunLoop();
+        return m_told;
+    }
+
+    io_iterator_t m_list = 0;
+    int m_told = 0;
+};
+
+TEST_F(FakeNotification, ComesWhenItsListWasTaken)
+{
+    watch(kCFRunLoopDefaultMode);
+    arm();
+    EXPECT_EQ(toldOfADevice(), 1);
+    EXPECT_THAT(mac.misuse(), IsEmpty());
+}
+
+TEST_F(FakeNotification, NeverComesWhenItsListIsNotTaken)
+{
+    watch(kCFRunLoopDefaultMode);
+    EXPECT_EQ(toldOfADevice(), 0);
+}
+
+TEST_F(FakeNotification, NeverComesWhenItsListIsGivenBack)
+{
+    watch(kCFRunLoopDefaultMode);
+    arm();
+    IOObjectRelease(m_list);
+    EXPECT_EQ(toldOfADevice(), 0);
+    EXPECT_THAT(mac.misuse(), IsEmpty());
+}
+
+TEST_F(FakeNotification, NeverComesInAnotherMode)
+{
+    watch(nullptr);
+    arm();
+    EXPECT_EQ(toldOfADevice(), 0);
+}
+
+TEST_F(FakeNotification, WantsAPort)
+{
+    const CFMutableDictionaryRef dictionary = IOServiceMatching("IOUSBDevice");
+    EXPECT_EQ(IOServiceAddMatchingNotification(nullptr, kIOFirstMatchNotification, dictionary, nullptr,
+                                               nullptr, &m_list),
+              kIOReturnBadArgument);
+    CFRelease(dictionary);
+    expectMisuse("a notification without a port");
+}
+
+TEST_F(FakeNotification, GivesItsSourceNoCallerToRelease)
+{
+    CFRelease(IONotificationPortGetRunLoopSource(IONotificationPortCreate(kMainPort)));
+    EXPECT_THAT(mac.misuse(),
+                ElementsAre("CFRelease of something that is not there, or is no caller's to release"));
+}
+
 } // namespace
 } // namespace vornadel::test
