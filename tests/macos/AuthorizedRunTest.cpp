@@ -42,7 +42,7 @@ TEST_P(EachScript, IsRunByTheseCalls)
 INSTANTIATE_TEST_SUITE_P(Scripts, EachScript, testing::Values("load", "unload", "reboot"),
                          [](const testing::TestParamInfo<const char*>& script) { return script.param; });
 
-TEST_F(AuthorizedRunTest, TellsARefusalFromNothing)
+TEST_F(AuthorizedRunTest, TakesARefusalForAStart)
 {
     mac.executionResult = errAuthorizationCanceled;
     EXPECT_TRUE(m_run.start("/x/load"));

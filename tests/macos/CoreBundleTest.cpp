@@ -28,15 +28,6 @@ TEST_F(CoreBundleTest, IsTheMainBundleByTheseCalls)
     EXPECT_THAT(mac.alive(), IsEmpty());
 }
 
-TEST_F(CoreBundleTest, LosesASlashAtItsEnd)
-{
-    mac.bundlePath = "/Applications/Vornadel.app/";
-    EXPECT_EQ(coreBundle("").path, "/Applications/Vornadel.app");
-    EXPECT_TRUE(coreBundle("").bundled);
-    mac.bundlePath = "/";
-    EXPECT_EQ(coreBundle("").path, "/");
-}
-
 TEST_F(CoreBundleTest, IsTheProgramsFolderOutsideABundle)
 {
     mac.bundlePath = "/usr/local/bin";
@@ -60,10 +51,15 @@ TEST_F(CoreBundleTest, IsFoundByTheProgramsNameWhereTheSystemDoesNotTell)
 
 TEST_F(CoreBundleTest, LosesEverySlashAtItsEndButTheOnlyOne)
 {
-    mac.bundlePath = "/Applications/Vornadel.app///";
-    EXPECT_EQ(coreBundle("").path, "/Applications/Vornadel.app");
-    mac.bundlePath = "///";
-    EXPECT_EQ(coreBundle("/a/b").path, "/");
+    for (const char* path : {"/Applications/Vornadel.app/", "/Applications/Vornadel.app///"}) {
+        mac.bundlePath = path;
+        EXPECT_EQ(coreBundle("").path, "/Applications/Vornadel.app") << path;
+        EXPECT_TRUE(coreBundle("").bundled) << path;
+    }
+    for (const char* path : {"/", "///"}) {
+        mac.bundlePath = path;
+        EXPECT_EQ(coreBundle("/a/b").path, "/") << path;
+    }
 }
 
 TEST_F(CoreBundleTest, IsABundleByItsExtensionOnly)

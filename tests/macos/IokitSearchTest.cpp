@@ -28,6 +28,8 @@ constexpr std::uint16_t kHighSpeed = 0x0002;
 const MacDevice kHub{.vendorId = kVendor, .productId = kSuperSpeed};
 const MacDevice kStranger{.vendorId = 0x2222, .productId = kSuperSpeed};
 
+constexpr kern_return_t kSendFailed = 0x10000003; // of the kernel's messages, above zero
+
 MacDevice with(MacDevice device, const std::function<void(MacDevice&)>& change)
 {
     change(device);
@@ -51,12 +53,17 @@ public:
     }
 
 protected:
-    static Calls searchBegins()
+    /// `search` counts the searches from 1 on.
+    static Calls searchBegins(int search = 1)
     {
-        return {"IOServiceMatching(\"IOUSBDevice\") = dictionary 1",
-                "IOServiceGetMatchingServices(main port, dictionary 1) = iterator 1"};
+        const std::string number = std::to_string(search);
+        return {"IOServiceMatching(\"IOUSBDevice\") = dictionary " + number,
+                "IOServiceGetMatchingServices(main port, dictionary " + number + ") = iterator " + number};
     }
-    static Calls step(int place) { return callsUpToTheInterface("iterator 1", place); }
+    static Calls step(int place, int search = 1)
+    {
+        return callsUpToTheInterface("iterator " + std::to_string(search), place);
+    }
     static Calls idsRead(int place)
     {
         const std::string interface = "interface " + std::to_string(place);
@@ -65,18 +72,32 @@ protected:
     static Calls released(int place) { return {"interface " + std::to_string(place) + " Release"}; }
     static Calls opened(int place)
     {
-        const std::string interface = "interface " + std::to_string(place);
-        return {interface + " USBDeviceOpen", interface + " DeviceRequest(40 02 0001 1209 0000)"};
+        return {"interface " + std::to_string(place) + " USBDeviceOpen", greeting(place)};
     }
 
-    /// Both searches pass such a device by and go on to the hub behind it.
-    void expectPassedBy(const MacDevice& device, const Calls& calls, int code)
+    /// Both searches pass such a device by, with these calls after it was met, and go on to the hub behind it. Each leaves
+    /// `left` with the system.
+    void expectPassedBy(const MacDevice& device, const Calls& calls, int code, const Calls& left = {})
     {
         mac.attach({device, kHub});
         EXPECT_TRUE(Hub_FindDevice());
         EXPECT_EQ(LastError, code);
-        EXPECT_EQ(mac.calls(), oneAfterTheOther(searchBegins(), calls, step(1), idsRead(1), released(1),
-                                                Calls{"IOObjectRelease(iterator 1)"}));
+        EXPECT_EQ(mac.calls(),
+                  oneAfterTheOther(searchBegins(1), Calls{"IOIteratorNext(iterator 1) = service 0"}, calls,
+                                   step(1, 1), idsRead(1), released(1),
+                                   Calls{"IOObjectRelease(iterator 1)"}));
+        EXPECT_EQ(mac.alive(), left);
+
+        mac.forgetCalls();
+        LastError = 0;
+        EXPECT_TRUE(Hub_OpenDevice());
+        EXPECT_EQ(LastError, code);
+        EXPECT_EQ(mac.calls(),
+                  oneAfterTheOther(searchBegins(2), Calls{"IOIteratorNext(iterator 2) = service 0"}, calls,
+                                   step(1, 2), idsRead(1), opened(1)));
+        Hub_CloseDevice();
+        EXPECT_EQ(mac.alive(), oneAfterTheOther(Calls{"iterator 2"}, left, left));
+        mac.reclaim();
     }
 
     IokitBus m_bus;
@@ -157,6 +178,20 @@ TEST_F(IokitSearch, ClosesAndThenReleases)
     EXPECT_THAT(mac.alive(), ElementsAre("iterator 1"));
 }
 
+TEST_F(IokitSearch, ReleasesAlsoAHubThatHasLeft)
+{
+    mac.attach({kHub});
+    ASSERT_TRUE(Hub_OpenDevice());
+    mac.unplug();
+    mac.forgetCalls();
+    EXPECT_EQ(Hub_ControlRequest(0x40, 0xE8, 0, 0, 0, nullptr),
+              static_cast<std::uint32_t>(kIOReturnNoDevice));
+    Hub_CloseDevice(); // which the system refuses
+    EXPECT_THAT(mac.calls(), ElementsAre("interface 0 DeviceRequest(40 E8 0000 0000 0000)",
+                                         "interface 0 USBDeviceClose", "interface 0 Release"));
+    EXPECT_THAT(mac.alive(), ElementsAre("iterator 1"));
+}
+
 TEST_F(IokitSearch, HasCodeTwoWhenThereIsNoList)
 {
     mac.attach({kHub});
@@ -166,9 +201,13 @@ TEST_F(IokitSearch, HasCodeTwoWhenThereIsNoList)
     EXPECT_FALSE(Hub_FindDevice());
     EXPECT_EQ(LastError, 2);
     EXPECT_EQ(mac.calls(), refused);
+    mac.forgetCalls();
     LastError = 0;
     EXPECT_FALSE(Hub_OpenDevice());
     EXPECT_EQ(LastError, 2);
+    EXPECT_THAT(mac.calls(),
+                ElementsAre("IOServiceMatching(\"IOUSBDevice\") = dictionary 2",
+                            "IOServiceGetMatchingServices(main port, dictionary 2) = 0xE00002BD"));
     EXPECT_THAT(mac.alive(), IsEmpty());
 }
 
@@ -189,23 +228,26 @@ TEST_F(IokitSearch, PassesByADeviceWithoutAPlugIn)
                  hub.givesPlugIn = false;
                  hub.plugInResult = kIOReturnNoMemory;
              }),
-        {"IOIteratorNext(iterator 1) = service 0",
-         "IOCreatePlugInInterfaceForService(service 0, device user client, plug-in interface) = 0xE00002BD",
+        {"IOCreatePlugInInterfaceForService(service 0, device user client, plug-in interface) = 0xE00002BD",
          "IOObjectRelease(service 0)"},
         3);
-    EXPECT_THAT(mac.alive(), IsEmpty());
+}
+
+TEST_F(IokitSearch, PassesByADeviceWithoutAPlugInWhateverTheCreationSays)
+{
+    expectPassedBy(with(kHub, [](MacDevice& hub) { hub.givesPlugIn = false; }),
+                   {"IOCreatePlugInInterfaceForService(service 0, device user client, plug-in interface)",
+                    "IOObjectRelease(service 0)"},
+                   3);
 }
 
 TEST_F(IokitSearch, PassesByADeviceWhoseServiceCannotBeGivenBack)
 {
     expectPassedBy(
         with(kHub, [](MacDevice& hub) { hub.serviceReleaseResult = kIOReturnError; }),
-        {"IOIteratorNext(iterator 1) = service 0",
-         "IOCreatePlugInInterfaceForService(service 0, device user client, plug-in interface) = plug-in 0",
+        {"IOCreatePlugInInterfaceForService(service 0, device user client, plug-in interface) = plug-in 0",
          "IOObjectRelease(service 0) = 0xE00002BC"},
-        3);
-    EXPECT_THAT(mac.alive(), ElementsAre("plug-in 0")) << "nothing more is asked of that device";
-    mac.reclaim();
+        3, {"plug-in 0"}); // nothing more is asked of that device
 }
 
 TEST_F(IokitSearch, DoesNotMindWhatTheCreationSaysOfAPlugInThatIsThere)
@@ -220,11 +262,9 @@ TEST_F(IokitSearch, PassesByADeviceWithoutItsInterface)
 {
     expectPassedBy(
         with(kHub, [](MacDevice& hub) { hub.givesInterface = false; }),
-        {"IOIteratorNext(iterator 1) = service 0",
-         "IOCreatePlugInInterfaceForService(service 0, device user client, plug-in interface) = plug-in 0",
+        {"IOCreatePlugInInterfaceForService(service 0, device user client, plug-in interface) = plug-in 0",
          "IOObjectRelease(service 0)", "plug-in 0 QueryInterface(device interface)", "plug-in 0 Release"},
         4);
-    EXPECT_THAT(mac.alive(), IsEmpty());
 }
 
 TEST_F(IokitSearch, PassesByADeviceWhosePlugInRefusesTheInterface)
@@ -235,8 +275,7 @@ TEST_F(IokitSearch, PassesByADeviceWhosePlugInRefusesTheInterface)
                  hub.givesInterface = false;
                  hub.queryResult = static_cast<HRESULT>(0x80000004);
              }),
-        {"IOIteratorNext(iterator 1) = service 0",
-         "IOCreatePlugInInterfaceForService(service 0, device user client, plug-in interface) = plug-in 0",
+        {"IOCreatePlugInInterfaceForService(service 0, device user client, plug-in interface) = plug-in 0",
          "IOObjectRelease(service 0)", "plug-in 0 QueryInterface(device interface) = 0x80000004",
          "plug-in 0 Release"},
         4);
@@ -337,7 +376,14 @@ TEST_F(IokitSearch, TakesAnyResultButZeroForAFailure)
     EXPECT_FALSE(Hub_FindDevice());
     EXPECT_EQ(LastError, 4);
     mac.reclaim();
-    mac.matchingResult = 0x10000003; // of the kernel's messages, above zero
+    mac.attach({with(kHub, [](MacDevice& hub) { hub.serviceReleaseResult = 15; })}); // no such name
+    EXPECT_FALSE(Hub_FindDevice());
+    EXPECT_EQ(LastError, 3);
+    mac.reclaim();
+    mac.attach({with(kHub, [](MacDevice& hub) { hub.openResult = kSendFailed; })});
+    EXPECT_FALSE(Hub_OpenDevice());
+    EXPECT_EQ(LastError, 5);
+    mac.matchingResult = kSendFailed;
     EXPECT_FALSE(Hub_FindDevice());
     EXPECT_EQ(LastError, 2);
 }

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,15 @@ inline std::vector<std::string> callsUpToTheInterface(const std::string& iterato
         "plug-in " + number + " QueryInterface(device interface) = interface " + number,
         "plug-in " + number + " Release",
     };
+}
+
+/// The request that follows the open of the device at a place.
+inline std::string greeting(int place)
+{
+    char text[64];
+    std::snprintf(text, sizeof text, "interface %d DeviceRequest(40 02 0001 %04X 0000)", place,
+                  HUB_MAKER_VID);
+    return text;
 }
 
 /// The calls of the registration for both kinds of notification, on a machine that refuses none.

@@ -126,8 +126,7 @@ std::vector<std::string> detection(int dictionary)
     return oneAfterTheOther(search(dictionary), callsUpToTheInterface(found, 0), ids,
                             std::vector<std::string>{"interface 0 Release", "IOObjectRelease(" + found + ")"},
                             search(dictionary + 1), callsUpToTheInterface(opened, 0), ids,
-                            std::vector<std::string>{"interface 0 USBDeviceOpen",
-                                                     "interface 0 DeviceRequest(40 02 0001 1209 0000)",
+                            std::vector<std::string>{"interface 0 USBDeviceOpen", greeting(0),
                                                      "interface 0 DeviceRequest(C0 09 0000 0000 0020)",
                                                      "interface 0 USBDeviceClose", "interface 0 Release"});
 }
