@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdio>
 #include <string>
 #include <thread>
 
@@ -236,7 +237,7 @@ TEST_F(Detection, DropsAnEventThatWaitsWhenTheToolEnds)
     EXPECT_EQ(hubInfo(), kDemo100);
 }
 
-/// A list of devices that tells how often it was asked.
+/// A list of devices that tells on the console when it was asked.
 class ListedServices final : public UsbServices
 {
 public:
@@ -244,11 +245,9 @@ public:
 
     bool next() override
     {
-        ++asked;
+        std::fputs(m_waiting > 0 ? "a device\n" : "no more\n", stderr);
         return m_waiting-- > 0;
     }
-
-    int asked = 0;
 
 private:
     int m_waiting;
@@ -258,8 +257,8 @@ TEST_F(Detection, TakesEveryWaitingDeviceInOneCallback)
 {
     launchAndSettle();
     ListedServices services(3);
-    EXPECT_EQ(consoleOf([&] { DeviceRemovedCallback(nullptr, services); }), "Enter Device Removed\n");
-    EXPECT_EQ(services.asked, 4) << "three devices and the end of the list";
+    EXPECT_EQ(consoleOf([&] { DeviceRemovedCallback(nullptr, services); }),
+              "Enter Device Removed\na device\na device\na device\nno more\n");
 }
 
 } // namespace
