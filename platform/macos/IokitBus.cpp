@@ -96,7 +96,7 @@ bool IokitBus::watch(Listener listener)
         m_notifications = std::make_unique<PlugNotifications>();
     }
     m_notifications->listen(std::move(listener));
-    return m_notifications->registered();
+    return m_notifications->reporting();
 }
 
 void IokitBus::unwatch()

@@ -73,6 +73,8 @@ PlugNotifications::PlugNotifications()
     add(removedSource, runLoop);
     registerFor(kIOFirstMatchNotification, addedPort, toAdd, devicesAdded, m_added.iterator);
     registerFor(kIOTerminatedNotification, removedPort, toRemove, devicesRemoved, m_removed.iterator);
+    m_reporting = (addedSource != nullptr && m_added.iterator != IO_OBJECT_NULL) ||
+                  (removedSource != nullptr && m_removed.iterator != IO_OBJECT_NULL);
 }
 
 PlugNotifications::~PlugNotifications()
@@ -95,11 +97,6 @@ void PlugNotifications::tell(UsbEvent event) const
     if (m_listener) {
         m_listener(event);
     }
-}
-
-bool PlugNotifications::registered() const
-{
-    return m_added.iterator != IO_OBJECT_NULL || m_removed.iterator != IO_OBJECT_NULL;
 }
 
 } // namespace vornadel

@@ -30,7 +30,7 @@ public:
     ~PlugNotifications();
 
     /// Whether the system reports at least one of the two kinds.
-    bool registered() const;
+    bool reporting() const { return m_reporting; }
     UsbServices& services(UsbEvent event) { return event == UsbEvent::Attached ? m_added : m_removed; }
 
     /// Has the notifications tell this listener from now on, and none of another object's. An empty one ends that, and
@@ -42,6 +42,7 @@ private:
     UsbBus::Listener m_listener;
     NotifiedServices m_added;
     NotifiedServices m_removed;
+    bool m_reporting = false;
 };
 
 } // namespace vornadel

@@ -114,7 +114,7 @@ TEST_F(PlugNotificationsTest, AddNoSourceThatIsNotThere)
 TEST_F(PlugNotificationsTest, AddNoSourceAtAllWhenThereIsNone)
 {
     mac.portsWithoutSource = {1, 2};
-    watch();
+    EXPECT_FALSE(watch()) << "nobody would be told";
     EXPECT_THAT(mac.calls(), testing::Not(testing::Contains(testing::StartsWith("CFRunLoopAddSource("))));
     EXPECT_EQ(take(UsbEvent::Attached), 0);
     EXPECT_EQ(take(UsbEvent::Detached), 0);
@@ -135,6 +135,15 @@ TEST_F(PlugNotificationsTest, OutliveTheRefusalOfTheSecondRegistration)
     mac.turnRunLoop();
     EXPECT_THAT(m_events, ElementsAre(UsbEvent::Attached));
     EXPECT_THAT(mac.alive(), ElementsAre("iterator 1", "port 1", "port 2"));
+}
+
+TEST_F(PlugNotificationsTest, AreNoneWhenEachKindLacksSomething)
+{
+    mac.portsWithoutSource = {1};
+    mac.refusedNotifications = {{kIOTerminatedNotification, kIOReturnError}};
+    EXPECT_FALSE(watch());
+    EXPECT_EQ(take(UsbEvent::Attached), 0);
+    EXPECT_EQ(take(UsbEvent::Detached), 0);
 }
 
 TEST_F(PlugNotificationsTest, OutliveTheRefusalOfBothRegistrations)
