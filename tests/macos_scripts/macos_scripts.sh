@@ -155,9 +155,10 @@ loads_where_the_new_commands_are() {
     expect_calls "${judging[@]}" 'sw_vers -productVersion' "${placing[@]}" 'kmutil load -p KEPT/HubUpdaterDriver.kext'
 }
 
+# The tool asks for a restart by the same look at the version, wherever in it the 10.10 stands.
 sets_the_boot_argument_where_it_is_wanted() {
     local version
-    for version in 10.10 10.10.5; do
+    for version in 10.10 10.10.5 12.10.10; do
         printf 'boot-args\t-v  debug=0x144\n' >"$root/state/nvram"
         echo $version >"$root/state/version"
         run load
@@ -204,7 +205,7 @@ ARGUMENTS
 
 leaves_other_systems_boot_arguments_alone() {
     local version
-    for version in 10.9.5 10.11.6 10.15.7 11.0 13.1; do
+    for version in 10.1 10.1.10 10.9.5 10.11.6 10.15.7 11.0 13.1; do
         echo $version >"$root/state/version"
         run load
         expect_loaded
