@@ -14,13 +14,14 @@ identifier=org.vornadel.HubUpdaterDriver
 
 cases='loads_what_lies_in_the_bundle loads_again_in_place_of_the_first loads_where_the_new_commands_are
     sets_the_boot_argument_where_it_is_wanted keeps_every_other_boot_argument leaves_other_systems_boot_arguments_alone
-    takes_the_caller_from_sudo accepts_a_copy_of_roots works_in_any_folder
+    takes_the_caller_from_sudo accepts_a_copy_of_roots works_in_any_folder finds_its_folder_whatever_the_path
     refuses_a_missing_copy refuses_a_changed_copy refuses_another_set_of_files refuses_links_and_pipes
     refuses_what_another_user_made refuses_a_bundle_without_its_driver refuses_a_damaged_bundle
     refuses_a_place_that_others_can_write_to says_when_the_system_takes_no_driver says_when_a_boot_argument_cannot_be_set
     says_when_something_cannot_be_told leaves_nothing_behind_when_ended ends_what_it_has_begun
-    unloads end_well_when_nobody_can_hear_them unloads_where_the_new_commands_are unloads_what_a_restart_has_left
-    says_when_a_driver_cannot_be_unloaded restarts says_when_there_is_no_restart want_root_and_no_arguments keep_the_rights_they_are_given'
+    unloads end_well_when_nobody_can_hear_them keep_standard_output_to_themselves unloads_where_the_new_commands_are
+    unloads_what_a_restart_has_left says_when_a_driver_cannot_be_unloaded restarts says_when_there_is_no_restart
+    want_root_and_no_arguments keep_the_rights_they_are_given'
 
 # shellcheck source=../support/own_root.sh
 . "${0%/*}/../support/own_root.sh"
@@ -248,6 +249,20 @@ works_in_any_folder() {
     done
     as_root_with 0 "SUDO_UID=$caller" -- /bin/sh -c "cd '$here/HubUpdaterDriver.kext/..' && sh load && sh ../*/unload"
     expect_equal "$status $(cat "$root/state/out")" "0 load: $identifier is loaded"$'\n'"unload: $identifier is gone"
+    mkdir "$root/private/tmp/${here##*/}" # where CDPATH would lead
+    as_root_with 0 "SUDO_UID=$caller" CDPATH=/private/tmp -- /bin/sh -c "cd '$here/..' && sh '${here##*/}/load'"
+    expect_loaded
+}
+
+# A path that passes a link and goes back from there ends elsewhere than its text says: here at the caller's own copy.
+finds_its_folder_whatever_the_path() {
+    ln -s "$here/HubUpdaterDriver.kext" "$root/private/tmp/link"
+    as_root_with "$caller" -- /tmp/link/../load
+    expect_loaded
+    run unload
+    echo more >>"$copy/Contents/MacOS/HubUpdaterDriver"
+    as_root_with "$caller" -- /tmp/link/../load
+    expect_refused 'differs'
 }
 
 refuses_a_missing_copy() {
@@ -499,6 +514,21 @@ end_well_when_nobody_can_hear_them() {
     expect_equal "$status" 0
     expect_equal "$(cat "$root/state/loaded")" ''
     nothing_is_kept
+}
+
+# What the system's commands have to tell goes where its complaints go.
+keep_standard_output_to_themselves() {
+    touch "$root/state/talks"
+    echo 10.10.5 >"$root/state/version"
+    run load
+    expect_equal "$status $(cat "$out") $said" "0 load: $identifier is loaded nvram: done"$'\n''kextload: done'
+    run unload
+    expect_equal "$status $(cat "$out") $said" "0 unload: $identifier is gone kextunload: done"
+    newer_system
+    run load
+    expect_equal "$status $(cat "$out") $said" "0 load: $identifier is loaded kmutil load: done"
+    run unload
+    expect_equal "$status $(cat "$out") $said" "0 unload: $identifier is gone kmutil unload: done"
 }
 
 unloads_where_the_new_commands_are() {

@@ -6,7 +6,7 @@
 # The commands every system has are the machine's own behind a door: they take the options that macOS documents for them
 # and that the scripts have a use for, and no others. What macOS alone has writes down how it is called. /state holds what
 # there is to know about the machine: version, nvram, loaded drivers, refuse/COMMAND for each command that shall fail,
-# end_at/COMMAND for each that is to end the script.
+# end_at/COMMAND for each that is to end the script, talks when the commands that change something shall say so.
 
 # door PATH REAL OPTION...: a command that lets these options through to the machine's own of the name REAL. It is recorded
 # when its name is in $recorded.
@@ -63,6 +63,7 @@ case $#:$1 in
     [ ! -e /state/refuse/nvram-set ] || { echo "nvram: Error setting variable - 'boot-args'" >&2; exit 1; }
     { grep -v '^boot-args	' /state/nvram; printf 'boot-args\t%s\n' "${1#boot-args=}"; } >/state/nvram.new
     mv /state/nvram.new /state/nvram
+    [ ! -e /state/talks ] || echo 'nvram: done'
     ;;
 *) exit 64 ;;
 esac
@@ -77,10 +78,12 @@ COMMAND
 [ -z "$(find "${1%/*}" ! -user 0 -o ! -group 0 -o -perm /022 -o -type d ! -perm 755 -o -type f ! -perm -444)" ] || exit 71
 rm -rf /state/driver && cp -a "$1" /state/driver
 echo org.vornadel.HubUpdaterDriver >/state/loaded
+[ ! -e /state/talks ] || echo 'kextload: done'
 COMMAND
     recorder /sbin/kextunload <<'COMMAND'
 [ "$*" = '-b org.vornadel.HubUpdaterDriver' ] && [ -s /state/loaded ] || exit 64
 : >/state/loaded
+[ ! -e /state/talks ] || echo 'kextunload: done'
 COMMAND
     recorder /usr/sbin/kextstat <<'COMMAND'
 [ "$*" = -l ] || exit 64
@@ -101,7 +104,8 @@ load) [ "$#:$2" = 3:-p ] && [ -d "$3" ] && echo org.vornadel.HubUpdaterDriver >/
 unload) [ "$*" = 'unload -b org.vornadel.HubUpdaterDriver' ] && : >/state/loaded ;;
 showloaded) [ "$*" = 'showloaded --list-only' ] && sed 's/.*/  142  0 0 0x4000 0x4000 & (1.0.0) UUID <5 4>/' /state/loaded ;;
 *) exit 64 ;;
-esac
+esac || exit
+[ "$1" = showloaded ] || [ ! -e /state/talks ] || echo "kmutil $1: done"
 COMMAND
     rm "$root"/sbin/kext* "$root/usr/sbin/kextstat"
 }
