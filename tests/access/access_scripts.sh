@@ -14,8 +14,8 @@ stranger=4712 # another user of the machine
 cases='loads_what_the_shipped_file_names triggers_only_what_matches changes_nothing_when_repeated
     reads_numbers_as_the_tool_does skips_what_is_incomplete_or_zero lets_the_last_of_two_values_count
     refuses_numbers_that_are_none refuses_files_that_the_tool_does_not_read works_in_any_folder works_from_its_own_folder
-    takes_the_caller_from_sudo accepts_a_copy_of_roots refuses_a_changed_copy refuses_another_set_of_files
-    refuses_links_and_pipes refuses_a_copy_that_is_no_folder refuses_what_another_user_made refuses_a_damaged_bundle
+    finds_its_folder_whatever_the_path takes_the_caller_from_sudo accepts_a_copy_of_roots refuses_a_changed_copy
+    refuses_another_set_of_files refuses_links_and_pipes refuses_a_copy_that_is_no_folder refuses_what_another_user_made refuses_a_damaged_bundle
     replaces_what_lies_in_the_rules_place takes_access_from_hubs_no_longer_named unloads leaves_the_rules_of_others_alone
     goes_on_where_a_failed_unload_stopped says_when_udev_does_not_answer loads_where_no_rule_was_ever_made
     want_root_and_no_arguments reboots'
@@ -245,6 +245,18 @@ works_from_its_own_folder() {
     expect_equal "$?" 0
     expect_equal "$(cat "$root/out")" "load: /etc/udev/rules.d/65-vornadel-hub.rules is in place
 unload: /etc/udev/rules.d/65-vornadel-hub.rules is gone"
+}
+
+# A path that passes a link and goes back from there ends elsewhere than its text says: here where the caller may write.
+finds_its_folder_whatever_the_path() {
+    ln -s "$here/HubUpdaterDriver.kext" "$root/tmp/link"
+    echo 'exit 3' >"$root/tmp/hub-access.sh"
+    local here=/tmp/link/..
+    run load
+    expect_rule 1209:0001 1209:0002
+    run unload
+    expect_equal "$status" 0
+    expect_equal "$(ls -A "$root/etc/udev/rules.d")" ''
 }
 
 takes_the_caller_from_sudo() {
