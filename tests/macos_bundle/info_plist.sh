@@ -46,6 +46,9 @@ expect CFBundleShortVersionString string "$version"
 expect CFBundleDevelopmentRegion string en
 expect NSHighResolutionCapable true ''
 expect NSPrincipalClass string NSApplication
-[ "$(ask 'count(/plist/dict/key[contains(., "opyright")])')" = 0 ] || complain 'it claims a copyright'
+expect CFBundleDisplayName string Vornadel
+expect CFBundleSupportedPlatforms array MacOSX
+expect LSApplicationCategoryType string public.app-category.utilities
 expect LSMinimumSystemVersion string "$oldest"
+[ "$(ask 'count(/plist/dict/key)')" = 15 ] || complain 'it has keys that nobody has looked at'
 [ "$failures" -eq 0 ]
