@@ -13,6 +13,7 @@
 
 #include <array>
 #include <string>
+#include <thread>
 
 namespace vornadel::test
 {
@@ -396,6 +397,17 @@ TEST_F(FakeNotification, NeverComesInAnotherMode)
     watch(nullptr);
     arm();
     EXPECT_EQ(toldOfADevice(), 0);
+}
+
+TEST_F(FakeNotification, NeverComesOnAnotherThread)
+{
+    watch(kCFRunLoopDefaultMode);
+    arm();
+    mac.plug({});
+    std::thread([this] { mac.turnRunLoop(); }).join();
+    EXPECT_EQ(m_told, 0);
+    mac.turnRunLoop();
+    EXPECT_EQ(m_told, 1);
 }
 
 TEST_F(FakeNotification, WantsAPort)

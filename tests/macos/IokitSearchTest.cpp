@@ -192,6 +192,23 @@ TEST_F(IokitSearch, ReleasesAlsoAHubThatHasLeft)
     EXPECT_THAT(mac.alive(), ElementsAre("iterator 1"));
 }
 
+TEST_F(IokitSearch, PassesOnThatTheHubLeftDuringARequest)
+{
+    mac.attach({with(kHub, [this](MacDevice& hub) {
+        hub.onRequest = [this](IOUSBDevRequest& transfer) {
+            if (transfer.bRequest == 0xE8) {
+                mac.unplug();
+            }
+            return kIOReturnSuccess;
+        };
+    })});
+    ASSERT_TRUE(Hub_OpenDevice());
+    EXPECT_EQ(Hub_ControlRequest(0x40, 0xE8, 0, 0, 0, nullptr),
+              static_cast<std::uint32_t>(kIOReturnNoDevice));
+    Hub_CloseDevice();
+    EXPECT_THAT(mac.alive(), ElementsAre("iterator 1"));
+}
+
 TEST_F(IokitSearch, HasCodeTwoWhenThereIsNoList)
 {
     mac.attach({kHub});
