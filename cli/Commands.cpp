@@ -13,12 +13,17 @@
 #include "hub/HubTransport.h"
 #include "hub/SupportedIds.h"
 
+#include <cerrno>
 #include <cstdint>
 #include <filesystem>
 #include <iomanip>
 #include <memory>
 #include <sstream>
+#include <system_error>
 #include <vector>
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace vornadel
 {
@@ -52,10 +57,36 @@ std::string printable(const FwText& text)
     return shown;
 }
 
+/// What keeps an image file from being read.
+std::string whyUnread(const std::string& path)
+{
+    struct stat info = {};
+    if (::stat(path.c_str(), &info) != 0) {
+        return std::generic_category().message(errno);
+    }
+    if (!S_ISREG(info.st_mode)) {
+        return S_ISDIR(info.st_mode) ? "it is a folder" : "it is not a regular file";
+    }
+    if (::access(path.c_str(), R_OK) != 0) {
+        return std::generic_category().message(errno);
+    }
+    return info.st_size == 0 ? "it is empty" : "it cannot be read, or is too large";
+}
+
+/// Into a fresh record. Tells of a file that was not even read, which the flows call a wrong one like any other.
+bool loadImage(FwImage& image, const std::string& path, std::ostream& err)
+{
+    const bool loaded = FwImage_LoadFile(image, path);
+    if (!loaded && image.data == nullptr) {
+        err << path << ": " << whyUnread(path) << '\n';
+    }
+    return loaded;
+}
+
 int update(const std::string& path, std::ostream& out, std::ostream& err, bool terminal)
 {
     FwImage image;
-    FwImage_LoadFile(image, path);
+    loadImage(image, path, err);
     ConsoleReporter reporter(out, err, terminal);
     return updateFirmware(image, path, reporter) ? kExitSuccess : kExitFailure;
 }
@@ -98,8 +129,10 @@ int erase(std::ostream& out, std::ostream& err, bool terminal)
 int showImage(const std::string& path, std::ostream& out, std::ostream& err)
 {
     FwImage image;
-    if (!FwImage_LoadFile(image, path)) {
-        err << "Firmware format error\n";
+    if (!loadImage(image, path, err)) {
+        if (image.data != nullptr) {
+            err << "Firmware format error\n";
+        }
         return kExitFailure;
     }
     out << "file:          " << path << '\n'

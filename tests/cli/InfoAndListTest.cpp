@@ -126,9 +126,6 @@ TEST(InfoOfAnImage, RefusesWhatIsNone)
 {
     Session session;
     const std::string files[] = {
-        session.folder.path("missing.bin"),
-        session.folder.path(),
-        session.folder.write("empty.bin", std::string()),
         session.folder.write("short.bin", std::string(255, 'x')),
         session.folder.write("noblock.bin", std::vector<std::uint8_t>(32768, 0xFF)),
     };
@@ -136,6 +133,26 @@ TEST(InfoOfAnImage, RefusesWhatIsNone)
         SCOPED_TRACE(file);
         EXPECT_EQ(session.info(file), kExitFailure);
         EXPECT_EQ(session.err.str(), "Firmware format error\n");
+        EXPECT_THAT(session.out.str(), IsEmpty());
+    }
+}
+
+TEST(InfoOfAnImage, SaysWhyAFileWasNotRead)
+{
+    Session session;
+    const struct {
+        std::string file;
+        std::string why;
+    } rows[] = {
+        {session.folder.path("missing.bin"), "No such file or directory"},
+        {session.folder.path(), "it is a folder"},
+        {"/dev/null", "it is not a regular file"},
+        {session.folder.write("empty.bin", std::string()), "it is empty"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.file);
+        EXPECT_EQ(session.info(row.file), kExitFailure);
+        EXPECT_EQ(session.err.str(), row.file + ": " + row.why + '\n');
         EXPECT_THAT(session.out.str(), IsEmpty());
     }
 }

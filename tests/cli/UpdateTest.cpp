@@ -124,17 +124,21 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(Update, RefusesAFileThatIsNoImageAndLeavesTheHubAlone)
 {
     Session session("latency=none");
-    const std::string files[] = {
-        session.folder.path("missing.bin"),
-        session.folder.path(),
-        session.folder.write("empty.bin", std::string()),
-        session.folder.write("short.bin", std::string(255, 'x')),
-        session.folder.write("noblock.bin", std::vector<std::uint8_t>(32768, 0xFF)),
+    const struct {
+        std::string file;
+        std::string why; ///< it was not read
+    } rows[] = {
+        {session.folder.path("missing.bin"), "No such file or directory"},
+        {session.folder.path(), "it is a folder"},
+        {session.folder.write("empty.bin", std::string()), "it is empty"},
+        {session.folder.write("short.bin", std::string(255, 'x')), {}},
+        {session.folder.write("noblock.bin", std::vector<std::uint8_t>(32768, 0xFF)), {}},
     };
-    for (const std::string& file : files) {
-        SCOPED_TRACE(file);
-        EXPECT_EQ(session.update(file), kExitFailure);
-        EXPECT_EQ(session.err.str(), "Wrong firmware file\nUpdate FW Fail\n");
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.file);
+        EXPECT_EQ(session.update(row.file), kExitFailure);
+        EXPECT_EQ(session.err.str(), (row.why.empty() ? "" : row.file + ": " + row.why + '\n') +
+                                         "Wrong firmware file\nUpdate FW Fail\n");
     }
     EXPECT_EQ(session.hub().requestCount(), 0U);
     EXPECT_EQ(session.hub().flash(), demoImage());
