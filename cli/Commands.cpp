@@ -106,12 +106,16 @@ int scalar(const std::string& configFile, const ToolConfig& config, std::ostream
 
 int readInto(const std::string& path, std::ostream& out, std::ostream& err, bool terminal)
 {
+    std::string problem;
+    if (!canBeSaved(path, problem)) { // a read restarts the hub, and what is plugged into it goes with it
+        err << "the flash was not read, as it could not be saved: " << problem << '\n';
+        return kExitFailure;
+    }
     std::vector<std::uint8_t> flash;
     ConsoleReporter reporter(out, err, terminal);
     if (!readFlash(flash, reporter)) {
         return kExitFailure;
     }
-    std::string problem;
     if (!saveFileAtomically(path, flash.data(), flash.size(), problem)) {
         err << "the flash was read but could not be saved: " << problem << '\n';
         return kExitFailure;

@@ -131,33 +131,62 @@ void syncFolder(const fs::path& folder)
     }
 }
 
+/// Where a file is to be saved.
+struct Place {
+    fs::path file; ///< past all links
+    fs::path folder;
+    bool exists = false;
+    struct stat old = {}; ///< when it exists
+
+    mode_t temporaryMode() const { return exists ? kOwnerOnly : kNewFile; }
+};
+
+bool findPlace(const std::string& path, Place& place, std::string& problem)
+{
+    place.exists = ::stat(path.c_str(), &place.old) == 0;
+    if (!place.exists && errno != ENOENT) {
+        return fail(problem, path, because(errno));
+    }
+    if (place.exists && !S_ISREG(place.old.st_mode)) {
+        return fail(problem, path,
+                    S_ISDIR(place.old.st_mode) ? "it is a folder" : "it is not a regular file");
+    }
+    if (place.exists && ::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) {
+        return fail(problem, path, because(errno)); // its folder would let us replace it all the same
+    }
+    place.file = path;
+    if (const int error = followLinks(place.file, place.exists)) {
+        return fail(problem, path, because(error));
+    }
+    place.folder = place.file.has_parent_path() ? place.file.parent_path() : ".";
+    return true;
+}
+
 } // namespace
+
+bool canBeSaved(const std::string& path, std::string& problem)
+{
+    Place place;
+    if (!findPlace(path, place, problem)) {
+        return false;
+    }
+    const TemporaryFile file(place.folder, place.temporaryMode());
+    return file.valid() || fail(problem, path, because(errno));
+}
 
 bool saveFileAtomically(const std::string& path, const std::uint8_t* bytes, std::size_t size,
                         std::string& problem)
 {
-    struct stat old = {};
-    const bool exists = ::stat(path.c_str(), &old) == 0;
-    if (!exists && errno != ENOENT) {
+    Place place;
+    if (!findPlace(path, place, problem)) {
+        return false;
+    }
+    TemporaryFile file(place.folder, place.temporaryMode());
+    if (!file.valid() || !file.write(bytes, size) || (place.exists && !file.resemble(place.old)) ||
+        !file.takePlaceOf(place.file)) {
         return fail(problem, path, because(errno));
     }
-    if (exists && !S_ISREG(old.st_mode)) {
-        return fail(problem, path, S_ISDIR(old.st_mode) ? "it is a folder" : "it is not a regular file");
-    }
-    if (exists && ::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) {
-        return fail(problem, path, because(errno)); // its folder would let us replace it all the same
-    }
-    fs::path target = path;
-    if (const int error = followLinks(target, exists)) {
-        return fail(problem, path, because(error));
-    }
-    const fs::path folder = target.has_parent_path() ? target.parent_path() : ".";
-    TemporaryFile file(folder, exists ? kOwnerOnly : kNewFile);
-    if (!file.valid() || !file.write(bytes, size) || (exists && !file.resemble(old)) ||
-        !file.takePlaceOf(target)) {
-        return fail(problem, path, because(errno));
-    }
-    syncFolder(folder);
+    syncFolder(place.folder);
     return true;
 }
 

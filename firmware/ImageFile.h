@@ -18,4 +18,8 @@ namespace vornadel
 bool saveFileAtomically(const std::string& path, const std::uint8_t* bytes, std::size_t size,
                         std::string& problem);
 
+/// Whether saveFileAtomically() could begin to write at `path` now; otherwise `problem` says why, in its words. Leaves
+/// nothing behind. For asking before the work whose result is to be saved; the disk may still be full afterwards.
+bool canBeSaved(const std::string& path, std::string& problem);
+
 } // namespace vornadel
