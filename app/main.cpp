@@ -24,9 +24,14 @@ using namespace vornadel;
 constexpr int kExitUsage = 2;
 
 /// Debian's Qt writes to the journal when standard error is no console; a tool's messages belong on standard error.
-void writeToStandardError(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& message)
+void writeToStandardError(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message)
 {
     std::fprintf(stderr, "%s\n", qUtf8Printable(message));
+    if (type == QtFatalMsg && QCoreApplication::startingUp()) {
+        // No display is no crash: Qt would abort, with a core file.
+        std::fputs("Vornadel: no window can be opened here; vornadelctl works without one\n", stderr);
+        std::_Exit(EXIT_FAILURE);
+    }
 }
 
 struct Arguments {
