@@ -21,8 +21,6 @@ AppDelegate* AppDelegateRef = nullptr;
 namespace
 {
 
-/// Written by the first start of the tool since the machine started, never refreshed.
-
 /// How long a transfer in flight may hold up the end of the program.
 constexpr std::chrono::seconds kShutDownGrace{3};
 
@@ -96,6 +94,7 @@ void AppDelegate::initFromIni()
     appTitle = QString::fromStdString(config.appTitle);
     isScalarMode = config.isScalarMode;
     fwbinPath = QString::fromStdString(config.fwbinPath);
+    m_fwBin = config.fwbinPath;
 
     if (!config.problem.empty()) {
         ConsoleLog(QString::fromStdString(config.problem));

@@ -128,6 +128,7 @@ private:
     Platform& m_platform;
     ToolPlace m_place;
     QString m_titleSuffix;
+    std::string m_fwBin; ///< fwbinPath in the bytes of config.ini, which a file name need not have as text
 
     FwImage m_updateImage;
     FwImage m_scalarImage;

@@ -6,7 +6,6 @@
 #include "app/WindowReporter.h"
 #include "props/ui/ToolTip.h"
 
-#include <QFile>
 #include <QLineEdit>
 
 #include <cstdlib>
@@ -34,9 +33,8 @@ void AppDelegate::MP_UpdateScalar()
 void AppDelegate::updateScalar()
 {
     WindowReporter reporter(*this);
-    const bool succeeded =
-        updateScalarImage(m_scalarImage, m_place.resourcePath, QFile::encodeName(fwbinPath).toStdString(),
-                          textOfField(*nstextfd_Scalar), reporter);
+    const bool succeeded = updateScalarImage(m_scalarImage, m_place.resourcePath, m_fwBin,
+                                             textOfField(*nstextfd_Scalar), reporter);
     m_mainThread.postAndWait([this] { SetButtonStatus(true); });
     if (succeeded) {
         m_platform.clock.sleep(kScalarFarewell);

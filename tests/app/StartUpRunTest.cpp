@@ -10,6 +10,7 @@
 #include <QThread>
 #include <gmock/gmock.h>
 
+#include <filesystem>
 #include <mutex>
 #include <set>
 #include <string>
@@ -27,9 +28,9 @@ class StartUpRun : public ToolUnderTest
 {
 protected:
     /// An image in the resource directory.
-    void bringImage(const std::string& name)
+    std::string bringImage(const std::string& name)
     {
-        writeFile("Vornadel.app/Contents/Resources/" + name, demoImage(kDemoVersion101));
+        return writeFile("Vornadel.app/Contents/Resources/" + name, demoImage(kDemoVersion101));
     }
 
     void update()
@@ -54,6 +55,16 @@ TEST_F(StartUpRun, WritesTheConfiguredImageInBothModes)
         EXPECT_EQ(hubInfo(), "Detect Zel Hub : Success\nfwVer:0101");
         end();
     }
+}
+
+TEST_F(StartUpRun, FindsAnImageWhoseNameIsNoText)
+{
+    const std::string image = bringImage("line\xF6.bin");
+    config = configText("FwBin = line\xF6.bin\n");
+    launchAndSettle();
+    EXPECT_THAT(progressText(), testing::EndsWith("Update FW Success\n"));
+    EXPECT_EQ(hub().flash(), demoImage(kDemoVersion101));
+    std::filesystem::remove(image); // the toolkit, which clears the folder, cannot name it
 }
 
 TEST_F(StartUpRun, EndsTheProcessFiveSecondsAfterItsSuccess)
