@@ -93,8 +93,7 @@ void AppDelegate::initFromIni()
     const ToolConfig config = readToolConfig(m_place.resourcePath + "/config.ini");
     appTitle = QString::fromStdString(config.appTitle);
     isScalarMode = config.isScalarMode;
-    fwbinPath = QString::fromStdString(config.fwbinPath);
-    m_fwBin = config.fwbinPath;
+    fwbinPath = config.fwbinPath;
 
     if (!config.problem.empty()) {
         ConsoleLog(QString::fromStdString(config.problem));
@@ -106,7 +105,7 @@ void AppDelegate::initFromIni()
         }
     }
     ConsoleLog("App title: " + appTitle);
-    ConsoleLog("Fw Bin: " + fwbinPath);
+    ConsoleLog("Fw Bin: " + QString::fromStdString(fwbinPath));
     ConsoleLog(QString::asprintf("ScalarMode: %d", isScalarMode));
 }
 

@@ -46,7 +46,7 @@ public:
     QString resourcePath;          ///< directory of config.ini
     QString appTitle;              ///< without the version
     std::int32_t isScalarMode = 0; ///< only 1 means scalar mode
-    QString fwbinPath;             ///< image of the run at start, relative to resourcePath; may be empty
+    std::string fwbinPath;         ///< image of the run at start, below resourcePath, in bytes; may be empty
     bool _bNeedSignDriver = false; ///< the system's version text contains "10.10"
 
     // Progress, log and alerts. Main thread.
@@ -128,7 +128,6 @@ private:
     Platform& m_platform;
     ToolPlace m_place;
     QString m_titleSuffix;
-    std::string m_fwBin; ///< fwbinPath in the bytes of config.ini, which a file name need not have as text
 
     FwImage m_updateImage;
     FwImage m_scalarImage;

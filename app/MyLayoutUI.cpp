@@ -175,8 +175,8 @@ void AppDelegate::MyLayoutUI()
     buildPropertyEditor(*this);
     connectPropertyEditor();
     chainTabOrder(content);
-    if (!fwbinPath.isEmpty()) {
-        nstextfd_Scalar->setText(fwbinPath);
+    if (!fwbinPath.empty()) {
+        nstextfd_Scalar->setText(QString::fromStdString(fwbinPath));
     }
     for (const BoxRow& row : kBoxes) {
         (this->*row.member)

@@ -33,7 +33,7 @@ void AppDelegate::MP_UpdateScalar()
 void AppDelegate::updateScalar()
 {
     WindowReporter reporter(*this);
-    const bool succeeded = updateScalarImage(m_scalarImage, m_place.resourcePath, m_fwBin,
+    const bool succeeded = updateScalarImage(m_scalarImage, m_place.resourcePath, fwbinPath,
                                              textOfField(*nstextfd_Scalar), reporter);
     m_mainThread.postAndWait([this] { SetButtonStatus(true); });
     if (succeeded) {
