@@ -144,7 +144,7 @@ struct Place {
 bool findPlace(const std::string& path, Place& place, std::string& problem)
 {
     place.exists = ::stat(path.c_str(), &place.old) == 0;
-    if (!place.exists && errno != ENOENT) {
+    if (!place.exists && (errno != ENOENT || path.empty())) {
         return fail(problem, path, because(errno));
     }
     if (place.exists && !S_ISREG(place.old.st_mode)) {

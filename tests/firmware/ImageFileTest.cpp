@@ -98,6 +98,11 @@ protected:
     static void expectSaved(const std::string& file, const std::string& content)
     {
         std::string problem;
+        const std::string before = contentOf(file);
+        const bool existed = fs::exists(file);
+        EXPECT_TRUE(canBeSaved(file, problem)) << problem;
+        EXPECT_EQ(contentOf(file), before) << "nothing is saved by asking";
+        EXPECT_EQ(fs::exists(file), existed);
         EXPECT_TRUE(save(file, content, problem)) << problem;
         EXPECT_THAT(problem, IsEmpty());
         EXPECT_EQ(contentOf(file), content);
@@ -115,6 +120,9 @@ protected:
         std::string problem;
         EXPECT_FALSE(save(file, "new", problem)) << file;
         EXPECT_EQ(problem, file + ": " + why);
+        std::string asked;
+        EXPECT_FALSE(canBeSaved(file, asked)) << file;
+        EXPECT_EQ(asked, problem);
     }
 
     std::string m_folder;
