@@ -1,5 +1,5 @@
-// What the fake says of callers that do wrong. Each of these is what a back end with one line too many, one too few or two in
-// the wrong order would do.
+// What the fake says of callers that do wrong. Each of these is what a back end with one line too many, one too few or
+// two in the wrong order would do.
 
 #include "tests/fake_macos/FakeMacos.h"
 
