@@ -7,7 +7,7 @@
 #include "config/ToolPlace.h"
 #include "firmware/FwImage.h"
 #include "platform/Platform.h"
-#include "props/ui/TableViewController.h"
+#include "editor/TableViewController.h"
 
 #include <QObject>
 #include <QString>

@@ -1,6 +1,6 @@
 #include "app/Controls.h"
 
-#include "props/ui/ToolTip.h"
+#include "editor/ToolTip.h"
 
 #include <QEvent>
 #include <QPainter>

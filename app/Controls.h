@@ -1,6 +1,6 @@
 #pragma once
 
-#include "props/ui/Tone.h"
+#include "editor/Tone.h"
 
 #include <QComboBox>
 #include <QFrame>

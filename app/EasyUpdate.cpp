@@ -4,7 +4,7 @@
 #include "app/FilePanels.h"
 #include "app/WindowReporter.h"
 #include "flows/FirmwareUpdate.h"
-#include "props/ui/ToolTip.h"
+#include "editor/ToolTip.h"
 
 #include <QFile>
 #include <QLineEdit>

@@ -10,7 +10,7 @@
 #include "firmware/ImageFile.h"
 #include "flows/FlashErase.h"
 #include "flows/FlashRead.h"
-#include "props/GenFun.h"
+#include "base/GenFun.h"
 
 #include <QLineEdit>
 

@@ -5,7 +5,7 @@
 #include "app/GeneralFunction.h"
 #include "firmware/IdentityEdit.h"
 #include "hub/SupportedIds.h"
-#include "props/GenFun.h"
+#include "base/GenFun.h"
 
 #include <QLineEdit>
 

@@ -6,7 +6,7 @@
 #include "app/GeneralFunction.h"
 #include "props/Pages.h"
 #include "props/PropertyFiles.h"
-#include "props/ui/ToolTip.h"
+#include "editor/ToolTip.h"
 
 #include <QComboBox>
 #include <QFile>

@@ -4,7 +4,7 @@
 #include "app/AppDelegate.h"
 #include "app/FilePanels.h"
 #include "app/WindowReporter.h"
-#include "props/ui/ToolTip.h"
+#include "editor/ToolTip.h"
 
 #include <QLineEdit>
 

@@ -2,7 +2,7 @@
 #include "config/Version.h"
 #include "platform/native/NativePlatform.h"
 #include "platform/posix/StandardFiles.h"
-#include "sim/SimulatedBus.h"
+#include "standins/sim/SimulatedBus.h"
 
 #include <CLI/CLI.hpp>
 #include <QApplication>

@@ -2,7 +2,7 @@
 
 #include "app/AppDelegate.h"
 #include "platform/Clock.h"
-#include "sim/SimulatedBus.h"
+#include "standins/sim/SimulatedBus.h"
 #include "tests/support/FakeSystem.h"
 
 #include <QTemporaryDir>

@@ -5,7 +5,7 @@
 #include "bench/Table.h"
 #include "bench/ToolWindow.h"
 #include "props/Pages.h"
-#include "sim/DemoImage.h"
+#include "standins/sim/DemoImage.h"
 #include "tests/support/FullPropertyFile.h"
 #include "tests/support/VirtualClock.h"
 

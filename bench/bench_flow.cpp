@@ -9,8 +9,8 @@
 #include "flows/ScalarUpdate.h"
 #include "hub/HubTransport.h"
 #include "platform/StdClock.h"
-#include "sim/DemoImage.h"
-#include "sim/SimulatedBus.h"
+#include "standins/sim/DemoImage.h"
+#include "standins/sim/SimulatedBus.h"
 #include "tests/support/VirtualClock.h"
 
 #include <chrono>

@@ -2,7 +2,7 @@
 
 #include "bench/Table.h"
 #include "firmware/FwImage.h"
-#include "sim/DemoImage.h"
+#include "standins/sim/DemoImage.h"
 
 #include <benchmark/benchmark.h>
 

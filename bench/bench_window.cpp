@@ -6,7 +6,7 @@
 #include "bench/Table.h"
 #include "bench/ToolWindow.h"
 #include "platform/StdClock.h"
-#include "sim/DemoImage.h"
+#include "standins/sim/DemoImage.h"
 #include "tests/support/VirtualClock.h"
 
 #include <QApplication>

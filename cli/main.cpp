@@ -5,7 +5,7 @@
 #include "hub/HubTransport.h"
 #include "platform/native/NativePlatform.h"
 #include "platform/posix/StandardFiles.h"
-#include "sim/SimulatedBus.h"
+#include "standins/sim/SimulatedBus.h"
 
 #include <cstdio>
 #include <exception>

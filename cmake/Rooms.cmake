@@ -1,11 +1,10 @@
-# The rooms of the house and the arrows between them. A room is one folder (or
-# the files of one name in a shared folder) and one library target; it may link
-# only what its row allows. A link that is not in the row stops the configure
+# The rooms of the house and the arrows between them. A room is one folder
+# and one library target; it may link only what its row allows. A link that is not in the row stops the configure
 # step. docs/architecture.md shows the same table with the reasons; tests/rooms
 # checks the #include lines against it.
 
 set(VORNADEL_ROOMS
-  platform_api platform_posix platform_linux platform_macos platform_native diagnosis sim genfun props firmware props_ui
+  platform_api platform_posix platform_linux platform_macos platform_native base sim props firmware editor
   hub config flows driver app cli virtual_hub)
 
 set(ROOM_FOLDER_platform_api   platform)
@@ -13,11 +12,10 @@ set(ROOM_FOLDER_platform_posix platform/posix)
 set(ROOM_FOLDER_platform_linux platform/linux)
 set(ROOM_FOLDER_platform_macos platform/macos)
 set(ROOM_FOLDER_platform_native platform/native)
-set(ROOM_FOLDER_diagnosis      diagnosis)
-set(ROOM_FOLDER_sim            sim)
-set(ROOM_FOLDER_genfun         props/GenFun) # its files alone, the others are the room props
+set(ROOM_FOLDER_base           base)
+set(ROOM_FOLDER_sim            standins/sim)
 set(ROOM_FOLDER_props          props)
-set(ROOM_FOLDER_props_ui       props/ui)
+set(ROOM_FOLDER_editor         editor)
 set(ROOM_FOLDER_firmware       firmware)
 set(ROOM_FOLDER_hub            hub)
 set(ROOM_FOLDER_config         config)
@@ -25,25 +23,24 @@ set(ROOM_FOLDER_driver         driver)
 set(ROOM_FOLDER_flows          flows)
 set(ROOM_FOLDER_app            app)
 set(ROOM_FOLDER_cli            cli)
-set(ROOM_FOLDER_virtual_hub    virtual_hub)
+set(ROOM_FOLDER_virtual_hub    standins/virtual_hub)
 
 set(ROOM_MAY_USE_platform_api   )
 set(ROOM_MAY_USE_platform_posix platform_api)
 set(ROOM_MAY_USE_platform_linux platform_api platform_posix)
 set(ROOM_MAY_USE_platform_macos platform_api platform_posix)
 set(ROOM_MAY_USE_platform_native platform_api platform_linux platform_macos)
-set(ROOM_MAY_USE_diagnosis      )
+set(ROOM_MAY_USE_base           )
 set(ROOM_MAY_USE_sim            platform_api)
-set(ROOM_MAY_USE_genfun         )
-set(ROOM_MAY_USE_props          genfun)
-set(ROOM_MAY_USE_props_ui       props firmware genfun)
-set(ROOM_MAY_USE_firmware       genfun diagnosis)
-set(ROOM_MAY_USE_hub            platform_api diagnosis)
+set(ROOM_MAY_USE_props          base)
+set(ROOM_MAY_USE_editor         props firmware base)
+set(ROOM_MAY_USE_firmware       base)
+set(ROOM_MAY_USE_hub            platform_api base)
 set(ROOM_MAY_USE_config         hub platform_api)
 set(ROOM_MAY_USE_flows          hub firmware platform_api)
-set(ROOM_MAY_USE_driver         hub genfun platform_api)
-set(ROOM_MAY_USE_app            platform_api platform_posix platform_native diagnosis sim genfun props props_ui firmware hub config flows driver)
-set(ROOM_MAY_USE_cli            platform_api platform_posix platform_native diagnosis sim genfun props firmware hub config flows driver)
+set(ROOM_MAY_USE_driver         hub base platform_api)
+set(ROOM_MAY_USE_app            platform_api platform_posix platform_native base sim props editor firmware hub config flows driver)
+set(ROOM_MAY_USE_cli            platform_api platform_posix platform_native base sim props firmware hub config flows driver)
 set(ROOM_MAY_USE_virtual_hub    platform_api sim)
 
 # Libraries from outside that a room may use.
@@ -52,7 +49,7 @@ set(ROOM_MAY_USE_OUTSIDE_platform_linux LibUSB::LibUSB Threads::Threads)
 set(ROOM_MAY_USE_OUTSIDE_platform_macos MacOS::Interfaces)
 set(ROOM_MAY_USE_OUTSIDE_sim            Threads::Threads)
 set(ROOM_MAY_USE_OUTSIDE_props          iniparser::iniparser)
-set(ROOM_MAY_USE_OUTSIDE_props_ui       Qt6::Widgets)
+set(ROOM_MAY_USE_OUTSIDE_editor         Qt6::Widgets)
 set(ROOM_MAY_USE_OUTSIDE_config         iniparser::iniparser)
 set(ROOM_MAY_USE_OUTSIDE_app            Qt6::Widgets Threads::Threads CLI11::CLI11)
 set(ROOM_MAY_USE_OUTSIDE_cli            CLI11::CLI11 Threads::Threads)

@@ -3,7 +3,7 @@
 #include "hub/HubCommands.h"
 #include "hub/HubTransport.h"
 #include "platform/ShellCommand.h"
-#include "props/GenFun.h"
+#include "base/GenFun.h"
 
 #include <array>
 #include <filesystem>

@@ -1,4 +1,4 @@
-#include "sim/DemoImage.h"
+#include "standins/sim/DemoImage.h"
 
 #include <array>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include "firmware/FwImage.h"
 
-#include "diagnosis/LastError.h"
-#include "props/GenFun.h"
+#include "base/LastError.h"
+#include "base/GenFun.h"
 
 #include <algorithm>
 #include <array>

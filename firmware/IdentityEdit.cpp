@@ -1,6 +1,6 @@
 #include "firmware/IdentityEdit.h"
 
-#include "props/GenFun.h"
+#include "base/GenFun.h"
 
 #include <algorithm>
 #include <array>

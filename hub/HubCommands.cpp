@@ -1,6 +1,6 @@
 #include "hub/HubCommands.h"
 
-#include "diagnosis/LastError.h"
+#include "base/LastError.h"
 #include "hub/HubTransport.h"
 #include "hub/VendorRequests.h"
 

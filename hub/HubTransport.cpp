@@ -1,6 +1,6 @@
 #include "hub/HubTransport.h"
 
-#include "diagnosis/LastError.h"
+#include "base/LastError.h"
 #include "hub/SupportedIds.h"
 #include "hub/VendorRequests.h"
 

@@ -1,6 +1,6 @@
 #include "tests/app/ToolUnderTest.h"
 
-#include "sim/DemoImage.h"
+#include "standins/sim/DemoImage.h"
 
 #include <QApplication>
 #include <QPushButton>

@@ -2,7 +2,7 @@
 
 #include "app/Detection.h"
 #include "hub/HubTransport.h"
-#include "sim/DemoImage.h"
+#include "standins/sim/DemoImage.h"
 
 #include <gmock/gmock.h>
 

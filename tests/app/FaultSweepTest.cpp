@@ -4,7 +4,7 @@
 #include "tests/app/ToolUnderTest.h"
 
 #include "hub/HubTransport.h"
-#include "sim/DemoImage.h"
+#include "standins/sim/DemoImage.h"
 
 #include <QPushButton>
 #include <QtTest>

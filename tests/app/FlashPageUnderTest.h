@@ -1,6 +1,6 @@
 #pragma once
 
-#include "sim/DemoImage.h"
+#include "standins/sim/DemoImage.h"
 #include "tests/app/ToolUnderTest.h"
 #include "tests/support/SingleClicks.h"
 

@@ -1,7 +1,7 @@
 #include "tests/app/ToolUnderTest.h"
 
 #include "hub/HubTransport.h"
-#include "sim/DemoImage.h"
+#include "standins/sim/DemoImage.h"
 
 #include <QApplication>
 #include <QLineEdit>

@@ -2,7 +2,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/Controls.h"
-#include "sim/SimulatedBus.h"
+#include "standins/sim/SimulatedBus.h"
 #include "tests/app/PatientClock.h"
 #include "tests/support/FakeMachine.h"
 #include "tests/support/Gate.h"

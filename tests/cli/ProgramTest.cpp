@@ -2,7 +2,7 @@
 
 #include "tests/cli/Program.h"
 #include "cli/CommandLine.h"
-#include "sim/DemoImage.h"
+#include "standins/sim/DemoImage.h"
 #include "tests/cli/Session.h"
 #include "tests/cli/TemporaryFolder.h"
 

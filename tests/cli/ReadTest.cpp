@@ -1,5 +1,5 @@
 #include "hub/HubTransport.h"
-#include "sim/DemoImage.h"
+#include "standins/sim/DemoImage.h"
 #include "tests/cli/Session.h"
 #include "tests/support/FullDisk.h"
 

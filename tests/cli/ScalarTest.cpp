@@ -1,4 +1,4 @@
-#include "sim/DemoImage.h"
+#include "standins/sim/DemoImage.h"
 #include "tests/cli/Session.h"
 
 #include <gmock/gmock.h>

@@ -3,7 +3,7 @@
 #include "cli/Commands.h"
 #include "hub/HubTransport.h"
 #include "platform/Platform.h"
-#include "sim/SimulatedBus.h"
+#include "standins/sim/SimulatedBus.h"
 #include "tests/cli/TemporaryFolder.h"
 #include "tests/support/VirtualClock.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "diagnosis/LastError.h"
+#include "base/LastError.h"
 #include "firmware/FwImage.h"
 
 #include <gtest/gtest.h>

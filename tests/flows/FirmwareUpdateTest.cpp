@@ -1,6 +1,6 @@
 #include "flows/FirmwareUpdate.h"
 
-#include "diagnosis/LastError.h"
+#include "base/LastError.h"
 #include "hub/HubCommands.h"
 #include "tests/flows/WireLog.h"
 #include "tests/support/RecordingReporter.h"

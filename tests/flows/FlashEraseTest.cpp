@@ -1,6 +1,6 @@
 #include "flows/FlashErase.h"
 
-#include "diagnosis/LastError.h"
+#include "base/LastError.h"
 #include "tests/flows/Told.h"
 #include "tests/flows/WireLog.h"
 #include "tests/support/SimulatedSetup.h"

@@ -6,7 +6,7 @@
 #include "flows/FlashErase.h"
 #include "flows/FlashRead.h"
 #include "flows/ScalarUpdate.h"
-#include "sim/DemoImage.h"
+#include "standins/sim/DemoImage.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 
 #include "flows/FlowReporter.h"
 #include "platform/Clock.h"
-#include "sim/SimulatedHub.h"
+#include "standins/sim/SimulatedHub.h"
 #include "tests/support/RecordingReporter.h"
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "flows/ScalarUpdate.h"
 
-#include "diagnosis/LastError.h"
+#include "base/LastError.h"
 #include "tests/support/RecordingReporter.h"
 #include "tests/support/SimulatedSetup.h"
 

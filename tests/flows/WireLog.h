@@ -1,6 +1,6 @@
 #pragma once
 
-#include "sim/SimulatedHub.h"
+#include "standins/sim/SimulatedHub.h"
 
 #include <cstdint>
 #include <ostream>

@@ -6,7 +6,7 @@
 #include "firmware/FwImage.h"
 #include "firmware/IdentityEdit.h"
 #include "firmware/ImageFile.h"
-#include "props/ui/HexText.h"
+#include "editor/HexText.h"
 #include "tests/fuzz/FuzzInput.h"
 
 #include <QString>

@@ -1,6 +1,6 @@
 // The reading of property definitions, and each property's field read and written in a block. An input is the file.
 
-#include "props/GenFun.h"
+#include "base/GenFun.h"
 #include "props/Pages.h"
 #include "props/PropertyFile.h"
 #include "tests/fuzz/FuzzInput.h"

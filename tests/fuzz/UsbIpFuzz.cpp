@@ -3,11 +3,11 @@
 // An input is a byte of which bit 0 says whether the hub runs its ROM code, a byte with how many bytes arrive at a time
 // less one, and what arrives.
 
-#include "sim/DemoImage.h"
-#include "sim/SimulatedHub.h"
+#include "standins/sim/DemoImage.h"
+#include "standins/sim/SimulatedHub.h"
 #include "tests/fuzz/FuzzInput.h"
 #include "tests/support/VirtualClock.h"
-#include "virtual_hub/ServerConversation.h"
+#include "standins/virtual_hub/ServerConversation.h"
 
 #include <algorithm>
 #include <memory>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "HubTestBus.h"
-#include "diagnosis/LastError.h"
+#include "base/LastError.h"
 #include "hub/HubTransport.h"
 #include "hub/SupportedIds.h"
 #include "tests/support/VirtualClock.h"

@@ -1,6 +1,6 @@
 // Finding, opening, asking and closing the hub, call for call.
 
-#include "diagnosis/LastError.h"
+#include "base/LastError.h"
 #include "hub/HubTransport.h"
 #include "hub/SupportedIds.h"
 #include "tests/macos/MacTest.h"

@@ -6,7 +6,7 @@
 #include "hub/HubTransport.h"
 #include "hub/SupportedIds.h"
 #include "platform/linux/LibusbBus.h"
-#include "sim/DemoImage.h"
+#include "standins/sim/DemoImage.h"
 #include "tests/platform/UsbTestbed.h"
 #include "tests/support/RecordingReporter.h"
 #include "tests/support/VirtualClock.h"

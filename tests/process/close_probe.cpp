@@ -20,7 +20,7 @@
 #include "app/Controls.h"
 #include "app/Tool.h"
 #include "flows/ScalarUpdate.h"
-#include "sim/SimulatedBus.h"
+#include "standins/sim/SimulatedBus.h"
 #include "tests/support/FakeSystem.h"
 
 #include <QApplication>

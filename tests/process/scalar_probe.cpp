@@ -5,7 +5,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/Tool.h"
-#include "sim/SimulatedBus.h"
+#include "standins/sim/SimulatedBus.h"
 #include "tests/app/PatientClock.h"
 #include "tests/support/FakeSystem.h"
 

@@ -1,8 +1,8 @@
-#include "props/GenFun.h"
+#include "base/GenFun.h"
 #include "props/Pages.h"
 #include "props/PropertyFile.h"
 #include "props/PropertyFiles.h"
-#include "sim/DemoImage.h"
+#include "standins/sim/DemoImage.h"
 
 #include <gmock/gmock.h>
 #include <iniparser/iniparser.h>

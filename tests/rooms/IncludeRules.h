@@ -10,7 +10,7 @@ namespace vornadel::test
 /// One row of the table in cmake/Rooms.cmake.
 struct Room {
     std::string name;
-    std::string folder; ///< from the source root; may also be a file without its suffix, "props/GenFun"
+    std::string folder; ///< from the source root
     std::vector<std::string> mayUse;        ///< names of rooms
     std::vector<std::string> mayUseOutside; ///< CMake targets of libraries from outside
 };

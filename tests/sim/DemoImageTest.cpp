@@ -1,6 +1,6 @@
-#include "sim/DemoImage.h"
+#include "standins/sim/DemoImage.h"
 
-#include "sim/NorFlash.h"
+#include "standins/sim/NorFlash.h"
 #include "tests/sim/HubBench.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
-#include "sim/Fault.h"
+#include "standins/sim/Fault.h"
 
-#include "sim/DemoImage.h"
+#include "standins/sim/DemoImage.h"
 #include "tests/sim/HubBench.h"
 
 #include <bitset>

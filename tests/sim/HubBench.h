@@ -1,6 +1,6 @@
 #pragma once
 
-#include "sim/SimulatedBus.h"
+#include "standins/sim/SimulatedBus.h"
 #include "tests/support/VirtualClock.h"
 
 #include <array>

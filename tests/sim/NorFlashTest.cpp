@@ -1,4 +1,4 @@
-#include "sim/NorFlash.h"
+#include "standins/sim/NorFlash.h"
 
 #include "tests/sim/HubBench.h"
 

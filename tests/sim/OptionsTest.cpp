@@ -1,6 +1,6 @@
-#include "sim/SimulatedHubOptions.h"
+#include "standins/sim/SimulatedHubOptions.h"
 
-#include "sim/FlashFile.h"
+#include "standins/sim/FlashFile.h"
 
 #include <cstdlib>
 #include <gmock/gmock.h>

@@ -1,5 +1,5 @@
-#include "sim/DemoImage.h"
-#include "sim/FlashFile.h"
+#include "standins/sim/DemoImage.h"
+#include "standins/sim/FlashFile.h"
 #include "tests/sim/HubBench.h"
 #include "tests/support/FullDisk.h"
 #include "tests/support/WithoutPrivilege.h"

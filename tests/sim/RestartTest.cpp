@@ -1,4 +1,4 @@
-#include "sim/DemoImage.h"
+#include "standins/sim/DemoImage.h"
 #include "tests/sim/HubBench.h"
 
 #include <gtest/gtest.h>

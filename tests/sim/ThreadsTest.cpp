@@ -1,5 +1,5 @@
 #include "platform/StdClock.h"
-#include "sim/DemoImage.h"
+#include "standins/sim/DemoImage.h"
 #include "tests/sim/HubBench.h"
 
 #include <atomic>

@@ -2,8 +2,8 @@
 
 #include "hub/HubTransport.h"
 #include "hub/SupportedIds.h"
-#include "sim/DemoImage.h"
-#include "sim/SimulatedBus.h"
+#include "standins/sim/DemoImage.h"
+#include "standins/sim/SimulatedBus.h"
 #include "tests/support/VirtualClock.h"
 
 #include <cstdint>

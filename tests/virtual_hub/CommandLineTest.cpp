@@ -1,4 +1,4 @@
-#include "virtual_hub/CommandLine.h"
+#include "standins/virtual_hub/CommandLine.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "virtual_hub/Console.h"
+#include "standins/virtual_hub/Console.h"
 
 #include "tests/support/VirtualClock.h"
 #include "tests/virtual_hub/RecordingHost.h"

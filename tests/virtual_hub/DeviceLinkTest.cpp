@@ -1,10 +1,10 @@
-#include "virtual_hub/DeviceLink.h"
+#include "standins/virtual_hub/DeviceLink.h"
 
 #include "tests/support/VirtualClock.h"
 #include "tests/virtual_hub/Frames.h"
 #include "tests/virtual_hub/HalfBench.h"
 #include "tests/virtual_hub/Peer.h"
-#include "virtual_hub/UrbExchange.h"
+#include "standins/virtual_hub/UrbExchange.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "virtual_hub/VhciPorts.h"
+#include "standins/virtual_hub/VhciPorts.h"
 
 #include <cstdlib>
 #include <filesystem>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tests/virtual_hub/Frames.h"
-#include "virtual_hub/HubHalf.h"
+#include "standins/virtual_hub/HubHalf.h"
 
 #include <cstdint>
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 
 #include "tests/virtual_hub/Frames.h"
 #include "tests/virtual_hub/HalfBench.h"
-#include "virtual_hub/ServerConversation.h"
+#include "standins/virtual_hub/ServerConversation.h"
 
 #include <gtest/gtest.h>
 

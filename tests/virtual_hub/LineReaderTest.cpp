@@ -1,4 +1,4 @@
-#include "virtual_hub/LineReader.h"
+#include "standins/virtual_hub/LineReader.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "sim/SimulatedHub.h"
-#include "virtual_hub/HubHost.h"
+#include "standins/sim/SimulatedHub.h"
+#include "standins/virtual_hub/HubHost.h"
 
 #include <gtest/gtest.h>
 #include <map>

@@ -1,6 +1,6 @@
 // The server on a real socket of the loopback interface.
 
-#include "virtual_hub/ServerHost.h"
+#include "standins/virtual_hub/ServerHost.h"
 
 #include "tests/support/VirtualClock.h"
 #include "tests/virtual_hub/Frames.h"

@@ -1,4 +1,4 @@
-#include "virtual_hub/UrbExchange.h"
+#include "standins/virtual_hub/UrbExchange.h"
 
 #include "tests/virtual_hub/Frames.h"
 #include "tests/virtual_hub/HalfBench.h"

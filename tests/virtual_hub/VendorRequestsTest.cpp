@@ -1,9 +1,9 @@
-#include "sim/DemoImage.h"
+#include "standins/sim/DemoImage.h"
 #include "tests/support/VirtualClock.h"
 #include "tests/virtual_hub/Frames.h"
 #include "tests/virtual_hub/RecordingHost.h"
-#include "virtual_hub/UrbExchange.h"
-#include "virtual_hub/VirtualHub.h"
+#include "standins/virtual_hub/UrbExchange.h"
+#include "standins/virtual_hub/VirtualHub.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "virtual_hub/VhciHost.h"
+#include "standins/virtual_hub/VhciHost.h"
 
 #include "tests/support/VirtualClock.h"
 #include "tests/virtual_hub/FakeSysfs.h"

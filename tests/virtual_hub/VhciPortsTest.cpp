@@ -1,4 +1,4 @@
-#include "virtual_hub/VhciPorts.h"
+#include "standins/virtual_hub/VhciPorts.h"
 
 #include "tests/virtual_hub/FakeSysfs.h"
 

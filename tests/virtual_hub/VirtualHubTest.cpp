@@ -1,4 +1,4 @@
-#include "virtual_hub/VirtualHub.h"
+#include "standins/virtual_hub/VirtualHub.h"
 
 #include "tests/support/VirtualClock.h"
 #include "tests/virtual_hub/RecordingHost.h"

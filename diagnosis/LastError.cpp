@@ -1,8 +1,0 @@
-#include "diagnosis/LastError.h"
-
-namespace vornadel
-{
-
-std::atomic<int> LastError{0};
-
-} // namespace vornadel

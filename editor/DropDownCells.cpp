@@ -1,0 +1,174 @@
+#include "editor/DropDownCells.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QTableView>
+
+#include <functional>
+#include <utility>
+
+namespace vornadel
+{
+
+namespace
+{
+
+constexpr int kNothingChosen = -1;
+
+/// The list of a cell while it is open. Tells when it has closed, however that came about.
+class OpenList final : public QComboBox
+{
+public:
+    explicit OpenList(QWidget* parent) : QComboBox(parent)
+    {
+        connect(this, &QComboBox::activated, [this](int position) { m_chosen = position; });
+    }
+
+    void watchClosing(std::function<void(int chosen)> closed)
+    {
+        m_closed = std::move(closed);
+        view()->window()->installEventFilter(this);
+    }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::Hide && m_closed) {
+            // What was chosen is told after the list has gone.
+            QMetaObject::invokeMethod(
+                this, [this, closed = std::exchange(m_closed, {})] { closed(m_chosen); },
+                Qt::QueuedConnection);
+        }
+        return QComboBox::eventFilter(watched, event);
+    }
+
+private:
+    int m_chosen = kNothingChosen;
+    std::function<void(int)> m_closed;
+};
+
+bool isOpeningKey(const QKeyEvent& event)
+{
+    switch (event.key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+    case Qt::Key_Space:
+    case Qt::Key_F2:
+        return true;
+    case Qt::Key_Down:
+        return (event.modifiers() & Qt::AltModifier) != 0;
+    default:
+        return false;
+    }
+}
+
+} // namespace
+
+DropDownCells::DropDownCells(QTableView& table, int column) : m_table(table), m_column(column)
+{
+    table.setItemDelegateForColumn(column, this);
+    table.setEditTriggers(QAbstractItemView::NoEditTriggers);
+    table.installEventFilter(this);
+    connect(&table, &QTableView::clicked, this, [this](const QModelIndex& index) {
+        if (index.column() == m_column) {
+            open(index, OpenedBy::Mouse);
+        }
+    });
+}
+
+void DropDownCells::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                          const QModelIndex& index) const
+{
+    QStyleOptionViewItem cell = option;
+    initStyleOption(&cell, index);
+    const QStyle& style = *m_table.style();
+    style.drawPrimitive(QStyle::PE_PanelItemViewItem, &cell, painter, &m_table);
+
+    QStyleOptionComboBox box;
+    box.initFrom(&m_table);
+    box.rect = cell.rect.adjusted(1, 1, -1, -1);
+    box.state = QStyle::State_Enabled | (cell.state & QStyle::State_Active);
+    box.state.setFlag(QStyle::State_HasFocus, cell.state.testFlag(QStyle::State_HasFocus));
+    box.editable = false;
+    box.frame = true;
+    const QRect room =
+        style.subControlRect(QStyle::CC_ComboBox, &box, QStyle::SC_ComboBoxEditField, &m_table);
+    box.currentText = box.fontMetrics.elidedText(cell.text, Qt::ElideRight, room.width());
+    painter->save();
+    painter->setFont(m_table.font());
+    style.drawComplexControl(QStyle::CC_ComboBox, &box, painter, &m_table);
+    style.drawControl(QStyle::CE_ComboBoxLabel, &box, painter, &m_table);
+    painter->restore();
+}
+
+QWidget* DropDownCells::createEditor(QWidget* parent, const QStyleOptionViewItem& /*option*/,
+                                     const QModelIndex& index) const
+{
+    auto* list = new OpenList(parent);
+    list->addItems(index.data(EntriesRole).toStringList());
+    list->setCurrentIndex(index.data(ChosenRole).toInt());
+    list->setMaxVisibleItems(16);
+    return list;
+}
+
+void DropDownCells::setEditorData(QWidget* /*editor*/, const QModelIndex& /*index*/) const {}
+
+// What was chosen goes to the model when the list has gone: the model may answer with an alert.
+void DropDownCells::setModelData(QWidget* /*editor*/, QAbstractItemModel* /*model*/,
+                                 const QModelIndex& /*index*/) const
+{
+}
+
+bool DropDownCells::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched != &m_table) {
+        return QStyledItemDelegate::eventFilter(watched, event);
+    }
+    const QModelIndex current = m_table.currentIndex();
+    if (event->type() == QEvent::KeyPress && current.isValid() &&
+        isOpeningKey(*static_cast<QKeyEvent*>(event))) {
+        open(current.siblingAtColumn(m_column), OpenedBy::Key);
+        return true;
+    }
+    return false;
+}
+
+void DropDownCells::open(const QModelIndex& index, OpenedBy by)
+{
+    if (!index.flags().testFlag(Qt::ItemIsEditable) || m_table.indexWidget(index) != nullptr) {
+        return;
+    }
+    m_table.scrollTo(index);
+    m_table.edit(index);
+    auto* list = dynamic_cast<OpenList*>(m_table.indexWidget(index));
+    if (list == nullptr) {
+        return;
+    }
+    if (by == OpenedBy::Mouse) {
+        // By a press as on any other drop-down, so that the second half of a double click chooses nothing.
+        const QPointF at = list->rect().center();
+        QMouseEvent press(QEvent::MouseButtonPress, at, list->mapToGlobal(at), Qt::LeftButton, Qt::LeftButton,
+                          Qt::NoModifier);
+        QApplication::sendEvent(list, &press);
+    } else {
+        list->showPopup();
+    }
+    list->watchClosing(
+        [this, list, at = QPersistentModelIndex(index)](int chosen) { finish(*list, chosen, at); });
+}
+
+void DropDownCells::finish(QComboBox& list, int chosen, const QPersistentModelIndex& index)
+{
+    if (m_table.indexWidget(index) != &list) {
+        return; // the rows became others meanwhile, and the table has put the list away
+    }
+    emit closeEditor(&list);
+    if (chosen != kNothingChosen) {
+        m_table.model()->setData(index, chosen, Qt::EditRole);
+    }
+}
+
+} // namespace vornadel

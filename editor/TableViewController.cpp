@@ -1,0 +1,319 @@
+#include "editor/TableViewController.h"
+
+#include "firmware/FwImage.h"
+#include "base/GenFun.h"
+#include "props/PropertyFile.h"
+#include "editor/HexText.h"
+#include "editor/Tone.h"
+
+#include <QComboBox>
+#include <QEvent>
+#include <QFile>
+#include <QItemSelectionModel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QTableView>
+#include <QTextCursor>
+
+#include <algorithm>
+#include <cstdlib>
+#include <limits>
+#include <utility>
+
+namespace vornadel
+{
+
+TableViewController* TableControllerRef = nullptr;
+
+namespace
+{
+
+constexpr int kPropertyWidth = 266;
+constexpr int kValueWidth = 170;
+constexpr const char* kEmptyValue = "Empty Value";
+
+QString fromText(const std::string& text) { return QString::fromStdString(text); }
+
+/// How an option reads, in the table and in the description.
+QString optionText(const PropItem& item, std::size_t at)
+{
+    return fromText(item.dataList[at]) + " : " + fromText(item.propList[at]);
+}
+
+/// The decimal number at the front of a text; 0 where there is none.
+int leadingNumber(const QString& text)
+{
+    // strtol stops at the first character that does not fit and clamps what is too large.
+    const long number = std::strtol(text.toLatin1().constData(), nullptr, 10);
+    return static_cast<int>(
+        std::clamp<long>(number, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
+}
+
+} // namespace
+
+TableViewController::TableViewController(const PropertyViews& views, FwImage& image,
+                                         std::string toolDirectory, PropertyVoices voices)
+    : _tableView(views.table), m_views(views), m_image(image), m_toolDirectory(std::move(toolDirectory)),
+      m_voices(std::move(voices)), m_model(*this), m_dropDowns(*views.table, PropertyModel::CurValue)
+{
+    QTableView& table = *_tableView;
+    table.setModel(&m_model);
+    table.setSelectionBehavior(QAbstractItemView::SelectRows);
+    table.setSelectionMode(QAbstractItemView::SingleSelection);
+    table.setColumnWidth(PropertyModel::Property, kPropertyWidth);
+    table.setColumnWidth(PropertyModel::CurValue, kValueWidth);
+    table.viewport()->installEventFilter(this);
+    m_views.hex->installEventFilter(this);
+    connect(table.selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            [this] { tableViewSelectionDidChange(); });
+    init();
+}
+
+TableViewController::~TableViewController()
+{
+    if (TableControllerRef == this) {
+        TableControllerRef = nullptr;
+    }
+}
+
+TableViewController* TableViewController::init()
+{
+    propItemList.clear();
+    allItemList.clear();
+    TableControllerRef = this;
+    return this;
+}
+
+void TableViewController::LoadIni()
+{
+    propItemList.clear();
+    allItemList.clear();
+    if (m_views.icTypes->currentIndex() < 0) {
+        return;
+    }
+    const std::string path =
+        m_toolDirectory + "/" + QFile::encodeName(m_views.icTypes->currentText()).toStdString();
+    m_voices.log("ini is: " + QFile::decodeName(path.c_str()));
+    std::string problem;
+    allItemList = readPropertyFile(path, problem);
+    if (!problem.empty()) {
+        m_voices.log(fromText(problem));
+    }
+}
+
+void TableViewController::RefreshCurValues() { refreshFirst(allItemList.size()); }
+
+void TableViewController::RefreshCurValues_8Bit() { refreshFirst(allItemList.size() % 256); }
+
+void TableViewController::refreshFirst(std::size_t count)
+{
+    if (!m_image.loaded) {
+        return;
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        PropItem& item = *allItemList[i];
+        if (item.key != 0) {
+            // Eight bits of the address alone: always inside the block.
+            const std::uint8_t* byte = m_image.descriptor + (item.addr & 0xFF);
+            item.curValue = std::to_string(GF_GetMaskValue(byte, item.mask));
+        }
+    }
+}
+
+void TableViewController::ShowBinary(std::uint32_t begin, std::uint32_t end)
+{
+    m_voices.log(QString::asprintf("offsetBegin :%d   ;   noffsetEnd :%d\n", static_cast<int>(begin),
+                                   static_cast<int>(end)));
+    if (!m_image.loaded) {
+        return;
+    }
+    const HexText hex = hexText(m_image, begin, end);
+    QPlainTextEdit& view = *m_views.hex;
+    view.setPlainText(hex.text);
+    QTextEdit::ExtraSelection red;
+    red.cursor = QTextCursor(view.document());
+    if (hex.redLength > 0) { // otherwise it stays at the top
+        red.cursor.setPosition(static_cast<int>(hex.redStart));
+        red.cursor.setPosition(static_cast<int>(hex.redStart + hex.redLength), QTextCursor::KeepAnchor);
+    }
+    view.setExtraSelections({red});
+    recolourHex();
+
+    // Its end, then its start, so that both are in view where there is room for both.
+    for (const int position : {red.cursor.selectionEnd(), red.cursor.selectionStart()}) {
+        QTextCursor cursor(view.document());
+        cursor.setPosition(position);
+        view.setTextCursor(cursor);
+        view.ensureCursorVisible();
+    }
+}
+
+/// Red as it can be read on the view's ground; all else has the view's own text colour.
+void TableViewController::recolourHex()
+{
+    QList<QTextEdit::ExtraSelection> ranges = m_views.hex->extraSelections();
+    for (QTextEdit::ExtraSelection& range : ranges) {
+        range.format.setForeground(toneColor(Tone::Red, m_views.hex->palette().color(QPalette::Base)));
+    }
+    m_views.hex->setExtraSelections(ranges);
+}
+
+void TableViewController::UpdateTxt_FwFlash()
+{
+    if (!m_image.loaded) {
+        return;
+    }
+    m_views.vid->setText(fromText(FwImage_IdText(m_image.vid)));
+    m_views.sspid->setText(fromText(FwImage_IdText(m_image.sspid)));
+    m_views.hspid->setText(fromText(FwImage_IdText(m_image.hspid)));
+    m_views.version->setText(fromText(FwImage_IdText(m_image.version)));
+    m_views.manufacturer->setText(QString::fromUtf8(m_image.manufacturer.data()));
+    m_views.product->setText(QString::fromUtf8(m_image.product.data()));
+    m_views.serial->setText(QString::fromUtf8(m_image.serial.data()));
+    m_views.containerId->setText(fromText(FwImage_ContainerIdText(m_image.containerId)));
+}
+
+void TableViewController::reloadTable()
+{
+    const bool sameItems = m_shown == propItemList;
+    m_shown = propItemList;
+    m_model.reload(sameItems);
+}
+
+int TableViewController::numberOfRowsInTableView()
+{
+    m_voices.log("Enter numberOfRowsInTableView");
+    return static_cast<int>(propItemList.size());
+}
+
+const PropItem* TableViewController::itemAt(int row) const
+{
+    return row >= 0 && static_cast<std::size_t>(row) < propItemList.size()
+               ? propItemList[static_cast<std::size_t>(row)].get()
+               : nullptr;
+}
+
+ValueCell TableViewController::valueCell(int row) const
+{
+    ValueCell cell;
+    cell.text = kEmptyValue;
+    const PropItem* item = itemAt(row);
+    if (item == nullptr) {
+        return cell;
+    }
+    bool found = false;
+    for (std::size_t i = 0; i < item->dataList.size(); ++i) {
+        cell.entries.append(optionText(*item, i));
+        if (!found && item->dataList[i] == item->curValue) {
+            found = true;
+            cell.text = cell.entries.back();
+        }
+    }
+    const int position = leadingNumber(cell.text);
+    cell.chosen = position >= 0 && position < cell.entries.size() ? position : -1;
+    return cell;
+}
+
+QString TableViewController::tableView_objectValueForTableColumn_row(const QString& column, int row) const
+{
+    const PropItem* item = itemAt(row);
+    if (item != nullptr && column == kPropertyColumn) {
+        return fromText(item->property);
+    }
+    return item != nullptr && column == kValueColumn ? valueCell(row).text : QString(kEmptyValue);
+}
+
+/// A byte of the image by its offset from the descriptor block; null outside the image.
+std::uint8_t* TableViewController::byteAt(std::uint32_t offset) const
+{
+    const std::int64_t room = m_image.data.get() + m_image.size - m_image.descriptor;
+    return offset < room ? m_image.descriptor + offset : nullptr;
+}
+
+void TableViewController::tableView_setObjectValue_forTableColumn_row(int value, const QString& column,
+                                                                      int row)
+{
+    if (!m_image.loaded || column != kValueColumn || itemAt(row) == nullptr) {
+        return;
+    }
+    PropItem& item = *propItemList[static_cast<std::size_t>(row)];
+    const std::uint8_t* enabling = byteAt(item.baseOnAddr);
+    const std::uint8_t enabled = enabling == nullptr ? 0 : GF_GetMaskValue(enabling, item.baseOnMask);
+    m_voices.log(QString::asprintf("baseOnMask=%d;baseOnAddr=%d;baseOnValue=%d", item.baseOnMask,
+                                   static_cast<int>(item.baseOnAddr), enabled));
+    if (item.baseOnAddr != 0 && item.baseOnMask != 0 && enabled == 0) {
+        refuse(item);
+    } else {
+        apply(item, value);
+    }
+}
+
+void TableViewController::apply(PropItem& item, int value)
+{
+    if (std::uint8_t* byte = byteAt(item.addr)) {
+        GF_SetMaskValue(byte, item.mask, static_cast<std::uint8_t>(value));
+    }
+    item.curValue = std::to_string(value);
+    m_voices.log(QString::asprintf("value = %d", value));
+    m_voices.log(QString::asprintf("baseOnAddr:%d\nbaseOnMask:%d\n", static_cast<int>(item.baseOnAddr),
+                                   item.baseOnMask) +
+                 "pageName:" + fromText(item.pageName) + "\nPropName:" + fromText(item.propName) +
+                 QString::asprintf("\naddr:%d\nmask:%d\n", static_cast<int>(item.addr), item.mask));
+    const std::uint32_t addr = item.addr;
+    reloadTable();
+    // One more than the last offset would be 0, and mark bytes that have not changed.
+    ShowBinary(addr, addr == std::numeric_limits<std::uint32_t>::max() ? addr : addr + 1);
+}
+
+void TableViewController::refuse(const PropItem& item)
+{
+    const auto controlling = std::find_if(allItemList.begin(), allItemList.end(), [&item](const auto& other) {
+        return other->addr == item.baseOnAddr && other->mask == item.baseOnMask;
+    });
+    std::uint8_t high = 0;
+    std::uint8_t low = 0;
+    GF_Mask2Bits(item.baseOnMask, &high, &low);
+    m_voices.alert(
+        "This Item is Not Editable.  To Change this Item,you should set\n\n " +
+        (controlling == allItemList.end() ? QString("(null)") : fromText((*controlling)->propName)) +
+        QString::asprintf("\n(Addr 0x%02X[%d:%d])\n\nfrom 0 to 1", item.baseOnAddr,
+                          static_cast<std::int8_t>(high), static_cast<std::int8_t>(low)));
+    reloadTable();
+}
+
+void TableViewController::tableViewSelectionDidChange()
+{
+    const QModelIndexList rows = _tableView->selectionModel()->selectedRows();
+    const PropItem* item = rows.isEmpty() ? nullptr : itemAt(rows.front().row());
+    if (item == nullptr) {
+        return;
+    }
+    m_voices.log(QString::asprintf("key:%d\nbaseOnAddr:%d\nbaseOnMask:%d\n", item->key,
+                                   static_cast<int>(item->baseOnAddr), item->baseOnMask) +
+                 "pageName:" + fromText(item->pageName) + "\ngroupName:" + fromText(item->groupName) +
+                 "\nPropName:" + fromText(item->propName) + "\nPropDesc:" + fromText(item->propDesc) +
+                 QString::asprintf("\naddr:%d\nmask:%d\n", static_cast<int>(item->addr), item->mask));
+    QString text;
+    if (item->key != 0) {
+        text += QString::asprintf("(addr:0x%02X  mask:0x%02X)\n", item->addr & 0xFF, item->mask) +
+                fromText(item->propDesc) + " : \n";
+    }
+    for (std::size_t i = 0; i < item->dataList.size(); ++i) {
+        text += optionText(*item, i) + "\n";
+    }
+    m_views.description->setPlainText(text);
+}
+
+bool TableViewController::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == m_views.hex && event->type() == QEvent::PaletteChange) {
+        recolourHex();
+    } else if (watched == _tableView->viewport() && event->type() == QEvent::Resize) {
+        // A vertical scroll bar takes its room from the names, not from the drop-downs.
+        const int room = _tableView->viewport()->width() - kValueWidth;
+        _tableView->setColumnWidth(PropertyModel::Property, std::min(kPropertyWidth, room));
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+} // namespace vornadel

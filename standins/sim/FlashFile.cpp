@@ -1,0 +1,248 @@
+#include "standins/sim/FlashFile.h"
+
+#include "standins/sim/NorFlash.h"
+
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace vornadel
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+constexpr mode_t kNewFileMode = 0644;
+
+class Descriptor
+{
+public:
+    explicit Descriptor(int number) : m_number(number) {}
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    ~Descriptor()
+    {
+        if (m_number >= 0) {
+            ::close(m_number);
+        }
+    }
+
+    int get() const { return m_number; }
+    bool valid() const { return m_number >= 0; }
+
+private:
+    int m_number;
+};
+
+std::string because(int errorNumber) { return std::generic_category().message(errorNumber); }
+
+bool fail(std::string& error, const std::string& what, const std::string& why)
+{
+    error = what;
+    error += ": ";
+    error += why;
+    return false;
+}
+
+bool writeAll(int file, const std::vector<std::uint8_t>& bytes)
+{
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        const ssize_t count = ::write(file, bytes.data() + done, bytes.size() - done);
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count <= 0) {
+            return false;
+        }
+        done += static_cast<std::size_t>(count);
+    }
+    return true;
+}
+
+bool readAll(int file, std::vector<std::uint8_t>& bytes)
+{
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        const ssize_t count = ::read(file, bytes.data() + done, bytes.size() - done);
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count <= 0) {
+            errno = count == 0 ? EIO : errno; // cut short since its size was asked for
+            return false;
+        }
+        done += static_cast<std::size_t>(count);
+    }
+    return true;
+}
+
+mode_t modeOf(const std::string& path)
+{
+    struct stat info = {};
+    return ::stat(path.c_str(), &info) == 0 ? info.st_mode & 0777 : kNewFileMode;
+}
+
+std::string folderOf(const std::string& path)
+{
+    const fs::path folder = fs::path(path).parent_path();
+    return folder.empty() ? "." : folder.string();
+}
+
+} // namespace
+
+FlashFile::FlashFile(std::string path) : m_path(std::move(path)) {}
+
+FlashFile::~FlashFile() { unlock(); }
+
+std::unique_ptr<FlashFile>
+FlashFile::openOrCreate(const std::string& path, const std::vector<std::uint8_t>& initial, std::string& error)
+{
+    std::error_code code;
+    const fs::path resolved = fs::weakly_canonical(fs::absolute(path, code), code);
+    if (code || !resolved.has_filename()) {
+        fail(error, path, code ? code.message() : "not a file name");
+        return nullptr;
+    }
+    std::unique_ptr<FlashFile> file(new FlashFile(resolved.string()));
+    if (!fs::exists(resolved, code) && !file->fill(initial, error)) {
+        return nullptr;
+    }
+    std::vector<std::uint8_t> bytes;
+    if (!file->load(bytes, error)) {
+        return nullptr;
+    }
+    if (::faccessat(AT_FDCWD, file->m_path.c_str(), W_OK, AT_EACCESS) != 0) {
+        fail(error, "cannot write " + file->m_path, because(errno));
+        return nullptr;
+    }
+    const std::string lockName = file->m_path + ".lock";
+    if (!Descriptor(::open(lockName.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kNewFileMode)).valid()) {
+        fail(error, "cannot open " + lockName, because(errno));
+        return nullptr;
+    }
+    const std::string folder = folderOf(file->m_path);
+    if (::faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0) {
+        fail(error, "cannot replace files in " + folder, because(errno));
+        return nullptr;
+    }
+    return file;
+}
+
+bool FlashFile::fill(const std::vector<std::uint8_t>& initial, std::string& error)
+{
+    std::error_code code;
+    const std::string folder = folderOf(m_path);
+    fs::create_directories(folder, code);
+    if (code) {
+        return fail(error, "cannot make the folder " + folder, code.message());
+    }
+    // Under the lock, so that a program which starts at the same moment does not lose what the first one wrote.
+    // Waiting for it, because that one may be filling the file right now.
+    if (!lock(LOCK_EX)) {
+        return fail(error, "cannot lock " + m_path + ".lock", because(errno));
+    }
+    const bool filled = fs::exists(m_path, code) || store(initial, error);
+    unlock();
+    return filled;
+}
+
+bool FlashFile::load(std::vector<std::uint8_t>& bytes, std::string& error) const
+{
+    // Not blocking, for the sake of a pipe of that name.
+    const Descriptor file(::open(m_path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    struct stat info = {};
+    if (!file.valid() || ::fstat(file.get(), &info) != 0) {
+        return fail(error, "cannot read " + m_path, because(errno));
+    }
+    if (S_ISDIR(info.st_mode)) {
+        return fail(error, m_path, "a folder, not a flash image");
+    }
+    if (!S_ISREG(info.st_mode)) {
+        return fail(error, m_path, "not a regular file");
+    }
+    if (info.st_size != static_cast<off_t>(kSimulatedFlashSize)) {
+        return fail(error, m_path,
+                    std::to_string(info.st_size) + " bytes long, a flash image has " +
+                        std::to_string(kSimulatedFlashSize));
+    }
+    bytes.assign(kSimulatedFlashSize, 0);
+    return readAll(file.get(), bytes) || fail(error, "cannot read " + m_path, because(errno));
+}
+
+bool FlashFile::store(const std::vector<std::uint8_t>& bytes, std::string& error) const
+{
+    // One name for all, under the lock: what a killed program leaves behind is used up by the next one.
+    const std::string temporary = m_path + ".new";
+    ::unlink(temporary.c_str());
+    const Descriptor file(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode));
+    if (!file.valid()) {
+        return fail(error, "cannot write beside " + m_path, because(errno));
+    }
+    const bool stored = writeAll(file.get(), bytes) && ::fchmod(file.get(), modeOf(m_path)) == 0 &&
+                        ::fsync(file.get()) == 0 && ::rename(temporary.c_str(), m_path.c_str()) == 0;
+    if (!stored) {
+        const int reason = errno;
+        ::unlink(temporary.c_str());
+        return fail(error, "cannot write " + m_path, because(reason));
+    }
+    return true;
+}
+
+bool FlashFile::lock() { return lock(LOCK_EX | LOCK_NB); }
+
+bool FlashFile::lock(int operation)
+{
+    if (locked()) {
+        return false;
+    }
+    const std::string name = m_path + ".lock";
+    const int file = ::open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kNewFileMode);
+    if (file < 0) {
+        return false;
+    }
+    if (::flock(file, operation) != 0) {
+        const int reason = errno;
+        ::close(file);
+        errno = reason;
+        return false;
+    }
+    m_lock = file;
+    return true;
+}
+
+void FlashFile::unlock()
+{
+    if (locked()) {
+        ::close(m_lock);
+        m_lock = -1;
+    }
+}
+
+std::string defaultFlashFile()
+{
+    constexpr const char* kName = "vornadel/simulated-hub.bin";
+    const char* const state = std::getenv("XDG_STATE_HOME");
+    if (state != nullptr && state[0] == '/') { // a relative one counts as unset
+        return (fs::path(state) / kName).string();
+    }
+    const char* const home = std::getenv("HOME");
+    if (home != nullptr && home[0] == '/') {
+        return (fs::path(home) / ".local/state" / kName).string();
+    }
+    return {};
+}
+
+} // namespace vornadel

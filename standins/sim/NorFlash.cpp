@@ -1,0 +1,78 @@
+#include "standins/sim/NorFlash.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace vornadel
+{
+
+namespace
+{
+
+constexpr std::size_t kBlockStep = 256;
+constexpr std::size_t kVersionBefore = 7;
+constexpr std::array<std::array<std::uint8_t, 2>, 3> kSignatures = {
+    {{0xAA, 0x55}, {0x3C, 0xC3}, {0x55, 0xAA}}};
+
+std::uint16_t wordAt(std::span<const std::uint8_t> flash, std::size_t offset)
+{
+    return static_cast<std::uint16_t>((flash[offset] << 8) | flash[offset + 1]);
+}
+
+bool signatureAt(std::span<const std::uint8_t> flash, std::size_t offset)
+{
+    return std::any_of(kSignatures.begin(), kSignatures.end(), [&](const auto& signature) {
+        return flash[offset] == signature[0] && flash[offset + 1] == signature[1];
+    });
+}
+
+} // namespace
+
+std::optional<FlashIdentity> findFlashIdentity(std::span<const std::uint8_t> flash)
+{
+    for (std::size_t distance = kBlockStep; distance <= flash.size(); distance += kBlockStep) {
+        const std::size_t block = flash.size() - distance;
+        if (!signatureAt(flash, block)) {
+            continue;
+        }
+        if (block < kVersionBefore) {
+            return std::nullopt;
+        }
+        return FlashIdentity{wordAt(flash, block - kVersionBefore), wordAt(flash, block + 2),
+                             wordAt(flash, block + 4), wordAt(flash, block + 6)};
+    }
+    return std::nullopt;
+}
+
+NorFlash::NorFlash() : m_bytes(kSimulatedFlashSize, 0xFF) {}
+
+bool NorFlash::covers(std::uint32_t address, std::size_t length)
+{
+    return address <= kSimulatedFlashSize && length <= kSimulatedFlashSize - address;
+}
+
+void NorFlash::erase() { std::fill(m_bytes.begin(), m_bytes.end(), std::uint8_t{0xFF}); }
+
+void NorFlash::program(std::uint32_t address, std::span<const std::uint8_t> data)
+{
+    for (std::size_t i = 0; i < data.size(); ++i) {
+        m_bytes[address + i] &= data[i];
+    }
+}
+
+std::span<const std::uint8_t> NorFlash::read(std::uint32_t address, std::size_t length) const
+{
+    return std::span(m_bytes).subspan(address, length);
+}
+
+bool NorFlash::assign(std::vector<std::uint8_t> bytes)
+{
+    if (bytes.size() != kSimulatedFlashSize) {
+        return false;
+    }
+    m_bytes = std::move(bytes);
+    return true;
+}
+
+} // namespace vornadel

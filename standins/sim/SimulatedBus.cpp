@@ -1,0 +1,107 @@
+#include "standins/sim/SimulatedBus.h"
+
+#include <cstddef>
+#include <utility>
+#include <vector>
+
+namespace vornadel
+{
+
+namespace
+{
+
+class SimulatedDevice final : public UsbDevice
+{
+public:
+    SimulatedDevice(std::shared_ptr<SimulatedHub> hub, const AttachedPort& port)
+        : m_hub(std::move(hub)), m_port(port)
+    {
+    }
+    ~SimulatedDevice() override { giveBack(); }
+
+    std::uint16_t vendorId() const override { return m_port.vendorId; }
+    std::uint16_t productId() const override { return m_port.productId; }
+
+    bool open() override
+    {
+        if (m_open) {
+            return false;
+        }
+        m_open = m_hub->open(m_port);
+        return m_open;
+    }
+
+    std::uint32_t control(ControlRequest& request) override
+    {
+        return m_open ? m_hub->control(m_port, request) : kSimulatedNotOpen;
+    }
+
+    void close() override { giveBack(); }
+
+private:
+    void giveBack()
+    {
+        if (m_open) {
+            m_hub->close(m_port);
+            m_open = false;
+        }
+    }
+
+    std::shared_ptr<SimulatedHub> m_hub;
+    AttachedPort m_port;
+    bool m_open = false;
+};
+
+class SimulatedSearch final : public UsbSearch
+{
+public:
+    explicit SimulatedSearch(std::shared_ptr<SimulatedHub> hub)
+        : m_hub(std::move(hub)), m_found(m_hub->attachedPorts())
+    {
+    }
+
+    Step next(std::unique_ptr<UsbDevice>& device) override
+    {
+        device.reset();
+        if (m_next == m_found.size()) {
+            return Step::End;
+        }
+        device = std::make_unique<SimulatedDevice>(m_hub, m_found[m_next++]);
+        return Step::Device;
+    }
+
+    void release() override { m_next = m_found.size(); }
+
+private:
+    std::shared_ptr<SimulatedHub> m_hub;
+    std::vector<AttachedPort> m_found;
+    std::size_t m_next = 0;
+};
+
+} // namespace
+
+SimulatedBus::SimulatedBus(std::shared_ptr<SimulatedHub> hub) : m_hub(std::move(hub)) {}
+
+// unwatch() is virtual, and the notifier can be reached without it
+std::unique_ptr<SimulatedBus> SimulatedBus::create(std::string_view options, Clock& clock, std::string& error)
+{
+    SimulatedHubOptions read;
+    return parseSimulatedHubOptions(options, read, error) ? create(read, clock, error) : nullptr;
+}
+
+SimulatedBus::~SimulatedBus() { m_hub->notifier().unwatch(); }
+
+std::unique_ptr<SimulatedBus> SimulatedBus::create(const SimulatedHubOptions& options, Clock& clock,
+                                                   std::string& error)
+{
+    std::shared_ptr<SimulatedHub> hub = SimulatedHub::create(options, clock, error);
+    return hub ? std::unique_ptr<SimulatedBus>(new SimulatedBus(std::move(hub))) : nullptr;
+}
+
+std::unique_ptr<UsbSearch> SimulatedBus::search() { return std::make_unique<SimulatedSearch>(m_hub); }
+
+bool SimulatedBus::watch(Listener listener) { return m_hub->notifier().watch(std::move(listener)); }
+
+void SimulatedBus::unwatch() { m_hub->notifier().unwatch(); }
+
+} // namespace vornadel

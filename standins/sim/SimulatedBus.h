@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/UsbBus.h"
+#include "standins/sim/SimulatedHub.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace vornadel
+{
+
+/// A USB bus with one simulated hub on it. Events come on the clock's thread, or on the thread that sends the
+/// request or pulls the plug. Searches and devices may outlive the bus, but not the clock.
+class SimulatedBus final : public UsbBus
+{
+public:
+    /// Null and a sentence in `error` when the hub cannot be made.
+    static std::unique_ptr<SimulatedBus> create(const SimulatedHubOptions& options, Clock& clock,
+                                                std::string& error);
+    /// The same with the options as they are written on a command line.
+    static std::unique_ptr<SimulatedBus> create(std::string_view options, Clock& clock, std::string& error);
+    ~SimulatedBus() override;
+
+    std::unique_ptr<UsbSearch> search() override;
+    bool watch(Listener listener) override;
+    void unwatch() override;
+
+    SimulatedHub& hub() { return *m_hub; }
+
+private:
+    explicit SimulatedBus(std::shared_ptr<SimulatedHub> hub);
+
+    std::shared_ptr<SimulatedHub> m_hub;
+};
+
+} // namespace vornadel

@@ -1,0 +1,288 @@
+#include "standins/sim/SimulatedHub.h"
+
+#include "standins/sim/DemoImage.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vornadel
+{
+
+namespace
+{
+
+constexpr Clock::Duration kRestartTime = std::chrono::milliseconds(700);
+constexpr Clock::Duration kBounceStay = std::chrono::milliseconds(100);
+
+std::size_t indexOf(HubPort port) { return static_cast<std::size_t>(port); }
+
+} // namespace
+
+SimulatedHub::SimulatedHub(const SimulatedHubOptions& options, Clock& clock)
+    : m_clock(clock), m_latency(options.latency), m_restartSpeed(options.restartSpeed),
+      m_fixedIds(options.ids)
+{
+    for (const Fault& fault : options.faults) {
+        m_faults.add(fault);
+    }
+}
+
+std::shared_ptr<SimulatedHub> SimulatedHub::create(const SimulatedHubOptions& options, Clock& clock,
+                                                   std::string& error)
+{
+    std::vector<std::uint8_t> bytes = options.initialFlash.empty() ? demoImage() : options.initialFlash;
+    if (bytes.size() != kSimulatedFlashSize) {
+        error = "the simulated flash has " + std::to_string(kSimulatedFlashSize) + " bytes, not " +
+                std::to_string(bytes.size());
+        return nullptr;
+    }
+    std::unique_ptr<FlashFile> file;
+    if (!options.keepInMemory) {
+        const std::string path = options.image.empty() ? defaultFlashFile() : options.image;
+        if (path.empty()) {
+            error = "no folder is known for the simulated hub's flash; name a file with image=FILE";
+            return nullptr;
+        }
+        file = FlashFile::openOrCreate(path, bytes, error);
+        if (!file || !file->load(bytes, error)) {
+            return nullptr;
+        }
+    }
+    std::shared_ptr<SimulatedHub> hub(new SimulatedHub(options, clock));
+    const std::lock_guard lock(hub->m_mutex);
+    hub->m_flash.assign(std::move(bytes));
+    hub->m_file = std::move(file);
+    hub->startCode(options.mode);
+    for (Port& port : hub->m_ports) {
+        port.attached = true;
+    }
+    return hub;
+}
+
+void SimulatedHub::addFault(const Fault& fault)
+{
+    const std::lock_guard lock(m_mutex);
+    m_faults.add(fault);
+}
+
+void SimulatedHub::unplug()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        leaveBus();
+    }
+    m_notifier.deliver();
+}
+
+void SimulatedHub::replug(HubCode code)
+{
+    std::uint64_t session = 0;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (std::any_of(m_ports.begin(), m_ports.end(), [](const Port& port) { return port.attached; })) {
+            return;
+        }
+        session = ++m_session;
+        startCode(code);
+    }
+    attach(session);
+}
+
+std::vector<std::uint8_t> SimulatedHub::flash() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_flash.bytes();
+}
+
+bool SimulatedHub::setFlash(std::vector<std::uint8_t> bytes)
+{
+    const std::lock_guard lock(m_mutex);
+    return bytes.size() == kSimulatedFlashSize &&
+           changeFlash([&](NorFlash& flash) { flash.assign(std::move(bytes)); });
+}
+
+HubCode SimulatedHub::runningCode() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_code;
+}
+
+unsigned SimulatedHub::requestCount() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_faults.requests();
+}
+
+unsigned SimulatedHub::faultsTriggered() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_faults.triggered();
+}
+
+std::vector<AttachedPort> SimulatedHub::attachedPorts() const
+{
+    const std::lock_guard lock(m_mutex);
+    std::vector<AttachedPort> attached;
+    if (m_ports[indexOf(HubPort::SuperSpeed)].attached) {
+        attached.push_back(
+            {HubPort::SuperSpeed, m_session, m_ids.vendorId, m_ids.superSpeedId, m_ids.highSpeedId});
+    }
+    if (m_ports[indexOf(HubPort::HighSpeed)].attached) {
+        attached.push_back(
+            {HubPort::HighSpeed, m_session, m_ids.vendorId, m_ids.highSpeedId, m_ids.superSpeedId});
+    }
+    return attached;
+}
+
+bool SimulatedHub::open(const AttachedPort& device)
+{
+    const std::lock_guard lock(m_mutex);
+    Port& port = m_ports[indexOf(device.port)];
+    if (device.session != m_session || !port.attached || m_faults.countOpen() || port.opened) {
+        return false;
+    }
+    // The lock is the whole hub's: the first of its devices takes it.
+    if (m_file && !m_file->locked()) {
+        std::vector<std::uint8_t> bytes;
+        std::string unread;
+        if (!m_file->lock()) {
+            return false;
+        }
+        if (!m_file->load(bytes, unread)) {
+            m_file->unlock();
+            return false;
+        }
+        m_flash.assign(std::move(bytes)); // another program may have changed it meanwhile
+    }
+    port.opened = true;
+    return true;
+}
+
+void SimulatedHub::close(const AttachedPort& device)
+{
+    const std::lock_guard lock(m_mutex);
+    if (!isOpen(device)) {
+        return;
+    }
+    m_ports[indexOf(device.port)].opened = false;
+    if (m_file &&
+        std::none_of(m_ports.begin(), m_ports.end(), [](const Port& port) { return port.opened; })) {
+        m_file->unlock();
+    }
+}
+
+bool SimulatedHub::isOpen(const AttachedPort& device) const
+{
+    const Port& port = m_ports[indexOf(device.port)];
+    return device.session == m_session && port.attached && port.opened;
+}
+
+/// Both devices at once: every handle dies, and a return that was under way is called off.
+void SimulatedHub::leaveBus()
+{
+    ++m_session;
+    for (Port& port : m_ports) {
+        if (port.attached) {
+            m_notifier.push(UsbEvent::Detached);
+        }
+        port = Port();
+    }
+    if (m_file) {
+        m_file->unlock();
+    }
+}
+
+void SimulatedHub::startCode(HubCode code)
+{
+    const std::optional<FlashIdentity> identity = findFlashIdentity(m_flash.bytes());
+    m_code = identity ? code : HubCode::Rom;
+    if (m_fixedIds) {
+        m_ids = *m_fixedIds;
+    } else if (identity) {
+        m_ids = {identity->vendorId, identity->superSpeedId, identity->highSpeedId};
+    } else {
+        m_ids = SimulatedIds();
+    }
+}
+
+/// Changes the flash and its file together, or neither.
+bool SimulatedHub::changeFlash(const std::function<void(NorFlash&)>& change)
+{
+    NorFlash changed = m_flash;
+    change(changed);
+    std::string unwritten;
+    if (m_file && !m_file->store(changed.bytes(), unwritten)) {
+        return false;
+    }
+    m_flash = std::move(changed);
+    return true;
+}
+
+Clock::Duration SimulatedHub::restartTime() const
+{
+    return m_latency == SimulatedLatency::None ? Clock::Duration(0) : kRestartTime;
+}
+
+/// Runs the task after `delay`, at once when there is none, and not at all once the hub is gone.
+void SimulatedHub::schedule(Clock::Duration delay, std::function<void(SimulatedHub&)> task)
+{
+    if (delay <= Clock::Duration(0)) {
+        task(*this);
+        return;
+    }
+    m_clock.after(delay, [weak = weak_from_this(), task = std::move(task)] {
+        if (const std::shared_ptr<SimulatedHub> hub = weak.lock()) {
+            task(*hub);
+        }
+    });
+}
+
+void SimulatedHub::comeBack(const Restart& restart)
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_session != restart.session) { // unplugged or plugged in again meanwhile
+            return;
+        }
+        startCode(restart.code);
+    }
+    attach(restart.session);
+    if (restart.effects.bounce) {
+        schedule(kBounceStay, [restart](SimulatedHub& hub) { hub.bounce(restart); });
+    }
+}
+
+/// Brings the devices of one stay onto the bus, each with its own event.
+void SimulatedHub::attach(std::uint64_t session)
+{
+    for (Port& port : m_ports) {
+        {
+            const std::lock_guard lock(m_mutex);
+            if (m_session != session) { // it left again between the two
+                return;
+            }
+            port.attached = true;
+            m_notifier.push(UsbEvent::Attached);
+        }
+        m_notifier.deliver();
+    }
+}
+
+/// A badly seated plug: once more away and back, into the same code.
+void SimulatedHub::bounce(const Restart& restart)
+{
+    Restart second = restart;
+    second.effects = RestartEffects();
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_session != restart.session) {
+            return;
+        }
+        leaveBus();
+        second.session = m_session;
+    }
+    m_notifier.deliver();
+    schedule(restartTime(), [second](SimulatedHub& hub) { hub.comeBack(second); });
+}
+
+} // namespace vornadel

@@ -1,0 +1,191 @@
+#include "standins/virtual_hub/VhciHost.h"
+
+#include "standins/virtual_hub/UrbExchange.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <exception>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace vornadel
+{
+
+using namespace std::chrono_literals;
+
+namespace
+{
+
+HubPort otherHalf(HubPort half)
+{
+    return half == HubPort::SuperSpeed ? HubPort::HighSpeed : HubPort::SuperSpeed;
+}
+
+bool samePlace(const VhciPorts::Port& one, const VhciPorts::Port& other)
+{
+    return one.controller == other.controller && one.place == other.place;
+}
+
+} // namespace
+
+bool VhciHost::attach(const VirtualDevice& device, std::string& error)
+{
+    VhciPorts::Port port;
+    {
+        const VhciPorts::Turn turn(m_ports);
+        if (!waitUntil([&] { return turn.come(); }, 10s)) {
+            error = "another program does not stop taking ports of vhci_hcd";
+            return false;
+        }
+        const std::lock_guard lock(m_mutex);
+        if (!plugIn(device, port, error)) {
+            return false;
+        }
+    }
+    waitUntil([&] { return m_ports.occupied(port) || !device.present(); }, 10s);
+    return true;
+}
+
+void VhciHost::beginDetach(unsigned hub, HubPort half)
+{
+    if (const std::shared_ptr<DeviceLink> link = linkOf({hub, half})) {
+        link->leave();
+    }
+}
+
+void VhciHost::finishDetach(unsigned hub, HubPort half)
+{
+    const std::shared_ptr<DeviceLink> link = linkOf({hub, half});
+    if (!link) {
+        return;
+    }
+    link->join();
+    VhciPorts::Port port;
+    {
+        const std::lock_guard lock(m_mutex);
+        Seat& seat = m_seats.at({hub, half});
+        seat.link.reset();
+        port = seat.port;
+    }
+    // Another program may have taken the port as soon as it was free.
+    waitUntil([&] { return !m_ports.occupied(port) && !m_ports.taken(port); }, 3s);
+}
+
+std::string VhciHost::busId(unsigned hub, HubPort half)
+{
+    const std::lock_guard lock(m_mutex);
+    const auto seat = m_seats.find({hub, half});
+    return seat != m_seats.end() && seat->second.link ? m_ports.busId(seat->second.port) : std::string();
+}
+
+std::shared_ptr<DeviceLink> VhciHost::linkOf(const Half& half)
+{
+    const std::lock_guard lock(m_mutex);
+    const auto seat = m_seats.find(half);
+    return seat != m_seats.end() ? seat->second.link : nullptr;
+}
+
+/// The half that is on the bus already decides for the other. The first one takes a whole place: where only its own port
+/// is free, a stranger has the one beside it. Null and a sentence in `error` when there is none.
+const VhciPorts::Port* VhciHost::choosePort(const Half& half, const std::vector<VhciPorts::Port>& ports,
+                                            std::string& error) const
+{
+    const auto isFree = [&](const VhciPorts::Port& place, HubPort speed) {
+        return std::any_of(ports.begin(), ports.end(), [&](const VhciPorts::Port& port) {
+            return port.free && port.speed == speed && samePlace(port, place);
+        });
+    };
+    const HubPort otherSpeed = otherHalf(half.second);
+    const auto sister = m_seats.find({half.first, otherSpeed});
+    const bool hasSister = sister != m_seats.end() && sister->second.link;
+    const VhciPorts::Port* chosen = nullptr;
+    int best = 0;
+    for (const VhciPorts::Port& port : ports) {
+        if (port.speed != half.second || !port.free ||
+            !(hasSister ? samePlace(port, sister->second.port) : isFree(port, otherSpeed))) {
+            continue;
+        }
+        if (const int found = preference(half.first, port); found > best) {
+            best = found;
+            chosen = &port;
+        }
+    }
+    if (chosen == nullptr) {
+        error = hasSister ? "the vhci_hcd port beside the hub's other half is in use"
+                          : "vhci_hcd has no free pair of a SuperSpeed and a high-speed port";
+    }
+    return chosen;
+}
+
+/// 3: where the hub was before; 2: where none was; 1: where another one will want to come back to.
+int VhciHost::preference(unsigned hub, const VhciPorts::Port& port) const
+{
+    int found = 2;
+    for (const auto& [half, seat] : m_seats) {
+        if (samePlace(seat.port, port)) {
+            if (half.first == hub) {
+                return 3;
+            }
+            found = 1;
+        }
+    }
+    return found;
+}
+
+bool VhciHost::plugIn(const VirtualDevice& device, VhciPorts::Port& port, std::string& error)
+{
+    constexpr int kTries = 8; // other programs may take ports meanwhile
+    const Half half = {device.hub, device.half};
+    std::array<int, 2> ends{};
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
+        error = "no socket for the device: " + std::string(std::strerror(errno));
+        return false;
+    }
+    VhciPorts::Attach outcome = VhciPorts::Attach::Taken;
+    for (int tried = 0; tried < kTries && outcome == VhciPorts::Attach::Taken; ++tried) {
+        const std::vector<VhciPorts::Port> ports = m_ports.list(error);
+        if (ports.empty()) {
+            break;
+        }
+        const VhciPorts::Port* const chosen = choosePort(half, ports, error);
+        if (chosen == nullptr) {
+            break;
+        }
+        port = *chosen;
+        outcome = m_ports.attach(port, ends[0], deviceNumber(device), error);
+    }
+    close(ends[0]); // the kernel has its own reference
+    if (outcome != VhciPorts::Attach::Done) {
+        close(ends[1]);
+        return false;
+    }
+    std::shared_ptr<DeviceLink> link;
+    try {
+        link = std::make_shared<DeviceLink>(ends[1], std::make_unique<UrbExchange>(device), m_clock);
+    } catch (const std::exception& problem) {
+        error = "no thread for the device: " + std::string(problem.what());
+        close(ends[1]); // the kernel gives the port free
+        return false;
+    }
+    m_seats[half] = {port, std::move(link)};
+    return true;
+}
+
+/// Looks again and again, but no longer than `longest`: each look takes its time, too. False when it was in vain.
+template <typename Condition>
+bool VhciHost::waitUntil(const Condition& condition, Clock::Duration longest)
+{
+    constexpr Clock::Duration kBetweenLooks = std::chrono::milliseconds(5);
+    const Clock::Duration end = m_clock.now() + longest;
+    while (!condition()) {
+        if (m_clock.now() >= end) {
+            return false;
+        }
+        m_clock.sleep(kBetweenLooks);
+    }
+    return true;
+}
+
+} // namespace vornadel

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "platform/Clock.h"
+#include "standins/virtual_hub/DeviceLink.h"
+#include "standins/virtual_hub/HubHost.h"
+#include "standins/virtual_hub/VhciPorts.h"
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vornadel
+{
+
+/// Puts the halves into virtual ports of this machine's kernel. The kernel takes the SuperSpeed and the high-speed port
+/// at one place of a controller for one connector, so the halves of a hub share a place and no two hubs do.
+class VhciHost final : public HubHost
+{
+public:
+    /// The ports and the clock outlive the host.
+    VhciHost(const VhciPorts& ports, Clock& clock) : m_ports(ports), m_clock(clock) {}
+
+    /// Returns when the kernel has the device, has not taken notice of it for a few seconds, or the stay is over.
+    bool attach(const VirtualDevice& device, std::string& error) override;
+    void beginDetach(unsigned hub, HubPort half) override;
+    void finishDetach(unsigned hub, HubPort half) override;
+    std::string busId(unsigned hub, HubPort half) override;
+
+private:
+    using Half = std::pair<unsigned, HubPort>;
+    struct Seat {
+        VhciPorts::Port port;
+        std::shared_ptr<DeviceLink> link; // null: the half is away and its port is kept in mind
+    };
+
+    const VhciPorts::Port* choosePort(const Half& half, const std::vector<VhciPorts::Port>& ports,
+                                      std::string& error) const;
+    int preference(unsigned hub, const VhciPorts::Port& port) const;
+    bool plugIn(const VirtualDevice& device, VhciPorts::Port& port, std::string& error);
+    std::shared_ptr<DeviceLink> linkOf(const Half& half);
+    template <typename Condition>
+    bool waitUntil(const Condition& condition, Clock::Duration longest);
+
+    const VhciPorts& m_ports;
+    Clock& m_clock;
+    std::mutex m_mutex; // guards what follows, and the time between choosing a port and taking it
+    std::map<Half, Seat> m_seats;
+};
+
+} // namespace vornadel

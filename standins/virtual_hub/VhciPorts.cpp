@@ -1,0 +1,145 @@
+#include "standins/virtual_hub/VhciPorts.h"
+
+#include "standins/virtual_hub/VirtualDevice.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <fstream>
+#include <sstream>
+#include <string_view>
+#include <sys/file.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace vornadel
+{
+
+namespace
+{
+
+constexpr const char* kFirstController = "vhci_hcd.0"; // its folder has the files of all
+
+/// The file with the ports of one controller.
+std::string statusFile(unsigned controller)
+{
+    return controller == 0 ? "status" : "status." + std::to_string(controller);
+}
+
+/// One line: "hs  0000 004 000 00000000 000000 0-0", with the speed, the number and the state, 4 for a free port. False
+/// for the line of titles.
+bool readPort(const std::string& line, VhciPorts::Port& port)
+{
+    constexpr unsigned kFree = 4;
+    std::istringstream words(line);
+    std::string speed;
+    unsigned state = 0;
+    if (!(words >> speed >> port.number >> state) || (speed != "hs" && speed != "ss")) {
+        return false;
+    }
+    port.speed = speed == "ss" ? HubPort::SuperSpeed : HubPort::HighSpeed;
+    port.free = state == kFree;
+    return true;
+}
+
+} // namespace
+
+VhciPorts::Turn::Turn(const VhciPorts& ports) : m_file(open(ports.attachFile().c_str(), O_WRONLY | O_CLOEXEC))
+{
+}
+
+VhciPorts::Turn::~Turn()
+{
+    if (m_file >= 0) {
+        close(m_file); // the lock goes with it
+    }
+}
+
+bool VhciPorts::Turn::come() const { return m_file < 0 || flock(m_file, LOCK_EX | LOCK_NB) == 0; }
+
+std::filesystem::path VhciPorts::attachFile() const { return m_devices / kFirstController / "attach"; }
+
+std::vector<VhciPorts::Port> VhciPorts::list(std::string& error) const
+{
+    std::vector<Port> ports;
+    const std::filesystem::path folder = m_devices / kFirstController;
+    for (unsigned controller = 0;; ++controller) {
+        std::ifstream file(folder / statusFile(controller));
+        if (!file) {
+            break;
+        }
+        std::array<unsigned, kHubPortCount> places{};
+        for (std::string line; std::getline(file, line);) {
+            Port port;
+            if (readPort(line, port)) {
+                port.controller = controller;
+                port.place = places.at(static_cast<std::size_t>(port.speed))++;
+                ports.push_back(port);
+            }
+        }
+    }
+    if (ports.empty()) {
+        error = "the kernel module vhci_hcd is not loaded; \"sudo modprobe vhci-hcd\" loads it";
+    } else if (faccessat(AT_FDCWD, attachFile().c_str(), W_OK, AT_EACCESS) != 0) {
+        error = "no right to attach virtual devices; only root may, so run the program with sudo";
+        ports.clear();
+    }
+    return ports;
+}
+
+VhciPorts::Attach VhciPorts::attach(const Port& port, int socket, std::uint32_t device,
+                                    std::string& error) const
+{
+    const std::string text = std::to_string(port.number) + ' ' + std::to_string(socket) + ' ' +
+                             std::to_string(device) + ' ' + std::to_string(speedNumber(port.speed));
+    const int file = open(attachFile().c_str(), O_WRONLY | O_CLOEXEC);
+    const bool done = file >= 0 && write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size());
+    const int problem = errno;
+    if (file >= 0) {
+        close(file);
+    }
+    if (done) {
+        return Attach::Done;
+    }
+    error = "vhci_hcd did not take the device: " + std::string(std::strerror(problem));
+    return problem == EBUSY ? Attach::Taken : Attach::Failed;
+}
+
+/// Each controller has two buses, told apart by the speed of their root hubs in Mbit/s.
+std::string VhciPorts::busId(const Port& port) const
+{
+    const std::string_view speed = port.speed == HubPort::SuperSpeed ? "5000" : "480";
+    std::error_code none;
+    const std::filesystem::path folder = m_devices / ("vhci_hcd." + std::to_string(port.controller));
+    for (const auto& entry : std::filesystem::directory_iterator(folder, none)) {
+        const std::string name = entry.path().filename().string();
+        std::ifstream file(entry.path() / "speed");
+        std::string found;
+        if (name.starts_with("usb") && file >> found && found == speed) {
+            return name.substr(3) + '-' + std::to_string(port.place + 1);
+        }
+    }
+    return {};
+}
+
+bool VhciPorts::taken(const Port& port) const
+{
+    std::string unused;
+    const std::vector<Port> ports = list(unused);
+    return std::any_of(ports.begin(), ports.end(),
+                       [&](const Port& found) { return found.number == port.number && !found.free; });
+}
+
+bool VhciPorts::occupied(const Port& port) const
+{
+    const std::string id = busId(port);
+    std::error_code none;
+    return !id.empty() &&
+           std::filesystem::exists(m_devices / ("vhci_hcd." + std::to_string(port.controller)) /
+                                       ("usb" + id.substr(0, id.find('-'))) / id,
+                                   none);
+}
+
+} // namespace vornadel

@@ -1,0 +1,276 @@
+#include "base/GenFun.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace vornadel::test
+{
+namespace
+{
+
+struct BitRange {
+    std::uint8_t high = 1;
+    std::uint8_t low = 1;
+    bool operator==(const BitRange&) const = default;
+};
+
+BitRange bitsOf(std::uint8_t mask)
+{
+    BitRange range;
+    GF_Mask2Bits(mask, &range.high, &range.low);
+    return range;
+}
+
+std::uint8_t get(std::uint8_t byte, std::uint8_t mask) { return GF_GetMaskValue(&byte, mask); }
+
+std::uint8_t set(std::uint8_t byte, std::uint8_t mask, std::uint8_t value)
+{
+    GF_SetMaskValue(&byte, mask, value);
+    return byte;
+}
+
+template <std::size_t N>
+std::string printed(const std::array<std::uint8_t, N>& bytes, std::int32_t count = N)
+{
+    ::testing::internal::CaptureStdout();
+    GF_PrintHex(bytes.data(), count);
+    return ::testing::internal::GetCapturedStdout();
+}
+
+TEST(Mask2Bits, NamesHighestAndLowestBit)
+{
+    EXPECT_EQ(bitsOf(0x30), (BitRange{5, 4}));
+    EXPECT_EQ(bitsOf(0x01), (BitRange{0, 0}));
+    EXPECT_EQ(bitsOf(0x80), (BitRange{7, 7}));
+    EXPECT_EQ(bitsOf(0xFF), (BitRange{7, 0}));
+}
+
+TEST(Mask2Bits, DoesNotReportGaps) { EXPECT_EQ(bitsOf(0x41), (BitRange{6, 0})); }
+
+TEST(Mask2Bits, LeavesBothAtMinusOneForTheEmptyMask)
+{
+    const BitRange range = bitsOf(0);
+    EXPECT_EQ(range, (BitRange{0xFF, 0xFF}));
+    EXPECT_EQ(static_cast<std::int8_t>(range.high), -1);
+    EXPECT_EQ(static_cast<std::int8_t>(range.low), -1);
+}
+
+TEST(Mask2BitsDeathTest, StopsTheProgramWithoutAPlaceForTheResult)
+{
+    std::uint8_t place = 0;
+    EXPECT_DEATH(GF_Mask2Bits(0x30, nullptr, &place),
+                 "^Assertion failed: \\(high\\), function GF_Mask2Bits, file GenFun, line 98\\.\n");
+    EXPECT_DEATH(GF_Mask2Bits(0x30, &place, nullptr),
+                 "^Assertion failed: \\(low\\), function GF_Mask2Bits, file GenFun, line 98\\.\n");
+    EXPECT_DEATH(GF_Mask2Bits(0, nullptr, nullptr), "\\(high\\)");
+}
+
+TEST(Mask2Shift, IsThePlaceOfTheLowestBitAndEightForNone)
+{
+    EXPECT_EQ(GF_Mask2Shift(0x01), 0);
+    EXPECT_EQ(GF_Mask2Shift(0x03), 0);
+    EXPECT_EQ(GF_Mask2Shift(0xFF), 0);
+    EXPECT_EQ(GF_Mask2Shift(0x06), 1);
+    EXPECT_EQ(GF_Mask2Shift(0xF0), 4);
+    EXPECT_EQ(GF_Mask2Shift(0x80), 7);
+    EXPECT_EQ(GF_Mask2Shift(0), 8);
+}
+
+TEST(GetMaskValue, ReadsTheFieldRightAligned)
+{
+    EXPECT_EQ(get(0xA5, 0x30), 2);
+    EXPECT_EQ(get(0xFE, 0x01), 0);
+    EXPECT_EQ(get(0xFF, 0x80), 1);
+}
+
+TEST(GetMaskValue, ReadsZeroUnderTheEmptyMask) { EXPECT_EQ(get(0xFF, 0), 0); }
+
+TEST(GetMaskValue, DoesNotPackTheBitsOfAMaskWithGaps)
+{
+    EXPECT_EQ(get(0xFF, 0x05), 5);
+    EXPECT_EQ(get(0xFF, 0x0A), 5);
+}
+
+TEST(SetMaskValue, WritesTheFieldAndCutsWhatDoesNotFit)
+{
+    EXPECT_EQ(set(0x00, 0x30, 3), 0x30);
+    EXPECT_EQ(set(0x00, 0x30, 4), 0x00);
+    EXPECT_EQ(set(0x00, 0x06, 5), 0x02);
+}
+
+TEST(SetMaskValue, KeepsTheOtherBits)
+{
+    EXPECT_EQ(set(0x7F, 0x80, 1), 0xFF);
+    EXPECT_EQ(set(0xFF, 0x18, 0), 0xE7);
+}
+
+TEST(SetMaskValue, LeavesTheByteUnderTheEmptyMask) { EXPECT_EQ(set(0x5A, 0, 0xFF), 0x5A); }
+
+// Bit by bit, from what a field is rather than from how it is computed.
+std::uint8_t fieldWritten(unsigned byte, unsigned mask, unsigned value)
+{
+    unsigned result = 0;
+    unsigned valueBit = 0;
+    bool inField = false;
+    for (unsigned weight = 1; weight < 256; weight *= 2) {
+        const bool masked = mask / weight % 2 == 1;
+        inField = inField || masked;
+        const bool bit = masked ? (value >> valueBit) % 2 == 1 : byte / weight % 2 == 1;
+        result += bit ? weight : 0;
+        valueBit += inField ? 1 : 0;
+    }
+    return static_cast<std::uint8_t>(result);
+}
+
+unsigned fieldRead(unsigned byte, unsigned mask)
+{
+    unsigned result = 0;
+    unsigned valueWeight = 0;
+    for (unsigned weight = 1; weight < 256; weight *= 2) {
+        const bool masked = mask / weight % 2 == 1;
+        valueWeight = valueWeight != 0 ? valueWeight * 2 : (masked ? 1 : 0);
+        result += masked && byte / weight % 2 == 1 ? valueWeight : 0;
+    }
+    return result;
+}
+
+TEST(MaskValueLaws, HoldForEveryMaskByteAndValue)
+{
+    for (unsigned mask = 0; mask < 256; ++mask) {
+        const auto m = static_cast<std::uint8_t>(mask);
+        const unsigned room = fieldRead(0xFF, mask);
+        for (unsigned byte = 0; byte < 256; ++byte) {
+            const auto b = static_cast<std::uint8_t>(byte);
+            ASSERT_EQ(get(b, m), fieldRead(byte, mask)) << "mask " << mask << " byte " << byte;
+            ASSERT_EQ(set(b, m, get(b, m)), b) << "mask " << mask << " byte " << byte;
+            for (unsigned value = 0; value < 256; ++value) {
+                const std::uint8_t after = set(b, m, static_cast<std::uint8_t>(value));
+                const bool asTold =
+                    after == fieldWritten(byte, mask, value) && get(after, m) == (value & room);
+                if (!asTold) {
+                    FAIL() << "mask " << mask << " byte " << byte << " value " << value << " gave " << +after;
+                }
+            }
+        }
+    }
+}
+
+TEST(Mask2BitsLaws, EnclosesEveryMask)
+{
+    for (unsigned mask = 1; mask < 256; ++mask) {
+        const BitRange range = bitsOf(static_cast<std::uint8_t>(mask));
+        EXPECT_EQ(mask % (1U << range.low), 0U) << mask;
+        EXPECT_EQ(mask / (1U << range.low) % 2, 1U) << mask;
+        EXPECT_EQ(mask / (1U << range.high), 1U) << mask;
+        EXPECT_EQ(range.low, GF_Mask2Shift(static_cast<std::uint8_t>(mask))) << mask;
+    }
+}
+
+TEST(IsAlphaNum, IsTrueForAsciiDigitsAndLettersAlone)
+{
+    const std::string wanted = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
+    for (int code = 0; code < 256; ++code) {
+        const char c = static_cast<char>(code);
+        EXPECT_EQ(GF_IsAlphaNum(c), wanted.find(c) != std::string::npos) << code;
+    }
+}
+
+TEST(Char2Value, CountsLettersOnPastTheHexDigits)
+{
+    EXPECT_EQ(GF_Char2Value('0'), 0);
+    EXPECT_EQ(GF_Char2Value('9'), 9);
+    EXPECT_EQ(GF_Char2Value('a'), 10);
+    EXPECT_EQ(GF_Char2Value('F'), 15);
+    EXPECT_EQ(GF_Char2Value('g'), 16);
+    EXPECT_EQ(GF_Char2Value('z'), 35);
+    EXPECT_EQ(GF_Char2Value('Z'), 35);
+}
+
+TEST(Char2Value, IsZeroForAnythingElse)
+{
+    for (int code = 0; code < 256; ++code) {
+        const char c = static_cast<char>(code);
+        if (!GF_IsAlphaNum(c)) {
+            EXPECT_EQ(GF_Char2Value(c), 0) << code;
+        }
+    }
+    EXPECT_EQ(GF_Char2Value('-'), 0);
+}
+
+TEST(Value2HexChar, GivesLowerCaseDigitsAndNulAboveFifteen)
+{
+    const std::string digits = "0123456789abcdef";
+    for (unsigned value = 0; value < 256; ++value) {
+        const char wanted = value < 16 ? digits[value] : '\0';
+        EXPECT_EQ(GF_Value2HexChar(static_cast<std::uint8_t>(value)), wanted) << value;
+    }
+}
+
+TEST(PrintHex, PrintsThreeBytesOnOneLine)
+{
+    EXPECT_EQ(printed(std::array<std::uint8_t, 3>{0xAA, 0x0B, 0xCC}), "aa 0b cc \n");
+}
+
+TEST(PrintHex, EndsEightBytesWithAnEmptyLine)
+{
+    EXPECT_EQ(printed(std::array<std::uint8_t, 8>{0, 1, 2, 3, 4, 5, 6, 7}), "00 01 02 03 04 05 06 07 \n\n");
+}
+
+TEST(PrintHex, BreaksTheLineAfterEveryEighthByte)
+{
+    EXPECT_EQ(printed(std::array<std::uint8_t, 9>{0, 1, 2, 3, 4, 5, 6, 7, 8}),
+              "00 01 02 03 04 05 06 07 \n08 \n");
+}
+
+TEST(PrintHex, PrintsOnlyANewlineForNoBytesAndNothingForNull)
+{
+    EXPECT_EQ(printed(std::array<std::uint8_t, 1>{0xAA}, 0), "\n");
+    EXPECT_EQ(printed(std::array<std::uint8_t, 1>{0xAA}, -1), "\n");
+    ::testing::internal::CaptureStdout();
+    GF_PrintHex(nullptr, 3);
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
+}
+
+TEST(ShellEscapeTest, PutsABackslashBeforeBlanksAndParentheses)
+{
+    EXPECT_STREQ(ShellEscape("/opt/a b/(x)"), "/opt/a\\ b/\\(x\\)");
+}
+
+TEST(ShellEscapeTest, EscapesExactlyTheCharactersOfTheShell)
+{
+    const std::string escaped = R"( !"$&'()*,:;<=>?@[\]^`{|})";
+    for (int code = 1; code < 256; ++code) {
+        const char c = static_cast<char>(code);
+        const bool special = escaped.find(c) != std::string::npos;
+        EXPECT_EQ(ShellEscape(std::string(1, c).c_str()), (special ? "\\" : "") + std::string(1, c)) << code;
+    }
+}
+
+TEST(ShellEscapeTest, GivesEmptyTextForEmptyText)
+{
+    EXPECT_STREQ(ShellEscape(""), "");
+    EXPECT_STREQ(ShellEscape(nullptr), "");
+}
+
+TEST(ShellEscapeTest, OverwritesItsBufferOnEachCall)
+{
+    const std::string first = ShellEscape("one");
+    EXPECT_STREQ(ShellEscape("two words"), "two\\ words");
+    EXPECT_EQ(first, "one");
+}
+
+TEST(ShellEscapeTest, TakesItsOwnBufferAsText) { EXPECT_STREQ(ShellEscape(ShellEscape("a b")), "a\\\\\\ b"); }
+
+TEST(ShellEscapeTest, HoldsTextOfAnyLength)
+{
+    const std::string escaped = ShellEscape(std::string(100'000, ' ').c_str());
+    ASSERT_EQ(escaped.size(), 200'000U);
+    EXPECT_EQ(escaped.substr(199'998), "\\ ");
+}
+
+} // namespace
+} // namespace vornadel::test
