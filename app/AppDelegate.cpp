@@ -58,7 +58,8 @@ void AppDelegate::applicationDidFinishLaunching()
     initFromIni();
     MyLayoutUI();
     RegisterNotifycation();
-    SetButtonStatus(false); // the run does so too, but from its own thread: no press may come before that
+    SetButtonStatus(false); // the run does so too, but from its own thread: no press may come
+                            // before that
     if (!m_worker.startBeside([this] { MP_UpdateScalar(); })) {
         sayThatNothingStarts();
     }

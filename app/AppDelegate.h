@@ -5,9 +5,9 @@
 #include "app/MainThread.h"
 #include "app/WindowControls.h"
 #include "config/ToolPlace.h"
+#include "editor/TableViewController.h"
 #include "firmware/FwImage.h"
 #include "platform/Platform.h"
-#include "editor/TableViewController.h"
 
 #include <QObject>
 #include <QString>
@@ -23,11 +23,13 @@ class QWidget;
 namespace vornadel
 {
 
-/// The one application object, on the main thread: start-up, window, actions. Its controls are its own members.
+/// The one application object, on the main thread: start-up, window, actions. Its controls are its
+/// own members.
 class AppDelegate final : public QObject, public WindowControls
 {
 public:
-    /// `titleSuffix` follows the version in the window title. Nothing happens before applicationDidFinishLaunching().
+    /// `titleSuffix` follows the version in the window title. Nothing happens before
+    /// applicationDidFinishLaunching().
     AppDelegate(Platform& platform, ToolPlace place, QString titleSuffix);
     ~AppDelegate() override;
 
@@ -35,8 +37,9 @@ public:
     /// The tool has one window and ends with it.
     static bool applicationShouldTerminateAfterLastWindowClosed() { return true; }
 
-    /// Ends what runs in the background: no request follows the one in flight, no wait goes on. False when a
-    /// worker is still held by its transfer after a grace of 3 s; then only ending the process ends it.
+    /// Ends what runs in the background: no request follows the one in flight, no wait goes on.
+    /// False when a worker is still held by its transfer after a grace of 3 s; then only ending the
+    /// process ends it.
     bool shutDown();
 
     QWidget* window() const { return m_window.get(); }
@@ -46,7 +49,8 @@ public:
     QString resourcePath;          ///< directory of config.ini
     QString appTitle;              ///< without the version
     std::int32_t isScalarMode = 0; ///< only 1 means scalar mode
-    std::string fwbinPath;         ///< image of the run at start, below resourcePath, in bytes; may be empty
+    std::string fwbinPath; ///< image of the run at start, below resourcePath, in bytes; may be
+                           ///< empty
     bool _bNeedSignDriver = false; ///< the system's version text contains "10.10"
 
     // Progress, log and alerts. Main thread.
@@ -73,7 +77,8 @@ public:
     void chooseScalarUpdateFw();
     void MP_UpdateScalar(); ///< from any thread
     void updateScalar();    ///< on a flow's thread
-    /// Ends the process at once with a status, from any thread; what a success of the scalar update leads to.
+    /// Ends the process at once with a status, from any thread; what a success of the scalar update
+    /// leads to.
     std::function<void(int status)> endProcess = leaveProcess;
 
     // Driver. Main thread, which is blocked meanwhile.
@@ -81,8 +86,10 @@ public:
     void UnloadUpdateDriver();
     void RebootOrNot();
     void Reboot();
-    QString driverCopy = "/tmp/HubUpdaterDriver.kext"; ///< where the command that copies the bundle puts it
-    QString bootArgumentsFile = "/tmp/nvram_setting.dat"; ///< their snapshot, taken at the first start
+    QString driverCopy = "/tmp/HubUpdaterDriver.kext"; ///< where the command that copies the bundle
+                                                       ///< puts it
+    QString bootArgumentsFile = "/tmp/nvram_setting.dat"; ///< their snapshot, taken at the first
+                                                          ///< start
 
     // Flash page. Main thread, but for the two flows.
     void read_FwFlash();
@@ -94,7 +101,8 @@ public:
     void save_FwFlash();
 
     // Identity editing. Main thread.
-    void controlTextDidChange(QLineEdit* field); ///< what a person typed, not what the program put in
+    void controlTextDidChange(QLineEdit* field); ///< what a person typed, not what the program put
+                                                 ///< in
     void VID_HSPID_SSPID_Changed_FwFlash(QLineEdit* field);
     void textDidChange_ManuProSN(QLineEdit* field);
     bool modifyFwBuffer_from_UI();
@@ -115,8 +123,8 @@ private:
     void takeBootArgumentsSnapshot();
 
     std::string textOfField(const QLineEdit& field);
-    void startFlow(
-        std::function<void()> flow); ///< the buttons are off; they are on again when it cannot be started
+    void startFlow(std::function<void()> flow); ///< the buttons are off; they are on again when it
+                                                ///< cannot be started
     void sayThatNothingStarts();
     void runScript(const char* name);
 
@@ -136,7 +144,8 @@ private:
     std::atomic<bool> m_shuttingDown = false;
     MainThread m_mainThread;
     FlowWorker m_worker;
-    std::atomic<bool> m_attachPosted = false; // a callback is on its way to the main thread and has not begun
+    std::atomic<bool> m_attachPosted = false; // a callback is on its way to the main thread and has
+                                              // not begun
     std::atomic<bool> m_detachPosted = false;
     std::unique_ptr<QWidget> m_window; // last: the controls go before anything they are used with
 };

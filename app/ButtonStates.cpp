@@ -1,4 +1,5 @@
-// While a long operation runs, nobody may start a second one: the ten operation buttons are switched together.
+// While a long operation runs, nobody may start a second one: the ten operation buttons are
+// switched together.
 
 #include "app/AppDelegate.h"
 

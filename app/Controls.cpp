@@ -115,11 +115,13 @@ void TitledBox::paintEvent(QPaintEvent* /*event*/)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const QColor window = palette().color(QPalette::Window);
-    painter.setPen(m_borderTone ? toneColor(*m_borderTone, window) : palette().color(QPalette::Mid));
+    painter.setPen(m_borderTone ? toneColor(*m_borderTone, window)
+                                : palette().color(QPalette::Mid));
     painter.setBrush(window.lightnessF() < 0.5F ? window.lighter(115) : window.lighter(103));
     painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 4, 4);
     painter.setPen(palette().color(QPalette::WindowText));
-    painter.drawText(QRect(8, 0, width() - 16, kTitleHeight), Qt::AlignLeft | Qt::AlignVCenter, m_title);
+    painter.drawText(QRect(8, 0, width() - 16, kTitleHeight), Qt::AlignLeft | Qt::AlignVCenter,
+                     m_title);
 }
 
 } // namespace vornadel

@@ -47,8 +47,9 @@ private:
     double m_percent = 0;
 };
 
-/// A list to pick from, with ten entries in view when it is open. What is picked may be longer than the box and is its
-/// tool tip too. The wheel passes over it: turning it on the way would pick something unasked.
+/// A list to pick from, with ten entries in view when it is open. What is picked may be longer than
+/// the box and is its tool tip too. The wheel passes over it: turning it on the way would pick
+/// something unasked.
 class PickList final : public QComboBox
 {
 public:
@@ -58,8 +59,8 @@ protected:
     void wheelEvent(QWheelEvent* event) override;
 };
 
-/// A box with a title in its upper edge. The content area is the whole box below the title: children are placed
-/// in points from the box's lower left corner.
+/// A box with a title in its upper edge. The content area is the whole box below the title:
+/// children are placed in points from the box's lower left corner.
 class TitledBox final : public QFrame
 {
 public:

@@ -43,7 +43,8 @@ void AppDelegate::RegisterNotifycation()
         }
         m_mainThread.post([this, event, attached, &posted] {
             posted = false;
-            (attached ? DeviceAddedCallback : DeviceRemovedCallback)(nullptr, m_platform.usb.services(event));
+            (attached ? DeviceAddedCallback
+                      : DeviceRemovedCallback)(nullptr, m_platform.usb.services(event));
         });
     });
     DeviceAddedCallback(nullptr, m_platform.usb.services(UsbEvent::Attached));

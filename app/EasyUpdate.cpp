@@ -3,8 +3,8 @@
 #include "app/AppDelegate.h"
 #include "app/FilePanels.h"
 #include "app/WindowReporter.h"
-#include "flows/FirmwareUpdate.h"
 #include "editor/ToolTip.h"
+#include "flows/FirmwareUpdate.h"
 
 #include <QFile>
 #include <QLineEdit>
@@ -49,8 +49,8 @@ void AppDelegate::updateFunc()
 
 std::string AppDelegate::textOfField(const QLineEdit& field)
 {
-    const auto text =
-        std::make_shared<std::string>(); // outlives the wait where the window has closed meanwhile
+    const auto text = std::make_shared<std::string>(); // outlives the wait where the window has
+                                                       // closed meanwhile
     m_mainThread.postAndWait([text, &field] { *text = field.text().toStdString(); });
     return *text;
 }

@@ -14,8 +14,8 @@ namespace
 
 constexpr const char* kImageSuffix = "BIN";
 
-/// Tells files from folders, and nothing else: to see more, the toolkit's own reads from each file, which never ends with
-/// some in /proc.
+/// Tells files from folders, and nothing else: to see more, the toolkit's own reads from each file,
+/// which never ends with some in /proc.
 class PlainIcons final : public QFileIconProvider
 {
 public:
@@ -43,7 +43,8 @@ QString chooseFile(QWidget* window)
 
 SavePanel::SavePanel(QWidget* window) : QFileDialog(window)
 {
-    setOption(DontUseNativeDialog); // a desktop's own would look for the file before it has its suffix
+    setOption(DontUseNativeDialog); // a desktop's own would look for the file before it has its
+                                    // suffix
     setIconProvider(plainIcons());
     setWindowTitle("Choose the path to save the *.Bin file");
     setNameFilter("BIN (*.BIN *.bin)");
@@ -63,8 +64,8 @@ void SavePanel::accept()
     }
     const QFileInfo chosen(selectedFiles().value(0));
     if (!chosen.isDir() && chosen.suffix().compare(kImageSuffix, Qt::CaseInsensitive) != 0) {
-        name->setText(chosen.filePath() + "." +
-                      kImageSuffix); // selectFile() leaves it alone while the focus is there
+        name->setText(chosen.filePath() + "." + kImageSuffix); // selectFile() leaves it alone while
+                                                               // the focus is there
     }
     QFileDialog::accept();
 }

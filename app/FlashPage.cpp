@@ -6,11 +6,11 @@
 #include "app/FilePanels.h"
 #include "app/GeneralFunction.h"
 #include "app/WindowReporter.h"
+#include "base/GenFun.h"
 #include "firmware/IdentityEdit.h"
 #include "firmware/ImageFile.h"
 #include "flows/FlashErase.h"
 #include "flows/FlashRead.h"
-#include "base/GenFun.h"
 
 #include <QLineEdit>
 
@@ -96,12 +96,14 @@ void AppDelegate::save_FwFlash()
         GeneralFunction::AlertString("No Flash Data");
         return;
     }
-    const IdentityTexts texts{textOf(txtVID_FwFlash), textOf(txtSSPID_FwFlash), textOf(txtHSPID_FwFlash),
-                              textOf(txtVer_FwFlash), textOf(txtManu_FwFlash),  textOf(txtPro_FwFlash),
+    const IdentityTexts texts{textOf(txtVID_FwFlash),   textOf(txtSSPID_FwFlash),
+                              textOf(txtHSPID_FwFlash), textOf(txtVer_FwFlash),
+                              textOf(txtManu_FwFlash),  textOf(txtPro_FwFlash),
                               textOf(txtSN_FwFlash)};
-    ConsoleLog(QString::asprintf("Length in textfield : %zu-%zu-%zu-%zu-%zu-%zu-%zu\n", texts.vid.size(),
-                                 texts.sspid.size(), texts.hspid.size(), texts.version.size(),
-                                 texts.manufacturer.size(), texts.product.size(), texts.serial.size()));
+    ConsoleLog(QString::asprintf("Length in textfield : %zu-%zu-%zu-%zu-%zu-%zu-%zu\n",
+                                 texts.vid.size(), texts.sspid.size(), texts.hspid.size(),
+                                 texts.version.size(), texts.manufacturer.size(),
+                                 texts.product.size(), texts.serial.size()));
     if (!texts.fit()) {
         GeneralFunction::AlertString("Data Length Error");
         return;

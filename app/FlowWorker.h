@@ -8,8 +8,8 @@
 namespace vornadel
 {
 
-/// Runs work on background threads. Flows exclude each other: one that is started while another runs waits for it.
-/// Starting is false, and nothing runs, when the system has no thread to give.
+/// Runs work on background threads. Flows exclude each other: one that is started while another
+/// runs waits for it. Starting is false, and nothing runs, when the system has no thread to give.
 class FlowWorker
 {
 public:

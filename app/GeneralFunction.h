@@ -13,10 +13,12 @@ class GeneralFunction
 public:
     GeneralFunction() = delete;
 
-    /// The system version as major.minor.bugfix; 10.0.0 with a line on the console log when the system does not say.
+    /// The system version as major.minor.bugfix; 10.0.0 with a line on the console log when the
+    /// system does not say.
     static QString GetCurrentSystemVersion(SystemVersion& system);
 
-    /// The part of a path before its last "/", empty without one. Any character whose low eight bits are those of
+    /// The part of a path before its last "/", empty without one. Any character whose low eight
+    /// bits are those of
     /// "/" separates too (U+012F, say): the comparison is that narrow on purpose.
     static QString GetDirFromPath(const QString& path);
 
@@ -26,16 +28,16 @@ public:
     /// A modal alert with one "OK" button; returns when it has closed.
     static void AlertString(const QString& message);
 
-    /// Appends a line to the log file by way of the shell, which interprets the text: it is not quoted.
-    /// A text that does not fit into the command ends the process.
+    /// Appends a line to the log file by way of the shell, which interprets the text: it is not
+    /// quoted. A text that does not fit into the command ends the process.
     static void PrintNormalLog(Shell& shell, const QString& text);
 
     /// The whole file as text; empty when it cannot be opened, null when it is not UTF-8.
     static QString GetStringFromFile(const QString& path);
 };
 
-/// Runs `command` in the shell with its standard output appended to the log file. A command that does not fit
-/// into the buffer ends the process.
+/// Runs `command` in the shell with its standard output appended to the log file. A command that
+/// does not fit into the buffer ends the process.
 void LogShellOutput(Shell& shell, const char* command);
 
 /// Runs one command without placeholders out of the same buffer.

@@ -17,8 +17,8 @@ namespace vornadel
 namespace
 {
 
-/// The buttons are off while the main thread is held, and show it. Presses of that time meet them off, and are not kept
-/// for the time after.
+/// The buttons are off while the main thread is held, and show it. Presses of that time meet them
+/// off, and are not kept for the time after.
 class ButtonsOff
 {
 public:
@@ -50,9 +50,8 @@ void AppDelegate::LoadUpdateDriver()
         if (claimDriverCopy(copy)) {
             copyDriverBundle(m_platform.shell, m_place.resourcePath);
         } else {
-            ConsoleLog(
-                driverCopy +
-                " is not a folder of your own with nothing but files of your own in it; not copied to");
+            ConsoleLog(driverCopy + " is not a folder of your own with nothing but files of your "
+                                    "own in it; not copied to");
         }
         runScript("load");
     }
@@ -72,8 +71,10 @@ void AppDelegate::RebootOrNot()
     if (!_bNeedSignDriver) {
         return; // and nobody's file is looked at
     }
-    // The snapshot is of the time before the script, and stays that until the machine has been started again.
-    const std::string bootArguments = GeneralFunction::GetStringFromFile(bootArgumentsFile).toStdString();
+    // The snapshot is of the time before the script, and stays that until the machine has been
+    // started again.
+    const std::string bootArguments =
+        GeneralFunction::GetStringFromFile(bootArgumentsFile).toStdString();
     if (!needsReboot(_bNeedSignDriver, bootArguments)) {
         return;
     }
@@ -81,9 +82,11 @@ void AppDelegate::RebootOrNot()
     prompt.setObjectName("alert");
     prompt.setIcon(QMessageBox::Warning);
     prompt.setTextFormat(Qt::PlainText);
-    prompt.setText("Your MacOS is 10.10 or later,some params have been set to your Mac. Now,please reboot to "
-                   "allow morvane kernel kext\n ");
-    // Of one role, which keeps their order, and with no escape button: that key is a habit and must not quit.
+    prompt.setText(
+        "Your MacOS is 10.10 or later,some params have been set to your Mac. Now,please reboot to "
+        "allow morvane kernel kext\n ");
+    // Of one role, which keeps their order, and with no escape button: that key is a habit and must
+    // not quit.
     QPushButton* cancel = prompt.addButton("Cancel", QMessageBox::ActionRole);
     const QPushButton* rebootNow = prompt.addButton("Reboot Now", QMessageBox::ActionRole);
     prompt.setDefaultButton(cancel);
@@ -101,8 +104,9 @@ void AppDelegate::Reboot() { runScript("reboot"); }
 void AppDelegate::runScript(const char* name)
 {
     if (!startScript(m_platform.privileged, m_place.resourcePath, name)) {
-        ConsoleLog(QString("there is no way to ask for administrator rights here; run \"%1/%2\" as root")
-                       .arg(resourcePath, QString(name)));
+        ConsoleLog(
+            QString("there is no way to ask for administrator rights here; run \"%1/%2\" as root")
+                .arg(resourcePath, QString(name)));
     }
 }
 

@@ -3,9 +3,9 @@
 #include "app/AppDelegate.h"
 #include "app/ConsoleLog.h"
 #include "app/GeneralFunction.h"
+#include "base/GenFun.h"
 #include "firmware/IdentityEdit.h"
 #include "hub/SupportedIds.h"
-#include "base/GenFun.h"
 
 #include <QLineEdit>
 
@@ -88,9 +88,9 @@ void AppDelegate::VID_HSPID_SSPID_Changed_FwFlash(QLineEdit* field)
         QLineEdit* field;
         const char* alert;
     };
-    for (const Row& row :
-         {Row{txtVID_FwFlash, "VID length should be 4."}, Row{txtSSPID_FwFlash, "SSPID length should be 4."},
-          Row{txtHSPID_FwFlash, "HSPID length should be 4."}}) {
+    for (const Row& row : {Row{txtVID_FwFlash, "VID length should be 4."},
+                           Row{txtSSPID_FwFlash, "SSPID length should be 4."},
+                           Row{txtHSPID_FwFlash, "HSPID length should be 4."}}) {
         const QString text = row.field->text();
         if (text.size() > static_cast<qsizetype>(kIdDigits)) {
             putText(row.field, text.left(kIdDigits));
@@ -113,9 +113,10 @@ void AppDelegate::textDidChange_ManuProSN(QLineEdit* field)
         GeneralFunction::AlertString("No Flash Data");
         return;
     }
-    ConsoleLog(txtManu_FwFlash->text() + "\n" + txtPro_FwFlash->text() + "\n" + txtSN_FwFlash->text() + "\n" +
-               txtContainerID_FwFlash->text() + "\n");
-    if (textOf(txtManu_FwFlash).size() + textOf(txtPro_FwFlash).size() + textOf(txtSN_FwFlash).size() >
+    ConsoleLog(txtManu_FwFlash->text() + "\n" + txtPro_FwFlash->text() + "\n" +
+               txtSN_FwFlash->text() + "\n" + txtContainerID_FwFlash->text() + "\n");
+    if (textOf(txtManu_FwFlash).size() + textOf(txtPro_FwFlash).size() +
+            textOf(txtSN_FwFlash).size() >
         kMostCharacters) {
         removeLastCharacter(field);
     }
@@ -126,8 +127,9 @@ void AppDelegate::textDidChange_ManuProSN(QLineEdit* field)
         std::uint8_t flag;
         const char* text;
     };
-    for (const Word& word : {Word{kManufacturerChanged, "Change-Manu"}, Word{kProductChanged, "Change-Pro"},
-                             Word{kSerialChanged, "Change-SN"}, Word{kContainerIdChanged, "Change-ContID"}}) {
+    for (const Word& word :
+         {Word{kManufacturerChanged, "Change-Manu"}, Word{kProductChanged, "Change-Pro"},
+          Word{kSerialChanged, "Change-SN"}, Word{kContainerIdChanged, "Change-ContID"}}) {
         if ((changed & word.flag) != 0) {
             ConsoleLog(word.text);
         }

@@ -17,7 +17,9 @@ namespace
 class TaskEvent final : public QEvent
 {
 public:
-    explicit TaskEvent(std::function<void()> task) : QEvent(QEvent::User), m_task(std::move(task)) {}
+    explicit TaskEvent(std::function<void()> task) : QEvent(QEvent::User), m_task(std::move(task))
+    {
+    }
     void run() const { m_task(); }
 
 private:

@@ -45,7 +45,8 @@ QFont helvetica(int points)
     return font;
 }
 
-/// Names the widget as its member is named and as a person with a screen reader hears it, and puts it in place.
+/// Names the widget as its member is named and as a person with a screen reader hears it, and puts
+/// it in place.
 void settle(QWidget* widget, const char* name, const char* accessibleName, const Frame& frame)
 {
     widget->setObjectName(name);
@@ -65,7 +66,8 @@ void buildBoxes(WindowControls& controls, QWidget* content)
         auto* label = new QLabel(controls.*row.box);
         label->setTextFormat(Qt::PlainText);
         label->setText(row.text);
-        label->setAlignment(Qt::AlignLeft | (row.frame.height > 20 ? Qt::AlignTop : Qt::AlignVCenter));
+        label->setAlignment(Qt::AlignLeft |
+                            (row.frame.height > 20 ? Qt::AlignTop : Qt::AlignVCenter));
         label->setIndent(4);
         place(label, row.frame);
     }
@@ -91,7 +93,8 @@ void buildButtons(AppDelegate& delegate)
         button->setToolTip(row.description);
         delegate.*row.member = button;
         const Action action = row.action;
-        QObject::connect(button, &QPushButton::clicked, &delegate, [&delegate, action] { action(delegate); });
+        QObject::connect(button, &QPushButton::clicked, &delegate,
+                         [&delegate, action] { action(delegate); });
     }
 }
 

@@ -4,9 +4,9 @@
 #include "app/ConsoleLog.h"
 #include "app/Controls.h"
 #include "app/GeneralFunction.h"
+#include "editor/ToolTip.h"
 #include "props/Pages.h"
 #include "props/PropertyFiles.h"
-#include "editor/ToolTip.h"
 
 #include <QComboBox>
 #include <QFile>
@@ -25,9 +25,9 @@ void AppDelegate::connectPropertyEditor()
                               txtViewBin_Detail,   txtVID_FwFlash, txtSSPID_FwFlash,
                               txtHSPID_FwFlash,    txtVer_FwFlash, txtManu_FwFlash,
                               txtPro_FwFlash,      txtSN_FwFlash,  txtContainerID_FwFlash};
-    tbViewController =
-        std::make_unique<TableViewController>(views, m_flashImage, QFile::encodeName(apPath).toStdString(),
-                                              PropertyVoices{ConsoleLog, GeneralFunction::AlertString});
+    tbViewController = std::make_unique<TableViewController>(
+        views, m_flashImage, QFile::encodeName(apPath).toStdString(),
+        PropertyVoices{ConsoleLog, GeneralFunction::AlertString});
     fillSelections();
     for (QComboBox* combo : {cbICType, cbPages}) {
         connect(combo, &QComboBox::currentIndexChanged, this,
@@ -35,7 +35,8 @@ void AppDelegate::connectPropertyEditor()
     }
     for (QLineEdit* field : {txtVID_FwFlash, txtSSPID_FwFlash, txtHSPID_FwFlash, txtManu_FwFlash,
                              txtPro_FwFlash, txtSN_FwFlash, txtContainerID_FwFlash}) {
-        connect(field, &QLineEdit::textEdited, this, [this, field] { controlTextDidChange(field); });
+        connect(field, &QLineEdit::textEdited, this,
+                [this, field] { controlTextDidChange(field); });
     }
 }
 
@@ -87,8 +88,9 @@ void AppDelegate::PageNameCombBox_SelectedChanged()
     ConsoleLog("selected value:" + selected);
     TableViewController& table = *TableControllerRef;
     table.propItemList.clear();
-    std::copy_if(table.allItemList.begin(), table.allItemList.end(), std::back_inserter(table.propItemList),
-                 [page = selected.toStdString()](const auto& item) { return item->pageName == page; });
+    std::copy_if(
+        table.allItemList.begin(), table.allItemList.end(), std::back_inserter(table.propItemList),
+        [page = selected.toStdString()](const auto& item) { return item->pageName == page; });
     table.reloadTable();
     table.ShowBinary(0, 0);
     table.UpdateTxt_FwFlash();

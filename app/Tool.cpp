@@ -13,7 +13,8 @@ namespace vornadel
 int runTool(Platform& platform, const MainBundle& bundle, const QString& titleSuffix,
             const std::function<void(AppDelegate&)>& launched)
 {
-    QApplication::setQuitOnLastWindowClosed(AppDelegate::applicationShouldTerminateAfterLastWindowClosed());
+    QApplication::setQuitOnLastWindowClosed(
+        AppDelegate::applicationShouldTerminateAfterLastWindowClosed());
     Hub_UsePlatform(platform.usb, platform.clock);
 
     AppDelegate delegate(platform, toolPlaceOf(bundle), titleSuffix);
@@ -23,7 +24,8 @@ int runTool(Platform& platform, const MainBundle& bundle, const QString& titleSu
     }
     const int status = QApplication::exec();
     if (!delegate.shutDown()) {
-        // A transfer still holds the worker. Nothing may be destroyed under it, and the system closes the hub.
+        // A transfer still holds the worker. Nothing may be destroyed under it, and the system
+        // closes the hub.
         leaveProcess(status);
     }
     return status;

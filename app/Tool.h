@@ -12,10 +12,12 @@ namespace vornadel
 
 class AppDelegate;
 
-/// Runs the window program on a platform until its window is closed; needs a QApplication. The result is the exit
-/// status. Does not return when a transfer holds a worker at the end: the process ends then.
+/// Runs the window program on a platform until its window is closed; needs a QApplication. The
+/// result is the exit status. Does not return when a transfer holds a worker at the end: the
+/// process ends then.
 ///
-/// `bundle` is where the program lies. `launched` is called once after the launch sequence, before the event loop.
+/// `bundle` is where the program lies. `launched` is called once after the launch sequence, before
+/// the event loop.
 int runTool(Platform& platform, const MainBundle& bundle, const QString& titleSuffix,
             const std::function<void(AppDelegate&)>& launched = {});
 

@@ -12,8 +12,8 @@ class ProgressSlider;
 class TextView;
 class TitledBox;
 
-/// The window's controls, one pointer each; MyLayoutUI() creates them, their parents own them. Every widget's
-/// objectName is the name of its member.
+/// The window's controls, one pointer each; MyLayoutUI() creates them, their parents own them.
+/// Every widget's objectName is the name of its member.
 struct WindowControls {
     TitledBox* boxHelp = nullptr;
     TitledBox* boxScalar = nullptr;

@@ -24,8 +24,8 @@ void WindowReporter::appendProgressInfo_Red(const std::string& text)
 
 void WindowReporter::updateProgressBar(double percent, Wait wait)
 {
-    AppDelegate& delegate =
-        m_delegate; // a posted value may be shown after the flow and this reporter have gone
+    AppDelegate& delegate = m_delegate; // a posted value may be shown after the flow and this
+                                        // reporter have gone
     const auto show = [&delegate, percent] { delegate.updateProgressBar(percent); };
     if (wait == Wait::Yes) {
         delegate.mainThread().postAndWait(show);

@@ -39,9 +39,18 @@ constexpr BoxRow kBoxes[] = {
     {MEMBER(boxHelp), "Help Box", {0, 15, 350, 160}, Shown::Always},
     {MEMBER(boxScalar), "Scalar Update", {0, 185, 350, 90}, Shown::ScalarOnly},
     {MEMBER(boxUpdate), "Update Firmware Box", {0, 290, 350, 365}, Shown::Always},
-    {MEMBER(boxEasyUpdate), "Easy Updae Firmware Form *.bin file", {360, 15, 350, 270}, Shown::NormalOnly},
-    {MEMBER(boxFwFlash), "FirmWare From Flash & Detail Config ->", {360, 360, 350, 270}, Shown::NormalOnly},
-    {MEMBER(boxDetail), "FirmWare From Flash & Detail Config ->", {720, 15, 450, 637}, Shown::NormalOnly},
+    {MEMBER(boxEasyUpdate),
+     "Easy Updae Firmware Form *.bin file",
+     {360, 15, 350, 270},
+     Shown::NormalOnly},
+    {MEMBER(boxFwFlash),
+     "FirmWare From Flash & Detail Config ->",
+     {360, 360, 350, 270},
+     Shown::NormalOnly},
+    {MEMBER(boxDetail),
+     "FirmWare From Flash & Detail Config ->",
+     {720, 15, 450, 637},
+     Shown::NormalOnly},
 };
 
 struct LabelRow {
@@ -222,7 +231,8 @@ constexpr ComboRow kCombos[] = {
     {MEMBER(cbICType), "ICType", {280, 588, 150, 25}},
 };
 
-/// From control to control with the Tab key: the hub and the update first, then column by column, top to bottom.
+/// From control to control with the Tab key: the hub and the update first, then column by column,
+/// top to bottom.
 constexpr const char* kTabOrder[] = {
     "nstfHubInfo_UpdateFW",
     "nstfUpdateInfo_UpdateFW",

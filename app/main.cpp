@@ -23,13 +23,16 @@ using namespace vornadel;
 
 constexpr int kExitUsage = 2;
 
-/// Debian's Qt writes to the journal when standard error is no console; a tool's messages belong on standard error.
-void writeToStandardError(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message)
+/// Debian's Qt writes to the journal when standard error is no console; a tool's messages belong on
+/// standard error.
+void writeToStandardError(QtMsgType type, const QMessageLogContext& /*context*/,
+                          const QString& message)
 {
     std::fprintf(stderr, "%s\n", qUtf8Printable(message));
     if (type == QtFatalMsg && QCoreApplication::startingUp()) {
         // No display is no crash: Qt would abort, with a core file.
-        std::fputs("Vornadel: no window can be opened here; vornadelctl works without one\n", stderr);
+        std::fputs("Vornadel: no window can be opened here; vornadelctl works without one\n",
+                   stderr);
         std::_Exit(EXIT_FAILURE);
     }
 }
@@ -38,18 +41,19 @@ struct Arguments {
     std::optional<std::string> simulatedHub; ///< set: work on the simulated hub, with these options
 };
 
-/// Reads our own arguments; `strict` refuses what is left over. Nothing when the program is to go on, otherwise its
-/// exit status.
+/// Reads our own arguments; `strict` refuses what is left over. Nothing when the program is to go
+/// on, otherwise its exit status.
 std::optional<int> readArguments(int argc, char** argv, bool strict, Arguments& arguments)
 {
     CLI::App app("Keeps the firmware of USB 3 hubs.", "Vornadel");
     app.set_version_flag("--version", std::string("Vornadel ") + kToolVersion);
     app.allow_extras(!strict);
     std::string text;
-    CLI::Option* simulated = app.add_flag(
-        "--simulated-hub", text,
-        "Work on the built-in simulated hub; =KEY=VALUE,... with the keys image, latency, mode, ids, fault");
-    simulated->multi_option_policy(CLI::MultiOptionPolicy::Throw); // the last one would win without a word
+    CLI::Option* simulated = app.add_flag("--simulated-hub", text,
+                                          "Work on the built-in simulated hub; =KEY=VALUE,... with "
+                                          "the keys image, latency, mode, ids, fault");
+    simulated->multi_option_policy(CLI::MultiOptionPolicy::Throw); // the last one would win without
+                                                                   // a word
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& ended) {
@@ -66,8 +70,8 @@ std::optional<int> readArguments(int argc, char** argv, bool strict, Arguments& 
 int chooseAndRun(int argc, char** argv)
 {
     Arguments arguments;
-    // Help and version need no display, so they come before Qt; what is wrong can be told only once Qt has taken
-    // its own arguments out.
+    // Help and version need no display, so they come before Qt; what is wrong can be told only once
+    // Qt has taken its own arguments out.
     if (const auto ended = readArguments(argc, argv, false, arguments)) {
         return *ended;
     }

@@ -18,7 +18,8 @@ constexpr std::string_view kShellSpecials = " !\"$&'()*,:;<=>?@[\\]^`{|}";
 void requireOutput(const std::uint8_t* pointer, const char* name)
 {
     if (pointer == nullptr) {
-        std::fprintf(stderr, "Assertion failed: (%s), function GF_Mask2Bits, file GenFun, line 98.\n", name);
+        std::fprintf(
+            stderr, "Assertion failed: (%s), function GF_Mask2Bits, file GenFun, line 98.\n", name);
         std::abort();
     }
 }

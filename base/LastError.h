@@ -5,8 +5,9 @@
 namespace vornadel
 {
 
-/// Why the last failing operation of the hub and image layers failed. Set by whoever fails, never cleared, never
-/// shown; it serves diagnosis. Process-wide; written from the main thread and from a flow's.
+/// Why the last failing operation of the hub and image layers failed. Set by whoever fails, never
+/// cleared, never shown; it serves diagnosis. Process-wide; written from the main thread and from a
+/// flow's.
 ///
 /// | value | set when |
 /// |---|---|

@@ -93,7 +93,8 @@ std::optional<StartCost> runUntilPainted(const std::vector<std::string>& command
     if (painted <= begin || !WIFEXITED(status) || WEXITSTATUS(status) != 0) {
         return std::nullopt;
     }
-    // ru_maxrss is in KiB and counts this program too, as it was before exec: it must stay the smaller one.
+    // ru_maxrss is in KiB and counts this program too, as it was before exec: it must stay the
+    // smaller one.
     return StartCost{(painted - begin) * 1e3, static_cast<double>(used.ru_maxrss) / 1024};
 }
 

@@ -15,8 +15,8 @@ struct StartCost {
     double mebibytes = 0;    ///< most memory ever resident
 };
 
-/// Runs a program that was built with FirstPaint.cpp until it has painted. `environment` is added to this
-/// program's own. Nothing when it did not say when it painted, or failed.
+/// Runs a program that was built with FirstPaint.cpp until it has painted. `environment` is added
+/// to this program's own. Nothing when it did not say when it painted, or failed.
 std::optional<StartCost> runUntilPainted(const std::vector<std::string>& command,
                                          const std::vector<std::string>& environment);
 

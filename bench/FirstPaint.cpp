@@ -1,5 +1,6 @@
-// Watches a program from the inside: writes the moment at which its window's first picture was complete to standard
-// output and ends the program. Whatever links this file is watched; nothing else in the program knows.
+// Watches a program from the inside: writes the moment at which its window's first picture was
+// complete to standard output and ends the program. Whatever links this file is watched; nothing
+// else in the program knows.
 
 #include <QAbstractScrollArea>
 #include <QCoreApplication>
@@ -48,7 +49,8 @@ private:
     static bool isViewportOnScreen(QObject* watched)
     {
         const auto* const widget = qobject_cast<QWidget*>(watched);
-        if (widget == nullptr || qobject_cast<QAbstractScrollArea*>(widget->parentWidget()) == nullptr) {
+        if (widget == nullptr ||
+            qobject_cast<QAbstractScrollArea*>(widget->parentWidget()) == nullptr) {
             return false;
         }
         const QWindow* const window = widget->window()->windowHandle();

@@ -21,7 +21,10 @@ public:
         m_asked += pause.count();
         m_clock.sleep(pause);
     }
-    void after(Duration delay, std::function<void()> task) override { m_clock.after(delay, std::move(task)); }
+    void after(Duration delay, std::function<void()> task) override
+    {
+        m_clock.after(delay, std::move(task));
+    }
     void interrupt() override { m_clock.interrupt(); }
 
     /// All pauses so far.

@@ -57,10 +57,12 @@ Row rowOf(const std::string& what, const Series& series, double target)
 void printTable(const std::string& title, const std::string& unit, const std::vector<Row>& rows)
 {
     std::printf("%s\n", title.c_str());
-    std::printf("  %-52s %5s %11s %11s %11s\n", ("in " + unit).c_str(), "runs", "target", "measured",
-                "worst");
+    std::printf("  %-52s %5s %11s %11s %11s\n", ("in " + unit).c_str(), "runs", "target",
+                "measured", "worst");
     for (const Row& row : rows) {
-        const char* const verdict = row.target == 0 ? "" : row.measured <= row.target ? "met" : "MISSED";
+        const char* const verdict = row.target == 0              ? ""
+                                    : row.measured <= row.target ? "met"
+                                                                 : "MISSED";
         std::printf("  %-52s %5zu %11s %11s %11s  %s\n", row.what.c_str(), row.runs,
                     figureOrDash(row.target).c_str(), figureOrDash(row.measured).c_str(),
                     figureOrDash(row.worst).c_str(), verdict);

@@ -15,14 +15,16 @@ public:
     std::size_t count() const { return m_figures.size(); }
     double median() const; ///< 0 without figures
     double worst() const;  ///< the largest; 0 without figures
-    /// The smallest figure that at least that part of the figures (above 0, up to 1) does not exceed; 0 without any.
+    /// The smallest figure that at least that part of the figures (above 0, up to 1) does not
+    /// exceed; 0 without any.
     double quantile(double part) const;
 
 private:
     std::vector<double> m_figures;
 };
 
-/// One line of a table. The target is what the measured figure may be at most; 0 for a figure that has none.
+/// One line of a table. The target is what the measured figure may be at most; 0 for a figure that
+/// has none.
 struct Row {
     std::string what;
     std::size_t runs = 0;

@@ -72,7 +72,8 @@ void beQuiet(int milliseconds)
     loop.exec();
 }
 
-ToolWindow::ToolWindow(const std::string& bundle, Clock& flowClock, Clock& hubClock, SimulatedLatency latency)
+ToolWindow::ToolWindow(const std::string& bundle, Clock& flowClock, Clock& hubClock,
+                       SimulatedLatency latency)
 {
     SimulatedHubOptions options;
     options.latency = latency;
@@ -82,10 +83,11 @@ ToolWindow::ToolWindow(const std::string& bundle, Clock& flowClock, Clock& hubCl
     if (!m_bus) {
         giveUp(error);
     }
-    m_platform = std::make_unique<Platform>(Platform{*m_bus, m_shell, m_privileged, m_version, flowClock});
+    m_platform =
+        std::make_unique<Platform>(Platform{*m_bus, m_shell, m_privileged, m_version, flowClock});
     Hub_UsePlatform(*m_bus, flowClock);
-    m_delegate =
-        std::make_unique<AppDelegate>(*m_platform, ToolPlace{bundle, true, VORNADEL_RESOURCES}, QString());
+    m_delegate = std::make_unique<AppDelegate>(
+        *m_platform, ToolPlace{bundle, true, VORNADEL_RESOURCES}, QString());
     m_delegate->applicationDidFinishLaunching();
     beQuiet(5 * kQuietMilliseconds); // the run at the start finds no image and ends
 }

@@ -24,7 +24,8 @@ using Milliseconds = std::chrono::duration<double, std::milli>;
 /// Ends the benchmark: what it measures did not happen.
 [[noreturn]] void giveUp(const std::string& why);
 
-/// A QApplication's surroundings for a benchmark: no screen, no console log, no dialogs of a desktop.
+/// A QApplication's surroundings for a benchmark: no screen, no console log, no dialogs of a
+/// desktop.
 void prepareForWindows();
 
 /// Handles events for a while.
@@ -37,7 +38,8 @@ public:
     static constexpr int kQuietMilliseconds = 20; ///< for the detection after a flow
 
     /// `hubClock` for the hub, `flowClock` for the tool; may be one. `bundle` may not exist.
-    ToolWindow(const std::string& bundle, Clock& flowClock, Clock& hubClock, SimulatedLatency latency);
+    ToolWindow(const std::string& bundle, Clock& flowClock, Clock& hubClock,
+               SimulatedLatency latency);
     ToolWindow(const ToolWindow&) = delete;
     ToolWindow& operator=(const ToolWindow&) = delete;
     ~ToolWindow();
@@ -45,7 +47,8 @@ public:
     AppDelegate& tool() { return *m_delegate; }
     SimulatedHub& hub() { return m_bus->hub(); }
 
-    /// Presses a button and chooses a file with that content in the dialog that comes up. The path of the file.
+    /// Presses a button and chooses a file with that content in the dialog that comes up. The path
+    /// of the file.
     QString choose(QPushButton& button, const std::vector<std::uint8_t>& content);
 
 private:

@@ -1,5 +1,6 @@
-// What the property editor costs with as many properties as there can be: from a key press in an identity field, or a
-// change of the page, to the pixels; and reading the file behind it against the INI reader alone.
+// What the property editor costs with as many properties as there can be: from a key press in an
+// identity field, or a change of the page, to the pixels; and reading the file behind it against
+// the INI reader alone.
 
 #include "app/Controls.h"
 #include "bench/Table.h"
@@ -158,7 +159,9 @@ int main(int argc, char** argv)
         giveUp("the image or the property file was not loaded");
     }
     const Row page = pageChanges(tool);
-    bench::printTable("To the pixels, beside 255 properties", "milliseconds", {keystrokes(tool), page});
-    bench::printTable("A full property file, against the INI reader alone", "times", {readings(tool, path)});
+    bench::printTable("To the pixels, beside 255 properties", "milliseconds",
+                      {keystrokes(tool), page});
+    bench::printTable("A full property file, against the INI reader alone", "times",
+                      {readings(tool, path)});
     return 0;
 }

@@ -75,8 +75,8 @@ bool update(FlowReporter& reporter)
 bool scalarUpdate(FlowReporter& reporter)
 {
     FwImage image;
-    return updateScalarImage(image, VORNADEL_RESOURCES, "../examples/demo-1.01.bin", "demo-1.01.bin",
-                             reporter);
+    return updateScalarImage(image, VORNADEL_RESOURCES, "../examples/demo-1.01.bin",
+                             "demo-1.01.bin", reporter);
 }
 
 bool read(FlowReporter& reporter)
@@ -114,7 +114,8 @@ Milliseconds timeOne(const Flow& flow, SimulatedBus& bus, Clock& flowClock)
     return wall;
 }
 
-/// Pauses and the hub's own time take no wall time on the virtual clock: what is left is the overhead.
+/// Pauses and the hub's own time take no wall time on the virtual clock: what is left is the
+/// overhead.
 Row onVirtualTime(const Flow& flow, const std::string& hub, SimulatedLatency latency)
 {
     constexpr int kRuns = 200;
@@ -141,7 +142,8 @@ Row onTheWall(const Flow& flow, std::vector<Row>& parts)
     parts.push_back({name + ", fixed pauses", 1, 0, pauses.count(), 0});
     parts.push_back({name + ", the hub's own time", 1, 0, hub.count(), 0});
     parts.push_back({name + ", wall time", 1, 0, wall.count(), 0});
-    return {name + ", real time, unhurried hub", 1, kTargetMilliseconds, (wall - pauses - hub).count(), 0};
+    return {name + ", real time, unhurried hub", 1, kTargetMilliseconds,
+            (wall - pauses - hub).count(), 0};
 }
 
 } // namespace
@@ -156,8 +158,8 @@ int main()
         overheads.push_back(onVirtualTime(flow, "unhurried hub", SimulatedLatency::Real));
         overheads.push_back(onTheWall(flow, parts));
     }
-    bench::printTable("Whole flows: wall time less fixed pauses and the hub's own time", "milliseconds",
-                      overheads);
+    bench::printTable("Whole flows: wall time less fixed pauses and the hub's own time",
+                      "milliseconds", overheads);
     bench::printTable("Where the real time went", "milliseconds", parts);
     return 0;
 }

@@ -42,7 +42,8 @@ void parse(benchmark::State& state, const char* what, Bytes (*makeImage)(), bool
     const Bytes bytes = makeImage();
     FwImage image;
     while (state.KeepRunning()) {
-        if (FwImage_Parse(image, bytes.data(), static_cast<std::int32_t>(bytes.size())) != holdsBlock) {
+        if (FwImage_Parse(image, bytes.data(), static_cast<std::int32_t>(bytes.size())) !=
+            holdsBlock) {
             state.SkipWithError("the image was read wrongly");
             break;
         }

@@ -1,4 +1,5 @@
-// Reading the costliest property files that are read or refused, and looking for such files in a crowd.
+// Reading the costliest property files that are read or refused, and looking for such files in a
+// crowd.
 
 #include "bench/Table.h"
 #include "props/PropertyFile.h"
@@ -63,7 +64,8 @@ double millisecondsOf(Work work)
 {
     const auto before = std::chrono::steady_clock::now();
     work();
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - before).count();
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - before)
+        .count();
 }
 
 std::string repeated(const std::string& text, std::size_t size)

@@ -1,4 +1,5 @@
-// From nothing to the window's first picture, and the memory that it takes: the tool against a bare window.
+// From nothing to the window's first picture, and the memory that it takes: the tool against a bare
+// window.
 
 #include "bench/Child.h"
 #include "bench/Table.h"
@@ -29,7 +30,8 @@ struct Costs {
     }
 };
 
-StartCost startOnce(const std::vector<std::string>& command, const std::vector<std::string>& environment)
+StartCost startOnce(const std::vector<std::string>& command,
+                    const std::vector<std::string>& environment)
 {
     const auto cost = runUntilPainted(command, environment);
     if (!cost) {
@@ -39,10 +41,12 @@ StartCost startOnce(const std::vector<std::string>& command, const std::vector<s
     return *cost;
 }
 
-void compare(const std::string& title, const std::vector<std::string>& environment, const std::string& flash)
+void compare(const std::string& title, const std::vector<std::string>& environment,
+             const std::string& flash)
 {
     const std::vector<std::string> bareCommand{BARE_WINDOW};
-    const std::vector<std::string> toolCommand{TOOL_WINDOW, "--simulated-hub=latency=none,image=" + flash};
+    const std::vector<std::string> toolCommand{TOOL_WINDOW,
+                                               "--simulated-hub=latency=none,image=" + flash};
     startOnce(bareCommand, environment); // what they read from disk is in memory from here on
     startOnce(toolCommand, environment);
 
@@ -68,7 +72,8 @@ void compare(const std::string& title, const std::vector<std::string>& environme
 
 int main()
 {
-    std::string folder = (std::filesystem::temp_directory_path() / "vornadel-bench-XXXXXX").string();
+    std::string folder =
+        (std::filesystem::temp_directory_path() / "vornadel-bench-XXXXXX").string();
     if (::mkdtemp(folder.data()) == nullptr) {
         std::perror("bench_start");
         return EXIT_FAILURE;

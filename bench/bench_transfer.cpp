@@ -1,8 +1,9 @@
-// What the hub layer adds to a control transfer of 4096 bytes: reads of the flash through it, and the same reads in a
-// loop with nothing but libusb. Both reach the same hub by turns, so that what else the machine does meets both alike.
+// What the hub layer adds to a control transfer of 4096 bytes: reads of the flash through it, and
+// the same reads in a loop with nothing but libusb. Both reach the same hub by turns, so that what
+// else the machine does meets both alike.
 //
-// It needs a hub of 1209:0001 that runs its ROM code, and reads nothing but the flash. tests/kernel/bench runs it in a
-// virtual machine that has one; elsewhere there is one after
+// It needs a hub of 1209:0001 that runs its ROM code, and reads nothing but the flash.
+// tests/kernel/bench runs it in a virtual machine that has one; elsewhere there is one after
 //   sudo vornadel-virtual-hub --hub image=/tmp/hub.bin,mode=rom,latency=none
 
 #include "bench/Table.h"
@@ -67,7 +68,8 @@ public:
     bool isOpen() const { return m_handle != nullptr; }
     bool read(Piece& piece) const
     {
-        return libusb_control_transfer(m_handle, 0xC0, 0xD8, 0, 0, piece.data(), kPiece, 30000) == kPiece;
+        return libusb_control_transfer(m_handle, 0xC0, 0xD8, 0, 0, piece.data(), kPiece, 30000) ==
+               kPiece;
     }
 
 private:
@@ -90,7 +92,9 @@ void timeOne(const Read& read, Piece& piece, Series& times)
 int measure(const BareHub& bare)
 {
     const auto readBare = [&](Piece& piece) { return bare.read(piece); };
-    const auto readByLayer = [](Piece& piece) { return Hub_ReadFlash(0, piece.data(), kPiece) == 0; };
+    const auto readByLayer = [](Piece& piece) {
+        return Hub_ReadFlash(0, piece.data(), kPiece) == 0;
+    };
     Piece bareBytes{};
     Piece layerBytes{};
     Series bareTimes;

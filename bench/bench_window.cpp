@@ -1,5 +1,6 @@
-// What one whole update costs in the window beyond the fixed pauses: from the press of the button, through the flow
-// on its thread and the progress on the main thread, to the buttons that can be pressed again.
+// What one whole update costs in the window beyond the fixed pauses: from the press of the button,
+// through the flow on its thread and the progress on the main thread, to the buttons that can be
+// pressed again.
 
 #include "app/Controls.h"
 #include "bench/RecordingClock.h"
@@ -63,7 +64,8 @@ public:
         : m_window(VORNADEL_BUNDLE, flowClock, hubClock, latency)
     {
         AppDelegate& tool = m_window.tool();
-        const QString path = m_window.choose(*tool.btnSelect_EasyUpdate, demoImage(kDemoVersion101));
+        const QString path =
+            m_window.choose(*tool.btnSelect_EasyUpdate, demoImage(kDemoVersion101));
         if (tool.txtFw_EasyUpdate->text() != path) {
             giveUp("the image was not chosen");
         }
@@ -93,7 +95,8 @@ private:
     ToolWindow m_window;
 };
 
-/// Pauses and the hub's own time take no wall time on the virtual clock: what is left is the overhead.
+/// Pauses and the hub's own time take no wall time on the virtual clock: what is left is the
+/// overhead.
 Row onVirtualTime(const std::string& what, SimulatedLatency latency)
 {
     constexpr int kRuns = 50;
@@ -106,7 +109,8 @@ Row onVirtualTime(const std::string& what, SimulatedLatency latency)
     return rowOf(what, overhead, kTargetMilliseconds);
 }
 
-/// On a busy machine the wall time holds many waits for a processor; the time on it shows how much of that is ours.
+/// On a busy machine the wall time holds many waits for a processor; the time on it shows how much
+/// of that is ours.
 void onTheWall(const std::string& what, SimulatedLatency latency, std::vector<Row>& rows)
 {
     constexpr int kRuns = 3;
@@ -140,11 +144,12 @@ int main(int argc, char** argv)
     };
     onTheWall("real time, a hub that takes none", SimulatedLatency::None, rows);
     onTheWall("real time, a hub that takes its time", SimulatedLatency::Real, rows);
-    bench::printTable("One whole update in the window: wall time less fixed pauses and the hub's own time",
-                      "milliseconds", rows);
+    bench::printTable(
+        "One whole update in the window: wall time less fixed pauses and the hub's own time",
+        "milliseconds", rows);
     double load = 0;
     ::getloadavg(&load, 1);
-    std::printf("Programs that wanted a processor during the last minute: %.1f, processors: %u\n\n", load,
-                std::thread::hardware_concurrency());
+    std::printf("Programs that wanted a processor during the last minute: %.1f, processors: %u\n\n",
+                load, std::thread::hardware_concurrency());
     return 0;
 }

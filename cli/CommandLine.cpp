@@ -28,29 +28,34 @@ std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLi
 
         ->check(CLI::ExistingFile);
     std::string simulatedHub;
-    CLI::Option* simulated = app.add_flag(
-        "--simulated-hub", simulatedHub,
-        "Work on the built-in simulated hub; =KEY=VALUE,... with the keys image, latency, mode, ids, fault");
-    simulated->multi_option_policy(CLI::MultiOptionPolicy::Throw); // the last one would win without a word
+    CLI::Option* simulated = app.add_flag("--simulated-hub", simulatedHub,
+                                          "Work on the built-in simulated hub; =KEY=VALUE,... with "
+                                          "the keys image, latency, mode, ids, fault");
+    simulated->multi_option_policy(CLI::MultiOptionPolicy::Throw); // the last one would win without
+                                                                   // a word
 
-    CLI::App* update =
-        app.add_subcommand("update", "Write an image to the hub's flash, verify it and restart the hub");
-    update->add_option("IMAGE", commandLine.image, "Firmware image (*.bin)")->required()->check(refuseEmpty);
+    CLI::App* update = app.add_subcommand(
+        "update", "Write an image to the hub's flash, verify it and restart the hub");
+    update->add_option("IMAGE", commandLine.image, "Firmware image (*.bin)")
+        ->required()
+        ->check(refuseEmpty);
     const CLI::App* scalar = app.add_subcommand(
-        "scalar", "The unattended update: what update does, with the image that config.ini names as FwBin");
-    CLI::App* read = app.add_subcommand(
-        "read",
-        "Read the hub's whole flash, save it to a file and restart the hub; without success FILE stays "
-        "as it is");
+        "scalar",
+        "The unattended update: what update does, with the image that config.ini names as FwBin");
+    CLI::App* read = app.add_subcommand("read", "Read the hub's whole flash, save it to a file and "
+                                                "restart the hub; without success FILE stays "
+                                                "as it is");
     read->add_option("FILE", commandLine.image, "Where to save it (*.bin); replaced when it exists")
         ->required()
         ->check(refuseEmpty);
-    const CLI::App* erase =
-        app.add_subcommand("erase", "Erase the hub's whole flash, without asking, and restart the hub");
+    const CLI::App* erase = app.add_subcommand(
+        "erase", "Erase the hub's whole flash, without asking, and restart the hub");
     CLI::App* info = app.add_subcommand("info", "Show the attached hub, or a firmware image");
-    info->add_option("IMAGE", commandLine.image, "Firmware image (*.bin); without it the hub is asked")
+    info->add_option("IMAGE", commandLine.image,
+                     "Firmware image (*.bin); without it the hub is asked")
         ->check(refuseEmpty);
-    app.add_subcommand("list", "List the attached USB devices and which of them are supported hubs");
+    app.add_subcommand("list",
+                       "List the attached USB devices and which of them are supported hubs");
 
     try {
         app.parse(argc, argv);
@@ -60,8 +65,9 @@ std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLi
         return wrong ? kExitUsage : kExitSuccess;
     }
     if (simulated->count() > 0) {
-        commandLine.simulatedHub =
-            simulatedHub == "true" ? "" : simulatedHub; // what a flag without a value reads as
+        commandLine.simulatedHub = simulatedHub == "true" ? "" : simulatedHub; // what a flag
+                                                                               // without a value
+                                                                               // reads as
     }
     commandLine.verb = update->parsed()   ? CommandLine::Verb::Update
                        : scalar->parsed() ? CommandLine::Verb::Scalar

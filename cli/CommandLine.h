@@ -12,20 +12,21 @@ struct CommandLine {
     enum class Verb { Update, Scalar, Read, Erase, Info, List };
 
     Verb verb = Verb::List;
-    std::string image;                       ///< of update, read and info; empty: info is about the hub
-    std::string configFile;                  ///< empty: config.ini in the resource directory
+    std::string image;      ///< of update, read and info; empty: info is about the hub
+    std::string configFile; ///< empty: config.ini in the resource directory
     std::optional<std::string> simulatedHub; ///< set: work on the simulated hub, with these options
 };
 
 /// Exit statuses of vornadelctl.
-inline constexpr int kExitSuccess = 0; ///< what was asked for was done, and verified or saved where it can be
+inline constexpr int kExitSuccess = 0; ///< what was asked for was done, and verified or saved where
+                                       ///< it can be
 inline constexpr int kExitFailure = 1; ///< it was not; the reason has been printed
-inline constexpr int kExitUsage =
-    2; ///< the command line was not understood, or the simulated hub cannot be set up
+inline constexpr int kExitUsage = 2; ///< the command line was not understood, or the simulated hub
+                                     ///< cannot be set up
 inline constexpr int kExitInterrupted = 130; ///< a signal ended it half-way
 
-/// Reads the command line. Nothing when there is something to do; otherwise the exit status, after help, the version
-/// or an explanation has been printed.
+/// Reads the command line. Nothing when there is something to do; otherwise the exit status, after
+/// help, the version or an explanation has been printed.
 std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLine& commandLine,
                                     std::ostream& out, std::ostream& err);
 

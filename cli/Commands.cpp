@@ -73,7 +73,8 @@ std::string whyUnread(const std::string& path)
     return info.st_size == 0 ? "it is empty" : "it cannot be read, or is too large";
 }
 
-/// Into a fresh record. Tells of a file that was not even read, which the flows call a wrong one like any other.
+/// Into a fresh record. Tells of a file that was not even read, which the flows call a wrong one
+/// like any other.
 bool loadImage(FwImage& image, const std::string& path, std::ostream& err)
 {
     const bool loaded = FwImage_LoadFile(image, path);
@@ -92,14 +93,14 @@ int update(const std::string& path, std::ostream& out, std::ostream& err, bool t
 }
 
 /// The image lies beside the configuration file.
-int scalar(const std::string& configFile, const ToolConfig& config, std::ostream& out, std::ostream& err,
-           bool terminal)
+int scalar(const std::string& configFile, const ToolConfig& config, std::ostream& out,
+           std::ostream& err, bool terminal)
 {
     const std::string folder = std::filesystem::path(configFile).parent_path().string();
     FwImage image;
     ConsoleReporter reporter(out, err, terminal);
-    return updateScalarImage(image, folder.empty() ? "." : folder, config.fwbinPath, config.fwbinPath,
-                             reporter)
+    return updateScalarImage(image, folder.empty() ? "." : folder, config.fwbinPath,
+                             config.fwbinPath, reporter)
                ? kExitSuccess
                : kExitFailure;
 }
@@ -107,7 +108,8 @@ int scalar(const std::string& configFile, const ToolConfig& config, std::ostream
 int readInto(const std::string& path, std::ostream& out, std::ostream& err, bool terminal)
 {
     std::string problem;
-    if (!canBeSaved(path, problem)) { // a read restarts the hub, and what is plugged into it goes with it
+    if (!canBeSaved(path,
+                    problem)) { // a read restarts the hub, and what is plugged into it goes with it
         err << "the flash was not read, as it could not be saved: " << problem << '\n';
         return kExitFailure;
     }
@@ -141,7 +143,8 @@ int showImage(const std::string& path, std::ostream& out, std::ostream& err)
     }
     out << "file:          " << path << '\n'
         << "size:          " << image.size << " bytes\n"
-        << "block at:      0x" << hex4(static_cast<unsigned>(image.descriptor - image.data.get())) << '\n'
+        << "block at:      0x" << hex4(static_cast<unsigned>(image.descriptor - image.data.get()))
+        << '\n'
         << "version:       " << storedNumber(image.version) << '\n'
         << "VID:           " << storedNumber(image.vid) << '\n'
         << "SSPID:         " << storedNumber(image.sspid) << '\n'
@@ -160,12 +163,14 @@ int showHub(std::ostream& out, std::ostream& err)
         return kExitFailure;
     }
     if (!Hub_OpenDevice()) {
-        err << "a supported hub is attached, but it cannot be opened: it is in use, or permission is "
+        err << "a supported hub is attached, but it cannot be opened: it is in use, or permission "
+               "is "
                "missing\n";
         return kExitFailure;
     }
     HubStatusBlock status{};
-    const bool read = Hub_ReadStatusBlock(status.data(), static_cast<std::uint16_t>(status.size())) == 0;
+    const bool read =
+        Hub_ReadStatusBlock(status.data(), static_cast<std::uint16_t>(status.size())) == 0;
     Hub_CloseDevice();
     if (!read) {
         err << "the hub was opened, but it does not answer\n";
@@ -184,10 +189,12 @@ int list(UsbBus& bus, std::ostream& out, std::ostream& err)
         return kExitFailure;
     }
     std::unique_ptr<UsbDevice> device;
-    for (auto step = search->next(device); step != UsbSearch::Step::End; step = search->next(device)) {
+    for (auto step = search->next(device); step != UsbSearch::Step::End;
+         step = search->next(device)) {
         if (step == UsbSearch::Step::Device) {
             out << hex4(device->vendorId()) << ':' << hex4(device->productId())
-                << (FindSupportedId(device->vendorId(), device->productId()) ? "  supported hub" : "")
+                << (FindSupportedId(device->vendorId(), device->productId()) ? "  supported hub"
+                                                                             : "")
                 << '\n';
         }
     }
@@ -219,7 +226,8 @@ int runCommand(const CommandLine& commandLine, Platform& platform, const std::st
         return erase(out, err, terminal);
     // What these say is all they do.
     case CommandLine::Verb::Info:
-        status = commandLine.image.empty() ? showHub(out, err) : showImage(commandLine.image, out, err);
+        status =
+            commandLine.image.empty() ? showHub(out, err) : showImage(commandLine.image, out, err);
         break;
     case CommandLine::Verb::List:
         status = list(platform.usb, out, err);

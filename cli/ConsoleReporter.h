@@ -7,9 +7,10 @@
 namespace vornadel
 {
 
-/// Tells one flow's progress on a console. On a terminal the percentage is one line that moves; elsewhere each value is
-/// a line of its own. Values that do not go up are left out: a bar that goes back to 0 at the end frees it in a window,
-/// but would tell a reader of lines that all was in vain. Red lines go to `err`.
+/// Tells one flow's progress on a console. On a terminal the percentage is one line that moves;
+/// elsewhere each value is a line of its own. Values that do not go up are left out: a bar that
+/// goes back to 0 at the end frees it in a window, but would tell a reader of lines that all was in
+/// vain. Red lines go to `err`.
 class ConsoleReporter final : public FlowReporter
 {
 public:

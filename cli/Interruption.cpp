@@ -22,7 +22,8 @@ bool ignored(int signal)
     return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
-/// What is ignored from the start, as under nohup, stays so: once blocked, it would be delivered all the same.
+/// What is ignored from the start, as under nohup, stays so: once blocked, it would be delivered
+/// all the same.
 sigset_t awaitedSignals()
 {
     sigset_t signals;

@@ -8,9 +8,9 @@
 namespace vornadel
 {
 
-/// Turns SIGINT, SIGTERM and SIGHUP into an orderly end: the request in flight ends, no other follows, no pause
-/// goes on, and the flow closes the hub. A second signal ends the process at once. A signal that was ignored before
-/// is left alone.
+/// Turns SIGINT, SIGTERM and SIGHUP into an orderly end: the request in flight ends, no other
+/// follows, no pause goes on, and the flow closes the hub. A second signal ends the process at
+/// once. A signal that was ignored before is left alone.
 ///
 /// To be made before any other thread starts, since threads inherit which signals they leave alone.
 class Interruption

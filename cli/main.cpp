@@ -22,10 +22,12 @@ using namespace vornadel;
 
 int run(const CommandLine& commandLine, Platform platform, const char* argv0)
 {
-    Hub_UsePlatform(platform.usb, platform.clock); // before a signal can abandon the hub: this would undo it
+    Hub_UsePlatform(platform.usb,
+                    platform.clock); // before a signal can abandon the hub: this would undo it
     const Interruption interruption(platform.clock);
-    const int status = runCommand(commandLine, platform, toolPlaceOf(mainBundle(argv0)).resourcePath,
-                                  std::cout, std::cerr, isatty(STDOUT_FILENO) == 1);
+    const int status =
+        runCommand(commandLine, platform, toolPlaceOf(mainBundle(argv0)).resourcePath, std::cout,
+                   std::cerr, isatty(STDOUT_FILENO) == 1);
     if (interruption.happened() && status != kExitSuccess) {
         std::cerr << "Interrupted\n";
         return kExitInterrupted;
@@ -51,7 +53,8 @@ int chooseAndRun(int argc, char** argv)
         std::cerr << "--simulated-hub: " << error << '\n';
         return kExitUsage;
     }
-    return run(commandLine, {*bus, real.shell, real.privileged, real.systemVersion, real.clock}, argv[0]);
+    return run(commandLine, {*bus, real.shell, real.privileged, real.systemVersion, real.clock},
+               argv[0]);
 }
 
 } // namespace

@@ -30,8 +30,8 @@ std::string textOf(const Dictionary& entries, const std::string& key, const char
     return text != nullptr ? text : missing;
 }
 
-/// The number of a key, 0 when missing. Not by the library's own getter: that one reads through a null pointer
-/// when a section is named like the key.
+/// The number of a key, 0 when missing. Not by the library's own getter: that one reads through a
+/// null pointer when a section is named like the key.
 std::int32_t numberOf(const Dictionary& entries, const std::string& key)
 {
     return static_cast<std::int32_t>(std::strtol(textOf(entries, key, "0").c_str(), nullptr, 0));
@@ -58,7 +58,8 @@ void fillSupportedIds(const Dictionary& entries)
     }
 }
 
-/// Why the file must not be handed to the INI reader; empty when it may be. A missing file may: the reader says so.
+/// Why the file must not be handed to the INI reader; empty when it may be. A missing file may: the
+/// reader says so.
 std::string problemWith(const std::string& path)
 {
     std::error_code failed;

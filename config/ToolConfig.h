@@ -10,22 +10,23 @@ namespace vornadel
 struct ToolConfig {
     std::string appTitle = "Vornadel"; ///< "DumpTool Config:AppTitle"
     std::int32_t isScalarMode = 0;     ///< "DumpTool Config:ScalarMode"; only 1 means scalar mode
-    std::string fwbinPath; ///< "DumpTool Config:FwBin", relative to the resource directory; may be empty
+    std::string fwbinPath; ///< "DumpTool Config:FwBin", relative to the resource directory; may be
+                           ///< empty
 
-    /// Why a file that is there was not used: too large, or no regular file. Empty when nothing is wrong, and
-    /// when the INI reader itself has complained on standard error.
+    /// Why a file that is there was not used: too large, or no regular file. Empty when nothing is
+    /// wrong, and when the INI reader itself has complained on standard error.
     std::string problem;
 };
 
-/// Larger files are not read: the INI reader's time grows with the square of the number of lines. 64 triples with a
-/// comment each take a tenth of this.
+/// Larger files are not read: the INI reader's time grows with the square of the number of lines.
+/// 64 triples with a comment each take a tenth of this.
 inline constexpr std::uintmax_t kLargestConfigFile = 64UL * 1024UL;
 
-/// Reads config.ini and fills `SupportedIdList` from its section "Support Vid Pid". A file that is missing,
-/// unreadable or no INI file gives the defaults and an empty list; nothing here fails.
+/// Reads config.ini and fills `SupportedIdList` from its section "Support Vid Pid". A file that is
+/// missing, unreadable or no INI file gives the defaults and an empty list; nothing here fails.
 ///
-/// Numbers are read with base detection (0x.. hexadecimal, 0.. octal) and keep their low 16 bits; a triple counts
-/// only when all three of its numbers are non-zero then.
+/// Numbers are read with base detection (0x.. hexadecimal, 0.. octal) and keep their low 16 bits; a
+/// triple counts only when all three of its numbers are non-zero then.
 ToolConfig readToolConfig(const std::string& path);
 
 } // namespace vornadel

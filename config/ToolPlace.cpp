@@ -5,7 +5,8 @@ namespace vornadel
 
 ToolPlace toolPlaceOf(const MainBundle& bundle)
 {
-    return {bundle.path, bundle.bundled, bundle.bundled ? bundle.path + "/Contents/Resources" : bundle.path};
+    return {bundle.path, bundle.bundled,
+            bundle.bundled ? bundle.path + "/Contents/Resources" : bundle.path};
 }
 
 } // namespace vornadel

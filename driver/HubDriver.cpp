@@ -1,9 +1,9 @@
 #include "driver/HubDriver.h"
 
+#include "base/GenFun.h"
 #include "hub/HubCommands.h"
 #include "hub/HubTransport.h"
 #include "platform/ShellCommand.h"
-#include "base/GenFun.h"
 
 #include <array>
 #include <filesystem>
@@ -40,14 +40,15 @@ bool claimDriverCopy(const std::string& folder)
         };
         return lstat(path.c_str(), &found) == 0 && found.st_uid == geteuid() &&
                (found.st_mode & (S_IWGRP | S_IWOTH)) == 0 &&
-               (S_ISDIR(found.st_mode) || (mayBeFile && S_ISREG(found.st_mode) && found.st_nlink == 1));
+               (S_ISDIR(found.st_mode) ||
+                (mayBeFile && S_ISREG(found.st_mode) && found.st_nlink == 1));
     };
     if (!isOwn(folder, false)) {
         return false;
     }
     std::error_code failed;
-    for (std::filesystem::recursive_directory_iterator entry(folder, failed), end; !failed && entry != end;
-         entry.increment(failed)) {
+    for (std::filesystem::recursive_directory_iterator entry(folder, failed), end;
+         !failed && entry != end; entry.increment(failed)) {
         if (!isOwn(entry->path().string(), true)) {
             return false;
         }
@@ -69,7 +70,8 @@ void returnHubToFlash()
 
 bool needsReboot(bool systemWantsBootArgument, std::string_view bootArguments)
 {
-    return systemWantsBootArgument && bootArguments.find(kAllowingBootArgument) == std::string_view::npos;
+    return systemWantsBootArgument &&
+           bootArguments.find(kAllowingBootArgument) == std::string_view::npos;
 }
 
 } // namespace vornadel

@@ -148,10 +148,11 @@ void DropDownCells::open(const QModelIndex& index, OpenedBy by)
         return;
     }
     if (by == OpenedBy::Mouse) {
-        // By a press as on any other drop-down, so that the second half of a double click chooses nothing.
+        // By a press as on any other drop-down, so that the second half of a double click chooses
+        // nothing.
         const QPointF at = list->rect().center();
-        QMouseEvent press(QEvent::MouseButtonPress, at, list->mapToGlobal(at), Qt::LeftButton, Qt::LeftButton,
-                          Qt::NoModifier);
+        QMouseEvent press(QEvent::MouseButtonPress, at, list->mapToGlobal(at), Qt::LeftButton,
+                          Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(list, &press);
     } else {
         list->showPopup();

@@ -9,10 +9,10 @@ class QTableView;
 namespace vornadel
 {
 
-/// Makes the cells of one column of a table drop-downs: they look like one at rest, open with one click, with Return,
-/// Space, F2 or Alt+Down on their row, and hand the position that was chosen to the model (setData, EditRole), also
-/// when it is the one that was chosen before. Dismissed, they change nothing. A cell whose model does not let it be
-/// edited looks the same and stays shut.
+/// Makes the cells of one column of a table drop-downs: they look like one at rest, open with one
+/// click, with Return, Space, F2 or Alt+Down on their row, and hand the position that was chosen to
+/// the model (setData, EditRole), also when it is the one that was chosen before. Dismissed, they
+/// change nothing. A cell whose model does not let it be edited looks the same and stays shut.
 class DropDownCells final : public QStyledItemDelegate
 {
 public:
@@ -30,7 +30,8 @@ public:
     QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option,
                           const QModelIndex& index) const override;
     void setEditorData(QWidget* editor, const QModelIndex& index) const override;
-    void setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const override;
+    void setModelData(QWidget* editor, QAbstractItemModel* model,
+                      const QModelIndex& index) const override;
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -18,7 +18,8 @@ QString MyTableView::tableView_objectValueForTableColumn_row(const QString& /*co
     return "Empty Value";
 }
 
-void MyTableView::tableView_setObjectValue_forTableColumn_row(int /*value*/, const QString& /*column*/,
+void MyTableView::tableView_setObjectValue_forTableColumn_row(int /*value*/,
+                                                              const QString& /*column*/,
                                                               int /*row*/) const
 {
     m_log("setObjectValue");

@@ -19,7 +19,8 @@ public:
 
     int numberOfRowsInTableView() const;
     static QString tableView_objectValueForTableColumn_row(const QString& column, int row);
-    void tableView_setObjectValue_forTableColumn_row(int value, const QString& column, int row) const;
+    void tableView_setObjectValue_forTableColumn_row(int value, const QString& column,
+                                                     int row) const;
     void tableViewSelectionDidChange() const;
 
     QTableView* tableView = nullptr; ///< not owned

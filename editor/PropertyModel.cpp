@@ -32,9 +32,15 @@ void PropertyModel::reload(bool sameItems)
     endResetModel();
 }
 
-int PropertyModel::rowCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : m_rows; }
+int PropertyModel::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : m_rows;
+}
 
-int PropertyModel::columnCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : ColumnCount; }
+int PropertyModel::columnCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : ColumnCount;
+}
 
 QVariant PropertyModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
@@ -47,8 +53,8 @@ QVariant PropertyModel::headerData(int section, Qt::Orientation orientation, int
 Qt::ItemFlags PropertyModel::flags(const QModelIndex& index) const
 {
     Qt::ItemFlags flags = QAbstractTableModel::flags(index);
-    flags.setFlag(Qt::ItemIsEditable,
-                  index.column() == CurValue && !m_controller.valueCell(index.row()).entries.isEmpty());
+    flags.setFlag(Qt::ItemIsEditable, index.column() == CurValue &&
+                                          !m_controller.valueCell(index.row()).entries.isEmpty());
     return flags;
 }
 
@@ -59,7 +65,8 @@ QVariant PropertyModel::data(const QModelIndex& index, int role) const
     }
     switch (role) {
     case Qt::DisplayRole:
-        return m_controller.tableView_objectValueForTableColumn_row(identifier(index.column()), index.row());
+        return m_controller.tableView_objectValueForTableColumn_row(identifier(index.column()),
+                                                                    index.row());
     case Qt::ToolTipRole: // a text may be longer than its column
         return plainToolTip(data(index, Qt::DisplayRole).toString());
     case DropDownCells::EntriesRole:
@@ -76,8 +83,8 @@ bool PropertyModel::setData(const QModelIndex& index, const QVariant& value, int
     if (role != Qt::EditRole || !flags(index).testFlag(Qt::ItemIsEditable)) {
         return false;
     }
-    m_controller.tableView_setObjectValue_forTableColumn_row(value.toInt(), identifier(index.column()),
-                                                             index.row());
+    m_controller.tableView_setObjectValue_forTableColumn_row(
+        value.toInt(), identifier(index.column()), index.row());
     return true;
 }
 

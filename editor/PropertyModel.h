@@ -7,8 +7,8 @@ namespace vornadel
 
 class TableViewController;
 
-/// Stands between Qt's table and the controller. How many rows there are is asked once per reload: Qt asks all the
-/// time.
+/// Stands between Qt's table and the controller. How many rows there are is asked once per reload:
+/// Qt asks all the time.
 class PropertyModel final : public QAbstractTableModel
 {
 public:

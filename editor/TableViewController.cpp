@@ -1,10 +1,10 @@
 #include "editor/TableViewController.h"
 
-#include "firmware/FwImage.h"
 #include "base/GenFun.h"
-#include "props/PropertyFile.h"
 #include "editor/HexText.h"
 #include "editor/Tone.h"
+#include "firmware/FwImage.h"
+#include "props/PropertyFile.h"
 
 #include <QComboBox>
 #include <QEvent>
@@ -53,8 +53,9 @@ int leadingNumber(const QString& text)
 
 TableViewController::TableViewController(const PropertyViews& views, FwImage& image,
                                          std::string toolDirectory, PropertyVoices voices)
-    : _tableView(views.table), m_views(views), m_image(image), m_toolDirectory(std::move(toolDirectory)),
-      m_voices(std::move(voices)), m_model(*this), m_dropDowns(*views.table, PropertyModel::CurValue)
+    : _tableView(views.table), m_views(views), m_image(image),
+      m_toolDirectory(std::move(toolDirectory)), m_voices(std::move(voices)), m_model(*this),
+      m_dropDowns(*views.table, PropertyModel::CurValue)
 {
     QTableView& table = *_tableView;
     table.setModel(&m_model);
@@ -122,8 +123,8 @@ void TableViewController::refreshFirst(std::size_t count)
 
 void TableViewController::ShowBinary(std::uint32_t begin, std::uint32_t end)
 {
-    m_voices.log(QString::asprintf("offsetBegin :%d   ;   noffsetEnd :%d\n", static_cast<int>(begin),
-                                   static_cast<int>(end)));
+    m_voices.log(QString::asprintf("offsetBegin :%d   ;   noffsetEnd :%d\n",
+                                   static_cast<int>(begin), static_cast<int>(end)));
     if (!m_image.loaded) {
         return;
     }
@@ -134,7 +135,8 @@ void TableViewController::ShowBinary(std::uint32_t begin, std::uint32_t end)
     red.cursor = QTextCursor(view.document());
     if (hex.redLength > 0) { // otherwise it stays at the top
         red.cursor.setPosition(static_cast<int>(hex.redStart));
-        red.cursor.setPosition(static_cast<int>(hex.redStart + hex.redLength), QTextCursor::KeepAnchor);
+        red.cursor.setPosition(static_cast<int>(hex.redStart + hex.redLength),
+                               QTextCursor::KeepAnchor);
     }
     view.setExtraSelections({red});
     recolourHex();
@@ -153,7 +155,8 @@ void TableViewController::recolourHex()
 {
     QList<QTextEdit::ExtraSelection> ranges = m_views.hex->extraSelections();
     for (QTextEdit::ExtraSelection& range : ranges) {
-        range.format.setForeground(toneColor(Tone::Red, m_views.hex->palette().color(QPalette::Base)));
+        range.format.setForeground(
+            toneColor(Tone::Red, m_views.hex->palette().color(QPalette::Base)));
     }
     m_views.hex->setExtraSelections(ranges);
 }
@@ -214,7 +217,8 @@ ValueCell TableViewController::valueCell(int row) const
     return cell;
 }
 
-QString TableViewController::tableView_objectValueForTableColumn_row(const QString& column, int row) const
+QString TableViewController::tableView_objectValueForTableColumn_row(const QString& column,
+                                                                     int row) const
 {
     const PropItem* item = itemAt(row);
     if (item != nullptr && column == kPropertyColumn) {
@@ -230,7 +234,8 @@ std::uint8_t* TableViewController::byteAt(std::uint32_t offset) const
     return offset < room ? m_image.descriptor + offset : nullptr;
 }
 
-void TableViewController::tableView_setObjectValue_forTableColumn_row(int value, const QString& column,
+void TableViewController::tableView_setObjectValue_forTableColumn_row(int value,
+                                                                      const QString& column,
                                                                       int row)
 {
     if (!m_image.loaded || column != kValueColumn || itemAt(row) == nullptr) {
@@ -238,7 +243,8 @@ void TableViewController::tableView_setObjectValue_forTableColumn_row(int value,
     }
     PropItem& item = *propItemList[static_cast<std::size_t>(row)];
     const std::uint8_t* enabling = byteAt(item.baseOnAddr);
-    const std::uint8_t enabled = enabling == nullptr ? 0 : GF_GetMaskValue(enabling, item.baseOnMask);
+    const std::uint8_t enabled =
+        enabling == nullptr ? 0 : GF_GetMaskValue(enabling, item.baseOnMask);
     m_voices.log(QString::asprintf("baseOnMask=%d;baseOnAddr=%d;baseOnValue=%d", item.baseOnMask,
                                    static_cast<int>(item.baseOnAddr), enabled));
     if (item.baseOnAddr != 0 && item.baseOnMask != 0 && enabled == 0) {
@@ -255,8 +261,8 @@ void TableViewController::apply(PropItem& item, int value)
     }
     item.curValue = std::to_string(value);
     m_voices.log(QString::asprintf("value = %d", value));
-    m_voices.log(QString::asprintf("baseOnAddr:%d\nbaseOnMask:%d\n", static_cast<int>(item.baseOnAddr),
-                                   item.baseOnMask) +
+    m_voices.log(QString::asprintf("baseOnAddr:%d\nbaseOnMask:%d\n",
+                                   static_cast<int>(item.baseOnAddr), item.baseOnMask) +
                  "pageName:" + fromText(item.pageName) + "\nPropName:" + fromText(item.propName) +
                  QString::asprintf("\naddr:%d\nmask:%d\n", static_cast<int>(item.addr), item.mask));
     const std::uint32_t addr = item.addr;
@@ -267,17 +273,19 @@ void TableViewController::apply(PropItem& item, int value)
 
 void TableViewController::refuse(const PropItem& item)
 {
-    const auto controlling = std::find_if(allItemList.begin(), allItemList.end(), [&item](const auto& other) {
-        return other->addr == item.baseOnAddr && other->mask == item.baseOnMask;
-    });
+    const auto controlling =
+        std::find_if(allItemList.begin(), allItemList.end(), [&item](const auto& other) {
+            return other->addr == item.baseOnAddr && other->mask == item.baseOnMask;
+        });
     std::uint8_t high = 0;
     std::uint8_t low = 0;
     GF_Mask2Bits(item.baseOnMask, &high, &low);
-    m_voices.alert(
-        "This Item is Not Editable.  To Change this Item,you should set\n\n " +
-        (controlling == allItemList.end() ? QString("(null)") : fromText((*controlling)->propName)) +
-        QString::asprintf("\n(Addr 0x%02X[%d:%d])\n\nfrom 0 to 1", item.baseOnAddr,
-                          static_cast<std::int8_t>(high), static_cast<std::int8_t>(low)));
+    m_voices.alert("This Item is Not Editable.  To Change this Item,you should set\n\n " +
+                   (controlling == allItemList.end() ? QString("(null)")
+                                                     : fromText((*controlling)->propName)) +
+                   QString::asprintf("\n(Addr 0x%02X[%d:%d])\n\nfrom 0 to 1", item.baseOnAddr,
+                                     static_cast<std::int8_t>(high),
+                                     static_cast<std::int8_t>(low)));
     reloadTable();
 }
 
@@ -288,11 +296,12 @@ void TableViewController::tableViewSelectionDidChange()
     if (item == nullptr) {
         return;
     }
-    m_voices.log(QString::asprintf("key:%d\nbaseOnAddr:%d\nbaseOnMask:%d\n", item->key,
-                                   static_cast<int>(item->baseOnAddr), item->baseOnMask) +
-                 "pageName:" + fromText(item->pageName) + "\ngroupName:" + fromText(item->groupName) +
-                 "\nPropName:" + fromText(item->propName) + "\nPropDesc:" + fromText(item->propDesc) +
-                 QString::asprintf("\naddr:%d\nmask:%d\n", static_cast<int>(item->addr), item->mask));
+    m_voices.log(
+        QString::asprintf("key:%d\nbaseOnAddr:%d\nbaseOnMask:%d\n", item->key,
+                          static_cast<int>(item->baseOnAddr), item->baseOnMask) +
+        "pageName:" + fromText(item->pageName) + "\ngroupName:" + fromText(item->groupName) +
+        "\nPropName:" + fromText(item->propName) + "\nPropDesc:" + fromText(item->propDesc) +
+        QString::asprintf("\naddr:%d\nmask:%d\n", static_cast<int>(item->addr), item->mask));
     QString text;
     if (item->key != 0) {
         text += QString::asprintf("(addr:0x%02X  mask:0x%02X)\n", item->addr & 0xFF, item->mask) +

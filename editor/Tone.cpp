@@ -18,7 +18,8 @@ double luminance(const QColor& color)
     const auto linear = [](double part) {
         return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
     };
-    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
+           0.0722 * linear(color.blueF());
 }
 
 double contrast(const QColor& a, const QColor& b)
@@ -36,7 +37,8 @@ QColor toneColor(Tone tone, const QColor& background)
     const float step = luminance(background) < 0.18 ? 0.02F : -0.02F;
     float lightness = 0.5F;
     QColor color = QColor::fromHslF(hue, 1.0F, lightness);
-    while (contrast(color, background) < kReadableContrast && lightness > 0.05F && lightness < 0.95F) {
+    while (contrast(color, background) < kReadableContrast && lightness > 0.05F &&
+           lightness < 0.95F) {
         lightness += step;
         color = QColor::fromHslF(hue, 1.0F, lightness);
     }

@@ -7,8 +7,9 @@ namespace vornadel
 
 QString plainToolTip(const QString& text)
 {
-    return Qt::mightBeRichText(text) ? "<p style=\"white-space:pre-wrap\">" + text.toHtmlEscaped() + "</p>"
-                                     : text;
+    return Qt::mightBeRichText(text)
+               ? "<p style=\"white-space:pre-wrap\">" + text.toHtmlEscaped() + "</p>"
+               : text;
 }
 
 } // namespace vornadel

@@ -1,7 +1,7 @@
 #include "firmware/FwImage.h"
 
-#include "base/LastError.h"
 #include "base/GenFun.h"
+#include "base/LastError.h"
 
 #include <algorithm>
 #include <array>
@@ -90,7 +90,8 @@ bool adopt(FwImage& image, Bytes bytes, std::int32_t length)
         return false;
     }
     locateFields(image, block);
-    FwImage_ParseStrings(image.strings, image.stringsLength, image.manufacturer, image.product, image.serial);
+    FwImage_ParseStrings(image.strings, image.stringsLength, image.manufacturer, image.product,
+                         image.serial);
     FwText_Set(image.containerIdText, FwImage_ContainerIdText(image.containerId));
     image.loaded = true;
     return true;
@@ -101,7 +102,8 @@ struct FileCloser {
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
-// Null for anything but a regular file: opening a pipe or a device could block, or do more than open it.
+// Null for anything but a regular file: opening a pipe or a device could block, or do more than
+// open it.
 File openImage(const std::string& path)
 {
     std::error_code ignored;
@@ -141,7 +143,8 @@ bool FwImage_LoadFile(FwImage& image, const std::string& path)
 
 bool FwImage_Parse(FwImage& image, const std::uint8_t* bytes, std::int32_t length)
 {
-    Bytes copy = bytes != nullptr && length >= 1 ? allocate(static_cast<std::size_t>(length)) : nullptr;
+    Bytes copy =
+        bytes != nullptr && length >= 1 ? allocate(static_cast<std::size_t>(length)) : nullptr;
     if (copy == nullptr) {
         FwImage_Release(image);
         image.size = std::min(length, 0);
@@ -159,8 +162,8 @@ void FwImage_Release(FwImage& image)
     image.size = 0;
     image.stringsLength = 0;
     image.containerIdLength = 0;
-    for (std::uint8_t** position : {&image.descriptor, &image.strings, &image.containerId, &image.vid,
-                                    &image.sspid, &image.hspid, &image.version}) {
+    for (std::uint8_t** position : {&image.descriptor, &image.strings, &image.containerId,
+                                    &image.vid, &image.sspid, &image.hspid, &image.version}) {
         *position = nullptr;
     }
 }
@@ -267,7 +270,8 @@ std::uint32_t GetFileSize(const std::string& path)
     constexpr std::uint32_t kUnknown = std::numeric_limits<std::uint32_t>::max();
     const File file = openImage(path);
     std::error_code error;
-    const std::uintmax_t size = file == nullptr ? kUnknown : std::filesystem::file_size(path, error);
+    const std::uintmax_t size =
+        file == nullptr ? kUnknown : std::filesystem::file_size(path, error);
     return error ? kUnknown : static_cast<std::uint32_t>(std::min<std::uintmax_t>(size, kUnknown));
 }
 

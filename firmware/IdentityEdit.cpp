@@ -29,7 +29,8 @@ void FwImage_SetIdText(std::uint8_t* position, std::string_view text)
         return;
     }
     for (std::size_t i = 0; i < 2; ++i) {
-        position[i] = static_cast<std::uint8_t>(valueAt(text, 2 * i) * 16 | valueAt(text, 2 * i + 1));
+        position[i] =
+            static_cast<std::uint8_t>(valueAt(text, 2 * i) * 16 | valueAt(text, 2 * i + 1));
     }
 }
 
@@ -48,7 +49,8 @@ void FwImage_SetIds(FwImage& image, const IdentityTexts& texts)
     FwImage_SetIdText(image.version, texts.version);
 }
 
-bool FwImage_EditIds(FwImage& image, std::string_view vid, std::string_view sspid, std::string_view hspid)
+bool FwImage_EditIds(FwImage& image, std::string_view vid, std::string_view sspid,
+                     std::string_view hspid)
 {
     if (!image.loaded) {
         return false;
@@ -65,8 +67,9 @@ bool FwImage_EditIds(FwImage& image, std::string_view vid, std::string_view sspi
     return changed;
 }
 
-std::uint8_t FwImage_EditTexts(FwImage& image, std::string_view manufacturer, std::string_view product,
-                               std::string_view serial, std::string_view containerId)
+std::uint8_t FwImage_EditTexts(FwImage& image, std::string_view manufacturer,
+                               std::string_view product, std::string_view serial,
+                               std::string_view containerId)
 {
     struct Edit {
         FwText* copy;

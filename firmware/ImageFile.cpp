@@ -33,8 +33,8 @@ bool fail(std::string& problem, const std::string& path, const std::string& why)
     return false;
 }
 
-/// Where the bytes are to go: past all symbolic links, also when the last one leads to what is still to be made.
-/// An error number, 0 when all is well.
+/// Where the bytes are to go: past all symbolic links, also when the last one leads to what is
+/// still to be made. An error number, 0 when all is well.
 int followLinks(fs::path& path, bool exists)
 {
     std::error_code code;
@@ -52,7 +52,8 @@ int followLinks(fs::path& path, bool exists)
     return ELOOP;
 }
 
-/// A new file in a folder, gone again at the end unless it took the place of another. errno tells why it failed.
+/// A new file in a folder, gone again at the end unless it took the place of another. errno tells
+/// why it failed.
 class TemporaryFile
 {
 public:
@@ -98,12 +99,14 @@ public:
         return true;
     }
 
-    /// Owner and group as far as the system lets us, permissions in any case. In this order, because a change of the
-    /// owner takes the set-id bits away; and without those that would speak in another one's name.
+    /// Owner and group as far as the system lets us, permissions in any case. In this order,
+    /// because a change of the owner takes the set-id bits away; and without those that would speak
+    /// in another one's name.
     bool resemble(const struct stat& other) const
     {
         const bool sameOwner = ::fchown(m_file, other.st_uid, other.st_gid) == 0;
-        const bool sameGroup = sameOwner || ::fchown(m_file, static_cast<uid_t>(-1), other.st_gid) == 0;
+        const bool sameGroup =
+            sameOwner || ::fchown(m_file, static_cast<uid_t>(-1), other.st_gid) == 0;
         mode_t mode = other.st_mode & kPermissions;
         mode &= ~static_cast<mode_t>((sameOwner ? 0 : S_ISUID) | (sameGroup ? 0 : S_ISGID));
         return ::fchmod(m_file, mode) == 0;
@@ -121,7 +124,8 @@ private:
     bool m_inPlace = false;
 };
 
-/// Makes the new name last. The file is in its place already, so there is nothing left that could fail.
+/// Makes the new name last. The file is in its place already, so there is nothing left that could
+/// fail.
 void syncFolder(const fs::path& folder)
 {
     const int file = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -152,7 +156,8 @@ bool findPlace(const std::string& path, Place& place, std::string& problem)
                     S_ISDIR(place.old.st_mode) ? "it is a folder" : "it is not a regular file");
     }
     if (place.exists && ::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) {
-        return fail(problem, path, because(errno)); // its folder would let us replace it all the same
+        return fail(problem, path,
+                    because(errno)); // its folder would let us replace it all the same
     }
     place.file = path;
     if (const int error = followLinks(place.file, place.exists)) {

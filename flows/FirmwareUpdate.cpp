@@ -33,11 +33,13 @@ Reason writeAndVerify(const FwImage& image, FlowReporter& reporter)
     if (!readBack) {
         return "Wrong firmware file\n"; // no flash is as large as what the memory cannot hold twice
     }
-    // A hub that confirms a read and delivers nothing must not be verified against what lay in the memory.
+    // A hub that confirms a read and delivers nothing must not be verified against what lay in the
+    // memory.
     std::transform(bytes, bytes + size, readBack.get(),
                    [](std::uint8_t byte) { return static_cast<std::uint8_t>(~byte); });
     if (!Hub_OpenRomDevice()) {
-        return "Fail To Open Rom Device\nPlease Load Driver firstly\nThen replugin usb hub device\n";
+        return "Fail To Open Rom Device\nPlease Load Driver firstly\nThen replugin usb hub "
+               "device\n";
     }
 
     reporter.appendProgressInfo_Blue("Erase Flash...\n");
@@ -82,7 +84,8 @@ bool updateFirmware(const FwImage& image, const std::string& imageName, FlowRepo
 {
     reporter.resetProgressInfo();
     reporter.updateProgressBar(0, Wait::Yes);
-    reporter.appendProgressInfo_Blue("FW:" + imageName + "(size=" + std::to_string(image.size) + ")\n\n");
+    reporter.appendProgressInfo_Blue("FW:" + imageName + "(size=" + std::to_string(image.size) +
+                                     ")\n\n");
 
     const Reason failure = writeAndVerify(image, reporter);
     if (failure == nullptr) {

@@ -9,7 +9,8 @@ namespace vornadel
 namespace
 {
 
-/// Why a step failed, as shown to the user; null when it succeeded. Without a line end: the summary brings it.
+/// Why a step failed, as shown to the user; null when it succeeded. Without a line end: the summary
+/// brings it.
 using Reason = const char*;
 
 Reason eraseAndRestart(FlowReporter& reporter)

@@ -23,7 +23,8 @@ using Reason = const char*;
 Reason readAndRestart(std::vector<std::uint8_t>& bytes, FlowReporter& reporter)
 {
     if (!Hub_OpenRomDevice()) {
-        return "Fail to Open Rom Device\nPlease Load Driver firstly\nThen replugin usb hub device\n";
+        return "Fail to Open Rom Device\nPlease Load Driver firstly\nThen replugin usb hub "
+               "device\n";
     }
     double progress = 10;
     reporter.updateProgressBar(progress, Wait::No);

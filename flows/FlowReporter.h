@@ -8,8 +8,9 @@ namespace vornadel
 /// Whether a progress value must be on display before the flow goes on.
 enum class Wait { Yes, No };
 
-/// What a flow tells while it works. Called on the flow's own thread; texts carry their own line ends.
-/// A text is on display when the call returns; values appear in the order in which they were told.
+/// What a flow tells while it works. Called on the flow's own thread; texts carry their own line
+/// ends. A text is on display when the call returns; values appear in the order in which they were
+/// told.
 class FlowReporter
 {
 public:

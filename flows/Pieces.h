@@ -11,15 +11,17 @@ namespace vornadel
 /// One control transfer carries at most this many bytes.
 inline constexpr std::int32_t kPieceSize = 4096;
 
-/// Goes over `size` bytes of the flash piece by piece, from address 0, and moves `progress` along by `percent` of the
-/// bar in all. `transfer(address, length)` returns a request status; false at the first that is not 0.
+/// Goes over `size` bytes of the flash piece by piece, from address 0, and moves `progress` along
+/// by `percent` of the bar in all. `transfer(address, length)` returns a request status; false at
+/// the first that is not 0.
 template <typename Transfer>
 bool forEachPiece(std::int32_t size, double percent, double& progress, FlowReporter& reporter,
                   Transfer transfer)
 {
     for (std::int32_t address = 0; address < size;) {
         const std::int32_t length = std::min(kPieceSize, size - address);
-        if (transfer(static_cast<std::uint32_t>(address), static_cast<std::uint16_t>(length)) != 0) {
+        if (transfer(static_cast<std::uint32_t>(address), static_cast<std::uint16_t>(length)) !=
+            0) {
             return false;
         }
         address += length;

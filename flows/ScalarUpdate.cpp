@@ -5,8 +5,9 @@
 namespace vornadel
 {
 
-bool updateScalarImage(FwImage& image, const std::string& resourcePath, const std::string& fwbinPath,
-                       const std::string& imageName, FlowReporter& reporter)
+bool updateScalarImage(FwImage& image, const std::string& resourcePath,
+                       const std::string& fwbinPath, const std::string& imageName,
+                       FlowReporter& reporter)
 {
     if (!fwbinPath.empty()) {
         FwImage_LoadFile(image, resourcePath + "//" + fwbinPath);

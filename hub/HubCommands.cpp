@@ -44,8 +44,8 @@ constexpr ModeCommand kModeCommands[] = {
 std::uint32_t send(VendorCommand command, void* data = nullptr, std::uint16_t length = 0)
 {
     const VendorRequest& request = vendorRequest(command);
-    return Hub_ControlRequest(request.bmRequestType, request.bRequest, request.wValue, request.wIndex, length,
-                              data);
+    return Hub_ControlRequest(request.bmRequestType, request.bRequest, request.wValue,
+                              request.wIndex, length, data);
 }
 
 std::uint32_t sendToAddress(VendorCommand command, std::uint32_t address, void* data = nullptr,
@@ -66,11 +66,13 @@ bool readWholeBlock(HubStatusBlock& block)
 Clock::Duration reopenPause(std::uint8_t mode)
 {
     HubStatusBlock block;
-    const bool quick = mode == HUB_MODE_ROM && readWholeBlock(block) && block[kRestartSpeed] == kQuickRestart;
+    const bool quick =
+        mode == HUB_MODE_ROM && readWholeBlock(block) && block[kRestartSpeed] == kQuickRestart;
     return quick ? kQuickReopenPause : kReopenPause;
 }
 
-// The first attempt closes the hub: the others fail before they reach it and only take their pauses.
+// The first attempt closes the hub: the others fail before they reach it and only take their
+// pauses.
 bool sendModeCommandPatiently(std::uint8_t mode)
 {
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
@@ -110,8 +112,9 @@ std::uint16_t Hub_GetFwVersion()
 
 bool Hub_SendModeCommand(std::uint8_t mode)
 {
-    const auto* const row = std::find_if(std::begin(kModeCommands), std::end(kModeCommands),
-                                         [mode](const ModeCommand& each) { return each.mode == mode; });
+    const auto* const row =
+        std::find_if(std::begin(kModeCommands), std::end(kModeCommands),
+                     [mode](const ModeCommand& each) { return each.mode == mode; });
     const bool sent = row == std::end(kModeCommands) || send(row->command) == 0;
     Hub_CloseDevice();
     return sent;
@@ -166,7 +169,8 @@ bool Hub_EraseFlash()
 std::uint32_t Hub_WriteFlash(std::uint32_t address, const std::uint8_t* data, std::uint16_t length)
 {
     // The data of a control request serves both directions; an outgoing one only reads it.
-    return sendToAddress(VendorCommand::WriteFlash, address, const_cast<std::uint8_t*>(data), length);
+    return sendToAddress(VendorCommand::WriteFlash, address, const_cast<std::uint8_t*>(data),
+                         length);
 }
 
 std::uint32_t Hub_ReadFlash(std::uint32_t address, std::uint8_t* buffer, std::uint16_t length)

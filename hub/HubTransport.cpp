@@ -34,8 +34,8 @@ struct Transport {
     std::vector<std::unique_ptr<UsbDevice>> overwritten;
 };
 
-// Lives until the process is gone: a flow may be in a transfer when main() returns, and the devices in it may
-// outlast the bus they came from, so nothing of it is ever destroyed.
+// Lives until the process is gone: a flow may be in a transfer when main() returns, and the devices
+// in it may outlast the bus they came from, so nothing of it is ever destroyed.
 Transport& transport()
 {
     static Transport& instance = *new Transport;
@@ -72,12 +72,14 @@ void store(std::unique_ptr<UsbDevice> hub)
     self.HubDevice = std::move(hub);
 }
 
-// The open hub, when it is the calling thread's; it stays valid as long as that thread does not close it.
+// The open hub, when it is the calling thread's; it stays valid as long as that thread does not
+// close it.
 UsbDevice* ownHub()
 {
     Transport& self = transport();
     const std::lock_guard lock(self.mutex);
-    return self.claimed && self.owner == std::this_thread::get_id() ? self.HubDevice.get() : nullptr;
+    return self.claimed && self.owner == std::this_thread::get_id() ? self.HubDevice.get()
+                                                                    : nullptr;
 }
 
 std::unique_ptr<UsbDevice> takeOwnHub()
@@ -179,8 +181,8 @@ bool Hub_OpenDevice()
     }
     store(std::move(hub));
     const VendorRequest& greeting = vendorRequest(VendorCommand::OpenTime);
-    Hub_ControlRequest(greeting.bmRequestType, greeting.bRequest, greeting.wValue, greeting.wIndex, 0,
-                       nullptr);
+    Hub_ControlRequest(greeting.bmRequestType, greeting.bRequest, greeting.wValue, greeting.wIndex,
+                       0, nullptr);
     return true;
 }
 
@@ -200,8 +202,9 @@ bool Hub_IsOpen()
     return self.HubDevice != nullptr;
 }
 
-std::uint32_t Hub_ControlRequest(std::uint8_t bmRequestType, std::uint8_t bRequest, std::uint16_t wValue,
-                                 std::uint16_t wIndex, std::uint16_t wLength, void* data)
+std::uint32_t Hub_ControlRequest(std::uint8_t bmRequestType, std::uint8_t bRequest,
+                                 std::uint16_t wValue, std::uint16_t wIndex, std::uint16_t wLength,
+                                 void* data)
 {
     UsbDevice* const hub = ownHub();
     if (hub == nullptr) {

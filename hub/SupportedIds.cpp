@@ -9,16 +9,19 @@ std::array<SupportedIdEntry, kSupportedIdCount> SupportedIdList{};
 
 bool FindSupportedId(std::uint16_t vendorId, std::uint16_t productId)
 {
-    return std::any_of(SupportedIdList.begin(), SupportedIdList.end(), [&](const SupportedIdEntry& entry) {
-        return entry.valid == 1 && entry.vid == vendorId &&
-               (entry.sspid == productId || entry.hspid == productId);
-    });
+    return std::any_of(SupportedIdList.begin(), SupportedIdList.end(),
+                       [&](const SupportedIdEntry& entry) {
+                           return entry.valid == 1 && entry.vid == vendorId &&
+                                  (entry.sspid == productId || entry.hspid == productId);
+                       });
 }
 
-bool FindSupportedTriple(std::uint16_t vendorId, std::uint16_t superSpeedId, std::uint16_t highSpeedId)
+bool FindSupportedTriple(std::uint16_t vendorId, std::uint16_t superSpeedId,
+                         std::uint16_t highSpeedId)
 {
     const SupportedIdEntry wanted{1, vendorId, superSpeedId, highSpeedId};
-    return std::find(SupportedIdList.begin(), SupportedIdList.end(), wanted) != SupportedIdList.end();
+    return std::find(SupportedIdList.begin(), SupportedIdList.end(), wanted) !=
+           SupportedIdList.end();
 }
 
 } // namespace vornadel

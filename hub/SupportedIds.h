@@ -19,14 +19,15 @@ struct SupportedIdEntry {
 
 inline constexpr std::size_t kSupportedIdCount = 64;
 
-/// The supported hubs, by the index of their configuration keys. Written at start, before the first search and the
-/// first flow; only read afterwards, from any thread.
+/// The supported hubs, by the index of their configuration keys. Written at start, before the first
+/// search and the first flow; only read afterwards, from any thread.
 extern std::array<SupportedIdEntry, kSupportedIdCount> SupportedIdList;
 
 /// Whether a device is a supported hub, at either speed.
 bool FindSupportedId(std::uint16_t vendorId, std::uint16_t productId);
 
 /// Whether one and the same entry has all three ids.
-bool FindSupportedTriple(std::uint16_t vendorId, std::uint16_t superSpeedId, std::uint16_t highSpeedId);
+bool FindSupportedTriple(std::uint16_t vendorId, std::uint16_t superSpeedId,
+                         std::uint16_t highSpeedId);
 
 } // namespace vornadel

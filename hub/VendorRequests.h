@@ -19,15 +19,18 @@ enum class VendorCommand : std::size_t {
     ReadFlash,
 };
 
-/// The fixed half of a setup packet. The flash commands put the address in wValue (bits 0-15) and wIndex (16-31).
+/// The fixed half of a setup packet. The flash commands put the address in wValue (bits 0-15) and
+/// wIndex (16-31).
 struct VendorRequest {
-    std::uint8_t bmRequestType; ///< 0x40: to the device, 0xC0: from it; vendor request, recipient device
+    std::uint8_t bmRequestType; ///< 0x40: to the device, 0xC0: from it; vendor request, recipient
+                                ///< device
     std::uint8_t bRequest;
     std::uint16_t wValue;
     std::uint16_t wIndex;
 };
 
-static_assert(HUB_MAKER_VID >= 0 && HUB_MAKER_VID <= 0xFFFF, "HUB_MAKER_VID is a USB vendor id of 16 bits");
+static_assert(HUB_MAKER_VID >= 0 && HUB_MAKER_VID <= 0xFFFF,
+              "HUB_MAKER_VID is a USB vendor id of 16 bits");
 
 inline constexpr std::array<VendorRequest, 8> kVendorRequests{{
     {0x40, 0x02, 0x0001, HUB_MAKER_VID}, // OpenTime

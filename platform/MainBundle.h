@@ -8,7 +8,8 @@ namespace vornadel
 
 /// Where the running program lies.
 struct MainBundle {
-    /// Full path of the bundle, for example /opt/Vornadel.app; the program's own directory outside a bundle.
+    /// Full path of the bundle, for example /opt/Vornadel.app; the program's own directory outside
+    /// a bundle.
     std::string path;
     /// Whether the program lies in a bundle, as BUNDLE/Contents/MacOS/PROGRAM.
     bool bundled = false;

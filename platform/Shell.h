@@ -14,8 +14,8 @@ public:
     Shell& operator=(const Shell&) = delete;
     virtual ~Shell() = default;
 
-    /// Runs one command line through the system shell and waits for it. The result is the shell's own; nobody
-    /// in this tool looks at it.
+    /// Runs one command line through the system shell and waits for it. The result is the shell's
+    /// own; nobody in this tool looks at it.
     virtual int run(const std::string& command) = 0;
 
     /// Whether something of that name exists; says nothing about being allowed to read it.

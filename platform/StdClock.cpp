@@ -19,7 +19,8 @@ StdClock::~StdClock()
 
 Clock::Duration StdClock::now()
 {
-    return std::chrono::duration_cast<Duration>(std::chrono::steady_clock::now().time_since_epoch());
+    return std::chrono::duration_cast<Duration>(
+        std::chrono::steady_clock::now().time_since_epoch());
 }
 
 void StdClock::sleep(Duration pause)

@@ -7,8 +7,9 @@
 namespace vornadel
 {
 
-/// One control transfer on the default pipe; the first five fields are the USB setup packet in its own order.
-/// Multi-byte fields are native words here; the back end puts them on the wire little-endian.
+/// One control transfer on the default pipe; the first five fields are the USB setup packet in its
+/// own order. Multi-byte fields are native words here; the back end puts them on the wire
+/// little-endian.
 struct ControlRequest {
     std::uint8_t bmRequestType = 0;
     std::uint8_t bRequest = 0;
@@ -19,8 +20,8 @@ struct ControlRequest {
     std::uint32_t transferred = 0; ///< bytes moved in the data stage, filled in by the back end
 };
 
-/// One attached USB device, as the platform lists it. Not thread-safe: one owner, one call at a time.
-/// Destroying an open device gives it back to the platform as close() does.
+/// One attached USB device, as the platform lists it. Not thread-safe: one owner, one call at a
+/// time. Destroying an open device gives it back to the platform as close() does.
 class UsbDevice
 {
 public:
@@ -29,27 +30,31 @@ public:
     UsbDevice& operator=(const UsbDevice&) = delete;
     virtual ~UsbDevice() = default;
 
-    virtual std::uint16_t vendorId() const = 0; ///< idVendor, known without opening; 0 when it cannot be read
-    virtual std::uint16_t
-    productId() const = 0; ///< idProduct, known without opening; 0 when it cannot be read
+    virtual std::uint16_t vendorId() const = 0;  ///< idVendor, known without opening; 0 when it
+                                                 ///< cannot be read
+    virtual std::uint16_t productId() const = 0; ///< idProduct, known without opening; 0 when it
+                                                 ///< cannot be read
 
-    /// Exclusive open; false when another party holds the device, access is denied or the device has left. Not to be
-    /// called on a device object that is open already.
+    /// Exclusive open; false when another party holds the device, access is denied or the device
+    /// has left. Not to be called on a device object that is open already.
     virtual bool open() = 0;
 
-    /// One synchronous control transfer on an open device. 0 when it went well, which on Linux means that the whole data
-    /// stage moved (macOS also counts a read that ended early); any other value is the platform's status code. Blocks
-    /// until the transfer ends or the back end's time-out is over.
+    /// One synchronous control transfer on an open device. 0 when it went well, which on Linux
+    /// means that the whole data stage moved (macOS also counts a read that ended early); any other
+    /// value is the platform's status code. Blocks until the transfer ends or the back end's
+    /// time-out is over.
     virtual std::uint32_t control(ControlRequest& request) = 0;
 
     /// Gives the device back. Harmless when it is not open.
     virtual void close() = 0;
 };
 
-/// A walk over the devices that were attached when the search began, in the platform's enumeration order.
+/// A walk over the devices that were attached when the search began, in the platform's enumeration
+/// order.
 ///
-/// release() gives the platform's list back. Without it, Linux's back end gives it back at the end of the search, and
-/// macOS's leaves it with the system. Devices already handed out stay usable either way.
+/// release() gives the platform's list back. Without it, Linux's back end gives it back at the end
+/// of the search, and macOS's leaves it with the system. Devices already handed out stay usable
+/// either way.
 class UsbSearch
 {
 public:
@@ -73,7 +78,8 @@ public:
 
 enum class UsbEvent { Attached, Detached };
 
-/// The devices of one kind of plug event that nobody has taken yet, as a platform lists them that notifies by lists.
+/// The devices of one kind of plug event that nobody has taken yet, as a platform lists them that
+/// notifies by lists.
 class UsbServices
 {
 public:
@@ -90,8 +96,9 @@ public:
 class UsbBus
 {
 public:
-    /// Called for every device that comes or goes, on a thread of the back end's, or where the run loop of the thread
-    /// that watches tells (macOS) on that one; must only post and return. One arrival may be reported twice.
+    /// Called for every device that comes or goes, on a thread of the back end's, or where the run
+    /// loop of the thread that watches tells (macOS) on that one; must only post and return. One
+    /// arrival may be reported twice.
     using Listener = std::function<void(UsbEvent)>;
 
     UsbBus() = default;
@@ -102,15 +109,15 @@ public:
     /// Begins a walk over the attached devices; null when the platform gives no list.
     virtual std::unique_ptr<UsbSearch> search() = 0;
 
-    /// Reports every attach and detach from now on; what is attached already is not reported. One listener per
-    /// bus. False when the platform can neither notify nor be polled.
+    /// Reports every attach and detach from now on; what is attached already is not reported. One
+    /// listener per bus. False when the platform can neither notify nor be polled.
     ///
-    /// A platform that notifies by lists reports a kind of event only once its list has been taken to the end: take both
-    /// lists after this call, and each again after an event of its kind.
+    /// A platform that notifies by lists reports a kind of event only once its list has been taken
+    /// to the end: take both lists after this call, and each again after an event of its kind.
     virtual bool watch(Listener listener) = 0;
 
-    /// The list of a kind of event; after watch(), on the thread that called it, and as long as the bus lives. Empty where
-    /// events come one by one.
+    /// The list of a kind of event; after watch(), on the thread that called it, and as long as the
+    /// bus lives. Empty where events come one by one.
     virtual UsbServices& services(UsbEvent event);
 
     /// Ends the watch. After the return the listener is neither running nor called again.

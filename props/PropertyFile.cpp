@@ -46,7 +46,8 @@ constexpr std::array<Key<std::uint8_t>, 2> kMaskKeys = {{
     {"BaseOnMask", &PropItem::baseOnMask},
 }};
 
-/// The low 32 bits of the decimal number at the front of a text, which may have any number of digits; 0 for none.
+/// The low 32 bits of the decimal number at the front of a text, which may have any number of
+/// digits; 0 for none.
 std::uint32_t decimal(std::string_view text)
 {
     text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
@@ -84,8 +85,8 @@ struct FreeDictionary {
 };
 using Dictionary = std::unique_ptr<dictionary, FreeDictionary>;
 
-/// The entries of an INI file by name. The reader's own look-up goes through all of them each time, which for a full
-/// file would take as long as reading it.
+/// The entries of an INI file by name. The reader's own look-up goes through all of them each time,
+/// which for a full file would take as long as reading it.
 class Entries
 {
 public:
@@ -113,7 +114,8 @@ public:
         return found->second;
     }
 
-    /// A section that stands where text() looked for a key, so that the key's text is lost; empty for none.
+    /// A section that stands where text() looked for a key, so that the key's text is lost; empty
+    /// for none.
     const std::string& sectionNamedLikeAKey() const { return m_sectionNamedLikeAKey; }
 
 private:
@@ -157,7 +159,8 @@ std::shared_ptr<PropItem> readItem(Entries& entries, unsigned number)
     return item;
 }
 
-/// How many lines could be entries; each costs the INI reader a search through the entries before it.
+/// How many lines could be entries; each costs the INI reader a search through the entries before
+/// it.
 std::size_t entryLines(std::string_view content)
 {
     std::size_t count = 0;
@@ -198,7 +201,8 @@ std::string faultBeforeReading(const std::string& path)
         return "is no text";
     }
     if (entryLines(content) > kMostPropertyLines) {
-        return "has more than " + std::to_string(kMostPropertyLines) + " lines that are no comments";
+        return "has more than " + std::to_string(kMostPropertyLines) +
+               " lines that are no comments";
     }
     return {};
 }

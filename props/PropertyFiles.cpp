@@ -20,7 +20,8 @@ struct CloseFolder {
 };
 using Folder = std::unique_ptr<DIR, CloseFolder>;
 
-/// A folder on the way down, and the length of its own path from the tool directory with the slash after it.
+/// A folder on the way down, and the length of its own path from the tool directory with the slash
+/// after it.
 struct Level {
     Folder folder;
     std::size_t pathLength;

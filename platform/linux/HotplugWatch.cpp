@@ -13,8 +13,8 @@ namespace
 
 constexpr Clock::Duration kPauseAfterFailure = std::chrono::milliseconds(100);
 
-int LIBUSB_CALL onHotplug(libusb_context* /*libusb*/, libusb_device* /*device*/, libusb_hotplug_event event,
-                          void* context)
+int LIBUSB_CALL onHotplug(libusb_context* /*libusb*/, libusb_device* /*device*/,
+                          libusb_hotplug_event event, void* context)
 {
     static_cast<LibusbContext*>(context)->queueEvent(
         event == LIBUSB_HOTPLUG_EVENT_DEVICE_ARRIVED ? UsbEvent::Attached : UsbEvent::Detached);
@@ -23,8 +23,8 @@ int LIBUSB_CALL onHotplug(libusb_context* /*libusb*/, libusb_device* /*device*/,
 
 } // namespace
 
-std::unique_ptr<HotplugWatch> HotplugWatch::start(const std::shared_ptr<LibusbContext>& context, Clock& clock,
-                                                  UsbBus::Listener listener)
+std::unique_ptr<HotplugWatch> HotplugWatch::start(const std::shared_ptr<LibusbContext>& context,
+                                                  Clock& clock, UsbBus::Listener listener)
 {
     if (libusb_has_capability(LIBUSB_CAP_HAS_HOTPLUG) == 0) {
         return nullptr;
@@ -33,8 +33,8 @@ std::unique_ptr<HotplugWatch> HotplugWatch::start(const std::shared_ptr<LibusbCo
     libusb_hotplug_callback_handle registration = 0;
     const int result = libusb_hotplug_register_callback(
         context->get(), LIBUSB_HOTPLUG_EVENT_DEVICE_ARRIVED | LIBUSB_HOTPLUG_EVENT_DEVICE_LEFT,
-        LIBUSB_HOTPLUG_NO_FLAGS, LIBUSB_HOTPLUG_MATCH_ANY, LIBUSB_HOTPLUG_MATCH_ANY, LIBUSB_HOTPLUG_MATCH_ANY,
-        onHotplug, context.get(), &registration);
+        LIBUSB_HOTPLUG_NO_FLAGS, LIBUSB_HOTPLUG_MATCH_ANY, LIBUSB_HOTPLUG_MATCH_ANY,
+        LIBUSB_HOTPLUG_MATCH_ANY, onHotplug, context.get(), &registration);
     if (result != LIBUSB_SUCCESS) {
         return nullptr;
     }
@@ -47,8 +47,8 @@ std::unique_ptr<HotplugWatch> HotplugWatch::start(const std::shared_ptr<LibusbCo
     }
 }
 
-HotplugWatch::HotplugWatch(std::shared_ptr<LibusbContext> context, Clock& clock, UsbBus::Listener listener,
-                           int registration)
+HotplugWatch::HotplugWatch(std::shared_ptr<LibusbContext> context, Clock& clock,
+                           UsbBus::Listener listener, int registration)
     : m_context(std::move(context)), m_clock(clock), m_listener(std::move(listener)),
       m_registration(registration), m_thread([this] { run(); })
 {
@@ -67,7 +67,8 @@ void HotplugWatch::run()
     std::vector<UsbEvent> events;
     while (!m_ending) {
         if (!m_context->waitForEvents(events)) {
-            m_clock.sleep(kPauseAfterFailure); // a libusb that fails at once must not keep a core busy
+            m_clock.sleep(kPauseAfterFailure); // a libusb that fails at once must not keep a core
+                                               // busy
         }
         for (const UsbEvent event : events) {
             if (!m_ending) {

@@ -17,8 +17,8 @@ class HotplugWatch final : public UsbWatch
 {
 public:
     /// Null when libusb has no hot-plug events here, or the system no thread.
-    static std::unique_ptr<HotplugWatch> start(const std::shared_ptr<LibusbContext>& context, Clock& clock,
-                                               UsbBus::Listener listener);
+    static std::unique_ptr<HotplugWatch> start(const std::shared_ptr<LibusbContext>& context,
+                                               Clock& clock, UsbBus::Listener listener);
     ~HotplugWatch() override;
 
 private:

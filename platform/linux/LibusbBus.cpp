@@ -28,7 +28,8 @@ public:
             device.reset();
             return Step::End;
         }
-        device = std::make_unique<LibusbDevice>(m_context, m_list.devices()[m_next], m_controlTimeout);
+        device =
+            std::make_unique<LibusbDevice>(m_context, m_list.devices()[m_next], m_controlTimeout);
         ++m_next;
         return Step::Device;
     }
@@ -56,7 +57,8 @@ std::unique_ptr<UsbSearch> LibusbBus::search()
     if (!list.valid()) {
         return nullptr;
     }
-    return std::make_unique<LibusbSearch>(std::move(libusb), std::move(list), m_options.controlTimeout);
+    return std::make_unique<LibusbSearch>(std::move(libusb), std::move(list),
+                                          m_options.controlTimeout);
 }
 
 bool LibusbBus::watch(Listener listener)

@@ -29,8 +29,8 @@ void LibusbContext::queueEvent(UsbEvent event)
 
 bool LibusbContext::waitForEvents(std::vector<UsbEvent>& events)
 {
-    // libusb looks at the flag under its own locks before it waits, so a wake-up just before the call is not lost
-    // even when another thread's transfer handles the interruption.
+    // libusb looks at the flag under its own locks before it waits, so a wake-up just before the
+    // call is not lost even when another thread's transfer handles the interruption.
     const int result = libusb_handle_events_completed(m_context, &m_woken);
     std::atomic_ref(m_woken).store(0);
     const std::lock_guard lock(m_mutex);

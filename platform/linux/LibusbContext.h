@@ -14,12 +14,12 @@ struct libusb_device;
 namespace vornadel
 {
 
-/// One initialised libusb. Bus, searches and devices share it, so libusb ends after the last of them, in whatever
-/// order they go.
+/// One initialised libusb. Bus, searches and devices share it, so libusb ends after the last of
+/// them, in whatever order they go.
 ///
-/// It also keeps the plug events on their way from libusb to the watch. libusb may call back on any thread that
-/// handles its events, also one inside a control transfer, and may still do so while the callback is being
-/// deregistered; so the queue lives as long as libusb does.
+/// It also keeps the plug events on their way from libusb to the watch. libusb may call back on any
+/// thread that handles its events, also one inside a control transfer, and may still do so while
+/// the callback is being deregistered; so the queue lives as long as libusb does.
 class LibusbContext
 {
 public:
@@ -35,8 +35,8 @@ public:
     /// Puts a plug event into the queue and wakes waitForEvents(). Any thread.
     void queueEvent(UsbEvent event);
 
-    /// Handles libusb's events until a plug event is queued or wakeUp() was called, and takes the queue.
-    /// False when libusb failed to wait. One thread at a time.
+    /// Handles libusb's events until a plug event is queued or wakeUp() was called, and takes the
+    /// queue. False when libusb failed to wait. One thread at a time.
     bool waitForEvents(std::vector<UsbEvent>& events);
 
     /// Drops the plug events that came before anybody was watching. Not beside waitForEvents().
@@ -51,7 +51,8 @@ private:
     libusb_context* m_context;
     std::mutex m_mutex; // guards m_events
     std::vector<UsbEvent> m_events;
-    int m_woken = 0; // libusb wants the address of an int; here it is touched through atomic_ref alone
+    int m_woken = 0; // libusb wants the address of an int; here it is touched through atomic_ref
+                     // alone
 };
 
 /// libusb's list of the attached devices, with a reference on each of them.
@@ -64,7 +65,10 @@ public:
     LibusbDeviceList& operator=(LibusbDeviceList&& other) noexcept;
     ~LibusbDeviceList() { clear(); }
 
-    bool valid() const { return m_list != nullptr; } ///< false when libusb gave no list, and after clear()
+    bool valid() const
+    {
+        return m_list != nullptr;
+    } ///< false when libusb gave no list, and after clear()
     std::span<libusb_device* const> devices() const { return {m_list, m_count}; }
     void clear(); ///< gives list and references back
 

@@ -54,8 +54,8 @@ std::optional<unsigned> numberIn(const std::string& file, std::ios_base& (*base)
     return stream >> base >> number ? std::optional(number) : std::nullopt;
 }
 
-/// Node of the same hub's half at the other speed: a connector has a port on either bus, and the kernel knows which two
-/// belong together. Empty when there is none, or something else than a hub.
+/// Node of the same hub's half at the other speed: a connector has a port on either bus, and the
+/// kernel knows which two belong together. Empty when there is none, or something else than a hub.
 std::string nodeOfOtherHalf(libusb_device* device)
 {
     constexpr unsigned kHubClass = 9;
@@ -97,17 +97,21 @@ bool LibusbDevice::open()
     if (m_handle != nullptr) {
         return true;
     }
-    const std::string path = nodeOf(libusb_get_bus_number(m_device), libusb_get_device_address(m_device));
+    const std::string path =
+        nodeOf(libusb_get_bus_number(m_device), libusb_get_device_address(m_device));
     const std::string otherPath = nodeOfOtherHalf(m_device);
     m_node = openNode(path, O_RDWR);
     if (m_node < 0) {
         return false;
     }
-    // The lock is on both halves of a hub: another program may see them in another order, and would open the other
-    // one. A half that cannot be opened is one that has left, or that nobody with our rights can open either.
+    // The lock is on both halves of a hub: another program may see them in another order, and would
+    // open the other one. A half that cannot be opened is one that has left, or that nobody with
+    // our rights can open either.
     m_otherNode = openNode(otherPath, O_RDONLY);
-    // Always in the same order, or two programs that open different halves at once would each lock the other out.
-    const auto [first, second] = std::minmax({std::pair(path, m_node), std::pair(otherPath, m_otherNode)});
+    // Always in the same order, or two programs that open different halves at once would each lock
+    // the other out.
+    const auto [first, second] =
+        std::minmax({std::pair(path, m_node), std::pair(otherPath, m_otherNode)});
     if (!lockNode(first.second) || !lockNode(second.second)) {
         close();
         return false;
@@ -126,9 +130,10 @@ std::uint32_t LibusbDevice::control(ControlRequest& request)
     if (m_handle == nullptr) {
         return static_cast<std::uint32_t>(LIBUSB_ERROR_NO_DEVICE);
     }
-    const int result = libusb_control_transfer(
-        m_handle, request.bmRequestType, request.bRequest, request.wValue, request.wIndex,
-        static_cast<unsigned char*>(request.data), request.wLength, static_cast<unsigned>(m_timeout.count()));
+    const int result =
+        libusb_control_transfer(m_handle, request.bmRequestType, request.bRequest, request.wValue,
+                                request.wIndex, static_cast<unsigned char*>(request.data),
+                                request.wLength, static_cast<unsigned>(m_timeout.count()));
     if (result < 0) {
         return static_cast<std::uint32_t>(result);
     }

@@ -48,7 +48,8 @@ int readAll(int file, std::string& text)
 /// 0 or an errno.
 int readFile(const std::string& path, std::string& text)
 {
-    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); // a FIFO must not hold us up
+    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); // a FIFO must not
+                                                                              // hold us up
     if (file < 0) {
         return errno;
     }
@@ -68,8 +69,8 @@ std::string_view trimmed(std::string_view text)
 
 std::string_view unquoted(std::string_view value)
 {
-    const bool quoted =
-        value.size() >= 2 && value.front() == value.back() && (value.front() == '"' || value.front() == '\'');
+    const bool quoted = value.size() >= 2 && value.front() == value.back() &&
+                        (value.front() == '"' || value.front() == '\'');
     return quoted ? value.substr(1, value.size() - 2) : value;
 }
 

@@ -10,8 +10,9 @@
 namespace vornadel
 {
 
-/// The distribution's version: `VERSION_ID` of os-release, up to three numbers between dots; a part that is
-/// absent is 0, so "12" is 12.0.0 and "22.04" is 22.4.0. Of an assignment that is repeated the last one counts.
+/// The distribution's version: `VERSION_ID` of os-release, up to three numbers between dots; a part
+/// that is absent is 0, so "12" is 12.0.0 and "22.04" is 22.4.0. Of an assignment that is repeated
+/// the last one counts.
 class OsRelease final : public SystemVersion
 {
 public:
@@ -22,8 +23,8 @@ public:
     /// The first of `paths` that can be read is the one that counts.
     explicit OsRelease(std::vector<std::string> paths) : m_paths(std::move(paths)) {}
 
-    /// Errors: the errno of the last file when none can be read, ENOENT when there is no `VERSION_ID`, EINVAL
-    /// when it is not a version in numbers.
+    /// Errors: the errno of the last file when none can be read, ENOENT when there is no
+    /// `VERSION_ID`, EINVAL when it is not a version in numbers.
     SystemVersionNumbers read() override;
 
 private:

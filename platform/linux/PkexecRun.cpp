@@ -32,7 +32,8 @@ std::optional<pid_t> spawn(std::string program, std::string script)
     posix_spawnattr_setsigmask(&attributes, &none);
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
     pid_t child = 0;
-    const int error = posix_spawnp(&child, program.c_str(), nullptr, &attributes, arguments.data(), environ);
+    const int error =
+        posix_spawnp(&child, program.c_str(), nullptr, &attributes, arguments.data(), environ);
     posix_spawnattr_destroy(&attributes);
     return error == 0 ? std::optional(child) : std::nullopt;
 }
@@ -43,13 +44,17 @@ void waitFor(pid_t child, const std::string& script, const PkexecRun::Tell& tell
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
     if (WIFEXITED(status) && WEXITSTATUS(status) == kNotRun) {
-        tell(script + " ended with 127: no authorization, no agent to ask for it, or a command is missing");
+        tell(script +
+             " ended with 127: no authorization, no agent to ask for it, or a command is missing");
     }
 }
 
 } // namespace
 
-void PkexecRun::tellStandardError(const std::string& line) { std::fprintf(stderr, "%s\n", line.c_str()); }
+void PkexecRun::tellStandardError(const std::string& line)
+{
+    std::fprintf(stderr, "%s\n", line.c_str());
+}
 
 bool PkexecRun::start(const std::string& script)
 {
@@ -60,7 +65,8 @@ bool PkexecRun::start(const std::string& script)
     try {
         std::thread(waitFor, *child, script, m_tell).detach();
     } catch (const std::system_error&) {
-        // No thread to be had: the script runs all the same, its exit status stays until this process ends.
+        // No thread to be had: the script runs all the same, its exit status stays until this
+        // process ends.
         return true;
     }
     return true;

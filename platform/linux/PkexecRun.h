@@ -9,13 +9,15 @@
 namespace vornadel
 {
 
-/// Administrator rights by way of polkit's `pkexec`, which asks for the credentials itself. Any thread.
+/// Administrator rights by way of polkit's `pkexec`, which asks for the credentials itself. Any
+/// thread.
 ///
-/// What went wrong without the user's doing, pkexec's exit status 127, is told in one line: no authorization, no agent to
-/// ask for it, or a command missing in the script.
+/// What went wrong without the user's doing, pkexec's exit status 127, is told in one line: no
+/// authorization, no agent to ask for it, or a command missing in the script.
 ///
-/// The program stays a child of this process: pkexec refuses to work for a parent that has ended, so the usual
-/// double fork is not for it. A thread of its own takes the exit status, so no zombie stays behind.
+/// The program stays a child of this process: pkexec refuses to work for a parent that has ended,
+/// so the usual double fork is not for it. A thread of its own takes the exit status, so no zombie
+/// stays behind.
 class PkexecRun final : public PrivilegedRun
 {
 public:

@@ -10,7 +10,8 @@ namespace vornadel
 namespace
 {
 
-/// How many devices of `list` are missing in `other`. Both lists hold references, so no address is used twice.
+/// How many devices of `list` are missing in `other`. Both lists hold references, so no address is
+/// used twice.
 std::ptrdiff_t countMissing(const LibusbDeviceList& list, const LibusbDeviceList& other)
 {
     return std::ranges::count_if(list.devices(), [&other](libusb_device* device) {
@@ -24,7 +25,8 @@ class PollWatch::Poller : public std::enable_shared_from_this<PollWatch::Poller>
 {
 public:
     Poller(std::shared_ptr<LibusbContext> context, Clock& clock, UsbBus::Listener listener)
-        : m_context(std::move(context)), m_clock(clock), m_listener(std::move(listener)), m_known(*m_context)
+        : m_context(std::move(context)), m_clock(clock), m_listener(std::move(listener)),
+          m_known(*m_context)
     {
     }
 
@@ -48,7 +50,8 @@ public:
 private:
     void look()
     {
-        const std::lock_guard lock(m_mutex); // held while the listener runs, so that stop() waits for it
+        const std::lock_guard lock(m_mutex); // held while the listener runs, so that stop() waits
+                                             // for it
         if (m_stopped) {
             return;
         }

@@ -10,8 +10,8 @@
 namespace vornadel
 {
 
-/// Plug events found by comparing the device list once a second. The listener runs on the clock's thread.
-/// A device that leaves and returns between two looks is reported as both.
+/// Plug events found by comparing the device list once a second. The listener runs on the clock's
+/// thread. A device that leaves and returns between two looks is reported as both.
 class PollWatch final : public UsbWatch
 {
 public:

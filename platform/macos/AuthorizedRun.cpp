@@ -9,12 +9,13 @@ bool AuthorizedRun::start(const std::string& script)
 {
     char* noArguments[] = {nullptr};
     AuthorizationRef authorization = nullptr;
-    AuthorizationCreate(nullptr, kAuthorizationEmptyEnvironment, kAuthorizationFlagDefaults, &authorization);
+    AuthorizationCreate(nullptr, kAuthorizationEmptyEnvironment, kAuthorizationFlagDefaults,
+                        &authorization);
     // What came after it wants a helper that is installed for good.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
-    AuthorizationExecuteWithPrivileges(authorization, script.c_str(), kAuthorizationFlagDefaults, noArguments,
-                                       nullptr);
+    AuthorizationExecuteWithPrivileges(authorization, script.c_str(), kAuthorizationFlagDefaults,
+                                       noArguments, nullptr);
 #pragma GCC diagnostic pop
     AuthorizationFree(authorization, kAuthorizationFlagDefaults);
     return true;

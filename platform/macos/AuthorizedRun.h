@@ -5,7 +5,8 @@
 namespace vornadel
 {
 
-/// Administrator rights by way of Authorization services, which ask for the credentials. For the main thread.
+/// Administrator rights by way of Authorization services, which ask for the credentials. For the
+/// main thread.
 ///
 /// Returns once the script has been started or the user has refused; the two look alike.
 class AuthorizedRun final : public PrivilegedRun

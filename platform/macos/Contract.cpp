@@ -1,6 +1,6 @@
-// What this folder relies on of the platform: types, constants, layouts and identifiers. Compiled wherever the folder is, on
-// a Mac with the platform's own headers, elsewhere with the stand-ins that the tests bring, so that neither can drift from
-// the other. Nothing here is run.
+// What this folder relies on of the platform: types, constants, layouts and identifiers. Compiled
+// wherever the folder is, on a Mac with the platform's own headers, elsewhere with the stand-ins
+// that the tests bring, so that neither can drift from the other. Nothing here is run.
 
 #include <CoreFoundation/CoreFoundation.h>
 #include <CoreServices/CoreServices.h>
@@ -28,7 +28,8 @@ template <typename Type, typename Expected>
 constexpr bool kIs = std::is_same_v<Type, Expected>;
 
 static_assert(sizeof(void*) == 8, "every Mac since 10.7, and the offsets below");
-static_assert(kIs<UInt8, unsigned char> && kIs<UInt16, unsigned short> && kIs<UInt32, unsigned int>);
+static_assert(kIs<UInt8, unsigned char> && kIs<UInt16, unsigned short> &&
+              kIs<UInt32, unsigned int>);
 static_assert(kIs<SInt32, int> && kIs<Boolean, unsigned char> && kIs<CFIndex, long>);
 static_assert(kIs<OSErr, short> && kIs<OSStatus, int> && kIs<OSType, unsigned int>);
 static_assert(kIs<HRESULT, int> && kIs<ULONG, unsigned int> && kIs<LPVOID, void*> &&
@@ -37,7 +38,8 @@ static_assert(kIs<kern_return_t, int> && kIs<IOReturn, int> && kIs<mach_port_t, 
 static_assert(kIs<io_object_t, mach_port_t> && kIs<io_iterator_t, io_object_t> &&
               kIs<io_service_t, io_object_t>);
 static_assert(kIs<AuthorizationFlags, unsigned int>);
-static_assert(kIs<CFTypeRef, const void*> && std::is_convertible_v<CFMutableDictionaryRef, CFDictionaryRef>);
+static_assert(kIs<CFTypeRef, const void*> &&
+              std::is_convertible_v<CFMutableDictionaryRef, CFDictionaryRef>);
 
 // Constants.
 
@@ -46,7 +48,8 @@ constexpr std::uint32_t bits(IOReturn status) { return static_cast<std::uint32_t
 static_assert(kIOReturnSuccess == 0 && noErr == 0 && errAuthorizationSuccess == 0);
 static_assert(bits(kIOReturnError) == 0xE00002BC && bits(kIOReturnNoMemory) == 0xE00002BD);
 static_assert(bits(kIOReturnNoDevice) == 0xE00002C0);
-static_assert(bits(kIOReturnBadArgument) == 0xE00002C2 && bits(kIOReturnExclusiveAccess) == 0xE00002C5);
+static_assert(bits(kIOReturnBadArgument) == 0xE00002C2 &&
+              bits(kIOReturnExclusiveAccess) == 0xE00002C5);
 static_assert(bits(kIOReturnNotOpen) == 0xE00002CD && bits(kIOReturnNotFound) == 0xE00002F0);
 static_assert(IO_OBJECT_NULL == 0);
 static_assert(kAuthorizationFlagDefaults == 0 &&
@@ -65,12 +68,18 @@ static_assert(kIs<decltype(kCFRunLoopDefaultMode), const CFRunLoopMode>);
 static_assert(sizeof(IOUSBDevRequest) == 24 && std::is_trivially_copyable_v<IOUSBDevRequest>);
 static_assert(offsetof(IOUSBDevRequest, bmRequestType) == 0 &&
               kIs<decltype(IOUSBDevRequest::bmRequestType), UInt8>);
-static_assert(offsetof(IOUSBDevRequest, bRequest) == 1 && kIs<decltype(IOUSBDevRequest::bRequest), UInt8>);
-static_assert(offsetof(IOUSBDevRequest, wValue) == 2 && kIs<decltype(IOUSBDevRequest::wValue), UInt16>);
-static_assert(offsetof(IOUSBDevRequest, wIndex) == 4 && kIs<decltype(IOUSBDevRequest::wIndex), UInt16>);
-static_assert(offsetof(IOUSBDevRequest, wLength) == 6 && kIs<decltype(IOUSBDevRequest::wLength), UInt16>);
-static_assert(offsetof(IOUSBDevRequest, pData) == 8 && kIs<decltype(IOUSBDevRequest::pData), void*>);
-static_assert(offsetof(IOUSBDevRequest, wLenDone) == 16 && kIs<decltype(IOUSBDevRequest::wLenDone), UInt32>);
+static_assert(offsetof(IOUSBDevRequest, bRequest) == 1 &&
+              kIs<decltype(IOUSBDevRequest::bRequest), UInt8>);
+static_assert(offsetof(IOUSBDevRequest, wValue) == 2 &&
+              kIs<decltype(IOUSBDevRequest::wValue), UInt16>);
+static_assert(offsetof(IOUSBDevRequest, wIndex) == 4 &&
+              kIs<decltype(IOUSBDevRequest::wIndex), UInt16>);
+static_assert(offsetof(IOUSBDevRequest, wLength) == 6 &&
+              kIs<decltype(IOUSBDevRequest::wLength), UInt16>);
+static_assert(offsetof(IOUSBDevRequest, pData) == 8 &&
+              kIs<decltype(IOUSBDevRequest::pData), void*>);
+static_assert(offsetof(IOUSBDevRequest, wLenDone) == 16 &&
+              kIs<decltype(IOUSBDevRequest::wLenDone), UInt32>);
 
 static_assert(sizeof(CFUUIDBytes) == 16 && std::is_trivially_copyable_v<CFUUIDBytes>);
 static_assert(offsetof(CFUUIDBytes, byte0) == 0 && offsetof(CFUUIDBytes, byte15) == 15);
@@ -84,11 +93,13 @@ using Simple = IOReturn (*)(void*);
 using Query = HRESULT (*)(void*, REFIID, LPVOID*);
 using Count = ULONG (*)(void*);
 
-static_assert(SLOT(IOCFPlugInInterface, QueryInterface) == 1 && SLOT(IOCFPlugInInterface, Release) == 3);
+static_assert(SLOT(IOCFPlugInInterface, QueryInterface) == 1 &&
+              SLOT(IOCFPlugInInterface, Release) == 3);
 static_assert(kIs<decltype(IOCFPlugInInterface::QueryInterface), Query>);
 static_assert(kIs<decltype(IOCFPlugInInterface::Release), Count>);
 
-static_assert(SLOT(IOUSBDeviceInterface, QueryInterface) == 1 && SLOT(IOUSBDeviceInterface, AddRef) == 2);
+static_assert(SLOT(IOUSBDeviceInterface, QueryInterface) == 1 &&
+              SLOT(IOUSBDeviceInterface, AddRef) == 2);
 static_assert(SLOT(IOUSBDeviceInterface, Release) == 3);
 static_assert(SLOT(IOUSBDeviceInterface, USBDeviceOpen) == 8 &&
               SLOT(IOUSBDeviceInterface, USBDeviceClose) == 9);
@@ -100,7 +111,8 @@ static_assert(kIs<decltype(IOUSBDeviceInterface::USBDeviceOpen), Simple>);
 static_assert(kIs<decltype(IOUSBDeviceInterface::USBDeviceClose), Simple>);
 static_assert(kIs<decltype(IOUSBDeviceInterface::GetDeviceVendor), GetWord>);
 static_assert(kIs<decltype(IOUSBDeviceInterface::GetDeviceProduct), GetWord>);
-static_assert(kIs<decltype(IOUSBDeviceInterface::DeviceRequest), IOReturn (*)(void*, IOUSBDevRequest*)>);
+static_assert(
+    kIs<decltype(IOUSBDeviceInterface::DeviceRequest), IOReturn (*)(void*, IOUSBDevRequest*)>);
 
 // Identifiers. Each is a macro that calls for its bytes one by one, so its text is read.
 
@@ -114,8 +126,8 @@ constexpr unsigned hexDigit(char digit)
     return static_cast<unsigned>(digit <= '9' ? digit - '0' : (digit | 0x20) - 'a' + 10);
 }
 
-/// The bytes in the text of a call whose first argument is the allocator and whose others are the bytes, each written in
-/// hexadecimal.
+/// The bytes in the text of a call whose first argument is the allocator and whose others are the
+/// bytes, each written in hexadecimal.
 constexpr IdBytes bytesOf(std::string_view call)
 {
     IdBytes bytes{};
@@ -125,20 +137,24 @@ constexpr IdBytes bytesOf(std::string_view call)
             byte = byte * 16 + hexDigit(call.front());
         }
     }
-    return call.find("0x") == std::string_view::npos ? bytes : IdBytes{}; // one too many is none at all
+    return call.find("0x") == std::string_view::npos ? bytes : IdBytes{}; // one too many is none at
+                                                                          // all
 }
 
-constexpr std::string_view afterAllocator(std::string_view call) { return call.substr(call.find(',')); }
+constexpr std::string_view afterAllocator(std::string_view call)
+{
+    return call.substr(call.find(','));
+}
 
 static_assert(bytesOf(afterAllocator(TEXT_OF(kIOUSBDeviceUserClientTypeID))) ==
-              IdBytes{0x9D, 0xC7, 0xB7, 0x80, 0x9E, 0xC0, 0x11, 0xD4, 0xA5, 0x4F, 0x00, 0x0A, 0x27, 0x05,
-                      0x28, 0x61});
+              IdBytes{0x9D, 0xC7, 0xB7, 0x80, 0x9E, 0xC0, 0x11, 0xD4, 0xA5, 0x4F, 0x00, 0x0A, 0x27,
+                      0x05, 0x28, 0x61});
 static_assert(bytesOf(afterAllocator(TEXT_OF(kIOCFPlugInInterfaceID))) ==
-              IdBytes{0xC2, 0x44, 0xE8, 0x58, 0x10, 0x9C, 0x11, 0xD4, 0x91, 0xD4, 0x00, 0x50, 0xE4, 0xC6,
-                      0x42, 0x6F});
+              IdBytes{0xC2, 0x44, 0xE8, 0x58, 0x10, 0x9C, 0x11, 0xD4, 0x91, 0xD4, 0x00, 0x50, 0xE4,
+                      0xC6, 0x42, 0x6F});
 static_assert(bytesOf(afterAllocator(TEXT_OF(kIOUSBDeviceInterfaceID))) ==
-              IdBytes{0x5C, 0x81, 0x87, 0xD0, 0x9E, 0xF3, 0x11, 0xD4, 0x8B, 0x45, 0x00, 0x0A, 0x27, 0x05,
-                      0x28, 0x61});
+              IdBytes{0x5C, 0x81, 0x87, 0xD0, 0x9E, 0xF3, 0x11, 0xD4, 0x8B, 0x45, 0x00, 0x0A, 0x27,
+                      0x05, 0x28, 0x61});
 
 // Functions.
 
@@ -151,12 +167,13 @@ FUNCTION(CFURLGetFileSystemRepresentation, Boolean (*)(CFURLRef, Boolean, UInt8*
 FUNCTION(CFRunLoopGetCurrent, CFRunLoopRef (*)());
 FUNCTION(CFRunLoopAddSource, void (*)(CFRunLoopRef, CFRunLoopSourceRef, CFRunLoopMode));
 FUNCTION(CFUUIDGetConstantUUIDWithBytes,
-         CFUUIDRef (*)(CFAllocatorRef, UInt8, UInt8, UInt8, UInt8, UInt8, UInt8, UInt8, UInt8, UInt8, UInt8,
-                       UInt8, UInt8, UInt8, UInt8, UInt8, UInt8));
+         CFUUIDRef (*)(CFAllocatorRef, UInt8, UInt8, UInt8, UInt8, UInt8, UInt8, UInt8, UInt8,
+                       UInt8, UInt8, UInt8, UInt8, UInt8, UInt8, UInt8, UInt8));
 FUNCTION(CFUUIDGetUUIDBytes, CFUUIDBytes (*)(CFUUIDRef));
 
 FUNCTION(IOServiceMatching, CFMutableDictionaryRef (*)(const char*));
-FUNCTION(IOServiceGetMatchingServices, kern_return_t (*)(mach_port_t, CFDictionaryRef, io_iterator_t*));
+FUNCTION(IOServiceGetMatchingServices,
+         kern_return_t (*)(mach_port_t, CFDictionaryRef, io_iterator_t*));
 FUNCTION(IOIteratorNext, io_object_t (*)(io_iterator_t));
 FUNCTION(IOObjectRelease, kern_return_t (*)(io_object_t));
 FUNCTION(IOCreatePlugInInterfaceForService,
@@ -165,18 +182,20 @@ static_assert(kIs<IOServiceMatchingCallback, void (*)(void*, io_iterator_t)>);
 FUNCTION(IONotificationPortCreate, IONotificationPortRef (*)(mach_port_t));
 FUNCTION(IONotificationPortGetRunLoopSource, CFRunLoopSourceRef (*)(IONotificationPortRef));
 FUNCTION(IOServiceAddMatchingNotification,
-         kern_return_t (*)(IONotificationPortRef, const char*, CFDictionaryRef, IOServiceMatchingCallback,
-                           void*, io_iterator_t*));
+         kern_return_t (*)(IONotificationPortRef, const char*, CFDictionaryRef,
+                           IOServiceMatchingCallback, void*, io_iterator_t*));
 
-FUNCTION(AuthorizationCreate, OSStatus (*)(const AuthorizationRights*, const AuthorizationEnvironment*,
-                                           AuthorizationFlags, AuthorizationRef*));
+FUNCTION(AuthorizationCreate,
+         OSStatus (*)(const AuthorizationRights*, const AuthorizationEnvironment*,
+                      AuthorizationFlags, AuthorizationRef*));
 FUNCTION(AuthorizationFree, OSStatus (*)(AuthorizationRef, AuthorizationFlags));
 
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 static_assert(kIs<decltype(kIOMasterPortDefault), const mach_port_t>);
 FUNCTION(AuthorizationExecuteWithPrivileges,
-         OSStatus (*)(AuthorizationRef, const char*, AuthorizationFlags, char* const*, std::FILE**));
+         OSStatus (*)(AuthorizationRef, const char*, AuthorizationFlags, char* const*,
+                      std::FILE**));
 FUNCTION(Gestalt, OSErr (*)(OSType, SInt32*));
 #pragma GCC diagnostic pop
 

@@ -19,7 +19,10 @@ OSErr ask(OSType selector, SInt32& answer)
 #pragma GCC diagnostic pop
 }
 
-unsigned digit(SInt32 packed, unsigned place) { return static_cast<unsigned>(packed) >> 4 * place & 0xF; }
+unsigned digit(SInt32 packed, unsigned place)
+{
+    return static_cast<unsigned>(packed) >> 4 * place & 0xF;
+}
 
 } // namespace
 

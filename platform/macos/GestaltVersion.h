@@ -5,7 +5,8 @@
 namespace vornadel
 {
 
-/// The version of macOS as `Gestalt` tells it: in one packed number up to 10.3, in three selectors since.
+/// The version of macOS as `Gestalt` tells it: in one packed number up to 10.3, in three selectors
+/// since.
 class GestaltVersion final : public SystemVersion
 {
 public:

@@ -25,7 +25,8 @@ public:
     Step next(std::unique_ptr<UsbDevice>& device) override
     {
         device.reset();
-        const io_service_t service = m_devices != IO_OBJECT_NULL ? IOIteratorNext(m_devices) : IO_OBJECT_NULL;
+        const io_service_t service =
+            m_devices != IO_OBJECT_NULL ? IOIteratorNext(m_devices) : IO_OBJECT_NULL;
         if (service == IO_OBJECT_NULL) {
             return Step::End;
         }
@@ -50,14 +51,14 @@ public:
     }
 
 private:
-    /// The user-client plug-in, or null; gives the service back. What counts is whether a plug-in has come and the service
-    /// could be given back, not what the creation says of itself.
+    /// The user-client plug-in, or null; gives the service back. What counts is whether a plug-in
+    /// has come and the service could be given back, not what the creation says of itself.
     static IOCFPlugInInterface** plugInOf(io_service_t service)
     {
         IOCFPlugInInterface** plugIn = nullptr;
         SInt32 score = 0;
-        IOCreatePlugInInterfaceForService(service, kIOUSBDeviceUserClientTypeID, kIOCFPlugInInterfaceID,
-                                          &plugIn, &score);
+        IOCreatePlugInInterfaceForService(service, kIOUSBDeviceUserClientTypeID,
+                                          kIOCFPlugInInterfaceID, &plugIn, &score);
         return IOObjectRelease(service) == kIOReturnSuccess ? plugIn : nullptr;
     }
 
@@ -65,8 +66,8 @@ private:
     static IOUSBDeviceInterface** interfaceOf(IOCFPlugInInterface** plugIn)
     {
         void* interface = nullptr;
-        const HRESULT result =
-            (*plugIn)->QueryInterface(plugIn, CFUUIDGetUUIDBytes(kIOUSBDeviceInterfaceID), &interface);
+        const HRESULT result = (*plugIn)->QueryInterface(
+            plugIn, CFUUIDGetUUIDBytes(kIOUSBDeviceInterfaceID), &interface);
         (*plugIn)->Release(plugIn);
         return result == 0 ? static_cast<IOUSBDeviceInterface**>(interface) : nullptr;
     }

@@ -11,12 +11,13 @@ class PlugNotifications;
 
 /// The system's USB by way of IOKit.
 ///
-/// Only release() gives the list of a search back. Without it the list stays with the system to the end of the process, one
-/// small object for each search.
+/// Only release() gives the list of a search back. Without it the list stays with the system to the
+/// end of the process, one small object for each search.
 ///
-/// watch(), unwatch() and services() belong to one thread, the one whose run loop tells the events; the listener runs on
-/// it. The system is asked for notifications once, by the first watch(), and sends them until the process ends; unwatch()
-/// only stops listening. Of several buses the one that watched last is told.
+/// watch(), unwatch() and services() belong to one thread, the one whose run loop tells the events;
+/// the listener runs on it. The system is asked for notifications once, by the first watch(), and
+/// sends them until the process ends; unwatch() only stops listening. Of several buses the one that
+/// watched last is told.
 class IokitBus final : public UsbBus
 {
 public:

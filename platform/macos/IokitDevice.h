@@ -7,11 +7,11 @@
 namespace vornadel
 {
 
-/// A device by way of its device interface. An ordinary open: it fails while another program has the device, and takes
-/// nothing from a kernel driver.
+/// A device by way of its device interface. An ordinary open: it fails while another program has
+/// the device, and takes nothing from a kernel driver.
 ///
-/// The status of control() is the system's own, unchanged, and so is its time-out. The system also calls a transfer good in
-/// which the device sent less than it was asked for; `transferred` tells.
+/// The status of control() is the system's own, unchanged, and so is its time-out. The system also
+/// calls a transfer good in which the device sent less than it was asked for; `transferred` tells.
 class IokitDevice final : public UsbDevice
 {
 public:

@@ -5,10 +5,12 @@
 namespace vornadel
 {
 
-/// The class of every USB device. Newer systems call it otherwise, and know it by this name all the same.
+/// The class of every USB device. Newer systems call it otherwise, and know it by this name all the
+/// same.
 inline constexpr const char* kUsbDeviceClass = "IOUSBDevice";
 
-/// The port to the system's device registry by its first name, the only one that systems before macOS 12 know.
+/// The port to the system's device registry by its first name, the only one that systems before
+/// macOS 12 know.
 inline mach_port_t masterPort()
 {
 #pragma GCC diagnostic push

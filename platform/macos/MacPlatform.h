@@ -10,7 +10,8 @@
 namespace vornadel
 {
 
-/// The real Mac: IOKit, `/bin/sh`, Authorization services, `Gestalt` and the wall clock, in one owner.
+/// The real Mac: IOKit, `/bin/sh`, Authorization services, `Gestalt` and the wall clock, in one
+/// owner.
 class MacPlatform
 {
 public:

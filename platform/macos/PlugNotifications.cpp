@@ -72,7 +72,8 @@ PlugNotifications::PlugNotifications()
     add(addedSource, runLoop);
     add(removedSource, runLoop);
     registerFor(kIOFirstMatchNotification, addedPort, toAdd, devicesAdded, m_added.iterator);
-    registerFor(kIOTerminatedNotification, removedPort, toRemove, devicesRemoved, m_removed.iterator);
+    registerFor(kIOTerminatedNotification, removedPort, toRemove, devicesRemoved,
+                m_removed.iterator);
     m_reporting = (addedSource != nullptr && m_added.iterator != IO_OBJECT_NULL) ||
                   (removedSource != nullptr && m_removed.iterator != IO_OBJECT_NULL);
 }

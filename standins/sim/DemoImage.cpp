@@ -41,8 +41,8 @@ constexpr std::size_t kStrings = 43;
 constexpr std::array<std::string_view, 3> kStringTexts = {"Vornadel", "Demo Hub", "SN0001"};
 
 constexpr std::size_t kContainerId = 78;
-constexpr std::array<std::uint8_t, 16> kContainerIdBytes = {0x5D, 0x0F, 0xC2, 0x71, 0x3A, 0x94, 0x4E, 0x6B,
-                                                            0x9C, 0x18, 0x27, 0xB0, 0xE4, 0x63, 0xD1, 0x08};
+constexpr std::array<std::uint8_t, 16> kContainerIdBytes = {
+    0x5D, 0x0F, 0xC2, 0x71, 0x3A, 0x94, 0x4E, 0x6B, 0x9C, 0x18, 0x27, 0xB0, 0xE4, 0x63, 0xD1, 0x08};
 
 /// Bytes that look like code and never like the head of a descriptor block.
 class CodeBytes

@@ -60,8 +60,9 @@ std::size_t index(RequestKind kind) { return static_cast<std::size_t>(kind); }
 
 Strikes struckBy(FaultKind kind)
 {
-    const auto* row = std::find_if(kFaultRows.begin(), kFaultRows.end(),
-                                   [&](const FaultRow& candidate) { return candidate.kind == kind; });
+    const auto* row =
+        std::find_if(kFaultRows.begin(), kFaultRows.end(),
+                     [&](const FaultRow& candidate) { return candidate.kind == kind; });
     return row->strikes;
 }
 
@@ -105,7 +106,8 @@ std::optional<Clock::Duration> seconds(std::string_view text)
     return std::chrono::seconds(*full) + Clock::Duration(*micros);
 }
 
-bool parseArgument(const FaultRow& row, std::string_view argument, bool given, Fault& fault, std::string& why)
+bool parseArgument(const FaultRow& row, std::string_view argument, bool given, Fault& fault,
+                   std::string& why)
 {
     if (row.argument == Argument::None) {
         why = "takes no argument";
@@ -127,7 +129,8 @@ bool parseArgument(const FaultRow& row, std::string_view argument, bool given, F
 bool parsePosition(const FaultRow& row, std::string_view text, Fault& fault, std::string& why)
 {
     std::string_view number = text;
-    const bool named = row.strikes == Strikes::Request && (text.empty() || text[0] < '0' || text[0] > '9');
+    const bool named =
+        row.strikes == Strikes::Request && (text.empty() || text[0] < '0' || text[0] > '9');
     if (named) {
         const std::string_view name = cutAt(number, '#');
         const auto* request =
@@ -165,8 +168,9 @@ bool parseFault(std::string_view text, Fault& fault, std::string& error)
     std::string_view argument = what;
     const std::string_view name = cutAt(argument, ':');
 
-    const auto* row = std::find_if(kFaultRows.begin(), kFaultRows.end(),
-                                   [&](const FaultRow& candidate) { return candidate.name == name; });
+    const auto* row =
+        std::find_if(kFaultRows.begin(), kFaultRows.end(),
+                     [&](const FaultRow& candidate) { return candidate.name == name; });
     if (row == kFaultRows.end()) {
         return refuse(error, text, "no fault has this name");
     }

@@ -35,13 +35,13 @@ inline constexpr std::size_t kRequestKindCount = 9;
 /// | `vanish-before` | a request | the hub is unplugged before the request takes effect; it fails |
 /// | `vanish-after` | a request | the request takes effect, then the hub is unplugged; it fails |
 /// | `torn:BYTES` | a write | only the first BYTES bytes are programmed, then it fails |
-/// | `flip` | a write or read | succeeds with one bit of the middle byte changed: bit 0 on a write, bit 1 on a read |
-/// | `ignore` | a request | it succeeds without effect; a buffer to fill is left alone |
-/// | `open-refused:COUNT` | opens | COUNT exclusive opens in a row fail |
-/// | `never` | a restart | the hub does not come back |
-/// | `late:SECONDS` | a restart | the hub comes back after that time, decimals allowed |
-/// | `same-mode` | a restart | the hub comes back running the kind of code that it ran before |
-/// | `bounce` | a restart | the hub comes back, leaves again after 100 ms and comes back a second time |
+/// | `flip` | a write or read | succeeds with one bit of the middle byte changed: bit 0 on a write,
+/// bit 1 on a read | | `ignore` | a request | it succeeds without effect; a buffer to fill is left
+/// alone | | `open-refused:COUNT` | opens | COUNT exclusive opens in a row fail | | `never` | a
+/// restart | the hub does not come back | | `late:SECONDS` | a restart | the hub comes back after
+/// that time, decimals allowed | | `same-mode` | a restart | the hub comes back running the kind of
+/// code that it ran before | | `bounce` | a restart | the hub comes back, leaves again after 100 ms
+/// and comes back a second time |
 enum class FaultKind {
     Stall,
     VanishBefore,
@@ -56,21 +56,23 @@ enum class FaultKind {
     Bounce
 };
 
-/// One thing that goes wrong once. Positions count from 1 at the hub's creation: requests that reach the hub (all,
-/// or those of the kind `on`), open attempts on an attached device, or restarts.
+/// One thing that goes wrong once. Positions count from 1 at the hub's creation: requests that
+/// reach the hub (all, or those of the kind `on`), open attempts on an attached device, or
+/// restarts.
 struct Fault {
     FaultKind kind = FaultKind::Stall;
     std::optional<RequestKind> on = std::nullopt; ///< request faults only: count this kind alone
     unsigned position = 0;                        ///< 0: the next one after the fault was added
-    unsigned amount = 0;                          ///< Torn: bytes programmed; OpenRefused: opens refused
-    Clock::Duration delay{0};                     ///< Late: absence from the bus
+    unsigned amount = 0;      ///< Torn: bytes programmed; OpenRefused: opens refused
+    Clock::Duration delay{0}; ///< Late: absence from the bus
 };
 
-/// Reads `KIND[:ARGUMENT][@POSITION]`. For request faults POSITION is `N`, the N-th request, or `REQUEST#N`, the N-th
-/// of `hello`, `status`, `rom`, `flash`, `erase`, `write`, `read`; `REQUEST` alone is the first. It is needed, but for
-/// `torn`, which means the first write without it. A position at which a `torn` meets no write, or a `flip` neither
-/// write nor read, passes without a fault. For open and restart faults POSITION is `N` and the first by default.
-/// False and a sentence in `error` when the text says something else.
+/// Reads `KIND[:ARGUMENT][@POSITION]`. For request faults POSITION is `N`, the N-th request, or
+/// `REQUEST#N`, the N-th of `hello`, `status`, `rom`, `flash`, `erase`, `write`, `read`; `REQUEST`
+/// alone is the first. It is needed, but for `torn`, which means the first write without it. A
+/// position at which a `torn` meets no write, or a `flip` neither write nor read, passes without a
+/// fault. For open and restart faults POSITION is `N` and the first by default. False and a
+/// sentence in `error` when the text says something else.
 bool parseFault(std::string_view text, Fault& fault, std::string& error);
 
 /// What the faults do to one request. Several may meet; they apply in the order of the members.

@@ -107,8 +107,9 @@ FlashFile::FlashFile(std::string path) : m_path(std::move(path)) {}
 
 FlashFile::~FlashFile() { unlock(); }
 
-std::unique_ptr<FlashFile>
-FlashFile::openOrCreate(const std::string& path, const std::vector<std::uint8_t>& initial, std::string& error)
+std::unique_ptr<FlashFile> FlashFile::openOrCreate(const std::string& path,
+                                                   const std::vector<std::uint8_t>& initial,
+                                                   std::string& error)
 {
     std::error_code code;
     const fs::path resolved = fs::weakly_canonical(fs::absolute(path, code), code);
@@ -149,8 +150,8 @@ bool FlashFile::fill(const std::vector<std::uint8_t>& initial, std::string& erro
     if (code) {
         return fail(error, "cannot make the folder " + folder, code.message());
     }
-    // Under the lock, so that a program which starts at the same moment does not lose what the first one wrote.
-    // Waiting for it, because that one may be filling the file right now.
+    // Under the lock, so that a program which starts at the same moment does not lose what the
+    // first one wrote. Waiting for it, because that one may be filling the file right now.
     if (!lock(LOCK_EX)) {
         return fail(error, "cannot lock " + m_path + ".lock", because(errno));
     }
@@ -184,15 +185,18 @@ bool FlashFile::load(std::vector<std::uint8_t>& bytes, std::string& error) const
 
 bool FlashFile::store(const std::vector<std::uint8_t>& bytes, std::string& error) const
 {
-    // One name for all, under the lock: what a killed program leaves behind is used up by the next one.
+    // One name for all, under the lock: what a killed program leaves behind is used up by the next
+    // one.
     const std::string temporary = m_path + ".new";
     ::unlink(temporary.c_str());
-    const Descriptor file(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode));
+    const Descriptor file(
+        ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode));
     if (!file.valid()) {
         return fail(error, "cannot write beside " + m_path, because(errno));
     }
     const bool stored = writeAll(file.get(), bytes) && ::fchmod(file.get(), modeOf(m_path)) == 0 &&
-                        ::fsync(file.get()) == 0 && ::rename(temporary.c_str(), m_path.c_str()) == 0;
+                        ::fsync(file.get()) == 0 &&
+                        ::rename(temporary.c_str(), m_path.c_str()) == 0;
     if (!stored) {
         const int reason = errno;
         ::unlink(temporary.c_str());

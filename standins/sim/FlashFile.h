@@ -8,16 +8,17 @@
 namespace vornadel
 {
 
-/// The file that keeps the simulated flash between runs, and the lock beside it (the file's name with ".lock"
-/// appended) that keeps two programs from having the same hub open. Not thread-safe.
+/// The file that keeps the simulated flash between runs, and the lock beside it (the file's name
+/// with ".lock" appended) that keeps two programs from having the same hub open. Not thread-safe.
 class FlashFile
 {
 public:
-    /// The file `path`, holding `initial` when it did not exist yet; folders above it are made. Null and a sentence
-    /// in `error` when it is not a regular file of exactly 32768 bytes that can be read and replaced. A file of
-    /// another size is left as it is.
-    static std::unique_ptr<FlashFile>
-    openOrCreate(const std::string& path, const std::vector<std::uint8_t>& initial, std::string& error);
+    /// The file `path`, holding `initial` when it did not exist yet; folders above it are made.
+    /// Null and a sentence in `error` when it is not a regular file of exactly 32768 bytes that can
+    /// be read and replaced. A file of another size is left as it is.
+    static std::unique_ptr<FlashFile> openOrCreate(const std::string& path,
+                                                   const std::vector<std::uint8_t>& initial,
+                                                   std::string& error);
 
     FlashFile(const FlashFile&) = delete;
     FlashFile& operator=(const FlashFile&) = delete;
@@ -25,10 +26,12 @@ public:
 
     /// Reads the whole flash. `bytes` holds only on true.
     bool load(std::vector<std::uint8_t>& bytes, std::string& error) const;
-    /// Replaces the file in one step: after a crash it holds the old or the new flash, never a mixture.
+    /// Replaces the file in one step: after a crash it holds the old or the new flash, never a
+    /// mixture.
     bool store(const std::vector<std::uint8_t>& bytes, std::string& error) const;
 
-    /// Takes the lock without waiting; false when another holder has it, here or in another program.
+    /// Takes the lock without waiting; false when another holder has it, here or in another
+    /// program.
     bool lock();
     void unlock(); ///< harmless without the lock
     bool locked() const { return m_lock >= 0; }
@@ -43,7 +46,8 @@ private:
     int m_lock = -1;
 };
 
-/// Where the flash is kept when nothing else is asked for: vornadel/simulated-hub.bin in $XDG_STATE_HOME, or in
+/// Where the flash is kept when nothing else is asked for: vornadel/simulated-hub.bin in
+/// $XDG_STATE_HOME, or in
 /// ~/.local/state. Empty when the environment names neither folder.
 std::string defaultFlashFile();
 

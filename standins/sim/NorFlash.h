@@ -20,10 +20,10 @@ struct FlashIdentity {
     std::uint16_t highSpeedId = 0;
 };
 
-/// Looks for the descriptor block as the controller does at power-on: 256-byte steps from the end of the flash
-/// towards its start, AA 55, 3C C3 or 55 AA in the first two bytes, the block nearest the end wins. Empty when
-/// there is none, or when it lies at the very start, where no firmware and no version word can precede it: the
-/// controller has nothing to run then.
+/// Looks for the descriptor block as the controller does at power-on: 256-byte steps from the end
+/// of the flash towards its start, AA 55, 3C C3 or 55 AA in the first two bytes, the block nearest
+/// the end wins. Empty when there is none, or when it lies at the very start, where no firmware and
+/// no version word can precede it: the controller has nothing to run then.
 std::optional<FlashIdentity> findFlashIdentity(std::span<const std::uint8_t> flash);
 
 /// A NOR flash: erasing sets every bit, programming can only clear bits. Not thread-safe.
@@ -44,7 +44,8 @@ public:
     std::span<const std::uint8_t> read(std::uint32_t address, std::size_t length) const;
 
     const std::vector<std::uint8_t>& bytes() const { return m_bytes; }
-    /// Replaces the content, as a programmer clipped to the chip would; false unless it is of the flash's size.
+    /// Replaces the content, as a programmer clipped to the chip would; false unless it is of the
+    /// flash's size.
     bool assign(std::vector<std::uint8_t> bytes);
 
 private:

@@ -42,7 +42,8 @@ void Notifier::deliver()
     while (m_listener && !m_events.empty()) {
         const UsbEvent event = m_events.front();
         m_events.pop_front();
-        // The copy goes before the lock comes back: what the listener owns may not be destroyed under it.
+        // The copy goes before the lock comes back: what the listener owns may not be destroyed
+        // under it.
         std::shared_ptr<UsbBus::Listener> listener = m_listener;
         lock.unlock();
         (*listener)(event);

@@ -83,7 +83,8 @@ private:
 SimulatedBus::SimulatedBus(std::shared_ptr<SimulatedHub> hub) : m_hub(std::move(hub)) {}
 
 // unwatch() is virtual, and the notifier can be reached without it
-std::unique_ptr<SimulatedBus> SimulatedBus::create(std::string_view options, Clock& clock, std::string& error)
+std::unique_ptr<SimulatedBus> SimulatedBus::create(std::string_view options, Clock& clock,
+                                                   std::string& error)
 {
     SimulatedHubOptions read;
     return parseSimulatedHubOptions(options, read, error) ? create(read, clock, error) : nullptr;
@@ -98,7 +99,10 @@ std::unique_ptr<SimulatedBus> SimulatedBus::create(const SimulatedHubOptions& op
     return hub ? std::unique_ptr<SimulatedBus>(new SimulatedBus(std::move(hub))) : nullptr;
 }
 
-std::unique_ptr<UsbSearch> SimulatedBus::search() { return std::make_unique<SimulatedSearch>(m_hub); }
+std::unique_ptr<UsbSearch> SimulatedBus::search()
+{
+    return std::make_unique<SimulatedSearch>(m_hub);
+}
 
 bool SimulatedBus::watch(Listener listener) { return m_hub->notifier().watch(std::move(listener)); }
 

@@ -10,8 +10,9 @@
 namespace vornadel
 {
 
-/// A USB bus with one simulated hub on it. Events come on the clock's thread, or on the thread that sends the
-/// request or pulls the plug. Searches and devices may outlive the bus, but not the clock.
+/// A USB bus with one simulated hub on it. Events come on the clock's thread, or on the thread that
+/// sends the request or pulls the plug. Searches and devices may outlive the bus, but not the
+/// clock.
 class SimulatedBus final : public UsbBus
 {
 public:
@@ -19,7 +20,8 @@ public:
     static std::unique_ptr<SimulatedBus> create(const SimulatedHubOptions& options, Clock& clock,
                                                 std::string& error);
     /// The same with the options as they are written on a command line.
-    static std::unique_ptr<SimulatedBus> create(std::string_view options, Clock& clock, std::string& error);
+    static std::unique_ptr<SimulatedBus> create(std::string_view options, Clock& clock,
+                                                std::string& error);
     ~SimulatedBus() override;
 
     std::unique_ptr<UsbSearch> search() override;

@@ -30,7 +30,8 @@ SimulatedHub::SimulatedHub(const SimulatedHubOptions& options, Clock& clock)
 std::shared_ptr<SimulatedHub> SimulatedHub::create(const SimulatedHubOptions& options, Clock& clock,
                                                    std::string& error)
 {
-    std::vector<std::uint8_t> bytes = options.initialFlash.empty() ? demoImage() : options.initialFlash;
+    std::vector<std::uint8_t> bytes =
+        options.initialFlash.empty() ? demoImage() : options.initialFlash;
     if (bytes.size() != kSimulatedFlashSize) {
         error = "the simulated flash has " + std::to_string(kSimulatedFlashSize) + " bytes, not " +
                 std::to_string(bytes.size());
@@ -79,7 +80,8 @@ void SimulatedHub::replug(HubCode code)
     std::uint64_t session = 0;
     {
         const std::lock_guard lock(m_mutex);
-        if (std::any_of(m_ports.begin(), m_ports.end(), [](const Port& port) { return port.attached; })) {
+        if (std::any_of(m_ports.begin(), m_ports.end(),
+                        [](const Port& port) { return port.attached; })) {
             return;
         }
         session = ++m_session;
@@ -124,8 +126,8 @@ std::vector<AttachedPort> SimulatedHub::attachedPorts() const
     const std::lock_guard lock(m_mutex);
     std::vector<AttachedPort> attached;
     if (m_ports[indexOf(HubPort::SuperSpeed)].attached) {
-        attached.push_back(
-            {HubPort::SuperSpeed, m_session, m_ids.vendorId, m_ids.superSpeedId, m_ids.highSpeedId});
+        attached.push_back({HubPort::SuperSpeed, m_session, m_ids.vendorId, m_ids.superSpeedId,
+                            m_ids.highSpeedId});
     }
     if (m_ports[indexOf(HubPort::HighSpeed)].attached) {
         attached.push_back(
@@ -165,8 +167,8 @@ void SimulatedHub::close(const AttachedPort& device)
         return;
     }
     m_ports[indexOf(device.port)].opened = false;
-    if (m_file &&
-        std::none_of(m_ports.begin(), m_ports.end(), [](const Port& port) { return port.opened; })) {
+    if (m_file && std::none_of(m_ports.begin(), m_ports.end(),
+                               [](const Port& port) { return port.opened; })) {
         m_file->unlock();
     }
 }

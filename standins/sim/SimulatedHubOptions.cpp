@@ -81,7 +81,8 @@ constexpr std::array<KeyRow, 5> kKeys = {{
 
 } // namespace
 
-bool parseSimulatedHubOptions(std::string_view text, SimulatedHubOptions& options, std::string& error)
+bool parseSimulatedHubOptions(std::string_view text, SimulatedHubOptions& options,
+                              std::string& error)
 {
     SimulatedHubOptions parsed = options;
     std::set<std::string_view> seen;
@@ -91,8 +92,9 @@ bool parseSimulatedHubOptions(std::string_view text, SimulatedHubOptions& option
         std::string_view value = cutAt(text, ',');
         const std::string option(value);
         const std::string_view key = cutAt(value, '=');
-        const auto* row = std::find_if(kKeys.begin(), kKeys.end(),
-                                       [&](const KeyRow& candidate) { return candidate.key == key; });
+        const auto* row = std::find_if(kKeys.begin(), kKeys.end(), [&](const KeyRow& candidate) {
+            return candidate.key == key;
+        });
         if (row == kKeys.end()) {
             error = "the simulated hub has no option \"" + option +
                     "\"; it knows image, latency, mode, ids and fault";

@@ -21,21 +21,24 @@ struct SimulatedIds {
     std::uint16_t highSpeedId = 0x0002;
 };
 
-/// Real: an erase takes 150 ms, programming 0.7 ms per 256 bytes begun, a restart 700 ms. None: no time at all.
+/// Real: an erase takes 150 ms, programming 0.7 ms per 256 bytes begun, a restart 700 ms. None: no
+/// time at all.
 enum class SimulatedLatency { Real, None };
 
 /// How the simulated hub is set up.
 struct SimulatedHubOptions {
     std::string image; ///< file that keeps the flash between runs; empty: defaultFlashFile()
     SimulatedLatency latency = SimulatedLatency::Real;
-    HubCode mode = HubCode::Flash;   ///< the code it runs first; flash code needs a valid image in the flash
+    HubCode mode = HubCode::Flash;   ///< the code it runs first; flash code needs a valid image in
+                                     ///< the flash
     std::optional<SimulatedIds> ids; ///< instead of those in the flash
     std::vector<Fault> faults;
 
     // Not reachable from the command line:
     std::uint8_t restartSpeed = 1;          ///< byte 13 of the status block
     bool keepInMemory = false;              ///< no file and no lock
-    std::vector<std::uint8_t> initialFlash; ///< content where no file exists yet; empty: demoImage()
+    std::vector<std::uint8_t> initialFlash; ///< content where no file exists yet; empty:
+                                            ///< demoImage()
 };
 
 /// Reads `KEY=VALUE,…`; the empty text stands for all defaults. Values hold no comma.
@@ -49,6 +52,7 @@ struct SimulatedHubOptions {
 /// | `fault` | see parseFault(); may be repeated |
 ///
 /// False, a sentence in `error` and `options` as they were when the text is wrong.
-bool parseSimulatedHubOptions(std::string_view text, SimulatedHubOptions& options, std::string& error);
+bool parseSimulatedHubOptions(std::string_view text, SimulatedHubOptions& options,
+                              std::string& error);
 
 } // namespace vornadel

@@ -44,15 +44,18 @@ const SimulatedHub::RequestRow* SimulatedHub::findRow(const ControlRequest& requ
         {RequestKind::Status, kVendorIn, 0x09, 0, 0, kAny, false, &SimulatedHub::readStatus},
         {RequestKind::Rom, kVendorOut, 0x00, 0, 0, 0, false, &SimulatedHub::restartIntoRom},
         {RequestKind::Mode00, kVendorOut, 0x01, 0, 0, 0, false, &SimulatedHub::acknowledge},
-        {RequestKind::Flash, kVendorOut, 0xE9, 0x0101, 0, 0, false, &SimulatedHub::restartIntoFlash},
+        {RequestKind::Flash, kVendorOut, 0xE9, 0x0101, 0, 0, false,
+         &SimulatedHub::restartIntoFlash},
         {RequestKind::Erase, kVendorOut, 0xE8, 0, 0, 0, true, &SimulatedHub::eraseFlash},
         {RequestKind::Write, kVendorOut, 0xC8, kAny, kAny, kAny, true, &SimulatedHub::writeFlash},
         {RequestKind::Read, kVendorIn, 0xD8, kAny, kAny, kAny, true, &SimulatedHub::readFlash},
     }};
     const auto matches = [](int wanted, int given) { return wanted == kAny || wanted == given; };
     const auto* row = std::find_if(kRows.begin(), kRows.end(), [&](const RequestRow& candidate) {
-        return candidate.bmRequestType == request.bmRequestType && candidate.bRequest == request.bRequest &&
-               matches(candidate.wValue, request.wValue) && matches(candidate.wIndex, request.wIndex) &&
+        return candidate.bmRequestType == request.bmRequestType &&
+               candidate.bRequest == request.bRequest &&
+               matches(candidate.wValue, request.wValue) &&
+               matches(candidate.wIndex, request.wIndex) &&
                matches(candidate.wLength, request.wLength);
     });
     return row == kRows.end() ? nullptr : row;
@@ -81,7 +84,8 @@ std::uint32_t SimulatedHub::control(const AttachedPort& device, ControlRequest& 
         onRequest(request);
     }
     const bool idle = effects.vanishBefore || effects.stall || effects.ignore;
-    const Clock::Duration effort = works && !idle ? effortOf(row->kind, request) : Clock::Duration(0);
+    const Clock::Duration effort =
+        works && !idle ? effortOf(row->kind, request) : Clock::Duration(0);
     if (effort > Clock::Duration(0)) {
         m_clock.sleep(effort);
     }
@@ -131,7 +135,8 @@ SimulatedHub::Outcome SimulatedHub::acknowledge(ControlRequest& /*request*/,
     return {};
 }
 
-SimulatedHub::Outcome SimulatedHub::readStatus(ControlRequest& request, const RequestEffects& /*effects*/)
+SimulatedHub::Outcome SimulatedHub::readStatus(ControlRequest& request,
+                                               const RequestEffects& /*effects*/)
 {
     const std::optional<FlashIdentity> identity = findFlashIdentity(m_flash.bytes());
     const std::uint16_t version = identity ? identity->version : kSimulatedRomVersion;
@@ -166,12 +171,14 @@ SimulatedHub::Outcome SimulatedHub::restartInto(HubCode code)
     return {0, Restart{m_session, effects.sameMode ? m_code : code, effects}};
 }
 
-SimulatedHub::Outcome SimulatedHub::eraseFlash(ControlRequest& /*request*/, const RequestEffects& /*effects*/)
+SimulatedHub::Outcome SimulatedHub::eraseFlash(ControlRequest& /*request*/,
+                                               const RequestEffects& /*effects*/)
 {
     return {changeFlash([](NorFlash& flash) { flash.erase(); }) ? 0 : kSimulatedStall, {}};
 }
 
-SimulatedHub::Outcome SimulatedHub::writeFlash(ControlRequest& request, const RequestEffects& effects)
+SimulatedHub::Outcome SimulatedHub::writeFlash(ControlRequest& request,
+                                               const RequestEffects& effects)
 {
     const std::uint32_t address = addressOf(request);
     if (!NorFlash::covers(address, request.wLength)) {
@@ -193,7 +200,8 @@ SimulatedHub::Outcome SimulatedHub::writeFlash(ControlRequest& request, const Re
     return {effects.torn ? kSimulatedShort : 0, {}};
 }
 
-SimulatedHub::Outcome SimulatedHub::readFlash(ControlRequest& request, const RequestEffects& effects)
+SimulatedHub::Outcome SimulatedHub::readFlash(ControlRequest& request,
+                                              const RequestEffects& effects)
 {
     const std::uint32_t address = addressOf(request);
     if (!NorFlash::covers(address, request.wLength)) {

@@ -8,7 +8,8 @@
 namespace vornadel
 {
 
-/// The whole text as an unsigned number in the given base, at most `limit`; empty for anything else.
+/// The whole text as an unsigned number in the given base, at most `limit`; empty for anything
+/// else.
 inline std::optional<unsigned> wholeNumber(std::string_view text, int base, unsigned limit)
 {
     unsigned value = 0;
@@ -20,7 +21,8 @@ inline std::optional<unsigned> wholeNumber(std::string_view text, int base, unsi
     return value;
 }
 
-/// Cuts `text` at the first `separator`: the part before it, with `text` left at what follows, or empty.
+/// Cuts `text` at the first `separator`: the part before it, with `text` left at what follows, or
+/// empty.
 inline std::string_view cutAt(std::string_view& text, char separator)
 {
     const std::size_t at = text.find(separator);

@@ -12,8 +12,8 @@ namespace vornadel
 namespace
 {
 
-/// Fills in the hubs, one with the default flash file when none is named. False and a sentence in `error` for options
-/// that no virtual hub can have.
+/// Fills in the hubs, one with the default flash file when none is named. False and a sentence in
+/// `error` for options that no virtual hub can have.
 bool readHubs(const std::vector<std::string>& texts, std::vector<SimulatedHubOptions>& hubs,
               std::string& error)
 {
@@ -24,9 +24,10 @@ bool readHubs(const std::vector<std::string>& texts, std::vector<SimulatedHubOpt
     hubs.clear();
     for (const std::string& text : texts) {
         SimulatedHubOptions options;
-        const bool fits = parseSimulatedHubOptions(text, options, error) &&
-                          std::all_of(options.faults.begin(), options.faults.end(),
-                                      [&](const Fault& fault) { return faultFitsABus(fault, error); });
+        const bool fits =
+            parseSimulatedHubOptions(text, options, error) &&
+            std::all_of(options.faults.begin(), options.faults.end(),
+                        [&](const Fault& fault) { return faultFitsABus(fault, error); });
         if (!fits) {
             return false;
         }
@@ -61,26 +62,27 @@ std::optional<int> parseVirtualHubCommandLine(int argc, const char* const* argv,
                                               VirtualHubCommandLine& commandLine, std::ostream& out,
                                               std::ostream& err)
 {
-    CLI::App app(
-        "Puts simulated hubs onto the USB of this machine, or serves them over USB/IP.\n"
-        "Standard input takes commands, one a line: plug [N], plug-rom [N], unplug [N], fault FAULT [N], "
-        "status [N], quit.",
-        "vornadel-virtual-hub");
+    CLI::App app("Puts simulated hubs onto the USB of this machine, or serves them over USB/IP.\n"
+                 "Standard input takes commands, one a line: plug [N], plug-rom [N], unplug [N], "
+                 "fault FAULT [N], "
+                 "status [N], quit.",
+                 "vornadel-virtual-hub");
     app.set_version_flag("--version", std::string("vornadel-virtual-hub ") + VORNADEL_VERSION);
     std::vector<std::string> hubs;
-    app.add_option(
-           "--hub", hubs,
-           "One hub, KEY=VALUE,... with the keys image, latency, mode, ids, fault; may be repeated, up to 15 "
-           "times. Without it there is one hub with the usual flash file")
+    app.add_option("--hub", hubs,
+                   "One hub, KEY=VALUE,... with the keys image, latency, mode, ids, fault; may be "
+                   "repeated, up to 15 "
+                   "times. Without it there is one hub with the usual flash file")
         ->type_name("OPTIONS")
         ->allow_extra_args(false);
     bool attach = false;
     CLI::Option* const attached = app.add_flag(
-        "--attach", attach, "Put the hubs into virtual ports of the kernel (module vhci_hcd); the default");
+        "--attach", attach,
+        "Put the hubs into virtual ports of the kernel (module vhci_hcd); the default");
     std::string port;
-    CLI::Option* const serve =
-        app.add_flag("--serve{3240}", port,
-                     "Serve the hubs over USB/IP on 127.0.0.1; =PORT for another port, 0 for any free one");
+    CLI::Option* const serve = app.add_flag(
+        "--serve{3240}", port,
+        "Serve the hubs over USB/IP on 127.0.0.1; =PORT for another port, 0 for any free one");
     serve->multi_option_policy(CLI::MultiOptionPolicy::Throw);
     serve->excludes(attached);
 

@@ -11,7 +11,8 @@
 namespace vornadel
 {
 
-inline constexpr std::size_t kMostHubs = 15; ///< as many ports of a speed as one controller of vhci_hcd has
+inline constexpr std::size_t kMostHubs = 15; ///< as many ports of a speed as one controller of
+                                             ///< vhci_hcd has
 inline constexpr std::uint16_t kUsbIpPort = 3240;
 
 /// What the user asked for on the command line of vornadel-virtual-hub.
@@ -25,14 +26,14 @@ inline constexpr int kEndedWell = 0;
 inline constexpr int kCouldNot = 1; ///< the reason has been printed
 inline constexpr int kBadUsage = 2; ///< the command line was not understood
 
-/// Reads the command line. Nothing when there is something to do; otherwise the exit status, after help, the version
-/// or an explanation has been printed.
+/// Reads the command line. Nothing when there is something to do; otherwise the exit status, after
+/// help, the version or an explanation has been printed.
 std::optional<int> parseVirtualHubCommandLine(int argc, const char* const* argv,
                                               VirtualHubCommandLine& commandLine, std::ostream& out,
                                               std::ostream& err);
 
-/// Whether a virtual hub can have this fault. False and a sentence in `error` for a refused open: on a bus nobody opens
-/// a hub.
+/// Whether a virtual hub can have this fault. False and a sentence in `error` for a refused open:
+/// on a bus nobody opens a hub.
 bool faultFitsABus(const Fault& fault, std::string& error);
 
 } // namespace vornadel

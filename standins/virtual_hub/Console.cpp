@@ -44,11 +44,12 @@ std::string Console::answer(std::string_view line)
         m_quit = true;
         return kDone;
     }
-    const auto* row = std::find_if(kCommands.begin(), kCommands.end(),
-                                   [&](const CommandRow& candidate) { return candidate.name == name; });
+    const auto* row =
+        std::find_if(kCommands.begin(), kCommands.end(),
+                     [&](const CommandRow& candidate) { return candidate.name == name; });
     if (row == kCommands.end()) {
-        return refusal(
-            "the commands are plug [N], plug-rom [N], unplug [N], fault FAULT [N], status [N], quit");
+        return refusal("the commands are plug [N], plug-rom [N], unplug [N], fault FAULT [N], "
+                       "status [N], quit");
     }
     if (row->takesArgument && !(words >> argument)) {
         return refusal(name + " needs an argument");
@@ -59,7 +60,8 @@ std::string Console::answer(std::string_view line)
     }
     VirtualHub* const hub = hubNumbered(number.empty() ? "1" : number);
     if (hub == nullptr) {
-        return refusal("no hub has the number " + number + "; there are " + std::to_string(m_hubs.size()));
+        return refusal("no hub has the number " + number + "; there are " +
+                       std::to_string(m_hubs.size()));
     }
     return (this->*row->carryOut)(*hub, argument);
 }
@@ -116,8 +118,9 @@ std::string Console::status(VirtualHub& hub, const std::string& /*argument*/)
     };
     std::ostringstream line;
     line << kDone << " code=" << (hub.hub().runningCode() == HubCode::Flash ? "flash" : "rom")
-         << " superspeed=" << place(HubPort::SuperSpeed) << " high-speed=" << place(HubPort::HighSpeed)
-         << " requests=" << hub.hub().requestCount() << " faults=" << hub.hub().faultsTriggered();
+         << " superspeed=" << place(HubPort::SuperSpeed)
+         << " high-speed=" << place(HubPort::HighSpeed) << " requests=" << hub.hub().requestCount()
+         << " faults=" << hub.hub().faultsTriggered();
     return line.str();
 }
 

@@ -18,8 +18,8 @@ namespace vornadel
 /// | `plug-rom [N]` | plugs it in, running ROM code; an error while it is plugged in |
 /// | `unplug [N]` | unplugs it |
 /// | `fault FAULT [N]` | adds a fault, see parseFault() |
-/// | `status [N]` | `ok code=flash superspeed=3-1 high-speed=2-1 requests=0 faults=0`; `-` for a half that is away |
-/// | `quit` | ends the program |
+/// | `status [N]` | `ok code=flash superspeed=3-1 high-speed=2-1 requests=0 faults=0`; `-` for a
+/// half that is away | | `quit` | ends the program |
 ///
 /// N counts the hubs from 1, which is the default.
 class Console
@@ -27,7 +27,8 @@ class Console
 public:
     explicit Console(std::vector<std::unique_ptr<VirtualHub>>& hubs) : m_hubs(hubs) {}
 
-    /// Carries out one line; `ok`, or `error: ` and the reason. A plug or unplug is done when this returns.
+    /// Carries out one line; `ok`, or `error: ` and the reason. A plug or unplug is done when this
+    /// returns.
     std::string answer(std::string_view line);
     bool quit() const { return m_quit; } ///< whether that was asked for
 

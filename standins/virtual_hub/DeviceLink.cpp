@@ -74,8 +74,8 @@ void DeviceLink::run()
     }
 }
 
-/// Waits for something to do and does it. False when the connection is over. While answers wait to be fetched nothing
-/// more is read, so what is kept stays small.
+/// Waits for something to do and does it. False when the connection is over. While answers wait to
+/// be fetched nothing more is read, so what is kept stays small.
 bool DeviceLink::exchange()
 {
     const short wanted = m_out.empty() ? POLLIN : POLLOUT;
@@ -107,15 +107,16 @@ bool DeviceLink::writeSome()
     return count > 0 || wouldBlock();
 }
 
-/// Answers what is there, as far as the answers find their way out. A device that has to leave stops at once: what is
-/// behind is for the goodbye. False when the connection is over.
+/// Answers what is there, as far as the answers find their way out. A device that has to leave
+/// stops at once: what is behind is for the goodbye. False when the connection is over.
 bool DeviceLink::converse()
 {
     std::size_t done = 0;
     bool goesOn = true;
     while (goesOn && m_out.empty() && (m_sayingGoodbye || !m_leaving)) {
         std::size_t taken = 0;
-        const Conversation::Step step = m_conversation->step(ByteView(m_in).subspan(done), taken, m_out);
+        const Conversation::Step step =
+            m_conversation->step(ByteView(m_in).subspan(done), taken, m_out);
         done += taken;
         if (step == Conversation::Step::Waits) {
             break;
@@ -129,7 +130,8 @@ bool DeviceLink::converse()
     return goesOn;
 }
 
-/// Answers everything with an error until the other side has nothing more to say, but no longer than a while.
+/// Answers everything with an error until the other side has nothing more to say, but no longer
+/// than a while.
 void DeviceLink::sayGoodbye()
 {
     constexpr int kMostRounds = 25;

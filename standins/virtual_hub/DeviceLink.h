@@ -12,16 +12,19 @@
 namespace vornadel
 {
 
-/// A conversation over a stream socket, on a thread of its own. leave() and join() may be called from any thread.
+/// A conversation over a stream socket, on a thread of its own. leave() and join() may be called
+/// from any thread.
 class DeviceLink
 {
 public:
-    /// How long nothing may come from the other side before a device that leaves hangs up: a transfer that is under way
-    /// then would not be answered, and its sender would wait for it in vain.
+    /// How long nothing may come from the other side before a device that leaves hangs up: a
+    /// transfer that is under way then would not be answered, and its sender would wait for it in
+    /// vain.
     static constexpr Clock::Duration kSilence = std::chrono::milliseconds(20);
 
-    /// Takes the socket over. `ended` is called on the link's thread, at its end, when the socket is closed. Throws
-    /// std::system_error when there is no thread or no file to be had; the socket stays the caller's then.
+    /// Takes the socket over. `ended` is called on the link's thread, at its end, when the socket
+    /// is closed. Throws std::system_error when there is no thread or no file to be had; the socket
+    /// stays the caller's then.
     DeviceLink(int socket, std::unique_ptr<Conversation> conversation, Clock& clock,
                std::function<void()> ended = {});
     DeviceLink(const DeviceLink&) = delete;

@@ -19,7 +19,10 @@ constexpr std::uint16_t kDeviceRelease = 0x0100;
 
 std::uint8_t typeByte(DescriptorType type) { return static_cast<std::uint8_t>(type); }
 
-void append(ByteBuffer& to, const ByteBuffer& bytes) { to.insert(to.end(), bytes.begin(), bytes.end()); }
+void append(ByteBuffer& to, const ByteBuffer& bytes)
+{
+    to.insert(to.end(), bytes.begin(), bytes.end());
+}
 
 std::uint16_t usbVersion(HubPort half) { return half == HubPort::SuperSpeed ? kUsb30 : kUsb21; }
 
@@ -41,8 +44,8 @@ ByteBuffer deviceDescriptor(const VirtualDevice& device)
     return bytes;
 }
 
-/// The endpoint with the port changes. Intervals: 2^(n-1) micro-frames at high speed and above, milliseconds at full
-/// speed.
+/// The endpoint with the port changes. Intervals: 2^(n-1) micro-frames at high speed and above,
+/// milliseconds at full speed.
 ByteBuffer statusEndpoint(HubPort half, bool fullSpeed)
 {
     ByteBuffer bytes = {7, typeByte(DescriptorType::Endpoint), kStatusEndpoint};
@@ -63,7 +66,8 @@ ByteBuffer statusEndpoint(HubPort half, bool fullSpeed)
 ByteBuffer configuration(HubPort half, DescriptorType type)
 {
     const bool fullSpeed = type == DescriptorType::OtherSpeedConfiguration;
-    ByteBuffer rest = {1, kConfigurationValue, 0, 0xE0, 0}; // self-powered, may wake the host, draws nothing
+    ByteBuffer rest = {1, kConfigurationValue, 0, 0xE0, 0}; // self-powered, may wake the host,
+                                                            // draws nothing
     append(rest, {9, typeByte(DescriptorType::Interface), 0, 0, 1, kHubClass, 0, 0, 0});
     append(rest, statusEndpoint(half, fullSpeed));
     ByteBuffer bytes = {9, typeByte(type)};
@@ -89,8 +93,8 @@ std::array<std::uint16_t, kHubPortCount> productIds(const VirtualDevice& device)
     return {device.otherProductId, device.productId};
 }
 
-/// Joins the two halves: the same on both, and another one on each hub of a program. Hubs of two programs have
-/// different ones when their product ids differ.
+/// Joins the two halves: the same on both, and another one on each hub of a program. Hubs of two
+/// programs have different ones when their product ids differ.
 ByteBuffer containerId(const VirtualDevice& device)
 {
     ByteBuffer bytes = {0x76, 0x6F, 0x72, 0x6E, 0x61, 0x64, 0x45, 0x4C, 0x80, 0x00, 0x00};
@@ -122,15 +126,16 @@ ByteBuffer binaryObjectStore(const VirtualDevice& device)
 
 ByteBuffer textDescriptor(std::string_view text)
 {
-    ByteBuffer bytes = {static_cast<std::uint8_t>(2 + 2 * text.size()), typeByte(DescriptorType::String)};
+    ByteBuffer bytes = {static_cast<std::uint8_t>(2 + 2 * text.size()),
+                        typeByte(DescriptorType::String)};
     for (const char character : text) {
         putLittle16(bytes, static_cast<std::uint8_t>(character));
     }
     return bytes;
 }
 
-/// As in "VIRTUAL1-00010002": the number of the hub and what its Container ID has of the product ids, so that it differs
-/// where that does.
+/// As in "VIRTUAL1-00010002": the number of the hub and what its Container ID has of the product
+/// ids, so that it differs where that does.
 std::string serialNumber(const VirtualDevice& device)
 {
     const auto [superSpeed, highSpeed] = productIds(device);

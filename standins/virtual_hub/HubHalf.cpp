@@ -142,8 +142,8 @@ TransferResult HubHalf::control(const SetupPacket& setup, ByteView out)
         return vendor(setup, out);
     }
     const auto* row = std::find_if(kRows.begin(), kRows.end(), [&](const RequestRow& candidate) {
-        return candidate.bmRequestType == setup.bmRequestType && candidate.bRequest == setup.bRequest &&
-               includes(candidate.speeds, m_device.half);
+        return candidate.bmRequestType == setup.bmRequestType &&
+               candidate.bRequest == setup.bRequest && includes(candidate.speeds, m_device.half);
     });
     TransferResult result;
     if (row == kRows.end() || !(this->*row->answer)(setup, result.data)) {
@@ -164,15 +164,16 @@ TransferResult HubHalf::vendor(const SetupPacket& setup, ByteView out)
     if (!in) {
         std::copy_n(out.begin(), std::min(out.size(), stage.size()), stage.begin());
     }
-    ControlRequest request = {setup.bmRequestType, setup.bRequest, setup.wValue,
-                              setup.wIndex,        setup.wLength,  stage.empty() ? nullptr : stage.data()};
+    ControlRequest request = {setup.bmRequestType, setup.bRequest,
+                              setup.wValue,        setup.wIndex,
+                              setup.wLength,       stage.empty() ? nullptr : stage.data()};
     const std::uint32_t status = m_device.vendorRequest(request);
     TransferResult result;
     result.moved = std::min<std::uint32_t>(request.transferred, setup.wLength);
     if (status == kSimulatedNoDevice) {
         result.status = kTransferGone;
-    } else if (status != 0 &&
-               !(in && status == kSimulatedShort)) { // a short answer to the host is no failure
+    } else if (status != 0 && !(in && status == kSimulatedShort)) { // a short answer to the host is
+                                                                    // no failure
         result.status = kTransferStalled;
     }
     if (in && result.status == kTransferDone) {
@@ -219,16 +220,16 @@ bool HubHalf::getEndpointStatus(const SetupPacket& setup, ByteBuffer& reply)
 
 bool HubHalf::changeDeviceFeature(const SetupPacket& setup, ByteBuffer& /*reply*/)
 {
-    const auto* row =
-        std::find_if(kDeviceFeatures.begin(), kDeviceFeatures.end(), [&](const DeviceFeature& known) {
+    const auto* row = std::find_if(
+        kDeviceFeatures.begin(), kDeviceFeatures.end(), [&](const DeviceFeature& known) {
             return known.feature == setup.wValue && includes(known.speeds, m_device.half);
         });
     if (row == kDeviceFeatures.end()) {
         return false;
     }
-    m_deviceFeatures =
-        static_cast<std::uint16_t>(setup.bRequest == kSetFeature ? m_deviceFeatures | row->statusBit
-                                                                 : m_deviceFeatures & ~row->statusBit);
+    m_deviceFeatures = static_cast<std::uint16_t>(setup.bRequest == kSetFeature
+                                                      ? m_deviceFeatures | row->statusBit
+                                                      : m_deviceFeatures & ~row->statusBit);
     return true;
 }
 
@@ -296,7 +297,10 @@ bool HubHalf::getHubStatus(const SetupPacket& /*setup*/, ByteBuffer& reply)
 }
 
 /// The changes of local power and of over-current.
-bool HubHalf::clearHubFeature(const SetupPacket& setup, ByteBuffer& /*reply*/) { return setup.wValue <= 1; }
+bool HubHalf::clearHubFeature(const SetupPacket& setup, ByteBuffer& /*reply*/)
+{
+    return setup.wValue <= 1;
+}
 
 bool HubHalf::setHubDepth(const SetupPacket& setup, ByteBuffer& /*reply*/)
 {
@@ -337,9 +341,10 @@ bool HubHalf::setPortFeature(const SetupPacket& setup, ByteBuffer& /*reply*/)
 {
     constexpr unsigned kDisabled = 4;
     Port* const port = portOf(setup);
-    const bool known = std::any_of(kPortFeatures.begin(), kPortFeatures.end(), [&](const PortFeature& row) {
-        return row.feature == setup.wValue && includes(row.settable, m_device.half);
-    });
+    const bool known =
+        std::any_of(kPortFeatures.begin(), kPortFeatures.end(), [&](const PortFeature& row) {
+            return row.feature == setup.wValue && includes(row.settable, m_device.half);
+        });
     if (port == nullptr || !known) {
         return false;
     }
@@ -354,9 +359,10 @@ bool HubHalf::setPortFeature(const SetupPacket& setup, ByteBuffer& /*reply*/)
 bool HubHalf::clearPortFeature(const SetupPacket& setup, ByteBuffer& /*reply*/)
 {
     Port* const port = portOf(setup);
-    const bool known = std::any_of(kPortFeatures.begin(), kPortFeatures.end(), [&](const PortFeature& row) {
-        return row.feature == setup.wValue && includes(row.clearable, m_device.half);
-    });
+    const bool known =
+        std::any_of(kPortFeatures.begin(), kPortFeatures.end(), [&](const PortFeature& row) {
+            return row.feature == setup.wValue && includes(row.clearable, m_device.half);
+        });
     if (port == nullptr || !known) {
         return false;
     }

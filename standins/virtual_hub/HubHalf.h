@@ -25,24 +25,28 @@ struct SetupPacket {
     std::uint16_t wLength = 0;
 };
 
-/// How a transfer ended. `data` is what goes to the host; `moved` counts it, or the bytes taken from the host.
+/// How a transfer ended. `data` is what goes to the host; `moved` counts it, or the bytes taken
+/// from the host.
 struct TransferResult {
     std::int32_t status = kTransferDone;
     std::uint32_t moved = 0;
     ByteBuffer data;
 };
 
-/// One half of the hub as a USB device of hub class, with nothing plugged into its ports. It answers the standard and
-/// the hub-class requests itself and hands vendor requests on. Not thread-safe.
+/// One half of the hub as a USB device of hub class, with nothing plugged into its ports. It
+/// answers the standard and the hub-class requests itself and hands vendor requests on. Not
+/// thread-safe.
 class HubHalf
 {
 public:
     explicit HubHalf(VirtualDevice device);
 
-    /// One transfer on the default pipe. `out` is the data stage of a request towards the device, wLength bytes of it.
+    /// One transfer on the default pipe. `out` is the data stage of a request towards the device,
+    /// wLength bytes of it.
     TransferResult control(const SetupPacket& setup, ByteView out);
 
-    /// Whether a transfer on the status endpoint would be refused; otherwise it waits for a change that never comes.
+    /// Whether a transfer on the status endpoint would be refused; otherwise it waits for a change
+    /// that never comes.
     bool statusEndpointHalted() const { return m_halted; }
 
     const VirtualDevice& device() const { return m_device; }

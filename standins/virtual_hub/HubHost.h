@@ -7,7 +7,8 @@
 namespace vornadel
 {
 
-/// Where the halves of the hubs are put onto a bus. Any thread, but one call at a time for each hub.
+/// Where the halves of the hubs are put onto a bus. Any thread, but one call at a time for each
+/// hub.
 class HubHost
 {
 public:
@@ -18,8 +19,8 @@ public:
 
     /// Puts a half onto the bus. False and a sentence in `error` when that cannot be done.
     virtual bool attach(const VirtualDevice& device, std::string& error) = 0;
-    /// Begins to take a half off the bus: its transfers are answered with an error from now on. Returns at once;
-    /// harmless for a half that is not there.
+    /// Begins to take a half off the bus: its transfers are answered with an error from now on.
+    /// Returns at once; harmless for a half that is not there.
     virtual void beginDetach(unsigned hub, HubPort half) = 0;
     /// Waits until nothing of the half is left on the bus. After beginDetach().
     virtual void finishDetach(unsigned hub, HubPort half) = 0;

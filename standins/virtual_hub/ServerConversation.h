@@ -25,7 +25,8 @@ public:
     virtual OperationStatus import(const std::string& busId, ExportedDevice& device) = 0;
 };
 
-/// A client of the server: it asks for the list, once, or imports a device and then sends its transfers.
+/// A client of the server: it asks for the list, once, or imports a device and then sends its
+/// transfers.
 class ServerConversation final : public Conversation
 {
 public:

@@ -40,7 +40,8 @@ namespace
 class ClientConversation final : public Conversation
 {
 public:
-    explicit ClientConversation(std::unique_ptr<ExportList> list) : m_list(std::move(list)), m_talk(*m_list)
+    explicit ClientConversation(std::unique_ptr<ExportList> list)
+        : m_list(std::move(list)), m_talk(*m_list)
     {
     }
 
@@ -122,7 +123,8 @@ bool ServerHost::listen(std::uint16_t port, std::string& error)
     sockaddr_in address = {};
     m_listener = listenOn(port, address);
     if (m_listener < 0) {
-        error = "cannot listen on port " + std::to_string(port) + " of 127.0.0.1: " + std::strerror(errno);
+        error = "cannot listen on port " + std::to_string(port) +
+                " of 127.0.0.1: " + std::strerror(errno);
         return false;
     }
     m_port = ntohs(address.sin_port);
@@ -142,10 +144,12 @@ bool ServerHost::listen(std::uint16_t port, std::string& error)
 
 void ServerHost::acceptClients()
 {
-    constexpr int kShortageMs = 50; // the client that cannot be let in yet would wake poll() up on and on
+    constexpr int kShortageMs = 50; // the client that cannot be let in yet would wake poll() up on
+                                    // and on
     bool shortage = false;
     for (;;) {
-        std::array<pollfd, 2> events = {{{shortage ? -1 : m_listener, POLLIN, 0}, {m_wakeUp, POLLIN, 0}}};
+        std::array<pollfd, 2> events = {
+            {{shortage ? -1 : m_listener, POLLIN, 0}, {m_wakeUp, POLLIN, 0}}};
         if (poll(events.data(), events.size(), shortage ? kShortageMs : -1) < 0 && errno != EINTR) {
             return;
         }
@@ -169,18 +173,21 @@ void ServerHost::acceptClients()
 void ServerHost::welcome(int socket)
 {
     const int yes = 1;
-    setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &yes, sizeof yes); // many small messages, each waited for
-    const std::lock_guard lock(m_mutex); // the link is known before its thread gets to ask for anything
+    setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &yes,
+               sizeof yes);              // many small messages, each waited for
+    const std::lock_guard lock(m_mutex); // the link is known before its thread gets to ask for
+                                         // anything
     if (m_links.size() >= kMostConnections) {
         close(socket);
         return;
     }
     const std::uint64_t number = ++m_lastClient;
     try {
-        std::shared_ptr<DeviceLink>& link = m_links[number]; // first: no link ends with the lock held
+        std::shared_ptr<DeviceLink>& link = m_links[number]; // first: no link ends with the lock
+                                                             // held
         link = std::make_shared<DeviceLink>(
-            socket, std::make_unique<ClientConversation>(std::make_unique<Client>(*this, number)), m_clock,
-            [this, number] { forget(number); });
+            socket, std::make_unique<ClientConversation>(std::make_unique<Client>(*this, number)),
+            m_clock, [this, number] { forget(number); });
     } catch (const std::exception&) { // no thread, no file or no memory for one more
         m_links.erase(number);
         close(socket);
@@ -222,7 +229,8 @@ std::vector<ExportedDevice> ServerHost::devices()
     return list;
 }
 
-OperationStatus ServerHost::import(std::uint64_t client, const std::string& busId, ExportedDevice& device)
+OperationStatus ServerHost::import(std::uint64_t client, const std::string& busId,
+                                   ExportedDevice& device)
 {
     const std::lock_guard lock(m_mutex);
     const auto found = std::find_if(m_exports.begin(), m_exports.end(), [&](const auto& exported) {

@@ -16,9 +16,9 @@
 namespace vornadel
 {
 
-/// Exports the halves over USB/IP to programs on this machine. The bus ids are 1-N for the high-speed half of hub N
-/// and 2-N for its SuperSpeed half. A half that leaves closes its client's connection; the client imports it anew when
-/// it is back.
+/// Exports the halves over USB/IP to programs on this machine. The bus ids are 1-N for the
+/// high-speed half of hub N and 2-N for its SuperSpeed half. A half that leaves closes its client's
+/// connection; the client imports it anew when it is back.
 class ServerHost final : public HubHost
 {
 public:
@@ -28,8 +28,8 @@ public:
     explicit ServerHost(Clock& clock) : m_clock(clock) {}
     ~ServerHost() override;
 
-    /// Listens on 127.0.0.1; port 0 means any free one. False and a sentence in `error` when that cannot be done. To be
-    /// called once.
+    /// Listens on 127.0.0.1; port 0 means any free one. False and a sentence in `error` when that
+    /// cannot be done. To be called once.
     bool listen(std::uint16_t port, std::string& error);
     std::uint16_t port() const { return m_port; } ///< after listen()
 
@@ -60,7 +60,8 @@ private:
 
     std::mutex m_mutex; // guards what follows
     std::map<Half, Export> m_exports;
-    std::map<Half, std::shared_ptr<DeviceLink>> m_departures; // between beginDetach() and finishDetach()
+    std::map<Half, std::shared_ptr<DeviceLink>> m_departures; // between beginDetach() and
+                                                              // finishDetach()
     std::map<std::uint64_t, std::shared_ptr<DeviceLink>> m_links;
     std::vector<std::uint64_t> m_ended; // links whose thread is at its end
     std::uint64_t m_lastClient = 0;

@@ -38,7 +38,8 @@ void UrbExchange::leave(ByteBuffer& out)
     m_pending.clear();
 }
 
-/// What is not pending has been answered already, or never was there: the host hears that it is done.
+/// What is not pending has been answered already, or never was there: the host hears that it is
+/// done.
 void UrbExchange::unlink(const UrbRequest& request, ByteBuffer& out)
 {
     const bool calledOff = std::erase(m_pending, request.unlinked) > 0;
@@ -52,8 +53,8 @@ void UrbExchange::submit(const UrbRequest& request, ByteView data, ByteBuffer& o
         result.status = kTransferGone;
     } else if (request.endpoint == 0) {
         result = control(request, data);
-    } else if (request.in && request.endpoint == (kStatusEndpoint & 0x0F) && !m_half.statusEndpointHalted() &&
-               m_pending.size() < kMostPending) {
+    } else if (request.in && request.endpoint == (kStatusEndpoint & 0x0F) &&
+               !m_half.statusEndpointHalted() && m_pending.size() < kMostPending) {
         m_pending.push_back(request.sequence);
         return;
     }

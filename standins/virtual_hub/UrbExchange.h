@@ -11,8 +11,8 @@
 namespace vornadel
 {
 
-/// The transfers of one attached device. A transfer on the status endpoint stays pending until it is unlinked or the
-/// device leaves.
+/// The transfers of one attached device. A transfer on the status endpoint stays pending until it
+/// is unlinked or the device leaves.
 class UrbExchange final : public Conversation
 {
 public:

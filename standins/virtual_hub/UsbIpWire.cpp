@@ -20,12 +20,14 @@ constexpr std::uint16_t kListReply = 0x0005;
 constexpr std::uint16_t kImportReply = 0x0003;
 constexpr std::size_t kPathSize = 256;
 
-constexpr std::uint32_t kNotIsochronous = 0xFFFFFFFF; // the number of packets; Linux writes 0 as well
+constexpr std::uint32_t kNotIsochronous = 0xFFFFFFFF; // the number of packets; Linux writes 0 as
+                                                      // well
 constexpr std::uint32_t kMostBytesOut = 0xFFFF;       // what a setup packet can announce
 
 constexpr std::size_t kReplyHeaderSize = 24;
 
-void writeReplyHeader(ByteBuffer& to, std::uint32_t command, std::uint32_t sequence, std::int32_t status)
+void writeReplyHeader(ByteBuffer& to, std::uint32_t command, std::uint32_t sequence,
+                      std::int32_t status)
 {
     putBig32(to, command);
     putBig32(to, sequence);
@@ -52,9 +54,10 @@ void writeDeviceRecord(ByteBuffer& to, const ExportedDevice& exported)
     putBig32(to, speedNumber(device.half));
     putBig16(to, device.vendorId);
     putBig16(to, device.productId);
-    putBig16(to, little16(descriptor, 12));                              // release
-    to.insert(to.end(), descriptor.begin() + 4, descriptor.begin() + 7); // class, subclass, protocol
-    to.insert(to.end(), {0, 1, 1}); // not configured yet; one configuration with one interface
+    putBig16(to, little16(descriptor, 12)); // release
+    to.insert(to.end(), descriptor.begin() + 4,
+              descriptor.begin() + 7); // class, subclass, protocol
+    to.insert(to.end(), {0, 1, 1});    // not configured yet; one configuration with one interface
 }
 
 } // namespace
@@ -79,10 +82,12 @@ std::optional<UrbRequest> readUrbHeader(ByteView bytes)
     }
     request.length = big32(bytes, 24);
     const std::uint32_t packets = big32(bytes, 32);
-    if ((packets != 0 && packets != kNotIsochronous) || (!request.in && request.length > kMostBytesOut)) {
+    if ((packets != 0 && packets != kNotIsochronous) ||
+        (!request.in && request.length > kMostBytesOut)) {
         return std::nullopt;
     }
-    request.setup = {bytes[40], bytes[41], little16(bytes, 42), little16(bytes, 44), little16(bytes, 46)};
+    request.setup = {bytes[40], bytes[41], little16(bytes, 42), little16(bytes, 44),
+                     little16(bytes, 46)};
     return request;
 }
 
@@ -116,9 +121,10 @@ void writeDeviceList(ByteBuffer& to, const std::vector<ExportedDevice>& devices)
     putBig32(to, static_cast<std::uint32_t>(devices.size()));
     for (const ExportedDevice& exported : devices) {
         writeDeviceRecord(to, exported);
-        const ByteBuffer configuration =
-            standardDescriptor(exported.device, static_cast<std::uint8_t>(DescriptorType::Configuration), 0);
-        to.insert(to.end(), configuration.begin() + 14, configuration.begin() + 17); // class of the interface
+        const ByteBuffer configuration = standardDescriptor(
+            exported.device, static_cast<std::uint8_t>(DescriptorType::Configuration), 0);
+        to.insert(to.end(), configuration.begin() + 14,
+                  configuration.begin() + 17); // class of the interface
         to.push_back(0);
     }
 }

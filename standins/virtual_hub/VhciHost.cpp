@@ -77,7 +77,8 @@ std::string VhciHost::busId(unsigned hub, HubPort half)
 {
     const std::lock_guard lock(m_mutex);
     const auto seat = m_seats.find({hub, half});
-    return seat != m_seats.end() && seat->second.link ? m_ports.busId(seat->second.port) : std::string();
+    return seat != m_seats.end() && seat->second.link ? m_ports.busId(seat->second.port)
+                                                      : std::string();
 }
 
 std::shared_ptr<DeviceLink> VhciHost::linkOf(const Half& half)
@@ -87,9 +88,11 @@ std::shared_ptr<DeviceLink> VhciHost::linkOf(const Half& half)
     return seat != m_seats.end() ? seat->second.link : nullptr;
 }
 
-/// The half that is on the bus already decides for the other. The first one takes a whole place: where only its own port
-/// is free, a stranger has the one beside it. Null and a sentence in `error` when there is none.
-const VhciPorts::Port* VhciHost::choosePort(const Half& half, const std::vector<VhciPorts::Port>& ports,
+/// The half that is on the bus already decides for the other. The first one takes a whole place:
+/// where only its own port is free, a stranger has the one beside it. Null and a sentence in
+/// `error` when there is none.
+const VhciPorts::Port* VhciHost::choosePort(const Half& half,
+                                            const std::vector<VhciPorts::Port>& ports,
                                             std::string& error) const
 {
     const auto isFree = [&](const VhciPorts::Port& place, HubPort speed) {
@@ -163,7 +166,8 @@ bool VhciHost::plugIn(const VirtualDevice& device, VhciPorts::Port& port, std::s
     }
     std::shared_ptr<DeviceLink> link;
     try {
-        link = std::make_shared<DeviceLink>(ends[1], std::make_unique<UrbExchange>(device), m_clock);
+        link =
+            std::make_shared<DeviceLink>(ends[1], std::make_unique<UrbExchange>(device), m_clock);
     } catch (const std::exception& problem) {
         error = "no thread for the device: " + std::string(problem.what());
         close(ends[1]); // the kernel gives the port free
@@ -173,7 +177,8 @@ bool VhciHost::plugIn(const VirtualDevice& device, VhciPorts::Port& port, std::s
     return true;
 }
 
-/// Looks again and again, but no longer than `longest`: each look takes its time, too. False when it was in vain.
+/// Looks again and again, but no longer than `longest`: each look takes its time, too. False when
+/// it was in vain.
 template <typename Condition>
 bool VhciHost::waitUntil(const Condition& condition, Clock::Duration longest)
 {

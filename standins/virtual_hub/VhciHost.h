@@ -15,15 +15,17 @@
 namespace vornadel
 {
 
-/// Puts the halves into virtual ports of this machine's kernel. The kernel takes the SuperSpeed and the high-speed port
-/// at one place of a controller for one connector, so the halves of a hub share a place and no two hubs do.
+/// Puts the halves into virtual ports of this machine's kernel. The kernel takes the SuperSpeed and
+/// the high-speed port at one place of a controller for one connector, so the halves of a hub share
+/// a place and no two hubs do.
 class VhciHost final : public HubHost
 {
 public:
     /// The ports and the clock outlive the host.
     VhciHost(const VhciPorts& ports, Clock& clock) : m_ports(ports), m_clock(clock) {}
 
-    /// Returns when the kernel has the device, has not taken notice of it for a few seconds, or the stay is over.
+    /// Returns when the kernel has the device, has not taken notice of it for a few seconds, or the
+    /// stay is over.
     bool attach(const VirtualDevice& device, std::string& error) override;
     void beginDetach(unsigned hub, HubPort half) override;
     void finishDetach(unsigned hub, HubPort half) override;

@@ -28,8 +28,8 @@ std::string statusFile(unsigned controller)
     return controller == 0 ? "status" : "status." + std::to_string(controller);
 }
 
-/// One line: "hs  0000 004 000 00000000 000000 0-0", with the speed, the number and the state, 4 for a free port. False
-/// for the line of titles.
+/// One line: "hs  0000 004 000 00000000 000000 0-0", with the speed, the number and the state, 4
+/// for a free port. False for the line of titles.
 bool readPort(const std::string& line, VhciPorts::Port& port)
 {
     constexpr unsigned kFree = 4;
@@ -46,7 +46,8 @@ bool readPort(const std::string& line, VhciPorts::Port& port)
 
 } // namespace
 
-VhciPorts::Turn::Turn(const VhciPorts& ports) : m_file(open(ports.attachFile().c_str(), O_WRONLY | O_CLOEXEC))
+VhciPorts::Turn::Turn(const VhciPorts& ports)
+    : m_file(open(ports.attachFile().c_str(), O_WRONLY | O_CLOEXEC))
 {
 }
 
@@ -59,7 +60,10 @@ VhciPorts::Turn::~Turn()
 
 bool VhciPorts::Turn::come() const { return m_file < 0 || flock(m_file, LOCK_EX | LOCK_NB) == 0; }
 
-std::filesystem::path VhciPorts::attachFile() const { return m_devices / kFirstController / "attach"; }
+std::filesystem::path VhciPorts::attachFile() const
+{
+    return m_devices / kFirstController / "attach";
+}
 
 std::vector<VhciPorts::Port> VhciPorts::list(std::string& error) const
 {
@@ -95,7 +99,8 @@ VhciPorts::Attach VhciPorts::attach(const Port& port, int socket, std::uint32_t 
     const std::string text = std::to_string(port.number) + ' ' + std::to_string(socket) + ' ' +
                              std::to_string(device) + ' ' + std::to_string(speedNumber(port.speed));
     const int file = open(attachFile().c_str(), O_WRONLY | O_CLOEXEC);
-    const bool done = file >= 0 && write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size());
+    const bool done =
+        file >= 0 && write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size());
     const int problem = errno;
     if (file >= 0) {
         close(file);
@@ -112,7 +117,8 @@ std::string VhciPorts::busId(const Port& port) const
 {
     const std::string_view speed = port.speed == HubPort::SuperSpeed ? "5000" : "480";
     std::error_code none;
-    const std::filesystem::path folder = m_devices / ("vhci_hcd." + std::to_string(port.controller));
+    const std::filesystem::path folder =
+        m_devices / ("vhci_hcd." + std::to_string(port.controller));
     for (const auto& entry : std::filesystem::directory_iterator(folder, none)) {
         const std::string name = entry.path().filename().string();
         std::ifstream file(entry.path() / "speed");
@@ -128,8 +134,9 @@ bool VhciPorts::taken(const Port& port) const
 {
     std::string unused;
     const std::vector<Port> ports = list(unused);
-    return std::any_of(ports.begin(), ports.end(),
-                       [&](const Port& found) { return found.number == port.number && !found.free; });
+    return std::any_of(ports.begin(), ports.end(), [&](const Port& found) {
+        return found.number == port.number && !found.free;
+    });
 }
 
 bool VhciPorts::occupied(const Port& port) const

@@ -17,8 +17,8 @@ struct VirtualDevice {
     std::uint16_t productId = 0;
     std::uint16_t otherProductId = 0; ///< of the half at the other speed
 
-    /// Performs a vendor request as SimulatedHub::control() does, and answers with its statuses. Called on the thread
-    /// that serves the device; may block for as long as the hub takes.
+    /// Performs a vendor request as SimulatedHub::control() does, and answers with its statuses.
+    /// Called on the thread that serves the device; may block for as long as the hub takes.
     std::function<std::uint32_t(ControlRequest&)> vendorRequest;
     /// Whether the stay still lasts. Any thread.
     std::function<bool()> present;
@@ -27,7 +27,8 @@ struct VirtualDevice {
 /// How USB/IP and the kernel number the speeds.
 inline std::uint32_t speedNumber(HubPort half) { return half == HubPort::SuperSpeed ? 5 : 3; }
 
-/// The number that USB/IP calls a device by on its connection: bus in the upper half, device in the lower.
+/// The number that USB/IP calls a device by on its connection: bus in the upper half, device in the
+/// lower.
 inline std::uint32_t deviceNumber(const VirtualDevice& device)
 {
     return ((device.half == HubPort::SuperSpeed ? 2U : 1U) << 16) | device.hub;

@@ -92,7 +92,8 @@ void VirtualHub::follow()
     }
 }
 
-/// Makes the bus show what the hub is now: first everything off that has left, then on what has come, in its order.
+/// Makes the bus show what the hub is now: first everything off that has left, then on what has
+/// come, in its order.
 bool VirtualHub::catchUp(std::string& error)
 {
     const std::vector<AttachedPort> there = m_hub->attachedPorts();
@@ -150,8 +151,8 @@ bool VirtualHub::stays(const AttachedPort& port) const
     });
 }
 
-/// The simulated hub answers who has opened it. On a real bus nobody opens a hub, so that is done here, once for each
-/// stay; a hub whose flash another program has meanwhile refuses.
+/// The simulated hub answers who has opened it. On a real bus nobody opens a hub, so that is done
+/// here, once for each stay; a hub whose flash another program has meanwhile refuses.
 std::uint32_t VirtualHub::vendorRequest(const AttachedPort& port, ControlRequest& request)
 {
     const std::uint32_t status = m_hub->control(port, request);

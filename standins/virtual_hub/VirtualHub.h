@@ -15,8 +15,9 @@
 namespace vornadel
 {
 
-/// A simulated hub whose halves follow it onto the bus of a host and off it: at every restart, plug and unplug. A
-/// thread of its own does the following. The hub and the host outlive it, and the hub has no other listener.
+/// A simulated hub whose halves follow it onto the bus of a host and off it: at every restart, plug
+/// and unplug. A thread of its own does the following. The hub and the host outlive it, and the hub
+/// has no other listener.
 class VirtualHub
 {
 public:
@@ -27,8 +28,8 @@ public:
     VirtualHub& operator=(const VirtualHub&) = delete;
     ~VirtualHub(); ///< takes the halves off the bus
 
-    /// Puts the halves onto the bus, SuperSpeed first, and begins to follow. False and a sentence in `error` when that
-    /// fails, or when another program has the hub's flash. To be called once.
+    /// Puts the halves onto the bus, SuperSpeed first, and begins to follow. False and a sentence
+    /// in `error` when that fails, or when another program has the hub's flash. To be called once.
     bool start(std::string& error);
 
     /// Waits until the bus shows what the hub did up to now. After start().
@@ -49,8 +50,8 @@ private:
     const std::shared_ptr<SimulatedHub> m_hub;
     HubHost& m_host;
     const std::function<void(const std::string&)> m_complain;
-    std::array<std::uint64_t, kHubPortCount>
-        m_stays{}; // the stay for which a half is on the bus; 0: it is not
+    std::array<std::uint64_t, kHubPortCount> m_stays{}; // the stay for which a half is on the bus;
+                                                        // 0: it is not
 
     std::mutex m_mutex; // guards what follows
     std::condition_variable m_changed;

@@ -28,9 +28,10 @@ namespace
 
 using namespace vornadel;
 
-/// Opens what of standard input, output and error is closed on /dev/null, or a hub's socket would get its number and
-/// what is meant for the console. A reader that goes away is no reason to die, and a terminal that is somebody else's
-/// at the moment none to stop: the read fails then. So does the write to a file that may not grow.
+/// Opens what of standard input, output and error is closed on /dev/null, or a hub's socket would
+/// get its number and what is meant for the console. A reader that goes away is no reason to die,
+/// and a terminal that is somebody else's at the moment none to stop: the read fails then. So does
+/// the write to a file that may not grow.
 void prepareStandardFiles()
 {
     for (const int file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
@@ -43,14 +44,17 @@ void prepareStandardFiles()
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
-/// The signals that end the program in order, as a file; negative, with errno, when there is none to be had. Before any thread starts: threads inherit what is blocked.
+/// The signals that end the program in order, as a file; negative, with errno, when there is none
+/// to be had. Before any thread starts: threads inherit what is blocked.
 int endingSignals()
 {
     sigset_t signals;
     sigemptyset(&signals);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         struct sigaction action = {};
-        if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) { // nohup stays nohup
+        if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) { // nohup
+                                                                                        // stays
+                                                                                        // nohup
             sigaddset(&signals, signal);
         }
     }
@@ -163,7 +167,8 @@ int main(int argc, char** argv)
     prepareStandardFiles();
     try {
         VirtualHubCommandLine commandLine;
-        if (const auto ended = parseVirtualHubCommandLine(argc, argv, commandLine, std::cout, std::cerr)) {
+        if (const auto ended =
+                parseVirtualHubCommandLine(argc, argv, commandLine, std::cout, std::cerr)) {
             return *ended;
         }
         return run(commandLine);

@@ -19,7 +19,8 @@ constexpr const char* kLocked =
     "This Item is Not Editable.  To Change this Item,you should set\n\n Spread Spectrum\n"
     "(Addr 0x09[0:0])\n\nfrom 0 to 1";
 
-/// An image has been read and edited; the hub's flash holds another one by now, which the next read brings.
+/// An image has been read and edited; the hub's flash holds another one by now, which the next read
+/// brings.
 class BusyFlashPage : public FlashPageUnderTest
 {
 protected:
@@ -53,7 +54,8 @@ protected:
         EXPECT_TRUE(progressText().ends_with("Read Fw Success\n")) << progressText();
     }
 
-    /// Does something that brings this alert, and closes it only after the held read has finished behind it.
+    /// Does something that brings this alert, and closes it only after the held read has finished
+    /// behind it.
     void finishReadUnder(const QString& text, const std::function<void()>& action)
     {
         runAndUse(action, [this, &text](QDialog& dialog) {
@@ -94,8 +96,9 @@ protected:
         expectAlert("No Flash Data", [this] { click(tool().btnSave_FwFlash); });
     }
 
-    /// Closes the window, lets go of the worker and ends the tool, which must not wait for the whole flow. The worker
-    /// may be quick enough for some more of what needs nothing of the main thread.
+    /// Closes the window, lets go of the worker and ends the tool, which must not wait for the
+    /// whole flow. The worker may be quick enough for some more of what needs nothing of the main
+    /// thread.
     void closeAndEnd(unsigned atMostMore)
     {
         const unsigned requests = hub().requestCount();
@@ -103,7 +106,8 @@ protected:
         readGate.open();
         eraseGate.open();
         EXPECT_TRUE(tool().shutDown());
-        EXPECT_LE(hub().requestCount(), requests + atMostMore) << "the hub is not told to restart any more";
+        EXPECT_LE(hub().requestCount(), requests + atMostMore)
+            << "the hub is not told to restart any more";
         end();
         EXPECT_FALSE(Hub_IsOpen());
     }
@@ -146,7 +150,9 @@ TEST_F(BusyFlashPage, EndsWithTheSavePanelOpen)
     click(tool().btnSave_FwFlash);
     ASSERT_TRUE(waitFor([] { return QApplication::activeModalWidget() != nullptr; }));
     const QPointer<QWidget> panel = QApplication::activeModalWidget();
-    const auto files = [this] { return std::distance(std::filesystem::directory_iterator(directory()), {}); };
+    const auto files = [this] {
+        return std::distance(std::filesystem::directory_iterator(directory()), {});
+    };
     const auto before = files();
     end();
     EXPECT_EQ(panel, nullptr);

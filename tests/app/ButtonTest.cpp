@@ -121,7 +121,8 @@ TEST_P(ButtonsDuringAnUpdate, DoNothing)
     eraseGate.open();
     EXPECT_TRUE(waitUntilEnabled());
     settleEvents();
-    EXPECT_THAT(progressText(), testing::EndsWith("Update FW Success\n")) << "and no second run follows";
+    EXPECT_THAT(progressText(), testing::EndsWith("Update FW Success\n"))
+        << "and no second run follows";
 }
 
 TEST_P(ButtonsDuringAnUpdate, LetTheLogBeCollected)
@@ -132,7 +133,8 @@ TEST_P(ButtonsDuringAnUpdate, LetTheLogBeCollected)
     testing::internal::CaptureStderr();
     QTest::mouseClick(tool().btnGetLog_HelpBox, Qt::LeftButton);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Entering GetLog\n");
-    EXPECT_THAT(shell.commands, ElementsAre("rm ~/Desktop/Vornadel.log", "cp /tmp/Vornadel.log ~/Desktop/"));
+    EXPECT_THAT(shell.commands,
+                ElementsAre("rm ~/Desktop/Vornadel.log", "cp /tmp/Vornadel.log ~/Desktop/"));
     EXPECT_TRUE(eraseGate.isReached());
     EXPECT_THAT(progressText(), testing::EndsWith(kUpdateUpToErase));
 }

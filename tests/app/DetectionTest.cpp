@@ -114,9 +114,11 @@ TEST_F(Detection, RunsAgainForADeviceThatIsNoHub)
 {
     launchAndSettle();
     const unsigned before = hub().requestCount();
-    EXPECT_EQ(consoleOf([this] { strangerComesOrGoes(UsbEvent::Attached); }), "Enter Device Added\n");
+    EXPECT_EQ(consoleOf([this] { strangerComesOrGoes(UsbEvent::Attached); }),
+              "Enter Device Added\n");
     EXPECT_EQ(hub().requestCount(), before + 2);
-    EXPECT_EQ(consoleOf([this] { strangerComesOrGoes(UsbEvent::Detached); }), "Enter Device Removed\n");
+    EXPECT_EQ(consoleOf([this] { strangerComesOrGoes(UsbEvent::Detached); }),
+              "Enter Device Removed\n");
     EXPECT_EQ(hub().requestCount(), before + 4);
     expectShown(kDemo100, kBlueHue);
 }

@@ -34,8 +34,8 @@ protected:
         shell.commands.clear();
         EXPECT_EQ(tool().driverCopy, "/tmp/HubUpdaterDriver.kext");
         tool().driverCopy = QString::fromStdString(directory() + "/copy");
-        tool().bootArgumentsFile =
-            QString::fromStdString(writeFile("snapshot", {bootArguments.begin(), bootArguments.end()}));
+        tool().bootArgumentsFile = QString::fromStdString(
+            writeFile("snapshot", {bootArguments.begin(), bootArguments.end()}));
     }
 
     /// What happens outside the program, in order, and whether the buttons were on at that moment.
@@ -98,7 +98,8 @@ TEST_F(DriverButtons, CopyTheBundleAndStartTheLoadScript)
                            resources() + "/load (off)",
                        }));
     EXPECT_TRUE(allSwitched(true));
-    EXPECT_EQ(QApplication::activeModalWidget(), nullptr) << "no reboot is asked for on such a system";
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr)
+        << "no reboot is asked for on such a system";
 }
 
 TEST_F(DriverButtons, CopyNothingToWhatIsSomebodyElses)
@@ -107,12 +108,13 @@ TEST_F(DriverButtons, CopyNothingToWhatIsSomebodyElses)
     std::filesystem::create_symlink(directory(), directory() + "/copy");
     testing::internal::CaptureStderr();
     pressLoad();
-    EXPECT_EQ(
-        testing::internal::GetCapturedStderr(),
-        "Enter LoadUpdateDriver\n" + directory() +
-            "/copy is not a folder of your own with nothing but files of your own in it; not copied to\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "Enter LoadUpdateDriver\n" + directory() +
+                  "/copy is not a folder of your own with nothing but files of your own in it; not "
+                  "copied to\n");
     EXPECT_EQ(shell.commands, std::vector<std::string>{});
-    EXPECT_EQ(privileged.scripts, std::vector<std::string>{resources() + "/load"}) << "all the same";
+    EXPECT_EQ(privileged.scripts, std::vector<std::string>{resources() + "/load"})
+        << "all the same";
 }
 
 TEST_F(DriverButtons, LookAtNoSnapshotWhereNoRebootCanBeNeeded)
@@ -131,9 +133,10 @@ TEST_F(DriverButtons, EscapeAPathForTheShellButNotForTheScript)
     place = {bundle, true, bundle + "/Contents/Resources"};
     launchOn(kModern, "");
     pressLoad();
-    EXPECT_EQ(shell.commands, std::vector<std::string>{"cp -R " + directory() +
-                                                       "/my\\ tool\\ \\(2\\)/Vornadel.app/Contents/Resources"
-                                                       "/HubUpdaterDriver.kext /tmp"});
+    EXPECT_EQ(shell.commands,
+              std::vector<std::string>{"cp -R " + directory() +
+                                       "/my\\ tool\\ \\(2\\)/Vornadel.app/Contents/Resources"
+                                       "/HubUpdaterDriver.kext /tmp"});
     EXPECT_EQ(privileged.scripts, std::vector<std::string>{resources() + "/load"});
 }
 
@@ -143,9 +146,10 @@ TEST_F(DriverButtons, SayWhereNobodyCanBeAskedForRights)
     privileged.able = false;
     testing::internal::CaptureStderr();
     pressLoad();
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "Enter LoadUpdateDriver\nthere is no way to ask for administrator rights here; run \"" +
-                  resources() + "/load\" as root\n");
+    EXPECT_EQ(
+        testing::internal::GetCapturedStderr(),
+        "Enter LoadUpdateDriver\nthere is no way to ask for administrator rights here; run \"" +
+            resources() + "/load\" as root\n");
     EXPECT_TRUE(allSwitched(true));
 }
 
@@ -176,14 +180,16 @@ TEST_F(DriverButtons, AskForARebootWithTwoButtonsInOrder)
         prompt->done(-1); // neither
     };
     EXPECT_FALSE(quitsBy([&] { clickAndUse(tool().nsbtnLoadDriver_HelpBox, look); }));
-    EXPECT_EQ(privileged.scripts, std::vector<std::string>{resources() + "/load"}) << "nothing happens then";
+    EXPECT_EQ(privileged.scripts, std::vector<std::string>{resources() + "/load"})
+        << "nothing happens then";
 }
 
 TEST_F(DriverButtons, RebootAndLeaveTheToolRunning)
 {
     launchOn(kWantsBootArgument, "");
     EXPECT_FALSE(quitsBy([this] { loadAndAnswer("Reboot Now"); }));
-    EXPECT_EQ(privileged.scripts, (std::vector<std::string>{resources() + "/load", resources() + "/reboot"}));
+    EXPECT_EQ(privileged.scripts,
+              (std::vector<std::string>{resources() + "/load", resources() + "/reboot"}));
     EXPECT_TRUE(tool().window()->isVisible());
 }
 
@@ -220,7 +226,8 @@ TEST_F(DriverButtons, SendTheHubBackToItsFirmwareAfterUnloading)
     };
     testing::internal::CaptureStderr();
     QTest::mouseClick(tool().nsbtnUnloadDriver_HelpBox, Qt::LeftButton);
-    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::StartsWith("Enter UnloadUpdateDriver\n"));
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                testing::StartsWith("Enter UnloadUpdateDriver\n"));
     EXPECT_EQ(m_steps, std::vector<std::string>{resources() + "/unload (off)"});
     EXPECT_EQ(hub().runningCode(), HubCode::Flash);
     EXPECT_FALSE(Hub_IsOpen());
@@ -235,9 +242,10 @@ TEST_F(DriverButtons, KeepNoPressForTheTimeAfter)
         const QPointF middle = button.rect().center();
         for (const QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
             QApplication::postEvent(
-                &button, new QMouseEvent(type, middle, button.mapToGlobal(middle), Qt::LeftButton,
-                                         type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton,
-                                         Qt::NoModifier));
+                &button,
+                new QMouseEvent(type, middle, button.mapToGlobal(middle), Qt::LeftButton,
+                                type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton,
+                                Qt::NoModifier));
         }
     };
     QTest::mouseClick(tool().nsbtnUnloadDriver_HelpBox, Qt::LeftButton);

@@ -37,8 +37,8 @@ struct Identity {
 
 void PrintTo(const Identity& it, std::ostream* out)
 {
-    *out << it.file << ": " << it.vid << ' ' << it.sspid << ' ' << it.hspid << ' ' << it.version << " \""
-         << it.manufacturer << "\" \"" << it.product << "\" \"" << it.serial << '"';
+    *out << it.file << ": " << it.vid << ' ' << it.sspid << ' ' << it.hspid << ' ' << it.version
+         << " \"" << it.manufacturer << "\" \"" << it.product << "\" \"" << it.serial << '"';
 }
 
 class EasyUpdate : public ToolUnderTest
@@ -104,7 +104,8 @@ Identity demoIdentity(const std::string& path, const std::string& version)
     return {path, "1209", "0001", "0002", version, "Vornadel", "Demo Hub", "SN0001"};
 }
 
-/// A smallest image, 256 bytes: its block is at offset 0 and there is no room for a version before it.
+/// A smallest image, 256 bytes: its block is at offset 0 and there is no room for a version before
+/// it.
 std::vector<std::uint8_t> smallestImage()
 {
     std::vector<std::uint8_t> image(256, 0);
@@ -181,14 +182,15 @@ TEST_F(EasyUpdate, ShowsNoVersionWhereThereIsNoRoomForOne)
     choose(writeFile("good.bin", demoImage(kDemoVersion101)));
     const std::string path = writeFile("low.bin", smallestImage());
     choose(path);
-    EXPECT_EQ(shown(), (Identity{path, "ABCD", "0EF0", "1234", "", "Vornadel", "Demo Hub", "SN0001"}))
+    EXPECT_EQ(shown(),
+              (Identity{path, "ABCD", "0EF0", "1234", "", "Vornadel", "Demo Hub", "SN0001"}))
         << "texts that an image lacks stay those of the image before";
 }
 
 TEST_F(EasyUpdate, TakesAnyPath)
 {
-    const std::string path =
-        writeFile("M\xC3\xBCller & S\xC3\xB6hne; 100% \xE2\x80\x94 a  b/f&w.bin", demoImage(kDemoVersion101));
+    const std::string path = writeFile(
+        "M\xC3\xBCller & S\xC3\xB6hne; 100% \xE2\x80\x94 a  b/f&w.bin", demoImage(kDemoVersion101));
     choose(path);
     EXPECT_EQ(shown(), demoIdentity(path, "0101"));
     update();
@@ -263,8 +265,9 @@ struct FailureCase {
     double slider;
 };
 
-const std::array<const char*, 5> kStepLines = {"Erase Flash...\n", "Write Flash...\n", "Read Flash...\n",
-                                               "Verify Flash...\n", "Reset to Flash Code...\n"};
+const std::array<const char*, 5> kStepLines = {"Erase Flash...\n", "Write Flash...\n",
+                                               "Read Flash...\n", "Verify Flash...\n",
+                                               "Reset to Flash Code...\n"};
 const char* const kNotOpened =
     "Fail To Open Rom Device\nPlease Load Driver firstly\nThen replugin usb hub device\n";
 
@@ -277,10 +280,14 @@ class EasyUpdateFailure : public EasyUpdate, public testing::WithParamInterface<
 INSTANTIATE_TEST_SUITE_P(
     Faults, EasyUpdateFailure,
     testing::Values(
-        FailureCase{
-            "OpenRefused", {{.kind = FaultKind::OpenRefused, .on = {}, .amount = 1}}, 0, kNotOpened, 0},
+        FailureCase{"OpenRefused",
+                    {{.kind = FaultKind::OpenRefused, .on = {}, .amount = 1}},
+                    0,
+                    kNotOpened,
+                    0},
         FailureCase{"NeverBackInRomCode", {{.kind = FaultKind::Never, .on = {}}}, 0, kNotOpened, 0},
-        FailureCase{"BackInTheSameCode", {{.kind = FaultKind::SameMode, .on = {}}}, 0, kNotOpened, 0},
+        FailureCase{
+            "BackInTheSameCode", {{.kind = FaultKind::SameMode, .on = {}}}, 0, kNotOpened, 0},
         FailureCase{"EraseStalls",
                     {{.kind = FaultKind::Stall, .on = RequestKind::Erase, .position = 1},
                      {.kind = FaultKind::Stall, .on = RequestKind::Erase, .position = 2},
@@ -293,11 +300,12 @@ INSTANTIATE_TEST_SUITE_P(
                     2,
                     "Fail to Write Flash\n",
                     20},
-        FailureCase{"WriteIsTorn",
-                    {{.kind = FaultKind::Torn, .on = RequestKind::Write, .position = 1, .amount = 100}},
-                    2,
-                    "Fail to Write Flash\n",
-                    10},
+        FailureCase{
+            "WriteIsTorn",
+            {{.kind = FaultKind::Torn, .on = RequestKind::Write, .position = 1, .amount = 100}},
+            2,
+            "Fail to Write Flash\n",
+            10},
         FailureCase{"VanishesWhileWriting",
                     {{.kind = FaultKind::VanishBefore, .on = RequestKind::Write, .position = 8}},
                     2,
@@ -350,7 +358,8 @@ TEST_P(EasyUpdateFailure, IsToldInRedAndTheNextRunSucceeds)
     for (std::size_t i = 0; i < failure.steps; ++i) {
         steps += kStepLines.at(i);
     }
-    EXPECT_EQ(progressText(), header(path, image.size()) + steps + failure.reason + "Update FW Fail\n");
+    EXPECT_EQ(progressText(),
+              header(path, image.size()) + steps + failure.reason + "Update FW Fail\n");
     EXPECT_EQ(hueOf(*tool().nstfUpdateInfo_UpdateFW), kRedHue);
     EXPECT_NEAR(tool().slider->doubleValue(), failure.slider, 1e-9);
     EXPECT_TRUE(allSwitched(true));

@@ -1,6 +1,7 @@
-// Every fault of every flow, started by a button of the window: what the window shows is told to the letter, its
-// buttons are enabled again, the hub is closed, and the next press succeeds. The window does not look at the hub by
-// itself here, so that every request is the flow's; FaultSweepTest.cpp is the one where it does.
+// Every fault of every flow, started by a button of the window: what the window shows is told to
+// the letter, its buttons are enabled again, the hub is closed, and the next press succeeds. The
+// window does not look at the hub by itself here, so that every request is the flow's;
+// FaultSweepTest.cpp is the one where it does.
 
 #include "tests/app/ToolUnderTest.h"
 
@@ -77,8 +78,8 @@ protected:
             m_header = "FW:" + path + "(size=32768)\n\n";
         }
         hub().notifier().unwatch();
-        m_opensBefore =
-            hub().requestCount() / 2; // the window has looked at it: a greeting and a status each time
+        m_opensBefore = hub().requestCount() / 2; // the window has looked at it: a greeting and a
+                                                  // status each time
         hub().onRequest = [this](const ControlRequest& request) {
             const std::lock_guard lock(m_mutex);
             m_wire += observedLetter(request);
@@ -141,8 +142,8 @@ private:
             m_opensBefore += request == 'h' ? 1 : 0;
             m_restartsBefore += request == 'm' || request == 'f' ? 1 : 0;
         }
-        const bool undone =
-            kind == FaultKind::Stall || kind == FaultKind::VanishBefore || kind == FaultKind::Ignore;
+        const bool undone = kind == FaultKind::Stall || kind == FaultKind::VanishBefore ||
+                            kind == FaultKind::Ignore;
         m_restartsBefore -= undone && (struck == 'm' || struck == 'f') ? 1 : 0;
         m_wire.clear();
     }
@@ -220,8 +221,10 @@ TEST_P(EveryFault, IsShownTrulyAndTheNextPressSucceeds)
     sweep(HubCode::Rom);
 }
 
-INSTANTIATE_TEST_SUITE_P(OfEveryButton, EveryFault, testing::ValuesIn(everyRow()), [](const auto& row) {
-    return std::string(row.param.action->flow.name) + row.param.variant.name;
-});
+INSTANTIATE_TEST_SUITE_P(OfEveryButton, EveryFault, testing::ValuesIn(everyRow()),
+                         [](const auto& row) {
+                             return std::string(row.param.action->flow.name) +
+                                    row.param.variant.name;
+                         });
 
 } // namespace vornadel::test

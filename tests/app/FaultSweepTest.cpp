@@ -1,5 +1,5 @@
-// A fault at every request of an update that was started in the window: whatever the window says then is true, its
-// buttons are enabled again, and the next update succeeds.
+// A fault at every request of an update that was started in the window: whatever the window says
+// then is true, its buttons are enabled again, and the next update succeeds.
 
 #include "tests/app/ToolUnderTest.h"
 
@@ -32,7 +32,8 @@ protected:
     void SetUp() override
     {
         launchAndSettle();
-        chooseByTyping(tool().btnSelect_EasyUpdate, QString::fromStdString(writeFile("demo.bin", m_image)));
+        chooseByTyping(tool().btnSelect_EasyUpdate,
+                       QString::fromStdString(writeFile("demo.bin", m_image)));
         hub().onRequest = [this](const ControlRequest& request) {
             if (request.bRequest == (GetParam().on == RequestKind::Write ? 0xC8 : 0xD8)) {
                 ++m_transfers;
@@ -45,8 +46,10 @@ protected:
     {
         const unsigned before = GetParam().on ? m_transfers.load() : hub().requestCount();
         const unsigned triggeredBefore = hub().faultsTriggered();
-        hub().addFault(
-            {.kind = GetParam().kind, .on = GetParam().on, .position = before + position, .amount = 1000});
+        hub().addFault({.kind = GetParam().kind,
+                        .on = GetParam().on,
+                        .position = before + position,
+                        .amount = 1000});
         update();
         expectTheTruth();
         if (hub().faultsTriggered() == triggeredBefore) {
@@ -98,14 +101,15 @@ TEST_P(FaultSweepInTheWindow, TellsTheTruthAndRecovers)
     EXPECT_GT(position, GetParam().atLeast);
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryRequest, FaultSweepInTheWindow,
-                         testing::Values(SweepRow{"Stall", FaultKind::Stall, std::nullopt, 25},
-                                         SweepRow{"VanishBefore", FaultKind::VanishBefore, std::nullopt, 25},
-                                         SweepRow{"VanishAfter", FaultKind::VanishAfter, std::nullopt, 25},
-                                         SweepRow{"Ignore", FaultKind::Ignore, std::nullopt, 25},
-                                         SweepRow{"Torn", FaultKind::Torn, RequestKind::Write, 8},
-                                         SweepRow{"FlippedWrite", FaultKind::Flip, RequestKind::Write, 8},
-                                         SweepRow{"FlippedRead", FaultKind::Flip, RequestKind::Read, 8}),
-                         [](const auto& row) { return std::string(row.param.name); });
+INSTANTIATE_TEST_SUITE_P(
+    EveryRequest, FaultSweepInTheWindow,
+    testing::Values(SweepRow{"Stall", FaultKind::Stall, std::nullopt, 25},
+                    SweepRow{"VanishBefore", FaultKind::VanishBefore, std::nullopt, 25},
+                    SweepRow{"VanishAfter", FaultKind::VanishAfter, std::nullopt, 25},
+                    SweepRow{"Ignore", FaultKind::Ignore, std::nullopt, 25},
+                    SweepRow{"Torn", FaultKind::Torn, RequestKind::Write, 8},
+                    SweepRow{"FlippedWrite", FaultKind::Flip, RequestKind::Write, 8},
+                    SweepRow{"FlippedRead", FaultKind::Flip, RequestKind::Read, 8}),
+    [](const auto& row) { return std::string(row.param.name); });
 
 } // namespace vornadel::test

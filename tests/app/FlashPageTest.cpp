@@ -15,7 +15,8 @@ namespace vornadel::test
 namespace
 {
 
-const std::string kReadLines = "Open Device...\nReading Flash...\nReset to Flash Code...\nRead Fw Success\n";
+const std::string kReadLines =
+    "Open Device...\nReading Flash...\nReset to Flash Code...\nRead Fw Success\n";
 
 class FlashPage : public FlashPageUnderTest
 {
@@ -57,7 +58,8 @@ TEST_F(FlashPage, KeepsTheImageWhenAReadFails)
     retype(tool().txtSN_FwFlash, "X");
     hub().addFault({.kind = FaultKind::Stall, .on = RequestKind::Read, .position = 8 + 3});
     read();
-    EXPECT_EQ(progressText(), "Open Device...\nReading Flash...\nFail to Read Flash\nRead Fw Fail\n");
+    EXPECT_EQ(progressText(),
+              "Open Device...\nReading Flash...\nFail to Read Flash\nRead Fw Fail\n");
     EXPECT_EQ(hueOf(*tool().nstfUpdateInfo_UpdateFW), kRedHue);
     EXPECT_EQ(tool().slider->doubleValue(), 0);
     EXPECT_FALSE(Hub_IsOpen());
@@ -134,7 +136,8 @@ TEST_F(FlashPage, ErasesTheFlashAndLeavesTheImageAlone)
     click(tool().btnErase_FwFlash);
     EXPECT_TRUE(allSwitched(false)) << "at once";
     EXPECT_TRUE(waitUntilEnabled());
-    EXPECT_EQ(progressText(), "Open Rom Device...\nErase Flash...\nReseting...\nErase FW Success\n");
+    EXPECT_EQ(progressText(),
+              "Open Rom Device...\nErase Flash...\nReseting...\nErase FW Success\n");
     EXPECT_EQ(hueOf(*tool().nstfUpdateInfo_UpdateFW), kBlueHue);
     EXPECT_EQ(tool().slider->doubleValue(), 0);
     EXPECT_EQ(hub().flash(), std::vector<std::uint8_t>(32768, 0xFF));
@@ -240,7 +243,8 @@ TEST_F(FlashPage, KeepsWhatWasTypedWhenSavingIsCancelled)
 {
     read();
     tool().txtVer_FwFlash->setText("0123"); // nobody can type it, and nothing else writes it
-    clickAndUse(tool().btnSave_FwFlash, [](QDialog& panel) { QTest::keyClick(&panel, Qt::Key_Escape); });
+    clickAndUse(tool().btnSave_FwFlash,
+                [](QDialog& panel) { QTest::keyClick(&panel, Qt::Key_Escape); });
     std::vector<std::uint8_t> expected = demoImage();
     expected[kDemoBlock - 7] = 0x01;
     expected[kDemoBlock - 6] = 0x23;
@@ -275,8 +279,8 @@ TEST_F(FlashPage, LeavesAFileThatCannotBeWrittenAlone)
 TEST_F(FlashPage, RefusesToSaveAnIdOfThreeCharacters)
 {
     read();
-    for (QLineEdit* field :
-         {tool().txtVID_FwFlash, tool().txtSSPID_FwFlash, tool().txtHSPID_FwFlash, tool().txtVer_FwFlash}) {
+    for (QLineEdit* field : {tool().txtVID_FwFlash, tool().txtSSPID_FwFlash,
+                             tool().txtHSPID_FwFlash, tool().txtVer_FwFlash}) {
         const QString before = field->text();
         field->setText("120");
         expectAlert("Data Length Error", [this] { click(tool().btnSave_FwFlash); });

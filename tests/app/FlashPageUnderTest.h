@@ -98,7 +98,8 @@ protected:
         click(tool().btnRead_FwFlash);
         EXPECT_TRUE(allSwitched(false)) << "at once";
         EXPECT_TRUE(waitUntilEnabled());
-        EXPECT_TRUE(waitFor([this] { return tool().slider->doubleValue() == 0; })) << "the last that is told";
+        EXPECT_TRUE(waitFor([this] { return tool().slider->doubleValue() == 0; }))
+            << "the last that is told";
     }
 
     void loadFile(const std::string& path)
@@ -169,7 +170,10 @@ protected:
     {
         QTest::mouseClick(tool().tbProperties_Detail->viewport(), Qt::LeftButton, {}, cellAt(row));
     }
-    QComboBox* openList() { return tool().tbProperties_Detail->viewport()->findChild<QComboBox*>(); }
+    QComboBox* openList()
+    {
+        return tool().tbProperties_Detail->viewport()->findChild<QComboBox*>();
+    }
 
     /// Chooses an entry of a drop-down cell with two clicks.
     void choose(int row, int position)
@@ -200,9 +204,9 @@ protected:
     {
         QStringList texts;
         for (const QLineEdit* field :
-             {tool().txtVID_FwFlash, tool().txtSSPID_FwFlash, tool().txtHSPID_FwFlash, tool().txtVer_FwFlash,
-              tool().txtManu_FwFlash, tool().txtPro_FwFlash, tool().txtSN_FwFlash,
-              tool().txtContainerID_FwFlash}) {
+             {tool().txtVID_FwFlash, tool().txtSSPID_FwFlash, tool().txtHSPID_FwFlash,
+              tool().txtVer_FwFlash, tool().txtManu_FwFlash, tool().txtPro_FwFlash,
+              tool().txtSN_FwFlash, tool().txtContainerID_FwFlash}) {
             texts.append(field->text());
         }
         return texts;
@@ -217,8 +221,9 @@ protected:
     QString redText()
     {
         const auto red = tool().txtViewBin_Detail->extraSelections();
-        return red.isEmpty() ? QString()
-                             : red.front().cursor.selectedText().replace(QChar::ParagraphSeparator, '\n');
+        return red.isEmpty()
+                   ? QString()
+                   : red.front().cursor.selectedText().replace(QChar::ParagraphSeparator, '\n');
     }
 
     /// Presses "Save to *.bin", types a path into the panel and confirms.

@@ -64,9 +64,10 @@ TEST_F(FlashStory, UnlocksARowThroughTheRowThatLocksIt)
 {
     read();
     select(tool().cbPages, 2);
-    expectAlert("This Item is Not Editable.  To Change this Item,you should set\n\n Spread Spectrum\n"
-                "(Addr 0x09[0:0])\n\nfrom 0 to 1",
-                [this] { choose(0, 1); });
+    expectAlert(
+        "This Item is Not Editable.  To Change this Item,you should set\n\n Spread Spectrum\n"
+        "(Addr 0x09[0:0])\n\nfrom 0 to 1",
+        [this] { choose(0, 1); });
     EXPECT_EQ(value(0), "0 : Slow");
     EXPECT_EQ(redText(), "");
     select(tool().cbPages, 0);

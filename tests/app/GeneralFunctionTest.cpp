@@ -42,7 +42,10 @@ class LogFile : public testing::Test
 {
 protected:
     std::string log() const { return m_directory.filePath("log").toStdString(); }
-    std::string inDirectory(const char* name) const { return m_directory.filePath(name).toStdString(); }
+    std::string inDirectory(const char* name) const
+    {
+        return m_directory.filePath(name).toStdString();
+    }
 
     FakeShell shell;
 
@@ -62,7 +65,8 @@ TEST_F(LogFile, GetsALineByWayOfTheShell)
 TEST_F(LogFile, GetsTheTextAsTheShellReadsIt)
 {
     GeneralFunction::PrintNormalLog(shell, "a   b  'c   d' gr\u00FC\u00DFe");
-    ASSERT_THAT(shell.commands, ElementsAre("echo a   b  'c   d' gr\u00FC\u00DFe >> /tmp/Vornadel.log"));
+    ASSERT_THAT(shell.commands,
+                ElementsAre("echo a   b  'c   d' gr\u00FC\u00DFe >> /tmp/Vornadel.log"));
     runForReal(shell.commands[0], log());
     EXPECT_EQ(contentOf(log()), "a b c   d gr\u00FC\u00DFe\n");
 }
@@ -70,8 +74,8 @@ TEST_F(LogFile, GetsTheTextAsTheShellReadsIt)
 TEST_F(LogFile, LetsASemicolonBeginASecondCommand)
 {
     const std::string elsewhere = inDirectory("elsewhere");
-    GeneralFunction::PrintNormalLog(shell,
-                                    QString::fromStdString("before; echo after > " + elsewhere + "; true"));
+    GeneralFunction::PrintNormalLog(
+        shell, QString::fromStdString("before; echo after > " + elsewhere + "; true"));
     ASSERT_EQ(shell.commands.size(), 1U);
     runForReal(shell.commands[0], log());
     EXPECT_EQ(contentOf(elsewhere), "after\n");
@@ -107,9 +111,11 @@ constexpr std::size_t kLongestCommand = 1023; // and its terminator
 TEST_F(LogFile, TakesACommandThatJustFits)
 {
     const std::size_t frame = std::string("echo  >> /tmp/Vornadel.log").size();
-    GeneralFunction::PrintNormalLog(shell, QString(static_cast<qsizetype>(kLongestCommand - frame), 'x'));
-    LogShellOutput(shell,
-                   std::string(kLongestCommand - std::string(" >> /tmp/Vornadel.log").size(), 'x').c_str());
+    GeneralFunction::PrintNormalLog(shell,
+                                    QString(static_cast<qsizetype>(kLongestCommand - frame), 'x'));
+    LogShellOutput(
+        shell,
+        std::string(kLongestCommand - std::string(" >> /tmp/Vornadel.log").size(), 'x').c_str());
     RunBufferedCommand(shell, std::string(kLongestCommand, 'x').c_str());
     for (const std::string& command : shell.commands) {
         EXPECT_EQ(command.size(), kLongestCommand);
@@ -194,7 +200,8 @@ TEST(GetDirFromPath, ComparesTheLowEightBitsAlone)
 {
     EXPECT_EQ(GeneralFunction::GetDirFromPath(QString("/a/b\u012Fc")), "/a/b");
     EXPECT_EQ(GeneralFunction::GetDirFromPath(QString("x\u262Fy")), "x");
-    EXPECT_EQ(GeneralFunction::GetDirFromPath(QString("/a/b\u2F00c")), "/a") << "the high bits do not count";
+    EXPECT_EQ(GeneralFunction::GetDirFromPath(QString("/a/b\u2F00c")), "/a")
+        << "the high bits do not count";
 }
 
 TEST(GetNameFromPath, IsTheLastComponent)

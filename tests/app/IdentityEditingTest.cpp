@@ -49,7 +49,8 @@ protected:
     }
     qsizetype dumpAt(std::size_t offset)
     {
-        const std::size_t at = offset / 16 * 57 + 6 + 3 * (offset % 16) + (offset % 16 >= 8 ? 2 : 0);
+        const std::size_t at =
+            offset / 16 * 57 + 6 + 3 * (offset % 16) + (offset % 16 >= 8 ? 2 : 0);
         return static_cast<qsizetype>(at);
     }
     QString dumped(std::size_t offset) { return hexText().mid(dumpAt(offset), 2); }
@@ -109,8 +110,9 @@ TEST_F(IdentityEditing, TellsTheConsoleOldAndNewIds)
 TEST_F(IdentityEditing, TellsTheConsoleWhichTextChanged)
 {
     const std::string console = consoleOf([this] { paste(tool().txtSN_FwFlash, "7"); });
-    EXPECT_EQ(console, "7\nVornadel\nDemo Hub\n7\n{5d0fc271-3a94-4e6b-9c18-27b0e463d108}\nChange-SN\n"
-                       "offsetBegin :43   ;   noffsetEnd :94\nEnter numberOfRowsInTableView\n");
+    EXPECT_EQ(console,
+              "7\nVornadel\nDemo Hub\n7\n{5d0fc271-3a94-4e6b-9c18-27b0e463d108}\nChange-SN\n"
+              "offsetBegin :43   ;   noffsetEnd :94\nEnter numberOfRowsInTableView\n");
 }
 
 TEST_F(IdentityEditing, SetsTheFlagOfEachText)
@@ -158,7 +160,8 @@ TEST_F(IdentityEditing, TakesAWideCharacterAwayWhole)
 TEST_F(IdentityEditing, WipesTheStringsAfterAPasteOfFortyCharacters)
 {
     paste(tool().txtManu_FwFlash, QString(40, 'm'));
-    EXPECT_EQ(tool().txtManu_FwFlash->text(), QString(39, 'm')) << "one character is taken away, no more";
+    EXPECT_EQ(tool().txtManu_FwFlash->text(), QString(39, 'm'))
+        << "one character is taken away, no more";
     for (std::size_t offset = 43; offset < 78; ++offset) {
         EXPECT_EQ(dumped(offset), "00") << offset;
     }
@@ -170,7 +173,8 @@ TEST_F(IdentityEditing, WipesTheStringsAfterAPasteOfFortyCharacters)
         }
     }
     EXPECT_LE(tool().txtManu_FwFlash->text().size(), 15);
-    EXPECT_EQ(dumped(43), QString::asprintf("%02X", unsigned(tool().txtManu_FwFlash->text().size()) + 2));
+    EXPECT_EQ(dumped(43),
+              QString::asprintf("%02X", unsigned(tool().txtManu_FwFlash->text().size()) + 2));
     EXPECT_EQ(dumped(42), "08");
 }
 
@@ -255,7 +259,8 @@ TEST_F(UpdateImageFromTheFields, TakesIdsVersionAndStrings)
     testing::internal::CaptureStdout();
     EXPECT_TRUE(tool().modifyFwBuffer_from_UI());
     std::fflush(stdout);
-    EXPECT_THAT(testing::internal::GetCapturedStdout(), testing::StartsWith("03 03 4d 0a 03 44 65 6d \n6f "));
+    EXPECT_THAT(testing::internal::GetCapturedStdout(),
+                testing::StartsWith("03 03 4d 0a 03 44 65 6d \n6f "));
     const std::vector<std::uint8_t> image = updateImage();
     EXPECT_EQ(image[kDemoBlock + 5], 0xAB);
     EXPECT_EQ(image[kDemoBlock + 7], 0xCD);
@@ -289,8 +294,8 @@ TEST_F(UpdateImageFromTheFields, RefusesWrongLengthsWithoutAWord)
 
 TEST_F(FlashPageUnderTest, RefusesToModifyAnUpdateImageThatIsNotThere)
 {
-    for (QLineEdit* field : {tool().txtVID_EasyUpdate, tool().txtSSPID_EasyUpdate, tool().txtHSPID_EasyUpdate,
-                             tool().txtVer_EasyUpdate}) {
+    for (QLineEdit* field : {tool().txtVID_EasyUpdate, tool().txtSSPID_EasyUpdate,
+                             tool().txtHSPID_EasyUpdate, tool().txtVer_EasyUpdate}) {
         field->setText("0001");
     }
     EXPECT_FALSE(tool().modifyFwBuffer_from_UI());

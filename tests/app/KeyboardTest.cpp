@@ -31,8 +31,8 @@ protected:
     {
         std::set<std::string> names;
         for (const QWidget* widget : content()->findChildren<QWidget*>()) {
-            if (widget->isVisible() && widget->isEnabled() && (widget->focusPolicy() & Qt::TabFocus) != 0 &&
-                widget->focusProxy() == nullptr) {
+            if (widget->isVisible() && widget->isEnabled() &&
+                (widget->focusPolicy() & Qt::TabFocus) != 0 && widget->focusProxy() == nullptr) {
                 names.insert(widget->objectName().toStdString());
             }
         }

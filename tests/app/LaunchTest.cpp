@@ -53,8 +53,8 @@ TEST_F(Launch, LogsTheVersionThenSavesTheBootArguments)
 {
     shell.existing.clear();
     launch();
-    EXPECT_THAT(shell.commands,
-                ElementsAre("echo 12.4.0 >> /tmp/Vornadel.log", "nvram boot-args >> /tmp/nvram_setting.dat"));
+    EXPECT_THAT(shell.commands, ElementsAre("echo 12.4.0 >> /tmp/Vornadel.log",
+                                            "nvram boot-args >> /tmp/nvram_setting.dat"));
 }
 
 TEST_F(Launch, SavesNoBootArgumentsWhereASnapshotIs)
@@ -77,10 +77,11 @@ class LaunchOnVersion : public ToolUnderTest, public testing::WithParamInterface
 TEST_P(LaunchOnVersion, DecidesOnTheDriverSignature)
 {
     systemVersion.numbers = GetParam().numbers;
-    EXPECT_THAT(consoleOfLaunch(),
-                testing::StartsWith("Current System Version: " + std::string(GetParam().text) + "\n"));
+    EXPECT_THAT(consoleOfLaunch(), testing::StartsWith("Current System Version: " +
+                                                       std::string(GetParam().text) + "\n"));
     EXPECT_EQ(tool()._bNeedSignDriver, GetParam().needsSigning);
-    EXPECT_EQ(shell.commands.front(), "echo " + std::string(GetParam().text) + " >> /tmp/Vornadel.log");
+    EXPECT_EQ(shell.commands.front(),
+              "echo " + std::string(GetParam().text) + " >> /tmp/Vornadel.log");
 }
 
 INSTANTIATE_TEST_SUITE_P(Versions, LaunchOnVersion,
@@ -186,10 +187,11 @@ TEST(RunTool, EndsWhenItsWindowIsClosed)
 
     QString title;
     testing::internal::CaptureStderr();
-    const int status = runTool(platform, {"/opt/Vornadel.app", true}, " [bench]", [&](AppDelegate& tool) {
-        title = tool.window()->windowTitle();
-        QMetaObject::invokeMethod(tool.window(), "close", Qt::QueuedConnection);
-    });
+    const int status =
+        runTool(platform, {"/opt/Vornadel.app", true}, " [bench]", [&](AppDelegate& tool) {
+            title = tool.window()->windowTitle();
+            QMetaObject::invokeMethod(tool.window(), "close", Qt::QueuedConnection);
+        });
     testing::internal::GetCapturedStderr();
 
     EXPECT_EQ(status, 0);

@@ -111,7 +111,12 @@ struct BoxEntry {
 const BoxEntry kBoxes[] = {
     {"boxHelp", &WindowControls::boxHelp, "Help Box", {0, 15, 350, 160}, true, true},
     {"boxScalar", &WindowControls::boxScalar, "Scalar Update", {0, 185, 350, 90}, false, true},
-    {"boxUpdate", &WindowControls::boxUpdate, "Update Firmware Box", {0, 290, 350, 365}, true, true},
+    {"boxUpdate",
+     &WindowControls::boxUpdate,
+     "Update Firmware Box",
+     {0, 290, 350, 365},
+     true,
+     true},
     {"boxEasyUpdate",
      &WindowControls::boxEasyUpdate,
      "Easy Updae Firmware Form *.bin file",
@@ -140,7 +145,8 @@ struct LabelEntry {
 
 const LabelEntry kLabels[] = {
     {"boxHelp",
-     "Step1: Click \"LoadUpdateDriver\" to Load Driver\nStep2: repluginhub device,let new Driver work.\n"
+     "Step1: Click \"LoadUpdateDriver\" to Load Driver\nStep2: repluginhub device,let new Driver "
+     "work.\n"
      "Step3: Click \"Update\" to update fw\nStep4: Click \"UnloadUpdateDriver\" to recover",
      {0, 25, 350, 85}},
     {"boxUpdate", "Detect Hub Info", {0, 315, 110, 20}},
@@ -194,7 +200,8 @@ TEST_P(Layout, PutsEveryBoxInItsPlace)
         EXPECT_EQ(box->objectName(), entry.name);
         EXPECT_EQ(box->title(), entry.title);
         EXPECT_EQ(rectOf(*box), entry.frame) << entry.name;
-        EXPECT_EQ(box->isVisible(), scalar() ? entry.inScalarMode : entry.inNormalMode) << entry.name;
+        EXPECT_EQ(box->isVisible(), scalar() ? entry.inScalarMode : entry.inNormalMode)
+            << entry.name;
     }
     EXPECT_EQ(content()->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly).size(),
               static_cast<qsizetype>(std::size(kBoxes)));
@@ -224,7 +231,8 @@ TEST_P(Layout, PutsEveryLabelInItsPlace)
     qsizetype found = 0;
     for (const LabelEntry& entry : kLabels) {
         bool there = false;
-        for (const QLabel* label : content()->findChild<QWidget*>(entry.parent)->findChildren<QLabel*>()) {
+        for (const QLabel* label :
+             content()->findChild<QWidget*>(entry.parent)->findChildren<QLabel*>()) {
             there |= label->text() == entry.text && rectOf(*label) == entry.frame;
         }
         EXPECT_TRUE(there) << entry.parent << ": " << entry.text;
@@ -238,7 +246,8 @@ TEST_P(Layout, HoldsWhatIsHighestAndWidestInEveryBox)
     launch();
     for (const BoxEntry& entry : kBoxes) {
         const TitledBox* box = tool().*entry.member;
-        for (const QWidget* child : box->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
+        for (const QWidget* child :
+             box->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
             EXPECT_TRUE(box->rect().contains(child->geometry())) << entry.name;
             EXPECT_GE(child->y(), TitledBox::kTitleHeight) << entry.name << " covers its title";
         }
@@ -263,7 +272,8 @@ TEST_P(Layout, HasOneSize)
 
 TEST_P(Layout, OpensOneWindowWithItsTitle)
 {
-    config = configText("AppTitle = Bench & Co\n" + std::string(scalar() ? "ScalarMode = 1\n" : ""));
+    config =
+        configText("AppTitle = Bench & Co\n" + std::string(scalar() ? "ScalarMode = 1\n" : ""));
     titleSuffix = " [simulated hub]";
     launch();
     EXPECT_TRUE(tool().window()->isWindow());
@@ -400,7 +410,8 @@ TEST_F(Window, LetsTheChosenPathsBeSelectedButNotTheHelp)
     QTest::keyClick(tool().nstextfd_Scalar, Qt::Key_A, Qt::ControlModifier);
     EXPECT_EQ(tool().nstextfd_Scalar->selectedText(), "b.bin");
     const QLabel* help = tool().boxHelp->findChild<QLabel*>();
-    EXPECT_FALSE(help->textInteractionFlags() & (Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard));
+    EXPECT_FALSE(help->textInteractionFlags() &
+                 (Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard));
     EXPECT_FALSE(help->textInteractionFlags() & Qt::TextEditable);
 }
 

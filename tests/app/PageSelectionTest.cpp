@@ -56,8 +56,8 @@ TEST_F(PageSelection, LetsTheWheelPass)
     for (QComboBox* combo : {tool().cbPages, tool().cbICType}) {
         combo->setFocus();
         const QPointF middle = combo->rect().center();
-        QWheelEvent turn(middle, combo->mapToGlobal(middle), {}, {0, -120}, Qt::NoButton, Qt::NoModifier,
-                         Qt::NoScrollPhase, false);
+        QWheelEvent turn(middle, combo->mapToGlobal(middle), {}, {0, -120}, Qt::NoButton,
+                         Qt::NoModifier, Qt::NoScrollPhase, false);
         QApplication::sendEvent(combo, &turn);
         EXPECT_FALSE(turn.isAccepted()) << combo->objectName().toStdString();
         EXPECT_EQ(combo->currentIndex(), 0);
@@ -96,7 +96,8 @@ TEST_F(PageSelection, TellsTheConsoleWhichDefinitionFilesItFinds)
     const QStringList lines = QString::fromStdString(consoleOfLaunch()).split('\n');
     const QStringList found =
         lines.filter(QRegularExpression("ini$", QRegularExpression::CaseInsensitiveOption));
-    EXPECT_EQ(found, textsOf(tool().cbICType)) << "one line each, in their order, and none for b.ini";
+    EXPECT_EQ(found, textsOf(tool().cbICType))
+        << "one line each, in their order, and none for b.ini";
     EXPECT_EQ(found.size(), 2);
     EXPECT_TRUE(found.contains("sub/C.INI"));
 }
@@ -106,7 +107,8 @@ TEST_F(PageSelection, ListsThePageThatIsSelected)
     read();
     testing::internal::CaptureStderr();
     select(tool().cbPages, 2);
-    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr("selected value:System\n"));
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                testing::HasSubstr("selected value:System\n"));
     EXPECT_EQ(names(), QStringList{"Rate"});
     EXPECT_EQ(value(0), "0 : Slow");
     select(tool().cbPages, 1);

@@ -15,8 +15,9 @@
 namespace vornadel::test
 {
 
-/// A virtual clock whose pauses are long for the main thread: what waits there is done when a flow's pause ends. Otherwise
-/// a flow could spend all its tries, which take no time, while the detection has the hub.
+/// A virtual clock whose pauses are long for the main thread: what waits there is done when a
+/// flow's pause ends. Otherwise a flow could spend all its tries, which take no time, while the
+/// detection has the hub.
 class PatientClock final : public Clock
 {
 public:
@@ -28,12 +29,16 @@ public:
             gate.pass();
         }
         m_clock.sleep(pause);
-        if (mainThread != nullptr && QThread::currentThread() != QCoreApplication::instance()->thread()) {
+        if (mainThread != nullptr &&
+            QThread::currentThread() != QCoreApplication::instance()->thread()) {
             mainThread->postAndWait([] {});
         }
     }
 
-    void after(Duration delay, std::function<void()> task) override { m_clock.after(delay, std::move(task)); }
+    void after(Duration delay, std::function<void()> task) override
+    {
+        m_clock.after(delay, std::move(task));
+    }
 
     void interrupt() override
     {

@@ -164,7 +164,9 @@ TEST_P(Alert, ShowsItsTextAndOneButtonUntilAKeyIsPressed)
 TEST_P(Alert, ClosesByItsButtonAndByEscape)
 {
     runAndUse([&] { GetParam().show("text"); },
-              [](QDialog& dialog) { QTest::mouseClick(dialog.findChild<QPushButton*>(), Qt::LeftButton); });
+              [](QDialog& dialog) {
+                  QTest::mouseClick(dialog.findChild<QPushButton*>(), Qt::LeftButton);
+              });
     runAndUse([&] { GetParam().show("text"); },
               [](QDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
 }
@@ -180,7 +182,8 @@ TEST_F(GetLog, ReplacesTheCopyOnTheDesktop)
     testing::internal::CaptureStderr();
     QTest::mouseClick(tool().btnGetLog_HelpBox, Qt::LeftButton);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Entering GetLog\n");
-    EXPECT_THAT(shell.commands, ElementsAre("rm ~/Desktop/Vornadel.log", "cp /tmp/Vornadel.log ~/Desktop/"));
+    EXPECT_THAT(shell.commands,
+                ElementsAre("rm ~/Desktop/Vornadel.log", "cp /tmp/Vornadel.log ~/Desktop/"));
 }
 
 } // namespace

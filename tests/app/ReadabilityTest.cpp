@@ -29,8 +29,8 @@ constexpr int kFieldMargin = 2;
 
 std::string nameOf(const QWidget& widget, const QString& text)
 {
-    return widget.parentWidget()->objectName().toStdString() + "/" + widget.objectName().toStdString() +
-           ": " + text.toStdString();
+    return widget.parentWidget()->objectName().toStdString() + "/" +
+           widget.objectName().toStdString() + ": " + text.toStdString();
 }
 
 void expectFits(const QWidget& widget, const QString& text, const QRect& room)
@@ -86,9 +86,10 @@ TEST_P(Readability, CutsNoLabel)
 TEST_P(Readability, CutsNoFieldWithItsLongestText)
 {
     launch();
-    for (const QLineEdit* id : {tool().txtVID_EasyUpdate, tool().txtSSPID_EasyUpdate,
-                                tool().txtHSPID_EasyUpdate, tool().txtVer_EasyUpdate, tool().txtVID_FwFlash,
-                                tool().txtSSPID_FwFlash, tool().txtHSPID_FwFlash, tool().txtVer_FwFlash}) {
+    for (const QLineEdit* id :
+         {tool().txtVID_EasyUpdate, tool().txtSSPID_EasyUpdate, tool().txtHSPID_EasyUpdate,
+          tool().txtVer_EasyUpdate, tool().txtVID_FwFlash, tool().txtSSPID_FwFlash,
+          tool().txtHSPID_FwFlash, tool().txtVer_FwFlash}) {
         for (const char digit : std::string("0123456789ABCDEF")) {
             expectFits(*id, QString(4, QChar(digit)));
         }
@@ -96,7 +97,8 @@ TEST_P(Readability, CutsNoFieldWithItsLongestText)
     for (const QLineEdit* text :
          {tool().txtManu_EasyUpdate, tool().txtPro_EasyUpdate, tool().txtSN_EasyUpdate,
           tool().txtManu_FwFlash, tool().txtPro_FwFlash, tool().txtSN_FwFlash}) {
-        expectFits(*text, "Hub Controllers Example Ltd."); // three texts have 29 characters together
+        expectFits(*text,
+                   "Hub Controllers Example Ltd."); // three texts have 29 characters together
         expectFits(*text, QString(29, '8'));
     }
     expectFits(*tool().txtContainerID_FwFlash, "{00112233-4455-6677-8899-aabbccddeeff}");
@@ -110,9 +112,10 @@ TEST_P(Readability, CutsNoDropDownText)
         QStyleOptionComboBox option;
         option.initFrom(combo);
         option.editable = false;
-        const QRect room =
-            combo->style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, combo);
-        for (const char* page : {"SSC", "DSP OCP/U1/U2", "System", "USP PHY", "DSP Setting", "DSP PHY"}) {
+        const QRect room = combo->style()->subControlRect(QStyle::CC_ComboBox, &option,
+                                                          QStyle::SC_ComboBoxEditField, combo);
+        for (const char* page :
+             {"SSC", "DSP OCP/U1/U2", "System", "USP PHY", "DSP Setting", "DSP PHY"}) {
             expectFits(*combo, page, room);
         }
     }
@@ -127,16 +130,19 @@ TEST_P(Readability, CutsNoTableHeader)
     for (int column = 0; column < 2; ++column) {
         const int margin = header.style()->pixelMetric(QStyle::PM_HeaderMargin, nullptr, &header);
         const QString text = table.model()->headerData(column, Qt::Horizontal).toString();
-        expectFits(header, text, QRect(0, 0, header.sectionSize(column) - 2 * margin, header.height()));
+        expectFits(header, text,
+                   QRect(0, 0, header.sectionSize(column) - 2 * margin, header.height()));
         width += header.sectionSize(column);
     }
     EXPECT_LE(width, table.width());
 }
 
-/// From the first to the last column in which something is drawn in the title's band; 0 when nothing is.
+/// From the first to the last column in which something is drawn in the title's band; 0 when
+/// nothing is.
 int inkWidth(TitledBox& box)
 {
-    const QImage image = box.grab(QRect(2, 4, box.width() - 4, TitledBox::kTitleHeight - 8)).toImage();
+    const QImage image =
+        box.grab(QRect(2, 4, box.width() - 4, TitledBox::kTitleHeight - 8)).toImage();
     const QColor ground = image.pixelColor(image.width() - 3, image.height() / 2);
     int first = image.width();
     int last = 0;
@@ -167,12 +173,13 @@ TEST_P(Readability, ShowsEveryDetectionWithoutScrolling)
     launch();
     TextView& view = *tool().nstfHubInfo_UpdateFW;
     for (const char* text :
-         {"Detect Zel Hub: Fail\nPlease Insert Zel Hub Device", "Detect Zel Hub : Success\nfwVer:dddd",
-          "Detect Zel Hub : Success\n-need load driver"}) {
+         {"Detect Zel Hub: Fail\nPlease Insert Zel Hub Device",
+          "Detect Zel Hub : Success\nfwVer:dddd", "Detect Zel Hub : Success\n-need load driver"}) {
         view.setPlainText(text);
         settleEvents();
         EXPECT_FALSE(view.verticalScrollBar()->isVisible()) << text;
-        EXPECT_LE(QFontMetrics(view.font()).size(0, text).width(), view.viewport()->width()) << text;
+        EXPECT_LE(QFontMetrics(view.font()).size(0, text).width(), view.viewport()->width())
+            << text;
     }
 }
 
@@ -259,7 +266,8 @@ TEST_F(Colours, FollowAChangeOfThePalette)
     const QColor onLight = tool().nstfUpdateInfo_UpdateFW->palette().color(QPalette::Text);
     {
         const ProgramPalette dark(QColor(0x20, 0x20, 0x20), Qt::white);
-        EXPECT_EQ(tool().nstfUpdateInfo_UpdateFW->palette().color(QPalette::Base), QColor(0x20, 0x20, 0x20));
+        EXPECT_EQ(tool().nstfUpdateInfo_UpdateFW->palette().color(QPalette::Base),
+                  QColor(0x20, 0x20, 0x20));
         expectReadable(kRedHue);
         EXPECT_GE(contrastOf(*tool().nstfHubInfo_UpdateFW), 4.5);
         EXPECT_EQ(hueOf(*tool().nstfHubInfo_UpdateFW), kBlueHue);
@@ -276,7 +284,8 @@ int pixelsOfHue(TextView& view, int hue)
         for (int x = 0; x < image.width(); ++x) {
             const QColor color = image.pixelColor(x, y);
             const int apart = std::abs(color.hslHue() - hue);
-            count += color.hslHue() >= 0 && color.hslSaturation() > 128 && std::min(apart, 360 - apart) < 20
+            count += color.hslHue() >= 0 && color.hslSaturation() > 128 &&
+                             std::min(apart, 360 - apart) < 20
                          ? 1
                          : 0;
         }

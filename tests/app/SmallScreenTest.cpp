@@ -51,7 +51,8 @@ TEST_F(SmallScreen, HidesNothingBehindAScrollBar)
     EXPECT_EQ(area().verticalScrollBar()->maximum(), 660 - area().viewport()->height());
     area().verticalScrollBar()->setValue(area().verticalScrollBar()->maximum());
     settleEvents();
-    EXPECT_EQ(tool().btnGetLog_HelpBox->visibleRegion().boundingRect(), tool().btnGetLog_HelpBox->rect());
+    EXPECT_EQ(tool().btnGetLog_HelpBox->visibleRegion().boundingRect(),
+              tool().btnGetLog_HelpBox->rect());
 }
 
 TEST_F(SmallScreen, FollowsTheFocus)

@@ -48,7 +48,8 @@ TEST_F(StartUpRun, WritesTheConfiguredImageInBothModes)
         bringImage("demo.bin");
         config = configText(mode + std::string("FwBin = demo.bin\n"));
         launchAndSettle();
-        EXPECT_EQ(progressText(), "FW:demo.bin(size=32768)\n\n" + kSteps + "Update FW Success\n") << mode;
+        EXPECT_EQ(progressText(), "FW:demo.bin(size=32768)\n\n" + kSteps + "Update FW Success\n")
+            << mode;
         EXPECT_EQ(hub().flash(), demoImage(kDemoVersion101));
         EXPECT_EQ(tool().slider->doubleValue(), 100);
         EXPECT_FALSE(Hub_IsOpen());
@@ -109,8 +110,9 @@ TEST_F(StartUpRun, FailsWithAHubThatComesTooLateAndSucceedsByHandThen)
 {
     bringImage("demo.bin");
     config = configText("ScalarMode = 1\nFwBin = demo.bin\n");
-    hubOptions.faults = {
-        {.kind = FaultKind::VanishBefore, .on = {}, .position = 1}}; // away as soon as it is asked
+    hubOptions.faults = {{.kind = FaultKind::VanishBefore, .on = {}, .position = 1}}; // away as
+                                                                                      // soon as it
+                                                                                      // is asked
     launchAndSettle();
     EXPECT_THAT(progressText(), testing::HasSubstr("Fail To Open Rom Device\n"));
     hub().replug();
@@ -125,7 +127,8 @@ TEST_F(StartUpRun, StaysOpenWhenTheHubIsUnpluggedHalfWay)
 {
     bringImage("demo.bin");
     config = configText("FwBin = demo.bin\n");
-    hubOptions.faults = {{.kind = FaultKind::VanishBefore, .on = RequestKind::Write, .position = 4}};
+    hubOptions.faults = {
+        {.kind = FaultKind::VanishBefore, .on = RequestKind::Write, .position = 4}};
     launchAndSettle();
     EXPECT_THAT(progressText(), testing::EndsWith("Fail to Write Flash\nUpdate FW Fail\n"));
     end();
@@ -236,7 +239,8 @@ TEST_F(StartUpRun, SaysNothingWhenAFileIsChosenThatIsNoImage)
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
     EXPECT_EQ(tool().nstextfd_Scalar->text().toStdString(), path);
     update();
-    EXPECT_EQ(progressText(), "FW:" + path + "(size=1000)\n\nWrong firmware file\nUpdate FW Fail\n");
+    EXPECT_EQ(progressText(),
+              "FW:" + path + "(size=1000)\n\nWrong firmware file\nUpdate FW Fail\n");
 }
 
 TEST_F(StartUpRun, HasAnImageOfItsOwn)

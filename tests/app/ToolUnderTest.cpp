@@ -69,7 +69,8 @@ void ToolUnderTest::launch()
             readGate.pass();
         }
     };
-    m_platform = std::make_unique<Platform>(Platform{*m_bus, shell, privileged, systemVersion, *m_clock});
+    m_platform =
+        std::make_unique<Platform>(Platform{*m_bus, shell, privileged, systemVersion, *m_clock});
     Hub_UsePlatform(*m_bus, *m_clock);
     m_delegate = std::make_unique<AppDelegate>(*m_platform, place, titleSuffix);
     m_clock->mainThread = &m_delegate->mainThread();
@@ -107,7 +108,10 @@ void ToolUnderTest::end()
     settleEvents();
 }
 
-QWidget* ToolUnderTest::content() const { return qobject_cast<QScrollArea*>(m_delegate->window())->widget(); }
+QWidget* ToolUnderTest::content() const
+{
+    return qobject_cast<QScrollArea*>(m_delegate->window())->widget();
+}
 
 std::array<TitledBox*, 6> ToolUnderTest::boxes()
 {
@@ -118,15 +122,18 @@ std::array<TitledBox*, 6> ToolUnderTest::boxes()
 std::array<TextView*, 4> ToolUnderTest::textViews()
 {
     AppDelegate& it = tool();
-    return {it.nstfHubInfo_UpdateFW, it.nstfUpdateInfo_UpdateFW, it.txtViewDesc_Detail, it.txtViewBin_Detail};
+    return {it.nstfHubInfo_UpdateFW, it.nstfUpdateInfo_UpdateFW, it.txtViewDesc_Detail,
+            it.txtViewBin_Detail};
 }
 
-std::string ToolUnderTest::writeFile(const std::string& name, const std::vector<std::uint8_t>& bytes) const
+std::string ToolUnderTest::writeFile(const std::string& name,
+                                     const std::vector<std::uint8_t>& bytes) const
 {
     const std::filesystem::path path = std::filesystem::path(directory()) / name;
     std::filesystem::create_directories(path.parent_path());
     std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+        .write(reinterpret_cast<const char*>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
     return path.string();
 }
 
@@ -142,8 +149,9 @@ std::array<QPushButton*, kSwitchedCount> ToolUnderTest::switchedButtons()
 bool ToolUnderTest::allSwitched(bool enabled)
 {
     const auto buttons = switchedButtons();
-    return std::all_of(buttons.begin(), buttons.end(),
-                       [enabled](const QPushButton* button) { return button->isEnabled() == enabled; });
+    return std::all_of(buttons.begin(), buttons.end(), [enabled](const QPushButton* button) {
+        return button->isEnabled() == enabled;
+    });
 }
 
 bool ToolUnderTest::waitUntilEnabled()
@@ -157,7 +165,10 @@ void ToolUnderTest::strangerComesOrGoes(UsbEvent event)
     hub().notifier().deliver();
 }
 
-std::string ToolUnderTest::hubInfo() { return tool().nstfHubInfo_UpdateFW->toPlainText().toStdString(); }
+std::string ToolUnderTest::hubInfo()
+{
+    return tool().nstfHubInfo_UpdateFW->toPlainText().toStdString();
+}
 
 std::string ToolUnderTest::progressText()
 {
@@ -247,7 +258,8 @@ void chooseByTyping(QPushButton* button, const QString& path)
         name->setFocus();
         ASSERT_TRUE(waitFor([name] { return name->hasFocus(); }));
         for (const QChar character : path) {
-            QTest::sendKeyEvent(QTest::Click, name, Qt::Key_unknown, QString(character), Qt::NoModifier);
+            QTest::sendKeyEvent(QTest::Click, name, Qt::Key_unknown, QString(character),
+                                Qt::NoModifier);
         }
         EXPECT_EQ(name->text(), path);
         QTest::keyClick(name, Qt::Key_Return);
@@ -262,7 +274,8 @@ double luminance(const QColor& color)
     const auto linear = [](double part) {
         return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
     };
-    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
+           0.0722 * linear(color.blueF());
 }
 
 } // namespace

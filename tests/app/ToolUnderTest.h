@@ -32,8 +32,8 @@ inline constexpr std::size_t kSwitchedCount = 10;
 /// A file with supported ids for the simulated hub and nothing else.
 std::string configText(const std::string& settings = "");
 
-/// The whole window program over a simulated hub and a machine that only pretends. What is to differ from the
-/// defaults is set before launch(). Ends the tool when it goes.
+/// The whole window program over a simulated hub and a machine that only pretends. What is to
+/// differ from the defaults is set before launch(). Ends the tool when it goes.
 class ToolUnderTest : public testing::Test
 {
 public:
@@ -78,9 +78,9 @@ protected:
     FakeSystemVersion systemVersion;
     FakePrivilegedRun privileged;
     std::optional<Clock::Duration> heldPause; ///< of the clock
-    std::atomic<int> ends = 0;                ///< how often the tool has ended the process by itself
-    Gate eraseGate;                           ///< stands before the hub's erase
-    Gate readGate;                            ///< stands before a flow's read of the flash
+    std::atomic<int> ends = 0; ///< how often the tool has ended the process by itself
+    Gate eraseGate;            ///< stands before the hub's erase
+    Gate readGate;             ///< stands before a flow's read of the flash
 
 private:
     QTemporaryDir m_directory;

@@ -1,5 +1,5 @@
-// What a day on a production line does to the window: a thousand updates, plugs that come loose, and
-// a system that has nothing left to give.
+// What a day on a production line does to the window: a thousand updates, plugs that come loose,
+// and a system that has nothing left to give.
 
 #include "tests/app/ToolUnderTest.h"
 
@@ -32,7 +32,8 @@ protected:
     void SetUp() override
     {
         launchAndSettle();
-        chooseByTyping(tool().btnSelect_EasyUpdate, QString::fromStdString(writeFile("demo.bin", m_image)));
+        chooseByTyping(tool().btnSelect_EasyUpdate,
+                       QString::fromStdString(writeFile("demo.bin", m_image)));
     }
 
     /// One press of "Update", to its end.
@@ -76,8 +77,8 @@ TEST_F(WindowEndurance, AStormOfPlugsLeavesTheWindowTruthfulAndUsable)
     hub().onRequest = [&](const ControlRequest&) { ++requests; };
     std::thread storm([&] {
         for (int cycle = 0; cycle < kCycles; ++cycle) {
-            for (const unsigned seen = requests;
-                 requests == seen;) { // an update or a look at the hub goes on
+            for (const unsigned seen = requests; requests == seen;) { // an update or a look at the
+                                                                      // hub goes on
                 std::this_thread::yield();
             }
             hub().unplug();
@@ -87,7 +88,8 @@ TEST_F(WindowEndurance, AStormOfPlugsLeavesTheWindowTruthfulAndUsable)
     });
     while (!over) {
         update();
-        EXPECT_TRUE(saysSuccess() || progressText().ends_with("Update FW Fail\n")) << progressText();
+        EXPECT_TRUE(saysSuccess() || progressText().ends_with("Update FW Fail\n"))
+            << progressText();
         EXPECT_EQ(hueOf(*tool().nstfUpdateInfo_UpdateFW), saysSuccess() ? kBlueHue : kRedHue);
     }
     storm.join();
@@ -95,13 +97,14 @@ TEST_F(WindowEndurance, AStormOfPlugsLeavesTheWindowTruthfulAndUsable)
     update();
     EXPECT_TRUE(saysSuccess());
     EXPECT_EQ(hub().flash(), m_image);
-    EXPECT_TRUE(waitFor([this] { return hubInfo() == "Detect Zel Hub : Success\nfwVer:0101"; })) << hubInfo();
+    EXPECT_TRUE(waitFor([this] { return hubInfo() == "Detect Zel Hub : Success\nfwVer:0101"; }))
+        << hubInfo();
 }
 
 TEST_F(WindowEndurance, AFlowThatFindsNoThreadIsToldAndMayBePressedAgain)
 {
-    for (QPushButton* button : {tool().btnUpdate_EasyUpdate, tool().btnRead_FwFlash, tool().btnErase_FwFlash,
-                                tool().nsbtnUpdate_Scalar}) {
+    for (QPushButton* button : {tool().btnUpdate_EasyUpdate, tool().btnRead_FwFlash,
+                                tool().btnErase_FwFlash, tool().nsbtnUpdate_Scalar}) {
         const NoMoreThreads none;
         QTest::mouseClick(button, Qt::LeftButton);
         EXPECT_TRUE(allSwitched(true));

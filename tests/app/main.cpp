@@ -11,7 +11,8 @@ namespace
 void failOnComplaint(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message)
 {
     // The offscreen screen has no window manager to tell the sizes to.
-    if (type == QtDebugMsg || type == QtInfoMsg || message.startsWith("This plugin does not support")) {
+    if (type == QtDebugMsg || type == QtInfoMsg ||
+        message.startsWith("This plugin does not support")) {
         return;
     }
     ADD_FAILURE() << "Qt: " << message.toStdString();
@@ -25,7 +26,7 @@ int main(int argc, char** argv)
     testing::InitGoogleTest(&argc, argv);
     testing::GTEST_FLAG(death_test_style) = "threadsafe";
     qputenv("QT_QPA_PLATFORM", TEST_SCREEN); // a screen from outside has other sizes
-    const QTemporaryDir home;                // the file dialog keeps a history in the user's settings
+    const QTemporaryDir home; // the file dialog keeps a history in the user's settings
     qputenv("HOME", home.path().toLocal8Bit());
     qputenv("XDG_CONFIG_HOME", home.path().toLocal8Bit());
     qputenv("XDG_RUNTIME_DIR", home.path().toLocal8Bit());

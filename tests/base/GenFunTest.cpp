@@ -152,7 +152,8 @@ TEST(MaskValueLaws, HoldForEveryMaskByteAndValue)
                 const bool asTold =
                     after == fieldWritten(byte, mask, value) && get(after, m) == (value & room);
                 if (!asTold) {
-                    FAIL() << "mask " << mask << " byte " << byte << " value " << value << " gave " << +after;
+                    FAIL() << "mask " << mask << " byte " << byte << " value " << value << " gave "
+                           << +after;
                 }
             }
         }
@@ -217,7 +218,8 @@ TEST(PrintHex, PrintsThreeBytesOnOneLine)
 
 TEST(PrintHex, EndsEightBytesWithAnEmptyLine)
 {
-    EXPECT_EQ(printed(std::array<std::uint8_t, 8>{0, 1, 2, 3, 4, 5, 6, 7}), "00 01 02 03 04 05 06 07 \n\n");
+    EXPECT_EQ(printed(std::array<std::uint8_t, 8>{0, 1, 2, 3, 4, 5, 6, 7}),
+              "00 01 02 03 04 05 06 07 \n\n");
 }
 
 TEST(PrintHex, BreaksTheLineAfterEveryEighthByte)
@@ -246,7 +248,8 @@ TEST(ShellEscapeTest, EscapesExactlyTheCharactersOfTheShell)
     for (int code = 1; code < 256; ++code) {
         const char c = static_cast<char>(code);
         const bool special = escaped.find(c) != std::string::npos;
-        EXPECT_EQ(ShellEscape(std::string(1, c).c_str()), (special ? "\\" : "") + std::string(1, c)) << code;
+        EXPECT_EQ(ShellEscape(std::string(1, c).c_str()), (special ? "\\" : "") + std::string(1, c))
+            << code;
     }
 }
 
@@ -263,7 +266,10 @@ TEST(ShellEscapeTest, OverwritesItsBufferOnEachCall)
     EXPECT_EQ(first, "one");
 }
 
-TEST(ShellEscapeTest, TakesItsOwnBufferAsText) { EXPECT_STREQ(ShellEscape(ShellEscape("a b")), "a\\\\\\ b"); }
+TEST(ShellEscapeTest, TakesItsOwnBufferAsText)
+{
+    EXPECT_STREQ(ShellEscape(ShellEscape("a b")), "a\\\\\\ b");
+}
 
 TEST(ShellEscapeTest, HoldsTextOfAnyLength)
 {

@@ -37,7 +37,8 @@ Parsed parse(const Words& words)
     Parsed parsed;
     std::ostringstream out;
     std::ostringstream err;
-    parsed.ended = parseCommandLine(static_cast<int>(argv.size()), argv.data(), parsed.commandLine, out, err);
+    parsed.ended =
+        parseCommandLine(static_cast<int>(argv.size()), argv.data(), parsed.commandLine, out, err);
     parsed.out = out.str();
     parsed.err = err.str();
     return parsed;

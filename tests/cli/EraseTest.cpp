@@ -40,7 +40,8 @@ TEST(Erase, IsNotTheEndOfTheHub)
 {
     Session session("latency=none");
     ASSERT_EQ(session.erase(), kExitSuccess);
-    EXPECT_EQ(session.update(session.folder.write("new.bin", demoImage(kDemoVersion101))), kExitSuccess);
+    EXPECT_EQ(session.update(session.folder.write("new.bin", demoImage(kDemoVersion101))),
+              kExitSuccess);
     EXPECT_EQ(session.hub().flash(), demoImage(kDemoVersion101));
     EXPECT_EQ(session.hub().runningCode(), HubCode::Flash);
 }
@@ -77,15 +78,16 @@ TEST_P(FailingErase, TellsTheReasonOnStandardErrorAndExitsWithOne)
 
 INSTANTIATE_TEST_SUITE_P(
     Faults, FailingErase,
-    testing::Values(Failure{"latency=none,mode=rom,fault=open-refused:1", "Fail to Open Rom Device", false},
-                    Failure{"latency=none,fault=never@1", "Fail to Open Rom Device", false},
-                    Failure{"latency=none,fault=same-mode@1", "Fail to Open Rom Device", false},
-                    Failure{"latency=none,fault=stall@erase#1,fault=stall@erase#2,fault=stall@erase#3",
-                            "Fail to Erase flash", false},
-                    Failure{"latency=none,mode=rom,fault=vanish-before@erase", "Fail to Erase flash", false},
-                    Failure{"latency=none,mode=rom,fault=vanish-after@erase", "Fail to Erase flash", true},
-                    Failure{"latency=none,mode=rom,fault=stall@flash", "Fail to Reset Flash & Wait", true},
-                    Failure{"latency=none,mode=rom,fault=never@1", "Fail to Reset Flash & Wait", true}));
+    testing::Values(
+        Failure{"latency=none,mode=rom,fault=open-refused:1", "Fail to Open Rom Device", false},
+        Failure{"latency=none,fault=never@1", "Fail to Open Rom Device", false},
+        Failure{"latency=none,fault=same-mode@1", "Fail to Open Rom Device", false},
+        Failure{"latency=none,fault=stall@erase#1,fault=stall@erase#2,fault=stall@erase#3",
+                "Fail to Erase flash", false},
+        Failure{"latency=none,mode=rom,fault=vanish-before@erase", "Fail to Erase flash", false},
+        Failure{"latency=none,mode=rom,fault=vanish-after@erase", "Fail to Erase flash", true},
+        Failure{"latency=none,mode=rom,fault=stall@flash", "Fail to Reset Flash & Wait", true},
+        Failure{"latency=none,mode=rom,fault=never@1", "Fail to Reset Flash & Wait", true}));
 
 TEST(Erase, FailsWithoutAHub)
 {

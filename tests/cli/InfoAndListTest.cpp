@@ -57,8 +57,9 @@ TEST(InfoOfTheHub, SaysThatItCannotBeOpened)
 
 TEST(InfoOfTheHub, SaysThatItDoesNotAnswer)
 {
-    for (const char* const fault : {"fault=stall@status#1", "fault=vanish-before@status#1",
-                                    "fault=stall@status#1,fault=stall@status#2,fault=stall@status#3"}) {
+    for (const char* const fault :
+         {"fault=stall@status#1", "fault=vanish-before@status#1",
+          "fault=stall@status#1,fault=stall@status#2,fault=stall@status#3"}) {
         SCOPED_TRACE(fault);
         Session session(fault);
         EXPECT_EQ(session.info(), kExitFailure);
@@ -184,7 +185,8 @@ TEST(List, TakesTheIdsFromTheConfigFileThatIsNamed)
 {
     Session session;
     const std::string mine = session.folder.write(
-        "mine.ini", std::string("[Support Vid Pid]\nVID_00 = 0x1209\nSSPID_00 = 2\nHSPID_00 = 3\n"));
+        "mine.ini",
+        std::string("[Support Vid Pid]\nVID_00 = 0x1209\nSSPID_00 = 2\nHSPID_00 = 3\n"));
     EXPECT_EQ(session.run({CommandLine::Verb::List, {}, mine, {}}), kExitSuccess);
     EXPECT_EQ(session.out.str(), "1209:0001\n1209:0002  supported hub\n");
 }

@@ -10,18 +10,21 @@
 namespace vornadel::test
 {
 
-/// A run of the real vornadelctl as a child process. One that is still running at the end of the test is killed.
+/// A run of the real vornadelctl as a child process. One that is still running at the end of the
+/// test is killed.
 class Program
 {
 public:
-    /// `environment` is added to the test's own; the signals in `ignored` are ignored as nohup(1) has it.
+    /// `environment` is added to the test's own; the signals in `ignored` are ignored as nohup(1)
+    /// has it.
     explicit Program(std::vector<std::string> arguments, std::vector<std::string> environment = {},
                      std::initializer_list<int> ignored = {});
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
     ~Program();
 
-    /// Reads standard output until `text` has come; false when the program ended, or fell silent for 20 s, before.
+    /// Reads standard output until `text` has come; false when the program ended, or fell silent
+    /// for 20 s, before.
     bool waitFor(std::string_view text);
     void send(int signal) const;
     /// Nobody reads standard output from now on.

@@ -77,7 +77,8 @@ TEST_F(ProgramTest, NeedsNoWindowSystem)
     Program program({}, {"LD_TRACE_LOADED_OBJECTS=1"});
     EXPECT_EQ(program.finish(), 0);
     EXPECT_THAT(program.out(), HasSubstr("libusb"));
-    for (const char* const library : {"libQt", "libGL", "libEGL", "libX11", "libxcb", "libwayland"}) {
+    for (const char* const library :
+         {"libQt", "libGL", "libEGL", "libX11", "libxcb", "libwayland"}) {
         EXPECT_THAT(program.out(), Not(HasSubstr(library)));
     }
 }
@@ -176,8 +177,9 @@ TEST_F(ProgramTest, FailsWhileAnotherProgramUpdatesTheSameHubAndDoesItNoHarm)
     EXPECT_EQ(session.update(m_image), kExitSuccess) << session.err.str();
     EXPECT_EQ(flash(), demoImage(kDemoVersion101));
     EXPECT_EQ(secondStatus, kExitFailure);
-    EXPECT_EQ(complaint, "Fail To Open Rom Device\nPlease Load Driver firstly\nThen replugin usb hub device\n"
-                         "Update FW Fail\n");
+    EXPECT_EQ(complaint,
+              "Fail To Open Rom Device\nPlease Load Driver firstly\nThen replugin usb hub device\n"
+              "Update FW Fail\n");
 }
 
 } // namespace

@@ -69,7 +69,8 @@ TEST(Read, MovesOneLineOnATerminal)
     EXPECT_EQ(session.read(session.folder.path("read.bin"), true), kExitSuccess);
     EXPECT_THAT(session.out.str(), HasSubstr("Reset to Flash Code...\n\r[" + std::string(50, '#') +
                                              "] 100%\nRead Fw Success\nSaved "));
-    EXPECT_THAT(session.out.str(), Not(HasSubstr("\n\r[" + std::string(50, ' ') + "]   0%\nSaved")));
+    EXPECT_THAT(session.out.str(),
+                Not(HasSubstr("\n\r[" + std::string(50, ' ') + "]   0%\nSaved")));
 }
 
 TEST(Read, SavesABlankFlash)
@@ -129,15 +130,16 @@ TEST_P(FailingRead, TellsTheReasonOnStandardErrorAndLeavesTheFile)
 
 INSTANTIATE_TEST_SUITE_P(
     Faults, FailingRead,
-    testing::Values(Failure{"latency=none,mode=rom,fault=open-refused:1", kNotOpened},
-                    Failure{"latency=none,fault=never@1", kNotOpened},
-                    Failure{"latency=none,fault=same-mode@1", kNotOpened},
-                    Failure{"latency=none,fault=stall@rom", kNotOpened},
-                    Failure{"latency=none,mode=rom,fault=stall@read#1", "Fail to Read Flash\n"},
-                    Failure{"latency=none,mode=rom,fault=vanish-before@read#4", "Fail to Read Flash\n"},
-                    Failure{"latency=none,mode=rom,fault=vanish-after@read#8", "Fail to Read Flash\n"},
-                    Failure{"latency=none,mode=rom,fault=never@1", "Fail to Reset to Flash Code\n"},
-                    Failure{"latency=none,mode=rom,fault=stall@flash", "Fail to Reset to Flash Code\n"}));
+    testing::Values(
+        Failure{"latency=none,mode=rom,fault=open-refused:1", kNotOpened},
+        Failure{"latency=none,fault=never@1", kNotOpened},
+        Failure{"latency=none,fault=same-mode@1", kNotOpened},
+        Failure{"latency=none,fault=stall@rom", kNotOpened},
+        Failure{"latency=none,mode=rom,fault=stall@read#1", "Fail to Read Flash\n"},
+        Failure{"latency=none,mode=rom,fault=vanish-before@read#4", "Fail to Read Flash\n"},
+        Failure{"latency=none,mode=rom,fault=vanish-after@read#8", "Fail to Read Flash\n"},
+        Failure{"latency=none,mode=rom,fault=never@1", "Fail to Reset to Flash Code\n"},
+        Failure{"latency=none,mode=rom,fault=stall@flash", "Fail to Reset to Flash Code\n"}));
 
 TEST(Read, FailsWithoutAHubAndMakesNoFile)
 {
@@ -162,14 +164,15 @@ TEST(Read, LeavesTheHubAloneWhereNothingCanBeSaved)
         {session.folder.path("file/read.bin"), "Not a directory"},
         {"/dev/full", "it is not a regular file"},
         {session.folder.path("full"), "it is not a regular file"},
-        {"/proc/self/read.bin", "No such file or directory"}, // a folder in which nobody can make a file
+        {"/proc/self/read.bin", "No such file or directory"}, // a folder in which nobody can make a
+                                                              // file
     };
     const std::size_t files = filesIn(session.folder);
     for (const auto& row : rows) {
         SCOPED_TRACE(row.file);
         EXPECT_EQ(session.read(row.file), kExitFailure);
-        EXPECT_EQ(session.err.str(),
-                  "the flash was not read, as it could not be saved: " + row.file + ": " + row.why + '\n');
+        EXPECT_EQ(session.err.str(), "the flash was not read, as it could not be saved: " +
+                                         row.file + ": " + row.why + '\n');
         EXPECT_THAT(session.out.str(), IsEmpty());
     }
     EXPECT_EQ(session.hub().requestCount(), 0U);
@@ -190,7 +193,8 @@ TEST(Read, LeavesTheFileWhenTheDiskIsFull)
     }
 
     EXPECT_EQ(status, kExitFailure);
-    EXPECT_EQ(session.err.str(), "the flash was read but could not be saved: " + file + ": File too large\n");
+    EXPECT_EQ(session.err.str(),
+              "the flash was read but could not be saved: " + file + ": File too large\n");
     EXPECT_EQ(textIn(session.folder, "read.bin"), "earlier");
     EXPECT_EQ(filesIn(session.folder), files);
 }

@@ -18,7 +18,8 @@ using testing::StartsWith;
 
 std::string asText(const std::vector<std::uint8_t>& bytes) { return {bytes.begin(), bytes.end()}; }
 
-const std::string kIds = "[Support Vid Pid]\nVID_00 = 0x1209\nSSPID_00 = 0x0001\nHSPID_00 = 0x0002\n";
+const std::string kIds =
+    "[Support Vid Pid]\nVID_00 = 0x1209\nSSPID_00 = 0x0001\nHSPID_00 = 0x0002\n";
 
 int scalar(Session& session, const std::string& configFile = {})
 {
@@ -40,7 +41,8 @@ TEST(Scalar, LooksBesideTheConfigurationFileThatIsNamed)
 {
     Session session("latency=none");
     TemporaryFolder other;
-    const std::string config = other.write("own.ini", "[DumpTool Config]\nFwBin = new.bin\n" + kIds);
+    const std::string config =
+        other.write("own.ini", "[DumpTool Config]\nFwBin = new.bin\n" + kIds);
     other.write("new.bin", asText(demoImage(kDemoVersion101)));
     EXPECT_EQ(scalar(session, config), kExitSuccess);
     EXPECT_EQ(session.hub().flash(), demoImage(kDemoVersion101));

@@ -60,8 +60,14 @@ public:
     {
         return run({CommandLine::Verb::Read, file, {}, {}}, terminal);
     }
-    int erase(bool terminal = false) { return run({CommandLine::Verb::Erase, {}, {}, {}}, terminal); }
-    int info(const std::string& image = {}) { return run({CommandLine::Verb::Info, image, {}, {}}); }
+    int erase(bool terminal = false)
+    {
+        return run({CommandLine::Verb::Erase, {}, {}, {}}, terminal);
+    }
+    int info(const std::string& image = {})
+    {
+        return run({CommandLine::Verb::Info, image, {}, {}});
+    }
     int list() { return run({CommandLine::Verb::List, {}, {}, {}}); }
 
     SimulatedHub& hub() { return bus->hub(); }

@@ -18,7 +18,8 @@ class TemporaryFolder
 public:
     TemporaryFolder()
     {
-        std::string name = (std::filesystem::temp_directory_path() / "vornadelctl-test-XXXXXX").string();
+        std::string name =
+            (std::filesystem::temp_directory_path() / "vornadelctl-test-XXXXXX").string();
         m_path = ::mkdtemp(name.data()) != nullptr ? name : std::string();
     }
     TemporaryFolder(const TemporaryFolder&) = delete;

@@ -65,7 +65,8 @@ TEST(Update, MovesOneLineOnATerminal)
     EXPECT_EQ(std::count(writing.begin(), writing.end(), '\r'), 8);
     EXPECT_EQ(std::count(writing.begin(), writing.end(), '\n'), 1);
     EXPECT_THAT(writing, testing::StartsWith("\r[#######" + std::string(43, ' ') + "]  15%\r"));
-    EXPECT_THAT(writing, EndsWith("\r[" + std::string(25, '#') + std::string(25, ' ') + "]  50%\n"));
+    EXPECT_THAT(writing,
+                EndsWith("\r[" + std::string(25, '#') + std::string(25, ' ') + "]  50%\n"));
     EXPECT_THAT(session.out.str(), HasSubstr("Verify Flash...\n\r[" + std::string(50, '#') +
                                              "] 100%\nReset to Flash Code...\n"));
     EXPECT_THAT(session.out.str(), EndsWith("Update FW Success\n"));
@@ -103,23 +104,24 @@ TEST_P(FailingUpdate, TellsTheReasonOnStandardErrorAndExitsWithOne)
 
 INSTANTIATE_TEST_SUITE_P(
     Faults, FailingUpdate,
-    testing::Values(Failure{"latency=none,mode=rom,fault=open-refused:1", kNotOpened},
-                    Failure{"latency=none,fault=never@1", kNotOpened},
-                    Failure{"latency=none,fault=same-mode@1", kNotOpened},
-                    Failure{"latency=none,fault=stall@rom", kNotOpened},
-                    Failure{"latency=none,fault=stall@erase#1,fault=stall@erase#2,fault=stall@erase#3",
-                            "Fail to Erase Flash\n"},
-                    Failure{"latency=none,mode=rom,fault=stall@write#3", "Fail to Write Flash\n"},
-                    Failure{"latency=none,mode=rom,fault=torn:100@write#2", "Fail to Write Flash\n"},
-                    Failure{"latency=none,mode=rom,fault=vanish-before@write#1", "Fail to Write Flash\n"},
-                    Failure{"latency=none,mode=rom,fault=vanish-after@write#8", "Fail to Write Flash\n"},
-                    Failure{"latency=none,mode=rom,fault=stall@read#8", "Fail to Read Flash\n"},
-                    Failure{"latency=none,mode=rom,fault=flip@write#5", "Fail to verify flash\n"},
-                    Failure{"latency=none,mode=rom,fault=ignore@write#5", "Fail to verify flash\n"},
-                    Failure{"latency=none,mode=rom,fault=flip@read#5", "Fail to verify flash\n"},
-                    Failure{"latency=none,mode=rom,fault=ignore@read#1", "Fail to verify flash\n"},
-                    Failure{"latency=none,mode=rom,fault=never@1", "Fail to Reset to Flash Code\n"},
-                    Failure{"latency=none,mode=rom,fault=stall@flash", "Fail to Reset to Flash Code\n"}));
+    testing::Values(
+        Failure{"latency=none,mode=rom,fault=open-refused:1", kNotOpened},
+        Failure{"latency=none,fault=never@1", kNotOpened},
+        Failure{"latency=none,fault=same-mode@1", kNotOpened},
+        Failure{"latency=none,fault=stall@rom", kNotOpened},
+        Failure{"latency=none,fault=stall@erase#1,fault=stall@erase#2,fault=stall@erase#3",
+                "Fail to Erase Flash\n"},
+        Failure{"latency=none,mode=rom,fault=stall@write#3", "Fail to Write Flash\n"},
+        Failure{"latency=none,mode=rom,fault=torn:100@write#2", "Fail to Write Flash\n"},
+        Failure{"latency=none,mode=rom,fault=vanish-before@write#1", "Fail to Write Flash\n"},
+        Failure{"latency=none,mode=rom,fault=vanish-after@write#8", "Fail to Write Flash\n"},
+        Failure{"latency=none,mode=rom,fault=stall@read#8", "Fail to Read Flash\n"},
+        Failure{"latency=none,mode=rom,fault=flip@write#5", "Fail to verify flash\n"},
+        Failure{"latency=none,mode=rom,fault=ignore@write#5", "Fail to verify flash\n"},
+        Failure{"latency=none,mode=rom,fault=flip@read#5", "Fail to verify flash\n"},
+        Failure{"latency=none,mode=rom,fault=ignore@read#1", "Fail to verify flash\n"},
+        Failure{"latency=none,mode=rom,fault=never@1", "Fail to Reset to Flash Code\n"},
+        Failure{"latency=none,mode=rom,fault=stall@flash", "Fail to Reset to Flash Code\n"}));
 
 TEST(Update, RefusesAFileThatIsNoImageAndLeavesTheHubAlone)
 {
@@ -171,7 +173,8 @@ TEST(Update, ExitsWithZeroOnlyWhenTheFlashHoldsTheImage)
     }
     int succeeded = 0;
     int failed = 0;
-    for (const char* const kind : {"stall", "vanish-before", "vanish-after", "ignore", "flip", "torn:7"}) {
+    for (const char* const kind :
+         {"stall", "vanish-before", "vanish-after", "ignore", "flip", "torn:7"}) {
         for (unsigned position = 1; position <= requests; ++position) {
             const std::string fault =
                 "latency=none,fault=" + std::string(kind) + '@' + std::to_string(position);

@@ -90,8 +90,8 @@ protected:
 std::string triple(const std::string& index, const std::string& vid, const std::string& sspid,
                    const std::string& hspid)
 {
-    return "VID_" + index + " = " + vid + "\nSSPID_" + index + " = " + sspid + "\nHSPID_" + index + " = " +
-           hspid + "\n";
+    return "VID_" + index + " = " + vid + "\nSSPID_" + index + " = " + sspid + "\nHSPID_" + index +
+           " = " + hspid + "\n";
 }
 
 TEST_F(Configuration, HoldsTheThreeSettings)
@@ -149,15 +149,18 @@ class ScalarMode : public Configuration, public testing::WithParamInterface<Numb
 
 TEST_P(ScalarMode, IsReadWithBaseDetection)
 {
-    EXPECT_EQ(read(std::string("[DumpTool Config]\nScalarMode = ") + GetParam().text + "\n").isScalarMode,
-              GetParam().value);
+    EXPECT_EQ(
+        read(std::string("[DumpTool Config]\nScalarMode = ") + GetParam().text + "\n").isScalarMode,
+        GetParam().value);
 }
 
 INSTANTIATE_TEST_SUITE_P(Numbers, ScalarMode,
-                         testing::Values(NumberCase{"0", 0}, NumberCase{"1", 1}, NumberCase{"0x1", 1},
-                                         NumberCase{"01", 1}, NumberCase{"2", 2}, NumberCase{"010", 8},
-                                         NumberCase{"0xff", 255}, NumberCase{"-1", -1}, NumberCase{"yes", 0},
-                                         NumberCase{"1 of 2", 1}, NumberCase{"", 0}, NumberCase{"09", 0},
+                         testing::Values(NumberCase{"0", 0}, NumberCase{"1", 1},
+                                         NumberCase{"0x1", 1}, NumberCase{"01", 1},
+                                         NumberCase{"2", 2}, NumberCase{"010", 8},
+                                         NumberCase{"0xff", 255}, NumberCase{"-1", -1},
+                                         NumberCase{"yes", 0}, NumberCase{"1 of 2", 1},
+                                         NumberCase{"", 0}, NumberCase{"09", 0},
                                          NumberCase{"0x", 0}));
 
 TEST_F(Configuration, FillsOneEntryFromThreeKeys)
@@ -170,7 +173,8 @@ TEST_F(Configuration, FillsOneEntryFromThreeKeys)
 
 TEST_F(Configuration, CountsItsKeysInHex)
 {
-    ids(*this, triple("10", "1", "2", "3") + triple("0A", "4", "5", "6") + triple("3F", "7", "8", "9"));
+    ids(*this,
+        triple("10", "1", "2", "3") + triple("0A", "4", "5", "6") + triple("3F", "7", "8", "9"));
     EXPECT_EQ(validCount(), 3);
     EXPECT_EQ(SupportedIdList[16], (SupportedIdEntry{1, 1, 2, 3}));
     EXPECT_EQ(SupportedIdList[10], (SupportedIdEntry{1, 4, 5, 6}));
@@ -180,8 +184,9 @@ TEST_F(Configuration, CountsItsKeysInHex)
 
 TEST_F(Configuration, ReadsNoKeyOutsideItsTable)
 {
-    ids(*this, triple("40", "1", "2", "3") + triple("FF", "1", "2", "3") + triple("100", "1", "2", "3") +
-                   triple("5", "1", "2", "3") + triple("005", "1", "2", "3"));
+    ids(*this, triple("40", "1", "2", "3") + triple("FF", "1", "2", "3") +
+                   triple("100", "1", "2", "3") + triple("5", "1", "2", "3") +
+                   triple("005", "1", "2", "3"));
     EXPECT_EQ(validCount(), 0);
     expectCleanRest();
 }
@@ -192,22 +197,24 @@ TEST_F(Configuration, TakesAFullTable)
     for (unsigned i = 0; i < kSupportedIdCount; ++i) {
         char index[8];
         std::snprintf(index, sizeof index, "%02X", i);
-        lines += triple(index, std::to_string(i + 1), std::to_string(i + 100), std::to_string(i + 200));
+        lines +=
+            triple(index, std::to_string(i + 1), std::to_string(i + 100), std::to_string(i + 200));
     }
     ids(*this, lines);
     EXPECT_EQ(validCount(), 64);
     for (std::uint16_t i = 0; i < kSupportedIdCount; ++i) {
-        const auto expected =
-            SupportedIdEntry{1, static_cast<std::uint16_t>(i + 1), static_cast<std::uint16_t>(i + 100),
-                             static_cast<std::uint16_t>(i + 200)};
+        const auto expected = SupportedIdEntry{1, static_cast<std::uint16_t>(i + 1),
+                                               static_cast<std::uint16_t>(i + 100),
+                                               static_cast<std::uint16_t>(i + 200)};
         EXPECT_EQ(SupportedIdList.at(i), expected);
     }
 }
 
 TEST_F(Configuration, GoesOnBehindAnIncompleteEntry)
 {
-    ids(*this, "VID_00 = 1\nSSPID_00 = 2\n" + triple("01", "1", "0", "3") + triple("02", "x", "2", "3") +
-                   triple("03", "1", "2", "") + triple("20", "1", "2", "3"));
+    ids(*this, "VID_00 = 1\nSSPID_00 = 2\n" + triple("01", "1", "0", "3") +
+                   triple("02", "x", "2", "3") + triple("03", "1", "2", "") +
+                   triple("20", "1", "2", "3"));
     EXPECT_EQ(validCount(), 1);
     EXPECT_EQ(SupportedIdList[32], (SupportedIdEntry{1, 1, 2, 3}));
     expectCleanRest();
@@ -215,7 +222,8 @@ TEST_F(Configuration, GoesOnBehindAnIncompleteEntry)
 
 TEST_F(Configuration, KeepsTheLowSixteenBits)
 {
-    ids(*this, triple("00", "0x11209", "0xFFFF0001", "65538") + triple("01", "-1", "010", "0xffff"));
+    ids(*this,
+        triple("00", "0x11209", "0xFFFF0001", "65538") + triple("01", "-1", "010", "0xffff"));
     EXPECT_EQ(SupportedIdList[0], (SupportedIdEntry{1, 0x1209, 0x0001, 0x0002}));
     EXPECT_EQ(SupportedIdList[1], (SupportedIdEntry{1, 0xFFFF, 8, 0xFFFF}));
 }
@@ -230,7 +238,8 @@ TEST_F(Configuration, DropsAnEntryWhoseLowBitsAreZero)
 
 TEST_F(Configuration, SurvivesNumbersThatNobodyCanHold)
 {
-    ids(*this, triple("00", "99999999999999999999", "-99999999999999999999", "0xFFFFFFFFFFFFFFFFFFFF"));
+    ids(*this,
+        triple("00", "99999999999999999999", "-99999999999999999999", "0xFFFFFFFFFFFFFFFFFFFF"));
     for (const SupportedIdEntry& entry : SupportedIdList) {
         EXPECT_LE(entry.valid, 1);
     }
@@ -251,7 +260,8 @@ TEST_F(Configuration, ReadsASectionThatIsNamedLikeAKeyAsMissing)
 
 TEST_F(Configuration, SurvivesALineThatIsTooLong)
 {
-    const ToolConfig config = read("[DumpTool Config]\nAppTitle = " + std::string(2000, 'x') + "\n");
+    const ToolConfig config =
+        read("[DumpTool Config]\nAppTitle = " + std::string(2000, 'x') + "\n");
     EXPECT_NE(console, "");
     EXPECT_EQ(validCount(), 0);
     EXPECT_EQ(config.problem, "");

@@ -27,8 +27,9 @@ TEST(HubDriver, CopiesTheBundleByAnEscapedPath)
     FakeShell shell;
     copyDriverBundle(shell, "/opt/a b/(x)");
     copyDriverBundle(shell, "/x");
-    EXPECT_EQ(shell.commands, (std::vector<std::string>{"cp -R /opt/a\\ b/\\(x\\)/HubUpdaterDriver.kext /tmp",
-                                                        "cp -R /x/HubUpdaterDriver.kext /tmp"}));
+    EXPECT_EQ(shell.commands,
+              (std::vector<std::string>{"cp -R /opt/a\\ b/\\(x\\)/HubUpdaterDriver.kext /tmp",
+                                        "cp -R /x/HubUpdaterDriver.kext /tmp"}));
 }
 
 std::string pathForACommandOf(std::size_t bytes)
@@ -49,7 +50,8 @@ TEST(HubDriverDeathTest, EndsTheProcessRatherThanCutACommand)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     FakeShell shell;
-    EXPECT_EXIT(copyDriverBundle(shell, pathForACommandOf(512)), testing::ExitedWithCode(EXIT_FAILURE),
+    EXPECT_EXIT(copyDriverBundle(shell, pathForACommandOf(512)),
+                testing::ExitedWithCode(EXIT_FAILURE),
                 "a shell command of 512 bytes does not fit into 511");
 }
 
@@ -59,7 +61,8 @@ class DriverCopy : public testing::Test
 public:
     DriverCopy()
     {
-        std::string pattern = (std::filesystem::temp_directory_path() / "driver_test-XXXXXX").string();
+        std::string pattern =
+            (std::filesystem::temp_directory_path() / "driver_test-XXXXXX").string();
         m_folder = mkdtemp(pattern.data());
     }
     ~DriverCopy() override { std::filesystem::remove_all(m_folder); }
@@ -88,9 +91,15 @@ TEST_F(DriverCopy, IsNotWrittenToThroughALinkOrIntoAPipe)
     std::filesystem::remove(copy());
     std::ofstream(m_folder + "/mine") << "precious";
     for (const auto& make : std::vector<std::function<void(const std::string&)>>{
-             [this](const std::string& name) { std::filesystem::create_symlink(m_folder + "/mine", name); },
-             [this](const std::string& name) { std::filesystem::create_hard_link(m_folder + "/mine", name); },
-             [this](const std::string& name) { std::filesystem::create_directory_symlink(m_folder, name); },
+             [this](const std::string& name) {
+                 std::filesystem::create_symlink(m_folder + "/mine", name);
+             },
+             [this](const std::string& name) {
+                 std::filesystem::create_hard_link(m_folder + "/mine", name);
+             },
+             [this](const std::string& name) {
+                 std::filesystem::create_directory_symlink(m_folder, name);
+             },
              [](const std::string& name) { mkfifo(name.c_str(), 0600); }}) {
         for (const char* place : {"/hub-access.rules", "/Contents/MacOS/driver"}) {
             ASSERT_TRUE(claimDriverCopy(copy()));

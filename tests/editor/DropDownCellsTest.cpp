@@ -216,7 +216,9 @@ TEST_F(DropDown, LooksLikeOneAtRest)
 {
     m_table.clearFocus();
     const auto picture = [this](int row, int column) {
-        return m_table.viewport()->grab(m_table.visualRect(m_table.model()->index(row, column))).toImage();
+        return m_table.viewport()
+            ->grab(m_table.visualRect(m_table.model()->index(row, column)))
+            .toImage();
     };
     // Its right end, where the arrow is: the same in every value cell, and not in a name.
     const auto arrow = [](const QImage& image) {

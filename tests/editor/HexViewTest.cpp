@@ -122,14 +122,16 @@ double luminance(const QColor& color)
     const auto linear = [](double part) {
         return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
     };
-    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
+           0.0722 * linear(color.blueF());
 }
 
 TEST_F(HexView, HasARedThatCanBeReadOnAnyGround)
 {
     it().ShowBinary(3, 4);
-    for (const QColor& ground : {QColor(Qt::white), QColor(0xD0, 0xD0, 0xD0), QColor(0x40, 0x40, 0x40),
-                                 QColor(0x1B, 0x1E, 0x20), QColor(Qt::black)}) {
+    for (const QColor& ground :
+         {QColor(Qt::white), QColor(0xD0, 0xD0, 0xD0), QColor(0x40, 0x40, 0x40),
+          QColor(0x1B, 0x1E, 0x20), QColor(Qt::black)}) {
         QPalette palette = m_hex.palette();
         palette.setColor(QPalette::Base, ground);
         m_hex.setPalette(palette); // with the text on show

@@ -18,7 +18,8 @@ TEST(MyTableView, HasThreeRowsAndChangesNothing)
     view.tableView_setObjectValue_forTableColumn_row(1, "curValue", 2);
     view.tableViewSelectionDidChange();
     EXPECT_EQ(MyTableView::tableView_objectValueForTableColumn_row("curValue", 2), "Empty Value");
-    EXPECT_EQ(log, (QStringList{"Enter numberOfRowsInTableView", "setObjectValue", "selectionDidChange"}));
+    EXPECT_EQ(log, (QStringList{"Enter numberOfRowsInTableView", "setObjectValue",
+                                "selectionDidChange"}));
 }
 
 } // namespace

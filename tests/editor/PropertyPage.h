@@ -20,7 +20,8 @@
 namespace vornadel::test
 {
 
-/// The views of a flash page without the page: a controller over an image whose block lies at 0x100.
+/// The views of a flash page without the page: a controller over an image whose block lies at
+/// 0x100.
 class PropertyPage : public testing::Test
 {
 protected:
@@ -32,18 +33,19 @@ protected:
     PropertyPage()
     {
         auto* const fields = m_fields.data();
-        const PropertyViews views{&m_table,   &m_icTypes, &m_description, &m_hex,     fields,     fields + 1,
-                                  fields + 2, fields + 3, fields + 4,     fields + 5, fields + 6, fields + 7};
-        m_controller =
-            std::make_unique<TableViewController>(views, m_image, m_directory.path().toStdString(),
-                                                  PropertyVoices{[this](const QString& line) {
-                                                                     m_log.append(line);
-                                                                     m_heard.append("log: " + line);
-                                                                 },
-                                                                 [this](const QString& text) {
-                                                                     m_alerts.append(text);
-                                                                     m_heard.append("alert: " + text);
-                                                                 }});
+        const PropertyViews views{&m_table,   &m_icTypes, &m_description, &m_hex,
+                                  fields,     fields + 1, fields + 2,     fields + 3,
+                                  fields + 4, fields + 5, fields + 6,     fields + 7};
+        m_controller = std::make_unique<TableViewController>(
+            views, m_image, m_directory.path().toStdString(),
+            PropertyVoices{[this](const QString& line) {
+                               m_log.append(line);
+                               m_heard.append("log: " + line);
+                           },
+                           [this](const QString& text) {
+                               m_alerts.append(text);
+                               m_heard.append("alert: " + text);
+                           }});
     }
 
     void load() { ASSERT_TRUE(parse(m_image, imageWithBlock(kLength, kBlock))); }

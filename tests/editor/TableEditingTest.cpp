@@ -1,4 +1,5 @@
-// What an edit of the property table does to the image, to its hex view and to the row that was edited.
+// What an edit of the property table does to the image, to its hex view and to the row that was
+// edited.
 
 #include "tests/editor/PropertyPage.h"
 
@@ -103,12 +104,13 @@ TEST_F(TableEditing, RefusesALockedPropertyUntilItsBitIsSet)
     it().propItemList.pop_back(); // it is on another page
     m_log.clear();
     choose(0, 1);
-    EXPECT_EQ(m_alerts, QStringList{"This Item is Not Editable.  To Change this Item,you should set\n\n"
-                                    " U1 Enable\n(Addr 0x0C[4:4])\n\nfrom 0 to 1"});
+    EXPECT_EQ(m_alerts,
+              QStringList{"This Item is Not Editable.  To Change this Item,you should set\n\n"
+                          " U1 Enable\n(Addr 0x0C[4:4])\n\nfrom 0 to 1"});
     EXPECT_EQ(allBytes(), imageWithBlock(kLength, kBlock));
     EXPECT_EQ(locked.curValue, "0");
-    EXPECT_EQ(m_log,
-              (QStringList{"baseOnMask=16;baseOnAddr=12;baseOnValue=0", "Enter numberOfRowsInTableView"}));
+    EXPECT_EQ(m_log, (QStringList{"baseOnMask=16;baseOnAddr=12;baseOnValue=0",
+                                  "Enter numberOfRowsInTableView"}));
 
     it().propItemList.push_back(it().allItemList.back());
     choose(1, 1);
@@ -127,11 +129,12 @@ TEST_F(TableEditing, ReloadsALockedRowOnlyAfterItsAlert)
     it().reloadTable();
     m_heard.clear();
     choose(0, 1);
-    EXPECT_EQ(m_heard,
-              (QStringList{"log: baseOnMask=16;baseOnAddr=12;baseOnValue=0",
-                           "alert: This Item is Not Editable.  To Change this Item,you should set\n\n"
-                           " (null)\n(Addr 0x0C[4:4])\n\nfrom 0 to 1",
-                           "log: Enter numberOfRowsInTableView"}));
+    EXPECT_EQ(
+        m_heard,
+        (QStringList{"log: baseOnMask=16;baseOnAddr=12;baseOnValue=0",
+                     "alert: This Item is Not Editable.  To Change this Item,you should set\n\n"
+                     " (null)\n(Addr 0x0C[4:4])\n\nfrom 0 to 1",
+                     "log: Enter numberOfRowsInTableView"}));
 }
 
 TEST_F(TableEditing, NamesTheFirstControllingItemAndNullForNone)
@@ -141,8 +144,9 @@ TEST_F(TableEditing, NamesTheFirstControllingItemAndNullForNone)
     locked.baseOnAddr = 0x112;
     locked.baseOnMask = 0x06;
     choose(0, 1);
-    EXPECT_EQ(m_alerts.value(0), "This Item is Not Editable.  To Change this Item,you should set\n\n (null)\n"
-                                 "(Addr 0x112[2:1])\n\nfrom 0 to 1");
+    EXPECT_EQ(m_alerts.value(0),
+              "This Item is Not Editable.  To Change this Item,you should set\n\n (null)\n"
+              "(Addr 0x112[2:1])\n\nfrom 0 to 1");
     add(2, 0x112, 0x06).propName = "First";
     add(3, 0x112, 0x06).propName = "Second";
     choose(0, 1);

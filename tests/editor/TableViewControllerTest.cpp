@@ -198,7 +198,8 @@ TEST_F(TableController, DescribesTheSelectedRow)
     EXPECT_EQ(m_description.toPlainText(),
               "(addr:0x12  mask:0x06)\nWhat it does : \n0 : Off\n1 : On\n2 : Auto\n");
     select(1);
-    EXPECT_EQ(m_description.toPlainText(), "0 : Off\n1 : On\n2 : Auto\n") << "key 0: its options alone";
+    EXPECT_EQ(m_description.toPlainText(), "0 : Off\n1 : On\n2 : Auto\n")
+        << "key 0: its options alone";
     unbound.propList.clear();
     m_table.clearSelection();
     EXPECT_EQ(m_description.toPlainText(), "0 : Off\n1 : On\n2 : Auto\n") << "no row, no change";
@@ -281,7 +282,8 @@ TEST_F(TableController, FillsTheIdentityFields)
 TEST_F(TableController, LoadsTheSelectedDefinitionFile)
 {
     const std::string path = m_directory.path().toStdString() + "/A.INI";
-    std::ofstream(path) << "[HubFF_USB_05]\nPropName = Gain\nPropAddr = 20\nPropMask = 3\nPageName = SSC\n";
+    std::ofstream(path)
+        << "[HubFF_USB_05]\nPropName = Gain\nPropAddr = 20\nPropMask = 3\nPageName = SSC\n";
     it().LoadIni();
     EXPECT_TRUE(it().allItemList.empty()) << "nothing is selected";
     EXPECT_TRUE(m_log.isEmpty());

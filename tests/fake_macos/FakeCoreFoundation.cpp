@@ -134,11 +134,12 @@ CFURLRef CFBundleCopyBundleURL(CFBundleRef bundle)
     if (!state->machine->bundleHasUrl) {
         return nullptr;
     }
-    return state->madeAt(
-        new __CFURL(state->nextName("url"), *state->machine->bundlePath, state->machine->urlHasPath));
+    return state->madeAt(new __CFURL(state->nextName("url"), *state->machine->bundlePath,
+                                     state->machine->urlHasPath));
 }
 
-Boolean CFURLGetFileSystemRepresentation(CFURLRef url, Boolean absolute, UInt8* buffer, CFIndex size)
+Boolean CFURLGetFileSystemRepresentation(CFURLRef url, Boolean absolute, UInt8* buffer,
+                                         CFIndex size)
 {
     const auto state = mac();
     const std::lock_guard lock(state->mutex);
@@ -149,7 +150,8 @@ Boolean CFURLGetFileSystemRepresentation(CFURLRef url, Boolean absolute, UInt8* 
     }
     const std::size_t room = static_cast<std::size_t>(size) - 1;
     const std::size_t fits = std::min(url->path.size(), room);
-    std::memcpy(buffer, url->path.data(), fits); // whatever the answer: a refusal leaves it as it comes
+    std::memcpy(buffer, url->path.data(),
+                fits); // whatever the answer: a refusal leaves it as it comes
     buffer[fits] = 0;
     return url->hasPath && fits == url->path.size() ? 1 : 0;
 }
@@ -167,8 +169,9 @@ void CFRunLoopAddSource(CFRunLoopRef runLoop, CFRunLoopSourceRef source, CFRunLo
     const auto state = mac();
     const std::lock_guard lock(state->mutex);
     state->call(std::string("CFRunLoopAddSource(") +
-                (runLoop == ownRunLoop() ? "own run loop" : "another run loop") + ", " + nameOf(source) +
-                ", " + (mode == kCFRunLoopDefaultMode ? "default mode" : "another mode") + ')');
+                (runLoop == ownRunLoop() ? "own run loop" : "another run loop") + ", " +
+                nameOf(source) + ", " +
+                (mode == kCFRunLoopDefaultMode ? "default mode" : "another mode") + ')');
     if (source == nullptr) {
         state->wrong("a run loop given no source");
         return;
@@ -178,10 +181,11 @@ void CFRunLoopAddSource(CFRunLoopRef runLoop, CFRunLoopSourceRef source, CFRunLo
     }
 }
 
-CFUUIDRef CFUUIDGetConstantUUIDWithBytes(CFAllocatorRef /*allocator*/, UInt8 byte0, UInt8 byte1, UInt8 byte2,
-                                         UInt8 byte3, UInt8 byte4, UInt8 byte5, UInt8 byte6, UInt8 byte7,
-                                         UInt8 byte8, UInt8 byte9, UInt8 byte10, UInt8 byte11, UInt8 byte12,
-                                         UInt8 byte13, UInt8 byte14, UInt8 byte15)
+CFUUIDRef CFUUIDGetConstantUUIDWithBytes(CFAllocatorRef /*allocator*/, UInt8 byte0, UInt8 byte1,
+                                         UInt8 byte2, UInt8 byte3, UInt8 byte4, UInt8 byte5,
+                                         UInt8 byte6, UInt8 byte7, UInt8 byte8, UInt8 byte9,
+                                         UInt8 byte10, UInt8 byte11, UInt8 byte12, UInt8 byte13,
+                                         UInt8 byte14, UInt8 byte15)
 {
     static std::mutex mutex;
     static std::list<__CFUUID> made; // one for each set of bytes, to the end of the process

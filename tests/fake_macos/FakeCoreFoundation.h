@@ -20,7 +20,8 @@ struct CoreObject {
     std::string name;
 };
 
-/// What a platform's identifier stands for, "device interface" and the like; "an unknown id" when it is none of them.
+/// What a platform's identifier stands for, "device interface" and the like; "an unknown id" when
+/// it is none of them.
 std::string nameOf(CFUUIDRef uuid);
 std::string nameOf(const CFUUIDBytes& bytes);
 

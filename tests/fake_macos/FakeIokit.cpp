@@ -26,11 +26,20 @@ namespace
 
 constexpr mach_port_t kMainPort = 0;
 
-std::string portName(mach_port_t port) { return port == kMainPort ? "main port" : "port of another kind"; }
+std::string portName(mach_port_t port)
+{
+    return port == kMainPort ? "main port" : "port of another kind";
+}
 
-std::string quoted(const char* text) { return text != nullptr ? '"' + std::string(text) + '"' : "none"; }
+std::string quoted(const char* text)
+{
+    return text != nullptr ? '"' + std::string(text) + '"' : "none";
+}
 
-std::string nameOf(CFDictionaryRef dictionary) { return dictionary != nullptr ? dictionary->name : "none"; }
+std::string nameOf(CFDictionaryRef dictionary)
+{
+    return dictionary != nullptr ? dictionary->name : "none";
+}
 
 /// A search and a notification use the caller's dictionary up, whatever comes of it.
 void useUp(MacState& state, CFDictionaryRef dictionary)
@@ -67,8 +76,10 @@ kern_return_t IOServiceGetMatchingServices(mach_port_t port, CFDictionaryRef mat
 {
     const auto state = mac();
     const std::lock_guard lock(state->mutex);
-    std::string text = "IOServiceGetMatchingServices(" + portName(port) + ", " + nameOf(matching) + ')';
-    kern_return_t result = matching == nullptr ? kIOReturnBadArgument : state->machine->matchingResult;
+    std::string text =
+        "IOServiceGetMatchingServices(" + portName(port) + ", " + nameOf(matching) + ')';
+    kern_return_t result =
+        matching == nullptr ? kIOReturnBadArgument : state->machine->matchingResult;
     if (result == kIOReturnSuccess) {
         RegistryObject list{.name = state->nextName("iterator"), .isIterator = true, .devices = {}};
         list.devices.assign(state->attached.begin(), state->attached.end());
@@ -94,7 +105,8 @@ io_object_t IOIteratorNext(io_iterator_t iterator)
         } else {
             const DevicePointer device = list.devices.front();
             list.devices.pop_front();
-            next = state->add({.name = "service " + std::to_string(device->place), .devices = {device}});
+            next = state->add(
+                {.name = "service " + std::to_string(device->place), .devices = {device}});
         }
     } else if (iterator != IO_OBJECT_NULL) {
         state->wrong("IOIteratorNext of " + name);
@@ -114,8 +126,8 @@ kern_return_t IOObjectRelease(io_object_t object)
         state->wrong("release of " + name);
     } else {
         const RegistryObject& released = found->second;
-        result =
-            released.isIterator ? kIOReturnSuccess : released.devices.front()->behaviour.serviceReleaseResult;
+        result = released.isIterator ? kIOReturnSuccess
+                                     : released.devices.front()->behaviour.serviceReleaseResult;
         state->gone(name, "release");
         state->objects.erase(found);
         std::erase_if(state->notifications,
@@ -126,8 +138,8 @@ kern_return_t IOObjectRelease(io_object_t object)
 }
 
 kern_return_t IOCreatePlugInInterfaceForService(io_service_t service, CFUUIDRef pluginType,
-                                                CFUUIDRef interfaceType, IOCFPlugInInterface*** interface,
-                                                SInt32* score)
+                                                CFUUIDRef interfaceType,
+                                                IOCFPlugInInterface*** interface, SInt32* score)
 {
     const auto state = mac();
     const std::lock_guard lock(state->mutex);
@@ -185,9 +197,11 @@ CFRunLoopSourceRef IONotificationPortGetRunLoopSource(IONotificationPortRef noti
     return notify->source;
 }
 
-kern_return_t IOServiceAddMatchingNotification(IONotificationPortRef notify, const char* notificationType,
-                                               CFDictionaryRef matching, IOServiceMatchingCallback callback,
-                                               void* reference, io_iterator_t* notification)
+kern_return_t IOServiceAddMatchingNotification(IONotificationPortRef notify,
+                                               const char* notificationType,
+                                               CFDictionaryRef matching,
+                                               IOServiceMatchingCallback callback, void* reference,
+                                               io_iterator_t* notification)
 {
     const auto state = mac();
     const std::lock_guard lock(state->mutex);
@@ -200,8 +214,8 @@ kern_return_t IOServiceAddMatchingNotification(IONotificationPortRef notify, con
     if (refused != state->machine->refusedNotifications.end()) {
         result = refused->second;
     }
-    std::string text = "IOServiceAddMatchingNotification(" + notify->name + ", " + quoted(notificationType) +
-                       ", " + nameOf(matching) + ", " +
+    std::string text = "IOServiceAddMatchingNotification(" + notify->name + ", " +
+                       quoted(notificationType) + ", " + nameOf(matching) + ", " +
                        (reference == nullptr ? "no reference" : "a reference") + ')';
     if (result == kIOReturnSuccess) {
         RegistryObject list{.name = state->nextName("iterator"), .isIterator = true, .devices = {}};
@@ -210,7 +224,8 @@ kern_return_t IOServiceAddMatchingNotification(IONotificationPortRef notify, con
         }
         text += " = " + list.name;
         *notification = state->add(std::move(list));
-        state->notifications.push_back({notificationType, *notification, notify, callback, reference});
+        state->notifications.push_back(
+            {notificationType, *notification, notify, callback, reference});
     }
     state->call(text + statusText(result));
     useUp(*state, matching);

@@ -32,17 +32,20 @@ std::string argumentsText(char* const* arguments)
 
 extern "C" {
 
-OSStatus AuthorizationCreate(const AuthorizationRights* rights, const AuthorizationEnvironment* environment,
-                             AuthorizationFlags flags, AuthorizationRef* authorization)
+OSStatus AuthorizationCreate(const AuthorizationRights* rights,
+                             const AuthorizationEnvironment* environment, AuthorizationFlags flags,
+                             AuthorizationRef* authorization)
 {
     const auto state = mac();
     const std::lock_guard lock(state->mutex);
-    std::string text = std::string("AuthorizationCreate(") + (rights == nullptr ? "no rights" : "rights") +
-                       ", " + (environment == nullptr ? "no environment" : "an environment") + ", flags " +
+    std::string text = std::string("AuthorizationCreate(") +
+                       (rights == nullptr ? "no rights" : "rights") + ", " +
+                       (environment == nullptr ? "no environment" : "an environment") + ", flags " +
                        std::to_string(flags) + ')';
     const OSStatus result = state->machine->authorizationResult;
     if (result == errAuthorizationSuccess) {
-        const auto* made = state->madeAt(new AuthorizationOpaqueRef{state->nextName("authorization")});
+        const auto* made =
+            state->madeAt(new AuthorizationOpaqueRef{state->nextName("authorization")});
         text += " = " + made->name;
         *authorization = made;
     }
@@ -71,11 +74,13 @@ OSStatus AuthorizationFree(AuthorizationRef authorization, AuthorizationFlags fl
 {
     const auto state = mac();
     const std::lock_guard lock(state->mutex);
-    state->call("AuthorizationFree(" + nameOf(authorization) + ", flags " + std::to_string(flags) + ')');
+    state->call("AuthorizationFree(" + nameOf(authorization) + ", flags " + std::to_string(flags) +
+                ')');
     if (authorization == nullptr) {
         return errAuthorizationInvalidRef;
     }
-    return state->goneAt(authorization, "freeing") ? errAuthorizationSuccess : errAuthorizationInvalidRef;
+    return state->goneAt(authorization, "freeing") ? errAuthorizationSuccess
+                                                   : errAuthorizationInvalidRef;
 }
 
 OSErr Gestalt(OSType selector, SInt32* response)

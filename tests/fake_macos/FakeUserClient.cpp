@@ -1,4 +1,5 @@
-// The plug-in of a device and the device interface that it gives, as programs meet them: pointers to tables of functions.
+// The plug-in of a device and the device interface that it gives, as programs meet them: pointers
+// to tables of functions.
 
 #include "tests/fake_macos/FakeUserClient.h"
 
@@ -64,7 +65,8 @@ ULONG addReference(void* self)
 ULONG release(void* self)
 {
     UserClient& client = of(self);
-    const std::shared_ptr<MacState> state = client.state; // the last thing given out may hold it alone
+    const std::shared_ptr<MacState> state = client.state; // the last thing given out may hold it
+                                                          // alone
     Call call(self, "Release");
     if (client.device->holder == self) {
         state->wrong(client.name + " released while it was open");
@@ -167,8 +169,9 @@ IOReturn request(void* self, IOUSBDevRequest* transfer)
 {
     const UserClient& client = of(self);
     char text[64];
-    std::snprintf(text, sizeof text, "DeviceRequest(%02X %02X %04X %04X %04X)", transfer->bmRequestType,
-                  transfer->bRequest, transfer->wValue, transfer->wIndex, transfer->wLength);
+    std::snprintf(text, sizeof text, "DeviceRequest(%02X %02X %04X %04X %04X)",
+                  transfer->bmRequestType, transfer->bRequest, transfer->wValue, transfer->wIndex,
+                  transfer->wLength);
     Call call(self, text);
     transfer->wLenDone = 0;
     if (const IOReturn wrong = reach(client); wrong != kIOReturnSuccess) {
@@ -224,8 +227,8 @@ HRESULT queryInterface(void* self, REFIID iid, LPVOID* interface)
     const bool given = plugIn.device->behaviour.givesInterface && nameOf(iid) == "device interface";
     const std::string name = "interface " + place;
     const HRESULT result = plugIn.device->behaviour.queryResult;
-    const Call call(self,
-                    "QueryInterface(" + nameOf(iid) + ')' + (given ? " = " + name : "") + statusText(result));
+    const Call call(self, "QueryInterface(" + nameOf(iid) + ')' + (given ? " = " + name : "") +
+                              statusText(result));
     if (given) {
         *interface = makeClient(&table, &ended, plugIn.state, plugIn.device, name);
     }
@@ -252,7 +255,8 @@ IOCFPlugInInterface plugInTableAfterTheEnd()
 
 } // namespace
 
-IOCFPlugInInterface** makePlugIn(const std::shared_ptr<MacState>& state, const DevicePointer& device)
+IOCFPlugInInterface** makePlugIn(const std::shared_ptr<MacState>& state,
+                                 const DevicePointer& device)
 {
     static IOCFPlugInInterface table = plugInTable();
     static IOCFPlugInInterface ended = plugInTableAfterTheEnd();

@@ -10,6 +10,7 @@ namespace vornadel::test
 {
 
 /// The user-client plug-in of a device, with one reference. Wants the mutex held.
-IOCFPlugInInterface** makePlugIn(const std::shared_ptr<MacState>& state, const DevicePointer& device);
+IOCFPlugInInterface** makePlugIn(const std::shared_ptr<MacState>& state,
+                                 const DevicePointer& device);
 
 } // namespace vornadel::test

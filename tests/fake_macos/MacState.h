@@ -40,7 +40,8 @@ struct Notification {
     void* reference = nullptr;
 };
 
-/// What stands behind a FakeMacos. The things given out hold on to it, so it outlives the last of them.
+/// What stands behind a FakeMacos. The things given out hold on to it, so it outlives the last of
+/// them.
 struct MacState {
     explicit MacState(FakeMacos* its) : machine(its) {}
 
@@ -57,9 +58,11 @@ struct MacState {
     io_object_t lastObject = 0x1000;
     std::vector<Notification> notifications;
     std::map<const void*, const void*> runLoopOfPort;
-    std::map<void*, void (*)(void*)> clients; ///< plug-ins and interfaces, and how each is destroyed
+    std::map<void*, void (*)(void*)> clients; ///< plug-ins and interfaces, and how each is
+                                              ///< destroyed
     std::set<const void*> handedOut;          ///< pointers that may still be given back
-    /// What the system keeps until the process ends, and what has been given back, so that its use can be told.
+    /// What the system keeps until the process ends, and what has been given back, so that its use
+    /// can be told.
     std::vector<std::shared_ptr<const void>> kept;
 
     // All of these want the mutex held.
@@ -67,7 +70,10 @@ struct MacState {
     void call(std::string text) { calls.push_back(std::move(text)); }
     void wrong(std::string text) { misuse.push_back(std::move(text)); }
     /// "dictionary 1": the next of its kind.
-    std::string nextName(const std::string& kind) { return kind + ' ' + std::to_string(++counted[kind]); }
+    std::string nextName(const std::string& kind)
+    {
+        return kind + ' ' + std::to_string(++counted[kind]);
+    }
     void made(const std::string& name) { ++alive[name]; }
     /// The same for a thing that its users hold by a pointer.
     template <typename Thing>
@@ -77,7 +83,8 @@ struct MacState {
         handedOut.insert(thing);
         return thing;
     }
-    /// Gives such a thing back and keeps it aside; false, and written down, when it is none, or not there any more.
+    /// Gives such a thing back and keeps it aside; false, and written down, when it is none, or not
+    /// there any more.
     template <typename Thing>
     bool goneAt(const Thing* thing, const std::string& how)
     {

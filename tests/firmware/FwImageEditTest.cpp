@@ -119,8 +119,8 @@ TEST_F(SetContainerId, StoresTheBytesAndKeepsTheTextAsTyped)
     const std::string typed = "{00112233-4455-6677-8899-AABBCCDDEEFF}";
     std::fill_n(m_image.containerId, 16, std::uint8_t{0xEE});
     EXPECT_TRUE(FwImage_SetContainerId(m_image, typed));
-    EXPECT_EQ(id(), (ByteList{0x00, 0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77, 0x88, 0x99, 0xAA, 0xBB, 0xCC,
-                              0xDD, 0xEE, 0xFF}));
+    EXPECT_EQ(id(), (ByteList{0x00, 0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77, 0x88, 0x99, 0xAA,
+                              0xBB, 0xCC, 0xDD, 0xEE, 0xFF}));
     EXPECT_EQ(textOf(m_image.containerIdText), typed);
     EXPECT_EQ(rest(), before);
     EXPECT_EQ(area(), areaBefore);

@@ -39,7 +39,8 @@ protected:
     std::string fileOf(const ByteList& bytes) const
     {
         std::ofstream file(path("image.bin"), std::ios::binary);
-        file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+        file.write(reinterpret_cast<const char*>(bytes.data()),
+                   static_cast<std::streamsize>(bytes.size()));
         return path("image.bin");
     }
 
@@ -110,7 +111,8 @@ TEST_F(FwImageFile, KeepsTheImageWhenTheFileIsEmpty)
 
 TEST_F(FwImageFile, KeepsTheImageWhenThereIsNoFile)
 {
-    for (const std::string& missing : {path("missing.bin"), path("missing/image.bin"), std::string()}) {
+    for (const std::string& missing :
+         {path("missing.bin"), path("missing/image.bin"), std::string()}) {
         EXPECT_EQ(GetFileSize(missing), kNoSize);
         expectRefused(missing);
     }
@@ -134,7 +136,8 @@ TEST_F(FwImageFile, FollowsALink)
     EXPECT_TRUE(FwImage_LoadFile(m_image, path("link")));
 }
 
-// A file of the system that gives less than the 4096 bytes it claims, as one does that shrinks while it is read.
+// A file of the system that gives less than the 4096 bytes it claims, as one does that shrinks
+// while it is read.
 TEST_F(FwImageFile, KeepsTheImageWhenTheFileEndsEarly)
 {
     const std::string shortFile = "/sys/devices/system/cpu/online";
@@ -170,7 +173,8 @@ TEST_F(FwImageFile, KeepsTheImageWhenTheFileMayNotBeRead)
         ::testing::ExitedWithCode(0), "");
 }
 
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // which need the address space themselves
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // which need the address space
+                                                                    // themselves
 TEST_F(FwImageFile, KeepsTheImageWhenTheFileDoesNotFitInMemory)
 {
     const std::string file = sparseFile(0x40000000);

@@ -9,7 +9,8 @@ namespace
 
 static_assert(!std::is_copy_constructible_v<FwImage> && !std::is_move_constructible_v<FwImage>);
 
-constexpr std::array<std::array<std::uint8_t, 2>, 3> kMarks{{{0xAA, 0x55}, {0x3C, 0xC3}, {0x55, 0xAA}}};
+constexpr std::array<std::array<std::uint8_t, 2>, 3> kMarks{
+    {{0xAA, 0x55}, {0x3C, 0xC3}, {0x55, 0xAA}}};
 
 TEST(FwImageParse, LocatesEveryField)
 {
@@ -205,10 +206,13 @@ struct Texts {
 
     void read(const ByteList& area)
     {
-        FwImage_ParseStrings(area.data(), static_cast<std::uint32_t>(area.size()), manufacturer, product,
-                             serial);
+        FwImage_ParseStrings(area.data(), static_cast<std::uint32_t>(area.size()), manufacturer,
+                             product, serial);
     }
-    std::array<std::string, 3> all() const { return {textOf(manufacturer), textOf(product), textOf(serial)}; }
+    std::array<std::string, 3> all() const
+    {
+        return {textOf(manufacturer), textOf(product), textOf(serial)};
+    }
 };
 using Three = std::array<std::string, 3>;
 

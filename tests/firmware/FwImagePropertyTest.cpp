@@ -138,13 +138,15 @@ TEST(FwImageProperties, StringsComeBackFromAFreshParse)
     for (int round = 0; round < 100'000; ++round) {
         FwImage image;
         ASSERT_TRUE(parse(image, imageWithBlock(600, 88)));
-        const std::array<std::string, 3> texts{randomText(random, 14, 1, 255), randomText(random, 14, 1, 255),
+        const std::array<std::string, 3> texts{randomText(random, 14, 1, 255),
+                                               randomText(random, 14, 1, 255),
                                                randomText(random, 14, 1, 255)};
         const bool fits = texts[0].size() + texts[1].size() + texts[2].size() <= 29;
         ASSERT_EQ(FwImage_SetStrings(image, texts[0], texts[1], texts[2]), fits);
         FwImage fresh;
         ASSERT_TRUE(FwImage_Parse(fresh, image.data.get(), image.size));
-        ASSERT_EQ(textsOf(fresh), fits ? texts : (std::array<std::string, 3>{})) << "round " << round;
+        ASSERT_EQ(textsOf(fresh), fits ? texts : (std::array<std::string, 3>{}))
+            << "round " << round;
         if (fits) {
             ASSERT_EQ(textsOf(image), texts);
         }

@@ -109,7 +109,8 @@ TEST_F(IdentityEdit, SetsNoFlagWhereTheTextsAreTheSame)
 
 TEST_F(IdentityEdit, SetsTheContainerFlagWhereOnlyTheCaseChanged)
 {
-    EXPECT_EQ(editTexts("Maker", "Hub", "42", "{00112233-4455-6677-8899-AABBCCDDEEFF}"), kContainerIdChanged);
+    EXPECT_EQ(editTexts("Maker", "Hub", "42", "{00112233-4455-6677-8899-AABBCCDDEEFF}"),
+              kContainerIdChanged);
     EXPECT_EQ(at(42), 0x01);
     EXPECT_EQ(bytesAt(m_image.containerId, 16),
               bytesAt(imageWithBlock(kLength, kBlock).data() + kBlock + 78, 16));
@@ -131,7 +132,8 @@ TEST_F(IdentityEdit, WipesTheStringsThatAreTooLongAndBringsThemBack)
 
 TEST_F(IdentityEdit, KeepsTextsOfAnyLengthInTheirCopies)
 {
-    editTexts(std::string(1000, 'm'), std::string(64, 'p'), std::string(63, 's'), std::string(500, 'c'));
+    editTexts(std::string(1000, 'm'), std::string(64, 'p'), std::string(63, 's'),
+              std::string(500, 'c'));
     EXPECT_EQ(textOf(m_image.manufacturer), std::string(63, 'm'));
     EXPECT_EQ(textOf(m_image.product), std::string(63, 'p'));
     EXPECT_EQ(textOf(m_image.serial), std::string(63, 's'));
@@ -145,8 +147,8 @@ TEST_F(IdentityEdit, TouchesNothingBesideItsFields)
     ByteList expected = imageWithBlock(kLength, kBlock);
     for (std::size_t i = 0; i < kLength; ++i) {
         const std::size_t offset = i - kBlock;
-        const bool mayDiffer = (offset >= kIdsBegin && offset < kIdsEnd) || offset == 10 || offset == 42 ||
-                               (offset >= kTextsBegin && offset < kTextsEnd);
+        const bool mayDiffer = (offset >= kIdsBegin && offset < kIdsEnd) || offset == 10 ||
+                               offset == 42 || (offset >= kTextsBegin && offset < kTextsEnd);
         if (!mayDiffer) {
             EXPECT_EQ(all()[i], expected[i]) << i;
         }
@@ -155,10 +157,11 @@ TEST_F(IdentityEdit, TouchesNothingBesideItsFields)
 
 TEST(IdentityTexts, FitWithFourDigitsAndTwentyNineCharacters)
 {
-    const IdentityTexts good{"1209", "0001", "0002", "0100", std::string(20, 'm'), std::string(9, 'p'), ""};
+    const IdentityTexts good{
+        "1209", "0001", "0002", "0100", std::string(20, 'm'), std::string(9, 'p'), ""};
     EXPECT_TRUE(good.fit());
-    for (std::string IdentityTexts::*id :
-         {&IdentityTexts::vid, &IdentityTexts::sspid, &IdentityTexts::hspid, &IdentityTexts::version}) {
+    for (std::string IdentityTexts::*id : {&IdentityTexts::vid, &IdentityTexts::sspid,
+                                           &IdentityTexts::hspid, &IdentityTexts::version}) {
         for (const char* text : {"", "120", "12090"}) {
             IdentityTexts bad = good;
             bad.*id = text;

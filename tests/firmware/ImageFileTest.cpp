@@ -27,12 +27,15 @@ using testing::UnorderedElementsAre;
 
 constexpr uid_t kNobody = 65534;
 
-/// Runs what follows without root's right to write everywhere, so that the permissions of files count in containers
-/// and on build machines too. Changes nothing for anyone else.
+/// Runs what follows without root's right to write everywhere, so that the permissions of files
+/// count in containers and on build machines too. Changes nothing for anyone else.
 class WithoutRootsRights
 {
 public:
-    WithoutRootsRights() : m_root(::geteuid() == 0) { EXPECT_TRUE(!m_root || ::seteuid(kNobody) == 0); }
+    WithoutRootsRights() : m_root(::geteuid() == 0)
+    {
+        EXPECT_TRUE(!m_root || ::seteuid(kNobody) == 0);
+    }
     WithoutRootsRights(const WithoutRootsRights&) = delete;
     WithoutRootsRights& operator=(const WithoutRootsRights&) = delete;
     ~WithoutRootsRights() { EXPECT_TRUE(!m_root || ::seteuid(0) == 0); }
@@ -91,8 +94,8 @@ protected:
 
     static bool save(const std::string& file, const std::string& content, std::string& problem)
     {
-        return saveFileAtomically(file, reinterpret_cast<const std::uint8_t*>(content.data()), content.size(),
-                                  problem);
+        return saveFileAtomically(file, reinterpret_cast<const std::uint8_t*>(content.data()),
+                                  content.size(), problem);
     }
 
     static void expectSaved(const std::string& file, const std::string& content)
@@ -330,7 +333,8 @@ TEST_F(ImageFile, ReplacesAForeignFileThatMayBeWrittenWithoutItsSetIdBits)
     const std::string file = make("old.bin", "old");
     ASSERT_EQ(::chmod(file.c_str(), 04777), 0);
     ASSERT_EQ(::chmod(m_folder.c_str(), 0777), 0);
-    const bool foreign = ::geteuid() == 0; // without root there is no second user, and the bits stay
+    const bool foreign = ::geteuid() == 0; // without root there is no second user, and the bits
+                                           // stay
     {
         const WithoutRootsRights ordinary;
         expectSaved(file, "new");

@@ -32,7 +32,8 @@ public:
         // In memory where there is such a place: ten thousand times, a disk would be waited for.
         const std::filesystem::path memory = "/dev/shm";
         const bool there = access(memory.c_str(), W_OK) == 0;
-        std::string pattern = (there ? memory : std::filesystem::temp_directory_path()) / "endurance-XXXXXX";
+        std::string pattern =
+            (there ? memory : std::filesystem::temp_directory_path()) / "endurance-XXXXXX";
         m_folder = mkdtemp(pattern.data());
         SimulatedHubOptions options;
         options.image = m_folder + "/flash.bin";
@@ -60,7 +61,8 @@ protected:
         clock.forgetPauses();
     }
 
-    /// Does it a thousand times and expects the process to be the same after that as after the first hundred.
+    /// Does it a thousand times and expects the process to be the same after that as after the
+    /// first hundred.
     void expectFlat(const std::function<void()>& work)
     {
         Resources early{};
@@ -72,8 +74,10 @@ protected:
         }
         const Resources late = Resources::now();
         std::cout << kUpdates << " times; heap " << early.bytes << " -> " << late.bytes
-                  << " bytes, descriptors " << early.descriptors << " -> " << late.descriptors << '\n';
-        // The smallest block that can be left behind has 24 bytes; the heap's own caches breathe by less in all.
+                  << " bytes, descriptors " << early.descriptors << " -> " << late.descriptors
+                  << '\n';
+        // The smallest block that can be left behind has 24 bytes; the heap's own caches breathe by
+        // less in all.
         EXPECT_LT(late.bytes, early.bytes + kUpdates);
         EXPECT_EQ(late.descriptors, early.descriptors);
     }

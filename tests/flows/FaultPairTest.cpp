@@ -1,6 +1,6 @@
-// Two faults in one story of an update: the second one after the first in the same run or, when the first has ended
-// that, in the run that the user starts next. Whatever the two are, what must hold holds, and a healthy update
-// succeeds at last.
+// Two faults in one story of an update: the second one after the first in the same run or, when the
+// first has ended that, in the run that the user starts next. Whatever the two are, what must hold
+// holds, and a healthy update succeeds at last.
 
 #include "tests/flows/FaultyRun.h"
 
@@ -37,7 +37,8 @@ std::vector<std::size_t> placesOf(const PairRow& row)
 
 std::string nameOf(const PairRow& row)
 {
-    return std::string(row.first.name) + (row.runs == HubCode::Flash ? "InFlashCode" : "InRomCode") +
+    return std::string(row.first.name) +
+           (row.runs == HubCode::Flash ? "InFlashCode" : "InRomCode") +
            std::to_string(row.part + 1);
 }
 
@@ -63,11 +64,15 @@ struct Second {
     unsigned position;
 };
 
-bool isRequestFault(const FaultVariant& variant) { return strikes(variant.kind) == Strikes::Request; }
+bool isRequestFault(const FaultVariant& variant)
+{
+    return strikes(variant.kind) == Strikes::Request;
+}
 
-/// Whether the second fault comes after the first in the requests that the first leaves of a run; at one and the same
-/// request, two of different kinds meet.
-bool canFollow(const FaultVariant& first, std::size_t at, const FaultVariant& second, std::size_t index)
+/// Whether the second fault comes after the first in the requests that the first leaves of a run;
+/// at one and the same request, two of different kinds meet.
+bool canFollow(const FaultVariant& first, std::size_t at, const FaultVariant& second,
+               std::size_t index)
 {
     if (index != at) {
         return index > at;
@@ -135,9 +140,10 @@ std::vector<Pairs> pairsOf(const PairRow& row)
 
 std::size_t countOf(const std::vector<Pairs>& all)
 {
-    return std::accumulate(all.begin(), all.end(), std::size_t{0}, [](std::size_t sum, const Pairs& pairs) {
-        return sum + pairs.inThisRun.size() + pairs.inTheNextRun.size();
-    });
+    return std::accumulate(all.begin(), all.end(), std::size_t{0},
+                           [](std::size_t sum, const Pairs& pairs) {
+                               return sum + pairs.inThisRun.size() + pairs.inTheNextRun.size();
+                           });
 }
 
 class FaultPairs : public testing::TestWithParam<PairRow>
@@ -158,8 +164,8 @@ protected:
 private:
     void inOneRun(const Fault& first, const Second& second)
     {
-        SCOPED_TRACE(std::string(second.variant.name) + " at " + std::to_string(second.position) + " after " +
-                     std::to_string(first.position));
+        SCOPED_TRACE(std::string(second.variant.name) + " at " + std::to_string(second.position) +
+                     " after " + std::to_string(first.position));
         SimulatedSetup setup(hubThatRuns(GetParam().runs));
         setup.hub().addFault(first);
         setup.hub().addFault(second.variant.at(second.position));

@@ -10,11 +10,12 @@ namespace vornadel::test
 namespace
 {
 
-constexpr std::size_t kBlankPiece = 6;                  // of the demo image: writing it changes nothing
-constexpr std::size_t kIdentityPiece = 7;               // where its descriptor block is ...
+constexpr std::size_t kBlankPiece = 6;    // of the demo image: writing it changes nothing
+constexpr std::size_t kIdentityPiece = 7; // where its descriptor block is ...
 constexpr std::size_t kIdentityEnd = 0x7F00 - 7 * 4096; // ... which ends here in that piece
 
-/// What a request meets when the hub refuses it, leaves the bus in it, or confirms it without doing it.
+/// What a request meets when the hub refuses it, leaves the bus in it, or confirms it without doing
+/// it.
 enum class Effect {
     None,
     Fails,     // the step ends here
@@ -73,8 +74,9 @@ Step stepOf(char request)
 
 Effect effectOf(FaultKind kind, char request)
 {
-    const auto* row = std::find_if(kRequestRows.begin(), kRequestRows.end(),
-                                   [request](const RequestRow& each) { return each.request == request; });
+    const auto* row =
+        std::find_if(kRequestRows.begin(), kRequestRows.end(),
+                     [request](const RequestRow& each) { return each.request == request; });
     switch (kind) {
     case FaultKind::Stall:
         return row->refused;
@@ -95,7 +97,8 @@ Effect effectOf(FaultKind kind, char request)
     }
 }
 
-/// Opens at the start are tried once, others 20 times; a restart into ROM code is waited for 20 s, the other 40 s.
+/// Opens at the start are tried once, others 20 times; a restart into ROM code is waited for 20 s,
+/// the other 40 s.
 Effect effectOfWaiting(const FaultVariant& variant, char request)
 {
     unsigned patience = 20;
@@ -114,11 +117,14 @@ std::size_t ordinal(const std::string& wire, std::size_t index)
     return static_cast<std::size_t>(std::count(wire.begin(), end, wire[index]));
 }
 
-/// The flash after a flow that sent these requests, the fault at `index`: does the hub find its firmware in it?
-HubCode codeAfter(const Flow& flow, const std::string& wire, const FaultVariant& variant, std::size_t index)
+/// The flash after a flow that sent these requests, the fault at `index`: does the hub find its
+/// firmware in it?
+HubCode codeAfter(const Flow& flow, const std::string& wire, const FaultVariant& variant,
+                  std::size_t index)
 {
     const char struck = index < wire.size() ? wire[index] : '\0';
-    const bool undone = variant.kind == FaultKind::Ignore || variant.kind == FaultKind::VanishBefore;
+    const bool undone =
+        variant.kind == FaultKind::Ignore || variant.kind == FaultKind::VanishBefore;
     const auto happened = [&](char request) {
         const auto sent = static_cast<std::size_t>(std::count(wire.begin(), wire.end(), request));
         const bool lost = struck == request && (undone || variant.kind == FaultKind::Stall);
@@ -129,14 +135,16 @@ HubCode codeAfter(const Flow& flow, const std::string& wire, const FaultVariant&
     if (happened('e') == 0 || refusedByFlashCode) {
         return HubCode::Flash;
     }
-    if (!flow.writes || std::count(wire.begin(), wire.end(), 'w') <= static_cast<int>(kIdentityPiece)) {
+    if (!flow.writes ||
+        std::count(wire.begin(), wire.end(), 'w') <= static_cast<int>(kIdentityPiece)) {
         return HubCode::Rom;
     }
-    if (struck != 'w' || ordinal(wire, index) != kIdentityPiece || variant.kind == FaultKind::Flip ||
-        variant.kind == FaultKind::VanishAfter) {
+    if (struck != 'w' || ordinal(wire, index) != kIdentityPiece ||
+        variant.kind == FaultKind::Flip || variant.kind == FaultKind::VanishAfter) {
         return HubCode::Flash;
     }
-    return variant.kind == FaultKind::Torn && variant.amount >= kIdentityEnd ? HubCode::Flash : HubCode::Rom;
+    return variant.kind == FaultKind::Torn && variant.amount >= kIdentityEnd ? HubCode::Flash
+                                                                             : HubCode::Rom;
 }
 
 } // namespace
@@ -194,8 +202,8 @@ unsigned positionOf(FaultKind kind, const std::string& wire, std::size_t index, 
 {
     const auto upTo = wire.begin() + static_cast<std::ptrdiff_t>(index) + 1;
     const auto count = [&](std::string_view letters) {
-        return static_cast<unsigned>(
-            std::count_if(wire.begin(), upTo, [&](char request) { return isOneOf(letters, request); }));
+        return static_cast<unsigned>(std::count_if(
+            wire.begin(), upTo, [&](char request) { return isOneOf(letters, request); }));
     };
     switch (strikes(kind)) {
     case Strikes::Open:
@@ -220,7 +228,8 @@ Outcome outcomeOf(const Flow& flow, HubCode runs, const FaultVariant& variant, s
     case Effect::None:
         break;
     case Effect::Fails:
-        outcome = {strikes(variant.kind) == Strikes::Open ? wire.substr(0, index) : head, stepOf(request)};
+        outcome = {strikes(variant.kind) == Strikes::Open ? wire.substr(0, index) : head,
+                   stepOf(request)};
         break;
     case Effect::Again:
         outcome.wire = head + request + tail;
@@ -239,8 +248,8 @@ Outcome outcomeOf(const Flow& flow, HubCode runs, const FaultVariant& variant, s
         outcome = {head + "OS", Step::Open};
         break;
     case Effect::Spoilt:
-        if (flow.writes &&
-            !(variant.kind == FaultKind::Ignore && request == 'w' && ordinal(wire, index) == kBlankPiece)) {
+        if (flow.writes && !(variant.kind == FaultKind::Ignore && request == 'w' &&
+                             ordinal(wire, index) == kBlankPiece)) {
             outcome = {wire.substr(0, wire.size() - 2), Step::Verify};
         }
         break;

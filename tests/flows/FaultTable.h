@@ -45,20 +45,24 @@ inline constexpr std::array<FaultVariant, 18> kFaultVariants = {{
 enum class Strikes { Request, Open, Restart };
 Strikes strikes(FaultKind kind);
 
-/// Whether the fault can happen to this request of a flow, to the open before it, or to the restart that it causes.
+/// Whether the fault can happen to this request of a flow, to the open before it, or to the restart
+/// that it causes.
 bool happensAt(FaultKind kind, char request);
 
 /// The places in these requests at which the variant can happen, by index.
 std::vector<std::size_t> placesOf(const FaultVariant& variant, const std::string& wire);
 
-/// The position that a fault needs to happen at this index. `refused`: opens that were refused before it.
-unsigned positionOf(FaultKind kind, const std::string& wire, std::size_t index, unsigned refused = 0);
+/// The position that a fault needs to happen at this index. `refused`: opens that were refused
+/// before it.
+unsigned positionOf(FaultKind kind, const std::string& wire, std::size_t index,
+                    unsigned refused = 0);
 
 /// What becomes of a flow with one fault in it.
 struct Outcome {
-    std::string wire;                    ///< the requests that reach the hub, the struck one included
-    std::optional<Step> fails;           ///< the step at which the flow fails; nothing: it succeeds
-    HubCode afterwards = HubCode::Flash; ///< the code with which the hub starts when it is plugged in again
+    std::string wire;          ///< the requests that reach the hub, the struck one included
+    std::optional<Step> fails; ///< the step at which the flow fails; nothing: it succeeds
+    HubCode afterwards = HubCode::Flash; ///< the code with which the hub starts when it is plugged
+                                         ///< in again
 };
 Outcome outcomeOf(const Flow& flow, HubCode runs, const FaultVariant& variant, std::size_t index);
 

@@ -32,7 +32,8 @@ public:
 Totals& totals()
 {
     static auto* const instance =
-        dynamic_cast<Totals*>(testing::AddGlobalTestEnvironment(new Totals)); // the framework's from here on
+        dynamic_cast<Totals*>(testing::AddGlobalTestEnvironment(new Totals)); // the framework's
+                                                                              // from here on
     return *instance;
 }
 
@@ -42,8 +43,8 @@ Totals& totals()
 
 void SweepCount::expect(std::size_t runs, std::size_t fired) const
 {
-    std::cout << "fault sweep: " << m_runs << " runs of " << runs << ", " << m_fired << " faults fired of "
-              << fired << '\n';
+    std::cout << "fault sweep: " << m_runs << " runs of " << runs << ", " << m_fired
+              << " faults fired of " << fired << '\n';
     totals().runs += m_runs;
     totals().fired += m_fired;
     EXPECT_GT(runs, 0U);

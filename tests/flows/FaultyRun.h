@@ -8,7 +8,8 @@
 namespace vornadel::test
 {
 
-/// What a sweep has come to. It is printed and held against what the table of the flows makes of it.
+/// What a sweep has come to. It is printed and held against what the table of the flows makes of
+/// it.
 class SweepCount
 {
 public:
@@ -24,9 +25,9 @@ private:
 /// A hub that keeps its flash in memory and starts as told.
 SimulatedHubOptions hubThatRuns(HubCode code, const std::vector<std::uint8_t>& flash = oldFlash());
 
-/// One run of a flow. Expects what must hold whatever goes wrong: it ends in time, the hub is closed, success means
-/// that the image is in the flash and the hub came back, and nothing was sent before the image was accepted and its
-/// line told.
+/// One run of a flow. Expects what must hold whatever goes wrong: it ends in time, the hub is
+/// closed, success means that the image is in the flash and the hub came back, and nothing was sent
+/// before the image was accepted and its line told.
 struct FlowRun {
     FlowRun(const Flow& flow, SimulatedSetup& setup);
 
@@ -35,7 +36,8 @@ struct FlowRun {
     std::string wire; ///< the requests that reached the hub, in the letters of an observer
 };
 
-/// Brings the hub back, on power and with nothing more to go wrong, and expects an update of it to succeed.
+/// Brings the hub back, on power and with nothing more to go wrong, and expects an update of it to
+/// succeed.
 void expectHealthyUpdate(SimulatedSetup& setup, unsigned opensStillRefused = 0);
 
 } // namespace vornadel::test

@@ -74,15 +74,19 @@ TEST_F(FirmwareUpdate, SendsExactlyTheseRequests)
     const std::vector<std::uint8_t> bytes = newImage();
     const WireRequest hello{0x40, 0x02, 0x0001, HUB_MAKER_VID, 0, {}};
     const WireRequest status{0xC0, 0x09, 0, 0, 32, {}};
-    // Opened while running flash code: asked for its mode, then for its restart speed, then restarted.
-    std::vector<WireRequest> expected{hello, status, status, {0x40, 0x00, 0, 0, 0, {}}, hello, status};
+    // Opened while running flash code: asked for its mode, then for its restart speed, then
+    // restarted.
+    std::vector<WireRequest> expected{hello, status, status, {0x40, 0x00, 0, 0, 0, {}},
+                                      hello, status};
     expected.push_back({0x40, 0xE8, 0, 0, 0, {}});
-    for (std::uint16_t address = 0; address < 0x8000; address = static_cast<std::uint16_t>(address + 4096)) {
+    for (std::uint16_t address = 0; address < 0x8000;
+         address = static_cast<std::uint16_t>(address + 4096)) {
         expected.push_back(
             {0x40, 0xC8, address, 0, 4096,
              std::vector<std::uint8_t>(bytes.begin() + address, bytes.begin() + address + 4096)});
     }
-    for (std::uint16_t address = 0; address < 0x8000; address = static_cast<std::uint16_t>(address + 4096)) {
+    for (std::uint16_t address = 0; address < 0x8000;
+         address = static_cast<std::uint16_t>(address + 4096)) {
         expected.push_back({0xC0, 0xD8, address, 0, 4096, {}});
     }
     expected.push_back({0x40, 0xE9, 0x0101, 0, 0, {}});
@@ -97,7 +101,9 @@ TEST_F(FirmwareUpdate, UsesAHubThatRunsItsRomCodeAsItIs)
     options.mode = HubCode::Rom;
     SimulatedSetup rom(options);
     std::vector<std::uint8_t> requests;
-    rom.hub().onRequest = [&](const ControlRequest& request) { requests.push_back(request.bRequest); };
+    rom.hub().onRequest = [&](const ControlRequest& request) {
+        requests.push_back(request.bRequest);
+    };
     load(newImage());
     EXPECT_TRUE(update());
     ASSERT_GE(requests.size(), 3U);
@@ -146,13 +152,15 @@ TEST_F(FirmwareUpdate, WritesAnImageOf5000BytesInTwoPieces)
     const std::vector<std::uint8_t> flash = setup.hub().flash();
     const std::vector<std::uint8_t> bytes = imageOfSize(5000);
     EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(), flash.begin()));
-    EXPECT_THAT(writes,
-                ElementsAre(WireRequest{0x40, 0xC8, 0, 0, 4096, {bytes.begin(), bytes.begin() + 4096}},
-                            WireRequest{0x40, 0xC8, 4096, 0, 904, {bytes.begin() + 4096, bytes.end()}}));
+    EXPECT_THAT(
+        writes,
+        ElementsAre(WireRequest{0x40, 0xC8, 0, 0, 4096, {bytes.begin(), bytes.begin() + 4096}},
+                    WireRequest{0x40, 0xC8, 4096, 0, 904, {bytes.begin() + 4096, bytes.end()}}));
     EXPECT_THAT(reads, ElementsAre(WireRequest{0xC0, 0xD8, 0, 0, 4096, {}},
                                    WireRequest{0xC0, 0xD8, 4096, 0, 904, {}}));
     EXPECT_THAT(reporter.values(Wait::No),
-                Pointwise(DoubleNear(1e-9), {10 + 40 * 4096 / 5000.0, 50.0, 50 + 40 * 4096 / 5000.0, 90.0}));
+                Pointwise(DoubleNear(1e-9),
+                          {10 + 40 * 4096 / 5000.0, 50.0, 50 + 40 * 4096 / 5000.0, 90.0}));
 }
 
 TEST_F(FirmwareUpdate, SplitsAddressesBeyond64KiBIntoTwoWords)
@@ -164,9 +172,11 @@ TEST_F(FirmwareUpdate, SplitsAddressesBeyond64KiBIntoTwoWords)
         auto* data = static_cast<std::uint8_t*>(request.data);
         const std::size_t address = request.wIndex * std::size_t{0x10000} + request.wValue;
         if (request.bRequest == 0xC8) {
-            std::copy_n(data, request.wLength, flash.begin() + static_cast<std::ptrdiff_t>(address));
+            std::copy_n(data, request.wLength,
+                        flash.begin() + static_cast<std::ptrdiff_t>(address));
         } else if (request.bRequest == 0xD8) {
-            std::copy_n(flash.begin() + static_cast<std::ptrdiff_t>(address), request.wLength, data);
+            std::copy_n(flash.begin() + static_cast<std::ptrdiff_t>(address), request.wLength,
+                        data);
         }
         return 0U;
     });
@@ -192,7 +202,8 @@ TEST_F(FirmwareUpdate, WithoutAnImageShowsAnEmptyHeaderAndFails)
 {
     EXPECT_FALSE(updateFirmware(image, "", reporter));
     EXPECT_THAT(reporter.texts(Kind::Blue), ElementsAre("FW:(size=0)\n\n"));
-    EXPECT_THAT(reporter.texts(Kind::Red), ElementsAre("Wrong firmware file\n", "Update FW Fail\n"));
+    EXPECT_THAT(reporter.texts(Kind::Red),
+                ElementsAre("Wrong firmware file\n", "Update FW Fail\n"));
     EXPECT_THAT(wire, IsEmpty());
 }
 
@@ -203,8 +214,9 @@ TEST_F(FirmwareUpdate, WithoutAHubNamesTheDriver)
     EXPECT_FALSE(update());
     EXPECT_THAT(
         reporter.texts(Kind::Red),
-        ElementsAre("Fail To Open Rom Device\nPlease Load Driver firstly\nThen replugin usb hub device\n",
-                    "Update FW Fail\n"));
+        ElementsAre(
+            "Fail To Open Rom Device\nPlease Load Driver firstly\nThen replugin usb hub device\n",
+            "Update FW Fail\n"));
     EXPECT_EQ(LastError, 5);
 }
 
@@ -221,10 +233,12 @@ TEST_F(FirmwareUpdate, TriesTheEraseThreeTimes)
 {
     load(newImage());
     for (unsigned attempt = 1; attempt <= 3; ++attempt) {
-        setup.hub().addFault({.kind = FaultKind::Stall, .on = RequestKind::Erase, .position = attempt});
+        setup.hub().addFault(
+            {.kind = FaultKind::Stall, .on = RequestKind::Erase, .position = attempt});
     }
     EXPECT_FALSE(update());
-    EXPECT_THAT(reporter.texts(Kind::Red), ElementsAre("Fail to Erase Flash\n", "Update FW Fail\n"));
+    EXPECT_THAT(reporter.texts(Kind::Red),
+                ElementsAre("Fail to Erase Flash\n", "Update FW Fail\n"));
     EXPECT_EQ(LastError, kUntouched);
     EXPECT_THAT(setup.clock.pauses(), ElementsAre(1s, 128ms, 128ms, 128ms));
 }
@@ -234,7 +248,8 @@ TEST_F(FirmwareUpdate, StopsAtTheFirstPieceThatIsNotWritten)
     load(newImage());
     setup.hub().addFault({.kind = FaultKind::Stall, .on = RequestKind::Write, .position = 3});
     EXPECT_FALSE(update());
-    EXPECT_THAT(reporter.texts(Kind::Red), ElementsAre("Fail to Write Flash\n", "Update FW Fail\n"));
+    EXPECT_THAT(reporter.texts(Kind::Red),
+                ElementsAre("Fail to Write Flash\n", "Update FW Fail\n"));
     EXPECT_EQ(wire.back().wValue, 2 * 4096);
     EXPECT_EQ(LastError, kUntouched);
 }
@@ -254,7 +269,8 @@ TEST_F(FirmwareUpdate, LeavesAHubThatDoesNotVerifyInItsRomCode)
     load(newImage());
     setup.hub().addFault({.kind = FaultKind::Flip, .on = RequestKind::Write, .position = 5});
     EXPECT_FALSE(update());
-    EXPECT_THAT(reporter.texts(Kind::Red), ElementsAre("Fail to verify flash\n", "Update FW Fail\n"));
+    EXPECT_THAT(reporter.texts(Kind::Red),
+                ElementsAre("Fail to verify flash\n", "Update FW Fail\n"));
     EXPECT_EQ(setup.hub().runningCode(), HubCode::Rom);
     EXPECT_EQ(LastError, kUntouched);
     EXPECT_EQ(reporter.values(Wait::No).back(), 90);
@@ -265,7 +281,8 @@ TEST_F(FirmwareUpdate, DoesNotTakeAReadWithoutDataForAnEqualFlash)
     load(newImage());
     setup.hub().addFault({.kind = FaultKind::Ignore, .on = RequestKind::Read, .position = 1});
     EXPECT_FALSE(update());
-    EXPECT_THAT(reporter.texts(Kind::Red), ElementsAre("Fail to verify flash\n", "Update FW Fail\n"));
+    EXPECT_THAT(reporter.texts(Kind::Red),
+                ElementsAre("Fail to verify flash\n", "Update FW Fail\n"));
 }
 
 TEST_F(FirmwareUpdate, SaysSoWhenTheHubDoesNotComeBackFromTheLastRestart)
@@ -273,7 +290,8 @@ TEST_F(FirmwareUpdate, SaysSoWhenTheHubDoesNotComeBackFromTheLastRestart)
     load(newImage());
     setup.hub().addFault({.kind = FaultKind::Never, .on = {}, .position = 2});
     EXPECT_FALSE(update());
-    EXPECT_THAT(reporter.texts(Kind::Red), ElementsAre("Fail to Reset to Flash Code\n", "Update FW Fail\n"));
+    EXPECT_THAT(reporter.texts(Kind::Red),
+                ElementsAre("Fail to Reset to Flash Code\n", "Update FW Fail\n"));
     std::vector<Clock::Duration> expected{1s, 128ms};
     expected.insert(expected.end(), 20, 2s);
     EXPECT_EQ(setup.clock.pauses(), expected);
@@ -285,7 +303,8 @@ TEST_F(FirmwareUpdate, SendsTheLastRestartOnceEvenWhenItIsRefused)
     load(newImage());
     setup.hub().addFault({.kind = FaultKind::Stall, .on = RequestKind::Flash, .position = 1});
     EXPECT_FALSE(update());
-    EXPECT_THAT(reporter.texts(Kind::Red), ElementsAre("Fail to Reset to Flash Code\n", "Update FW Fail\n"));
+    EXPECT_THAT(reporter.texts(Kind::Red),
+                ElementsAre("Fail to Reset to Flash Code\n", "Update FW Fail\n"));
     EXPECT_EQ(wire.back().bRequest, 0xE9); // the closed handle answers the second and third attempt
     EXPECT_EQ(LastError, kUntouched);
     EXPECT_THAT(setup.clock.pauses(), ElementsAre(1s, 128ms, 128ms, 128ms, 128ms));
@@ -295,7 +314,8 @@ TEST_F(FirmwareUpdate, RefusesNoImageLongerThanTheFlashButFailsHonestly)
 {
     load(imageOfSize(40960));
     EXPECT_FALSE(update());
-    EXPECT_THAT(reporter.texts(Kind::Red), ElementsAre("Fail to Write Flash\n", "Update FW Fail\n"));
+    EXPECT_THAT(reporter.texts(Kind::Red),
+                ElementsAre("Fail to Write Flash\n", "Update FW Fail\n"));
 }
 
 } // namespace vornadel::test

@@ -116,8 +116,9 @@ TEST_F(FlashErase, FailsWithoutAHub)
 {
     setup.hub().unplug();
     EXPECT_FALSE(erase());
-    EXPECT_THAT(told(reporter), ElementsAre("reset", "0%", "blue Open Rom Device...\n",
-                                            "red Fail to Open Rom Device", "red \nErase FW Fail\n"));
+    EXPECT_THAT(told(reporter),
+                ElementsAre("reset", "0%", "blue Open Rom Device...\n",
+                            "red Fail to Open Rom Device", "red \nErase FW Fail\n"));
     EXPECT_EQ(LastError, 5);
     EXPECT_THAT(wire, IsEmpty());
 }
@@ -133,7 +134,8 @@ TEST_F(FlashErase, GivesUpOnAHubThatStaysInItsFlashCode)
 TEST_F(FlashErase, TriesThreeTimes)
 {
     for (unsigned attempt = 1; attempt <= 3; ++attempt) {
-        setup.hub().addFault({.kind = FaultKind::Stall, .on = RequestKind::Erase, .position = attempt});
+        setup.hub().addFault(
+            {.kind = FaultKind::Stall, .on = RequestKind::Erase, .position = attempt});
     }
     expectFailure("Fail to Erase flash");
     EXPECT_THAT(setup.clock.pauses(), ElementsAre(1s, 128ms, 128ms, 128ms));

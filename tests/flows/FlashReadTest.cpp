@@ -76,8 +76,10 @@ TEST_F(FlashRead, SendsExactlyTheseRequests)
 
     const WireRequest hello{0x40, 0x02, 0x0001, HUB_MAKER_VID, 0, {}};
     const WireRequest status{0xC0, 0x09, 0, 0, 32, {}};
-    std::vector<WireRequest> expected{hello, status, status, {0x40, 0x00, 0, 0, 0, {}}, hello, status};
-    for (std::uint16_t address = 0; address < 0x8000; address = static_cast<std::uint16_t>(address + 4096)) {
+    std::vector<WireRequest> expected{hello, status, status, {0x40, 0x00, 0, 0, 0, {}},
+                                      hello, status};
+    for (std::uint16_t address = 0; address < 0x8000;
+         address = static_cast<std::uint16_t>(address + 4096)) {
         expected.push_back({0xC0, 0xD8, address, 0, 4096, {}});
     }
     expected.push_back({0x40, 0xE9, 0x0101, 0, 0, {}});
@@ -112,19 +114,21 @@ TEST_F(FlashRead, TellsItsLinesAndValuesInThisOrder)
 {
     EXPECT_TRUE(read());
     EXPECT_THAT(told(reporter),
-                ElementsAre("0%", "reset", "blue Open Device...\n", "10% posted", "blue Reading Flash...\n",
-                            "20% posted", "30% posted", "40% posted", "50% posted", "60% posted",
-                            "70% posted", "80% posted", "90% posted", "blue Reset to Flash Code...\n",
-                            "100% posted", "blue Read Fw Success\n", "0% posted"));
+                ElementsAre("0%", "reset", "blue Open Device...\n", "10% posted",
+                            "blue Reading Flash...\n", "20% posted", "30% posted", "40% posted",
+                            "50% posted", "60% posted", "70% posted", "80% posted", "90% posted",
+                            "blue Reset to Flash Code...\n", "100% posted",
+                            "blue Read Fw Success\n", "0% posted"));
 }
 
 TEST_F(FlashRead, TellsAFailureInThisOrder)
 {
     setup.hub().addFault({.kind = FaultKind::Stall, .on = RequestKind::Read, .position = 3});
     EXPECT_FALSE(read());
-    EXPECT_THAT(told(reporter), ElementsAre("0%", "reset", "blue Open Device...\n", "10% posted",
-                                            "blue Reading Flash...\n", "20% posted", "30% posted",
-                                            "red Fail to Read Flash\n", "red Read Fw Fail\n", "0% posted"));
+    EXPECT_THAT(told(reporter),
+                ElementsAre("0%", "reset", "blue Open Device...\n", "10% posted",
+                            "blue Reading Flash...\n", "20% posted", "30% posted",
+                            "red Fail to Read Flash\n", "red Read Fw Fail\n", "0% posted"));
 }
 
 TEST_F(FlashRead, UsesAHubThatRunsItsRomCodeAsItIs)
@@ -184,8 +188,8 @@ TEST_F(FlashRead, WithoutAHubNamesTheDriver)
     setup.hub().unplug();
     EXPECT_FALSE(read());
     EXPECT_THAT(told(reporter),
-                ElementsAre("0%", "reset", "blue Open Device...\n", "red " + std::string(kNotOpened),
-                            "red Read Fw Fail\n", "0% posted"));
+                ElementsAre("0%", "reset", "blue Open Device...\n",
+                            "red " + std::string(kNotOpened), "red Read Fw Fail\n", "0% posted"));
     EXPECT_EQ(LastError, 5);
     EXPECT_THAT(wire, IsEmpty());
 }
@@ -198,14 +202,16 @@ TEST_F(FlashRead, GivesUpOnAHubThatStaysInItsFlashCode)
 
 TEST_F(FlashRead, StopsAtTheFirstPieceThatIsNotRead)
 {
-    expectFailure({.kind = FaultKind::Stall, .on = RequestKind::Read, .position = 8}, "Fail to Read Flash\n");
+    expectFailure({.kind = FaultKind::Stall, .on = RequestKind::Read, .position = 8},
+                  "Fail to Read Flash\n");
     EXPECT_EQ(wire.back().wValue, 7 * 4096);
     EXPECT_EQ(LastError, kUntouched);
 }
 
 TEST_F(FlashRead, FailsWhenTheHubDoesNotComeBackAndKeepsNothing)
 {
-    expectFailure({.kind = FaultKind::Never, .on = {}, .position = 2}, "Fail to Reset to Flash Code\n");
+    expectFailure({.kind = FaultKind::Never, .on = {}, .position = 2},
+                  "Fail to Reset to Flash Code\n");
     std::vector<Clock::Duration> expected{1s};
     expected.insert(expected.end(), 20, 2s);
     EXPECT_EQ(setup.clock.pauses(), expected);

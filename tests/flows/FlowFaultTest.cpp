@@ -1,5 +1,6 @@
-// Whatever goes wrong at whatever request of a flow: it ends at the step that it must, says so to the letter, tells no
-// success without it, sends what the table says and no more, and an update afterwards succeeds.
+// Whatever goes wrong at whatever request of a flow: it ends at the step that it must, says so to
+// the letter, tells no success without it, sends what the table says and no more, and an update
+// afterwards succeeds.
 
 #include "tests/flows/FaultyRun.h"
 
@@ -27,13 +28,17 @@ struct SweepRow {
     FaultVariant variant;
 };
 
-void PrintTo(const SweepRow& row, std::ostream* stream) { *stream << row.flow->name << row.variant.name; }
+void PrintTo(const SweepRow& row, std::ostream* stream)
+{
+    *stream << row.flow->name << row.variant.name;
+}
 
 /// Every flow with every fault that its requests can meet.
 std::vector<SweepRow> everyRow()
 {
     std::vector<SweepRow> rows;
-    for (const Flow* flow : {&easyUpdate(), &flashRead(), &flashErase(), &scalarUpdate(), &driverUnload()}) {
+    for (const Flow* flow :
+         {&easyUpdate(), &flashRead(), &flashErase(), &scalarUpdate(), &driverUnload()}) {
         for (const FaultVariant& variant : kFaultVariants) {
             if (!placesOf(variant, flow->wireFrom(HubCode::Flash)).empty()) {
                 rows.push_back({flow, variant});
@@ -95,9 +100,10 @@ TEST_P(FaultSweep, EndsAsItMustAndTheNextUpdateSucceeds) { sweep(HubCode::Flash)
 
 TEST_P(FaultSweep, DoesSoOnAHubInItsRomCode) { sweep(HubCode::Rom); }
 
-INSTANTIATE_TEST_SUITE_P(EveryRequest, FaultSweep, testing::ValuesIn(everyRow()), [](const auto& row) {
-    return std::string(row.param.flow->name) + row.param.variant.name;
-});
+INSTANTIATE_TEST_SUITE_P(EveryRequest, FaultSweep, testing::ValuesIn(everyRow()),
+                         [](const auto& row) {
+                             return std::string(row.param.flow->name) + row.param.variant.name;
+                         });
 
 TEST(FaultSweepInAll, HasThisManyFaults)
 {
@@ -138,7 +144,8 @@ TEST_P(AbandonedFlow, EndsAtThatRequestAndTheNextUpdateSucceeds)
         EXPECT_FALSE(Hub_IsOpen());
         if (!flow.steps.empty()) {
             expectTold(flow, reporter, succeeded);
-            EXPECT_EQ(succeeded, position == requests) << "only the last open-time request completes the run";
+            EXPECT_EQ(succeeded, position == requests)
+                << "only the last open-time request completes the run";
         }
 
         VirtualClock later;
@@ -149,8 +156,8 @@ TEST_P(AbandonedFlow, EndsAtThatRequestAndTheNextUpdateSucceeds)
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryRequest, AbandonedFlow,
-                         testing::Values(&easyUpdate(), &flashRead(), &flashErase(), &scalarUpdate(),
-                                         &driverUnload()),
+                         testing::Values(&easyUpdate(), &flashRead(), &flashErase(),
+                                         &scalarUpdate(), &driverUnload()),
                          [](const auto& flow) { return std::string(flow.param->name); });
 
 namespace
@@ -164,7 +171,8 @@ struct LateRow {
 
 TEST(FaultyUpdate, WaitsTwentySecondsForTheRomCodeAndFortyForTheFlashCode)
 {
-    for (const LateRow& row : {LateRow{1, 20, true}, {1, 21, false}, {2, 40, true}, {2, 41, false}}) {
+    for (const LateRow& row :
+         {LateRow{1, 20, true}, {1, 21, false}, {2, 40, true}, {2, 41, false}}) {
         SCOPED_TRACE(row.seconds);
         SimulatedSetup setup;
         setup.hub().addFault({.kind = FaultKind::Late,
@@ -205,8 +213,8 @@ TEST(FaultyUpdate, SendsNothingForAnImageThatIsNotAccepted)
             SCOPED_TRACE(refused.name);
             SimulatedSetup setup(hubThatRuns(code));
             FwImage image;
-            EXPECT_FALSE(
-                FwImage_Parse(image, refused.bytes.data(), static_cast<std::int32_t>(refused.bytes.size())));
+            EXPECT_FALSE(FwImage_Parse(image, refused.bytes.data(),
+                                       static_cast<std::int32_t>(refused.bytes.size())));
             RecordingReporter reporter;
             EXPECT_FALSE(updateFirmware(image, "demo.bin", reporter));
             EXPECT_EQ(setup.hub().requestCount(), 0U);

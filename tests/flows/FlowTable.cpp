@@ -90,31 +90,40 @@ std::string Flow::wireFrom(HubCode runs) const
 
 const Flow& easyUpdate()
 {
-    static const Flow flow{
-        "Update",          runUpdate, "ewwwwwwwwrrrrrrrr", true, kUpdateSteps, "Update FW Success\n",
-        "Update FW Fail\n"};
+    static const Flow flow{"Update",
+                           runUpdate,
+                           "ewwwwwwwwrrrrrrrr",
+                           true,
+                           kUpdateSteps,
+                           "Update FW Success\n",
+                           "Update FW Fail\n"};
     return flow;
 }
 
 const Flow& scalarUpdate()
 {
-    static const Flow flow{
-        "Scalar",          runScalar, "ewwwwwwwwrrrrrrrr", true, kUpdateSteps, "Update FW Success\n",
-        "Update FW Fail\n"};
+    static const Flow flow{"Scalar",
+                           runScalar,
+                           "ewwwwwwwwrrrrrrrr",
+                           true,
+                           kUpdateSteps,
+                           "Update FW Success\n",
+                           "Update FW Fail\n"};
     return flow;
 }
 
 const Flow& flashRead()
 {
-    static const Flow flow{"Read",
-                           runRead,
-                           "rrrrrrrr",
-                           false,
-                           {{Step::Open, "Open Device...\n", "Fail to Open Rom Device\n" + kDriverAdvice},
-                            {Step::Read, "Reading Flash...\n", "Fail to Read Flash\n"},
-                            {Step::Reset, "Reset to Flash Code...\n", "Fail to Reset to Flash Code\n"}},
-                           "Read Fw Success\n",
-                           "Read Fw Fail\n"};
+    static const Flow flow{
+        "Read",
+        runRead,
+        "rrrrrrrr",
+        false,
+        {{Step::Open, "Open Device...\n", "Fail to Open Rom Device\n" + kDriverAdvice},
+         {Step::Read, "Reading Flash...\n", "Fail to Read Flash\n"},
+         {Step::Reset, "Reset to Flash Code...\n", "Fail to Reset to Flash Code\n"}},
+        "Read Fw Success\n",
+        "Read Fw Fail\n"};
     return flow;
 }
 
@@ -195,8 +204,10 @@ void expectTold(const Flow& flow, const RecordingReporter& reporter, bool succee
 
 Clock::Duration longestFor(const std::string& observed)
 {
-    constexpr Clock::Duration kPause = 128ms; // after every attempt to erase, and every failed one to restart
-    Clock::Duration longest = 3 * kPause;     // attempts that do not reach the hub any more, and end the flow
+    constexpr Clock::Duration kPause = 128ms; // after every attempt to erase, and every failed one
+                                              // to restart
+    Clock::Duration longest = 3 * kPause; // attempts that do not reach the hub any more, and end
+                                          // the flow
     for (const char request : observed) {
         if (request == 'm' || request == 'f') {
             longest += 20 * 2s;

@@ -49,7 +49,8 @@ protected:
 
     bool update(const std::string& fwbinPath)
     {
-        return updateScalarImage(m_image, m_resources.string(), fwbinPath, "shown name", m_reporter);
+        return updateScalarImage(m_image, m_resources.string(), fwbinPath, "shown name",
+                                 m_reporter);
     }
 
     fs::path m_resources;
@@ -85,7 +86,8 @@ TEST_F(ScalarUpdate, WithoutAConfiguredImageWritesWhatIsLoaded)
 TEST_F(ScalarUpdate, WithAnImageThatIsMissingSendsNothing)
 {
     EXPECT_FALSE(update("missing.bin"));
-    EXPECT_THAT(m_reporter.texts(Kind::Red), ElementsAre("Wrong firmware file\n", "Update FW Fail\n"));
+    EXPECT_THAT(m_reporter.texts(Kind::Red),
+                ElementsAre("Wrong firmware file\n", "Update FW Fail\n"));
     EXPECT_EQ(LastError, 6);
     EXPECT_EQ(m_setup.hub().requestCount(), 0U);
 }
@@ -96,7 +98,8 @@ TEST_F(ScalarUpdate, WithAnImageThatIsNoneSendsNothingThoughOneWasLoadedBefore)
     ASSERT_TRUE(FwImage_Parse(m_image, bytes.data(), static_cast<std::int32_t>(bytes.size())));
     keep("none.bin", std::vector<std::uint8_t>(1024, 0xFF));
     EXPECT_FALSE(update("none.bin"));
-    EXPECT_THAT(m_reporter.texts(Kind::Red), ElementsAre("Wrong firmware file\n", "Update FW Fail\n"));
+    EXPECT_THAT(m_reporter.texts(Kind::Red),
+                ElementsAre("Wrong firmware file\n", "Update FW Fail\n"));
     EXPECT_EQ(m_setup.hub().requestCount(), 0U);
 }
 

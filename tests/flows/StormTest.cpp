@@ -1,4 +1,5 @@
-// A loose plug: the hub leaves and comes a hundred times within one second, in the middle of an update.
+// A loose plug: the hub leaves and comes a hundred times within one second, in the middle of an
+// update.
 
 #include "hub/HubDetection.h"
 #include "tests/flows/FaultyRun.h"
@@ -20,7 +21,8 @@ using namespace std::chrono_literals;
 
 constexpr int kCycles = 100;
 
-/// The hub with the time that a real one takes, so that plugs come loose while it erases and writes, too.
+/// The hub with the time that a real one takes, so that plugs come loose while it erases and
+/// writes, too.
 class SlowSetup
 {
 public:
@@ -43,13 +45,15 @@ class Storm : public testing::TestWithParam<HubCode>
 {
 protected:
     /// An update in which `storm` begins at a request; whether it succeeded.
-    void updateWith(std::size_t position, const std::function<void(SlowSetup&)>& storm, bool succeeds)
+    void updateWith(std::size_t position, const std::function<void(SlowSetup&)>& storm,
+                    bool succeeds)
     {
         SCOPED_TRACE(position);
         SlowSetup setup(GetParam());
         SimulatedHub& hub = setup.bus->hub();
         int departures = 0;
-        setup.bus->watch([&](UsbEvent event) { departures += event == UsbEvent::Detached ? 1 : 0; });
+        setup.bus->watch(
+            [&](UsbEvent event) { departures += event == UsbEvent::Detached ? 1 : 0; });
         hub.onRequest = [&](const ControlRequest&) {
             if (hub.requestCount() == position) {
                 storm(setup);
@@ -86,7 +90,8 @@ TEST_P(Storm, InOneSecondOfAnUpdateLeavesItTruthful)
         }
     };
     for (std::size_t index = 0; index < wire.size(); ++index) {
-        // Reading takes the simulated hub no time: a storm that begins there comes when the work is done.
+        // Reading takes the simulated hub no time: a storm that begins there comes when the work is
+        // done.
         updateWith(index + 1, inOneSecond, wire.find_first_of("rfH") <= index);
     }
 }
@@ -105,9 +110,11 @@ TEST_P(Storm, InOneRequestOfAnUpdateLeavesItTruthful)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(OfPlugs, Storm, testing::Values(HubCode::Flash, HubCode::Rom), [](const auto& runs) {
-    return std::string(runs.param == HubCode::Flash ? "FromFlashCode" : "FromRomCode");
-});
+INSTANTIATE_TEST_SUITE_P(OfPlugs, Storm, testing::Values(HubCode::Flash, HubCode::Rom),
+                         [](const auto& runs) {
+                             return std::string(runs.param == HubCode::Flash ? "FromFlashCode"
+                                                                             : "FromRomCode");
+                         });
 
 TEST(StormOfPlugs, OnAnotherThreadLeavesUpdatesAndDetectionsTruthful)
 {
@@ -117,7 +124,8 @@ TEST(StormOfPlugs, OnAnotherThreadLeavesUpdatesAndDetectionsTruthful)
     std::atomic<bool> over = false;
     std::atomic<int> arrivals = 0;
     std::atomic<int> departures = 0;
-    setup.bus->watch([&](UsbEvent event) { ++(event == UsbEvent::Attached ? arrivals : departures); });
+    setup.bus->watch(
+        [&](UsbEvent event) { ++(event == UsbEvent::Attached ? arrivals : departures); });
     hub.onRequest = [&](const ControlRequest&) { ++requests; };
 
     std::thread storm([&] {

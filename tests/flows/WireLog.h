@@ -23,9 +23,9 @@ struct WireRequest {
 
 inline void PrintTo(const WireRequest& request, std::ostream* stream)
 {
-    *stream << std::hex << unsigned{request.bmRequestType} << ' ' << unsigned{request.bRequest} << ' '
-            << request.wValue << ' ' << request.wIndex << ' ' << request.wLength << " +" << std::dec
-            << request.out.size();
+    *stream << std::hex << unsigned{request.bmRequestType} << ' ' << unsigned{request.bRequest}
+            << ' ' << request.wValue << ' ' << request.wIndex << ' ' << request.wLength << " +"
+            << std::dec << request.out.size();
 }
 
 /// Keeps every request that reaches the hub from now on. The list outlives the hub's last request.
@@ -34,9 +34,10 @@ inline void keepRequests(SimulatedHub& hub, std::vector<WireRequest>& wire)
     hub.onRequest = [&wire](const ControlRequest& request) {
         const auto* data = static_cast<const std::uint8_t*>(request.data);
         const bool out = (request.bmRequestType & 0x80) == 0 && data != nullptr;
-        wire.push_back(
-            {request.bmRequestType, request.bRequest, request.wValue, request.wIndex, request.wLength,
-             out ? std::vector<std::uint8_t>(data, data + request.wLength) : std::vector<std::uint8_t>()});
+        wire.push_back({request.bmRequestType, request.bRequest, request.wValue, request.wIndex,
+                        request.wLength,
+                        out ? std::vector<std::uint8_t>(data, data + request.wLength)
+                            : std::vector<std::uint8_t>()});
     };
 }
 

@@ -23,10 +23,12 @@ int saysNothing(const char* /*format*/, ...) { return 0; }
 /// The list as it was before a reading: nothing of it may be left.
 const SupportedIdEntry kEarlier{1, 9, 9, 9};
 
-/// What a key says, straight from the library; `missing` for a key that is not there or is a section.
+/// What a key says, straight from the library; `missing` for a key that is not there or is a
+/// section.
 std::string plainText(const dictionary* entries, const std::string& key, const char* missing)
 {
-    const char* text = entries != nullptr ? iniparser_getstring(entries, key.c_str(), nullptr) : nullptr;
+    const char* text =
+        entries != nullptr ? iniparser_getstring(entries, key.c_str(), nullptr) : nullptr;
     return text != nullptr ? text : missing;
 }
 
@@ -45,10 +47,11 @@ void requireListOf(const dictionary* entries)
         const SupportedIdEntry plain{1, plainId(entries, "vid", i), plainId(entries, "sspid", i),
                                      plainId(entries, "hspid", i)};
         const bool whole = plain.vid != 0 && plain.sspid != 0 && plain.hspid != 0;
-        require(entry == (whole ? plain : SupportedIdEntry{}), "an entry is its triple, or nothing");
-        require(!whole ||
-                    (FindSupportedId(plain.vid, plain.sspid) && FindSupportedId(plain.vid, plain.hspid) &&
-                     FindSupportedTriple(plain.vid, plain.sspid, plain.hspid)),
+        require(entry == (whole ? plain : SupportedIdEntry{}),
+                "an entry is its triple, or nothing");
+        require(!whole || (FindSupportedId(plain.vid, plain.sspid) &&
+                           FindSupportedId(plain.vid, plain.hspid) &&
+                           FindSupportedTriple(plain.vid, plain.sspid, plain.hspid)),
                 "a hub in the list is a supported one");
     }
 }
@@ -75,11 +78,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     require(config.appTitle == plainText(entries.get(), "dumptool config:apptitle", "Vornadel"),
             "the title is the file's or ours");
-    require(config.fwbinPath == plainText(entries.get(), "dumptool config:fwbin", ""), "so is the image");
-    require(config.isScalarMode ==
-                static_cast<std::int32_t>(std::strtol(
-                    plainText(entries.get(), "dumptool config:scalarmode", "0").c_str(), nullptr, 0)),
-            "and the mode");
+    require(config.fwbinPath == plainText(entries.get(), "dumptool config:fwbin", ""),
+            "so is the image");
+    require(
+        config.isScalarMode ==
+            static_cast<std::int32_t>(std::strtol(
+                plainText(entries.get(), "dumptool config:scalarmode", "0").c_str(), nullptr, 0)),
+        "and the mode");
     requireListOf(entries.get());
     return 0;
 }

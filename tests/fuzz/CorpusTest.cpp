@@ -1,4 +1,5 @@
-// What the fuzzer has been given and has found, without the fuzzer: every input of a target's corpus in every preset.
+// What the fuzzer has been given and has found, without the fuzzer: every input of a target's
+// corpus in every preset.
 
 #include "tests/fuzz/FuzzInput.h"
 
@@ -37,7 +38,8 @@ TEST(CORPUS_NAME, IsWorkedOffWithoutADefect)
     const std::vector<fs::path> files = corpus();
     ASSERT_FALSE(files.empty());
     for (const fs::path& file : files) {
-        std::printf("%s\n", file.filename().c_str()); // the last one is it when the process ends here
+        std::printf("%s\n",
+                    file.filename().c_str()); // the last one is it when the process ends here
         std::fflush(stdout);
         std::ifstream stream(file, std::ios::binary);
         const std::string bytes{std::istreambuf_iterator<char>(stream), {}};

@@ -11,8 +11,8 @@
 #include <span>
 #include <string>
 
-/// What every fuzz target defines, and what the fuzzer and the corpus test call: one input, worked off. An input that
-/// shows a defect ends the process. Always 0.
+/// What every fuzz target defines, and what the fuzzer and the corpus test call: one input, worked
+/// off. An input that shows a defect ends the process. Always 0.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace vornadel::test

@@ -1,12 +1,14 @@
-// The image loader, what typing into the identity fields does to an image, and the hex view over it.
+// The image loader, what typing into the identity fields does to an image, and the hex view over
+// it.
 //
-// An input is, one after the other: two words where the red bytes begin and end; the texts of the three ids and the
-// version, of the three strings and of the Container ID, each behind a byte with its length; the image.
+// An input is, one after the other: two words where the red bytes begin and end; the texts of the
+// three ids and the version, of the three strings and of the Container ID, each behind a byte with
+// its length; the image.
 
+#include "editor/HexText.h"
 #include "firmware/FwImage.h"
 #include "firmware/IdentityEdit.h"
 #include "firmware/ImageFile.h"
-#include "editor/HexText.h"
 #include "tests/fuzz/FuzzInput.h"
 
 #include <QString>
@@ -65,11 +67,13 @@ std::size_t offsetIn(const FwImage& image, const std::uint8_t* position)
     return static_cast<std::size_t>(position - image.data.get());
 }
 
-/// Where the descriptor block is, looked for from the front; the length of the image when there is none.
+/// Where the descriptor block is, looked for from the front; the length of the image when there is
+/// none.
 std::size_t blockIn(const Bytes& bytes)
 {
     std::size_t found = bytes.size();
-    for (std::size_t at = bytes.size() % kBlockSize; at + kBlockSize <= bytes.size(); at += kBlockSize) {
+    for (std::size_t at = bytes.size() % kBlockSize; at + kBlockSize <= bytes.size();
+         at += kBlockSize) {
         const unsigned signature = static_cast<unsigned>(bytes[at] << 8 | bytes[at + 1]);
         if (signature == 0xAA55 || signature == 0x3CC3 || signature == 0x55AA) {
             found = at;
@@ -78,7 +82,8 @@ std::size_t blockIn(const Bytes& bytes)
     return found;
 }
 
-/// The texts of a record that held none before, by the bytes of its image: whole descriptors within 35 bytes alone.
+/// The texts of a record that held none before, by the bytes of its image: whole descriptors within
+/// 35 bytes alone.
 void requireTextsOf(const FwImage& image)
 {
     const std::uint8_t* const area = image.descriptor + 43;
@@ -107,9 +112,11 @@ void requireWellFormed(const FwImage& image, const Bytes& bytes)
     require(image.loaded || image.descriptor == nullptr, "positions are null without a block");
     if (image.loaded) {
         require(offsetIn(image, image.descriptor) == block, "the last block is the one");
-        require((image.version == nullptr) == (block < 7), "the version is there when there is room for it");
+        require((image.version == nullptr) == (block < 7),
+                "the version is there when there is room for it");
     }
-    for (const FwText* text : {&image.manufacturer, &image.product, &image.serial, &image.containerIdText}) {
+    for (const FwText* text :
+         {&image.manufacturer, &image.product, &image.serial, &image.containerIdText}) {
         require(std::find(text->begin(), text->end(), '\0') != text->end(), "texts have an end");
     }
 }
@@ -118,33 +125,37 @@ void requireSavedAsItIs(const FwImage& image)
 {
     static const SaveFolder folder;
     std::string problem;
-    require(
-        saveFileAtomically(folder.file(), image.data.get(), static_cast<std::size_t>(image.size), problem),
-        "what was loaded can be saved");
+    require(saveFileAtomically(folder.file(), image.data.get(),
+                               static_cast<std::size_t>(image.size), problem),
+            "what was loaded can be saved");
     FwImage again;
     require(FwImage_LoadFile(again, folder.file()), "what was saved can be loaded");
     require(bytesOf(again) == bytesOf(image), "and has the same bytes");
     require(FwImage_IdText(again.version) == FwImage_IdText(image.version), "and the same version");
 }
 
-/// Nothing but the given bytes of the block has changed, and of byte `flags` nothing but the bits `mask`.
-void requireOnlyChanged(const FwImage& image, const Bytes& before, std::size_t begin, std::size_t end,
-                        std::size_t flags, std::uint8_t mask)
+/// Nothing but the given bytes of the block has changed, and of byte `flags` nothing but the bits
+/// `mask`.
+void requireOnlyChanged(const FwImage& image, const Bytes& before, std::size_t begin,
+                        std::size_t end, std::size_t flags, std::uint8_t mask)
 {
     const std::size_t block = offsetIn(image, image.descriptor);
     const Bytes after = bytesOf(image);
     require(after.size() == before.size(), "an edit leaves the length as it is");
     for (std::size_t i = 0; i < after.size(); ++i) {
         const bool inside = i >= block + begin && i < block + end;
-        const auto allowed = static_cast<std::uint8_t>(inside ? 0xFF : i == block + flags ? mask : 0);
+        const auto allowed = static_cast<std::uint8_t>(inside               ? 0xFF
+                                                       : i == block + flags ? mask
+                                                                            : 0);
         require(((after[i] ^ before[i]) & ~allowed) == 0, "an edit changes its own bytes alone");
     }
 }
 
 bool isIdText(const std::string& text)
 {
-    return text.size() == kIdDigits &&
-           std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isxdigit(c) != 0; });
+    return text.size() == kIdDigits && std::all_of(text.begin(), text.end(), [](unsigned char c) {
+               return std::isxdigit(c) != 0;
+           });
 }
 
 std::string upper(std::string text)
@@ -161,11 +172,13 @@ void editIds(FwImage& image, const IdentityTexts& texts)
     requireOnlyChanged(image, before, kIdsBegin, kIdsEnd, 10, 0x01);
     require(!changed || (image.descriptor[10] & 1) != 0, "a change of the ids is flagged");
     require(changed || bytesOf(image) == before, "what tells of no change has changed nothing");
-    require(!FwImage_EditIds(image, texts.vid, texts.sspid, texts.hspid), "the same ids are no change");
+    require(!FwImage_EditIds(image, texts.vid, texts.sspid, texts.hspid),
+            "the same ids are no change");
     const std::array<std::pair<const std::string*, const std::uint8_t*>, 3> ids = {
         {{&texts.vid, image.vid}, {&texts.sspid, image.sspid}, {&texts.hspid, image.hspid}}};
     for (const auto& [text, position] : ids) {
-        require(!isIdText(*text) || FwImage_IdText(position) == upper(*text), "an id reads back as typed");
+        require(!isIdText(*text) || FwImage_IdText(position) == upper(*text),
+                "an id reads back as typed");
     }
 }
 
@@ -173,7 +186,8 @@ void editTexts(FwImage& image, const IdentityTexts& texts, const std::string& co
 {
     const Bytes before = bytesOf(image);
     const auto edit = [&] {
-        return FwImage_EditTexts(image, texts.manufacturer, texts.product, texts.serial, containerId);
+        return FwImage_EditTexts(image, texts.manufacturer, texts.product, texts.serial,
+                                 containerId);
     };
     const std::uint8_t flags = edit();
     requireOnlyChanged(image, before, kTextsBegin, kTextsEnd, 42, 0x0F);
@@ -227,7 +241,8 @@ void requireHexOf(const FwImage& image, std::uint32_t begin, std::uint32_t end)
     for (std::size_t row = 0; row < 16; ++row) {
         const QString& line = lines[static_cast<qsizetype>(row)];
         const qsizetype colon = line.indexOf(':');
-        require(line.left(colon) == QString::asprintf("%04zXh", offsetIn(image, image.descriptor) + 16 * row),
+        require(line.left(colon) ==
+                    QString::asprintf("%04zXh", offsetIn(image, image.descriptor) + 16 * row),
                 "a line begins with its offset");
         const QStringList columns = line.mid(colon + 1).split(' ', Qt::SkipEmptyParts);
         require(columns.size() == 17 && columns[8] == "-", "a line has two halves of eight bytes");
@@ -235,7 +250,8 @@ void requireHexOf(const FwImage& image, std::uint32_t begin, std::uint32_t end)
             const auto column = static_cast<qsizetype>(i < 8 ? i : i + 1);
             require(columns[column] == QString::asprintf("%02X", image.descriptor[16 * row + i]),
                     "the bytes on view are the block's");
-            const qsizetype digits = lineStart + colon + 1 + 3 * static_cast<qsizetype>(i) + (i < 8 ? 0 : 2);
+            const qsizetype digits =
+                lineStart + colon + 1 + 3 * static_cast<qsizetype>(i) + (i < 8 ? 0 : 2);
             const bool red = digits >= hex.redStart && digits < hex.redStart + hex.redLength;
             const std::size_t offset = 16 * row + i;
             require(red == (offset >= std::min(begin, end) && offset < std::max(begin, end)),
@@ -243,7 +259,8 @@ void requireHexOf(const FwImage& image, std::uint32_t begin, std::uint32_t end)
         }
         lineStart += line.size() + 1;
     }
-    require(hex.redStart >= 0 && hex.redStart + hex.redLength <= hex.text.size(), "the red lies in the text");
+    require(hex.redStart >= 0 && hex.redStart + hex.redLength <= hex.text.size(),
+            "the red lies in the text");
 }
 
 } // namespace
@@ -260,8 +277,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::uint32_t begin = input.word();
     const std::uint32_t end = input.word();
     IdentityTexts texts;
-    for (std::string* text : {&texts.vid, &texts.sspid, &texts.hspid, &texts.version, &texts.manufacturer,
-                              &texts.product, &texts.serial}) {
+    for (std::string* text : {&texts.vid, &texts.sspid, &texts.hspid, &texts.version,
+                              &texts.manufacturer, &texts.product, &texts.serial}) {
         *text = input.text();
     }
     const std::string containerId = input.text();
@@ -278,8 +295,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             "a file and its bytes are parsed alike");
     if (!loaded) {
         require(!FwImage_EditIds(image, texts.vid, texts.sspid, texts.hspid) &&
-                    FwImage_EditTexts(image, texts.manufacturer, texts.product, texts.serial, containerId) ==
-                        0 &&
+                    FwImage_EditTexts(image, texts.manufacturer, texts.product, texts.serial,
+                                      containerId) == 0 &&
                     bytesOf(image) == bytes,
                 "an image that is not loaded is not edited");
         return 0;
@@ -290,8 +307,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     editIds(image, texts);
     editTexts(image, texts, containerId);
     setIds(image, texts);
-    editTexts(image, {"", "", "", "", image.product.data(), image.serial.data(), image.manufacturer.data()},
-              image.containerIdText.data());
+    editTexts(
+        image,
+        {"", "", "", "", image.product.data(), image.serial.data(), image.manufacturer.data()},
+        image.containerIdText.data());
     requireHexOf(image, end, begin);
     requireSavedAsItIs(image);
     requireWellFormed(image, bytesOf(image));

@@ -1,4 +1,5 @@
-// The reading of property definitions, and each property's field read and written in a block. An input is the file.
+// The reading of property definitions, and each property's field read and written in a block. An
+// input is the file.
 
 #include "base/GenFun.h"
 #include "props/Pages.h"
@@ -26,7 +27,8 @@ void requireReadsBack(const PropItem& item, Block& block)
     std::uint8_t high = 0;
     std::uint8_t low = 0;
     GF_Mask2Bits(item.mask, &high, &low);
-    require(item.mask == 0 ? high == 0xFF && low == 0xFF : high <= 7 && low <= high, "a mask has its bits");
+    require(item.mask == 0 ? high == 0xFF && low == 0xFF : high <= 7 && low <= high,
+            "a mask has its bits");
     const unsigned room = item.mask == 0 ? 0U : static_cast<unsigned>(item.mask >> low);
     for (unsigned value = 0; value < item.propList.size() + 3; ++value) {
         const Block before = block;
@@ -47,7 +49,8 @@ void requireWellFormed(const PropItemList& items)
         require(item->key > before && item->key != 0xFF,
                 "items come in the order of their numbers, up to 254");
         before = item->key;
-        require(!item->propName.empty() && item->propName == item->property, "every item has its name");
+        require(!item->propName.empty() && item->propName == item->property,
+                "every item has its name");
         require(item->propList.size() == item->dataList.size() && item->propList.size() <= 16,
                 "labels have their values");
         require(item->curValue ==

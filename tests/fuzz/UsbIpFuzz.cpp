@@ -1,13 +1,14 @@
-// What a client may send to the USB/IP server, up to the requests that the simulated hub behind it decodes.
+// What a client may send to the USB/IP server, up to the requests that the simulated hub behind it
+// decodes.
 //
-// An input is a byte of which bit 0 says whether the hub runs its ROM code, a byte with how many bytes arrive at a time
-// less one, and what arrives.
+// An input is a byte of which bit 0 says whether the hub runs its ROM code, a byte with how many
+// bytes arrive at a time less one, and what arrives.
 
 #include "standins/sim/DemoImage.h"
 #include "standins/sim/SimulatedHub.h"
+#include "standins/virtual_hub/ServerConversation.h"
 #include "tests/fuzz/FuzzInput.h"
 #include "tests/support/VirtualClock.h"
-#include "standins/virtual_hub/ServerConversation.h"
 
 #include <algorithm>
 #include <memory>
@@ -35,7 +36,8 @@ class OfferedHub : public ExportList
 public:
     explicit OfferedHub(HubCode code)
     {
-        static const std::vector<std::uint8_t> demo = demoImage(); // making it takes longer than all the rest
+        static const std::vector<std::uint8_t> demo = demoImage(); // making it takes longer than
+                                                                   // all the rest
         SimulatedHubOptions options;
         options.initialFlash = demo;
         options.keepInMemory = true;
@@ -55,8 +57,8 @@ public:
                 return m_hub->control(port, each);
             };
             offered.push_back({port.port == HubPort::SuperSpeed ? "2-1" : "1-1",
-                               {1, port.port, port.vendorId, port.productId, port.otherProductId, request,
-                                [] { return true; }}});
+                               {1, port.port, port.vendorId, port.productId, port.otherProductId,
+                                request, [] { return true; }}});
         }
         return offered;
     }
@@ -96,10 +98,12 @@ public:
     {
         const std::size_t before = m_out.size();
         m_server.leave(m_out);
-        require(m_out.size() == before + kUrb * m_pending.size(), "what was pending is answered, each once");
+        require(m_out.size() == before + kUrb * m_pending.size(),
+                "what was pending is answered, each once");
         for (std::size_t i = 0; i < m_pending.size(); ++i) {
             const ByteView reply = ByteView(m_out).subspan(before + kUrb * i, kUrb);
-            require(big32(reply, 0) == 3 && big32(reply, 4) == m_pending[i] && big32(reply, 20) == kGone,
+            require(big32(reply, 0) == 3 && big32(reply, 4) == m_pending[i] &&
+                        big32(reply, 20) == kGone,
                     "with the news that the device has left");
         }
         require(m_hub.flashSize() == 32768, "the flash keeps its size");
@@ -140,10 +144,12 @@ private:
     void requireOperation(ByteView message, ByteView reply)
     {
         if (message.empty()) {
-            require(m_ended && reply.empty(), "what is no operation ends the connection without a word");
+            require(m_ended && reply.empty(),
+                    "what is no operation ends the connection without a word");
             return;
         }
-        require(reply.size() >= 8 && big16(reply, 0) == 0x0111, "an operation is answered in its protocol");
+        require(reply.size() >= 8 && big16(reply, 0) == 0x0111,
+                "an operation is answered in its protocol");
         if (message.size() == 8) {
             require(m_ended && big16(reply, 2) == 0x0005 && big32(reply, 4) == 0,
                     "the list is the last word");
@@ -169,14 +175,16 @@ private:
         const bool unlink = big32(message, 0) == 2;
         const bool in = big32(message, 12) == 1;
         const std::uint32_t length = big32(message, 24);
-        require(message.size() == kUrb + (unlink || in ? 0 : length), "a message is as long as it says");
+        require(message.size() == kUrb + (unlink || in ? 0 : length),
+                "a message is as long as it says");
         if (unlink) {
             const bool calledOff = std::erase(m_pending, big32(message, 20)) > 0;
             require(reply.size() == kUrb && big32(reply, 0) == 4 &&
                         big32(reply, 20) == (calledOff ? kCalledOff : kDone),
                     "an unlink says whether there was something to call off");
         } else if (reply.empty()) {
-            require(in && big32(message, 16) == 1, "only the status endpoint keeps its client waiting");
+            require(in && big32(message, 16) == 1,
+                    "only the status endpoint keeps its client waiting");
             m_pending.push_back(big32(message, 4));
             return;
         } else {
@@ -190,7 +198,8 @@ private:
         require(reply.size() >= kUrb && big32(reply, 0) == 3, "a transfer is answered as one");
         const std::uint32_t status = big32(reply, 20);
         const std::uint32_t moved = big32(reply, 24);
-        require(status == kDone || status == kStalled || status == kGone, "with a status of a transfer");
+        require(status == kDone || status == kStalled || status == kGone,
+                "with a status of a transfer");
         require(moved <= length, "no more moves than there is room for");
         require(reply.size() == kUrb + (in ? moved : 0), "and all that moves is there");
     }
@@ -205,7 +214,8 @@ private:
         late.insert(late.end(), {0x80, 6, 0, 1, 0, 0, 18, 0});
         ByteBuffer out;
         std::size_t taken = 0;
-        require(m_server.step(late, taken, out) == Step::Answered && taken == kUrb, "it is dealt with");
+        require(m_server.step(late, taken, out) == Step::Answered && taken == kUrb,
+                "it is dealt with");
         require(out.size() == kUrb && big32(out, 4) == 77 && big32(out, 20) == kGone,
                 "a device that has left answers nothing any more");
     }

@@ -22,7 +22,8 @@ inline const SeenRequest kModeZero{{0x40, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00, 0x
 inline const SeenRequest kRestartIntoFlash{{0x40, 0xE9, 0x01, 0x01, 0x00, 0x00, 0x00, 0x00}};
 inline const SeenRequest kEraseFlash{{0x40, 0xE8, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00}};
 
-/// A hub whose answers are laid out beforehand: its status block, and the statuses of its next answers by request.
+/// A hub whose answers are laid out beforehand: its status block, and the statuses of its next
+/// answers by request.
 class HubCommands : public HubTest
 {
 protected:
@@ -46,7 +47,8 @@ protected:
         };
     }
 
-    /// The statuses of the next answers to request 0x09, to restarts and erases; 0 when they run out.
+    /// The statuses of the next answers to request 0x09, to restarts and erases; 0 when they run
+    /// out.
     std::deque<std::uint32_t> m_readResults;
     std::deque<std::uint32_t> m_commandResults;
     std::array<std::uint8_t, 32> m_status{};

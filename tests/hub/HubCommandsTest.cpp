@@ -160,8 +160,9 @@ TEST_F(FlashTransfers, SplitTheAddressOfAWriteIntoTwoWords)
     open();
     const std::array<std::uint8_t, 3> data{0xAA, 0xBB, 0xCC};
     EXPECT_EQ(Hub_WriteFlash(0x89AB4567, data.data(), 3), 0U);
-    EXPECT_THAT(m_bus.requests(), ElementsAre(SeenRequest{{0x40, 0xC8, 0x67, 0x45, 0xAB, 0x89, 0x03, 0x00},
-                                                          {0xAA, 0xBB, 0xCC}}));
+    EXPECT_THAT(m_bus.requests(),
+                ElementsAre(SeenRequest{{0x40, 0xC8, 0x67, 0x45, 0xAB, 0x89, 0x03, 0x00},
+                                        {0xAA, 0xBB, 0xCC}}));
 }
 
 TEST_F(FlashTransfers, SplitTheAddressOfAReadIntoTwoWords)
@@ -170,7 +171,8 @@ TEST_F(FlashTransfers, SplitTheAddressOfAReadIntoTwoWords)
     std::array<std::uint8_t, 4> data{};
     EXPECT_EQ(Hub_ReadFlash(0x00012345, data.data(), 4), 0U);
     EXPECT_EQ(data, (std::array<std::uint8_t, 4>{1, 2, 3, 4}));
-    EXPECT_THAT(m_bus.requests(), ElementsAre(SeenRequest{{0xC0, 0xD8, 0x45, 0x23, 0x01, 0x00, 0x04, 0x00}}));
+    EXPECT_THAT(m_bus.requests(),
+                ElementsAre(SeenRequest{{0xC0, 0xD8, 0x45, 0x23, 0x01, 0x00, 0x04, 0x00}}));
 }
 
 TEST_F(FlashTransfers, WriteAWholeImageWithAShorterLastPiece)
@@ -180,7 +182,8 @@ TEST_F(FlashTransfers, WriteAWholeImageWithAShorterLastPiece)
     std::iota(image.begin(), image.end(), std::uint8_t{0});
     std::uint32_t address = 0;
     while (address < image.size()) {
-        const auto piece = static_cast<std::uint16_t>(std::min<std::size_t>(4096, image.size() - address));
+        const auto piece =
+            static_cast<std::uint16_t>(std::min<std::size_t>(4096, image.size() - address));
         EXPECT_EQ(Hub_WriteFlash(address, image.data() + address, piece), 0U);
         address += piece;
     }

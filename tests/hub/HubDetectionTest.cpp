@@ -36,9 +36,10 @@ TEST_F(Detection, ReadsTheVersionOfTheHub)
     const HubDetection detection = Hub_Detect();
     EXPECT_TRUE(detection.found);
     EXPECT_EQ(detection.version, 0x0105);
-    EXPECT_THAT(m_bus.events(),
-                ElementsAre("search", "drop 0", "end of list", "search", "open 0", "close 0", "drop 0"));
-    EXPECT_THAT(m_bus.requests(), ElementsAre(kGreeting, SeenRequest{{0xC0, 0x09, 0, 0, 0, 0, 32, 0}}));
+    EXPECT_THAT(m_bus.events(), ElementsAre("search", "drop 0", "end of list", "search", "open 0",
+                                            "close 0", "drop 0"));
+    EXPECT_THAT(m_bus.requests(),
+                ElementsAre(kGreeting, SeenRequest{{0xC0, 0x09, 0, 0, 0, 0, 32, 0}}));
 }
 
 TEST_F(Detection, OpensNothingWithoutASupportedHub)

@@ -26,7 +26,8 @@ TEST_F(SwitchMode, ReopensAfterTheHubReturns)
     EXPECT_TRUE(Hub_IsOpen());
     EXPECT_EQ(m_clock.pauses(), times(3, 2s));
     EXPECT_THAT(m_bus.requests(), ElementsAre(kRestartIntoFlash, kGreeting));
-    EXPECT_THAT(m_bus.events(), ElementsAre("close 0", "drop 0", "search", "search", "search", "open 0"));
+    EXPECT_THAT(m_bus.events(),
+                ElementsAre("close 0", "drop 0", "search", "search", "search", "open 0"));
 }
 
 TEST_F(SwitchMode, ReadsTheStatusBlockOnlyOnTheWayIntoRomCode)
@@ -151,8 +152,8 @@ TEST_F(OpenRomDevice, RestartsAHubThatRunsItsFirmware)
 {
     EXPECT_TRUE(Hub_OpenRomDevice());
     EXPECT_TRUE(Hub_IsOpen());
-    EXPECT_THAT(m_bus.requests(),
-                ElementsAre(kGreeting, kReadStatus, kReadStatus, kRestartIntoRom, kGreeting, kReadStatus));
+    EXPECT_THAT(m_bus.requests(), ElementsAre(kGreeting, kReadStatus, kReadStatus, kRestartIntoRom,
+                                              kGreeting, kReadStatus));
     EXPECT_EQ(m_clock.pauses(), times(1, 2s));
     EXPECT_EQ(LastError, 0);
 }
@@ -175,8 +176,8 @@ TEST_F(OpenRomDevice, SetsCodeTwelveWhenTheHubStaysOutOfRomCode)
     EXPECT_FALSE(Hub_OpenRomDevice());
     EXPECT_EQ(LastError, 12);
     EXPECT_FALSE(Hub_IsOpen());
-    EXPECT_THAT(m_bus.requests(),
-                ElementsAre(kGreeting, kReadStatus, kReadStatus, kRestartIntoRom, kGreeting, kReadStatus));
+    EXPECT_THAT(m_bus.requests(), ElementsAre(kGreeting, kReadStatus, kReadStatus, kRestartIntoRom,
+                                              kGreeting, kReadStatus));
 }
 
 TEST_F(OpenRomDevice, TreatsAnUnreadableStatusBlockAsNoRomCode)
@@ -186,8 +187,8 @@ TEST_F(OpenRomDevice, TreatsAnUnreadableStatusBlockAsNoRomCode)
     EXPECT_FALSE(Hub_OpenRomDevice());
     EXPECT_EQ(LastError, 12);
     EXPECT_FALSE(Hub_IsOpen());
-    EXPECT_THAT(m_bus.requests(),
-                ElementsAre(kGreeting, kReadStatus, kReadStatus, kRestartIntoRom, kGreeting, kReadStatus));
+    EXPECT_THAT(m_bus.requests(), ElementsAre(kGreeting, kReadStatus, kReadStatus, kRestartIntoRom,
+                                              kGreeting, kReadStatus));
 }
 
 TEST_F(OpenRomDevice, FailsClosedWhenTheRestartIsRefused)

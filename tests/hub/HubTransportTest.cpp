@@ -241,8 +241,9 @@ TEST_F(ControlRequestTest, PutsAllSixValuesIntoOneTransfer)
     open();
     std::array<std::uint8_t, 3> data{0xDE, 0xAD, 0x42};
     EXPECT_EQ(Hub_ControlRequest(0x41, 0x77, 0x1234, 0x5678, 3, data.data()), 0U);
-    EXPECT_THAT(m_bus.requests(), ElementsAre(SeenRequest{{0x41, 0x77, 0x34, 0x12, 0x78, 0x56, 0x03, 0x00},
-                                                          {0xDE, 0xAD, 0x42}}));
+    EXPECT_THAT(m_bus.requests(),
+                ElementsAre(SeenRequest{{0x41, 0x77, 0x34, 0x12, 0x78, 0x56, 0x03, 0x00},
+                                        {0xDE, 0xAD, 0x42}}));
 }
 
 TEST_F(ControlRequestTest, HandsTheCallersBufferToTheBus)

@@ -1,5 +1,6 @@
-// A plug-in that Qt loads into the window program when QT_QPA_GENERIC_PLUGINS names it: says on standard output what the
-// window shows, and does what standard input asks for. The program itself is the one that people run.
+// A plug-in that Qt loads into the window program when QT_QPA_GENERIC_PLUGINS names it: says on
+// standard output what the window shows, and does what standard input asks for. The program itself
+// is the one that people run.
 //
 // It says, each time something has changed, with "|" where a line ends in the window:
 //   hub: TEXT       the line about the hub, with its colour before it
@@ -52,7 +53,8 @@ template <typename Dialog>
 Dialog* openDialog()
 {
     for (QWidget* window : QApplication::topLevelWidgets()) {
-        if (auto* const dialog = qobject_cast<Dialog*>(window); dialog != nullptr && dialog->isVisible()) {
+        if (auto* const dialog = qobject_cast<Dialog*>(window);
+            dialog != nullptr && dialog->isVisible()) {
             return dialog;
         }
     }
@@ -168,7 +170,8 @@ private:
         for (qsizetype end = m_line.indexOf('\n'); end >= 0; end = m_line.indexOf('\n')) {
             const QString line = QString::fromUtf8(m_line.left(end));
             m_line.remove(0, end + 1);
-            // Queued, because a dialog's loop must not run within a notifier that is to go on meanwhile.
+            // Queued, because a dialog's loop must not run within a notifier that is to go on
+            // meanwhile.
             QMetaObject::invokeMethod(
                 this, [line] { obey(line); }, Qt::QueuedConnection);
         }

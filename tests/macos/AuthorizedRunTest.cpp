@@ -35,12 +35,15 @@ class EachScript : public AuthorizedRunTest, public testing::WithParamInterface<
 TEST_P(EachScript, IsRunByTheseCalls)
 {
     EXPECT_TRUE(startScript(m_run, "/Applications/a b (c).app/Contents/Resources", GetParam()));
-    EXPECT_EQ(mac.calls(), runOf("/Applications/a b (c).app/Contents/Resources/" + std::string(GetParam())));
+    EXPECT_EQ(mac.calls(),
+              runOf("/Applications/a b (c).app/Contents/Resources/" + std::string(GetParam())));
     EXPECT_THAT(mac.alive(), IsEmpty());
 }
 
 INSTANTIATE_TEST_SUITE_P(Scripts, EachScript, testing::Values("load", "unload", "reboot"),
-                         [](const testing::TestParamInfo<const char*>& script) { return script.param; });
+                         [](const testing::TestParamInfo<const char*>& script) {
+                             return script.param;
+                         });
 
 TEST_F(AuthorizedRunTest, TakesARefusalForAStart)
 {
@@ -56,12 +59,11 @@ TEST_F(AuthorizedRunTest, GoesOnWithoutAnAuthorization)
 {
     mac.authorizationResult = errAuthorizationDenied;
     EXPECT_TRUE(m_run.start("/x/load"));
-    EXPECT_EQ(
-        mac.calls(),
-        (Calls{
-            "AuthorizationCreate(no rights, no environment, flags 0) = 0xFFFF159B",
-            "AuthorizationExecuteWithPrivileges(none, /x/load, flags 0, no arguments, no pipe) = 0xFFFF159E",
-            "AuthorizationFree(none, flags 0)"}));
+    EXPECT_EQ(mac.calls(),
+              (Calls{"AuthorizationCreate(no rights, no environment, flags 0) = 0xFFFF159B",
+                     "AuthorizationExecuteWithPrivileges(none, /x/load, flags 0, no arguments, no "
+                     "pipe) = 0xFFFF159E",
+                     "AuthorizationFree(none, flags 0)"}));
     EXPECT_THAT(mac.alive(), IsEmpty());
 }
 

@@ -24,7 +24,8 @@ TEST_F(CoreBundleTest, IsTheMainBundleByTheseCalls)
     EXPECT_TRUE(bundle.bundled);
     EXPECT_THAT(mac.calls(),
                 ElementsAre("CFBundleGetMainBundle()", "CFBundleCopyBundleURL(main bundle)",
-                            "CFURLGetFileSystemRepresentation(url 1, absolute)", "CFRelease(url 1)"));
+                            "CFURLGetFileSystemRepresentation(url 1, absolute)",
+                            "CFRelease(url 1)"));
     EXPECT_THAT(mac.alive(), IsEmpty());
 }
 

@@ -1,5 +1,5 @@
-// What the fake says of callers that do wrong. Each of these is what a back end with one line too many, one too few or
-// two in the wrong order would do.
+// What the fake says of callers that do wrong. Each of these is what a back end with one line too
+// many, one too few or two in the wrong order would do.
 
 #include "tests/fake_macos/FakeMacos.h"
 
@@ -51,8 +51,8 @@ protected:
     {
         IOCFPlugInInterface** plugIn = nullptr;
         SInt32 score = 0;
-        IOCreatePlugInInterfaceForService(service, kIOUSBDeviceUserClientTypeID, kIOCFPlugInInterfaceID,
-                                          &plugIn, &score);
+        IOCreatePlugInInterfaceForService(service, kIOUSBDeviceUserClientTypeID,
+                                          kIOCFPlugInInterfaceID, &plugIn, &score);
         return plugIn;
     }
 
@@ -76,7 +76,8 @@ protected:
     static AuthorizationRef authorization()
     {
         AuthorizationRef made = nullptr;
-        AuthorizationCreate(nullptr, kAuthorizationEmptyEnvironment, kAuthorizationFlagDefaults, &made);
+        AuthorizationCreate(nullptr, kAuthorizationEmptyEnvironment, kAuthorizationFlagDefaults,
+                            &made);
         return made;
     }
 
@@ -282,7 +283,8 @@ TEST_F(FakeMisuse, AuthorizationUsedAfterItsEnd)
     char* noArguments[] = {nullptr};
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
-    AuthorizationExecuteWithPrivileges(made, "/x", kAuthorizationFlagDefaults, noArguments, nullptr);
+    AuthorizationExecuteWithPrivileges(made, "/x", kAuthorizationFlagDefaults, noArguments,
+                                       nullptr);
 #pragma GCC diagnostic pop
     expectMisuse("a script run with something that is no authorization any more");
 }
@@ -348,7 +350,8 @@ protected:
         CFRunLoopAddSource(CFRunLoopGetCurrent(), IONotificationPortGetRunLoopSource(port), mode);
         IOServiceAddMatchingNotification(
             port, kIOFirstMatchNotification, IOServiceMatching("IOUSBDevice"),
-            [](void* told, io_iterator_t /*list*/) { ++*static_cast<int*>(told); }, &m_told, &m_list);
+            [](void* told, io_iterator_t /*list*/) { ++*static_cast<int*>(told); }, &m_told,
+            &m_list);
     }
 
     void arm() const
@@ -413,8 +416,8 @@ TEST_F(FakeNotification, NeverComesOnAnotherThread)
 TEST_F(FakeNotification, WantsAPort)
 {
     const CFMutableDictionaryRef dictionary = IOServiceMatching("IOUSBDevice");
-    EXPECT_EQ(IOServiceAddMatchingNotification(nullptr, kIOFirstMatchNotification, dictionary, nullptr,
-                                               nullptr, &m_list),
+    EXPECT_EQ(IOServiceAddMatchingNotification(nullptr, kIOFirstMatchNotification, dictionary,
+                                               nullptr, nullptr, &m_list),
               kIOReturnBadArgument);
     CFRelease(dictionary);
     expectMisuse("a notification without a port");
@@ -423,8 +426,9 @@ TEST_F(FakeNotification, WantsAPort)
 TEST_F(FakeNotification, GivesItsSourceNoCallerToRelease)
 {
     CFRelease(IONotificationPortGetRunLoopSource(IONotificationPortCreate(kMainPort)));
-    EXPECT_THAT(mac.misuse(),
-                ElementsAre("CFRelease of something that is not there, or is no caller's to release"));
+    EXPECT_THAT(
+        mac.misuse(),
+        ElementsAre("CFRelease of something that is not there, or is no caller's to release"));
 }
 
 } // namespace

@@ -63,7 +63,8 @@ TEST_F(GestaltVersionTest, IsAskedForInThreeNumbersAfterwards)
     mac.gestalt[kPacked] = 0x1040;
     answerNumbers(10, 10, 5);
     EXPECT_EQ(version(), "10.10.5");
-    EXPECT_THAT(mac.calls(), ElementsAre("Gestalt(sysv)", "Gestalt(sys1)", "Gestalt(sys2)", "Gestalt(sys3)"));
+    EXPECT_THAT(mac.calls(),
+                ElementsAre("Gestalt(sysv)", "Gestalt(sys1)", "Gestalt(sys2)", "Gestalt(sys3)"));
     mac.gestalt[kPacked] = 0x1095; // no more than one digit fits for the minor version
     answerNumbers(14, 6, 1);
     EXPECT_EQ(version(), "14.6.1");

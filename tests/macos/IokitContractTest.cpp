@@ -30,14 +30,20 @@ public:
     void unplug() override { m_mac.unplug(); }
     void settle() override { m_mac.turnRunLoop(); }
 
-    ControlRequest readRequest(std::uint16_t length) override { return {0xC0, kRead, 0, 0, length}; }
+    ControlRequest readRequest(std::uint16_t length) override
+    {
+        return {0xC0, kRead, 0, 0, length};
+    }
     std::vector<std::uint8_t> expectedRead(std::uint16_t length) override
     {
         std::vector<std::uint8_t> bytes(length);
         fill(bytes.data(), bytes.size());
         return bytes;
     }
-    ControlRequest writeRequest(std::uint16_t length) override { return {0x40, kWrite, 0, 0, length}; }
+    ControlRequest writeRequest(std::uint16_t length) override
+    {
+        return {0x40, kWrite, 0, 0, length};
+    }
     std::vector<std::uint8_t> lastWritten() override { return m_written; }
     ControlRequest stalledRequest() override { return {0x40, kStall, 0, 0, 0}; }
 
@@ -72,8 +78,8 @@ private:
 };
 
 INSTANTIATE_TEST_SUITE_P(Iokit, UsbBusContract,
-                         testing::Values(BusFactory{"Iokit",
-                                                    [] { return std::make_unique<MacBusUnderTest>(); }}),
+                         testing::Values(BusFactory{
+                             "Iokit", [] { return std::make_unique<MacBusUnderTest>(); }}),
                          busName);
 
 } // namespace

@@ -58,7 +58,8 @@ protected:
     {
         const std::string number = std::to_string(search);
         return {"IOServiceMatching(\"IOUSBDevice\") = dictionary " + number,
-                "IOServiceGetMatchingServices(main port, dictionary " + number + ") = iterator " + number};
+                "IOServiceGetMatchingServices(main port, dictionary " + number + ") = iterator " +
+                    number};
     }
     static Calls step(int place, int search = 1)
     {
@@ -75,16 +76,17 @@ protected:
         return {"interface " + std::to_string(place) + " USBDeviceOpen", greeting(place)};
     }
 
-    /// Both searches pass such a device by, with these calls after it was met, and go on to the hub behind it. Each leaves
-    /// `left` with the system.
-    void expectPassedBy(const MacDevice& device, const Calls& calls, int code, const Calls& left = {})
+    /// Both searches pass such a device by, with these calls after it was met, and go on to the hub
+    /// behind it. Each leaves `left` with the system.
+    void expectPassedBy(const MacDevice& device, const Calls& calls, int code,
+                        const Calls& left = {})
     {
         mac.attach({device, kHub});
         EXPECT_TRUE(Hub_FindDevice());
         EXPECT_EQ(LastError, code);
         EXPECT_EQ(mac.calls(),
-                  oneAfterTheOther(searchBegins(1), Calls{"IOIteratorNext(iterator 1) = service 0"}, calls,
-                                   step(1, 1), idsRead(1), released(1),
+                  oneAfterTheOther(searchBegins(1), Calls{"IOIteratorNext(iterator 1) = service 0"},
+                                   calls, step(1, 1), idsRead(1), released(1),
                                    Calls{"IOObjectRelease(iterator 1)"}));
         EXPECT_EQ(mac.alive(), left);
 
@@ -93,8 +95,8 @@ protected:
         EXPECT_TRUE(Hub_OpenDevice());
         EXPECT_EQ(LastError, code);
         EXPECT_EQ(mac.calls(),
-                  oneAfterTheOther(searchBegins(2), Calls{"IOIteratorNext(iterator 2) = service 0"}, calls,
-                                   step(1, 2), idsRead(1), opened(1)));
+                  oneAfterTheOther(searchBegins(2), Calls{"IOIteratorNext(iterator 2) = service 0"},
+                                   calls, step(1, 2), idsRead(1), opened(1)));
         Hub_CloseDevice();
         EXPECT_EQ(mac.alive(), oneAfterTheOther(Calls{"iterator 2"}, left, left));
         mac.reclaim();
@@ -108,8 +110,9 @@ TEST_F(IokitSearch, FindsTheHubByTheseCalls)
 {
     mac.attach({kStranger, kHub, kHub});
     EXPECT_TRUE(Hub_FindDevice());
-    EXPECT_EQ(mac.calls(), oneAfterTheOther(searchBegins(), step(0), idsRead(0), released(0), step(1),
-                                            idsRead(1), released(1), Calls{"IOObjectRelease(iterator 1)"}));
+    EXPECT_EQ(mac.calls(),
+              oneAfterTheOther(searchBegins(), step(0), idsRead(0), released(0), step(1),
+                               idsRead(1), released(1), Calls{"IOObjectRelease(iterator 1)"}));
     EXPECT_THAT(mac.alive(), IsEmpty());
     EXPECT_EQ(LastError, 0);
 }
@@ -118,9 +121,9 @@ TEST_F(IokitSearch, GivesTheListBackWhenThereIsNoHub)
 {
     mac.attach({kStranger});
     EXPECT_FALSE(Hub_FindDevice());
-    EXPECT_EQ(mac.calls(),
-              oneAfterTheOther(searchBegins(), step(0), idsRead(0), released(0),
-                               Calls{"IOIteratorNext(iterator 1) = none", "IOObjectRelease(iterator 1)"}));
+    EXPECT_EQ(mac.calls(), oneAfterTheOther(searchBegins(), step(0), idsRead(0), released(0),
+                                            Calls{"IOIteratorNext(iterator 1) = none",
+                                                  "IOObjectRelease(iterator 1)"}));
     EXPECT_THAT(mac.alive(), IsEmpty());
     EXPECT_EQ(LastError, 0);
 }
@@ -142,8 +145,8 @@ TEST_F(IokitSearch, OpensTheHubByTheseCallsAndKeepsTheList)
 {
     mac.attach({kStranger, kHub});
     EXPECT_TRUE(Hub_OpenDevice());
-    EXPECT_EQ(mac.calls(), oneAfterTheOther(searchBegins(), step(0), idsRead(0), released(0), step(1),
-                                            idsRead(1), opened(1)));
+    EXPECT_EQ(mac.calls(), oneAfterTheOther(searchBegins(), step(0), idsRead(0), released(0),
+                                            step(1), idsRead(1), opened(1)));
     EXPECT_THAT(mac.alive(), ElementsAre("interface 1", "iterator 1"));
 }
 
@@ -159,11 +162,13 @@ TEST_F(IokitSearch, KeepsTheListAlsoWhenThereIsNoHubToOpen)
 
 TEST_F(IokitSearch, ReleasesABusyHubAndTriesNoOther)
 {
-    mac.attach({with(kHub, [](MacDevice& hub) { hub.openResult = kIOReturnExclusiveAccess; }), kHub});
+    mac.attach(
+        {with(kHub, [](MacDevice& hub) { hub.openResult = kIOReturnExclusiveAccess; }), kHub});
     EXPECT_FALSE(Hub_OpenDevice());
     EXPECT_EQ(LastError, 5);
-    EXPECT_EQ(mac.calls(), oneAfterTheOther(searchBegins(), step(0), idsRead(0),
-                                            Calls{"interface 0 USBDeviceOpen", "interface 0 Release"}));
+    EXPECT_EQ(mac.calls(),
+              oneAfterTheOther(searchBegins(), step(0), idsRead(0),
+                               Calls{"interface 0 USBDeviceOpen", "interface 0 Release"}));
     EXPECT_THAT(mac.alive(), ElementsAre("iterator 1"));
 }
 
@@ -233,38 +238,40 @@ TEST_F(IokitSearch, HasCodeTwoWhenThereIsNoDictionary)
     mac.givesDictionaries = false;
     EXPECT_FALSE(Hub_FindDevice());
     EXPECT_EQ(LastError, 2);
-    EXPECT_THAT(mac.calls(), ElementsAre("IOServiceMatching(\"IOUSBDevice\") = none",
-                                         "IOServiceGetMatchingServices(main port, none) = 0xE00002C2"));
+    EXPECT_THAT(mac.calls(),
+                ElementsAre("IOServiceMatching(\"IOUSBDevice\") = none",
+                            "IOServiceGetMatchingServices(main port, none) = 0xE00002C2"));
 }
 
 TEST_F(IokitSearch, PassesByADeviceWithoutAPlugIn)
 {
-    expectPassedBy(
-        with(kHub,
-             [](MacDevice& hub) {
-                 hub.givesPlugIn = false;
-                 hub.plugInResult = kIOReturnNoMemory;
-             }),
-        {"IOCreatePlugInInterfaceForService(service 0, device user client, plug-in interface) = 0xE00002BD",
-         "IOObjectRelease(service 0)"},
-        3);
-}
-
-TEST_F(IokitSearch, PassesByADeviceWithoutAPlugInWhateverTheCreationSays)
-{
-    expectPassedBy(with(kHub, [](MacDevice& hub) { hub.givesPlugIn = false; }),
-                   {"IOCreatePlugInInterfaceForService(service 0, device user client, plug-in interface)",
+    expectPassedBy(with(kHub,
+                        [](MacDevice& hub) {
+                            hub.givesPlugIn = false;
+                            hub.plugInResult = kIOReturnNoMemory;
+                        }),
+                   {"IOCreatePlugInInterfaceForService(service 0, device user client, plug-in "
+                    "interface) = 0xE00002BD",
                     "IOObjectRelease(service 0)"},
                    3);
 }
 
-TEST_F(IokitSearch, PassesByADeviceWhoseServiceCannotBeGivenBack)
+TEST_F(IokitSearch, PassesByADeviceWithoutAPlugInWhateverTheCreationSays)
 {
     expectPassedBy(
-        with(kHub, [](MacDevice& hub) { hub.serviceReleaseResult = kIOReturnError; }),
-        {"IOCreatePlugInInterfaceForService(service 0, device user client, plug-in interface) = plug-in 0",
-         "IOObjectRelease(service 0) = 0xE00002BC"},
-        3, {"plug-in 0"}); // nothing more is asked of that device
+        with(kHub, [](MacDevice& hub) { hub.givesPlugIn = false; }),
+        {"IOCreatePlugInInterfaceForService(service 0, device user client, plug-in interface)",
+         "IOObjectRelease(service 0)"},
+        3);
+}
+
+TEST_F(IokitSearch, PassesByADeviceWhoseServiceCannotBeGivenBack)
+{
+    expectPassedBy(with(kHub, [](MacDevice& hub) { hub.serviceReleaseResult = kIOReturnError; }),
+                   {"IOCreatePlugInInterfaceForService(service 0, device user client, plug-in "
+                    "interface) = plug-in 0",
+                    "IOObjectRelease(service 0) = 0xE00002BC"},
+                   3, {"plug-in 0"}); // nothing more is asked of that device
 }
 
 TEST_F(IokitSearch, DoesNotMindWhatTheCreationSaysOfAPlugInThatIsThere)
@@ -277,30 +284,32 @@ TEST_F(IokitSearch, DoesNotMindWhatTheCreationSaysOfAPlugInThatIsThere)
 
 TEST_F(IokitSearch, PassesByADeviceWithoutItsInterface)
 {
-    expectPassedBy(
-        with(kHub, [](MacDevice& hub) { hub.givesInterface = false; }),
-        {"IOCreatePlugInInterfaceForService(service 0, device user client, plug-in interface) = plug-in 0",
-         "IOObjectRelease(service 0)", "plug-in 0 QueryInterface(device interface)", "plug-in 0 Release"},
-        4);
+    expectPassedBy(with(kHub, [](MacDevice& hub) { hub.givesInterface = false; }),
+                   {"IOCreatePlugInInterfaceForService(service 0, device user client, plug-in "
+                    "interface) = plug-in 0",
+                    "IOObjectRelease(service 0)", "plug-in 0 QueryInterface(device interface)",
+                    "plug-in 0 Release"},
+                   4);
 }
 
 TEST_F(IokitSearch, PassesByADeviceWhosePlugInRefusesTheInterface)
 {
-    expectPassedBy(
-        with(kHub,
-             [](MacDevice& hub) {
-                 hub.givesInterface = false;
-                 hub.queryResult = static_cast<HRESULT>(0x80000004);
-             }),
-        {"IOCreatePlugInInterfaceForService(service 0, device user client, plug-in interface) = plug-in 0",
-         "IOObjectRelease(service 0)", "plug-in 0 QueryInterface(device interface) = 0x80000004",
-         "plug-in 0 Release"},
-        4);
+    expectPassedBy(with(kHub,
+                        [](MacDevice& hub) {
+                            hub.givesInterface = false;
+                            hub.queryResult = static_cast<HRESULT>(0x80000004);
+                        }),
+                   {"IOCreatePlugInInterfaceForService(service 0, device user client, plug-in "
+                    "interface) = plug-in 0",
+                    "IOObjectRelease(service 0)",
+                    "plug-in 0 QueryInterface(device interface) = 0x80000004", "plug-in 0 Release"},
+                   4);
 }
 
 TEST_F(IokitSearch, TakesNoInterfaceThatCameWithAFailure)
 {
-    mac.attach({with(kHub, [](MacDevice& hub) { hub.queryResult = static_cast<HRESULT>(0x80000004); })});
+    mac.attach(
+        {with(kHub, [](MacDevice& hub) { hub.queryResult = static_cast<HRESULT>(0x80000004); })});
     EXPECT_FALSE(Hub_FindDevice());
     EXPECT_EQ(LastError, 4);
     EXPECT_THAT(mac.alive(), ElementsAre("interface 0"));

@@ -40,8 +40,8 @@ inline std::string greeting(int place)
 inline std::vector<std::string> registrationCalls()
 {
     const auto registered = [](const std::string& number, const std::string& kind) {
-        return "IOServiceAddMatchingNotification(port " + number + ", \"" + kind + "\", dictionary " +
-               number + ", no reference) = iterator " + number;
+        return "IOServiceAddMatchingNotification(port " + number + ", \"" + kind +
+               "\", dictionary " + number + ", no reference) = iterator " + number;
     };
     return {
         "IOServiceMatching(\"IOUSBDevice\") = dictionary 1",

@@ -59,7 +59,8 @@ TEST_F(PlugNotificationsTest, AreArmedByTakingBothLists)
     EXPECT_THAT(mac.calls(),
                 ElementsAre("IOIteratorNext(iterator 1) = service 0", "IOObjectRelease(service 0)",
                             "IOIteratorNext(iterator 1) = service 1", "IOObjectRelease(service 1)",
-                            "IOIteratorNext(iterator 1) = none", "IOIteratorNext(iterator 2) = none"));
+                            "IOIteratorNext(iterator 1) = none",
+                            "IOIteratorNext(iterator 2) = none"));
     mac.turnRunLoop();
     EXPECT_THAT(m_events, IsEmpty()) << "what was there before is not reported";
     EXPECT_THAT(mac.alive(), ElementsAre("iterator 1", "iterator 2", "port 1", "port 2"));
@@ -108,14 +109,16 @@ TEST_F(PlugNotificationsTest, AddNoSourceThatIsNotThere)
     mac.plug({});
     mac.unplug();
     mac.turnRunLoop();
-    EXPECT_THAT(m_events, ElementsAre(UsbEvent::Detached)) << "the other kind is reported all the same";
+    EXPECT_THAT(m_events, ElementsAre(UsbEvent::Detached))
+        << "the other kind is reported all the same";
 }
 
 TEST_F(PlugNotificationsTest, AddNoSourceAtAllWhenThereIsNone)
 {
     mac.portsWithoutSource = {1, 2};
     EXPECT_FALSE(watch()) << "nobody would be told";
-    EXPECT_THAT(mac.calls(), testing::Not(testing::Contains(testing::StartsWith("CFRunLoopAddSource("))));
+    EXPECT_THAT(mac.calls(),
+                testing::Not(testing::Contains(testing::StartsWith("CFRunLoopAddSource("))));
     EXPECT_EQ(take(UsbEvent::Attached), 0);
     EXPECT_EQ(take(UsbEvent::Detached), 0);
 }

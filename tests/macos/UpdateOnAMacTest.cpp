@@ -77,7 +77,8 @@ public:
     UpdateOnAMac()
     {
         Hub_UsePlatform(m_bus, m_setup.clock);
-        EXPECT_TRUE(FwImage_Parse(m_image, m_bytes.data(), static_cast<std::int32_t>(m_bytes.size())));
+        EXPECT_TRUE(
+            FwImage_Parse(m_image, m_bytes.data(), static_cast<std::int32_t>(m_bytes.size())));
     }
 
 protected:

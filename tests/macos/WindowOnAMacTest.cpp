@@ -1,4 +1,5 @@
-// The window program with the macOS back end under it: the registration at its start, and the administrator scripts.
+// The window program with the macOS back end under it: the registration at its start, and the
+// administrator scripts.
 
 #include "app/AppDelegate.h"
 #include "hub/HubTransport.h"
@@ -77,8 +78,8 @@ protected:
     {
         Hub_UsePlatform(m_bus, m_clock);
         const std::string bundle = m_directory.path().toStdString() + "/Vornadel.app";
-        m_delegate =
-            std::make_unique<AppDelegate>(m_platform, ToolPlace{bundle, true, resources()}, QString());
+        m_delegate = std::make_unique<AppDelegate>(m_platform, ToolPlace{bundle, true, resources()},
+                                                   QString());
         m_delegate->driverCopy = m_directory.path() + "/copy";
         m_delegate->bootArgumentsFile = m_directory.path() + "/snapshot";
         testing::internal::CaptureStderr();
@@ -107,8 +108,9 @@ protected:
 
 std::vector<std::string> registrationFrom(const std::vector<std::string>& calls)
 {
-    return {std::find(calls.begin(), calls.end(), "IOServiceMatching(\"IOUSBDevice\") = dictionary 1"),
-            calls.end()};
+    return {
+        std::find(calls.begin(), calls.end(), "IOServiceMatching(\"IOUSBDevice\") = dictionary 1"),
+        calls.end()};
 }
 
 /// One detection of an open hub: the search, the open, the greeting, the version, the close.
@@ -119,16 +121,18 @@ std::vector<std::string> detection(int dictionary)
     const auto search = [](int number) {
         const std::string own = std::to_string(number);
         return std::vector<std::string>{"IOServiceMatching(\"IOUSBDevice\") = dictionary " + own,
-                                        "IOServiceGetMatchingServices(main port, dictionary " + own +
-                                            ") = iterator " + own};
+                                        "IOServiceGetMatchingServices(main port, dictionary " +
+                                            own + ") = iterator " + own};
     };
-    const std::vector<std::string> ids{"interface 0 GetDeviceVendor", "interface 0 GetDeviceProduct"};
-    return oneAfterTheOther(search(dictionary), callsUpToTheInterface(found, 0), ids,
-                            std::vector<std::string>{"interface 0 Release", "IOObjectRelease(" + found + ")"},
-                            search(dictionary + 1), callsUpToTheInterface(opened, 0), ids,
-                            std::vector<std::string>{"interface 0 USBDeviceOpen", greeting(0),
-                                                     "interface 0 DeviceRequest(C0 09 0000 0000 0020)",
-                                                     "interface 0 USBDeviceClose", "interface 0 Release"});
+    const std::vector<std::string> ids{"interface 0 GetDeviceVendor",
+                                       "interface 0 GetDeviceProduct"};
+    return oneAfterTheOther(
+        search(dictionary), callsUpToTheInterface(found, 0), ids,
+        std::vector<std::string>{"interface 0 Release", "IOObjectRelease(" + found + ")"},
+        search(dictionary + 1), callsUpToTheInterface(opened, 0), ids,
+        std::vector<std::string>{"interface 0 USBDeviceOpen", greeting(0),
+                                 "interface 0 DeviceRequest(C0 09 0000 0000 0020)",
+                                 "interface 0 USBDeviceClose", "interface 0 Release"});
 }
 
 TEST_F(WindowOnAMac, RegistersAndArmsBothNotificationsByTheirCallbacksInOrder)
@@ -136,11 +140,12 @@ TEST_F(WindowOnAMac, RegistersAndArmsBothNotificationsByTheirCallbacksInOrder)
     mac.plug(hubOfVersion(0x0105));
     const std::string console = launch();
     const std::vector<std::string> added{"IOIteratorNext(iterator 1) = service 0",
-                                         "IOObjectRelease(service 0)", "IOIteratorNext(iterator 1) = none"};
+                                         "IOObjectRelease(service 0)",
+                                         "IOIteratorNext(iterator 1) = none"};
     const std::vector<std::string> removed{"IOIteratorNext(iterator 2) = none"};
-    EXPECT_THAT(
-        registrationFrom(mac.calls()),
-        ElementsAreArray(oneAfterTheOther(registrationCalls(), added, detection(3), removed, detection(5))));
+    EXPECT_THAT(registrationFrom(mac.calls()),
+                ElementsAreArray(oneAfterTheOther(registrationCalls(), added, detection(3), removed,
+                                                  detection(5))));
     EXPECT_EQ(hubInfo(), "Detect Zel Hub : Success\nfwVer:0105");
     const std::size_t addedLine = console.find("Enter Device Added\n");
     ASSERT_NE(addedLine, std::string::npos) << console;
@@ -197,7 +202,8 @@ TEST_F(WindowOnAMac, FallsBackWhenTheSystemDoesNotTellItsVersion)
 {
     mac.gestaltErrors[gestaltSystemVersionMajor] = -5551;
     const std::string console = launch();
-    EXPECT_NE(console.find("Unable to obtain system version: -5551\n"), std::string::npos) << console;
+    EXPECT_NE(console.find("Unable to obtain system version: -5551\n"), std::string::npos)
+        << console;
     EXPECT_NE(console.find("Current System Version: 10.0.0\n"), std::string::npos) << console;
     letTheRunAtTheStartEnd();
 }
@@ -217,7 +223,8 @@ TEST_F(WindowOnAMac, RunsItsThreeScriptsWithAdministratorRights)
     int number = 0;
     for (const std::string script : {"load", "reboot", "unload"}) {
         const std::string authorization = "authorization " + std::to_string(++number);
-        expected.push_back("AuthorizationCreate(no rights, no environment, flags 0) = " + authorization);
+        expected.push_back("AuthorizationCreate(no rights, no environment, flags 0) = " +
+                           authorization);
         std::string execution = "AuthorizationExecuteWithPrivileges(";
         for (const std::string& part : {authorization, std::string(", "), resources(), "/" + script,
                                         std::string(", flags 0, no arguments, no pipe)")}) {
@@ -227,7 +234,8 @@ TEST_F(WindowOnAMac, RunsItsThreeScriptsWithAdministratorRights)
         expected.push_back("AuthorizationFree(" + authorization + ", flags 0)");
     }
     std::vector<std::string> calls = mac.calls();
-    std::erase_if(calls, [](const std::string& call) { return !call.starts_with("Authorization"); });
+    std::erase_if(calls,
+                  [](const std::string& call) { return !call.starts_with("Authorization"); });
     EXPECT_EQ(calls, expected);
     EXPECT_EQ(m_shell.commands.back(), "cp -R " + resources() + "/HubUpdaterDriver.kext /tmp");
 }

@@ -18,17 +18,19 @@
 namespace
 {
 
-std::atomic<unsigned> lastTimeout; // in milliseconds, of the control transfer that went to libusb last
+std::atomic<unsigned> lastTimeout; // in milliseconds, of the control transfer that went to libusb
+                                   // last
 
 } // namespace
 
 /// Stands before libusb's own, which does the work.
 extern "C" int libusb_control_transfer(libusb_device_handle* handle, std::uint8_t requestType,
-                                       std::uint8_t request, std::uint16_t value, std::uint16_t index,
-                                       unsigned char* data, std::uint16_t length, unsigned timeout)
+                                       std::uint8_t request, std::uint16_t value,
+                                       std::uint16_t index, unsigned char* data,
+                                       std::uint16_t length, unsigned timeout)
 {
-    static const auto real =
-        reinterpret_cast<decltype(&libusb_control_transfer)>(dlsym(RTLD_NEXT, "libusb_control_transfer"));
+    static const auto real = reinterpret_cast<decltype(&libusb_control_transfer)>(
+        dlsym(RTLD_NEXT, "libusb_control_transfer"));
     lastTimeout = timeout;
     return real(handle, requestType, request, value, index, data, length, timeout);
 }
@@ -109,7 +111,8 @@ TEST_F(LibusbBusTest, ListsIdsWithoutOpening)
 TEST_F(LibusbBusTest, ListsInTheOrderOfLibusb)
 {
     for (const unsigned product : {4U, 1U, 3U, 2U}) {
-        m_testbed.plug("1-" + std::to_string(product), kVendorId, static_cast<std::uint16_t>(product));
+        m_testbed.plug("1-" + std::to_string(product), kVendorId,
+                       static_cast<std::uint16_t>(product));
     }
     std::vector<unsigned> listed;
     for (const auto& device : allDevices(m_bus)) {
@@ -195,8 +198,8 @@ TEST_F(LibusbBusTest, ClaimsNoInterfaceAndDetachesNoDriver)
 TEST_F(LibusbBusTest, PutsEveryFieldOfAReadOnTheWire)
 {
     for (const std::uint16_t length : std::initializer_list<std::uint16_t>{0, 32, 4096}) {
-        const auto device =
-            openDevice([](const WireRequest& request) { return WireAnswer{.in = pattern(request.wLength)}; });
+        const auto device = openDevice(
+            [](const WireRequest& request) { return WireAnswer{.in = pattern(request.wLength)}; });
         ASSERT_NE(device, nullptr);
         std::vector<std::uint8_t> data(length, 0xEE);
         ControlRequest request{.bmRequestType = 0xC0,
@@ -263,7 +266,8 @@ TEST_F(LibusbBusTest, ReportsAStall)
 
 TEST_F(LibusbBusTest, TakesAShortReadAsAFailure)
 {
-    const auto device = openDevice([](const WireRequest&) { return WireAnswer{.in = pattern(31)}; });
+    const auto device =
+        openDevice([](const WireRequest&) { return WireAnswer{.in = pattern(31)}; });
     ASSERT_NE(device, nullptr);
     std::array<std::uint8_t, 32> data{};
     ControlRequest request{.bmRequestType = 0xC0, .wLength = 32, .data = data.data()};
@@ -284,8 +288,8 @@ TEST_F(LibusbBusTest, TakesAShortWriteAsAFailure)
 
 TEST_F(LibusbBusTest, EndsATransferThatIsNotAnsweredAndGoesOn)
 {
-    const auto device =
-        openDevice([](const WireRequest& request) { return WireAnswer{.never = request.bRequest == 1}; });
+    const auto device = openDevice(
+        [](const WireRequest& request) { return WireAnswer{.never = request.bRequest == 1}; });
     ASSERT_NE(device, nullptr);
     ControlRequest unanswered{.bmRequestType = 0x40, .bRequest = 1};
     const auto start = std::chrono::steady_clock::now();

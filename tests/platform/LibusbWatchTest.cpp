@@ -166,8 +166,8 @@ TEST_F(HotplugWatchTest, StartsAndEndsInQuickSuccession)
 
 TEST_F(HotplugWatchTest, EndsWhileATransferIsInFlight)
 {
-    SimulatedNode& node = m_testbed.plug("1-1", kVendorId, kProductId,
-                                         [](const WireRequest&) { return WireAnswer{.never = true}; });
+    SimulatedNode& node = m_testbed.plug(
+        "1-1", kVendorId, kProductId, [](const WireRequest&) { return WireAnswer{.never = true}; });
     ASSERT_TRUE(m_bus.watch(m_events.listener()));
     const auto device = findDevice(m_bus, kVendorId, kProductId);
     ASSERT_TRUE(device && device->open());
@@ -213,7 +213,8 @@ TEST_F(PollingWatchTest, CountsEveryDevice)
     plug("1-2");
     m_testbed.unplug("1-9");
     m_clock.advance(kSecond);
-    EXPECT_THAT(m_events.all(), ElementsAre(UsbEvent::Detached, UsbEvent::Attached, UsbEvent::Attached));
+    EXPECT_THAT(m_events.all(),
+                ElementsAre(UsbEvent::Detached, UsbEvent::Attached, UsbEvent::Attached));
 }
 
 TEST_F(PollingWatchTest, SeesAReturnBetweenTwoLooks)

@@ -34,10 +34,12 @@ TEST(MainBundle, IsTheProgramsFolderOutsideABundle)
     expectBundle("/usr/bin/Vornadel", "/usr/bin", false);
     expectBundle("/opt/Vornadel.app/Vornadel", "/opt/Vornadel.app", false);
     expectBundle("/opt/Vornadel.app/Contents/Vornadel", "/opt/Vornadel.app/Contents", false);
-    expectBundle("/opt/Vornadel.app/Contents/bin/Vornadel", "/opt/Vornadel.app/Contents/bin", false);
+    expectBundle("/opt/Vornadel.app/Contents/bin/Vornadel", "/opt/Vornadel.app/Contents/bin",
+                 false);
     expectBundle("/opt/V.app.d/Contents/MacOS/Vornadel", "/opt/V.app.d/Contents/MacOS", false);
     expectBundle("/opt/Vornadel/Contents/MacOS/Vornadel", "/opt/Vornadel/Contents/MacOS", false);
-    expectBundle("/opt/Vornadel.app/contents/MacOS/Vornadel", "/opt/Vornadel.app/contents/MacOS", false);
+    expectBundle("/opt/Vornadel.app/contents/MacOS/Vornadel", "/opt/Vornadel.app/contents/MacOS",
+                 false);
 }
 
 TEST(ExecutableBundle, IsThisProgramsOwn)
@@ -76,7 +78,8 @@ TEST(ExecutableBundle, IsTheRealOneWhenStartedByALink)
     fs::create_directories(directory / "bin");
     fs::copy_file("/proc/self/exe", program);
     fs::create_symlink(program, directory / "bin/v");
-    EXPECT_EQ(bundleToldBy(directory / "bin/v", directory / "answer"), (directory / "V.app").string() + "|1");
+    EXPECT_EQ(bundleToldBy(directory / "bin/v", directory / "answer"),
+              (directory / "V.app").string() + "|1");
     fs::remove_all(directory);
 }
 

@@ -1,4 +1,5 @@
-// One program at a time has the hub: an open device holds the locks of its node and of the other half's.
+// One program at a time has the hub: an open device holds the locks of its node and of the other
+// half's.
 
 #include "platform/linux/LibusbBus.h"
 #include "tests/platform/UsbTestbed.h"
@@ -82,7 +83,8 @@ bool lockedInAnotherProcess(const std::string& path)
     return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-/// While it lives, a test that root runs is one of a user who may do everything in a folder, except with one file.
+/// While it lives, a test that root runs is one of a user who may do everything in a folder, except
+/// with one file.
 class OrdinaryUser
 {
 public:
@@ -183,7 +185,8 @@ TEST_F(NodeLock, OpensAHubWhoseOtherHalfHasJustLeft)
     plugBothHalves();
     const auto device = find();
     ASSERT_NE(device, nullptr);
-    std::filesystem::remove(m_testbed.rootFolder() + m_testbed.nodePath("1-2")); // sysfs has not followed yet
+    std::filesystem::remove(m_testbed.rootFolder() + m_testbed.nodePath("1-2")); // sysfs has not
+                                                                                 // followed yet
     EXPECT_TRUE(device->open());
     EXPECT_FALSE(lockedInAnotherProcess(m_testbed.nodePath("1-1")));
 }

@@ -36,7 +36,8 @@ TEST_F(OsReleaseTest, ReadsOneTwoOrThreeNumbers)
         {"VERSION_ID=39", 39, 0, 0},
         {"VERSION_ID=\"10.10.5\"\r\n", 10, 10, 5},
         {"  VERSION_ID=8.9  \n", 8, 9, 0},
-        {"NAME=\"x\"\nPRETTY_NAME=\"VERSION_ID=1\"\nVERSION=\"13 (y)\"\nVERSION_ID=\"7\"\nID=z\n", 7, 0, 0},
+        {"NAME=\"x\"\nPRETTY_NAME=\"VERSION_ID=1\"\nVERSION=\"13 (y)\"\nVERSION_ID=\"7\"\nID=z\n",
+         7, 0, 0},
         {"#VERSION_ID=1\nVERSION_ID=2\n", 2, 0, 0},
         {"VERSION_ID=1\nVERSION_ID=2\n", 2, 0, 0},
         {"VERSION_ID=1.2.3.4\n", 1, 2, 3},
@@ -64,7 +65,8 @@ TEST_F(OsReleaseTest, RefusesWhatIsNoVersionInNumbers)
 
 TEST_F(OsReleaseTest, MissesTheKey)
 {
-    EXPECT_EQ(readText("NAME=\"x\"\nVERSION=\"12\"\nversion_id=12\nXVERSION_ID=12\n").error, ENOENT);
+    EXPECT_EQ(readText("NAME=\"x\"\nVERSION=\"12\"\nversion_id=12\nXVERSION_ID=12\n").error,
+              ENOENT);
     EXPECT_EQ(readText("").error, ENOENT);
 }
 

@@ -18,7 +18,8 @@ namespace vornadel::test
 namespace
 {
 
-/// A program in the place of pkexec, which does what the shell text says, and a pipe to hear from it.
+/// A program in the place of pkexec, which does what the shell text says, and a pipe to hear from
+/// it.
 class PkexecRunTest : public testing::Test
 {
 protected:
@@ -55,7 +56,8 @@ TEST_F(PkexecRunTest, RunsTheScriptThroughTheProgramWithoutArguments)
 TEST_F(PkexecRunTest, DoesNotWaitForTheScript)
 {
     const std::string heard = m_folder.path("heard");
-    PkexecRun run(program("read line < '" + m_folder.path("pipe") + "'; echo \"$line\" > '" + heard + "'"));
+    PkexecRun run(
+        program("read line < '" + m_folder.path("pipe") + "'; echo \"$line\" > '" + heard + "'"));
     ASSERT_TRUE(run.start("load")); // would never return if it waited: nobody has written yet
     std::ofstream(m_folder.path("pipe")) << "go\n";
     waitUntilChildless();
@@ -75,12 +77,14 @@ TEST_F(PkexecRunTest, TellsOfTheStatusThatIsNotTheUsersDoing)
 {
     std::promise<std::string> told;
     PkexecRun run(program("exit $(basename \"$1\")"),
-                  [&told](const std::string& line) { told.set_value(line); }); // a second time throws
+                  [&told](const std::string& line) { told.set_value(line); }); // a second time
+                                                                               // throws
     for (const char* status : {"/0", "/1", "/126", "/127"}) { // 126: the user said no, and knows
         EXPECT_TRUE(run.start(status));
     }
-    EXPECT_EQ(told.get_future().get(),
-              "/127 ended with 127: no authorization, no agent to ask for it, or a command is missing");
+    EXPECT_EQ(
+        told.get_future().get(),
+        "/127 ended with 127: no authorization, no agent to ask for it, or a command is missing");
     waitUntilChildless();
 }
 

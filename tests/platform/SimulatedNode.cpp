@@ -53,8 +53,8 @@ class HostRecord
 {
 public:
     explicit HostRecord(UMockdevIoctlClient* client)
-        : m_data(
-              umockdev_ioctl_data_resolve(umockdev_ioctl_client_get_arg(client), 0, sizeof(Record), nullptr))
+        : m_data(umockdev_ioctl_data_resolve(umockdev_ioctl_client_get_arg(client), 0,
+                                             sizeof(Record), nullptr))
     {
     }
     HostRecord(const HostRecord&) = delete;
@@ -157,7 +157,8 @@ std::vector<unsigned long> SimulatedNode::refusedIoctls()
     return m_refusedIoctls;
 }
 
-void SimulatedNode::onConnected(UMockdevIoctlBase* /*base*/, UMockdevIoctlClient* client, gpointer self)
+void SimulatedNode::onConnected(UMockdevIoctlBase* /*base*/, UMockdevIoctlClient* client,
+                                gpointer self)
 {
     auto* node = static_cast<SimulatedNode*>(self);
     const std::lock_guard lock(node->m_mutex);
@@ -176,7 +177,8 @@ void SimulatedNode::onClosed(gpointer self, GObject* client)
     node->m_transfers.erase(client);
 }
 
-gboolean SimulatedNode::onIoctl(UMockdevIoctlBase* /*base*/, UMockdevIoctlClient* client, gpointer self)
+gboolean SimulatedNode::onIoctl(UMockdevIoctlBase* /*base*/, UMockdevIoctlClient* client,
+                                gpointer self)
 {
     static_cast<SimulatedNode*>(self)->handle(client);
     return TRUE;
@@ -187,8 +189,9 @@ void SimulatedNode::handle(UMockdevIoctlClient* client)
     const std::lock_guard lock(m_mutex);
     ++m_ioctlCount;
     const gulong request = umockdev_ioctl_client_get_request(client);
-    const bool worksWithoutDevice =
-        request == USBDEVFS_REAPURB || request == USBDEVFS_REAPURBNDELAY || request == USBDEVFS_DISCARDURB;
+    const bool worksWithoutDevice = request == USBDEVFS_REAPURB ||
+                                    request == USBDEVFS_REAPURBNDELAY ||
+                                    request == USBDEVFS_DISCARDURB;
     if (m_gone && !worksWithoutDevice) {
         complete(client, -1, ENODEV);
         return;
@@ -218,8 +221,8 @@ void SimulatedNode::handle(UMockdevIoctlClient* client)
 void SimulatedNode::answerCapabilities(UMockdevIoctlClient* client)
 {
     HostRecord<std::uint32_t> capabilities(client);
-    *capabilities.operator->() =
-        USBDEVFS_CAP_ZERO_PACKET | USBDEVFS_CAP_NO_PACKET_SIZE_LIM | USBDEVFS_CAP_REAP_AFTER_DISCONNECT;
+    *capabilities.operator->() = USBDEVFS_CAP_ZERO_PACKET | USBDEVFS_CAP_NO_PACKET_SIZE_LIM |
+                                 USBDEVFS_CAP_REAP_AFTER_DISCONNECT;
     complete(client, 0, 0);
 }
 
@@ -231,7 +234,8 @@ void SimulatedNode::answerConnectInfo(UMockdevIoctlClient* client)
     complete(client, 0, 0);
 }
 
-/// libusb asks in this way for the active configuration when it is handed an open node, and for nothing else.
+/// libusb asks in this way for the active configuration when it is handed an open node, and for
+/// nothing else.
 void SimulatedNode::answerControl(UMockdevIoctlClient* client)
 {
     HostRecord<usbdevfs_ctrltransfer> transfer(client);
@@ -249,8 +253,8 @@ void SimulatedNode::answerControl(UMockdevIoctlClient* client)
 
 void SimulatedNode::submit(UMockdevIoctlClient* client)
 {
-    UMockdevIoctlData* data =
-        umockdev_ioctl_data_resolve(umockdev_ioctl_client_get_arg(client), 0, sizeof(usbdevfs_urb), nullptr);
+    UMockdevIoctlData* data = umockdev_ioctl_data_resolve(umockdev_ioctl_client_get_arg(client), 0,
+                                                          sizeof(usbdevfs_urb), nullptr);
     const auto* urb = reinterpret_cast<const usbdevfs_urb*>(data->data);
     const auto size = static_cast<std::size_t>(urb->buffer_length);
     if (urb->type != USBDEVFS_URB_TYPE_CONTROL || size < kSetupSize) {

@@ -28,10 +28,11 @@ struct WireRequest {
 
 /// What the device does with a request.
 struct WireAnswer {
-    int error = 0;                  ///< 0, or a negative errno as the kernel reports it; -EPIPE is a stall
+    int error = 0; ///< 0, or a negative errno as the kernel reports it; -EPIPE is a stall
     std::vector<std::uint8_t> in{}; ///< data stage to the host; what exceeds wLength is cut
-    std::uint16_t refused = 0;      ///< bytes at the end of the data stage from the host that are not taken
-    bool never = false;             ///< no answer at all
+    std::uint16_t refused = 0; ///< bytes at the end of the data stage from the host that are not
+                               ///< taken
+    bool never = false;        ///< no answer at all
 };
 
 /// Runs on the testbed's thread and must not block.
@@ -54,14 +55,15 @@ public:
 
     std::vector<WireRequest> requests();
 
-    /// Waits until the device has seen that many requests; false when twenty seconds were not enough.
+    /// Waits until the device has seen that many requests; false when twenty seconds were not
+    /// enough.
     bool waitForRequests(std::size_t count);
 
     /// ioctls of any kind so far. Listing makes none, opening does.
     std::size_t ioctlCount();
 
-    /// The ioctls that went beyond what a vendor request to the device needs, such as claiming an interface or
-    /// detaching a driver. They all fail.
+    /// The ioctls that went beyond what a vendor request to the device needs, such as claiming an
+    /// interface or detaching a driver. They all fail.
     std::vector<unsigned long> refusedIoctls();
 
 private:

@@ -46,7 +46,8 @@ TEST(StdClock, RunsTasksInTheOrderOfTheirMoments)
     StdClock clock;
     std::promise<void> allOrdered;
     clock.after(hours(-9), [&] { allOrdered.get_future().wait(); });
-    std::vector<int> order; // of moments hours apart, so that no pause of this thread can mix them up
+    std::vector<int> order; // of moments hours apart, so that no pause of this thread can mix them
+                            // up
     std::promise<void> done;
     clock.after(milliseconds(0), [&] {
         order.push_back(4);

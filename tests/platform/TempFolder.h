@@ -15,7 +15,8 @@ class TempFolder
 public:
     TempFolder()
     {
-        std::string name = (std::filesystem::temp_directory_path() / "vornadel-test-XXXXXX").string();
+        std::string name =
+            (std::filesystem::temp_directory_path() / "vornadel-test-XXXXXX").string();
         if (mkdtemp(name.data()) != nullptr) {
             m_path = name;
         }

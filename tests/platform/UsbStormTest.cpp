@@ -1,5 +1,5 @@
-// A loose plug before the real USB library: the hub leaves and comes a hundred times while updates run and the window's
-// looks at the hub go on beside them.
+// A loose plug before the real USB library: the hub leaves and comes a hundred times while updates
+// run and the window's looks at the hub go on beside them.
 
 #include "flows/FirmwareUpdate.h"
 #include "hub/HubDetection.h"
@@ -122,7 +122,8 @@ TEST_P(UsbStorm, LeavesUpdatesAndDetectionsTruthful)
     const auto begun = std::chrono::steady_clock::now();
     std::thread storm([&] {
         for (int cycle = 0; cycle < kCycles; ++cycle) {
-            for (const unsigned seen = m_hub.requests(); m_hub.requests() == seen;) { // an update goes on
+            for (const unsigned seen = m_hub.requests(); m_hub.requests() == seen;) { // an update
+                                                                                      // goes on
                 std::this_thread::yield();
             }
             m_testbed.unplug("1-1");
@@ -151,8 +152,8 @@ TEST_P(UsbStorm, LeavesUpdatesAndDetectionsTruthful)
     detection.join();
     const auto took = std::chrono::steady_clock::now() - begun;
     std::cout << kCycles << " departures in "
-              << std::chrono::duration_cast<std::chrono::milliseconds>(took).count() << " ms, " << updates
-              << " updates begun, " << events << " events\n";
+              << std::chrono::duration_cast<std::chrono::milliseconds>(took).count() << " ms, "
+              << updates << " updates begun, " << events << " events\n";
     m_bus.unwatch();
     EXPECT_FALSE(Hub_IsOpen());
     EXPECT_GT(updates, 0U);
@@ -160,8 +161,9 @@ TEST_P(UsbStorm, LeavesUpdatesAndDetectionsTruthful)
     EXPECT_TRUE(update());
 }
 
-INSTANTIATE_TEST_SUITE_P(OfPlugs, UsbStorm, testing::Bool(),
-                         [](const auto& polling) { return polling.param ? "WhenPolled" : "WhenNotified"; });
+INSTANTIATE_TEST_SUITE_P(OfPlugs, UsbStorm, testing::Bool(), [](const auto& polling) {
+    return polling.param ? "WhenPolled" : "WhenNotified";
+});
 
 } // namespace
 

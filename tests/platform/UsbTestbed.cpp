@@ -30,7 +30,8 @@ std::string formatted(const char* format, Values... values)
     return text.data();
 }
 
-/// Device, configuration and interface descriptor, in the upper-case hex digits of a testbed description.
+/// Device, configuration and interface descriptor, in the upper-case hex digits of a testbed
+/// description.
 std::string descriptors(unsigned vendorId, unsigned productId)
 {
     std::string hex;
@@ -91,15 +92,16 @@ UsbTestbed::~UsbTestbed()
     g_object_unref(m_testbed);
 }
 
-SimulatedNode& UsbTestbed::plug(const std::string& port, std::uint16_t vendorId, std::uint16_t productId,
-                                WireHandler handler)
+SimulatedNode& UsbTestbed::plug(const std::string& port, std::uint16_t vendorId,
+                                std::uint16_t productId, WireHandler handler)
 {
     if (!handler) {
         handler = [](const WireRequest&) { return WireAnswer{}; };
     }
     const unsigned address = ++m_lastAddress;
     const std::string name = formatted("bus/usb/001/%03u", address);
-    SimulatedNode& node = *m_nodes.emplace_back(std::make_unique<SimulatedNode>(address, std::move(handler)));
+    SimulatedNode& node =
+        *m_nodes.emplace_back(std::make_unique<SimulatedNode>(address, std::move(handler)));
     const std::string hex = descriptors(vendorId, productId);
     const std::string description =
         "P: /devices/usb1/" + port + "\nN: " + name + "=" + hex + "\nE: DEVNAME=/dev/" + name +
@@ -107,12 +109,15 @@ SimulatedNode& UsbTestbed::plug(const std::string& port, std::uint16_t vendorId,
         formatted("E: MINOR=%u\nE: BUSNUM=001\nE: DEVNUM=%03u\n", address - 1, address) +
         formatted("A: busnum=1\\n\nA: devnum=%u\\n\nA: dev=189:%u\\n\n", address, address - 1) +
         "A: speed=5000\\n\nA: bConfigurationValue=1\\n\n" +
-        formatted("A: idVendor=%04x\\n\nA: idProduct=%04x\\n\n", unsigned{vendorId}, unsigned{productId}) +
+        formatted("A: idVendor=%04x\\n\nA: idProduct=%04x\\n\n", unsigned{vendorId},
+                  unsigned{productId}) +
         "H: descriptors=" + hex + "\n";
     const Plugged plugged{&node, "/dev/" + name, "/sys/devices/usb1/" + port};
     GError* error = nullptr;
-    // The description sends the "add" event itself, and the host may open at once: the node's handler goes first.
-    check(umockdev_testbed_attach_ioctl(m_testbed, plugged.nodePath.c_str(), node.base(), &error) != 0,
+    // The description sends the "add" event itself, and the host may open at once: the node's
+    // handler goes first.
+    check(umockdev_testbed_attach_ioctl(m_testbed, plugged.nodePath.c_str(), node.base(), &error) !=
+              0,
           error);
     check(umockdev_testbed_add_from_string(m_testbed, description.c_str(), &error) != 0, error);
     m_plugged[port] = plugged;
@@ -130,7 +135,8 @@ void UsbTestbed::unplug(const std::string& port)
     m_left.push_back(plugged.nodePath);
 }
 
-void UsbTestbed::join(const std::string& port, const std::string& otherPort, const std::string& deviceClass)
+void UsbTestbed::join(const std::string& port, const std::string& otherPort,
+                      const std::string& deviceClass)
 {
     for (const auto& [own, other] : {std::pair(port, otherPort), std::pair(otherPort, port)}) {
         const std::filesystem::path folder = rootFolder() + m_plugged.at(own).systemPath;
@@ -145,7 +151,10 @@ void UsbTestbed::repeatArrival(const std::string& port)
     umockdev_testbed_uevent(m_testbed, m_plugged.at(port).systemPath.c_str(), "add");
 }
 
-std::string UsbTestbed::nodePath(const std::string& port) const { return m_plugged.at(port).nodePath; }
+std::string UsbTestbed::nodePath(const std::string& port) const
+{
+    return m_plugged.at(port).nodePath;
+}
 
 std::string UsbTestbed::rootFolder() const
 {

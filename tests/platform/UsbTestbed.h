@@ -12,8 +12,8 @@
 namespace vornadel::test
 {
 
-/// A USB bus of its own for this process: sysfs, udev events and device nodes, by way of umockdev. Whatever uses
-/// libusb must come after it and go before it.
+/// A USB bus of its own for this process: sysfs, udev events and device nodes, by way of umockdev.
+/// Whatever uses libusb must come after it and go before it.
 class UsbTestbed
 {
 public:
@@ -22,13 +22,16 @@ public:
     UsbTestbed& operator=(const UsbTestbed&) = delete;
     ~UsbTestbed();
 
-    /// Plugs a device into a port, such as "1-1". Each plugging gives a new address, as the kernel does.
+    /// Plugs a device into a port, such as "1-1". Each plugging gives a new address, as the kernel
+    /// does.
     SimulatedNode& plug(const std::string& port, std::uint16_t vendorId, std::uint16_t productId,
                         WireHandler handler = {});
     void unplug(const std::string& port);
 
-    /// Makes two plugged devices the halves of one, as far as sysfs tells: each is what the peer of the other's port has.
-    void join(const std::string& port, const std::string& otherPort, const std::string& deviceClass);
+    /// Makes two plugged devices the halves of one, as far as sysfs tells: each is what the peer of
+    /// the other's port has.
+    void join(const std::string& port, const std::string& otherPort,
+              const std::string& deviceClass);
 
     /// The event of the arrival once more, without an arrival.
     void repeatArrival(const std::string& port);
@@ -44,9 +47,11 @@ private:
     };
 
     UMockdevTestbed* m_testbed;
-    std::vector<std::unique_ptr<SimulatedNode>> m_nodes; // those of the past too: open files still reach them
+    std::vector<std::unique_ptr<SimulatedNode>> m_nodes; // those of the past too: open files still
+                                                         // reach them
     std::map<std::string, Plugged> m_plugged;
-    // The handlers of these nodes stay to the end: a host that is just opening one would be cut off by an abort().
+    // The handlers of these nodes stay to the end: a host that is just opening one would be cut off
+    // by an abort().
     std::vector<std::string> m_left;
     unsigned m_lastAddress = 1; // 1 is the root hub's
 };

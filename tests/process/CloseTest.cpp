@@ -1,4 +1,5 @@
-// Closing the window in any phase of an update, of a flash read or erase, or with a dialog before it: the process goes, quickly and cleanly, and the next update succeeds.
+// Closing the window in any phase of an update, of a flash read or erase, or with a dialog before
+// it: the process goes, quickly and cleanly, and the next update succeeds.
 
 #include "flows/FirmwareUpdate.h"
 #include "tests/support/RecordingReporter.h"
@@ -33,17 +34,20 @@ public:
         std::ofstream(folder / "config.ini")
             << "[Support Vid Pid]\nVID_00 = 0x1209\nSSPID_00 = 1\nHSPID_00 = 2\n";
         std::ofstream(folder / "new.bin", std::ios::binary)
-            .write(reinterpret_cast<const char*>(image.data()), static_cast<std::streamsize>(image.size()));
+            .write(reinterpret_cast<const char*>(image.data()),
+                   static_cast<std::streamsize>(image.size()));
     }
     ~ClosingTheWindow() override { fs::remove_all(folder); }
 
 protected:
-    /// Runs the probe; its exit status, 124 when it does not end, or 128 and the signal that ended it.
+    /// Runs the probe; its exit status, 124 when it does not end, or 128 and the signal that ended
+    /// it.
     int closeAt(const std::string& kind, unsigned number)
     {
-        const std::string command = "QT_QPA_PLATFORM=offscreen timeout 60 " + (folder / "probe").string() +
-                                    " " + flashFile().string() + " " + (folder / "new.bin").string() + " " +
-                                    kind + " " + std::to_string(number) + " 2>" + (folder / "log").string();
+        const std::string command = "QT_QPA_PLATFORM=offscreen timeout 60 " +
+                                    (folder / "probe").string() + " " + flashFile().string() + " " +
+                                    (folder / "new.bin").string() + " " + kind + " " +
+                                    std::to_string(number) + " 2>" + (folder / "log").string();
         const int status = std::system(command.c_str());
         return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     }
@@ -55,7 +59,8 @@ protected:
         const std::string key = "closed at ";
         const std::size_t at = text.find(key);
         EXPECT_NE(at, std::string::npos) << text;
-        const auto now = std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch());
+        const auto now =
+            std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch());
         return now - std::chrono::nanoseconds(
                          at == std::string::npos ? 0 : std::stoll(text.substr(at + key.size())));
     }
@@ -132,17 +137,20 @@ std::vector<Point> points()
 TEST_P(InEveryPhase, EndsTheProcessAndSparesTheNextUpdate)
 {
     if (const std::string kind = GetParam().kind; kind == "start-up" || kind == "farewell") {
-        std::ofstream(folder / "config.ini", std::ios::app) << "[DumpTool Config]\nFwBin = new.bin\n";
+        std::ofstream(folder / "config.ini", std::ios::app)
+            << "[DumpTool Config]\nFwBin = new.bin\n";
     }
     EXPECT_EQ(closeAt(GetParam().kind, GetParam().number), 0) << log();
     expectAQuickEnd();
     expectTheNextUpdateToSucceed();
 }
 
-INSTANTIATE_TEST_SUITE_P(ClosingTheWindow, InEveryPhase, testing::ValuesIn(points()), [](const auto& point) {
-    const std::string kind = point.param.kind;
-    return (kind == "start-up" ? "StartUp" : kind) + std::to_string(point.param.number);
-});
+INSTANTIATE_TEST_SUITE_P(ClosingTheWindow, InEveryPhase, testing::ValuesIn(points()),
+                         [](const auto& point) {
+                             const std::string kind = point.param.kind;
+                             return (kind == "start-up" ? "StartUp" : kind) +
+                                    std::to_string(point.param.number);
+                         });
 
 TEST_F(ClosingTheWindow, AfterTheUpdateLeavesTheNewFirmware)
 {

@@ -20,7 +20,8 @@ namespace
 {
 
 constexpr int kPollMilliseconds = 20;
-constexpr int kPatienceMilliseconds = 30000; ///< for one step, on a machine that is busy with other things
+constexpr int kPatienceMilliseconds = 30000; ///< for one step, on a machine that is busy with other
+                                             ///< things
 constexpr int kPollsBeforeTypingAgain = 5000 / kPollMilliseconds;
 
 /// The dialog that has the keyboard; a completer's list may be the active window for a moment.
@@ -35,7 +36,10 @@ QFileDialog* openDialog()
     return nullptr;
 }
 
-QLineEdit* nameIn(const QFileDialog* dialog) { return dialog->findChild<QLineEdit*>("fileNameEdit"); }
+QLineEdit* nameIn(const QFileDialog* dialog)
+{
+    return dialog->findChild<QLineEdit*>("fileNameEdit");
+}
 
 void typeOver(const QString& text) { xdotool({"key", "ctrl+a", "type", "--delay", "5", text}); }
 
@@ -45,7 +49,8 @@ void xdotool(const QStringList& arguments) { QProcess::startDetached("xdotool", 
 
 void clickAt(const QPoint& onScreen)
 {
-    xdotool({"mousemove", QString::number(onScreen.x()), QString::number(onScreen.y()), "click", "1"});
+    xdotool(
+        {"mousemove", QString::number(onScreen.x()), QString::number(onScreen.y()), "click", "1"});
 }
 
 void click(const QWidget* widget) { clickAt(widget->mapToGlobal(widget->rect().center())); }
@@ -60,8 +65,8 @@ void MouseScript::answerFileDialog(const QString& path)
     when(
         "the file dialog", [] { return openDialog() != nullptr; },
         [path] {
-            // Qt's own completer reads the folders on the way and has its list take the keyboard; with a crowded
-            // folder and a busy machine it eats what is typed meanwhile.
+            // Qt's own completer reads the folders on the way and has its list take the keyboard;
+            // with a crowded folder and a busy machine it eats what is typed meanwhile.
             nameIn(openDialog())->setCompleter(nullptr);
             typeOver(path);
         });
@@ -73,9 +78,10 @@ void MouseScript::answerFileDialog(const QString& path)
                 return false;
             }
             const QString typed = nameIn(dialog)->text();
-            if (typed != path &&
-                ++polls % kPollsBeforeTypingAgain == 0) { // as anybody would who sees keys lost
-                std::fprintf(stderr, "typed again, for the dialog has: %s\n", qUtf8Printable(typed));
+            if (typed != path && ++polls % kPollsBeforeTypingAgain == 0) { // as anybody would who
+                                                                           // sees keys lost
+                std::fprintf(stderr, "typed again, for the dialog has: %s\n",
+                             qUtf8Printable(typed));
                 typeOver(path);
             }
             return typed == path;
@@ -87,7 +93,8 @@ void MouseScript::answerFileDialog(const QString& path)
         "the file dialog to close", [] { return openDialog() == nullptr; }, [] {});
 }
 
-void MouseScript::chooseEntry(const std::string& name, const std::function<QComboBox*()>& combo, int position)
+void MouseScript::chooseEntry(const std::string& name, const std::function<QComboBox*()>& combo,
+                              int position)
 {
     const auto open = std::make_shared<QElapsedTimer>();
     when(
@@ -105,7 +112,8 @@ void MouseScript::chooseEntry(const std::string& name, const std::function<QComb
         },
         [combo, position] {
             const QAbstractItemView& view = *combo()->view();
-            clickAt(view.viewport()->mapToGlobal(view.visualRect(view.model()->index(position, 0)).center()));
+            clickAt(view.viewport()->mapToGlobal(
+                view.visualRect(view.model()->index(position, 0)).center()));
         });
 }
 
@@ -144,7 +152,8 @@ MouseMachine::MouseMachine()
         std::fprintf(stderr, "%s\n", error.c_str());
         std::exit(1);
     }
-    m_platform = std::make_unique<Platform>(Platform{*m_bus, m_shell, m_privileged, m_version, m_clock});
+    m_platform =
+        std::make_unique<Platform>(Platform{*m_bus, m_shell, m_privileged, m_version, m_clock});
 }
 
 } // namespace vornadel::test

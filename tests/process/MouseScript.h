@@ -23,8 +23,8 @@ class QWidget;
 namespace vornadel::test
 {
 
-/// A person at the mouse and the keyboard of an X display of the program's own. The events come from the X server; the
-/// script only says when.
+/// A person at the mouse and the keyboard of an X display of the program's own. The events come
+/// from the X server; the script only says when.
 void xdotool(const QStringList& arguments);
 void clickAt(const QPoint& onScreen);
 void click(const QWidget* widget); ///< in its middle
@@ -36,12 +36,14 @@ public:
     using Condition = std::function<bool()>;
     using Step = std::function<void()>;
 
-    /// `name` tells what was waited for when it never comes true; the application ends with status 1 then.
+    /// `name` tells what was waited for when it never comes true; the application ends with status
+    /// 1 then.
     void when(std::string name, Condition condition, Step step);
     /// Types a path into the file dialog that comes up, and confirms.
     void answerFileDialog(const QString& path);
     /// Presses an entry of the list that opens. `combo` may be null until then.
-    void chooseEntry(const std::string& name, const std::function<QComboBox*()>& combo, int position);
+    void chooseEntry(const std::string& name, const std::function<QComboBox*()>& combo,
+                     int position);
 
     void start();
     bool finished() const { return m_entries.empty(); }

@@ -1,6 +1,7 @@
-// The window program on a simulated hub, which chooses an image and presses "Update", or presses a button of the flash
-// page, and closes its own window at a moment told on the command line. Only a flow's requests and pauses count, not the detection's. Prints the moment of
-// the closing to standard error, in nanoseconds of the monotonic clock.
+// The window program on a simulated hub, which chooses an image and presses "Update", or presses a
+// button of the flash page, and closes its own window at a moment told on the command line. Only a
+// flow's requests and pauses count, not the detection's. Prints the moment of the closing to
+// standard error, in nanoseconds of the monotonic clock.
 //
 //   close_probe FLASH IMAGE request N     while the N-th request after the press is in flight
 //   close_probe FLASH IMAGE stuck N       the same, and that request never ends
@@ -12,9 +13,9 @@
 //   close_probe FLASH IMAGE panel 0       while the flash page asks where to save
 //   close_probe FLASH IMAGE alert 0       while the flash page says that there is nothing to save
 //   close_probe FLASH IMAGE dialog 0      right after the image has been chosen
-//   close_probe FLASH IMAGE launch 0      as soon as the window is there, with the start-up run going on
-//   close_probe FLASH IMAGE end 0         after the last line
-//   close_probe FLASH IMAGE loss 0        from a button's slot that loses a kilobyte
+//   close_probe FLASH IMAGE launch 0      as soon as the window is there, with the start-up run
+//   going on close_probe FLASH IMAGE end 0         after the last line close_probe FLASH IMAGE loss
+//   0        from a button's slot that loses a kilobyte
 
 #include "app/AppDelegate.h"
 #include "app/Controls.h"
@@ -95,7 +96,8 @@ private:
     bool m_closed = false;
 };
 
-/// No pause takes time, but for the one in which the window closes: that one lasts until it is interrupted.
+/// No pause takes time, but for the one in which the window closes: that one lasts until it is
+/// interrupted.
 class ProbeClock final : public Clock
 {
 public:
@@ -104,7 +106,8 @@ public:
     Duration now() override { return m_now.load(); }
     void sleep(Duration pause) override
     {
-        if (m_moment.reached("pause") || (pause == kScalarFarewell && m_moment.reached("farewell"))) {
+        if (m_moment.reached("pause") ||
+            (pause == kScalarFarewell && m_moment.reached("farewell"))) {
             Moment::close();
             std::unique_lock lock(m_mutex);
             m_wake.wait(lock, [this] { return m_interrupted; });
@@ -130,7 +133,8 @@ private:
 void chooseInDialog(const QString& image)
 {
     for (QWidget* widget : QApplication::topLevelWidgets()) {
-        if (auto* dialog = qobject_cast<QFileDialog*>(widget); dialog != nullptr && dialog->isVisible()) {
+        if (auto* dialog = qobject_cast<QFileDialog*>(widget);
+            dialog != nullptr && dialog->isVisible()) {
             dialog->findChild<QLineEdit*>("fileNameEdit")->setText(image);
             QMetaObject::invokeMethod(dialog, "accept", Qt::DirectConnection);
             return;
@@ -232,7 +236,8 @@ int main(int argc, char** argv)
     const QString image = QString::fromLocal8Bit(argv[2]);
     Moment moment(argv[3], static_cast<unsigned>(std::atoi(argv[4])));
     const QApplication application(argc, argv);
-    QObject::connect(&application, &QApplication::lastWindowClosed, [&] { moment.windowHasClosed(); });
+    QObject::connect(&application, &QApplication::lastWindowClosed,
+                     [&] { moment.windowHasClosed(); });
 
     if (moment.is("start-up") || moment.is("farewell")) {
         moment.arm();

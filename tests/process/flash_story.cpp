@@ -1,6 +1,7 @@
-// A person at the mouse changes a hub: reads its flash, types a new serial number, chooses two values in the property
-// table, saves, updates with the saved file and reads again. Exactly what was changed must be different in the hub. The
-// events come from the X server, so this runs on a display of its own; only the hub and its clock are not real.
+// A person at the mouse changes a hub: reads its flash, types a new serial number, chooses two
+// values in the property table, saves, updates with the saved file and reads again. Exactly what
+// was changed must be different in the hub. The events come from the X server, so this runs on a
+// display of its own; only the hub and its clock are not real.
 //
 //   flash_story FOLDER       the image is saved there
 
@@ -31,7 +32,8 @@ using namespace vornadel::test;
 
 constexpr std::size_t kFlashSize = 32768;
 constexpr std::size_t kBlock = 0x7E00;            // of the demo image
-constexpr std::size_t kSerial = kBlock + 43 + 22; // after "Vornadel" and "Demo Hub", each behind 2 bytes
+constexpr std::size_t kSerial = kBlock + 43 + 22; // after "Vornadel" and "Demo Hub", each behind 2
+                                                  // bytes
 const std::map<std::size_t, std::uint8_t> kChanged = {
     {kBlock + 11, 0x0B}, // "SSC Mode" from 3 to 1, bits 2 and 1 of 0x0F
     {kBlock + 12, 0x22}, // "U1 Enable" from 1 to 0, bit 4 of 0x32
@@ -53,7 +55,8 @@ void choose(MouseScript& script, AppDelegate& tool, int row, const QString& name
         "the row \"" + name.toStdString() + "\"",
         [&table, text, name] { return table.window()->isActiveWindow() && text(0) == name; },
         [&table, row] {
-            clickAt(table.viewport()->mapToGlobal(table.visualRect(table.model()->index(row, 1)).center()));
+            clickAt(table.viewport()->mapToGlobal(
+                table.visualRect(table.model()->index(row, 1)).center()));
         });
     script.chooseEntry("the list of the cell", list, position);
     script.when(
@@ -70,7 +73,8 @@ void readFlash(MouseScript& script, AppDelegate& tool)
     script.when(
         "the read to succeed",
         [&tool, idle] {
-            return idle() && tool.nstfUpdateInfo_UpdateFW->toPlainText().endsWith("Read Fw Success\n");
+            return idle() &&
+                   tool.nstfUpdateInfo_UpdateFW->toPlainText().endsWith("Read Fw Success\n");
         },
         [&tool] { tool.resetProgressInfo(); });
 }
@@ -109,7 +113,8 @@ void writeScript(MouseScript& script, AppDelegate& tool, const QString& path)
     script.when(
         "the update to succeed",
         [&tool, idle] {
-            return idle() && tool.nstfUpdateInfo_UpdateFW->toPlainText().endsWith("Update FW Success\n");
+            return idle() &&
+                   tool.nstfUpdateInfo_UpdateFW->toPlainText().endsWith("Update FW Success\n");
         },
         [] {});
     readFlash(script, tool);
@@ -124,15 +129,17 @@ void writeScript(MouseScript& script, AppDelegate& tool, const QString& path)
 }
 
 /// What differs, offset by offset, over the whole flash.
-bool onlyTheChangesDiffer(const std::vector<std::uint8_t>& before, const std::vector<std::uint8_t>& after)
+bool onlyTheChangesDiffer(const std::vector<std::uint8_t>& before,
+                          const std::vector<std::uint8_t>& after)
 {
     bool equal = before.size() == kFlashSize && after.size() == kFlashSize;
     for (std::size_t i = 0; equal && i < kFlashSize; ++i) {
         const auto change = kChanged.find(i);
         const std::uint8_t expected = change == kChanged.end() ? before[i] : change->second;
         if (after[i] != expected || (change != kChanged.end() && before[i] == expected)) {
-            std::fprintf(stderr, "flash_story: byte 0x%04zX went from 0x%02X to 0x%02X, expected 0x%02X\n", i,
-                         before[i], after[i], expected);
+            std::fprintf(stderr,
+                         "flash_story: byte 0x%04zX went from 0x%02X to 0x%02X, expected 0x%02X\n",
+                         i, before[i], after[i], expected);
             equal = false;
         }
     }
@@ -151,12 +158,13 @@ int main(int argc, char** argv)
     MouseMachine machine;
     const std::vector<std::uint8_t> before = machine.hub().flash();
     MouseScript script;
-    const int status = runTool(machine.platform(), bundleAround(std::filesystem::canonical(argv[0])),
-                               " [simulated hub]", [&](AppDelegate& tool) {
-                                   machine.use(tool);
-                                   writeScript(script, tool, path);
-                                   script.start();
-                               });
+    const int status =
+        runTool(machine.platform(), bundleAround(std::filesystem::canonical(argv[0])),
+                " [simulated hub]", [&](AppDelegate& tool) {
+                    machine.use(tool);
+                    writeScript(script, tool, path);
+                    script.start();
+                });
     QFile file(path);
     if (status != 0 || !script.finished() || !file.open(QIODevice::ReadOnly)) {
         std::fprintf(stderr, "flash_story: the story was not played to its end\n");

@@ -1,5 +1,5 @@
-// The window program with an image configured, on a simulated hub whose flash is a file and on time that takes none: it
-// updates the hub and ends by itself.
+// The window program with an image configured, on a simulated hub whose flash is a file and on time
+// that takes none: it updates the hub and ends by itself.
 //
 //   scalar_probe FLASH
 

@@ -1,5 +1,6 @@
-// A person at the mouse: selects an image, presses "Update" and reads what the window says. The events come from
-// the X server, so this runs on a display of its own; only the hub and its clock are not real.
+// A person at the mouse: selects an image, presses "Update" and reads what the window says. The
+// events come from the X server, so this runs on a display of its own; only the hub and its clock
+// are not real.
 //
 //   window_smoke IMAGE
 
@@ -30,13 +31,16 @@ void writeScript(MouseScript& script, AppDelegate& tool, const QString& image)
     script.when("the start-up run to end", idle, [&tool] { click(tool.btnSelect_EasyUpdate); });
     script.answerFileDialog(image);
     script.when(
-        "the image in the window", [&tool, image] { return tool.txtFw_EasyUpdate->text() == image; },
+        "the image in the window",
+        [&tool, image] { return tool.txtFw_EasyUpdate->text() == image; },
         [&tool] { tool.resetProgressInfo(); });
-    script.when("the window to be active again", idle, [&tool] { click(tool.btnUpdate_EasyUpdate); });
+    script.when("the window to be active again", idle,
+                [&tool] { click(tool.btnUpdate_EasyUpdate); });
     script.when(
         "the update to succeed",
         [&tool, idle] {
-            return idle() && tool.nstfUpdateInfo_UpdateFW->toPlainText().endsWith("Update FW Success\n");
+            return idle() &&
+                   tool.nstfUpdateInfo_UpdateFW->toPlainText().endsWith("Update FW Success\n");
         },
         [&tool] { tool.window()->close(); });
 }
@@ -52,12 +56,13 @@ int main(int argc, char** argv)
     const QString image = QFile::decodeName(argv[1]);
     MouseMachine machine;
     MouseScript script;
-    const int status = runTool(machine.platform(), bundleAround(std::filesystem::canonical(argv[0])),
-                               " [simulated hub]", [&](AppDelegate& tool) {
-                                   machine.use(tool);
-                                   writeScript(script, tool, image);
-                                   script.start();
-                               });
+    const int status =
+        runTool(machine.platform(), bundleAround(std::filesystem::canonical(argv[0])),
+                " [simulated hub]", [&](AppDelegate& tool) {
+                    machine.use(tool);
+                    writeScript(script, tool, image);
+                    script.start();
+                });
     QFile file(image);
     const bool read = file.open(QIODevice::ReadOnly);
     const std::vector<std::uint8_t> flash = machine.hub().flash();

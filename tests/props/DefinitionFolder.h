@@ -33,13 +33,17 @@ protected:
     {
         // in memory where that is possible, for some tests make many files
         const bool memory = access("/dev/shm", W_OK) == 0;
-        const std::filesystem::path place = memory ? "/dev/shm" : std::filesystem::temp_directory_path();
+        const std::filesystem::path place =
+            memory ? "/dev/shm" : std::filesystem::temp_directory_path();
         std::string pattern = (place / "props_test-XXXXXX").string();
         m_folder = mkdtemp(pattern.data());
         std::filesystem::permissions(m_folder, std::filesystem::perms(0755));
     }
 
-    std::string path(const std::string& name = "Hub.INI") const { return (m_folder / name).string(); }
+    std::string path(const std::string& name = "Hub.INI") const
+    {
+        return (m_folder / name).string();
+    }
 
     void write(std::string_view text, const std::string& name = "Hub.INI") const
     {

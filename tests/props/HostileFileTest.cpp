@@ -141,7 +141,8 @@ TEST_F(HostileFile, WithASectionNamedLikeAKeyIsRefused)
 
 TEST_F(HostileFile, WithASectionNamedLikeNoKeyOfAPropertyIsRead)
 {
-    expectAccepted(std::string(kGood) + "[HubFF_USB_05:Other]\nx = 1\n[HubFF_USB_FF:PropName]\n", 1);
+    expectAccepted(std::string(kGood) + "[HubFF_USB_05:Other]\nx = 1\n[HubFF_USB_FF:PropName]\n",
+                   1);
 }
 
 TEST_F(HostileFile, ThatIsFullIsRead)

@@ -19,7 +19,8 @@ namespace vornadel::test
 
 inline int saysNothing(const char* /*format*/, ...) { return 0; }
 
-/// The list as slow and plain as it can be read, straight from the library; `readable` tells whether it can be.
+/// The list as slow and plain as it can be read, straight from the library; `readable` tells
+/// whether it can be.
 class PlainReading
 {
 public:

@@ -39,8 +39,14 @@ protected:
         return items.empty() ? PropItem() : *items.front();
     }
 
-    std::uint32_t address(const std::string& text) { return property("PropAddr = " + text + "\n").addr; }
-    std::uint8_t mask(const std::string& text) { return property("PropMask = " + text + "\n").mask; }
+    std::uint32_t address(const std::string& text)
+    {
+        return property("PropAddr = " + text + "\n").addr;
+    }
+    std::uint8_t mask(const std::string& text)
+    {
+        return property("PropMask = " + text + "\n").mask;
+    }
 };
 
 TEST_F(PropertyFile, WithOneSectionAndANameHoldsOneProperty)
@@ -103,9 +109,9 @@ TEST_F(PropertyFile, FindsNamesInAnyCase)
 
 TEST_F(PropertyFile, WithoutANameYieldsNoProperty)
 {
-    EXPECT_THAT(
-        read("[HubFF_USB_05]\nPropAddr = 5\n[HubFF_USB_06]\nPropName =\n[HubFF_USB_07]\nPropName = \"\"\n"),
-        IsEmpty());
+    EXPECT_THAT(read("[HubFF_USB_05]\nPropAddr = 5\n[HubFF_USB_06]\nPropName "
+                     "=\n[HubFF_USB_07]\nPropName = \"\"\n"),
+                IsEmpty());
     EXPECT_EQ(problem, "");
 }
 
@@ -165,7 +171,8 @@ TEST_F(PropertyFile, KeepsADataTextAsText)
 {
     EXPECT_THAT(property("PropOption_00 = Odd\nDataOption_00 = 0x07 or so\n").dataList,
                 ElementsAre("0x07 or so"));
-    EXPECT_THAT(property("PropOption_09 = None\nDataOption_09 = \"\"\n").dataList, ElementsAre("9"));
+    EXPECT_THAT(property("PropOption_09 = None\nDataOption_09 = \"\"\n").dataList,
+                ElementsAre("9"));
 }
 
 TEST_F(PropertyFile, ReadsSixteenOptionsAndNoMore)

@@ -101,8 +101,8 @@ TEST_F(PropertyFiles, AreTakenByNameWhateverTheyAre)
     write("", "Folder.INI/Inside.INI");
     fs::create_symlink("nowhere", path("Dangling.INI"));
     ASSERT_EQ(mkfifo(path("Pipe.INI").c_str(), 0600), 0);
-    EXPECT_THAT(found(),
-                UnorderedElementsAre("Folder.INI", "Folder.INI/Inside.INI", "Dangling.INI", "Pipe.INI"));
+    EXPECT_THAT(found(), UnorderedElementsAre("Folder.INI", "Folder.INI/Inside.INI", "Dangling.INI",
+                                              "Pipe.INI"));
 }
 
 TEST_F(PropertyFiles, AreNotLookedForBehindLinks)
@@ -137,7 +137,8 @@ TEST_F(PropertyFiles, AreNamedWithoutALookAtThem)
     write("", "listed/inner/B.INI");
     write("", "C.INI");
     // Its names can be read, and nothing that they stand for can be reached.
-    setPermissions("listed", fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
+    setPermissions("listed",
+                   fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
     const WithoutPrivilege nobody;
     struct stat status {
     };
@@ -145,7 +146,8 @@ TEST_F(PropertyFiles, AreNamedWithoutALookAtThem)
     EXPECT_THAT(found(), UnorderedElementsAre("listed/A.INI", "C.INI"));
 }
 
-/// Makes folders in each other, 300 deep; step by step, for together their names are longer than a path may be.
+/// Makes folders in each other, 300 deep; step by step, for together their names are longer than a
+/// path may be.
 void makeDeepFolder(const fs::path& top, const std::string& name)
 {
     const fs::path before = fs::current_path();

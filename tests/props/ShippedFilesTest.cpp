@@ -33,7 +33,8 @@ using ::testing::UnorderedElementsAre;
 
 constexpr std::size_t kBlock = 0x7E00; // of the demo image
 
-/// The parts of the block that hold the configuration; ids, strings and the Container ID lie between them.
+/// The parts of the block that hold the configuration; ids, strings and the Container ID lie
+/// between them.
 bool isConfiguration(std::uint32_t offset)
 {
     return (offset >= 11 && offset <= 41) || (offset >= 94 && offset <= 255);
@@ -47,8 +48,9 @@ struct OptionSlots {
     std::set<unsigned> data;
 };
 
-/// The option slots of every section of a shipped file by the section's name, in the INI reader's lower case. What
-/// readPropertyFile() returns are lists, in which a slot that is left out cannot be seen.
+/// The option slots of every section of a shipped file by the section's name, in the INI reader's
+/// lower case. What readPropertyFile() returns are lists, in which a slot that is left out cannot
+/// be seen.
 std::map<std::string, OptionSlots> optionSlots(const std::string& name)
 {
     const std::unique_ptr<dictionary, void (*)(dictionary*)> file(
@@ -161,7 +163,8 @@ TEST_P(ShippedFile, ListsTheEnablingBitOfEveryPropertyThatHasOne)
 
 TEST_P(ShippedFile, OffersOptionsThatReadBackAsTheyWereChosen)
 {
-    // What is chosen is written as the position of its entry, and shown by looking for the value among the data texts.
+    // What is chosen is written as the position of its entry, and shown by looking for the value
+    // among the data texts.
     for (const auto& item : bound) {
         for (std::size_t position = 0; position < item->dataList.size(); ++position) {
             std::uint8_t byte = 0;
@@ -222,8 +225,8 @@ TEST_P(ShippedFile, SkipsTheMiddleSlotOfThree)
     const OptionSlots slots = optionSlots(GetParam())["hubff_usb_1b"];
     EXPECT_THAT(slots.labels, ElementsAre(0U, 2U));
     EXPECT_THAT(slots.data, ElementsAre(0U, 2U));
-    const auto item =
-        std::find_if(items.begin(), items.end(), [](const auto& each) { return each->key == 0x1B; });
+    const auto item = std::find_if(items.begin(), items.end(),
+                                   [](const auto& each) { return each->key == 0x1B; });
     ASSERT_NE(item, items.end());
     EXPECT_THAT((*item)->propList, ElementsAre("Individual", "Ganged"));
     EXPECT_THAT((*item)->dataList, ElementsAre("0", "1"));

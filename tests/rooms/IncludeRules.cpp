@@ -27,7 +27,8 @@ constexpr std::array<std::string_view, 2> kChosenInMain = {"platform_native", "s
 /// Rooms that are no front end but are made of what the others choose.
 constexpr std::array<std::string_view, 1> kMadeOfIt = {"virtual_hub"};
 
-/// How the headers of a library from outside are recognised, and the CMake target that a room must be allowed.
+/// How the headers of a library from outside are recognised, and the CMake target that a room must
+/// be allowed.
 struct OutsideHeaders {
     const char* library;
     const char* headers;
@@ -38,9 +39,9 @@ constexpr std::array<OutsideHeaders, 7> kOutsideHeaders = {{
     {"Qt6::Widgets", "Q[A-Zt].*|q[a-z]+\\.h|ui_.*\\.h"},
     {"iniparser::iniparser", "iniparser.*|dictionary\\.h"},
     {"CLI11::CLI11", "CLI/.*"},
-    {"Apple frameworks",
-     "(AppKit|ApplicationServices|Carbon|Cocoa|CoreFoundation|CoreServices|Foundation|IOKit|Security)/.*|"
-     "(Availability|TargetConditionals)\\.h|(mach|mach-o|objc|xpc)/.*"},
+    {"Apple frameworks", "(AppKit|ApplicationServices|Carbon|Cocoa|CoreFoundation|CoreServices|"
+                         "Foundation|IOKit|Security)/.*|"
+                         "(Availability|TargetConditionals)\\.h|(mach|mach-o|objc|xpc)/.*"},
     {"GTest::gtest", "(gtest|gmock)/.*"},
     {"a USB test bed", "umockdev.*"},
 }};
@@ -51,15 +52,17 @@ constexpr std::string_view kAppleRoom = "platform_macos";
 bool isSource(const fs::path& file)
 {
     const std::string suffix = file.extension().string();
-    return std::find(kSourceSuffixes.begin(), kSourceSuffixes.end(), suffix) != kSourceSuffixes.end();
+    return std::find(kSourceSuffixes.begin(), kSourceSuffixes.end(), suffix) !=
+           kSourceSuffixes.end();
 }
 
-/// The files of the tree, from the root, in the order of their names. Hidden folders and builds are left out.
+/// The files of the tree, from the root, in the order of their names. Hidden folders and builds are
+/// left out.
 std::vector<std::string> sourcesBelow(const fs::path& root)
 {
     std::vector<std::string> files;
-    for (auto each = fs::recursive_directory_iterator(root); each != fs::recursive_directory_iterator();
-         ++each) {
+    for (auto each = fs::recursive_directory_iterator(root);
+         each != fs::recursive_directory_iterator(); ++each) {
         const std::string name = each->path().filename().string();
         if (each->is_directory() && (name.front() == '.' || name == "build")) {
             each.disable_recursion_pending();
@@ -82,7 +85,8 @@ const Room* roomOf(const std::string& path, const std::vector<Room>& rooms)
 {
     const Room* found = nullptr;
     for (const Room& room : rooms) {
-        if (liesIn(path, room.folder) && (found == nullptr || room.folder.size() > found->folder.size())) {
+        if (liesIn(path, room.folder) &&
+            (found == nullptr || room.folder.size() > found->folder.size())) {
             found = &room;
         }
     }
@@ -115,7 +119,8 @@ std::optional<std::string> judgeOutside(const Room& from, const std::string& hea
 {
     for (const OutsideHeaders& each : kOutsideHeaders) {
         const bool apple = std::string_view(each.library) == "Apple frameworks";
-        const bool allowed = apple ? from.name == kAppleRoom : contains(from.mayUseOutside, each.library);
+        const bool allowed =
+            apple ? from.name == kAppleRoom : contains(from.mayUseOutside, each.library);
         if (!allowed && std::regex_match(header, std::regex(each.headers))) {
             return "room " + from.name + " may not use " + each.library;
         }
@@ -124,8 +129,8 @@ std::optional<std::string> judgeOutside(const Room& from, const std::string& hea
 }
 
 /// What is wrong with one line of a file; nothing when it is no include line, or a good one.
-std::optional<std::string> judgeLine(const std::string& file, const Room& from, const std::string& line,
-                                     const std::vector<Room>& rooms)
+std::optional<std::string> judgeLine(const std::string& file, const Room& from,
+                                     const std::string& line, const std::vector<Room>& rooms)
 {
     static const std::regex directive(R"(^\s*#\s*(?:include|include_next|import)\b\s*(.*)$)");
     static const std::regex named(R"re(^(["<])([^">]+)[">].*$)re");
@@ -176,7 +181,8 @@ std::vector<std::string> homelessSources(const fs::path& root, const std::vector
 {
     std::vector<std::string> homeless;
     for (const std::string& file : sourcesBelow(root)) {
-        if (roomOf(file, rooms) == nullptr && !contains(kOtherFolders, file.substr(0, file.find('/')))) {
+        if (roomOf(file, rooms) == nullptr &&
+            !contains(kOtherFolders, file.substr(0, file.find('/')))) {
             homeless.push_back(file);
         }
     }

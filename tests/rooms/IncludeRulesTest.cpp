@@ -28,7 +28,10 @@ const std::vector<Room> kHouse = {
     {"platform_api", "platform", {}, {}},
     {"platform_linux", "platform/linux", {"platform_api"}, {"LibUSB::LibUSB"}},
     {"platform_macos", "platform/macos", {"platform_api"}, {}},
-    {"platform_native", "platform/native", {"platform_api", "platform_linux", "platform_macos"}, {}},
+    {"platform_native",
+     "platform/native",
+     {"platform_api", "platform_linux", "platform_macos"},
+     {}},
     {"sim", "standins/sim", {"platform_api"}, {}},
     {"base", "base", {}, {}},
     {"props", "props", {"base"}, {"iniparser::iniparser"}},
@@ -68,7 +71,10 @@ protected:
     fs::path m_root;
 };
 
-TEST(Includes, OfTheWholeHouseFollowItsArrows) { EXPECT_THAT(wrongIncludes(SOURCE_ROOT, kRooms), IsEmpty()); }
+TEST(Includes, OfTheWholeHouseFollowItsArrows)
+{
+    EXPECT_THAT(wrongIncludes(SOURCE_ROOT, kRooms), IsEmpty());
+}
 
 TEST(Includes, AreReadInEveryRoom)
 {
@@ -76,7 +82,8 @@ TEST(Includes, AreReadInEveryRoom)
         EXPECT_THAT(sourcesOf(SOURCE_ROOT, kRooms, room), Not(IsEmpty())) << room;
     }
     EXPECT_THAT(sourcesOf(SOURCE_ROOT, kRooms, "hub"), Contains("hub/HubTransport.h"));
-    EXPECT_THAT(sourcesOf(SOURCE_ROOT, kRooms, "platform_linux"), Contains("platform/linux/LibusbBus.h"));
+    EXPECT_THAT(sourcesOf(SOURCE_ROOT, kRooms, "platform_linux"),
+                Contains("platform/linux/LibusbBus.h"));
 }
 
 TEST(Sources, AllLieInARoom) { EXPECT_THAT(homelessSources(SOURCE_ROOT, kRooms), IsEmpty()); }
@@ -88,7 +95,8 @@ TEST(Sources, AskForTheirSystemInThePlatformAlone)
 
 TEST_F(SourceTree, FindsALineThatAsksForItsSystem)
 {
-    write("hub/Transport.cpp", "#include <vector>\n#  if defined(__APPLE__) && 1\n#endif // __APPLE__\n");
+    write("hub/Transport.cpp",
+          "#include <vector>\n#  if defined(__APPLE__) && 1\n#endif // __APPLE__\n");
     write("tests/hub/Test.cpp", "#ifdef __linux__\n#elif TARGET_OS_MAC\n#endif\n");
     write("platform/native/Native.h", "#ifdef __APPLE__\n#endif\n");
     EXPECT_THAT(linesThatAskForTheSystem(m_root),
@@ -104,10 +112,12 @@ TEST_F(SourceTree, WithGoodIncludesPasses)
     write("standins/sim/Hub.cpp", "#include \"platform/Clock.h\"\n");
     write("base/GenFun.cpp", "#include \"base/GenFun.h\"\n");
     write("props/PropItem.cpp", "#include <iniparser/iniparser.h>\n#include \"base/GenFun.h\"\n");
-    write("hub/Transport.cpp", "#include \"hub/Transport.h\"\n  #  include   \"platform/Clock.h\" // time\n");
-    write("app/Window.cpp", "#include <QWidget>\n#include <QtGui/QFont>\n#include \"hub/Transport.h\"\n");
-    write("app/main.cpp",
-          "#include \"platform/native/Native.h\"\n#include \"standins/sim/Hub.h\"\n#include <CLI/CLI.hpp>\n");
+    write("hub/Transport.cpp",
+          "#include \"hub/Transport.h\"\n  #  include   \"platform/Clock.h\" // time\n");
+    write("app/Window.cpp",
+          "#include <QWidget>\n#include <QtGui/QFont>\n#include \"hub/Transport.h\"\n");
+    write("app/main.cpp", "#include \"platform/native/Native.h\"\n#include "
+                          "\"standins/sim/Hub.h\"\n#include <CLI/CLI.hpp>\n");
     write("tests/hub/Test.cpp",
           "#include \"tests/support/Anything.h\"\n#include <QWidget>\n#include \"hub/T.h\"\n");
     EXPECT_THAT(wrong(), IsEmpty());
@@ -146,7 +156,10 @@ struct BadSample {
     const char* complaint;
 };
 
-void PrintTo(const BadSample& sample, std::ostream* out) { *out << sample.file << ": " << sample.line; }
+void PrintTo(const BadSample& sample, std::ostream* out)
+{
+    *out << sample.file << ": " << sample.line;
+}
 
 class BadInclude : public SourceTree, public ::testing::WithParamInterface<BadSample>
 {
@@ -161,31 +174,45 @@ TEST_P(BadInclude, IsFound)
 INSTANTIATE_TEST_SUITE_P(
     Samples, BadInclude,
     ::testing::Values(
-        BadSample{"Upwards", "platform/Clock.h", "#include \"hub/T.h\"", "platform_api may not use room hub"},
+        BadSample{"Upwards", "platform/Clock.h", "#include \"hub/T.h\"",
+                  "platform_api may not use room hub"},
         BadSample{"IntoAnInnerRoom", "platform/Clock.h", "#include \"platform/linux/Bus.h\"",
                   "platform_api may not use room platform_linux"},
-        BadSample{"InAngleBrackets", "standins/sim/Hub.cpp", "#include <hub/T.h>", "sim may not use room hub"},
-        BadSample{"WithBlanks", "standins/sim/Hub.cpp", " #\tinclude\"hub/T.h\"", "sim may not use room hub"},
-        BadSample{"NotFromTheRoot", "hub/T.cpp", "#include \"Transport.h\"", "written from the root"},
-        BadSample{"OfATest", "hub/T.cpp", "#include \"tests/support/VirtualClock.h\"", "not in a room"},
+        BadSample{"InAngleBrackets", "standins/sim/Hub.cpp", "#include <hub/T.h>",
+                  "sim may not use room hub"},
+        BadSample{"WithBlanks", "standins/sim/Hub.cpp", " #\tinclude\"hub/T.h\"",
+                  "sim may not use room hub"},
+        BadSample{"NotFromTheRoot", "hub/T.cpp", "#include \"Transport.h\"",
+                  "written from the root"},
+        BadSample{"OfATest", "hub/T.cpp", "#include \"tests/support/VirtualClock.h\"",
+                  "not in a room"},
         BadSample{"ByMacro", "hub/T.cpp", "#include HEADER", "cannot be checked"},
         BadSample{"PlatformPastMain", "app/Tool.cpp", "#include \"platform/native/Native.h\"",
                   "chosen in main.cpp"},
         BadSample{"BackEndPastThePlatform", "app/main.cpp", "#include \"platform/linux/Bus.h\"",
                   "app may not use room platform_linux"},
-        BadSample{"SimulatorPastMain", "app/Tool.cpp", "#include \"standins/sim/Hub.h\"", "chosen in main.cpp"},
+        BadSample{"SimulatorPastMain", "app/Tool.cpp", "#include \"standins/sim/Hub.h\"",
+                  "chosen in main.cpp"},
         BadSample{"Libusb", "hub/T.cpp", "#include <libusb.h>", "hub may not use LibUSB::LibUSB"},
-        BadSample{"LibusbInAFolder", "app/A.cpp", "#include <libusb-1.0/libusb.h>", "LibUSB::LibUSB"},
-        BadSample{"LibusbQuoted", "standins/sim/Hub.cpp", "#include \"libusb.h\"", "LibUSB::LibUSB"},
+        BadSample{"LibusbInAFolder", "app/A.cpp", "#include <libusb-1.0/libusb.h>",
+                  "LibUSB::LibUSB"},
+        BadSample{"LibusbQuoted", "standins/sim/Hub.cpp", "#include \"libusb.h\"",
+                  "LibUSB::LibUSB"},
         BadSample{"Qt", "hub/T.h", "#include <QString>", "hub may not use Qt6::Widgets"},
-        BadSample{"QtByModule", "platform/linux/Bus.cpp", "#include <QtCore/QString>", "Qt6::Widgets"},
+        BadSample{"QtByModule", "platform/linux/Bus.cpp", "#include <QtCore/QString>",
+                  "Qt6::Widgets"},
         BadSample{"QtInSmallLetters", "props/P.cpp", "#include <qstring.h>", "Qt6::Widgets"},
-        BadSample{"Iniparser", "app/A.cpp", "#include <iniparser/iniparser.h>", "iniparser::iniparser"},
+        BadSample{"Iniparser", "app/A.cpp", "#include <iniparser/iniparser.h>",
+                  "iniparser::iniparser"},
         BadSample{"CommandLine", "hub/T.cpp", "#include <CLI/CLI.hpp>", "CLI11::CLI11"},
-        BadSample{"AppleUsb", "platform/linux/Bus.cpp", "#import <IOKit/usb/IOUSBLib.h>", "Apple frameworks"},
-        BadSample{"AppleTypes", "hub/T.h", "#include <CoreFoundation/CoreFoundation.h>", "Apple frameworks"},
+        BadSample{"AppleUsb", "platform/linux/Bus.cpp", "#import <IOKit/usb/IOUSBLib.h>",
+                  "Apple frameworks"},
+        BadSample{"AppleTypes", "hub/T.h", "#include <CoreFoundation/CoreFoundation.h>",
+                  "Apple frameworks"},
         BadSample{"GoogleTest", "hub/T.cpp", "#include <gtest/gtest.h>", "GTest::gtest"}),
-    [](const ::testing::TestParamInfo<BadSample>& sample) { return std::string(sample.param.name); });
+    [](const ::testing::TestParamInfo<BadSample>& sample) {
+        return std::string(sample.param.name);
+    });
 
 } // namespace
 } // namespace vornadel::test

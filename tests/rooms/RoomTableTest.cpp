@@ -33,7 +33,8 @@ std::vector<std::string> usersOf(const std::string& library)
 
 const Room& roomNamed(const std::string& name)
 {
-    return *std::find_if(kRooms.begin(), kRooms.end(), [&](const Room& room) { return room.name == name; });
+    return *std::find_if(kRooms.begin(), kRooms.end(),
+                         [&](const Room& room) { return room.name == name; });
 }
 
 TEST(RoomTable, KeepsLibrariesFromOutsideWhereTheyBelong)
@@ -71,7 +72,8 @@ TEST(RoomTable, LetsNoRoomUseAFrontEnd)
 
 TEST(RoomTable, HasArrowsThatPointOneWay)
 {
-    // Rooms whose every arrow ends in a room taken away before can be taken away; a circle would stay.
+    // Rooms whose every arrow ends in a room taken away before can be taken away; a circle would
+    // stay.
     std::vector<Room> left = kRooms;
     std::vector<std::string> gone;
     for (std::size_t before = left.size() + 1; left.size() < before;) {

@@ -10,7 +10,8 @@ namespace vornadel::test
 namespace
 {
 
-/// The simulated hub, plugged in with ROM code running: its flash is what the contract reads and writes.
+/// The simulated hub, plugged in with ROM code running: its flash is what the contract reads and
+/// writes.
 class SimulatedBusUnderTest final : public BusUnderTest
 {
 public:
@@ -31,9 +32,15 @@ public:
 
     void unplug() override { m_bench.hub().unplug(); }
 
-    ControlRequest readRequest(std::uint16_t length) override { return {0xC0, 0xD8, 0x0200, 0, length}; }
+    ControlRequest readRequest(std::uint16_t length) override
+    {
+        return {0xC0, 0xD8, 0x0200, 0, length};
+    }
 
-    std::vector<std::uint8_t> expectedRead(std::uint16_t length) override { return flashAt(0x0200, length); }
+    std::vector<std::uint8_t> expectedRead(std::uint16_t length) override
+    {
+        return flashAt(0x0200, length);
+    }
 
     /// Into what the demo image leaves erased, each time a new piece of it.
     ControlRequest writeRequest(std::uint16_t length) override
@@ -64,8 +71,8 @@ private:
 
 std::unique_ptr<BusUnderTest> makeBus() { return std::make_unique<SimulatedBusUnderTest>(); }
 
-INSTANTIATE_TEST_SUITE_P(Simulated, UsbBusContract, testing::Values(BusFactory{"Simulated", makeBus}),
-                         busName);
+INSTANTIATE_TEST_SUITE_P(Simulated, UsbBusContract,
+                         testing::Values(BusFactory{"Simulated", makeBus}), busName);
 
 } // namespace
 } // namespace vornadel::test

@@ -41,23 +41,24 @@ TEST(StallFault, LeavesTheFlashAlone)
 /// Each request that a fault can name, sent once.
 const std::vector<std::pair<const char*, std::function<std::uint32_t(HubBench&)>>>& namedRequests()
 {
-    static const std::vector<std::pair<const char*, std::function<std::uint32_t(HubBench&)>>> kRequests = {
-        {"hello", [](HubBench& bench) { return bench.hello(); }},
-        {"status",
-         [](HubBench& bench) {
-             std::array<std::uint8_t, 32> block{};
-             return bench.status(block);
-         }},
-        {"erase", [](HubBench& bench) { return bench.erase(); }},
-        {"write", [](HubBench& bench) { return bench.write(0, Bytes(8, 0)); }},
-        {"read",
-         [](HubBench& bench) {
-             Bytes buffer(8);
-             return bench.read(0, buffer);
-         }},
-        {"rom", [](HubBench& bench) { return bench.restartIntoRom(); }},
-        {"flash", [](HubBench& bench) { return bench.restartIntoFlash(); }},
-    };
+    static const std::vector<std::pair<const char*, std::function<std::uint32_t(HubBench&)>>>
+        kRequests = {
+            {"hello", [](HubBench& bench) { return bench.hello(); }},
+            {"status",
+             [](HubBench& bench) {
+                 std::array<std::uint8_t, 32> block{};
+                 return bench.status(block);
+             }},
+            {"erase", [](HubBench& bench) { return bench.erase(); }},
+            {"write", [](HubBench& bench) { return bench.write(0, Bytes(8, 0)); }},
+            {"read",
+             [](HubBench& bench) {
+                 Bytes buffer(8);
+                 return bench.read(0, buffer);
+             }},
+            {"rom", [](HubBench& bench) { return bench.restartIntoRom(); }},
+            {"flash", [](HubBench& bench) { return bench.restartIntoFlash(); }},
+        };
     return kRequests;
 }
 
@@ -282,7 +283,8 @@ TEST(RestartFault, BounceComesBackTwice)
 {
     HubBench bench(real(withFault("bounce")));
     std::vector<std::pair<Clock::Duration, UsbEvent>> events;
-    ASSERT_TRUE(bench.bus->watch([&](UsbEvent event) { events.emplace_back(bench.clock.now(), event); }));
+    ASSERT_TRUE(
+        bench.bus->watch([&](UsbEvent event) { events.emplace_back(bench.clock.now(), event); }));
     ASSERT_TRUE(bench.open());
     bench.restartIntoFlash();
     bench.clock.advance(750ms);

@@ -29,7 +29,8 @@ inline SimulatedHubOptions romOptions()
     return options;
 }
 
-inline SimulatedHubOptions withFault(const std::string& text, SimulatedHubOptions options = romOptions())
+inline SimulatedHubOptions withFault(const std::string& text,
+                                     SimulatedHubOptions options = romOptions())
 {
     Fault fault;
     std::string error;
@@ -91,17 +92,18 @@ public:
     std::uint32_t write(std::uint32_t address, Bytes data)
     {
         return send({0x40, 0xC8, static_cast<std::uint16_t>(address),
-                     static_cast<std::uint16_t>(address >> 16), static_cast<std::uint16_t>(data.size()),
-                     data.data()});
+                     static_cast<std::uint16_t>(address >> 16),
+                     static_cast<std::uint16_t>(data.size()), data.data()});
     }
     std::uint32_t read(std::uint32_t address, Bytes& data)
     {
         return send({0xC0, 0xD8, static_cast<std::uint16_t>(address),
-                     static_cast<std::uint16_t>(address >> 16), static_cast<std::uint16_t>(data.size()),
-                     data.data()});
+                     static_cast<std::uint16_t>(address >> 16),
+                     static_cast<std::uint16_t>(data.size()), data.data()});
     }
 
-    /// Version word and running code as the status block tells them; all zero when it cannot be read.
+    /// Version word and running code as the status block tells them; all zero when it cannot be
+    /// read.
     std::uint16_t version()
     {
         std::array<std::uint8_t, 32> block{};

@@ -49,8 +49,8 @@ TEST(SimulatedHubOptions, AreDefaultsForTheEmptyText)
 
 TEST(SimulatedHubOptions, ReadsEveryKey)
 {
-    const auto options =
-        parsed("image=/tmp/a b.bin,latency=none,mode=rom,ids=1209:5AB3:0x00fF,fault=stall@5,fault=never");
+    const auto options = parsed(
+        "image=/tmp/a b.bin,latency=none,mode=rom,ids=1209:5AB3:0x00fF,fault=stall@5,fault=never");
     EXPECT_EQ(options.image, "/tmp/a b.bin");
     EXPECT_EQ(options.latency, SimulatedLatency::None);
     EXPECT_EQ(options.mode, HubCode::Rom);
@@ -64,7 +64,10 @@ TEST(SimulatedHubOptions, ReadsEveryKey)
     EXPECT_EQ(options.faults[1].kind, FaultKind::Never);
 }
 
-TEST(SimulatedHubOptions, KeepsAnEqualsSignInAValue) { EXPECT_EQ(parsed("image=a=b").image, "a=b"); }
+TEST(SimulatedHubOptions, KeepsAnEqualsSignInAValue)
+{
+    EXPECT_EQ(parsed("image=a=b").image, "a=b");
+}
 
 TEST(SimulatedHubOptions, SpellsTheDefaultsToo)
 {
@@ -87,8 +90,8 @@ TEST(SimulatedHubOptions, NamesWhatItDoesNotUnderstand)
 
 TEST(SimulatedHubOptions, RefusesIdsThatAreNotThreeWords)
 {
-    for (const char* ids : {"", "1209", "1209:1", "1209:1:2:3", "1209::2", "1209:1:12345", "1209:1:00001",
-                            "1209:1:-1", "1209:1:g", "1209:1: 2", "0x:1:2"}) {
+    for (const char* ids : {"", "1209", "1209:1", "1209:1:2:3", "1209::2", "1209:1:12345",
+                            "1209:1:00001", "1209:1:-1", "1209:1:g", "1209:1: 2", "0x:1:2"}) {
         EXPECT_THAT(refusal(std::string("ids=") + ids), HasSubstr("VID:SSPID:HSPID")) << ids;
     }
 }

@@ -40,7 +40,10 @@ public:
     FlashFileTest& operator=(const FlashFileTest&) = delete;
 
 protected:
-    std::string path(const std::string& name = "hub.bin") const { return (m_folder / name).string(); }
+    std::string path(const std::string& name = "hub.bin") const
+    {
+        return (m_folder / name).string();
+    }
 
     SimulatedHubOptions options(const std::string& name = "hub.bin") const
     {
@@ -162,7 +165,8 @@ TEST_F(FlashFileTest, StaysALinkWhenItIsOne)
 
 TEST_F(FlashFileTest, OfAnotherSizeIsRefusedAndLeftAlone)
 {
-    for (const std::size_t size : {std::size_t{0}, std::size_t{100}, kFlashSize - 1, kFlashSize + 1}) {
+    for (const std::size_t size :
+         {std::size_t{0}, std::size_t{100}, kFlashSize - 1, kFlashSize + 1}) {
         put(path(), Bytes(size, 0x42));
         EXPECT_THAT(refusal(options()), HasSubstr(std::to_string(size) + " bytes long"));
         EXPECT_EQ(content(path()), Bytes(size, 0x42));
@@ -260,7 +264,8 @@ TEST_F(FlashFileTest, InAFolderThatMayNotBeChangedIsRefused)
     ASSERT_EQ(::chmod(path().c_str(), 0666), 0);
     ASSERT_EQ(::chmod(path("hub.bin.lock").c_str(), 0666), 0);
     ASSERT_EQ(::chmod(m_folder.c_str(), 0555), 0);
-    EXPECT_THAT(refusalWithoutPrivilege(), HasSubstr("cannot replace files in " + m_folder.string()));
+    EXPECT_THAT(refusalWithoutPrivilege(),
+                HasSubstr("cannot replace files in " + m_folder.string()));
     ASSERT_EQ(::chmod(m_folder.c_str(), 0700), 0);
 }
 

@@ -13,7 +13,8 @@ namespace
 
 constexpr int kRounds = 200;
 
-/// Sends one request through a device that this thread opened itself; false when it could not be opened.
+/// Sends one request through a device that this thread opened itself; false when it could not be
+/// opened.
 bool visit(UsbBus& bus, ControlRequest request)
 {
     for (const auto& device : listDevices(bus)) {
@@ -31,15 +32,16 @@ TEST(SimulatedBusThreads, SearchAndOpenWhileTheHubRestarts)
     StdClock clock;
     std::string error;
     SimulatedHubOptions options = romOptions();
-    for (unsigned restart = 1; restart <= kRounds;
-         restart += 2) { // every other one returns on the clock's thread
+    for (unsigned restart = 1; restart <= kRounds; restart += 2) { // every other one returns on the
+                                                                   // clock's thread
         options.faults.push_back({FaultKind::Late, {}, restart, 0, 50us});
     }
     const auto bus = SimulatedBus::create(options, clock, error);
     ASSERT_NE(bus, nullptr) << error;
     std::atomic<int> arrivals = 0;
     std::atomic<int> departures = 0;
-    ASSERT_TRUE(bus->watch([&](UsbEvent event) { ++(event == UsbEvent::Attached ? arrivals : departures); }));
+    ASSERT_TRUE(bus->watch(
+        [&](UsbEvent event) { ++(event == UsbEvent::Attached ? arrivals : departures); }));
 
     std::atomic<bool> done = false;
     std::atomic<int> detections = 0;
@@ -52,8 +54,8 @@ TEST(SimulatedBusThreads, SearchAndOpenWhileTheHubRestarts)
     int restarts = 0;
     while (restarts < kRounds || detections == 0) {
         const bool intoRom = restarts % 2 == 0;
-        const ControlRequest restart =
-            intoRom ? ControlRequest{0x40, 0x00, 0, 0, 0} : ControlRequest{0x40, 0xE9, 0x0101, 0, 0};
+        const ControlRequest restart = intoRom ? ControlRequest{0x40, 0x00, 0, 0, 0}
+                                               : ControlRequest{0x40, 0xE9, 0x0101, 0, 0};
         const int before = departures;
         visit(*bus, restart);
         restarts += departures != before ? 1 : 0;

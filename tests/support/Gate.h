@@ -6,7 +6,8 @@
 namespace vornadel::test
 {
 
-/// A point in the code under test at which a test can stop the thread that comes by. Open until shut.
+/// A point in the code under test at which a test can stop the thread that comes by. Open until
+/// shut.
 class Gate
 {
 public:

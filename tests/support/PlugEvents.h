@@ -26,7 +26,8 @@ public:
         };
     }
 
-    /// Waits for an event of the kind after the first `from` ones; false when twenty seconds were not enough.
+    /// Waits for an event of the kind after the first `from` ones; false when twenty seconds were
+    /// not enough.
     bool waitFor(UsbEvent event, std::size_t from = 0)
     {
         std::unique_lock lock(m_mutex);

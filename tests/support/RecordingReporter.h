@@ -22,8 +22,14 @@ public:
     };
 
     void resetProgressInfo() override { entries.push_back({Kind::Reset, {}}); }
-    void appendProgressInfo_Blue(const std::string& text) override { entries.push_back({Kind::Blue, text}); }
-    void appendProgressInfo_Red(const std::string& text) override { entries.push_back({Kind::Red, text}); }
+    void appendProgressInfo_Blue(const std::string& text) override
+    {
+        entries.push_back({Kind::Blue, text});
+    }
+    void appendProgressInfo_Red(const std::string& text) override
+    {
+        entries.push_back({Kind::Red, text});
+    }
     void updateProgressBar(double percent, Wait wait) override
     {
         entries.push_back({Kind::Progress, {}, percent, wait});

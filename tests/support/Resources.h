@@ -22,21 +22,23 @@ struct Resources {
     static Resources now()
     {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-        const std::size_t bytes =
-            __sanitizer_get_current_allocated_bytes(); // mallinfo2() knows nothing of this heap
+        const std::size_t bytes = __sanitizer_get_current_allocated_bytes(); // mallinfo2() knows
+                                                                             // nothing of this heap
 #else
         const struct mallinfo2 info = mallinfo2();
         const std::size_t bytes = info.uordblks + info.hblkhd;
 #endif
         std::size_t descriptors = 0;
-        for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        for ([[maybe_unused]] const auto& entry :
+             std::filesystem::directory_iterator("/proc/self/fd")) {
             ++descriptors;
         }
         return {bytes, descriptors};
     }
 };
 
-/// Begins the program anew, once, with a heap that keeps no caches for its threads: these count as in use.
+/// Begins the program anew, once, with a heap that keeps no caches for its threads: these count as
+/// in use.
 inline void insistOnAnExactHeap([[maybe_unused]] char** argv)
 {
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)

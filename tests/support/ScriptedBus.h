@@ -24,8 +24,8 @@ struct ScriptedDevice {
     UsbSearch::Step step = UsbSearch::Step::Device;
 };
 
-/// A bus that does as it is told and writes down what happens on it. Set the script before the threads start.
-/// Devices may outlive their bus.
+/// A bus that does as it is told and writes down what happens on it. Set the script before the
+/// threads start. Devices may outlive their bus.
 class ScriptedBus final : public UsbBus
 {
 public:
@@ -43,7 +43,8 @@ public:
         m_script->onControl = std::move(hook);
     }
 
-    /// "search", "end of list" (released), and "open 0", "close 0", "drop 0" with the place of the device.
+    /// "search", "end of list" (released), and "open 0", "close 0", "drop 0" with the place of the
+    /// device.
     std::vector<std::string> events() const
     {
         const std::lock_guard lock(m_script->mutex);

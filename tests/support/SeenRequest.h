@@ -11,7 +11,8 @@ namespace vornadel::test
 
 /// One request as it reached the bus.
 struct SeenRequest {
-    std::array<std::uint8_t, 8> setup{}; ///< the setup packet as it goes on the wire, words little-endian
+    std::array<std::uint8_t, 8> setup{}; ///< the setup packet as it goes on the wire, words
+                                         ///< little-endian
     std::vector<std::uint8_t> sent{};    ///< the data stage of a request to the device
 
     bool operator==(const SeenRequest&) const = default;
@@ -22,8 +23,9 @@ inline SeenRequest seenOf(const ControlRequest& request)
     const auto low = [](std::uint16_t word) { return static_cast<std::uint8_t>(word & 0xFF); };
     const auto high = [](std::uint16_t word) { return static_cast<std::uint8_t>(word >> 8); };
     SeenRequest seen;
-    seen.setup = {request.bmRequestType, request.bRequest,     low(request.wValue),  high(request.wValue),
-                  low(request.wIndex),   high(request.wIndex), low(request.wLength), high(request.wLength)};
+    seen.setup = {request.bmRequestType, request.bRequest,     low(request.wValue),
+                  high(request.wValue),  low(request.wIndex),  high(request.wIndex),
+                  low(request.wLength),  high(request.wLength)};
     const bool toDevice = (request.bmRequestType & 0x80) == 0;
     if (toDevice && request.wLength > 0) {
         const auto* data = static_cast<const std::uint8_t*>(request.data);

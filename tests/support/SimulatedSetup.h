@@ -14,7 +14,8 @@
 namespace vornadel::test
 {
 
-/// The hub room on a simulated hub whose flash lives in memory, with time that passes by sleeping only.
+/// The hub room on a simulated hub whose flash lives in memory, with time that passes by sleeping
+/// only.
 class SimulatedSetup
 {
 public:

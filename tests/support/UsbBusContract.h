@@ -15,8 +15,8 @@
 namespace vornadel::test
 {
 
-/// What the contract needs of a back end: the bus, one device that can be plugged in and out, and which requests
-/// that device understands. The `data` of the requests is the contract's to fill in.
+/// What the contract needs of a back end: the bus, one device that can be plugged in and out, and
+/// which requests that device understands. The `data` of the requests is the contract's to fill in.
 class BusUnderTest
 {
 public:
@@ -29,11 +29,13 @@ public:
     virtual void plug(std::uint16_t vendorId, std::uint16_t productId) = 0;
     virtual void unplug() = 0;
 
-    /// A request to which the device answers with `length` bytes, and those bytes. Asked for 0, 32 and 4096.
+    /// A request to which the device answers with `length` bytes, and those bytes. Asked for 0, 32
+    /// and 4096.
     virtual ControlRequest readRequest(std::uint16_t length) = 0;
     virtual std::vector<std::uint8_t> expectedRead(std::uint16_t length) = 0;
 
-    /// A request with which the device takes `length` bytes, and the data stage as the device last saw it.
+    /// A request with which the device takes `length` bytes, and the data stage as the device last
+    /// saw it.
     virtual ControlRequest writeRequest(std::uint16_t length) = 0;
     virtual std::vector<std::uint8_t> lastWritten() = 0;
 
@@ -54,7 +56,8 @@ inline void PrintTo(const BusFactory& factory, std::ostream* out) { *out << fact
 
 /// What every USB back end keeps, whatever is behind it. A test program instantiates it once:
 ///
-///     INSTANTIATE_TEST_SUITE_P(Embedded, UsbBusContract, testing::Values(BusFactory{"Embedded", makeBus}),
+///     INSTANTIATE_TEST_SUITE_P(Embedded, UsbBusContract, testing::Values(BusFactory{"Embedded",
+///     makeBus}),
 ///                              busName);
 class UsbBusContract : public testing::TestWithParam<BusFactory>
 {
@@ -66,7 +69,8 @@ protected:
     void plug() { m_subject->plug(kVendorId, kProductId); }
     std::unique_ptr<UsbDevice> find() { return findDevice(bus(), kVendorId, kProductId); }
 
-    /// Watches as the tool does: what the platform lists before the first event is taken, so that it reports.
+    /// Watches as the tool does: what the platform lists before the first event is taken, so that
+    /// it reports.
     bool watch(PlugEvents& events)
     {
         const bool watching = bus().watch(events.listener());
@@ -88,7 +92,10 @@ protected:
     std::unique_ptr<BusUnderTest> m_subject = GetParam().make();
 };
 
-inline std::string busName(const testing::TestParamInfo<BusFactory>& info) { return info.param.name; }
+inline std::string busName(const testing::TestParamInfo<BusFactory>& info)
+{
+    return info.param.name;
+}
 
 TEST_P(UsbBusContract, ListsTheIdsOfAnAttachedDevice)
 {

@@ -25,7 +25,8 @@ inline std::vector<std::unique_ptr<UsbDevice>> allDevices(UsbBus& bus)
 }
 
 /// The first device with these ids, or null.
-inline std::unique_ptr<UsbDevice> findDevice(UsbBus& bus, std::uint16_t vendorId, std::uint16_t productId)
+inline std::unique_ptr<UsbDevice> findDevice(UsbBus& bus, std::uint16_t vendorId,
+                                             std::uint16_t productId)
 {
     for (std::unique_ptr<UsbDevice>& device : allDevices(bus)) {
         if (device->vendorId() == vendorId && device->productId() == productId) {

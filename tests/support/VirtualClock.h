@@ -11,7 +11,8 @@
 namespace vornadel::test
 {
 
-/// A clock on which time passes only by sleeping, and at once. Keeps the list of the pauses asked for.
+/// A clock on which time passes only by sleeping, and at once. Keeps the list of the pauses asked
+/// for.
 class VirtualClock final : public Clock
 {
 public:
@@ -77,7 +78,8 @@ public:
         m_pauses.clear();
     }
 
-    /// Called in sleep(), on the sleeper's thread, before time passes. Set it before the threads start.
+    /// Called in sleep(), on the sleeper's thread, before time passes. Set it before the threads
+    /// start.
     std::function<void(Duration)> onSleep;
 
 private:

@@ -8,7 +8,8 @@
 namespace vornadel::test
 {
 
-/// As long as it lives, root is nobody in particular, to whom permissions apply; others stay who they are.
+/// As long as it lives, root is nobody in particular, to whom permissions apply; others stay who
+/// they are.
 class WithoutPrivilege
 {
 public:

@@ -49,7 +49,8 @@ TEST(VirtualHubCommandLine, AttachesOneHubWhenNothingIsSaid)
 
 TEST(VirtualHubCommandLine, TakesUpTo15Hubs)
 {
-    const Parsed two = parse({"--hub", "image=a.bin,mode=rom", "--hub=image=b.bin,latency=none,fault=never"});
+    const Parsed two =
+        parse({"--hub", "image=a.bin,mode=rom", "--hub=image=b.bin,latency=none,fault=never"});
     ASSERT_THAT(two.commandLine.hubs, SizeIs(2));
     EXPECT_EQ(two.commandLine.hubs[0].image, "a.bin");
     EXPECT_EQ(two.commandLine.hubs[0].mode, HubCode::Rom);
@@ -106,7 +107,8 @@ TEST(VirtualHubCommandLine, HelpsAndTellsItsVersion)
 {
     const Parsed help = parse({"--help"});
     EXPECT_EQ(help.ended, kEndedWell);
-    for (const char* const word : {"--hub", "--attach", "--serve", "plug-rom", "quit", "127.0.0.1"}) {
+    for (const char* const word :
+         {"--hub", "--attach", "--serve", "plug-rom", "quit", "127.0.0.1"}) {
         EXPECT_THAT(help.out, HasSubstr(word));
     }
     const Parsed version = parse({"--version"});

@@ -32,8 +32,8 @@ protected:
             options.latency = SimulatedLatency::None;
             std::string error;
             m_sims.push_back(SimulatedHub::create(options, m_clock, error));
-            m_hubs.push_back(std::make_unique<VirtualHub>(number, m_sims.back(), m_hosts.at(number - 1),
-                                                          [](const std::string&) {}));
+            m_hubs.push_back(std::make_unique<VirtualHub>(
+                number, m_sims.back(), m_hosts.at(number - 1), [](const std::string&) {}));
             ASSERT_TRUE(m_hubs.back()->start(error)) << error;
         }
     }
@@ -102,8 +102,9 @@ TEST_F(ConsoleTest, EndsTheProgramWhenAskedTo)
 
 TEST_F(ConsoleTest, SaysWhatIsWrongWithALine)
 {
-    for (const char* const line : {"", "   ", "Plug", "plug 0", "plug 3", "plug x", "plug -1", "plug 1x",
-                                   "plug 1 2", "fault", "quit now", "status 99999999999999999999"}) {
+    for (const char* const line :
+         {"", "   ", "Plug", "plug 0", "plug 3", "plug x", "plug -1", "plug 1x", "plug 1 2",
+          "fault", "quit now", "status 99999999999999999999"}) {
         EXPECT_THAT(m_console.answer(line), StartsWith("error: ")) << line;
     }
     EXPECT_FALSE(m_console.quit());

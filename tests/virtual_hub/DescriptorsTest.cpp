@@ -33,8 +33,8 @@ std::string text(const Bytes& descriptor)
 TEST(SuperSpeedDescriptors, DescribeAHubOfUsb3)
 {
     HalfBench bench(HubPort::SuperSpeed);
-    EXPECT_THAT(bench.descriptor(0x0100),
-                ElementsAre(18, 1, 0x00, 0x03, 9, 0, 3, 9, 0x2B, 0x1A, 0x4D, 0x3C, 0x00, 0x01, 1, 2, 3, 1));
+    EXPECT_THAT(bench.descriptor(0x0100), ElementsAre(18, 1, 0x00, 0x03, 9, 0, 3, 9, 0x2B, 0x1A,
+                                                      0x4D, 0x3C, 0x00, 0x01, 1, 2, 3, 1));
 }
 
 TEST(SuperSpeedDescriptors, HaveAnEndpointWithItsCompanion)
@@ -66,8 +66,8 @@ TEST(SuperSpeedDescriptors, DescribeThePorts)
 TEST(HighSpeedDescriptors, DescribeTheCompanionOfAHubOfUsb3)
 {
     HalfBench bench(HubPort::HighSpeed);
-    EXPECT_THAT(bench.descriptor(0x0100),
-                ElementsAre(18, 1, 0x10, 0x02, 9, 0, 1, 64, 0x2B, 0x1A, 0x4E, 0x3C, 0x00, 0x01, 1, 2, 3, 1));
+    EXPECT_THAT(bench.descriptor(0x0100), ElementsAre(18, 1, 0x10, 0x02, 9, 0, 1, 64, 0x2B, 0x1A,
+                                                      0x4E, 0x3C, 0x00, 0x01, 1, 2, 3, 1));
     EXPECT_THAT(bench.descriptor(0x0600), ElementsAre(10, 6, 0x10, 0x02, 9, 0, 0, 64, 1, 0));
 }
 
@@ -86,7 +86,8 @@ TEST(HighSpeedDescriptors, HaveAnEndpointAtBothSpeeds)
 TEST(HighSpeedDescriptors, DescribeThePorts)
 {
     HalfBench bench(HubPort::HighSpeed);
-    EXPECT_THAT(bench.read({0xA0, 6, 0x2900, 0, 71}), ElementsAre(9, 0x29, 4, 0x09, 0, 50, 0, 0, 0xFF));
+    EXPECT_THAT(bench.read({0xA0, 6, 0x2900, 0, 71}),
+                ElementsAre(9, 0x29, 4, 0x09, 0, 50, 0, 0, 0xFF));
     EXPECT_TRUE(bench.stalls({0xA0, 6, 0x2A00, 0, 12}));
 }
 
@@ -104,8 +105,9 @@ TEST_P(EachHalf, TellsItsStringsInUsEnglish)
 {
     EXPECT_THAT(m_bench.descriptor(0x0300), ElementsAre(4, 3, 0x09, 0x04));
     EXPECT_EQ(text(m_bench.descriptor(0x0301)), "Vornadel");
-    EXPECT_EQ(text(m_bench.descriptor(0x0302)),
-              GetParam() == HubPort::SuperSpeed ? "Virtual hub, SuperSpeed" : "Virtual hub, high speed");
+    EXPECT_EQ(text(m_bench.descriptor(0x0302)), GetParam() == HubPort::SuperSpeed
+                                                    ? "Virtual hub, SuperSpeed"
+                                                    : "Virtual hub, high speed");
     EXPECT_EQ(text(m_bench.descriptor(0x0303)), "VIRTUAL3-3C4D3C4E");
     EXPECT_TRUE(m_bench.stalls({0x80, 6, 0x0304, 0x0409, 255}));
 }
@@ -125,7 +127,8 @@ TEST_P(EachHalf, HasOneOfEachDescriptor)
     EXPECT_TRUE(m_bench.stalls({0x80, 6, 0x0A00, 0, 4}));
 }
 
-INSTANTIATE_TEST_SUITE_P(Descriptors, EachHalf, testing::Values(HubPort::SuperSpeed, HubPort::HighSpeed));
+INSTANTIATE_TEST_SUITE_P(Descriptors, EachHalf,
+                         testing::Values(HubPort::SuperSpeed, HubPort::HighSpeed));
 
 TEST(ContainerId, IsTheSameOnBothHalvesAndAnotherOneOnAnotherHub)
 {

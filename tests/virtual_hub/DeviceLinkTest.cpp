@@ -1,10 +1,10 @@
 #include "standins/virtual_hub/DeviceLink.h"
 
+#include "standins/virtual_hub/UrbExchange.h"
 #include "tests/support/VirtualClock.h"
 #include "tests/virtual_hub/Frames.h"
 #include "tests/virtual_hub/HalfBench.h"
 #include "tests/virtual_hub/Peer.h"
-#include "standins/virtual_hub/UrbExchange.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -41,8 +41,9 @@ private:
         return ends;
     }
     explicit DeviceLinkTest(std::array<int, 2> ends)
-        : m_peer(ends[0]), m_link(ends[1], std::make_unique<UrbExchange>(someDevice(HubPort::SuperSpeed)),
-                                  m_clock, [this] { ++m_ended; })
+        : m_peer(ends[0]),
+          m_link(ends[1], std::make_unique<UrbExchange>(someDevice(HubPort::SuperSpeed)), m_clock,
+                 [this] { ++m_ended; })
     {
     }
 };
@@ -115,7 +116,8 @@ TEST(DeviceLinkQueue, CarriesOutNothingMoreOnceTheDeviceLeaves)
 TEST_F(DeviceLinkTest, HangsUpOnlyAfterASilence)
 {
     int sleeps = 0;
-    m_clock.onSleep = [&](Clock::Duration) { // on the link's thread, while it listens for a last word
+    m_clock.onSleep = [&](Clock::Duration) { // on the link's thread, while it listens for a last
+                                             // word
         if (++sleeps <= 3) {
             m_peer.send(frame(statusRequest(static_cast<std::uint32_t>(sleeps))));
         }

@@ -14,8 +14,8 @@
 namespace vornadel::test
 {
 
-/// The files of vhci_hcd for two controllers with three ports of each speed, in a folder of the test's own. Bus 1 and
-/// 3 are the high-speed ones, 2 and 4 the SuperSpeed ones.
+/// The files of vhci_hcd for two controllers with three ports of each speed, in a folder of the
+/// test's own. Bus 1 and 3 are the high-speed ones, 2 and 4 the SuperSpeed ones.
 class FakeSysfs
 {
 public:
@@ -24,7 +24,8 @@ public:
 
     FakeSysfs()
     {
-        std::string name = (std::filesystem::temp_directory_path() / "vornadel-vhci-test-XXXXXX").string();
+        std::string name =
+            (std::filesystem::temp_directory_path() / "vornadel-vhci-test-XXXXXX").string();
         m_root = ::mkdtemp(name.data()) != nullptr ? name : std::string();
         for (unsigned bus = 1; bus <= 2 * kControllers; ++bus) {
             std::filesystem::create_directories(busFolder(bus));
@@ -50,9 +51,15 @@ public:
         writeStatus();
     }
     /// The kernel shows a device in its port, as in ("2-1"), or no longer.
-    void show(const std::string& busId) const { std::filesystem::create_directory(deviceFolder(busId)); }
+    void show(const std::string& busId) const
+    {
+        std::filesystem::create_directory(deviceFolder(busId));
+    }
     void hide(const std::string& busId) const { std::filesystem::remove(deviceFolder(busId)); }
-    bool shows(const std::string& busId) const { return std::filesystem::exists(deviceFolder(busId)); }
+    bool shows(const std::string& busId) const
+    {
+        return std::filesystem::exists(deviceFolder(busId));
+    }
 
     std::string attached() const
     {
@@ -63,7 +70,8 @@ public:
 private:
     std::filesystem::path busFolder(unsigned bus) const
     {
-        return m_root / ("vhci_hcd." + std::to_string((bus - 1) / 2)) / ("usb" + std::to_string(bus));
+        return m_root / ("vhci_hcd." + std::to_string((bus - 1) / 2)) /
+               ("usb" + std::to_string(bus));
     }
     std::filesystem::path deviceFolder(const std::string& busId) const
     {
@@ -74,14 +82,14 @@ private:
         unsigned port = 0;
         for (unsigned controller = 0; controller < kControllers; ++controller) {
             std::ofstream file(
-                m_root /
-                ("vhci_hcd.0/status" + (controller == 0 ? std::string() : "." + std::to_string(controller))));
+                m_root / ("vhci_hcd.0/status" +
+                          (controller == 0 ? std::string() : "." + std::to_string(controller))));
             file << "hub port sta spd dev      sockfd local_busid\n";
             for (const char* const speed : {"hs", "ss"}) {
                 for (unsigned place = 0; place < kPortsOfASpeed; ++place, ++port) {
                     const unsigned state = m_states.count(port) != 0 ? m_states[port] : 4;
-                    file << speed << "  " << std::setfill('0') << std::setw(4) << port << ' ' << std::setw(3)
-                         << state << " 000 00000000 000000 0-0\n";
+                    file << speed << "  " << std::setfill('0') << std::setw(4) << port << ' '
+                         << std::setw(3) << state << " 000 00000000 000000 0-0\n";
                 }
             }
         }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "tests/virtual_hub/Frames.h"
 #include "standins/virtual_hub/HubHalf.h"
+#include "tests/virtual_hub/Frames.h"
 
 #include <cstdint>
 #include <gtest/gtest.h>
@@ -27,7 +27,10 @@ class HalfBench
 public:
     explicit HalfBench(HubPort speed) : half(someDevice(speed)) {}
 
-    TransferResult send(const SetupPacket& setup, const Bytes& out = {}) { return half.control(setup, out); }
+    TransferResult send(const SetupPacket& setup, const Bytes& out = {})
+    {
+        return half.control(setup, out);
+    }
     /// What a request towards the host brings; it must succeed.
     Bytes read(const SetupPacket& setup)
     {
@@ -36,7 +39,10 @@ public:
         EXPECT_EQ(result.moved, result.data.size());
         return result.data;
     }
-    bool accepts(const SetupPacket& setup, const Bytes& out = {}) { return send(setup, out).status == 0; }
+    bool accepts(const SetupPacket& setup, const Bytes& out = {})
+    {
+        return send(setup, out).status == 0;
+    }
     bool stalls(const SetupPacket& setup) { return send(setup).status == -32; }
 
     Bytes descriptor(std::uint16_t typeAndIndex, std::uint16_t length = 0xFFFF)

@@ -1,8 +1,8 @@
 // Whatever comes over a connection: no crash, no endless loop, no heap of memory.
 
+#include "standins/virtual_hub/ServerConversation.h"
 #include "tests/virtual_hub/Frames.h"
 #include "tests/virtual_hub/HalfBench.h"
-#include "standins/virtual_hub/ServerConversation.h"
 
 #include <gtest/gtest.h>
 
@@ -18,7 +18,8 @@ namespace
 
 using Step = Conversation::Step;
 
-/// Every name is a SuperSpeed half, whose vendor requests towards the host bring what was asked for.
+/// Every name is a SuperSpeed half, whose vendor requests towards the host bring what was asked
+/// for.
 class Generous final : public ExportList
 {
 public:
@@ -41,8 +42,8 @@ private:
     }
 };
 
-/// Hands bytes over in pieces as a link does, and holds every promise of a step to account. Returns how many messages
-/// were answered.
+/// Hands bytes over in pieces as a link does, and holds every promise of a step to account. Returns
+/// how many messages were answered.
 unsigned converse(Conversation& talk, const Bytes& bytes, std::mt19937& random)
 {
     unsigned answered = 0;
@@ -91,14 +92,16 @@ Bytes nearlyRight(std::mt19937& random)
     const std::uint32_t length = number(random) % 300;
     const bool in = random() % 2 == 0;
     Submit submit = {number(random), in ? 1U : 0U, number(random) % 3, length, noise(8, random)};
-    submit.setup[0] = static_cast<std::uint8_t>((random() % 4) << 5 | (random() % 4) | (in ? 0x80 : 0));
+    submit.setup[0] =
+        static_cast<std::uint8_t>((random() % 4) << 5 | (random() % 4) | (in ? 0x80 : 0));
     submit.setup[1] = static_cast<std::uint8_t>(random() % 50);
     submit.setup[6] = static_cast<std::uint8_t>(length);
     submit.setup[7] = static_cast<std::uint8_t>(length >> 8);
     if (!in) {
         submit.data = noise(length, random);
     }
-    Bytes bytes = random() % 5 == 0 ? unlinkFrame(number(random), number(random) % 64) : frame(submit);
+    Bytes bytes =
+        random() % 5 == 0 ? unlinkFrame(number(random), number(random) % 64) : frame(submit);
     if (random() % 40 == 0) {
         bytes[random() % bytes.size()] ^= static_cast<std::uint8_t>(1U << random() % 8);
     }

@@ -76,7 +76,8 @@ TEST_P(HubRequests, ResetAPortWithNothingInIt)
     EXPECT_EQ(portStatus(m_bench, 1), before);
 }
 
-INSTANTIATE_TEST_SUITE_P(Halves, HubRequests, testing::Values(HubPort::SuperSpeed, HubPort::HighSpeed));
+INSTANTIATE_TEST_SUITE_P(Halves, HubRequests,
+                         testing::Values(HubPort::SuperSpeed, HubPort::HighSpeed));
 
 /// Which features of 0 to 31 the half lets the host set, or clear.
 std::vector<int> features(HubPort half, std::uint8_t request)

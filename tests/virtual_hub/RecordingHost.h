@@ -82,7 +82,8 @@ private:
     std::string m_refusal;
 };
 
-/// A hub whose flash is in memory alone, set up as on a command line; null, and a failure, when that cannot be done.
+/// A hub whose flash is in memory alone, set up as on a command line; null, and a failure, when
+/// that cannot be done.
 inline std::shared_ptr<SimulatedHub> hubInMemory(const std::string& options, Clock& clock)
 {
     SimulatedHubOptions parsed;

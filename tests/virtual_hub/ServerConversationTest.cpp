@@ -50,11 +50,11 @@ Bytes textField(const std::string& text, std::size_t size)
 }
 
 /// What the protocol tells of a device.
-const Bytes kSuperSpeedRecord = textField("/vornadel-virtual-hub/2-3", 256) + textField("2-3", 32) + word(2) +
-                                word(3) + word(5) +
+const Bytes kSuperSpeedRecord = textField("/vornadel-virtual-hub/2-3", 256) + textField("2-3", 32) +
+                                word(2) + word(3) + word(5) +
                                 Bytes{0x1A, 0x2B, 0x3C, 0x4D, 0x01, 0x00, 9, 0, 3, 0, 1, 1};
-const Bytes kHighSpeedRecord = textField("/vornadel-virtual-hub/1-3", 256) + textField("1-3", 32) + word(1) +
-                               word(3) + word(3) +
+const Bytes kHighSpeedRecord = textField("/vornadel-virtual-hub/1-3", 256) + textField("1-3", 32) +
+                               word(1) + word(3) + word(3) +
                                Bytes{0x1A, 0x2B, 0x3C, 0x4E, 0x01, 0x00, 9, 0, 1, 0, 1, 1};
 const Bytes kHubInterface = {9, 0, 0, 0};
 
@@ -113,7 +113,8 @@ TEST_F(ServerTalk, WaitsForTheWholeQuestion)
 {
     const Bytes whole = importFrame("2-3");
     for (std::size_t size = 0; size < whole.size(); ++size) {
-        EXPECT_EQ(tell({whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)}), Step::Waits)
+        EXPECT_EQ(tell({whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)}),
+                  Step::Waits)
             << size;
         EXPECT_EQ(m_taken, 0U);
         EXPECT_THAT(m_out, IsEmpty());

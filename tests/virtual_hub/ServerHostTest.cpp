@@ -61,7 +61,10 @@ protected:
         m_host.beginDetach(3, half);
         m_host.finishDetach(3, half);
     }
-    std::unique_ptr<Peer> client() const { return std::make_unique<Peer>(Peer::connectTo(m_host.port())); }
+    std::unique_ptr<Peer> client() const
+    {
+        return std::make_unique<Peer>(Peer::connectTo(m_host.port()));
+    }
     /// How many devices a new client sees; the list must be whole and the end of the connection.
     std::uint32_t listed() const
     {
@@ -127,11 +130,12 @@ TEST_F(ServerHostTest, TakesADeviceBackFromAClientThatHangsUp)
     attach(HubPort::SuperSpeed);
     const std::unique_ptr<Peer> first = client();
     ASSERT_EQ(import(*first, "2-3"), 0U);
-    first->send(word(0) +
-                Bytes(44)); // breaks the protocol, so that the server hangs up and the test knows when
+    first->send(word(0) + Bytes(44)); // breaks the protocol, so that the server hangs up and the
+                                      // test knows when
     EXPECT_TRUE(first->hasEnded());
     std::uint32_t status = 2;
-    for (int tried = 0; tried < 1000 && status == 2; ++tried) { // the end is noted just after it is seen
+    for (int tried = 0; tried < 1000 && status == 2; ++tried) { // the end is noted just after it is
+                                                                // seen
         status = import(*client(), "2-3");
     }
     EXPECT_EQ(status, 0U);
@@ -183,7 +187,8 @@ TEST_F(ServerHostTest, ClosesConnectionsBeyondItsMost)
 TEST_F(ServerHostTest, RefusesAClientForWhomThereIsNoFileLeft)
 {
     {
-        const FewFiles few(2); // the client's end and the server's; none to wake the connection up with
+        const FewFiles few(2); // the client's end and the server's; none to wake the connection up
+                               // with
         EXPECT_TRUE(client()->hasEnded());
     }
     EXPECT_EQ(listed(), 0U);

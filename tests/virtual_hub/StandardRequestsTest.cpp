@@ -60,12 +60,14 @@ TEST_P(StandardRequests, AreRefusedWhenUnknown)
     EXPECT_TRUE(m_bench.stalls({0x82, 12, 0, 0x81, 2}));   // for isochronous endpoints
     EXPECT_TRUE(m_bench.stalls({0x00, 7, 0x0100, 0, 18})); // descriptors are not to be set
     EXPECT_TRUE(m_bench.stalls({0x00, 3, 2, 0x0400, 0}));  // test mode
-    EXPECT_TRUE(m_bench.stalls({0x00, 6, 0x0100, 0, 0}));  // the right request in the wrong direction
+    EXPECT_TRUE(m_bench.stalls({0x00, 6, 0x0100, 0, 0}));  // the right request in the wrong
+                                                           // direction
     EXPECT_TRUE(m_bench.stalls({0x21, 9, 0x0200, 0, 0}));  // another class
     EXPECT_TRUE(m_bench.stalls({0xE0, 0, 0, 0, 2}));       // a reserved type
 }
 
-INSTANTIATE_TEST_SUITE_P(Halves, StandardRequests, testing::Values(HubPort::SuperSpeed, HubPort::HighSpeed));
+INSTANTIATE_TEST_SUITE_P(Halves, StandardRequests,
+                         testing::Values(HubPort::SuperSpeed, HubPort::HighSpeed));
 
 TEST(HighSpeedRequests, LetTheHubWakeTheHost)
 {

@@ -13,7 +13,8 @@ namespace
 using Step = Conversation::Step;
 using testing::IsEmpty;
 
-const Bytes kDescriptor = {18, 1, 0x00, 0x03, 9, 0, 3, 9, 0x2B, 0x1A, 0x4D, 0x3C, 0x00, 0x01, 1, 2, 3, 1};
+const Bytes kDescriptor = {18,   1,    0x00, 0x03, 9,    0, 3, 9, 0x2B,
+                           0x1A, 0x4D, 0x3C, 0x00, 0x01, 1, 2, 3, 1};
 
 class Exchange : public testing::Test
 {
@@ -68,9 +69,11 @@ TEST_F(Exchange, NeverSendsMoreThanTheHostHasRoomFor)
 
 TEST_F(Exchange, RefusesASetupPacketThatContradictsTheTransfer)
 {
-    EXPECT_EQ(tell(Submit{15, 0, 0, 18, {0x80, 6, 0, 1, 0, 0, 18, 0}, Bytes(18)}), answer(15, -32, 0));
+    EXPECT_EQ(tell(Submit{15, 0, 0, 18, {0x80, 6, 0, 1, 0, 0, 18, 0}, Bytes(18)}),
+              answer(15, -32, 0));
     EXPECT_EQ(tell(Submit{16, 1, 0, 6, {0x00, 48, 0, 0, 0, 0, 6, 0}}), answer(16, -32, 0));
-    EXPECT_EQ(tell(Submit{17, 0, 0, 3, {0x00, 48, 0, 0, 0, 0, 6, 0}, Bytes(3)}), answer(17, -32, 0));
+    EXPECT_EQ(tell(Submit{17, 0, 0, 3, {0x00, 48, 0, 0, 0, 0, 6, 0}, Bytes(3)}),
+              answer(17, -32, 0));
 }
 
 TEST_F(Exchange, KeepsATransferOnTheStatusEndpointPending)

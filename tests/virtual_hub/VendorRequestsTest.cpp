@@ -1,9 +1,9 @@
 #include "standins/sim/DemoImage.h"
+#include "standins/virtual_hub/UrbExchange.h"
+#include "standins/virtual_hub/VirtualHub.h"
 #include "tests/support/VirtualClock.h"
 #include "tests/virtual_hub/Frames.h"
 #include "tests/virtual_hub/RecordingHost.h"
-#include "standins/virtual_hub/UrbExchange.h"
-#include "standins/virtual_hub/VirtualHub.h"
 
 #include <gmock/gmock.h>
 
@@ -49,7 +49,8 @@ protected:
     {
         return tell({2, 1, 0, size, setup(0xC0, 0xD8, address, size)});
     }
-    static Bytes setup(std::uint8_t type, std::uint8_t request, std::uint32_t address, std::uint32_t size)
+    static Bytes setup(std::uint8_t type, std::uint8_t request, std::uint32_t address,
+                       std::uint32_t size)
     {
         const auto byte = [](std::uint32_t value) { return static_cast<std::uint8_t>(value); };
         return {type,
@@ -99,7 +100,8 @@ TEST_F(VendorRequests, StallWhenTheHubRefuses)
     plugIn("latency=none");
     EXPECT_EQ(read(0, 16), answer(2, -32, 0)); // not while flash code runs
     EXPECT_EQ(tell({3, 0, 0, 0, {0x40, 0x55, 0, 0, 0, 0, 0, 0}}), answer(3, -32, 0));
-    EXPECT_EQ(tell({4, 0, 0, 0, {0x41, 0x02, 1, 0, 0, 0, 0, 0}}), answer(4, -32, 0)); // another recipient
+    EXPECT_EQ(tell({4, 0, 0, 0, {0x41, 0x02, 1, 0, 0, 0, 0, 0}}), answer(4, -32, 0)); // another
+                                                                                      // recipient
 }
 
 TEST_F(VendorRequests, TellHowMuchATornWriteMoved)
@@ -127,7 +129,9 @@ TEST_F(VendorRequests, RestartTheHubWithSuccess)
 {
     plugIn("latency=none");
     EXPECT_EQ(tell({6, 0, 0, 0, setup(0x40, 0x00, 0, 0)}), answer(6, 0, 0));
-    EXPECT_EQ(tell({7, 1, 0, 32, {0xC0, 0x09, 0, 0, 0, 0, 32, 0}}), answer(7, -108, 0)); // that stay is over
+    EXPECT_EQ(tell({7, 1, 0, 32, {0xC0, 0x09, 0, 0, 0, 0, 32, 0}}), answer(7, -108, 0)); // that
+                                                                                         // stay is
+                                                                                         // over
     m_hub->settle();
     UrbExchange next(m_host.device(HubPort::SuperSpeed));
     Bytes out;

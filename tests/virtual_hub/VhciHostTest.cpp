@@ -23,13 +23,15 @@ namespace
 
 using namespace std::chrono_literals;
 
-/// A kernel that takes sockets over and shows a device in sysfs until the socket is closed at the other end.
+/// A kernel that takes sockets over and shows a device in sysfs until the socket is closed at the
+/// other end.
 class FakeKernel final : public VhciPorts
 {
 public:
     explicit FakeKernel(FakeSysfs& sysfs) : VhciPorts(sysfs.root()), m_sysfs(sysfs) {}
 
-    Attach attach(const Port& port, int socket, std::uint32_t device, std::string& error) const override
+    Attach attach(const Port& port, int socket, std::uint32_t device,
+                  std::string& error) const override
     {
         if (refusal) {
             error = "refused";
@@ -135,7 +137,8 @@ TEST_F(VhciHostTest, WaitsUntilThePortCanBeTakenAgain)
     ASSERT_TRUE(attach(1, HubPort::SuperSpeed));
     ASSERT_TRUE(attach(1, HubPort::HighSpeed));
     int looks = 0;
-    m_clock.onSleep = [&](Clock::Duration pause) { // the device leaves a little before the port is free
+    m_clock.onSleep = [&](Clock::Duration pause) { // the device leaves a little before the port is
+                                                   // free
         if (pause != DeviceLink::kSilence && ++looks == 5) {
             m_sysfs.hide("1-1");
         } else if (looks == 10) {
@@ -201,7 +204,8 @@ TEST_F(VhciHostTest, LeavesAloneAPlaceOfWhichHalfIsTaken)
             VirtualDevice device = someDevice(first);
             EXPECT_TRUE(host.attach(device, m_error));
             sysfs.setState(taken, 4); // free again, but too late
-            device = someDevice(first == HubPort::SuperSpeed ? HubPort::HighSpeed : HubPort::SuperSpeed);
+            device =
+                someDevice(first == HubPort::SuperSpeed ? HubPort::HighSpeed : HubPort::SuperSpeed);
             EXPECT_TRUE(host.attach(device, m_error));
             EXPECT_EQ(host.busId(3, HubPort::SuperSpeed), "2-2");
             EXPECT_EQ(host.busId(3, HubPort::HighSpeed), "1-2");

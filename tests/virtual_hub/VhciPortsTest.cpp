@@ -91,7 +91,8 @@ TEST_F(VhciPortsTest, SayWhenTheModuleIsMissing)
 TEST_F(VhciPortsTest, SayWhenTheRightsAreMissing)
 {
     using std::filesystem::perms;
-    std::filesystem::permissions(m_sysfs.root(), perms::owner_all | perms::others_read | perms::others_exec);
+    std::filesystem::permissions(m_sysfs.root(),
+                                 perms::owner_all | perms::others_read | perms::others_exec);
     std::filesystem::permissions(m_sysfs.root() / "vhci_hcd.0/attach",
                                  perms::owner_read | perms::others_read);
     const bool root = geteuid() == 0; // whom no permission of a file stops

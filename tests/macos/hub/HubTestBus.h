@@ -18,8 +18,8 @@
 namespace vornadel::test
 {
 
-/// The bus that the hub's tests work on, as ScriptedBus is one: with IOKit's back end between the script and the hub room.
-/// What happens on it is read off the platform's calls.
+/// The bus that the hub's tests work on, as ScriptedBus is one: with IOKit's back end between the
+/// script and the hub room. What happens on it is read off the platform's calls.
 class HubTestBus final : public UsbBus
 {
 public:
@@ -67,7 +67,8 @@ public:
         if (m_onSearch) {
             m_onSearch();
         }
-        const std::lock_guard lock(m_searching); // another search would exchange the devices under this one
+        const std::lock_guard lock(m_searching); // another search would exchange the devices under
+                                                 // this one
         m_mac.use();
         m_mac.matchingResult = givesList ? kIOReturnSuccess : kIOReturnError;
         std::vector<MacDevice> devices;

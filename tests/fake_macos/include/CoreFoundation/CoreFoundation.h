@@ -1,6 +1,6 @@
-// What the macOS back end uses of Core Foundation, for systems without it. Names, types and values are the platform's;
-// platform/macos/Contract.cpp holds them against the platform's own headers on a Mac. The functions work on the machine
-// of tests/fake_macos/FakeMacos.h.
+// What the macOS back end uses of Core Foundation, for systems without it. Names, types and values
+// are the platform's; platform/macos/Contract.cpp holds them against the platform's own headers on
+// a Mac. The functions work on the machine of tests/fake_macos/FakeMacos.h.
 
 #pragma once
 
@@ -53,15 +53,17 @@ void CFRelease(CFTypeRef object);
 
 CFBundleRef CFBundleGetMainBundle();
 CFURLRef CFBundleCopyBundleURL(CFBundleRef bundle);
-Boolean CFURLGetFileSystemRepresentation(CFURLRef url, Boolean absolute, UInt8* buffer, CFIndex size);
+Boolean CFURLGetFileSystemRepresentation(CFURLRef url, Boolean absolute, UInt8* buffer,
+                                         CFIndex size);
 
 CFRunLoopRef CFRunLoopGetCurrent();
 void CFRunLoopAddSource(CFRunLoopRef runLoop, CFRunLoopSourceRef source, CFRunLoopMode mode);
 
-CFUUIDRef CFUUIDGetConstantUUIDWithBytes(CFAllocatorRef allocator, UInt8 byte0, UInt8 byte1, UInt8 byte2,
-                                         UInt8 byte3, UInt8 byte4, UInt8 byte5, UInt8 byte6, UInt8 byte7,
-                                         UInt8 byte8, UInt8 byte9, UInt8 byte10, UInt8 byte11, UInt8 byte12,
-                                         UInt8 byte13, UInt8 byte14, UInt8 byte15);
+CFUUIDRef CFUUIDGetConstantUUIDWithBytes(CFAllocatorRef allocator, UInt8 byte0, UInt8 byte1,
+                                         UInt8 byte2, UInt8 byte3, UInt8 byte4, UInt8 byte5,
+                                         UInt8 byte6, UInt8 byte7, UInt8 byte8, UInt8 byte9,
+                                         UInt8 byte10, UInt8 byte11, UInt8 byte12, UInt8 byte13,
+                                         UInt8 byte14, UInt8 byte15);
 CFUUIDBytes CFUUIDGetUUIDBytes(CFUUIDRef uuid);
 
 } // extern "C"

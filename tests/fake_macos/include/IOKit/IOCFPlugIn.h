@@ -22,10 +22,12 @@ struct IOCFPlugInInterface {
     IOReturn (*Stop)(void* self);
 };
 
-#define kIOCFPlugInInterfaceID                                                                               \
-    CFUUIDGetConstantUUIDWithBytes(nullptr, 0xC2, 0x44, 0xE8, 0x58, 0x10, 0x9C, 0x11, 0xD4, 0x91, 0xD4,      \
-                                   0x00, 0x50, 0xE4, 0xC6, 0x42, 0x6F)
+#define kIOCFPlugInInterfaceID                                                                     \
+    CFUUIDGetConstantUUIDWithBytes(nullptr, 0xC2, 0x44, 0xE8, 0x58, 0x10, 0x9C, 0x11, 0xD4, 0x91,  \
+                                   0xD4, 0x00, 0x50, 0xE4, 0xC6, 0x42, 0x6F)
 
-extern "C" kern_return_t IOCreatePlugInInterfaceForService(io_service_t service, CFUUIDRef pluginType,
+extern "C" kern_return_t IOCreatePlugInInterfaceForService(io_service_t service,
+                                                           CFUUIDRef pluginType,
                                                            CFUUIDRef interfaceType,
-                                                           IOCFPlugInInterface*** interface, SInt32* score);
+                                                           IOCFPlugInInterface*** interface,
+                                                           SInt32* score);

@@ -41,8 +41,10 @@ kern_return_t IOObjectRelease(io_object_t object);
 
 IONotificationPortRef IONotificationPortCreate(mach_port_t port);
 CFRunLoopSourceRef IONotificationPortGetRunLoopSource(IONotificationPortRef notify);
-kern_return_t IOServiceAddMatchingNotification(IONotificationPortRef notify, const char* notificationType,
-                                               CFDictionaryRef matching, IOServiceMatchingCallback callback,
-                                               void* reference, io_iterator_t* notification);
+kern_return_t IOServiceAddMatchingNotification(IONotificationPortRef notify,
+                                               const char* notificationType,
+                                               CFDictionaryRef matching,
+                                               IOServiceMatchingCallback callback, void* reference,
+                                               io_iterator_t* notification);
 
 } // extern "C"

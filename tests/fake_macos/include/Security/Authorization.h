@@ -27,11 +27,13 @@ enum : AuthorizationFlags { kAuthorizationFlagDefaults = 0 };
 
 extern "C" {
 
-OSStatus AuthorizationCreate(const AuthorizationRights* rights, const AuthorizationEnvironment* environment,
-                             AuthorizationFlags flags, AuthorizationRef* authorization);
+OSStatus AuthorizationCreate(const AuthorizationRights* rights,
+                             const AuthorizationEnvironment* environment, AuthorizationFlags flags,
+                             AuthorizationRef* authorization);
 OSStatus AuthorizationFree(AuthorizationRef authorization, AuthorizationFlags flags);
 [[deprecated]] OSStatus AuthorizationExecuteWithPrivileges(AuthorizationRef authorization,
-                                                           const char* pathToTool, AuthorizationFlags options,
+                                                           const char* pathToTool,
+                                                           AuthorizationFlags options,
                                                            char* const* arguments,
                                                            std::FILE** communicationsPipe);
 

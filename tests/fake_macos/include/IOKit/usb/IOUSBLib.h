@@ -1,5 +1,5 @@
-// The user client of a USB device; see CoreFoundation.h. The table has every slot up to the last that is used, for a slot
-// is known by its place alone.
+// The user client of a USB device; see CoreFoundation.h. The table has every slot up to the last
+// that is used, for a slot is known by its place alone.
 
 #pragma once
 
@@ -51,9 +51,9 @@ struct IOUSBDeviceInterface {
     IOReturn (*DeviceRequest)(void* self, IOUSBDevRequest* request);
 };
 
-#define kIOUSBDeviceUserClientTypeID                                                                         \
-    CFUUIDGetConstantUUIDWithBytes(nullptr, 0x9D, 0xC7, 0xB7, 0x80, 0x9E, 0xC0, 0x11, 0xD4, 0xA5, 0x4F,      \
-                                   0x00, 0x0A, 0x27, 0x05, 0x28, 0x61)
-#define kIOUSBDeviceInterfaceID                                                                              \
-    CFUUIDGetConstantUUIDWithBytes(nullptr, 0x5C, 0x81, 0x87, 0xD0, 0x9E, 0xF3, 0x11, 0xD4, 0x8B, 0x45,      \
-                                   0x00, 0x0A, 0x27, 0x05, 0x28, 0x61)
+#define kIOUSBDeviceUserClientTypeID                                                               \
+    CFUUIDGetConstantUUIDWithBytes(nullptr, 0x9D, 0xC7, 0xB7, 0x80, 0x9E, 0xC0, 0x11, 0xD4, 0xA5,  \
+                                   0x4F, 0x00, 0x0A, 0x27, 0x05, 0x28, 0x61)
+#define kIOUSBDeviceInterfaceID                                                                    \
+    CFUUIDGetConstantUUIDWithBytes(nullptr, 0x5C, 0x81, 0x87, 0xD0, 0x9E, 0xF3, 0x11, 0xD4, 0x8B,  \
+                                   0x45, 0x00, 0x0A, 0x27, 0x05, 0x28, 0x61)
