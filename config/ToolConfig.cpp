@@ -86,6 +86,7 @@ ToolConfig readToolConfig(const std::string& path)
     config.appTitle = textOf(entries, "DumpTool Config:AppTitle", "Vornadel");
     config.isScalarMode = numberOf(entries, "DumpTool Config:ScalarMode");
     config.fwbinPath = textOf(entries, "DumpTool Config:FwBin", "");
+    HubMakerVid = static_cast<std::uint16_t>(numberOf(entries, "DumpTool Config:HubMakerVid"));
     fillSupportedIds(entries);
     return config;
 }

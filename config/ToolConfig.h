@@ -22,8 +22,9 @@ struct ToolConfig {
 /// 64 triples with a comment each take a tenth of this.
 inline constexpr std::uintmax_t kLargestConfigFile = 64UL * 1024UL;
 
-/// Reads config.ini and fills `SupportedIdList` from its section "Support Vid Pid". A file that is
-/// missing, unreadable or no INI file gives the defaults and an empty list; nothing here fails.
+/// Reads config.ini, fills `SupportedIdList` from its section "Support Vid Pid" and `HubMakerVid`
+/// from "DumpTool Config:HubMakerVid". A file that is missing, unreadable or no INI file gives the
+/// defaults, an empty list and no maker's id; nothing here fails.
 ///
 /// Numbers are read with base detection (0x.. hexadecimal, 0.. octal) and keep their low 16 bits; a
 /// triple counts only when all three of its numbers are non-zero then.

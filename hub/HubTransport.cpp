@@ -181,8 +181,9 @@ bool Hub_OpenDevice()
     }
     store(std::move(hub));
     const VendorRequest& greeting = vendorRequest(VendorCommand::OpenTime);
-    Hub_ControlRequest(greeting.bmRequestType, greeting.bRequest, greeting.wValue, greeting.wIndex,
-                       0, nullptr);
+    const std::uint16_t maker = HubMakerVid != 0 ? HubMakerVid : greeting.wIndex;
+    Hub_ControlRequest(greeting.bmRequestType, greeting.bRequest, greeting.wValue, maker, 0,
+                       nullptr);
     return true;
 }
 

@@ -6,6 +6,7 @@ namespace vornadel
 {
 
 std::array<SupportedIdEntry, kSupportedIdCount> SupportedIdList{};
+std::uint16_t HubMakerVid = 0;
 
 bool FindSupportedId(std::uint16_t vendorId, std::uint16_t productId)
 {

@@ -23,6 +23,10 @@ inline constexpr std::size_t kSupportedIdCount = 64;
 /// search and the first flow; only read afterwards, from any thread.
 extern std::array<SupportedIdEntry, kSupportedIdCount> SupportedIdList;
 
+/// The hub maker's vendor id, sent in the open-time request; 0 stands for the one the program was
+/// built with. Written and read as the list is.
+extern std::uint16_t HubMakerVid;
+
 /// Whether a device is a supported hub, at either speed.
 bool FindSupportedId(std::uint16_t vendorId, std::uint16_t productId);
 

@@ -171,6 +171,14 @@ TEST_F(Configuration, FillsOneEntryFromThreeKeys)
     expectCleanRest();
 }
 
+TEST_F(Configuration, NamesTheHubsMakerOnRequest)
+{
+    read("[DumpTool Config]\nHubMakerVid = 0x2345\n");
+    EXPECT_EQ(HubMakerVid, 0x2345);
+    read("[DumpTool Config]\nFwBin = a.bin\n");
+    EXPECT_EQ(HubMakerVid, 0) << "the one that the program was built with";
+}
+
 TEST_F(Configuration, CountsItsKeysInHex)
 {
     ids(*this,

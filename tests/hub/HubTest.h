@@ -34,6 +34,7 @@ public:
         Hub_CloseDevice();
         EXPECT_FALSE(Hub_IsOpen());
         SupportedIdList = {};
+        HubMakerVid = 0;
     }
 
 protected:

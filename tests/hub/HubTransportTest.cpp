@@ -111,6 +111,14 @@ TEST_F(OpenDevice, OpensTheHubAndSendsTheOpenTimeRequest)
     EXPECT_THAT(m_bus.requests(), ElementsAre(kGreeting));
 }
 
+TEST_F(OpenDevice, SendsTheMakersIdThatIsConfigured)
+{
+    HubMakerVid = 0x2345;
+    EXPECT_TRUE(Hub_OpenDevice());
+    EXPECT_THAT(m_bus.requests(),
+                ElementsAre(SeenRequest{{0x40, 0x02, 0x01, 0x00, 0x45, 0x23, 0x00, 0x00}}));
+}
+
 TEST_F(OpenDevice, DoesNotGiveTheDeviceListBack)
 {
     EXPECT_TRUE(Hub_OpenDevice());
