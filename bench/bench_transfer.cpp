@@ -92,9 +92,7 @@ void timeOne(const Read& read, Piece& piece, Series& times)
 int measure(const BareHub& bare)
 {
     const auto readBare = [&](Piece& piece) { return bare.read(piece); };
-    const auto readByLayer = [](Piece& piece) {
-        return Hub_ReadFlash(0, piece.data(), kPiece) == 0;
-    };
+    const auto readByLayer = [](Piece& piece) { return Hub_ReadFlash(0, piece) == 0; };
     Piece bareBytes{};
     Piece layerBytes{};
     Series bareTimes;

@@ -169,8 +169,7 @@ int showHub(std::ostream& out, std::ostream& err)
         return kExitFailure;
     }
     HubStatusBlock status{};
-    const bool read =
-        Hub_ReadStatusBlock(status.data(), static_cast<std::uint16_t>(status.size())) == 0;
+    const bool read = Hub_ReadStatusBlock(status) == 0;
     Hub_CloseDevice();
     if (!read) {
         err << "the hub was opened, but it does not answer\n";

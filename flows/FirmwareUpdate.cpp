@@ -51,16 +51,16 @@ Reason writeAndVerify(const FwImage& image, FlowReporter& reporter)
 
     reporter.appendProgressInfo_Blue("Write Flash...\n");
     if (!forEachPiece(image.size, kPassPercent, progress, reporter,
-                      [&](std::uint32_t address, std::uint16_t length) {
-                          return Hub_WriteFlash(address, bytes + address, length);
+                      [&](std::uint32_t address, std::size_t length) {
+                          return Hub_WriteFlash(address, {bytes + address, length});
                       })) {
         return "Fail to Write Flash\n";
     }
 
     reporter.appendProgressInfo_Blue("Read Flash...\n");
     if (!forEachPiece(image.size, kPassPercent, progress, reporter,
-                      [&](std::uint32_t address, std::uint16_t length) {
-                          return Hub_ReadFlash(address, readBack.get() + address, length);
+                      [&](std::uint32_t address, std::size_t length) {
+                          return Hub_ReadFlash(address, {readBack.get() + address, length});
                       })) {
         return "Fail to Read Flash\n";
     }

@@ -12,8 +12,6 @@ namespace vornadel
 namespace
 {
 
-constexpr std::int32_t kFlashSize = 32768;
-
 /// Percent of the bar that reading the flash fills.
 constexpr double kReadPercent = 80;
 
@@ -31,8 +29,8 @@ Reason readAndRestart(std::vector<std::uint8_t>& bytes, FlowReporter& reporter)
 
     reporter.appendProgressInfo_Blue("Reading Flash...\n");
     if (!forEachPiece(kFlashSize, kReadPercent, progress, reporter,
-                      [&](std::uint32_t address, std::uint16_t length) {
-                          return Hub_ReadFlash(address, bytes.data() + address, length);
+                      [&](std::uint32_t address, std::size_t length) {
+                          return Hub_ReadFlash(address, {bytes.data() + address, length});
                       })) {
         return "Fail to Read Flash\n";
     }

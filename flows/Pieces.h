@@ -1,15 +1,14 @@
 #pragma once
 
 #include "flows/FlowReporter.h"
+#include "hub/FlashGeometry.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 
 namespace vornadel
 {
-
-/// One control transfer carries at most this many bytes.
-inline constexpr std::int32_t kPieceSize = 4096;
 
 /// Goes over `size` bytes of the flash piece by piece, from address 0, and moves `progress` along
 /// by `percent` of the bar in all. `transfer(address, length)` returns a request status; false at
@@ -19,9 +18,8 @@ bool forEachPiece(std::int32_t size, double percent, double& progress, FlowRepor
                   Transfer transfer)
 {
     for (std::int32_t address = 0; address < size;) {
-        const std::int32_t length = std::min(kPieceSize, size - address);
-        if (transfer(static_cast<std::uint32_t>(address), static_cast<std::uint16_t>(length)) !=
-            0) {
+        const std::int32_t length = std::min(std::int32_t{kFlashPiece}, size - address);
+        if (transfer(static_cast<std::uint32_t>(address), static_cast<std::size_t>(length)) != 0) {
             return false;
         }
         address += length;

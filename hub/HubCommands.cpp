@@ -41,26 +41,18 @@ constexpr ModeCommand kModeCommands[] = {
     {0x00, VendorCommand::ModeZero},
 };
 
-std::uint32_t send(VendorCommand command, void* data = nullptr, std::uint16_t length = 0)
+ControlRequest flashRequest(VendorCommand command, std::uint32_t address)
 {
-    const VendorRequest& request = vendorRequest(command);
-    return Hub_ControlRequest(request.bmRequestType, request.bRequest, request.wValue,
-                              request.wIndex, length, data);
-}
-
-std::uint32_t sendToAddress(VendorCommand command, std::uint32_t address, void* data = nullptr,
-                            std::uint16_t length = 0)
-{
-    const VendorRequest& request = vendorRequest(command);
-    return Hub_ControlRequest(request.bmRequestType, request.bRequest,
-                              static_cast<std::uint16_t>(address & 0xFFFF),
-                              static_cast<std::uint16_t>(address >> 16), length, data);
+    ControlRequest request = vendorRequest(command);
+    request.wValue = static_cast<std::uint16_t>(address & 0xFFFF);
+    request.wIndex = static_cast<std::uint16_t>(address >> 16);
+    return request;
 }
 
 bool readWholeBlock(HubStatusBlock& block)
 {
     block = {};
-    return Hub_ReadStatusBlock(block.data(), static_cast<std::uint16_t>(block.size())) == 0;
+    return Hub_ReadStatusBlock(block) == 0;
 }
 
 Clock::Duration reopenPause(std::uint8_t mode)
@@ -93,9 +85,11 @@ std::uint16_t firmwareVersionIn(const HubStatusBlock& block)
 
 bool romCodeRunsBy(const HubStatusBlock& block) { return (block[kFlags] & kNotRomCode) == 0; }
 
-std::uint32_t Hub_ReadStatusBlock(std::uint8_t* buffer, std::uint16_t length)
+std::uint32_t Hub_ReadStatusBlock(std::span<std::uint8_t> buffer)
 {
-    return send(VendorCommand::ReadStatus, buffer, length);
+    ControlRequest request = vendorRequest(VendorCommand::ReadStatus);
+    request.in = buffer;
+    return Hub_ControlRequest(request);
 }
 
 bool Hub_IsRomMode()
@@ -115,7 +109,8 @@ bool Hub_SendModeCommand(std::uint8_t mode)
     const auto* const row =
         std::find_if(std::begin(kModeCommands), std::end(kModeCommands),
                      [mode](const ModeCommand& each) { return each.mode == mode; });
-    const bool sent = row == std::end(kModeCommands) || send(row->command) == 0;
+    const bool sent =
+        row == std::end(kModeCommands) || Hub_ControlRequest(vendorRequest(row->command)) == 0;
     Hub_CloseDevice();
     return sent;
 }
@@ -157,7 +152,7 @@ bool Hub_OpenRomDevice()
 bool Hub_EraseFlash()
 {
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        const bool erased = sendToAddress(VendorCommand::EraseFlash, 0) == 0;
+        const bool erased = Hub_ControlRequest(vendorRequest(VendorCommand::EraseFlash)) == 0;
         Hub_Pause(kAttemptPause);
         if (erased) {
             return true;
@@ -166,16 +161,18 @@ bool Hub_EraseFlash()
     return false;
 }
 
-std::uint32_t Hub_WriteFlash(std::uint32_t address, const std::uint8_t* data, std::uint16_t length)
+std::uint32_t Hub_WriteFlash(std::uint32_t address, std::span<const std::uint8_t> data)
 {
-    // The data of a control request serves both directions; an outgoing one only reads it.
-    return sendToAddress(VendorCommand::WriteFlash, address, const_cast<std::uint8_t*>(data),
-                         length);
+    ControlRequest request = flashRequest(VendorCommand::WriteFlash, address);
+    request.out = data;
+    return Hub_ControlRequest(request);
 }
 
-std::uint32_t Hub_ReadFlash(std::uint32_t address, std::uint8_t* buffer, std::uint16_t length)
+std::uint32_t Hub_ReadFlash(std::uint32_t address, std::span<std::uint8_t> buffer)
 {
-    return sendToAddress(VendorCommand::ReadFlash, address, buffer, length);
+    ControlRequest request = flashRequest(VendorCommand::ReadFlash, address);
+    request.in = buffer;
+    return Hub_ControlRequest(request);
 }
 
 } // namespace vornadel

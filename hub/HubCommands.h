@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 
 namespace vornadel
 {
@@ -28,9 +29,9 @@ bool romCodeRunsBy(const HubStatusBlock& block);
 inline constexpr std::uint8_t HUB_MODE_ROM = 0x21;   ///< restart into the ROM code
 inline constexpr std::uint8_t HUB_MODE_FLASH = 0x22; ///< restart into the firmware in the flash
 
-/// Reads the first `length` bytes of the status block; everyone passes a zeroed HubStatusBlock and
-/// its size.
-std::uint32_t Hub_ReadStatusBlock(std::uint8_t* buffer, std::uint16_t length);
+/// Reads as many bytes of the status block as `buffer` has room for; everyone passes a zeroed
+/// HubStatusBlock.
+std::uint32_t Hub_ReadStatusBlock(std::span<std::uint8_t> buffer);
 
 /// Whether the hub runs its ROM code; false when the status block cannot be read.
 bool Hub_IsRomMode();
@@ -57,10 +58,10 @@ bool Hub_OpenRomDevice();
 /// too.
 bool Hub_EraseFlash();
 
-/// Writes `length` bytes to the flash at a byte address, in one request.
-std::uint32_t Hub_WriteFlash(std::uint32_t address, const std::uint8_t* data, std::uint16_t length);
+/// Writes at most 65535 bytes to the flash at a byte address, in one request.
+std::uint32_t Hub_WriteFlash(std::uint32_t address, std::span<const std::uint8_t> data);
 
-/// Reads `length` bytes of the flash from a byte address, in one request.
-std::uint32_t Hub_ReadFlash(std::uint32_t address, std::uint8_t* buffer, std::uint16_t length);
+/// Fills `buffer`, at most 65535 bytes, from the flash at a byte address, in one request.
+std::uint32_t Hub_ReadFlash(std::uint32_t address, std::span<std::uint8_t> buffer);
 
 } // namespace vornadel

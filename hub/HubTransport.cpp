@@ -180,10 +180,11 @@ bool Hub_OpenDevice()
         return false;
     }
     store(std::move(hub));
-    const VendorRequest& greeting = vendorRequest(VendorCommand::OpenTime);
-    const std::uint16_t maker = HubMakerVid != 0 ? HubMakerVid : greeting.wIndex;
-    Hub_ControlRequest(greeting.bmRequestType, greeting.bRequest, greeting.wValue, maker, 0,
-                       nullptr);
+    ControlRequest openTime = vendorRequest(VendorCommand::OpenTime);
+    if (HubMakerVid != 0) {
+        openTime.wIndex = HubMakerVid;
+    }
+    Hub_ControlRequest(openTime);
     return true;
 }
 
@@ -203,9 +204,7 @@ bool Hub_IsOpen()
     return self.HubDevice != nullptr;
 }
 
-std::uint32_t Hub_ControlRequest(std::uint8_t bmRequestType, std::uint8_t bRequest,
-                                 std::uint16_t wValue, std::uint16_t wIndex, std::uint16_t wLength,
-                                 void* data)
+std::uint32_t Hub_ControlRequest(ControlRequest request)
 {
     UsbDevice* const hub = ownHub();
     if (hub == nullptr) {
@@ -214,7 +213,6 @@ std::uint32_t Hub_ControlRequest(std::uint8_t bmRequestType, std::uint8_t bReque
     if (transport().abandoned) {
         return kHubAbandoned;
     }
-    ControlRequest request{bmRequestType, bRequest, wValue, wIndex, wLength, data};
     return hub->control(request);
 }
 

@@ -43,12 +43,9 @@ void Hub_CloseDevice();
 /// Whether a hub is open, by whichever thread.
 bool Hub_IsOpen();
 
-/// One control transfer on the open hub; the arguments are the setup packet, `data` has `wLength`
-/// bytes. 0 is success, kHubNotOpen and kHubAbandoned never reached the bus, any other value is the
-/// platform's. No retry, no time-out of its own, no LastError.
-std::uint32_t Hub_ControlRequest(std::uint8_t bmRequestType, std::uint8_t bRequest,
-                                 std::uint16_t wValue, std::uint16_t wIndex, std::uint16_t wLength,
-                                 void* data);
+/// One control transfer on the open hub. 0 is success, kHubNotOpen and kHubAbandoned never reached
+/// the bus, any other value is the platform's. No retry, no time-out of its own, no LastError.
+std::uint32_t Hub_ControlRequest(ControlRequest request);
 
 /// Sleeps on the platform's clock.
 void Hub_Pause(Clock::Duration pause);

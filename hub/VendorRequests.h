@@ -1,6 +1,7 @@
 #pragma once
 
-#include <array>
+#include "platform/UsbBus.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -19,20 +20,12 @@ enum class VendorCommand : std::size_t {
     ReadFlash,
 };
 
-/// The fixed half of a setup packet. The flash commands put the address in wValue (bits 0-15) and
-/// wIndex (16-31).
-struct VendorRequest {
-    std::uint8_t bmRequestType; ///< 0x40: to the device, 0xC0: from it; vendor request, recipient
-                                ///< device
-    std::uint8_t bRequest;
-    std::uint16_t wValue;
-    std::uint16_t wIndex;
-};
-
 static_assert(HUB_MAKER_VID >= 0 && HUB_MAKER_VID <= 0xFFFF,
               "HUB_MAKER_VID is a USB vendor id of 16 bits");
 
-inline constexpr std::array<VendorRequest, 8> kVendorRequests{{
+/// bmRequestType, bRequest, wValue and wIndex. 0x40 is a vendor request to the device, 0xC0 one
+/// from it. The flash commands get the address in wValue (bits 0-15) and wIndex (16-31).
+inline constexpr ControlRequest kVendorRequests[] = {
     {0x40, 0x02, 0x0001, HUB_MAKER_VID}, // OpenTime
     {0xC0, 0x09, 0, 0},                  // ReadStatus
     {0x40, 0x00, 0, 0},                  // RestartIntoRom
@@ -41,9 +34,9 @@ inline constexpr std::array<VendorRequest, 8> kVendorRequests{{
     {0x40, 0xE8, 0, 0},                  // EraseFlash
     {0x40, 0xC8, 0, 0},                  // WriteFlash
     {0xC0, 0xD8, 0, 0},                  // ReadFlash
-}};
+};
 
-constexpr const VendorRequest& vendorRequest(VendorCommand command)
+constexpr const ControlRequest& vendorRequest(VendorCommand command)
 {
     return kVendorRequests[static_cast<std::size_t>(command)];
 }

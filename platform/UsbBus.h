@@ -3,21 +3,27 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 
 namespace vornadel
 {
 
-/// One control transfer on the default pipe; the first five fields are the USB setup packet in its
-/// own order. Multi-byte fields are native words here; the back end puts them on the wire
-/// little-endian.
+/// One control transfer on the default pipe. The fields of the USB setup packet are native words
+/// here; the back end puts them on the wire little-endian. A data stage has at most 65535 bytes.
 struct ControlRequest {
-    std::uint8_t bmRequestType = 0;
+    std::uint8_t bmRequestType = 0; ///< bit 7 set: the device sends the data stage
     std::uint8_t bRequest = 0;
     std::uint16_t wValue = 0;
     std::uint16_t wIndex = 0;
-    std::uint16_t wLength = 0;
-    void* data = nullptr;          ///< wLength bytes of the caller's; null when wLength is 0
-    std::uint32_t transferred = 0; ///< bytes moved in the data stage, filled in by the back end
+    std::span<const std::uint8_t> out{}; ///< data stage to the device
+    std::span<std::uint8_t> in{};        ///< room for the data stage from the device
+    std::uint32_t transferred = 0;       ///< bytes moved in the data stage, set by the back end
+
+    bool fromDevice() const { return (bmRequestType & 0x80) != 0; }
+    std::uint16_t wLength() const
+    {
+        return static_cast<std::uint16_t>(fromDevice() ? in.size() : out.size());
+    }
 };
 
 /// One attached USB device, as the platform lists it. Not thread-safe: one owner, one call at a

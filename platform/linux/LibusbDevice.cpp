@@ -11,6 +11,7 @@
 #include <sys/file.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace vornadel
 {
@@ -130,15 +131,17 @@ std::uint32_t LibusbDevice::control(ControlRequest& request)
     if (m_handle == nullptr) {
         return static_cast<std::uint32_t>(LIBUSB_ERROR_NO_DEVICE);
     }
-    const int result =
-        libusb_control_transfer(m_handle, request.bmRequestType, request.bRequest, request.wValue,
-                                request.wIndex, static_cast<unsigned char*>(request.data),
-                                request.wLength, static_cast<unsigned>(m_timeout.count()));
+    // libusb wants a buffer that can be written in both directions.
+    std::vector<std::uint8_t> copyOfOut(request.out.begin(), request.out.end());
+    const int result = libusb_control_transfer(
+        m_handle, request.bmRequestType, request.bRequest, request.wValue, request.wIndex,
+        request.fromDevice() ? request.in.data() : copyOfOut.data(), request.wLength(),
+        static_cast<unsigned>(m_timeout.count()));
     if (result < 0) {
         return static_cast<std::uint32_t>(result);
     }
     request.transferred = static_cast<std::uint32_t>(result);
-    return request.transferred == request.wLength ? 0 : kShortTransfer;
+    return request.transferred == request.wLength() ? 0 : kShortTransfer;
 }
 
 void LibusbDevice::close()

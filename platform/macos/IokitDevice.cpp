@@ -1,5 +1,7 @@
 #include "platform/macos/IokitDevice.h"
 
+#include <vector>
+
 namespace vornadel
 {
 
@@ -31,13 +33,15 @@ bool IokitDevice::open()
 
 std::uint32_t IokitDevice::control(ControlRequest& request)
 {
+    // IOKit wants a buffer that can be written in both directions.
+    std::vector<std::uint8_t> copyOfOut(request.out.begin(), request.out.end());
     IOUSBDevRequest transfer{};
     transfer.bmRequestType = request.bmRequestType;
     transfer.bRequest = request.bRequest;
     transfer.wValue = request.wValue;
     transfer.wIndex = request.wIndex;
-    transfer.wLength = request.wLength;
-    transfer.pData = request.data;
+    transfer.wLength = request.wLength();
+    transfer.pData = request.fromDevice() ? request.in.data() : copyOfOut.data();
     const IOReturn status = (*m_interface)->DeviceRequest(m_interface, &transfer);
     request.transferred = transfer.wLenDone;
     return static_cast<std::uint32_t>(status);

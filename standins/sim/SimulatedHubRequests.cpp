@@ -56,7 +56,7 @@ const SimulatedHub::RequestRow* SimulatedHub::findRow(const ControlRequest& requ
                candidate.bRequest == request.bRequest &&
                matches(candidate.wValue, request.wValue) &&
                matches(candidate.wIndex, request.wIndex) &&
-               matches(candidate.wLength, request.wLength);
+               matches(candidate.wLength, request.wLength());
     });
     return row == kRows.end() ? nullptr : row;
 }
@@ -117,9 +117,9 @@ SimulatedHub::Outcome SimulatedHub::perform(const RequestRow* row, ControlReques
     if (effects.stall) {
         // nothing moves
     } else if (effects.ignore) {
-        request.transferred = request.wLength;
+        request.transferred = request.wLength();
         outcome.status = 0;
-    } else if (accepts(row) && (request.wLength == 0 || request.data != nullptr)) {
+    } else if (accepts(row)) {
         outcome = (this->*row->perform)(request, effects);
     }
     if (effects.vanishAfter) {
@@ -146,10 +146,10 @@ SimulatedHub::Outcome SimulatedHub::readStatus(ControlRequest& request,
     block[13] = m_restartSpeed;
     block[15] = m_code == HubCode::Flash ? 0x02 : 0x00;
 
-    const std::size_t count = std::min<std::size_t>(request.wLength, block.size());
-    std::copy_n(block.begin(), count, static_cast<std::uint8_t*>(request.data));
+    const std::size_t count = std::min<std::size_t>(request.wLength(), block.size());
+    std::copy_n(block.begin(), count, request.in.begin());
     request.transferred = static_cast<std::uint32_t>(count);
-    return {count == request.wLength ? 0 : kSimulatedShort, {}};
+    return {count == request.wLength() ? 0 : kSimulatedShort, {}};
 }
 
 SimulatedHub::Outcome SimulatedHub::restartIntoRom(ControlRequest& /*request*/,
@@ -181,12 +181,10 @@ SimulatedHub::Outcome SimulatedHub::writeFlash(ControlRequest& request,
                                                const RequestEffects& effects)
 {
     const std::uint32_t address = addressOf(request);
-    if (!NorFlash::covers(address, request.wLength)) {
+    if (!NorFlash::covers(address, request.wLength())) {
         return {kSimulatedStall, {}};
     }
-    const std::span<const std::uint8_t> given(static_cast<const std::uint8_t*>(request.data),
-                                              request.wLength);
-    std::vector<std::uint8_t> data(given.begin(), given.end());
+    std::vector<std::uint8_t> data(request.out.begin(), request.out.end());
     if (effects.flip && !data.empty()) {
         data[data.size() / 2] ^= 0x01;
     }
@@ -204,16 +202,15 @@ SimulatedHub::Outcome SimulatedHub::readFlash(ControlRequest& request,
                                               const RequestEffects& effects)
 {
     const std::uint32_t address = addressOf(request);
-    if (!NorFlash::covers(address, request.wLength)) {
+    if (!NorFlash::covers(address, request.wLength())) {
         return {kSimulatedStall, {}};
     }
-    const std::span<const std::uint8_t> range = m_flash.read(address, request.wLength);
-    const std::span<std::uint8_t> buffer(static_cast<std::uint8_t*>(request.data), range.size());
-    std::copy(range.begin(), range.end(), buffer.begin());
-    if (effects.flip && !buffer.empty()) {
-        buffer[buffer.size() / 2] ^= 0x02; // not the bit of a flipped write, which it would hide
+    const std::span<const std::uint8_t> range = m_flash.read(address, request.wLength());
+    std::copy(range.begin(), range.end(), request.in.begin());
+    if (effects.flip && !range.empty()) {
+        request.in[range.size() / 2] ^= 0x02; // not the bit of a flipped write, which it would hide
     }
-    request.transferred = request.wLength;
+    request.transferred = request.wLength();
     return {};
 }
 
@@ -226,7 +223,7 @@ Clock::Duration SimulatedHub::effortOf(RequestKind kind, const ControlRequest& r
         return kEraseTime;
     }
     if (kind == RequestKind::Write) {
-        return kProgramTime * ((request.wLength + kProgramUnit - 1) / kProgramUnit);
+        return kProgramTime * ((request.wLength() + kProgramUnit - 1) / kProgramUnit);
     }
     return Clock::Duration(0);
 }

@@ -164,9 +164,12 @@ TransferResult HubHalf::vendor(const SetupPacket& setup, ByteView out)
     if (!in) {
         std::copy_n(out.begin(), std::min(out.size(), stage.size()), stage.begin());
     }
-    ControlRequest request = {setup.bmRequestType, setup.bRequest,
-                              setup.wValue,        setup.wIndex,
-                              setup.wLength,       stage.empty() ? nullptr : stage.data()};
+    ControlRequest request = {setup.bmRequestType, setup.bRequest, setup.wValue, setup.wIndex};
+    if (in) {
+        request.in = stage;
+    } else {
+        request.out = stage;
+    }
     const std::uint32_t status = m_device.vendorRequest(request);
     TransferResult result;
     result.moved = std::min<std::uint32_t>(request.transferred, setup.wLength);

@@ -169,14 +169,13 @@ TEST_F(FirmwareUpdate, SplitsAddressesBeyond64KiBIntoTwoWords)
     bus.attached = {{0x1209, 0x0001}};
     std::vector<std::uint8_t> flash(0x11000);
     bus.onControl([&](ControlRequest& request) {
-        auto* data = static_cast<std::uint8_t*>(request.data);
         const std::size_t address = request.wIndex * std::size_t{0x10000} + request.wValue;
         if (request.bRequest == 0xC8) {
-            std::copy_n(data, request.wLength,
-                        flash.begin() + static_cast<std::ptrdiff_t>(address));
+            std::copy(request.out.begin(), request.out.end(),
+                      flash.begin() + static_cast<std::ptrdiff_t>(address));
         } else if (request.bRequest == 0xD8) {
-            std::copy_n(flash.begin() + static_cast<std::ptrdiff_t>(address), request.wLength,
-                        data);
+            std::copy_n(flash.begin() + static_cast<std::ptrdiff_t>(address), request.in.size(),
+                        request.in.begin());
         }
         return 0U;
     });

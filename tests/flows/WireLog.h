@@ -32,12 +32,12 @@ inline void PrintTo(const WireRequest& request, std::ostream* stream)
 inline void keepRequests(SimulatedHub& hub, std::vector<WireRequest>& wire)
 {
     hub.onRequest = [&wire](const ControlRequest& request) {
-        const auto* data = static_cast<const std::uint8_t*>(request.data);
-        const bool out = (request.bmRequestType & 0x80) == 0 && data != nullptr;
-        wire.push_back({request.bmRequestType, request.bRequest, request.wValue, request.wIndex,
-                        request.wLength,
-                        out ? std::vector<std::uint8_t>(data, data + request.wLength)
-                            : std::vector<std::uint8_t>()});
+        wire.push_back({request.bmRequestType,
+                        request.bRequest,
+                        request.wValue,
+                        request.wIndex,
+                        request.wLength(),
+                        {request.out.begin(), request.out.end()}});
     };
 }
 

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstring>
 #include <deque>
 #include <numeric>
 #include <vector>
@@ -71,14 +70,12 @@ private:
         case 0x02:
             return 0;
         case 0x09:
-            std::memcpy(request.data, m_status.data(),
-                        std::min<std::size_t>(request.wLength, m_status.size()));
+            std::copy_n(m_status.begin(), std::min(request.in.size(), m_status.size()),
+                        request.in.begin());
             return nextOf(m_readResults);
-        case 0xD8: {
-            auto* data = static_cast<std::uint8_t*>(request.data);
-            std::iota(data, data + request.wLength, std::uint8_t{1});
+        case 0xD8:
+            std::iota(request.in.begin(), request.in.end(), std::uint8_t{1});
             return nextOf(m_commandResults);
-        }
         case 0x00:
             if (m_restartEndsInRom) {
                 runRomCode();

@@ -34,7 +34,7 @@ TEST_F(StatusBlock, IsReadWithOneRequestOfItsLength)
     open();
     m_status[7] = 0x77;
     HubStatusBlock block{};
-    EXPECT_EQ(Hub_ReadStatusBlock(block.data(), 32), 0U);
+    EXPECT_EQ(Hub_ReadStatusBlock(block), 0U);
     EXPECT_EQ(block, m_status);
     EXPECT_THAT(m_bus.requests(), ElementsAre(kReadStatus));
 }
@@ -159,7 +159,7 @@ TEST_F(FlashTransfers, SplitTheAddressOfAWriteIntoTwoWords)
 {
     open();
     const std::array<std::uint8_t, 3> data{0xAA, 0xBB, 0xCC};
-    EXPECT_EQ(Hub_WriteFlash(0x89AB4567, data.data(), 3), 0U);
+    EXPECT_EQ(Hub_WriteFlash(0x89AB4567, data), 0U);
     EXPECT_THAT(m_bus.requests(),
                 ElementsAre(SeenRequest{{0x40, 0xC8, 0x67, 0x45, 0xAB, 0x89, 0x03, 0x00},
                                         {0xAA, 0xBB, 0xCC}}));
@@ -169,7 +169,7 @@ TEST_F(FlashTransfers, SplitTheAddressOfAReadIntoTwoWords)
 {
     open();
     std::array<std::uint8_t, 4> data{};
-    EXPECT_EQ(Hub_ReadFlash(0x00012345, data.data(), 4), 0U);
+    EXPECT_EQ(Hub_ReadFlash(0x00012345, data), 0U);
     EXPECT_EQ(data, (std::array<std::uint8_t, 4>{1, 2, 3, 4}));
     EXPECT_THAT(m_bus.requests(),
                 ElementsAre(SeenRequest{{0xC0, 0xD8, 0x45, 0x23, 0x01, 0x00, 0x04, 0x00}}));
@@ -184,7 +184,7 @@ TEST_F(FlashTransfers, WriteAWholeImageWithAShorterLastPiece)
     while (address < image.size()) {
         const auto piece =
             static_cast<std::uint16_t>(std::min<std::size_t>(4096, image.size() - address));
-        EXPECT_EQ(Hub_WriteFlash(address, image.data() + address, piece), 0U);
+        EXPECT_EQ(Hub_WriteFlash(address, {image.data() + address, piece}), 0U);
         address += piece;
     }
     const std::vector<SeenRequest> seen = m_bus.requests();
@@ -198,7 +198,7 @@ TEST_F(FlashTransfers, MoveTheMostThatALengthCanSay)
 {
     open();
     std::vector<std::uint8_t> image(0xFFFF, 0x5A);
-    EXPECT_EQ(Hub_WriteFlash(0xFFFFFFFF, image.data(), 0xFFFF), 0U);
+    EXPECT_EQ(Hub_WriteFlash(0xFFFFFFFF, image), 0U);
     const std::vector<SeenRequest> seen = m_bus.requests();
     ASSERT_THAT(seen, SizeIs(1));
     EXPECT_THAT(seen[0].setup, ElementsAre(0x40, 0xC8, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF));
@@ -210,13 +210,13 @@ TEST_F(FlashTransfers, ReturnTheStatusWithoutRetryOrPause)
     open();
     m_commandResults = {kStalled, 0xE0004051};
     std::array<std::uint8_t, 4> data{};
-    EXPECT_EQ(Hub_WriteFlash(0, data.data(), 4), kStalled);
-    EXPECT_EQ(Hub_ReadFlash(0, data.data(), 4), 0xE0004051U);
+    EXPECT_EQ(Hub_WriteFlash(0, data), kStalled);
+    EXPECT_EQ(Hub_ReadFlash(0, data), 0xE0004051U);
     EXPECT_THAT(m_bus.requests(), SizeIs(2));
     EXPECT_THAT(m_clock.pauses(), IsEmpty());
     Hub_CloseDevice();
-    EXPECT_EQ(Hub_WriteFlash(0, data.data(), 4), 0xE00002F0U);
-    EXPECT_EQ(Hub_ReadFlash(0, data.data(), 4), 0xE00002F0U);
+    EXPECT_EQ(Hub_WriteFlash(0, data), 0xE00002F0U);
+    EXPECT_EQ(Hub_ReadFlash(0, data), 0xE00002F0U);
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 #include "hub/HubDetection.h"
 #include "tests/hub/HubTest.h"
 
-#include <cstring>
+#include <algorithm>
 
 namespace vornadel::test
 {
@@ -19,10 +19,9 @@ protected:
     {
         m_bus.onControl([=](ControlRequest& request) {
             if (request.bRequest == 0x09) {
-                auto* block = static_cast<std::uint8_t*>(request.data);
-                std::memset(block, 0xEE, request.wLength);
-                block[10] = static_cast<std::uint8_t>(version >> 8);
-                block[11] = static_cast<std::uint8_t>(version & 0xFF);
+                std::fill(request.in.begin(), request.in.end(), std::uint8_t{0xEE});
+                request.in[10] = static_cast<std::uint8_t>(version >> 8);
+                request.in[11] = static_cast<std::uint8_t>(version & 0xFF);
                 return status;
             }
             return 0U;

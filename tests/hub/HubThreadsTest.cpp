@@ -20,7 +20,7 @@ protected:
         EXPECT_FALSE(Hub_OpenDevice());
         EXPECT_EQ(LastError, 5);
         Hub_CloseDevice();
-        EXPECT_EQ(Hub_ControlRequest(0x40, 0xE8, 0, 0, 0, nullptr), 0xE00002F0U);
+        EXPECT_EQ(Hub_ControlRequest({0x40, 0xE8}), 0xE00002F0U);
     }
 };
 
@@ -33,7 +33,7 @@ TEST_F(HubThreads, FindTheHubBusyWhileAnotherHasItOpen)
     });
     EXPECT_TRUE(Hub_IsOpen());
     EXPECT_THAT(m_bus.events(), IsEmpty());
-    EXPECT_EQ(Hub_ControlRequest(0x40, 0xE8, 0, 0, 0, nullptr), 0U);
+    EXPECT_EQ(Hub_ControlRequest({0x40, 0xE8}), 0U);
     EXPECT_EQ(m_bus.requests().size(), 1U);
 }
 
@@ -73,7 +73,7 @@ TEST_F(HubThreads, AreNotHeldUpByATransferOfAnother)
         });
         return 0U;
     });
-    EXPECT_EQ(Hub_ControlRequest(0x40, 0xE8, 0, 0, 0, nullptr), 0U);
+    EXPECT_EQ(Hub_ControlRequest({0x40, 0xE8}), 0U);
     EXPECT_EQ(m_bus.requests().size(), 1U);
     EXPECT_THAT(m_bus.events(), ElementsAre("search", "drop 0", "end of list"));
 }
@@ -129,7 +129,7 @@ TEST_F(HubThreads, NeverShareTheHub)
             for (int round = 0; round < 500; ++round) {
                 if (Hub_OpenDevice()) {
                     ++opened;
-                    EXPECT_EQ(Hub_ControlRequest(0x40, 0xE8, 0, 0, 0, nullptr), 0U);
+                    EXPECT_EQ(Hub_ControlRequest({0x40, 0xE8}), 0U);
                 }
                 Hub_CloseDevice();
                 EXPECT_TRUE(Hub_FindDevice());

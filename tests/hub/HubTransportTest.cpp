@@ -100,7 +100,7 @@ TEST_F(FindDevice, LeavesAnOpenHubOpen)
     open();
     EXPECT_TRUE(Hub_FindDevice());
     EXPECT_TRUE(Hub_IsOpen());
-    EXPECT_EQ(Hub_ControlRequest(0x40, 0x55, 0, 0, 0, nullptr), 0U);
+    EXPECT_EQ(Hub_ControlRequest({0x40, 0x55}), 0U);
 }
 
 TEST_F(OpenDevice, OpensTheHubAndSendsTheOpenTimeRequest)
@@ -212,7 +212,7 @@ TEST_F(OpenDevice, KeepsTheOpenHubWhenASecondOpenFails)
     m_bus.attached.clear();
     EXPECT_FALSE(Hub_OpenDevice());
     EXPECT_TRUE(Hub_IsOpen());
-    EXPECT_EQ(Hub_ControlRequest(0x40, 0x55, 0, 0, 0, nullptr), 0U);
+    EXPECT_EQ(Hub_ControlRequest({0x40, 0x55}), 0U);
     onAnotherThread([] { EXPECT_FALSE(Hub_OpenDevice()); });
 }
 
@@ -236,10 +236,14 @@ TEST_F(CloseDevice, DoesNothingTheSecondTime)
 TEST_F(ControlRequestTest, AnswersNotOpenAndSendsNothingWithoutAHub)
 {
     std::array<std::uint8_t, 4> data{};
-    EXPECT_EQ(Hub_ControlRequest(0xC0, 0x09, 0, 0, 4, data.data()), 0xE00002F0U);
+    EXPECT_EQ(Hub_ControlRequest(
+                  {.bmRequestType = 0xC0, .bRequest = 0x09, .wValue = 0, .wIndex = 0, .in = data}),
+              0xE00002F0U);
     open();
     Hub_CloseDevice();
-    EXPECT_EQ(Hub_ControlRequest(0xC0, 0x09, 0, 0, 4, data.data()), 0xE00002F0U);
+    EXPECT_EQ(Hub_ControlRequest(
+                  {.bmRequestType = 0xC0, .bRequest = 0x09, .wValue = 0, .wIndex = 0, .in = data}),
+              0xE00002F0U);
     EXPECT_THAT(m_bus.requests(), IsEmpty());
     EXPECT_EQ(LastError, 0);
 }
@@ -248,7 +252,7 @@ TEST_F(ControlRequestTest, PutsAllSixValuesIntoOneTransfer)
 {
     open();
     std::array<std::uint8_t, 3> data{0xDE, 0xAD, 0x42};
-    EXPECT_EQ(Hub_ControlRequest(0x41, 0x77, 0x1234, 0x5678, 3, data.data()), 0U);
+    EXPECT_EQ(Hub_ControlRequest({0x41, 0x77, 0x1234, 0x5678, data}), 0U);
     EXPECT_THAT(m_bus.requests(),
                 ElementsAre(SeenRequest{{0x41, 0x77, 0x34, 0x12, 0x78, 0x56, 0x03, 0x00},
                                         {0xDE, 0xAD, 0x42}}));
@@ -259,10 +263,12 @@ TEST_F(ControlRequestTest, HandsTheCallersBufferToTheBus)
     open();
     std::array<std::uint8_t, 2> data{};
     m_bus.onControl([](ControlRequest& request) {
-        static_cast<std::uint8_t*>(request.data)[1] = 0x99;
+        request.in[1] = 0x99;
         return 0U;
     });
-    EXPECT_EQ(Hub_ControlRequest(0xC0, 0x09, 0, 0, 2, data.data()), 0U);
+    EXPECT_EQ(Hub_ControlRequest(
+                  {.bmRequestType = 0xC0, .bRequest = 0x09, .wValue = 0, .wIndex = 0, .in = data}),
+              0U);
     EXPECT_EQ(data[1], 0x99);
 }
 
@@ -271,7 +277,7 @@ TEST_F(ControlRequestTest, ReturnsThePlatformsStatusUnchangedAndDoesNotRetry)
     open();
     LastError = 0;
     m_bus.onControl([](ControlRequest&) { return 0xE000404FU; });
-    EXPECT_EQ(Hub_ControlRequest(0x40, 0xE8, 0, 0, 0, nullptr), 0xE000404FU);
+    EXPECT_EQ(Hub_ControlRequest({0x40, 0xE8}), 0xE000404FU);
     EXPECT_EQ(m_bus.requests().size(), 1U);
     EXPECT_EQ(LastError, 0);
 }
@@ -297,7 +303,7 @@ TEST_F(Abandon, AnswersRequestsWithoutSendingThem)
 {
     open();
     Hub_Abandon();
-    EXPECT_EQ(Hub_ControlRequest(0x40, 0xE8, 0, 0, 0, nullptr), kHubAbandoned);
+    EXPECT_EQ(Hub_ControlRequest({0x40, 0xE8}), kHubAbandoned);
     EXPECT_THAT(m_bus.requests(), IsEmpty());
 }
 
@@ -317,8 +323,8 @@ TEST_F(Abandon, LetsATransferInFlightEnd)
         onAnotherThread([] { Hub_Abandon(); });
         return 0U;
     });
-    EXPECT_EQ(Hub_ControlRequest(0x40, 0xE8, 0, 0, 0, nullptr), 0U);
-    EXPECT_EQ(Hub_ControlRequest(0x40, 0xE8, 0, 0, 0, nullptr), kHubAbandoned);
+    EXPECT_EQ(Hub_ControlRequest({0x40, 0xE8}), 0U);
+    EXPECT_EQ(Hub_ControlRequest({0x40, 0xE8}), kHubAbandoned);
     EXPECT_EQ(m_bus.requests().size(), 1U);
 }
 
@@ -353,7 +359,7 @@ TEST_F(UsePlatform, ChangesNothingWhileAHubIsOpen)
         VirtualClock otherClock;
         Hub_UsePlatform(other, otherClock);
     }
-    EXPECT_EQ(Hub_ControlRequest(0x40, 0xE8, 0, 0, 0, nullptr), kHubAbandoned);
+    EXPECT_EQ(Hub_ControlRequest({0x40, 0xE8}), kHubAbandoned);
     EXPECT_TRUE(Hub_FindDevice());
     EXPECT_THAT(m_bus.events(), ElementsAre("search", "drop 0", "end of list"));
 }

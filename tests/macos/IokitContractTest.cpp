@@ -30,22 +30,22 @@ public:
     void unplug() override { m_mac.unplug(); }
     void settle() override { m_mac.turnRunLoop(); }
 
-    ControlRequest readRequest(std::uint16_t length) override
+    ControlRequest readRequest(std::span<std::uint8_t> in) override
     {
-        return {0xC0, kRead, 0, 0, length};
+        return {.bmRequestType = 0xC0, .bRequest = kRead, .in = in};
     }
-    std::vector<std::uint8_t> expectedRead(std::uint16_t length) override
+    std::vector<std::uint8_t> expectedRead(std::size_t length) override
     {
         std::vector<std::uint8_t> bytes(length);
         fill(bytes.data(), bytes.size());
         return bytes;
     }
-    ControlRequest writeRequest(std::uint16_t length) override
+    ControlRequest writeRequest(std::span<const std::uint8_t> out) override
     {
-        return {0x40, kWrite, 0, 0, length};
+        return {.bmRequestType = 0x40, .bRequest = kWrite, .out = out};
     }
     std::vector<std::uint8_t> lastWritten() override { return m_written; }
-    ControlRequest stalledRequest() override { return {0x40, kStall, 0, 0, 0}; }
+    ControlRequest stalledRequest() override { return {0x40, kStall, 0, 0}; }
 
 private:
     static void fill(std::uint8_t* bytes, std::size_t size)

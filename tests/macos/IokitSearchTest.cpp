@@ -189,8 +189,7 @@ TEST_F(IokitSearch, ReleasesAlsoAHubThatHasLeft)
     ASSERT_TRUE(Hub_OpenDevice());
     mac.unplug();
     mac.forgetCalls();
-    EXPECT_EQ(Hub_ControlRequest(0x40, 0xE8, 0, 0, 0, nullptr),
-              static_cast<std::uint32_t>(kIOReturnNoDevice));
+    EXPECT_EQ(Hub_ControlRequest({0x40, 0xE8}), static_cast<std::uint32_t>(kIOReturnNoDevice));
     Hub_CloseDevice(); // which the system refuses
     EXPECT_THAT(mac.calls(), ElementsAre("interface 0 DeviceRequest(40 E8 0000 0000 0000)",
                                          "interface 0 USBDeviceClose", "interface 0 Release"));
@@ -208,8 +207,7 @@ TEST_F(IokitSearch, PassesOnThatTheHubLeftDuringARequest)
         };
     })});
     ASSERT_TRUE(Hub_OpenDevice());
-    EXPECT_EQ(Hub_ControlRequest(0x40, 0xE8, 0, 0, 0, nullptr),
-              static_cast<std::uint32_t>(kIOReturnNoDevice));
+    EXPECT_EQ(Hub_ControlRequest({0x40, 0xE8}), static_cast<std::uint32_t>(kIOReturnNoDevice));
     Hub_CloseDevice();
     EXPECT_THAT(mac.alive(), ElementsAre("iterator 1"));
 }
@@ -354,7 +352,12 @@ TEST_F(IokitSearch, CopiesTheSixValuesIntoOneTransfer)
     })});
     ASSERT_TRUE(Hub_OpenDevice());
     mac.forgetCalls();
-    EXPECT_EQ(Hub_ControlRequest(0xC0, 0xD8, 0x1234, 0x5678, 4, buffer.data()), 0U);
+    EXPECT_EQ(Hub_ControlRequest({.bmRequestType = 0xC0,
+                                  .bRequest = 0xD8,
+                                  .wValue = 0x1234,
+                                  .wIndex = 0x5678,
+                                  .in = buffer}),
+              0U);
     EXPECT_THAT(mac.calls(), ElementsAre("interface 0 DeviceRequest(C0 D8 1234 5678 0004)"));
     EXPECT_EQ(seen.pData, buffer.data());
     EXPECT_THAT(buffer, testing::Each(0x5A));
@@ -367,10 +370,13 @@ TEST_F(IokitSearch, ReturnsTheSystemsStatusUnchanged)
         hub.onRequest = [&](IOUSBDevRequest& /*transfer*/) { return status; };
     })});
     ASSERT_TRUE(Hub_OpenDevice());
-    EXPECT_EQ(Hub_ControlRequest(0x40, 0xE8, 0, 0, 0, nullptr), 0xE000404FU);
+    EXPECT_EQ(Hub_ControlRequest({0x40, 0xE8}), 0xE000404FU);
     std::array<std::uint8_t, 8> buffer{};
     status = kIOReturnSuccess; // and nothing moved
-    EXPECT_EQ(Hub_ControlRequest(0xC0, 0xD8, 0, 0, 8, buffer.data()), 0U);
+    EXPECT_EQ(
+        Hub_ControlRequest(
+            {.bmRequestType = 0xC0, .bRequest = 0xD8, .wValue = 0, .wIndex = 0, .in = buffer}),
+        0U);
 }
 
 TEST_F(IokitSearch, TellsHowMuchWasMovedWhateverTheStatus)
@@ -387,7 +393,7 @@ TEST_F(IokitSearch, TellsHowMuchWasMovedWhateverTheStatus)
     ASSERT_EQ(search->next(device), UsbSearch::Step::Device);
     ASSERT_TRUE(device->open());
     std::array<std::uint8_t, 8> buffer{};
-    ControlRequest request{0xC0, 0xD8, 0, 0, 8, buffer.data()};
+    ControlRequest request{.bmRequestType = 0xC0, .bRequest = 0xD8, .in = buffer};
     EXPECT_EQ(device->control(request), 0U);
     EXPECT_EQ(request.transferred, 3U);
     status = static_cast<IOReturn>(0xE000404F);
@@ -416,8 +422,7 @@ TEST_F(IokitSearch, TakesAnyResultButZeroForAFailure)
 
 TEST_F(IokitSearch, AnswersNotFoundWithoutAHub)
 {
-    EXPECT_EQ(Hub_ControlRequest(0x40, 0xE8, 0, 0, 0, nullptr),
-              static_cast<std::uint32_t>(kIOReturnNotFound));
+    EXPECT_EQ(Hub_ControlRequest({0x40, 0xE8}), static_cast<std::uint32_t>(kIOReturnNotFound));
     EXPECT_THAT(mac.calls(), IsEmpty());
 }
 

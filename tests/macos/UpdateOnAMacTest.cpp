@@ -2,6 +2,7 @@
 
 #include "flows/FirmwareUpdate.h"
 #include "tests/macos/MacTest.h"
+#include "tests/macos/RequestOf.h"
 #include "tests/support/RecordingReporter.h"
 #include "tests/support/SimulatedSetup.h"
 #include "tests/support/UsbDevices.h"
@@ -56,8 +57,7 @@ private:
             if (cutReads && transfer.bRequest == kReadFlash) {
                 return kIOReturnSuccess; // and nothing moved
             }
-            ControlRequest request{transfer.bmRequestType, transfer.bRequest, transfer.wValue,
-                                   transfer.wIndex,        transfer.wLength,  transfer.pData};
+            ControlRequest request = requestOf(transfer);
             const std::uint32_t status = simulated->control(request);
             transfer.wLenDone = request.transferred;
             return static_cast<IOReturn>(status);

@@ -206,8 +206,7 @@ TEST_F(LibusbBusTest, PutsEveryFieldOfAReadOnTheWire)
                                .bRequest = 0xD8,
                                .wValue = 0x1234,
                                .wIndex = 0xABCD,
-                               .wLength = length,
-                               .data = data.data()};
+                               .in = data};
         EXPECT_EQ(device->control(request), 0U);
         EXPECT_EQ(request.transferred, length);
         EXPECT_EQ(data, pattern(length));
@@ -225,13 +224,12 @@ TEST_F(LibusbBusTest, PutsEveryFieldOfAWriteOnTheWire)
     for (const std::uint16_t length : std::initializer_list<std::uint16_t>{0, 32, 4096}) {
         const auto device = openDevice();
         ASSERT_NE(device, nullptr);
-        std::vector<std::uint8_t> data = pattern(length);
+        const std::vector<std::uint8_t> data = pattern(length);
         ControlRequest request{.bmRequestType = 0x40,
                                .bRequest = 0xC8,
                                .wValue = 0xFE01,
                                .wIndex = 0x0203,
-                               .wLength = length,
-                               .data = data.data()};
+                               .out = data};
         EXPECT_EQ(device->control(request), 0U);
         EXPECT_EQ(request.transferred, length);
         EXPECT_EQ(m_node->requests(), (std::vector<WireRequest>{{.bmRequestType = 0x40,
@@ -270,7 +268,7 @@ TEST_F(LibusbBusTest, TakesAShortReadAsAFailure)
         openDevice([](const WireRequest&) { return WireAnswer{.in = pattern(31)}; });
     ASSERT_NE(device, nullptr);
     std::array<std::uint8_t, 32> data{};
-    ControlRequest request{.bmRequestType = 0xC0, .wLength = 32, .data = data.data()};
+    ControlRequest request{.bmRequestType = 0xC0, .in = data};
     EXPECT_EQ(device->control(request), LibusbDevice::kShortTransfer);
     EXPECT_EQ(request.transferred, 31U);
     EXPECT_EQ(data[30], pattern(31)[30]);
@@ -281,7 +279,7 @@ TEST_F(LibusbBusTest, TakesAShortWriteAsAFailure)
     const auto device = openDevice([](const WireRequest&) { return WireAnswer{.refused = 1}; });
     ASSERT_NE(device, nullptr);
     std::array<std::uint8_t, 32> data{};
-    ControlRequest request{.bmRequestType = 0x40, .wLength = 32, .data = data.data()};
+    ControlRequest request{.bmRequestType = 0x40, .out = data};
     EXPECT_EQ(device->control(request), LibusbDevice::kShortTransfer);
     EXPECT_EQ(request.transferred, 31U);
 }

@@ -35,12 +35,12 @@ public:
 
     void unplug() override { m_testbed.unplug("1-1"); }
 
-    ControlRequest readRequest(std::uint16_t length) override
+    ControlRequest readRequest(std::span<std::uint8_t> in) override
     {
-        return {.bmRequestType = 0xC0, .bRequest = kRead, .wLength = length};
+        return {.bmRequestType = 0xC0, .bRequest = kRead, .in = in};
     }
 
-    std::vector<std::uint8_t> expectedRead(std::uint16_t length) override
+    std::vector<std::uint8_t> expectedRead(std::size_t length) override
     {
         std::vector<std::uint8_t> data(length);
         for (std::size_t i = 0; i < data.size(); ++i) {
@@ -49,9 +49,9 @@ public:
         return data;
     }
 
-    ControlRequest writeRequest(std::uint16_t length) override
+    ControlRequest writeRequest(std::span<const std::uint8_t> out) override
     {
-        return {.bmRequestType = 0x40, .bRequest = kWrite, .wLength = length};
+        return {.bmRequestType = 0x40, .bRequest = kWrite, .out = out};
     }
 
     std::vector<std::uint8_t> lastWritten() override

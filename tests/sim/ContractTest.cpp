@@ -32,28 +32,28 @@ public:
 
     void unplug() override { m_bench.hub().unplug(); }
 
-    ControlRequest readRequest(std::uint16_t length) override
+    ControlRequest readRequest(std::span<std::uint8_t> in) override
     {
-        return {0xC0, 0xD8, 0x0200, 0, length};
+        return {0xC0, 0xD8, 0x0200, 0, {}, in};
     }
 
-    std::vector<std::uint8_t> expectedRead(std::uint16_t length) override
+    std::vector<std::uint8_t> expectedRead(std::size_t length) override
     {
         return flashAt(0x0200, length);
     }
 
     /// Into what the demo image leaves erased, each time a new piece of it.
-    ControlRequest writeRequest(std::uint16_t length) override
+    ControlRequest writeRequest(std::span<const std::uint8_t> out) override
     {
         m_written = m_free;
-        m_writtenLength = length;
-        m_free = static_cast<std::uint16_t>(m_free + length);
-        return {0x40, 0xC8, m_written, 0, length};
+        m_writtenLength = out.size();
+        m_free = static_cast<std::uint16_t>(m_free + out.size());
+        return {0x40, 0xC8, m_written, 0, out};
     }
 
     std::vector<std::uint8_t> lastWritten() override { return flashAt(m_written, m_writtenLength); }
 
-    ControlRequest stalledRequest() override { return {0x40, 0x7F, 0, 0, 0}; }
+    ControlRequest stalledRequest() override { return {0x40, 0x7F, 0, 0}; }
 
 private:
     Bytes flashAt(std::size_t address, std::size_t length)
@@ -66,7 +66,7 @@ private:
     HubBench m_bench;
     std::uint16_t m_free = 0x6000;
     std::uint16_t m_written = 0;
-    std::uint16_t m_writtenLength = 0;
+    std::size_t m_writtenLength = 0;
 };
 
 std::unique_ptr<BusUnderTest> makeBus() { return std::make_unique<SimulatedBusUnderTest>(); }

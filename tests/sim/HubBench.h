@@ -81,25 +81,27 @@ public:
         transferred = request.transferred;
         return status;
     }
-    std::uint32_t hello() { return send({0x40, 0x02, 0x0001, 0x1209, 0}); }
-    std::uint32_t restartIntoRom() { return send({0x40, 0x00, 0, 0, 0}); }
-    std::uint32_t restartIntoFlash() { return send({0x40, 0xE9, 0x0101, 0, 0}); }
-    std::uint32_t erase() { return send({0x40, 0xE8, 0, 0, 0}); }
+    std::uint32_t hello() { return send({0x40, 0x02, 0x0001, 0x1209}); }
+    std::uint32_t restartIntoRom() { return send({0x40, 0x00, 0, 0}); }
+    std::uint32_t restartIntoFlash() { return send({0x40, 0xE9, 0x0101, 0}); }
+    std::uint32_t erase() { return send({0x40, 0xE8, 0, 0}); }
     std::uint32_t status(std::array<std::uint8_t, 32>& block)
     {
-        return send({0xC0, 0x09, 0, 0, 32, block.data()});
+        return send({0xC0, 0x09, 0, 0, {}, block});
     }
-    std::uint32_t write(std::uint32_t address, Bytes data)
+    std::uint32_t write(std::uint32_t address, const Bytes& data)
     {
         return send({0x40, 0xC8, static_cast<std::uint16_t>(address),
-                     static_cast<std::uint16_t>(address >> 16),
-                     static_cast<std::uint16_t>(data.size()), data.data()});
+                     static_cast<std::uint16_t>(address >> 16), data});
     }
     std::uint32_t read(std::uint32_t address, Bytes& data)
     {
-        return send({0xC0, 0xD8, static_cast<std::uint16_t>(address),
+        return send({0xC0,
+                     0xD8,
+                     static_cast<std::uint16_t>(address),
                      static_cast<std::uint16_t>(address >> 16),
-                     static_cast<std::uint16_t>(data.size()), data.data()});
+                     {},
+                     data});
     }
 
     /// Version word and running code as the status block tells them; all zero when it cannot be

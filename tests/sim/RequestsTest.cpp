@@ -47,11 +47,11 @@ TEST(SimulatedHub, MovesNoMoreThanItsStatusBlockHolds)
     HubBench bench;
     ASSERT_TRUE(bench.open());
     Bytes buffer(40, 0xEE);
-    EXPECT_EQ(bench.send({0xC0, 0x09, 0, 0, 40, buffer.data()}), kSimulatedShort);
+    EXPECT_EQ(bench.send({0xC0, 0x09, 0, 0, {}, buffer}), kSimulatedShort);
     EXPECT_EQ(bench.transferred, 32U);
     EXPECT_EQ(buffer[31], 0x00);
     EXPECT_EQ(buffer[32], 0xEE);
-    EXPECT_EQ(bench.send({0xC0, 0x09, 0, 0, 12, buffer.data()}), 0U);
+    EXPECT_EQ(bench.send({0xC0, 0x09, 0, 0, {}, std::span(buffer).first(12)}), 0U);
     EXPECT_EQ(bench.transferred, 12U);
 }
 
@@ -60,8 +60,8 @@ TEST(SimulatedHub, AcknowledgesTheOpenTimeRequestOfAnyMaker)
     HubBench bench(flashOptions());
     ASSERT_TRUE(bench.open());
     EXPECT_EQ(bench.hello(), 0U);
-    EXPECT_EQ(bench.send({0x40, 0x02, 0x0001, 0x4711, 0}), 0U);
-    EXPECT_NE(bench.send({0x40, 0x02, 0x0002, 0x1209, 0}), 0U);
+    EXPECT_EQ(bench.send({0x40, 0x02, 0x0001, 0x4711}), 0U);
+    EXPECT_NE(bench.send({0x40, 0x02, 0x0002, 0x1209}), 0U);
 }
 
 TEST(SimulatedHub, RefusesFlashRequestsWhileFlashCodeRuns)
@@ -120,16 +120,15 @@ TEST(SimulatedHub, StallsWhatItDoesNotKnow)
     ASSERT_TRUE(bench.open());
     Bytes buffer(64, 0);
     const std::vector<ControlRequest> unknown = {
-        {0x40, 0x03, 0, 0, 0},                 // no such request
-        {0xC0, 0x00, 0, 0, 0},                 // wrong direction
-        {0x80, 0x09, 0, 0, 32, buffer.data()}, // a standard request
-        {0x41, 0x00, 0, 0, 0},                 // to the interface
-        {0x40, 0xE9, 0x0100, 0, 0},            // half the restart key
-        {0x40, 0xE9, 0x0101, 1, 0},            // an index where none belongs
-        {0x40, 0xE8, 0x1000, 0, 0},            // no sectors here
-        {0x40, 0xE8, 0, 0, 1, buffer.data()},  // data where none belongs
-        {0xC0, 0x09, 1, 0, 32, buffer.data()}, // no second block
-        {0x40, 0xC8, 0, 0, 16, nullptr},       // data that is not there
+        {0x40, 0x03, 0, 0},                                  // no such request
+        {0xC0, 0x00, 0, 0},                                  // wrong direction
+        {0x80, 0x09, 0, 0, {}, std::span(buffer).first(32)}, // a standard request
+        {0x41, 0x00, 0, 0},                                  // to the interface
+        {0x40, 0xE9, 0x0100, 0},                             // half the restart key
+        {0x40, 0xE9, 0x0101, 1},                             // an index where none belongs
+        {0x40, 0xE8, 0x1000, 0},                             // no sectors here
+        {0x40, 0xE8, 0, 0, std::span(buffer).first(1)},      // data where none belongs
+        {0xC0, 0x09, 1, 0, {}, std::span(buffer).first(32)}, // no second block
     };
     for (const ControlRequest& request : unknown) {
         EXPECT_EQ(bench.send(request), kSimulatedStall)
@@ -144,7 +143,7 @@ TEST(SimulatedHub, AcknowledgesMode00WithoutEffect)
 {
     HubBench bench(flashOptions());
     ASSERT_TRUE(bench.open());
-    EXPECT_EQ(bench.send({0x40, 0x01, 0, 0, 0}), 0U);
+    EXPECT_EQ(bench.send({0x40, 0x01, 0, 0}), 0U);
     EXPECT_FALSE(bench.runsRom());
 }
 

@@ -74,7 +74,7 @@ TEST(SimulatedBus, ReachesTheSameControllerThroughBothDevices)
     EXPECT_EQ(bench.erase(), 0U);
     ASSERT_TRUE(devices[0]->open());
     Bytes buffer(1);
-    ControlRequest request{0xC0, 0xD8, 0, 0, 1, buffer.data()};
+    ControlRequest request{0xC0, 0xD8, 0, 0, {}, buffer};
     EXPECT_EQ(devices[0]->control(request), 0U);
     EXPECT_EQ(buffer[0], 0xFF);
 }
@@ -83,7 +83,7 @@ TEST(SimulatedBus, SendsNothingThroughAClosedDevice)
 {
     HubBench bench;
     auto devices = listDevices(*bench.bus);
-    ControlRequest request{0x40, 0xE8, 0, 0, 0};
+    ControlRequest request{0x40, 0xE8, 0, 0};
     EXPECT_EQ(devices[0]->control(request), kSimulatedNotOpen);
     ASSERT_TRUE(devices[0]->open());
     devices[0]->close();
@@ -134,7 +134,7 @@ TEST(Restart, KillsEveryHandle)
     ASSERT_TRUE(bench.open());
     EXPECT_EQ(bench.restartIntoRom(), 0U);
     EXPECT_NE(bench.hello(), 0U);
-    ControlRequest request{0x40, 0xE8, 0, 0, 0};
+    ControlRequest request{0x40, 0xE8, 0, 0};
     EXPECT_EQ(stale[1]->control(request), kSimulatedNoDevice);
     EXPECT_FALSE(stale[0]->open());
     EXPECT_EQ(bench.hub().flash(), demoImage());

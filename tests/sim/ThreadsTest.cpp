@@ -48,14 +48,14 @@ TEST(SimulatedBusThreads, SearchAndOpenWhileTheHubRestarts)
     std::thread detection([&] {
         while (!done) {
             std::array<std::uint8_t, 32> block{};
-            detections += visit(*bus, {0xC0, 0x09, 0, 0, 32, block.data()}) ? 1 : 0;
+            detections += visit(*bus, {0xC0, 0x09, 0, 0, {}, block}) ? 1 : 0;
         }
     });
     int restarts = 0;
     while (restarts < kRounds || detections == 0) {
         const bool intoRom = restarts % 2 == 0;
-        const ControlRequest restart = intoRom ? ControlRequest{0x40, 0x00, 0, 0, 0}
-                                               : ControlRequest{0x40, 0xE9, 0x0101, 0, 0};
+        const ControlRequest restart =
+            intoRom ? ControlRequest{0x40, 0x00, 0, 0} : ControlRequest{0x40, 0xE9, 0x0101, 0};
         const int before = departures;
         visit(*bus, restart);
         restarts += departures != before ? 1 : 0;
@@ -111,7 +111,7 @@ TEST(SimulatedBusThreads, BusGoesWhileARestartIsUnderWay)
         ASSERT_NE(bus, nullptr);
         std::atomic<int> events = 0;
         ASSERT_TRUE(bus->watch([&](UsbEvent) { ++events; }));
-        ASSERT_TRUE(visit(*bus, {0x40, 0x00, 0, 0, 0}));
+        ASSERT_TRUE(visit(*bus, {0x40, 0x00, 0, 0}));
         bus.reset();
         const int seen = events;
         EXPECT_GE(seen, 2);

@@ -23,14 +23,10 @@ inline SeenRequest seenOf(const ControlRequest& request)
     const auto low = [](std::uint16_t word) { return static_cast<std::uint8_t>(word & 0xFF); };
     const auto high = [](std::uint16_t word) { return static_cast<std::uint8_t>(word >> 8); };
     SeenRequest seen;
-    seen.setup = {request.bmRequestType, request.bRequest,     low(request.wValue),
-                  high(request.wValue),  low(request.wIndex),  high(request.wIndex),
-                  low(request.wLength),  high(request.wLength)};
-    const bool toDevice = (request.bmRequestType & 0x80) == 0;
-    if (toDevice && request.wLength > 0) {
-        const auto* data = static_cast<const std::uint8_t*>(request.data);
-        seen.sent.assign(data, data + request.wLength);
-    }
+    seen.setup = {request.bmRequestType,  request.bRequest,       low(request.wValue),
+                  high(request.wValue),   low(request.wIndex),    high(request.wIndex),
+                  low(request.wLength()), high(request.wLength())};
+    seen.sent.assign(request.out.begin(), request.out.end());
     return seen;
 }
 

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <ostream>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -16,7 +17,7 @@ namespace vornadel::test
 {
 
 /// What the contract needs of a back end: the bus, one device that can be plugged in and out, and
-/// which requests that device understands. The `data` of the requests is the contract's to fill in.
+/// which requests that device understands.
 class BusUnderTest
 {
 public:
@@ -29,14 +30,13 @@ public:
     virtual void plug(std::uint16_t vendorId, std::uint16_t productId) = 0;
     virtual void unplug() = 0;
 
-    /// A request to which the device answers with `length` bytes, and those bytes. Asked for 0, 32
-    /// and 4096.
-    virtual ControlRequest readRequest(std::uint16_t length) = 0;
-    virtual std::vector<std::uint8_t> expectedRead(std::uint16_t length) = 0;
+    /// A request whose answer fills `in`, and the answer. Asked for 0, 32 and
+    /// 4096 bytes.
+    virtual ControlRequest readRequest(std::span<std::uint8_t> in) = 0;
+    virtual std::vector<std::uint8_t> expectedRead(std::size_t length) = 0;
 
-    /// A request with which the device takes `length` bytes, and the data stage as the device last
-    /// saw it.
-    virtual ControlRequest writeRequest(std::uint16_t length) = 0;
+    /// A request with which the device takes `out`, and the data stage as the device last saw it.
+    virtual ControlRequest writeRequest(std::span<const std::uint8_t> out) = 0;
     virtual std::vector<std::uint8_t> lastWritten() = 0;
 
     /// A request that the device stalls; without data stage.
@@ -149,7 +149,7 @@ TEST_P(UsbBusContract, DevicesOutliveTheirSearch)
     auto device = find(); // its search is over
     ASSERT_NE(device, nullptr);
     EXPECT_TRUE(device->open());
-    ControlRequest request = m_subject->readRequest(0);
+    ControlRequest request = m_subject->readRequest({});
     EXPECT_EQ(device->control(request), 0U);
 }
 
@@ -190,8 +190,7 @@ TEST_P(UsbBusContract, MovesDataFromTheDevice)
     ASSERT_NE(device, nullptr);
     for (const std::uint16_t length : {std::uint16_t{0}, std::uint16_t{32}, std::uint16_t{4096}}) {
         std::vector<std::uint8_t> data(length, 0xEE);
-        ControlRequest request = m_subject->readRequest(length);
-        request.data = length == 0 ? nullptr : data.data();
+        ControlRequest request = m_subject->readRequest(data);
         EXPECT_EQ(device->control(request), 0U) << length;
         EXPECT_EQ(request.transferred, length);
         EXPECT_EQ(data, m_subject->expectedRead(length)) << length;
@@ -207,8 +206,7 @@ TEST_P(UsbBusContract, MovesDataToTheDevice)
         for (std::size_t i = 0; i < data.size(); ++i) {
             data[i] = static_cast<std::uint8_t>(i * 7 + length);
         }
-        ControlRequest request = m_subject->writeRequest(length);
-        request.data = length == 0 ? nullptr : data.data();
+        ControlRequest request = m_subject->writeRequest(data);
         EXPECT_EQ(device->control(request), 0U) << length;
         EXPECT_EQ(request.transferred, length);
         EXPECT_EQ(m_subject->lastWritten(), data) << length;
@@ -222,7 +220,7 @@ TEST_P(UsbBusContract, ReportsAStallAndGoesOn)
     ControlRequest stalled = m_subject->stalledRequest();
     EXPECT_NE(device->control(stalled), 0U);
     EXPECT_EQ(stalled.transferred, 0U);
-    ControlRequest next = m_subject->readRequest(0);
+    ControlRequest next = m_subject->readRequest({});
     EXPECT_EQ(device->control(next), 0U);
 }
 
@@ -231,7 +229,7 @@ TEST_P(UsbBusContract, FailsRequestsToADeviceThatHasLeft)
     const auto device = openDevice();
     ASSERT_NE(device, nullptr);
     m_subject->unplug();
-    ControlRequest request = m_subject->readRequest(0);
+    ControlRequest request = m_subject->readRequest({});
     EXPECT_NE(device->control(request), 0U);
     device->close();
 }
@@ -251,7 +249,7 @@ TEST_P(UsbBusContract, FailsOnTheOldDeviceWhenItHasReturned)
     ASSERT_NE(old, nullptr);
     m_subject->unplug();
     plug();
-    ControlRequest request = m_subject->readRequest(0);
+    ControlRequest request = m_subject->readRequest({});
     EXPECT_NE(old->control(request), 0U);
     old->close();
     const auto returned = find();

@@ -35,7 +35,7 @@ private:
     {
         VirtualDevice device = someDevice(HubPort::SuperSpeed);
         device.vendorRequest = [](ControlRequest& request) {
-            request.transferred = request.wLength;
+            request.transferred = request.wLength();
             return 0U;
         };
         return device;

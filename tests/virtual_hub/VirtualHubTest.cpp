@@ -40,7 +40,7 @@ protected:
     /// A request as the host would send it, over the half that is on the bus now.
     std::uint32_t send(std::uint8_t bRequest, std::uint16_t wValue = 0)
     {
-        ControlRequest request = {0x40, bRequest, wValue, 0, 0};
+        ControlRequest request = {0x40, bRequest, wValue, 0};
         return m_host.device(HubPort::SuperSpeed).vendorRequest(request);
     }
     std::vector<std::string> told()
@@ -131,7 +131,7 @@ TEST_F(VirtualHubTest, AnswersNobodyOfAnEarlierStay)
     m_sim->replug();
     told();
     EXPECT_FALSE(before.present());
-    ControlRequest hello = {0x40, 0x02, 1, 0x1209, 0};
+    ControlRequest hello = {0x40, 0x02, 1, 0x1209};
     EXPECT_EQ(before.vendorRequest(hello), kSimulatedNoDevice);
     EXPECT_EQ(m_host.device(HubPort::SuperSpeed).vendorRequest(hello), 0U);
 }
@@ -142,7 +142,7 @@ TEST_F(VirtualHubTest, RefusesRequestsOnlyWhileAnotherProgramHasItsFlash)
     m_sim->close(m_sim->attachedPorts().front()); // as if it had come back while the file was
                                                   // locked
     m_sim->addFault({.kind = FaultKind::OpenRefused, .amount = 1});
-    ControlRequest hello = {0x40, 0x02, 1, 0x1209, 0};
+    ControlRequest hello = {0x40, 0x02, 1, 0x1209};
     const VirtualDevice device = m_host.device(HubPort::SuperSpeed);
     EXPECT_EQ(device.vendorRequest(hello), kSimulatedStall);
     EXPECT_EQ(device.vendorRequest(hello), 0U);

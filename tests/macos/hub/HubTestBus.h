@@ -2,6 +2,7 @@
 
 #include "platform/macos/IokitBus.h"
 #include "tests/fake_macos/FakeMacos.h"
+#include "tests/macos/RequestOf.h"
 #include "tests/support/ScriptedBus.h"
 #include "tests/support/SeenRequest.h"
 
@@ -129,8 +130,7 @@ private:
             }
         };
         made.onRequest = [script = m_script](IOUSBDevRequest& transfer) {
-            ControlRequest request{transfer.bmRequestType, transfer.bRequest, transfer.wValue,
-                                   transfer.wIndex,        transfer.wLength,  transfer.pData};
+            ControlRequest request = requestOf(transfer);
             {
                 const std::lock_guard lock(script->mutex);
                 script->requests.push_back(seenOf(request));
