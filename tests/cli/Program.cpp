@@ -5,6 +5,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <map>
 
 #include <fcntl.h>
@@ -32,6 +33,13 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts)
     return pointers;
 }
 
+/// The program as it was built, unless another one is to be tried out.
+const char* program()
+{
+    const char* const other = std::getenv("VORNADELCTL");
+    return other != nullptr ? other : VORNADELCTL;
+}
+
 void closePipe(int& pipe)
 {
     if (pipe >= 0) {
@@ -45,7 +53,7 @@ void closePipe(int& pipe)
 Program::Program(std::vector<std::string> arguments, std::vector<std::string> environment,
                  std::initializer_list<int> ignored)
 {
-    arguments.insert(arguments.begin(), VORNADELCTL);
+    arguments.insert(arguments.begin(), program());
     for (char** variable = environ; *variable != nullptr; ++variable) {
         environment.emplace_back(*variable);
     }
@@ -62,7 +70,7 @@ Program::Program(std::vector<std::string> arguments, std::vector<std::string> en
     for (const int each : ignored) {
         before[each] = std::signal(each, SIG_IGN); // what is ignored stays so across exec
     }
-    EXPECT_EQ(::posix_spawn(&m_pid, VORNADELCTL, &files, nullptr, pointersTo(arguments).data(),
+    EXPECT_EQ(::posix_spawn(&m_pid, program(), &files, nullptr, pointersTo(arguments).data(),
                             pointersTo(environment).data()),
               0);
     for (const auto& [each, handler] : before) {
