@@ -45,9 +45,8 @@ QFont helvetica(int points)
     return font;
 }
 
-/// Names the widget as its member is named and as a person with a screen reader hears it, and puts
-/// it in place.
-void settle(QWidget* widget, const char* name, const char* accessibleName, const Frame& frame)
+/// Gives the widget its frame, its member's name, and the name that a screen reader says.
+void nameAndPlace(QWidget* widget, const char* name, const char* accessibleName, const Frame& frame)
 {
     widget->setObjectName(name);
     widget->setAccessibleName(accessibleName);
@@ -58,7 +57,7 @@ void buildBoxes(WindowControls& controls, QWidget* content)
 {
     for (const BoxRow& row : kBoxes) {
         auto* box = new TitledBox(row.title, content);
-        settle(box, row.name, row.title, row.frame);
+        nameAndPlace(box, row.name, row.title, row.frame);
         controls.*row.member = box;
     }
     controls.boxHelp->setBorderTone(Tone::Blue);
@@ -78,7 +77,7 @@ void buildFields(WindowControls& controls)
     for (const FieldRow& row : kFields) {
         auto* field = new QLineEdit(controls.*row.box);
         field->setReadOnly(!row.editable);
-        settle(field, row.name, row.accessibleName, row.frame);
+        nameAndPlace(field, row.name, row.accessibleName, row.frame);
         field->setAccessibleDescription((controls.*row.box)->title()); // two boxes have a "VID"
         controls.*row.member = field;
     }
@@ -88,7 +87,7 @@ void buildButtons(AppDelegate& delegate)
 {
     for (const ButtonRow& row : kButtons) {
         auto* button = new QPushButton(literal(row.label), delegate.*row.box);
-        settle(button, row.name, row.label, row.frame);
+        nameAndPlace(button, row.name, row.label, row.frame);
         button->setAccessibleDescription(row.description);
         button->setToolTip(row.description);
         delegate.*row.member = button;
@@ -103,18 +102,18 @@ void buildTexts(WindowControls& controls)
     for (const TextRow& row : kTexts) {
         auto* text = new TextView(controls.*row.box);
         text->setFont(helvetica(row.fontSize));
-        settle(text, row.name, row.accessibleName, row.frame);
+        nameAndPlace(text, row.name, row.accessibleName, row.frame);
         controls.*row.member = text;
     }
     controls.slider = new ProgressSlider(controls.boxUpdate);
-    settle(controls.slider, "slider", "Progress", {0, 0, 330, 20});
+    nameAndPlace(controls.slider, "slider", "Progress", {0, 0, 330, 20});
 }
 
 void buildPropertyEditor(WindowControls& controls)
 {
     for (const ComboRow& row : kCombos) {
         auto* combo = new PickList(controls.boxDetail);
-        settle(combo, row.name, row.accessibleName, row.frame);
+        nameAndPlace(combo, row.name, row.accessibleName, row.frame);
         combo->view()->setAccessibleName(row.accessibleName);
         controls.*row.member = combo;
     }
@@ -123,7 +122,7 @@ void buildPropertyEditor(WindowControls& controls)
     table->horizontalHeader()->setHighlightSections(false);
     table->verticalHeader()->setDefaultSectionSize(kPropertyRowHeight);
     table->setTabKeyNavigation(false);
-    settle(table, "tbProperties_Detail", "Properties", {0, 362, 440, 180});
+    nameAndPlace(table, "tbProperties_Detail", "Properties", {0, 362, 440, 180});
     controls.tbProperties_Detail = table;
     // A line of the hex view that wraps cannot be read.
     controls.txtViewBin_Detail->setLineWrapMode(QPlainTextEdit::NoWrap);

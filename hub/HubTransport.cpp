@@ -54,8 +54,8 @@ bool claim()
     return true;
 }
 
-// Ends a claim that has no open hub to guard.
-void settle()
+// Ends the claim unless a hub is open under it.
+void endClaim()
 {
     Transport& self = transport();
     const std::lock_guard lock(self.mutex);
@@ -176,7 +176,7 @@ bool Hub_OpenDevice()
     }
     std::unique_ptr<UsbDevice> hub = openFirstSupported();
     if (hub == nullptr) {
-        settle();
+        endClaim();
         return false;
     }
     store(std::move(hub));
@@ -193,7 +193,7 @@ void Hub_CloseDevice()
     if (std::unique_ptr<UsbDevice> hub = takeOwnHub()) {
         hub->close();
         hub.reset();
-        settle();
+        endClaim();
     }
 }
 

@@ -47,7 +47,7 @@ struct RequestName {
 };
 
 constexpr std::array<RequestName, 7> kRequestNames = {{
-    {"hello", RequestKind::Hello},
+    {"open-time", RequestKind::OpenTime},
     {"status", RequestKind::Status},
     {"rom", RequestKind::Rom},
     {"flash", RequestKind::Flash},

@@ -15,7 +15,7 @@ namespace vornadel
 
 /// The simulated hub's own reading of a control request.
 enum class RequestKind {
-    Hello,   ///< the open-time request
+    OpenTime,
     Status,  ///< reads the status block
     Rom,     ///< restarts into ROM code
     Flash,   ///< restarts into flash code
@@ -68,11 +68,11 @@ struct Fault {
 };
 
 /// Reads `KIND[:ARGUMENT][@POSITION]`. For request faults POSITION is `N`, the N-th request, or
-/// `REQUEST#N`, the N-th of `hello`, `status`, `rom`, `flash`, `erase`, `write`, `read`; `REQUEST`
-/// alone is the first. It is needed, but for `torn`, which means the first write without it. A
-/// position at which a `torn` meets no write, or a `flip` neither write nor read, passes without a
-/// fault. For open and restart faults POSITION is `N` and the first by default. False and a
-/// sentence in `error` when the text says something else.
+/// `REQUEST#N`, the N-th of `open-time`, `status`, `rom`, `flash`, `erase`, `write`, `read`;
+/// `REQUEST` alone is the first. It is needed, but for `torn`, which means the first write without
+/// it. A position at which a `torn` meets no write, or a `flip` neither write nor read, passes
+/// without a fault. For open and restart faults POSITION is `N` and the first by default. False and
+/// a sentence in `error` when the text says something else.
 bool parseFault(std::string_view text, Fault& fault, std::string& error);
 
 /// What the faults do to one request. Several may meet; they apply in the order of the members.

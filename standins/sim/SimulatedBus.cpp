@@ -13,27 +13,27 @@ namespace
 class SimulatedDevice final : public UsbDevice
 {
 public:
-    SimulatedDevice(std::shared_ptr<SimulatedHub> hub, const AttachedPort& port)
-        : m_hub(std::move(hub)), m_port(port)
+    SimulatedDevice(std::shared_ptr<SimulatedHub> hub, const AttachedHalf& half)
+        : m_hub(std::move(hub)), m_half(half)
     {
     }
     ~SimulatedDevice() override { giveBack(); }
 
-    std::uint16_t vendorId() const override { return m_port.vendorId; }
-    std::uint16_t productId() const override { return m_port.productId; }
+    std::uint16_t vendorId() const override { return m_half.vendorId; }
+    std::uint16_t productId() const override { return m_half.productId; }
 
     bool open() override
     {
         if (m_open) {
             return false;
         }
-        m_open = m_hub->open(m_port);
+        m_open = m_hub->open(m_half);
         return m_open;
     }
 
     std::uint32_t control(ControlRequest& request) override
     {
-        return m_open ? m_hub->control(m_port, request) : kSimulatedNotOpen;
+        return m_open ? m_hub->control(m_half, request) : kSimulatedNotOpen;
     }
 
     void close() override { giveBack(); }
@@ -42,13 +42,13 @@ private:
     void giveBack()
     {
         if (m_open) {
-            m_hub->close(m_port);
+            m_hub->close(m_half);
             m_open = false;
         }
     }
 
     std::shared_ptr<SimulatedHub> m_hub;
-    AttachedPort m_port;
+    AttachedHalf m_half;
     bool m_open = false;
 };
 
@@ -56,7 +56,7 @@ class SimulatedSearch final : public UsbSearch
 {
 public:
     explicit SimulatedSearch(std::shared_ptr<SimulatedHub> hub)
-        : m_hub(std::move(hub)), m_found(m_hub->attachedPorts())
+        : m_hub(std::move(hub)), m_found(m_hub->attachedHalves())
     {
     }
 
@@ -74,7 +74,7 @@ public:
 
 private:
     std::shared_ptr<SimulatedHub> m_hub;
-    std::vector<AttachedPort> m_found;
+    std::vector<AttachedHalf> m_found;
     std::size_t m_next = 0;
 };
 

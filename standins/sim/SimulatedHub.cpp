@@ -14,7 +14,7 @@ namespace
 constexpr Clock::Duration kRestartTime = std::chrono::milliseconds(700);
 constexpr Clock::Duration kBounceStay = std::chrono::milliseconds(100);
 
-std::size_t indexOf(HubPort port) { return static_cast<std::size_t>(port); }
+std::size_t indexOf(HubSpeed speed) { return static_cast<std::size_t>(speed); }
 
 } // namespace
 
@@ -54,8 +54,8 @@ std::shared_ptr<SimulatedHub> SimulatedHub::create(const SimulatedHubOptions& op
     hub->m_flash.assign(std::move(bytes));
     hub->m_file = std::move(file);
     hub->startCode(options.mode);
-    for (Port& port : hub->m_ports) {
-        port.attached = true;
+    for (Half& half : hub->m_halves) {
+        half.attached = true;
     }
     return hub;
 }
@@ -80,8 +80,8 @@ void SimulatedHub::replug(HubCode code)
     std::uint64_t session = 0;
     {
         const std::lock_guard lock(m_mutex);
-        if (std::any_of(m_ports.begin(), m_ports.end(),
-                        [](const Port& port) { return port.attached; })) {
+        if (std::any_of(m_halves.begin(), m_halves.end(),
+                        [](const Half& half) { return half.attached; })) {
             return;
         }
         session = ++m_session;
@@ -121,26 +121,26 @@ unsigned SimulatedHub::faultsTriggered() const
     return m_faults.triggered();
 }
 
-std::vector<AttachedPort> SimulatedHub::attachedPorts() const
+std::vector<AttachedHalf> SimulatedHub::attachedHalves() const
 {
     const std::lock_guard lock(m_mutex);
-    std::vector<AttachedPort> attached;
-    if (m_ports[indexOf(HubPort::SuperSpeed)].attached) {
-        attached.push_back({HubPort::SuperSpeed, m_session, m_ids.vendorId, m_ids.superSpeedId,
+    std::vector<AttachedHalf> attached;
+    if (m_halves[indexOf(HubSpeed::SuperSpeed)].attached) {
+        attached.push_back({HubSpeed::SuperSpeed, m_session, m_ids.vendorId, m_ids.superSpeedId,
                             m_ids.highSpeedId});
     }
-    if (m_ports[indexOf(HubPort::HighSpeed)].attached) {
-        attached.push_back(
-            {HubPort::HighSpeed, m_session, m_ids.vendorId, m_ids.highSpeedId, m_ids.superSpeedId});
+    if (m_halves[indexOf(HubSpeed::HighSpeed)].attached) {
+        attached.push_back({HubSpeed::HighSpeed, m_session, m_ids.vendorId, m_ids.highSpeedId,
+                            m_ids.superSpeedId});
     }
     return attached;
 }
 
-bool SimulatedHub::open(const AttachedPort& device)
+bool SimulatedHub::open(const AttachedHalf& device)
 {
     const std::lock_guard lock(m_mutex);
-    Port& port = m_ports[indexOf(device.port)];
-    if (device.session != m_session || !port.attached || m_faults.countOpen() || port.opened) {
+    Half& half = m_halves[indexOf(device.speed)];
+    if (device.session != m_session || !half.attached || m_faults.countOpen() || half.opened) {
         return false;
     }
     // The lock is the whole hub's: the first of its devices takes it.
@@ -156,38 +156,38 @@ bool SimulatedHub::open(const AttachedPort& device)
         }
         m_flash.assign(std::move(bytes)); // another program may have changed it meanwhile
     }
-    port.opened = true;
+    half.opened = true;
     return true;
 }
 
-void SimulatedHub::close(const AttachedPort& device)
+void SimulatedHub::close(const AttachedHalf& device)
 {
     const std::lock_guard lock(m_mutex);
     if (!isOpen(device)) {
         return;
     }
-    m_ports[indexOf(device.port)].opened = false;
-    if (m_file && std::none_of(m_ports.begin(), m_ports.end(),
-                               [](const Port& port) { return port.opened; })) {
+    m_halves[indexOf(device.speed)].opened = false;
+    if (m_file && std::none_of(m_halves.begin(), m_halves.end(),
+                               [](const Half& half) { return half.opened; })) {
         m_file->unlock();
     }
 }
 
-bool SimulatedHub::isOpen(const AttachedPort& device) const
+bool SimulatedHub::isOpen(const AttachedHalf& device) const
 {
-    const Port& port = m_ports[indexOf(device.port)];
-    return device.session == m_session && port.attached && port.opened;
+    const Half& half = m_halves[indexOf(device.speed)];
+    return device.session == m_session && half.attached && half.opened;
 }
 
 /// Both devices at once: every handle dies, and a return that was under way is called off.
 void SimulatedHub::leaveBus()
 {
     ++m_session;
-    for (Port& port : m_ports) {
-        if (port.attached) {
+    for (Half& half : m_halves) {
+        if (half.attached) {
             m_notifier.push(UsbEvent::Detached);
         }
-        port = Port();
+        half = Half();
     }
     if (m_file) {
         m_file->unlock();
@@ -257,13 +257,13 @@ void SimulatedHub::comeBack(const Restart& restart)
 /// Brings the devices of one stay onto the bus, each with its own event.
 void SimulatedHub::attach(std::uint64_t session)
 {
-    for (Port& port : m_ports) {
+    for (Half& half : m_halves) {
         {
             const std::lock_guard lock(m_mutex);
             if (m_session != session) { // it left again between the two
                 return;
             }
-            port.attached = true;
+            half.attached = true;
             m_notifier.push(UsbEvent::Attached);
         }
         m_notifier.deliver();

@@ -30,12 +30,12 @@ inline constexpr std::uint32_t kSimulatedNotOpen = 4;  ///< the device is not op
 inline constexpr std::uint16_t kSimulatedRomVersion = 0x0001;
 
 /// The hub has two devices on the bus, one per speed.
-enum class HubPort { SuperSpeed, HighSpeed };
-inline constexpr std::size_t kHubPortCount = 2;
+enum class HubSpeed { SuperSpeed, HighSpeed };
+inline constexpr std::size_t kHubSpeedCount = 2;
 
 /// One of the hub's devices between one arrival on the bus and the next departure.
-struct AttachedPort {
-    HubPort port = HubPort::SuperSpeed;
+struct AttachedHalf {
+    HubSpeed speed = HubSpeed::SuperSpeed;
     std::uint64_t session = 0; ///< which stay on the bus
     std::uint16_t vendorId = 0;
     std::uint16_t productId = 0;
@@ -83,16 +83,16 @@ public:
     unsigned faultsTriggered() const; ///< faults that have happened
 
     // What the bus is made of:
-    std::vector<AttachedPort> attachedPorts() const; ///< in the order of enumeration
-    bool open(const AttachedPort& device);  ///< exclusive, here and across programs that share the
+    std::vector<AttachedHalf> attachedHalves() const; ///< in the order of enumeration
+    bool open(const AttachedHalf& device);  ///< exclusive, here and across programs that share the
                                             ///< file
-    void close(const AttachedPort& device); ///< only by who opened it
-    std::uint32_t control(const AttachedPort& device, ControlRequest& request);
+    void close(const AttachedHalf& device); ///< only by who opened it
+    std::uint32_t control(const AttachedHalf& device, ControlRequest& request);
     Notifier& notifier() { return m_notifier; }
 
 private:
     struct RequestRow;
-    struct Port {
+    struct Half {
         bool attached = false;
         bool opened = false;
     };
@@ -111,7 +111,7 @@ private:
     static const RequestRow* findRow(const ControlRequest& request);
 
     // With m_mutex held:
-    bool isOpen(const AttachedPort& device) const;
+    bool isOpen(const AttachedHalf& device) const;
     bool accepts(const RequestRow* row) const;
     void leaveBus();
     void startCode(HubCode code);
@@ -146,7 +146,7 @@ private:
     FaultList m_faults;
     HubCode m_code = HubCode::Flash;
     SimulatedIds m_ids;
-    std::array<Port, kHubPortCount> m_ports{};
+    std::array<Half, kHubSpeedCount> m_halves{};
     std::uint64_t m_session = 1; // one per stay on the bus; older handles and pending returns are
                                  // void
 };

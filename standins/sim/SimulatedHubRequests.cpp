@@ -40,7 +40,8 @@ struct SimulatedHub::RequestRow {
 const SimulatedHub::RequestRow* SimulatedHub::findRow(const ControlRequest& request)
 {
     static constexpr std::array<RequestRow, 8> kRows = {{
-        {RequestKind::Hello, kVendorOut, 0x02, 0x0001, kAny, 0, false, &SimulatedHub::acknowledge},
+        {RequestKind::OpenTime, kVendorOut, 0x02, 0x0001, kAny, 0, false,
+         &SimulatedHub::acknowledge},
         {RequestKind::Status, kVendorIn, 0x09, 0, 0, kAny, false, &SimulatedHub::readStatus},
         {RequestKind::Rom, kVendorOut, 0x00, 0, 0, 0, false, &SimulatedHub::restartIntoRom},
         {RequestKind::Mode00, kVendorOut, 0x01, 0, 0, 0, false, &SimulatedHub::acknowledge},
@@ -66,7 +67,7 @@ bool SimulatedHub::accepts(const RequestRow* row) const
     return row != nullptr && !(row->romOnly && m_code == HubCode::Flash);
 }
 
-std::uint32_t SimulatedHub::control(const AttachedPort& device, ControlRequest& request)
+std::uint32_t SimulatedHub::control(const AttachedHalf& device, ControlRequest& request)
 {
     request.transferred = 0;
     const RequestRow* const row = findRow(request);

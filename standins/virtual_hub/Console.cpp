@@ -78,24 +78,24 @@ VirtualHub* Console::hubNumbered(const std::string& number)
 std::string Console::plug(VirtualHub& hub, const std::string& /*argument*/)
 {
     hub.hub().replug(HubCode::Flash);
-    hub.settle();
+    hub.waitUntilShown();
     return kDone;
 }
 
 std::string Console::plugRom(VirtualHub& hub, const std::string& /*argument*/)
 {
-    if (!hub.hub().attachedPorts().empty()) {
+    if (!hub.hub().attachedHalves().empty()) {
         return refusal("the hub is plugged in");
     }
     hub.hub().replug(HubCode::Rom);
-    hub.settle();
+    hub.waitUntilShown();
     return kDone;
 }
 
 std::string Console::unplug(VirtualHub& hub, const std::string& /*argument*/)
 {
     hub.hub().unplug();
-    hub.settle();
+    hub.waitUntilShown();
     return kDone;
 }
 
@@ -112,14 +112,14 @@ std::string Console::addFault(VirtualHub& hub, const std::string& argument)
 
 std::string Console::status(VirtualHub& hub, const std::string& /*argument*/)
 {
-    const auto place = [&](HubPort half) {
+    const auto place = [&](HubSpeed half) {
         const std::string id = hub.busId(half);
         return id.empty() ? std::string("-") : id;
     };
     std::ostringstream line;
     line << kDone << " code=" << (hub.hub().runningCode() == HubCode::Flash ? "flash" : "rom")
-         << " superspeed=" << place(HubPort::SuperSpeed)
-         << " high-speed=" << place(HubPort::HighSpeed) << " requests=" << hub.hub().requestCount()
+         << " superspeed=" << place(HubSpeed::SuperSpeed)
+         << " high-speed=" << place(HubSpeed::HighSpeed) << " requests=" << hub.hub().requestCount()
          << " faults=" << hub.hub().faultsTriggered();
     return line.str();
 }

@@ -24,13 +24,13 @@ void append(ByteBuffer& to, const ByteBuffer& bytes)
     to.insert(to.end(), bytes.begin(), bytes.end());
 }
 
-std::uint16_t usbVersion(HubPort half) { return half == HubPort::SuperSpeed ? kUsb30 : kUsb21; }
+std::uint16_t usbVersion(HubSpeed half) { return half == HubSpeed::SuperSpeed ? kUsb30 : kUsb21; }
 
 /// 3: SuperSpeed hub; 1: high-speed hub with a single transaction translator.
-std::uint8_t hubProtocol(HubPort half) { return half == HubPort::SuperSpeed ? 3 : 1; }
+std::uint8_t hubProtocol(HubSpeed half) { return half == HubSpeed::SuperSpeed ? 3 : 1; }
 
 /// As the field has it: an exponent of 2 at SuperSpeed.
-std::uint8_t controlPacketSize(HubPort half) { return half == HubPort::SuperSpeed ? 9 : 64; }
+std::uint8_t controlPacketSize(HubSpeed half) { return half == HubSpeed::SuperSpeed ? 9 : 64; }
 
 ByteBuffer deviceDescriptor(const VirtualDevice& device)
 {
@@ -46,10 +46,10 @@ ByteBuffer deviceDescriptor(const VirtualDevice& device)
 
 /// The endpoint with the port changes. Intervals: 2^(n-1) micro-frames at high speed and above,
 /// milliseconds at full speed.
-ByteBuffer statusEndpoint(HubPort half, bool fullSpeed)
+ByteBuffer statusEndpoint(HubSpeed half, bool fullSpeed)
 {
     ByteBuffer bytes = {7, typeByte(DescriptorType::Endpoint), kStatusEndpoint};
-    if (half == HubPort::SuperSpeed) {
+    if (half == HubSpeed::SuperSpeed) {
         bytes.push_back(0x13); // interrupt, used for notifications
         putLittle16(bytes, 2);
         bytes.push_back(8);
@@ -63,7 +63,7 @@ ByteBuffer statusEndpoint(HubPort half, bool fullSpeed)
     return bytes;
 }
 
-ByteBuffer configuration(HubPort half, DescriptorType type)
+ByteBuffer configuration(HubSpeed half, DescriptorType type)
 {
     const bool fullSpeed = type == DescriptorType::OtherSpeedConfiguration;
     ByteBuffer rest = {1, kConfigurationValue, 0, 0xE0, 0}; // self-powered, may wake the host,
@@ -85,9 +85,9 @@ ByteBuffer deviceQualifier()
 }
 
 /// The product ids of both halves, SuperSpeed first.
-std::array<std::uint16_t, kHubPortCount> productIds(const VirtualDevice& device)
+std::array<std::uint16_t, kHubSpeedCount> productIds(const VirtualDevice& device)
 {
-    if (device.half == HubPort::SuperSpeed) {
+    if (device.half == HubSpeed::SuperSpeed) {
         return {device.productId, device.otherProductId};
     }
     return {device.otherProductId, device.productId};
@@ -156,8 +156,8 @@ ByteBuffer stringDescriptor(const VirtualDevice& device, std::uint8_t index)
     case 1:
         return textDescriptor("Vornadel");
     case 2:
-        return textDescriptor(device.half == HubPort::SuperSpeed ? "Virtual hub, SuperSpeed"
-                                                                 : "Virtual hub, high speed");
+        return textDescriptor(device.half == HubSpeed::SuperSpeed ? "Virtual hub, SuperSpeed"
+                                                                  : "Virtual hub, high speed");
     case 3:
         return textDescriptor(serialNumber(device));
     default:
@@ -184,28 +184,29 @@ ByteBuffer standardDescriptor(const VirtualDevice& device, std::uint8_t type, st
     case DescriptorType::BinaryObjectStore:
         return binaryObjectStore(device);
     case DescriptorType::DeviceQualifier:
-        return device.half == HubPort::HighSpeed ? deviceQualifier() : ByteBuffer();
+        return device.half == HubSpeed::HighSpeed ? deviceQualifier() : ByteBuffer();
     case DescriptorType::OtherSpeedConfiguration:
-        return device.half == HubPort::HighSpeed ? configuration(device.half, asked) : ByteBuffer();
+        return device.half == HubSpeed::HighSpeed ? configuration(device.half, asked)
+                                                  : ByteBuffer();
     default:
         return {};
     }
 }
 
-ByteBuffer hubDescriptor(HubPort half, std::uint8_t type)
+ByteBuffer hubDescriptor(HubSpeed half, std::uint8_t type)
 {
     constexpr std::uint16_t kPowerAndOverCurrentPerPort = 0x0009;
     constexpr std::uint8_t kPowerGood = 50; // in 2 ms
     const DescriptorType own =
-        half == HubPort::SuperSpeed ? DescriptorType::SuperSpeedHub : DescriptorType::HighSpeedHub;
+        half == HubSpeed::SuperSpeed ? DescriptorType::SuperSpeedHub : DescriptorType::HighSpeedHub;
     if (type != typeByte(own)) {
         return {};
     }
-    ByteBuffer bytes = {static_cast<std::uint8_t>(half == HubPort::SuperSpeed ? 12 : 9), type,
+    ByteBuffer bytes = {static_cast<std::uint8_t>(half == HubSpeed::SuperSpeed ? 12 : 9), type,
                         static_cast<std::uint8_t>(kDownstreamPorts)};
     putLittle16(bytes, kPowerAndOverCurrentPerPort);
     append(bytes, {kPowerGood, 0});
-    if (half == HubPort::SuperSpeed) {
+    if (half == HubSpeed::SuperSpeed) {
         bytes.push_back(4);      // packet header decode latency in 0.1 microseconds
         putLittle16(bytes, 100); // forwarding delay in nanoseconds
         putLittle16(bytes, 0);   // every device can be removed

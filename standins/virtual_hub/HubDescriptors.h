@@ -36,6 +36,6 @@ ByteBuffer standardDescriptor(const VirtualDevice& device, std::uint8_t type, st
 
 /// The hub-class descriptor: type 0x2A (12 bytes) on the SuperSpeed half, 0x29 (9 bytes) on the
 /// other; empty for another type.
-ByteBuffer hubDescriptor(HubPort half, std::uint8_t type);
+ByteBuffer hubDescriptor(HubSpeed half, std::uint8_t type);
 
 } // namespace vornadel

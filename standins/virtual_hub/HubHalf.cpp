@@ -91,8 +91,8 @@ constexpr std::array<PortFeature, 19> kPortFeatures = {{
     {30, kSuper, kSuper}, // link power management forced
 }};
 
-Speeds speedOf(HubPort half) { return half == HubPort::SuperSpeed ? kSuper : kHigh; }
-bool includes(Speeds speeds, HubPort half) { return (speeds & speedOf(half)) != 0; }
+Speeds speedOf(HubSpeed half) { return half == HubSpeed::SuperSpeed ? kSuper : kHigh; }
+bool includes(Speeds speeds, HubSpeed half) { return (speeds & speedOf(half)) != 0; }
 
 } // namespace
 
@@ -322,7 +322,7 @@ bool HubHalf::getPortStatus(const SetupPacket& setup, ByteBuffer& reply)
         return false;
     }
     std::uint16_t status = 0;
-    if (m_device.half == HubPort::HighSpeed) {
+    if (m_device.half == HubSpeed::HighSpeed) {
         status = port->powered ? kHighSpeedPower : 0;
     } else if (port->powered) {
         status = kSuperSpeedPower | (port->disabled ? kLinkDisabled : kLinkSearching);

@@ -21,11 +21,11 @@ public:
     virtual bool attach(const VirtualDevice& device, std::string& error) = 0;
     /// Begins to take a half off the bus: its transfers are answered with an error from now on.
     /// Returns at once; harmless for a half that is not there.
-    virtual void beginDetach(unsigned hub, HubPort half) = 0;
+    virtual void beginDetach(unsigned hub, HubSpeed half) = 0;
     /// Waits until nothing of the half is left on the bus. After beginDetach().
-    virtual void finishDetach(unsigned hub, HubPort half) = 0;
+    virtual void finishDetach(unsigned hub, HubSpeed half) = 0;
     /// The bus id under which the half is found; empty when it is not there.
-    virtual std::string busId(unsigned hub, HubPort half) = 0;
+    virtual std::string busId(unsigned hub, HubSpeed half) = 0;
 };
 
 } // namespace vornadel

@@ -56,9 +56,9 @@ private:
     ServerConversation m_talk;
 };
 
-std::string busIdOf(unsigned hub, HubPort half)
+std::string busIdOf(unsigned hub, HubSpeed half)
 {
-    return (half == HubPort::SuperSpeed ? "2-" : "1-") + std::to_string(hub);
+    return (half == HubSpeed::SuperSpeed ? "2-" : "1-") + std::to_string(hub);
 }
 
 /// Whether the process or the machine has run out of files or memory; it may get some back.
@@ -254,7 +254,7 @@ bool ServerHost::attach(const VirtualDevice& device, std::string& /*error*/)
     return true;
 }
 
-void ServerHost::beginDetach(unsigned hub, HubPort half)
+void ServerHost::beginDetach(unsigned hub, HubSpeed half)
 {
     const std::lock_guard lock(m_mutex);
     const auto exported = m_exports.find({hub, half});
@@ -269,7 +269,7 @@ void ServerHost::beginDetach(unsigned hub, HubPort half)
     m_exports.erase(exported);
 }
 
-void ServerHost::finishDetach(unsigned hub, HubPort half)
+void ServerHost::finishDetach(unsigned hub, HubSpeed half)
 {
     std::shared_ptr<DeviceLink> link;
     {
@@ -284,7 +284,7 @@ void ServerHost::finishDetach(unsigned hub, HubPort half)
     link->join();
 }
 
-std::string ServerHost::busId(unsigned hub, HubPort half)
+std::string ServerHost::busId(unsigned hub, HubSpeed half)
 {
     const std::lock_guard lock(m_mutex);
     const auto exported = m_exports.find({hub, half});

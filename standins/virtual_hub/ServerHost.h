@@ -34,13 +34,13 @@ public:
     std::uint16_t port() const { return m_port; } ///< after listen()
 
     bool attach(const VirtualDevice& device, std::string& error) override;
-    void beginDetach(unsigned hub, HubPort half) override;
-    void finishDetach(unsigned hub, HubPort half) override;
-    std::string busId(unsigned hub, HubPort half) override;
+    void beginDetach(unsigned hub, HubSpeed half) override;
+    void finishDetach(unsigned hub, HubSpeed half) override;
+    std::string busId(unsigned hub, HubSpeed half) override;
 
 private:
     class Client;
-    using Half = std::pair<unsigned, HubPort>;
+    using Half = std::pair<unsigned, HubSpeed>;
     struct Export {
         ExportedDevice device;
         std::uint64_t client = 0; // who has imported it; 0: nobody

@@ -18,9 +18,9 @@ using namespace std::chrono_literals;
 namespace
 {
 
-HubPort otherHalf(HubPort half)
+HubSpeed otherHalf(HubSpeed half)
 {
-    return half == HubPort::SuperSpeed ? HubPort::HighSpeed : HubPort::SuperSpeed;
+    return half == HubSpeed::SuperSpeed ? HubSpeed::HighSpeed : HubSpeed::SuperSpeed;
 }
 
 bool samePlace(const VhciPorts::Port& one, const VhciPorts::Port& other)
@@ -48,14 +48,14 @@ bool VhciHost::attach(const VirtualDevice& device, std::string& error)
     return true;
 }
 
-void VhciHost::beginDetach(unsigned hub, HubPort half)
+void VhciHost::beginDetach(unsigned hub, HubSpeed half)
 {
     if (const std::shared_ptr<DeviceLink> link = linkOf({hub, half})) {
         link->leave();
     }
 }
 
-void VhciHost::finishDetach(unsigned hub, HubPort half)
+void VhciHost::finishDetach(unsigned hub, HubSpeed half)
 {
     const std::shared_ptr<DeviceLink> link = linkOf({hub, half});
     if (!link) {
@@ -73,7 +73,7 @@ void VhciHost::finishDetach(unsigned hub, HubPort half)
     waitUntil([&] { return !m_ports.occupied(port) && !m_ports.taken(port); }, 3s);
 }
 
-std::string VhciHost::busId(unsigned hub, HubPort half)
+std::string VhciHost::busId(unsigned hub, HubSpeed half)
 {
     const std::lock_guard lock(m_mutex);
     const auto seat = m_seats.find({hub, half});
@@ -95,12 +95,12 @@ const VhciPorts::Port* VhciHost::choosePort(const Half& half,
                                             const std::vector<VhciPorts::Port>& ports,
                                             std::string& error) const
 {
-    const auto isFree = [&](const VhciPorts::Port& place, HubPort speed) {
+    const auto isFree = [&](const VhciPorts::Port& place, HubSpeed speed) {
         return std::any_of(ports.begin(), ports.end(), [&](const VhciPorts::Port& port) {
             return port.free && port.speed == speed && samePlace(port, place);
         });
     };
-    const HubPort otherSpeed = otherHalf(half.second);
+    const HubSpeed otherSpeed = otherHalf(half.second);
     const auto sister = m_seats.find({half.first, otherSpeed});
     const bool hasSister = sister != m_seats.end() && sister->second.link;
     const VhciPorts::Port* chosen = nullptr;

@@ -27,12 +27,12 @@ public:
     /// Returns when the kernel has the device, has not taken notice of it for a few seconds, or the
     /// stay is over.
     bool attach(const VirtualDevice& device, std::string& error) override;
-    void beginDetach(unsigned hub, HubPort half) override;
-    void finishDetach(unsigned hub, HubPort half) override;
-    std::string busId(unsigned hub, HubPort half) override;
+    void beginDetach(unsigned hub, HubSpeed half) override;
+    void finishDetach(unsigned hub, HubSpeed half) override;
+    std::string busId(unsigned hub, HubSpeed half) override;
 
 private:
-    using Half = std::pair<unsigned, HubPort>;
+    using Half = std::pair<unsigned, HubSpeed>;
     struct Seat {
         VhciPorts::Port port;
         std::shared_ptr<DeviceLink> link; // null: the half is away and its port is kept in mind

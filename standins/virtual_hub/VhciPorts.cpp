@@ -39,7 +39,7 @@ bool readPort(const std::string& line, VhciPorts::Port& port)
     if (!(words >> speed >> port.number >> state) || (speed != "hs" && speed != "ss")) {
         return false;
     }
-    port.speed = speed == "ss" ? HubPort::SuperSpeed : HubPort::HighSpeed;
+    port.speed = speed == "ss" ? HubSpeed::SuperSpeed : HubSpeed::HighSpeed;
     port.free = state == kFree;
     return true;
 }
@@ -74,7 +74,7 @@ std::vector<VhciPorts::Port> VhciPorts::list(std::string& error) const
         if (!file) {
             break;
         }
-        std::array<unsigned, kHubPortCount> places{};
+        std::array<unsigned, kHubSpeedCount> places{};
         for (std::string line; std::getline(file, line);) {
             Port port;
             if (readPort(line, port)) {
@@ -115,7 +115,7 @@ VhciPorts::Attach VhciPorts::attach(const Port& port, int socket, std::uint32_t 
 /// Each controller has two buses, told apart by the speed of their root hubs in Mbit/s.
 std::string VhciPorts::busId(const Port& port) const
 {
-    const std::string_view speed = port.speed == HubPort::SuperSpeed ? "5000" : "480";
+    const std::string_view speed = port.speed == HubSpeed::SuperSpeed ? "5000" : "480";
     std::error_code none;
     const std::filesystem::path folder =
         m_devices / ("vhci_hcd." + std::to_string(port.controller));

@@ -20,7 +20,7 @@ public:
         unsigned number = 0; ///< as `attach` takes it; counts over all controllers
         unsigned controller = 0;
         unsigned place = 0; ///< among the controller's ports of that speed, from 0
-        HubPort speed = HubPort::SuperSpeed;
+        HubSpeed speed = HubSpeed::SuperSpeed;
         bool free = false;
     };
     enum class Attach { Done, Taken, Failed };

@@ -12,7 +12,7 @@ namespace vornadel
 /// One half of a hub for the time of one stay on the bus: what is needed to put it there.
 struct VirtualDevice {
     unsigned hub = 1; ///< which hub, counted from 1
-    HubPort half = HubPort::SuperSpeed;
+    HubSpeed half = HubSpeed::SuperSpeed;
     std::uint16_t vendorId = 0;
     std::uint16_t productId = 0;
     std::uint16_t otherProductId = 0; ///< of the half at the other speed
@@ -25,13 +25,13 @@ struct VirtualDevice {
 };
 
 /// How USB/IP and the kernel number the speeds.
-inline std::uint32_t speedNumber(HubPort half) { return half == HubPort::SuperSpeed ? 5 : 3; }
+inline std::uint32_t speedNumber(HubSpeed half) { return half == HubSpeed::SuperSpeed ? 5 : 3; }
 
 /// The number that USB/IP calls a device by on its connection: bus in the upper half, device in the
 /// lower.
 inline std::uint32_t deviceNumber(const VirtualDevice& device)
 {
-    return ((device.half == HubPort::SuperSpeed ? 2U : 1U) << 16) | device.hub;
+    return ((device.half == HubSpeed::SuperSpeed ? 2U : 1U) << 16) | device.hub;
 }
 
 } // namespace vornadel

@@ -11,7 +11,7 @@ namespace vornadel
 namespace
 {
 
-std::size_t indexOf(HubPort half) { return static_cast<std::size_t>(half); }
+std::size_t indexOf(HubSpeed speed) { return static_cast<std::size_t>(speed); }
 
 } // namespace
 
@@ -32,13 +32,13 @@ VirtualHub::~VirtualHub()
     if (m_thread.joinable()) {
         m_thread.join();
     }
-    detach([](HubPort) { return true; });
+    detach([](HubSpeed) { return true; });
 }
 
 bool VirtualHub::start(std::string& error)
 {
-    for (const AttachedPort& port : m_hub->attachedPorts()) {
-        if (!m_hub->open(port)) {
+    for (const AttachedHalf& half : m_hub->attachedHalves()) {
+        if (!m_hub->open(half)) {
             error = "the flash file of hub " + std::to_string(m_number) +
                     " is in use by another hub or another program; image=FILE names another one";
             return false;
@@ -63,7 +63,7 @@ bool VirtualHub::start(std::string& error)
     return true;
 }
 
-void VirtualHub::settle()
+void VirtualHub::waitUntilShown()
 {
     std::unique_lock lock(m_mutex);
     m_behind = true; // the hub's own event may still be on its way
@@ -96,70 +96,70 @@ void VirtualHub::follow()
 /// come, in its order.
 bool VirtualHub::catchUp(std::string& error)
 {
-    const std::vector<AttachedPort> there = m_hub->attachedPorts();
-    detach([&](HubPort half) {
-        return std::none_of(there.begin(), there.end(), [&](const AttachedPort& port) {
-            return port.port == half && port.session == m_stays[indexOf(half)];
+    const std::vector<AttachedHalf> there = m_hub->attachedHalves();
+    detach([&](HubSpeed speed) {
+        return std::none_of(there.begin(), there.end(), [&](const AttachedHalf& half) {
+            return half.speed == speed && half.session == m_stays[indexOf(speed)];
         });
     });
-    return std::all_of(there.begin(), there.end(), [&](const AttachedPort& port) {
-        return port.session == m_stays[indexOf(port.port)] || attach(port, error);
+    return std::all_of(there.begin(), there.end(), [&](const AttachedHalf& half) {
+        return half.session == m_stays[indexOf(half.speed)] || attach(half, error);
     });
 }
 
-void VirtualHub::detach(const std::function<bool(HubPort)>& leaves)
+void VirtualHub::detach(const std::function<bool(HubSpeed)>& leaves)
 {
-    std::vector<HubPort> leaving;
-    for (const HubPort half : {HubPort::SuperSpeed, HubPort::HighSpeed}) {
+    std::vector<HubSpeed> leaving;
+    for (const HubSpeed half : {HubSpeed::SuperSpeed, HubSpeed::HighSpeed}) {
         if (m_stays[indexOf(half)] != 0 && leaves(half)) {
             leaving.push_back(half);
             m_host.beginDetach(m_number, half);
         }
     }
-    for (const HubPort half : leaving) {
+    for (const HubSpeed half : leaving) {
         m_host.finishDetach(m_number, half);
         m_stays[indexOf(half)] = 0;
     }
 }
 
-bool VirtualHub::attach(const AttachedPort& port, std::string& error)
+bool VirtualHub::attach(const AttachedHalf& half, std::string& error)
 {
-    if (!stays(port)) { // it has left again; there is another event for that
+    if (!stays(half)) { // it has left again; there is another event for that
         return true;
     }
-    m_hub->open(port); // a flash that somebody else has now is tried again at the next request
+    m_hub->open(half); // a flash that somebody else has now is tried again at the next request
     const VirtualDevice device = {
         m_number,
-        port.port,
-        port.vendorId,
-        port.productId,
-        port.otherProductId,
-        [this, port](ControlRequest& request) { return vendorRequest(port, request); },
-        [this, port] { return stays(port); }};
+        half.speed,
+        half.vendorId,
+        half.productId,
+        half.otherProductId,
+        [this, half](ControlRequest& request) { return vendorRequest(half, request); },
+        [this, half] { return stays(half); }};
     if (!m_host.attach(device, error)) {
         return false;
     }
-    m_stays[indexOf(port.port)] = port.session;
+    m_stays[indexOf(half.speed)] = half.session;
     return true;
 }
 
-bool VirtualHub::stays(const AttachedPort& port) const
+bool VirtualHub::stays(const AttachedHalf& half) const
 {
-    const std::vector<AttachedPort> there = m_hub->attachedPorts();
-    return std::any_of(there.begin(), there.end(), [&](const AttachedPort& other) {
-        return other.port == port.port && other.session == port.session;
+    const std::vector<AttachedHalf> there = m_hub->attachedHalves();
+    return std::any_of(there.begin(), there.end(), [&](const AttachedHalf& other) {
+        return other.speed == half.speed && other.session == half.session;
     });
 }
 
 /// The simulated hub answers who has opened it. On a real bus nobody opens a hub, so that is done
 /// here, once for each stay; a hub whose flash another program has meanwhile refuses.
-std::uint32_t VirtualHub::vendorRequest(const AttachedPort& port, ControlRequest& request)
+std::uint32_t VirtualHub::vendorRequest(const AttachedHalf& half, ControlRequest& request)
 {
-    const std::uint32_t status = m_hub->control(port, request);
-    if (status != kSimulatedNoDevice || !stays(port)) {
+    const std::uint32_t status = m_hub->control(half, request);
+    if (status != kSimulatedNoDevice || !stays(half)) {
         return status;
     }
-    return m_hub->open(port) ? m_hub->control(port, request) : kSimulatedStall;
+    return m_hub->open(half) ? m_hub->control(half, request) : kSimulatedStall;
 }
 
 } // namespace vornadel

@@ -33,25 +33,25 @@ public:
     bool start(std::string& error);
 
     /// Waits until the bus shows what the hub did up to now. After start().
-    void settle();
+    void waitUntilShown();
 
     SimulatedHub& hub() { return *m_hub; }
-    std::string busId(HubPort half) { return m_host.busId(m_number, half); }
+    std::string busId(HubSpeed half) { return m_host.busId(m_number, half); }
 
 private:
     void follow();
     bool catchUp(std::string& error);
-    bool attach(const AttachedPort& port, std::string& error);
-    bool stays(const AttachedPort& port) const;
-    std::uint32_t vendorRequest(const AttachedPort& port, ControlRequest& request);
-    void detach(const std::function<bool(HubPort)>& leaves);
+    bool attach(const AttachedHalf& half, std::string& error);
+    bool stays(const AttachedHalf& half) const;
+    std::uint32_t vendorRequest(const AttachedHalf& half, ControlRequest& request);
+    void detach(const std::function<bool(HubSpeed)>& leaves);
 
     const unsigned m_number;
     const std::shared_ptr<SimulatedHub> m_hub;
     HubHost& m_host;
     const std::function<void(const std::string&)> m_complain;
-    std::array<std::uint64_t, kHubPortCount> m_stays{}; // the stay for which a half is on the bus;
-                                                        // 0: it is not
+    std::array<std::uint64_t, kHubSpeedCount> m_stays{}; // the stay for which a half is on the bus;
+                                                         // 0: it is not
 
     std::mutex m_mutex; // guards what follows
     std::condition_variable m_changed;

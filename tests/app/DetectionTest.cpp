@@ -58,7 +58,7 @@ protected:
 TEST_F(Detection, RunsTwiceAtTheStart)
 {
     EXPECT_THAT(consoleOfLaunch(), EndsWith("Enter Device Added\nEnter Device Removed\n"));
-    EXPECT_EQ(hub().requestCount(), 4U) << "greeting and status, twice";
+    EXPECT_EQ(hub().requestCount(), 4U) << "open-time request and status, twice";
     expectShown(kDemo100, kBlueHue);
     EXPECT_FALSE(Hub_IsOpen());
 }

@@ -228,7 +228,7 @@ TEST(Read, ExitsWithZeroOnlyWhenTheFileHoldsTheFlash)
             EXPECT_FALSE(Hub_IsOpen());
         }
     }
-    EXPECT_GT(succeeded, 0); // a stalled greeting does no harm
+    EXPECT_GT(succeeded, 0); // a stalled open-time request does no harm
     EXPECT_GT(failed, 0);
 }
 

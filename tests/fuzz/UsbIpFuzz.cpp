@@ -51,13 +51,13 @@ public:
     std::vector<ExportedDevice> devices() override
     {
         std::vector<ExportedDevice> offered;
-        for (const AttachedPort& port : m_hub->attachedPorts()) {
-            const auto request = [this, port](ControlRequest& each) {
-                m_hub->open(port);
-                return m_hub->control(port, each);
+        for (const AttachedHalf& half : m_hub->attachedHalves()) {
+            const auto request = [this, half](ControlRequest& each) {
+                m_hub->open(half);
+                return m_hub->control(half, each);
             };
-            offered.push_back({port.port == HubPort::SuperSpeed ? "2-1" : "1-1",
-                               {1, port.port, port.vendorId, port.productId, port.otherProductId,
+            offered.push_back({half.speed == HubSpeed::SuperSpeed ? "2-1" : "1-1",
+                               {1, half.speed, half.vendorId, half.productId, half.otherProductId,
                                 request, [] { return true; }}});
         }
         return offered;

@@ -38,7 +38,7 @@ TEST_F(Detection, ReadsTheVersionOfTheHub)
     EXPECT_THAT(m_bus.events(), ElementsAre("search", "drop 0", "end of list", "search", "open 0",
                                             "close 0", "drop 0"));
     EXPECT_THAT(m_bus.requests(),
-                ElementsAre(kGreeting, SeenRequest{{0xC0, 0x09, 0, 0, 0, 0, 32, 0}}));
+                ElementsAre(kOpenTime, SeenRequest{{0xC0, 0x09, 0, 0, 0, 0, 32, 0}}));
 }
 
 TEST_F(Detection, OpensNothingWithoutASupportedHub)

@@ -25,7 +25,7 @@ TEST_F(SwitchMode, ReopensAfterTheHubReturns)
     EXPECT_TRUE(Hub_SwitchMode(HUB_MODE_FLASH));
     EXPECT_TRUE(Hub_IsOpen());
     EXPECT_EQ(m_clock.pauses(), times(3, 2s));
-    EXPECT_THAT(m_bus.requests(), ElementsAre(kRestartIntoFlash, kGreeting));
+    EXPECT_THAT(m_bus.requests(), ElementsAre(kRestartIntoFlash, kOpenTime));
     EXPECT_THAT(m_bus.events(),
                 ElementsAre("close 0", "drop 0", "search", "search", "search", "open 0"));
 }
@@ -34,7 +34,7 @@ TEST_F(SwitchMode, ReadsTheStatusBlockOnlyOnTheWayIntoRomCode)
 {
     open();
     EXPECT_TRUE(Hub_SwitchMode(HUB_MODE_ROM));
-    EXPECT_THAT(m_bus.requests(), ElementsAre(kReadStatus, kRestartIntoRom, kGreeting));
+    EXPECT_THAT(m_bus.requests(), ElementsAre(kReadStatus, kRestartIntoRom, kOpenTime));
     EXPECT_EQ(m_clock.pauses(), times(1, 2s));
 }
 
@@ -53,7 +53,7 @@ TEST_F(SwitchMode, WaitsTwoSecondsForAQuickHubOnTheWayIntoFlashCode)
     m_status[13] = 1;
     EXPECT_TRUE(Hub_SwitchMode(HUB_MODE_FLASH));
     EXPECT_EQ(m_clock.pauses(), times(1, 2s));
-    EXPECT_THAT(m_bus.requests(), ElementsAre(kRestartIntoFlash, kGreeting));
+    EXPECT_THAT(m_bus.requests(), ElementsAre(kRestartIntoFlash, kOpenTime));
 }
 
 TEST_F(SwitchMode, TakesOnlySpeedByteOneForQuick)
@@ -144,7 +144,7 @@ TEST_F(OpenRomDevice, UsesAHubInRomCodeAsItIs)
     runRomCode();
     EXPECT_TRUE(Hub_OpenRomDevice());
     EXPECT_TRUE(Hub_IsOpen());
-    EXPECT_THAT(m_bus.requests(), ElementsAre(kGreeting, kReadStatus));
+    EXPECT_THAT(m_bus.requests(), ElementsAre(kOpenTime, kReadStatus));
     EXPECT_THAT(m_clock.pauses(), IsEmpty());
 }
 
@@ -152,8 +152,8 @@ TEST_F(OpenRomDevice, RestartsAHubThatRunsItsFirmware)
 {
     EXPECT_TRUE(Hub_OpenRomDevice());
     EXPECT_TRUE(Hub_IsOpen());
-    EXPECT_THAT(m_bus.requests(), ElementsAre(kGreeting, kReadStatus, kReadStatus, kRestartIntoRom,
-                                              kGreeting, kReadStatus));
+    EXPECT_THAT(m_bus.requests(), ElementsAre(kOpenTime, kReadStatus, kReadStatus, kRestartIntoRom,
+                                              kOpenTime, kReadStatus));
     EXPECT_EQ(m_clock.pauses(), times(1, 2s));
     EXPECT_EQ(LastError, 0);
 }
@@ -176,8 +176,8 @@ TEST_F(OpenRomDevice, SetsCodeTwelveWhenTheHubStaysOutOfRomCode)
     EXPECT_FALSE(Hub_OpenRomDevice());
     EXPECT_EQ(LastError, 12);
     EXPECT_FALSE(Hub_IsOpen());
-    EXPECT_THAT(m_bus.requests(), ElementsAre(kGreeting, kReadStatus, kReadStatus, kRestartIntoRom,
-                                              kGreeting, kReadStatus));
+    EXPECT_THAT(m_bus.requests(), ElementsAre(kOpenTime, kReadStatus, kReadStatus, kRestartIntoRom,
+                                              kOpenTime, kReadStatus));
 }
 
 TEST_F(OpenRomDevice, TreatsAnUnreadableStatusBlockAsNoRomCode)
@@ -187,8 +187,8 @@ TEST_F(OpenRomDevice, TreatsAnUnreadableStatusBlockAsNoRomCode)
     EXPECT_FALSE(Hub_OpenRomDevice());
     EXPECT_EQ(LastError, 12);
     EXPECT_FALSE(Hub_IsOpen());
-    EXPECT_THAT(m_bus.requests(), ElementsAre(kGreeting, kReadStatus, kReadStatus, kRestartIntoRom,
-                                              kGreeting, kReadStatus));
+    EXPECT_THAT(m_bus.requests(), ElementsAre(kOpenTime, kReadStatus, kReadStatus, kRestartIntoRom,
+                                              kOpenTime, kReadStatus));
 }
 
 TEST_F(OpenRomDevice, FailsClosedWhenTheRestartIsRefused)

@@ -22,7 +22,7 @@ inline constexpr std::uint16_t kSuperSpeed = 0x3300;
 inline constexpr std::uint16_t kHighSpeed = 0x2200;
 
 /// The request that follows every open.
-inline const SeenRequest kGreeting{
+inline const SeenRequest kOpenTime{
     {0x40, 0x02, 0x01, 0x00, HUB_MAKER_VID & 0xFF, HUB_MAKER_VID >> 8 & 0xFF, 0x00, 0x00}};
 
 /// One supported hub on a scripted bus, and a clock on which nobody waits.

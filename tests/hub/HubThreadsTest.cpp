@@ -47,7 +47,7 @@ TEST_F(HubThreads, FindTheHubBusyWhileAnotherIsOpeningIt)
     });
     EXPECT_TRUE(Hub_OpenDevice());
     EXPECT_THAT(m_bus.events(), ElementsAre("search", "open 0"));
-    EXPECT_THAT(m_bus.requests(), ElementsAre(kGreeting));
+    EXPECT_THAT(m_bus.requests(), ElementsAre(kOpenTime));
 }
 
 TEST_F(HubThreads, FindTheHubBusyWhileAnotherIsClosingIt)

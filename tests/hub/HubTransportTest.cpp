@@ -108,7 +108,7 @@ TEST_F(OpenDevice, OpensTheHubAndSendsTheOpenTimeRequest)
     EXPECT_TRUE(Hub_OpenDevice());
     EXPECT_TRUE(Hub_IsOpen());
     EXPECT_EQ(LastError, 0);
-    EXPECT_THAT(m_bus.requests(), ElementsAre(kGreeting));
+    EXPECT_THAT(m_bus.requests(), ElementsAre(kOpenTime));
 }
 
 TEST_F(OpenDevice, SendsTheMakersIdThatIsConfigured)
@@ -137,7 +137,7 @@ TEST_F(OpenDevice, TakesAHubByItsHighSpeedIdLikeByItsSuperSpeedId)
 {
     m_bus.attached = {{kVendor, kHighSpeed}};
     EXPECT_TRUE(Hub_OpenDevice());
-    EXPECT_THAT(m_bus.requests(), ElementsAre(kGreeting));
+    EXPECT_THAT(m_bus.requests(), ElementsAre(kOpenTime));
 }
 
 TEST_F(OpenDevice, PassesByWhatIsNotSupported)

@@ -28,7 +28,7 @@ public:
         m_mac.plug(std::move(device));
     }
     void unplug() override { m_mac.unplug(); }
-    void settle() override { m_mac.turnRunLoop(); }
+    void deliverEvents() override { m_mac.turnRunLoop(); }
 
     ControlRequest readRequest(std::span<std::uint8_t> in) override
     {

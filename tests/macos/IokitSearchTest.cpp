@@ -73,7 +73,7 @@ protected:
     static Calls released(int place) { return {"interface " + std::to_string(place) + " Release"}; }
     static Calls opened(int place)
     {
-        return {"interface " + std::to_string(place) + " USBDeviceOpen", greeting(place)};
+        return {"interface " + std::to_string(place) + " USBDeviceOpen", openTimeRequest(place)};
     }
 
     /// Both searches pass such a device by, with these calls after it was met, and go on to the hub

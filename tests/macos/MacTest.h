@@ -28,7 +28,7 @@ inline std::vector<std::string> callsUpToTheInterface(const std::string& iterato
 }
 
 /// The request that follows the open of the device at a place.
-inline std::string greeting(int place)
+inline std::string openTimeRequest(int place)
 {
     char text[64];
     std::snprintf(text, sizeof text, "interface %d DeviceRequest(40 02 0001 %04X 0000)", place,

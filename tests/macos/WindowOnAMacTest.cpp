@@ -113,7 +113,8 @@ std::vector<std::string> registrationFrom(const std::vector<std::string>& calls)
         calls.end()};
 }
 
-/// One detection of an open hub: the search, the open, the greeting, the version, the close.
+/// One detection of an open hub: the search, the open, the open-time request, the version, the
+/// close.
 std::vector<std::string> detection(int dictionary)
 {
     const std::string found = "iterator " + std::to_string(dictionary);
@@ -130,7 +131,7 @@ std::vector<std::string> detection(int dictionary)
         search(dictionary), callsUpToTheInterface(found, 0), ids,
         std::vector<std::string>{"interface 0 Release", "IOObjectRelease(" + found + ")"},
         search(dictionary + 1), callsUpToTheInterface(opened, 0), ids,
-        std::vector<std::string>{"interface 0 USBDeviceOpen", greeting(0),
+        std::vector<std::string>{"interface 0 USBDeviceOpen", openTimeRequest(0),
                                  "interface 0 DeviceRequest(C0 09 0000 0000 0020)",
                                  "interface 0 USBDeviceClose", "interface 0 Release"});
 }

@@ -62,7 +62,7 @@ public:
 
     ControlRequest stalledRequest() override { return {.bmRequestType = 0x40, .bRequest = kStall}; }
 
-    void settle() override { m_clock.advance(std::chrono::seconds(1)); }
+    void deliverEvents() override { m_clock.advance(std::chrono::seconds(1)); }
 
 private:
     WireAnswer answer(const WireRequest& request)

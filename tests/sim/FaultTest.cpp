@@ -23,7 +23,7 @@ TEST(StallFault, HitsTheFifthRequestAndNoOther)
     HubBench bench(withFault("stall@5"));
     ASSERT_TRUE(bench.open());
     for (int n = 1; n <= 10; ++n) {
-        EXPECT_EQ(bench.hello() != 0, n == 5) << n;
+        EXPECT_EQ(bench.openTime() != 0, n == 5) << n;
         EXPECT_EQ(bench.hub().faultsTriggered(), n < 5 ? 0U : 1U);
     }
     EXPECT_EQ(bench.hub().requestCount(), 10U);
@@ -43,7 +43,7 @@ const std::vector<std::pair<const char*, std::function<std::uint32_t(HubBench&)>
 {
     static const std::vector<std::pair<const char*, std::function<std::uint32_t(HubBench&)>>>
         kRequests = {
-            {"hello", [](HubBench& bench) { return bench.hello(); }},
+            {"open-time", [](HubBench& bench) { return bench.openTime(); }},
             {"status",
              [](HubBench& bench) {
                  std::array<std::uint8_t, 32> block{};
@@ -289,9 +289,9 @@ TEST(RestartFault, BounceComesBackTwice)
     bench.restartIntoFlash();
     bench.clock.advance(750ms);
     ASSERT_TRUE(bench.open());
-    EXPECT_EQ(bench.hello(), 0U);
+    EXPECT_EQ(bench.openTime(), 0U);
     bench.clock.advance(10s);
-    EXPECT_EQ(bench.hello(), kSimulatedNoDevice);
+    EXPECT_EQ(bench.openTime(), kSimulatedNoDevice);
     ASSERT_TRUE(bench.open());
     EXPECT_FALSE(bench.runsRom());
     const std::vector<std::pair<Clock::Duration, UsbEvent>> expected = {
@@ -321,13 +321,13 @@ TEST(AddedFault, WithoutPositionHitsTheNext)
 {
     HubBench bench;
     ASSERT_TRUE(bench.open());
-    bench.hello();
+    bench.openTime();
     bench.hub().addFault({FaultKind::Stall});
-    EXPECT_EQ(bench.hello(), kSimulatedStall);
-    EXPECT_EQ(bench.hello(), 0U);
-    bench.hub().addFault({FaultKind::Stall, RequestKind::Hello});
+    EXPECT_EQ(bench.openTime(), kSimulatedStall);
+    EXPECT_EQ(bench.openTime(), 0U);
+    bench.hub().addFault({FaultKind::Stall, RequestKind::OpenTime});
     EXPECT_EQ(bench.erase(), 0U);
-    EXPECT_EQ(bench.hello(), kSimulatedStall);
+    EXPECT_EQ(bench.openTime(), kSimulatedStall);
     bench.device->close();
     bench.hub().addFault({FaultKind::OpenRefused, {}, 0, 1});
     EXPECT_FALSE(bench.open());
@@ -344,9 +344,9 @@ TEST(AddedFault, WithAPositionThatHasPassedNeverHits)
 {
     HubBench bench;
     ASSERT_TRUE(bench.open());
-    bench.hello();
+    bench.openTime();
     bench.hub().addFault({FaultKind::Stall, {}, 1});
-    EXPECT_EQ(bench.hello(), 0U);
+    EXPECT_EQ(bench.openTime(), 0U);
     EXPECT_EQ(bench.hub().faultsTriggered(), 0U);
 }
 

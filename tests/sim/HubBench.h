@@ -81,7 +81,7 @@ public:
         transferred = request.transferred;
         return status;
     }
-    std::uint32_t hello() { return send({0x40, 0x02, 0x0001, 0x1209}); }
+    std::uint32_t openTime() { return send({0x40, 0x02, 0x0001, 0x1209}); }
     std::uint32_t restartIntoRom() { return send({0x40, 0x00, 0, 0}); }
     std::uint32_t restartIntoFlash() { return send({0x40, 0xE9, 0x0101, 0}); }
     std::uint32_t erase() { return send({0x40, 0xE8, 0, 0}); }

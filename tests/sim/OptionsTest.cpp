@@ -106,7 +106,7 @@ TEST(FaultText, IsReadInAllItsForms)
     const std::vector<FaultText> rows = {
         {"stall@5", {FaultKind::Stall, {}, 5}},
         {"stall@write#2", {FaultKind::Stall, RequestKind::Write, 2}},
-        {"stall@hello", {FaultKind::Stall, RequestKind::Hello, 1}},
+        {"stall@open-time", {FaultKind::Stall, RequestKind::OpenTime, 1}},
         {"vanish-before@status#3", {FaultKind::VanishBefore, RequestKind::Status, 3}},
         {"vanish-after@rom", {FaultKind::VanishAfter, RequestKind::Rom, 1}},
         {"ignore@flash", {FaultKind::Ignore, RequestKind::Flash, 1}},

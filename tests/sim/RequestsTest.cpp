@@ -59,7 +59,7 @@ TEST(SimulatedHub, AcknowledgesTheOpenTimeRequestOfAnyMaker)
 {
     HubBench bench(flashOptions());
     ASSERT_TRUE(bench.open());
-    EXPECT_EQ(bench.hello(), 0U);
+    EXPECT_EQ(bench.openTime(), 0U);
     EXPECT_EQ(bench.send({0x40, 0x02, 0x0001, 0x4711}), 0U);
     EXPECT_NE(bench.send({0x40, 0x02, 0x0002, 0x1209}), 0U);
 }
@@ -163,7 +163,7 @@ TEST(SimulatedHub, TakesTimeToEraseAndProgram)
     options.latency = SimulatedLatency::Real;
     HubBench bench(options);
     ASSERT_TRUE(bench.open());
-    bench.hello();
+    bench.openTime();
     bench.erase();
     bench.write(0, Bytes(4096, 0));
     bench.write(4096, Bytes(257, 0));
@@ -205,7 +205,7 @@ TEST(SimulatedHub, ShowsEachRequestBeforeItTakesEffect)
         erasedYet = bench.hub().flash() == Bytes(kFlashSize, 0xFF);
     };
     ASSERT_TRUE(bench.open());
-    bench.hello();
+    bench.openTime();
     bench.erase();
     EXPECT_EQ(requests, (std::vector<int>{0x02, 0xE8}));
     EXPECT_FALSE(erasedYet);

@@ -133,7 +133,7 @@ TEST(Restart, KillsEveryHandle)
     ASSERT_TRUE(stale[1]->open());
     ASSERT_TRUE(bench.open());
     EXPECT_EQ(bench.restartIntoRom(), 0U);
-    EXPECT_NE(bench.hello(), 0U);
+    EXPECT_NE(bench.openTime(), 0U);
     ControlRequest request{0x40, 0xE8, 0, 0};
     EXPECT_EQ(stale[1]->control(request), kSimulatedNoDevice);
     EXPECT_FALSE(stale[0]->open());
@@ -245,10 +245,10 @@ TEST(Plug, IsPulledAndPutBack)
     bench.hub().unplug();
     bench.hub().unplug();
     EXPECT_TRUE(listDevices(*bench.bus).empty());
-    EXPECT_EQ(bench.hello(), kSimulatedNoDevice);
+    EXPECT_EQ(bench.openTime(), kSimulatedNoDevice);
     bench.hub().replug();
     EXPECT_EQ(listDevices(*bench.bus).size(), 2U);
-    EXPECT_EQ(bench.hello(), kSimulatedNoDevice);
+    EXPECT_EQ(bench.openTime(), kSimulatedNoDevice);
     ASSERT_TRUE(bench.open());
     EXPECT_FALSE(bench.runsRom()); // power was off
 }
@@ -267,7 +267,7 @@ TEST(Plug, IsInAlreadyWhilePutBack)
     HubBench bench;
     ASSERT_TRUE(bench.open());
     bench.hub().replug();
-    EXPECT_EQ(bench.hello(), 0U);
+    EXPECT_EQ(bench.openTime(), 0U);
     EXPECT_TRUE(bench.runsRom());
 }
 

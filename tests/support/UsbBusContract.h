@@ -42,8 +42,8 @@ public:
     /// A request that the device stalls; without data stage.
     virtual ControlRequest stalledRequest() = 0;
 
-    /// Makes plug events reach the listener where that takes a push, as a virtual clock does.
-    virtual void settle() {}
+    /// Delivers the plug events where they do not come by themselves: a virtual clock, a run loop.
+    virtual void deliverEvents() {}
 };
 
 struct BusFactory {
@@ -262,11 +262,11 @@ TEST_P(UsbBusContract, ReportsWhatComesAndGoes)
     PlugEvents events;
     ASSERT_TRUE(watch(events));
     plug();
-    m_subject->settle();
+    m_subject->deliverEvents();
     EXPECT_TRUE(events.waitFor(UsbEvent::Attached));
     const std::size_t arrivals = events.all().size();
     m_subject->unplug();
-    m_subject->settle();
+    m_subject->deliverEvents();
     EXPECT_TRUE(events.waitFor(UsbEvent::Detached, arrivals));
     bus().unwatch();
 }
@@ -278,7 +278,7 @@ TEST_P(UsbBusContract, ReportsNothingThatWasThereBeforeTheWatch)
     PlugEvents events;
     ASSERT_TRUE(watch(events));
     m_subject->unplug();
-    m_subject->settle();
+    m_subject->deliverEvents();
     EXPECT_TRUE(events.waitFor(UsbEvent::Detached));
     bus().unwatch();
     EXPECT_EQ(events.all().front(), UsbEvent::Detached);
@@ -291,7 +291,7 @@ TEST_P(UsbBusContract, ReportsNothingAfterTheWatch)
     bus().unwatch();
     bus().unwatch();
     plug();
-    m_subject->settle();
+    m_subject->deliverEvents();
     EXPECT_NE(find(), nullptr);
     EXPECT_TRUE(events.all().empty());
 }
@@ -303,7 +303,7 @@ TEST_P(UsbBusContract, WatchesAgain)
     bus().unwatch();
     ASSERT_TRUE(watch(events));
     plug();
-    m_subject->settle();
+    m_subject->deliverEvents();
     EXPECT_TRUE(events.waitFor(UsbEvent::Attached));
     bus().unwatch();
 }

@@ -67,8 +67,8 @@ TEST_F(ConsoleTest, TellsHowAHubIs)
               "ok code=flash superspeed=super1 high-speed=high1 requests=0 faults=0");
     m_console.answer("unplug 2");
     m_console.answer("plug-rom 2");
-    ControlRequest hello = {0x40, 0x02, 1, 0x1209};
-    m_hosts[1].device(HubPort::SuperSpeed).vendorRequest(hello);
+    ControlRequest openTime = {0x40, 0x02, 1, 0x1209};
+    m_hosts[1].device(HubSpeed::SuperSpeed).vendorRequest(openTime);
     EXPECT_EQ(m_console.answer("status 2"),
               "ok code=rom superspeed=super2 high-speed=high2 requests=1 faults=0");
     m_console.answer("unplug 2");
@@ -77,10 +77,10 @@ TEST_F(ConsoleTest, TellsHowAHubIs)
 
 TEST_F(ConsoleTest, AddsAFault)
 {
-    EXPECT_EQ(m_console.answer("fault stall@hello 2"), "ok");
-    ControlRequest hello = {0x40, 0x02, 1, 0x1209};
-    EXPECT_EQ(m_hosts[0].device(HubPort::SuperSpeed).vendorRequest(hello), 0U);
-    EXPECT_EQ(m_hosts[1].device(HubPort::SuperSpeed).vendorRequest(hello), kSimulatedStall);
+    EXPECT_EQ(m_console.answer("fault stall@open-time 2"), "ok");
+    ControlRequest openTime = {0x40, 0x02, 1, 0x1209};
+    EXPECT_EQ(m_hosts[0].device(HubSpeed::SuperSpeed).vendorRequest(openTime), 0U);
+    EXPECT_EQ(m_hosts[1].device(HubSpeed::SuperSpeed).vendorRequest(openTime), kSimulatedStall);
     EXPECT_THAT(m_console.answer("status 2"), HasSubstr("faults=1"));
     EXPECT_THAT(m_console.answer("fault nonsense"), StartsWith("error: "));
     EXPECT_THAT(m_console.answer("fault open-refused:1"), HasSubstr("open-refused"));

@@ -32,14 +32,14 @@ std::string text(const Bytes& descriptor)
 
 TEST(SuperSpeedDescriptors, DescribeAHubOfUsb3)
 {
-    HalfBench bench(HubPort::SuperSpeed);
+    HalfBench bench(HubSpeed::SuperSpeed);
     EXPECT_THAT(bench.descriptor(0x0100), ElementsAre(18, 1, 0x00, 0x03, 9, 0, 3, 9, 0x2B, 0x1A,
                                                       0x4D, 0x3C, 0x00, 0x01, 1, 2, 3, 1));
 }
 
 TEST(SuperSpeedDescriptors, HaveAnEndpointWithItsCompanion)
 {
-    HalfBench bench(HubPort::SuperSpeed);
+    HalfBench bench(HubSpeed::SuperSpeed);
     const Bytes set = bench.descriptor(0x0200);
     ASSERT_THAT(set, SizeIs(31));
     EXPECT_THAT(part(set, 0, 9), ElementsAre(9, 2, 31, 0, 1, 1, 0, 0xE0, 0));
@@ -50,14 +50,14 @@ TEST(SuperSpeedDescriptors, HaveAnEndpointWithItsCompanion)
 
 TEST(SuperSpeedDescriptors, KnowNoOtherSpeed)
 {
-    HalfBench bench(HubPort::SuperSpeed);
+    HalfBench bench(HubSpeed::SuperSpeed);
     EXPECT_TRUE(bench.stalls({0x80, 6, 0x0600, 0, 10}));
     EXPECT_TRUE(bench.stalls({0x80, 6, 0x0700, 0, 9}));
 }
 
 TEST(SuperSpeedDescriptors, DescribeThePorts)
 {
-    HalfBench bench(HubPort::SuperSpeed);
+    HalfBench bench(HubSpeed::SuperSpeed);
     EXPECT_THAT(bench.read({0xA0, 6, 0x2A00, 0, 12}),
                 ElementsAre(12, 0x2A, 4, 0x09, 0, 50, 0, 4, 100, 0, 0, 0));
     EXPECT_TRUE(bench.stalls({0xA0, 6, 0x2900, 0, 9}));
@@ -65,7 +65,7 @@ TEST(SuperSpeedDescriptors, DescribeThePorts)
 
 TEST(HighSpeedDescriptors, DescribeTheCompanionOfAHubOfUsb3)
 {
-    HalfBench bench(HubPort::HighSpeed);
+    HalfBench bench(HubSpeed::HighSpeed);
     EXPECT_THAT(bench.descriptor(0x0100), ElementsAre(18, 1, 0x10, 0x02, 9, 0, 1, 64, 0x2B, 0x1A,
                                                       0x4E, 0x3C, 0x00, 0x01, 1, 2, 3, 1));
     EXPECT_THAT(bench.descriptor(0x0600), ElementsAre(10, 6, 0x10, 0x02, 9, 0, 0, 64, 1, 0));
@@ -73,7 +73,7 @@ TEST(HighSpeedDescriptors, DescribeTheCompanionOfAHubOfUsb3)
 
 TEST(HighSpeedDescriptors, HaveAnEndpointAtBothSpeeds)
 {
-    HalfBench bench(HubPort::HighSpeed);
+    HalfBench bench(HubSpeed::HighSpeed);
     for (const bool fullSpeed : {false, true}) {
         const Bytes set = bench.descriptor(fullSpeed ? 0x0700 : 0x0200);
         ASSERT_THAT(set, SizeIs(25));
@@ -85,7 +85,7 @@ TEST(HighSpeedDescriptors, HaveAnEndpointAtBothSpeeds)
 
 TEST(HighSpeedDescriptors, DescribeThePorts)
 {
-    HalfBench bench(HubPort::HighSpeed);
+    HalfBench bench(HubSpeed::HighSpeed);
     EXPECT_THAT(bench.read({0xA0, 6, 0x2900, 0, 71}),
                 ElementsAre(9, 0x29, 4, 0x09, 0, 50, 0, 0, 0xFF));
     EXPECT_TRUE(bench.stalls({0xA0, 6, 0x2A00, 0, 12}));
@@ -105,7 +105,7 @@ TEST_P(EachHalf, TellsItsStringsInUsEnglish)
 {
     EXPECT_THAT(m_bench.descriptor(0x0300), ElementsAre(4, 3, 0x09, 0x04));
     EXPECT_EQ(text(m_bench.descriptor(0x0301)), "Vornadel");
-    EXPECT_EQ(text(m_bench.descriptor(0x0302)), GetParam() == HubPort::SuperSpeed
+    EXPECT_EQ(text(m_bench.descriptor(0x0302)), GetParam() == HubSpeed::SuperSpeed
                                                     ? "Virtual hub, SuperSpeed"
                                                     : "Virtual hub, high speed");
     EXPECT_EQ(text(m_bench.descriptor(0x0303)), "VIRTUAL3-3C4D3C4E");
@@ -128,24 +128,24 @@ TEST_P(EachHalf, HasOneOfEachDescriptor)
 }
 
 INSTANTIATE_TEST_SUITE_P(Descriptors, EachHalf,
-                         testing::Values(HubPort::SuperSpeed, HubPort::HighSpeed));
+                         testing::Values(HubSpeed::SuperSpeed, HubSpeed::HighSpeed));
 
 TEST(ContainerId, IsTheSameOnBothHalvesAndAnotherOneOnAnotherHub)
 {
-    const auto containerId = [](unsigned hub, HubPort half) {
+    const auto containerId = [](unsigned hub, HubSpeed half) {
         VirtualDevice device = someDevice(half);
         device.hub = hub;
         return part(standardDescriptor(device, 15, 0), 26, 16);
     };
-    EXPECT_EQ(containerId(1, HubPort::SuperSpeed), containerId(1, HubPort::HighSpeed));
-    EXPECT_NE(containerId(1, HubPort::SuperSpeed), containerId(2, HubPort::SuperSpeed));
+    EXPECT_EQ(containerId(1, HubSpeed::SuperSpeed), containerId(1, HubSpeed::HighSpeed));
+    EXPECT_NE(containerId(1, HubSpeed::SuperSpeed), containerId(2, HubSpeed::SuperSpeed));
 }
 
 TEST(ContainerIdAndSerialNumber, DifferBetweenHubsOfOneNumberWithOtherProductIds)
 {
     for (const std::uint16_t descriptor : {std::uint16_t{0x0F00}, std::uint16_t{0x0303}}) {
         const auto read = [&](std::uint16_t productId, std::uint16_t otherProductId) {
-            VirtualDevice device = someDevice(HubPort::SuperSpeed);
+            VirtualDevice device = someDevice(HubSpeed::SuperSpeed);
             device.productId = productId;
             device.otherProductId = otherProductId;
             return standardDescriptor(device, static_cast<std::uint8_t>(descriptor >> 8),

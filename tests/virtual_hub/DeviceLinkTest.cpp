@@ -42,7 +42,7 @@ private:
     }
     explicit DeviceLinkTest(std::array<int, 2> ends)
         : m_peer(ends[0]),
-          m_link(ends[1], std::make_unique<UrbExchange>(someDevice(HubPort::SuperSpeed)), m_clock,
+          m_link(ends[1], std::make_unique<UrbExchange>(someDevice(HubSpeed::SuperSpeed)), m_clock,
                  [this] { ++m_ended; })
     {
     }
@@ -89,7 +89,7 @@ TEST(DeviceLinkQueue, CarriesOutNothingMoreOnceTheDeviceLeaves)
     std::promise<void> reached;
     std::promise<void> left;
     std::atomic<int> carriedOut = 0;
-    VirtualDevice device = someDevice(HubPort::SuperSpeed);
+    VirtualDevice device = someDevice(HubSpeed::SuperSpeed);
     device.vendorRequest = [&](ControlRequest&) { // the first one lasts until the device leaves
         if (++carriedOut == 1) {
             reached.set_value();

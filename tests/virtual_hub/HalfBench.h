@@ -10,13 +10,13 @@ namespace vornadel::test
 {
 
 /// A half of hub 3 with ids of its own, which refuses vendor requests.
-inline VirtualDevice someDevice(HubPort half)
+inline VirtualDevice someDevice(HubSpeed half)
 {
     return {3,
             half,
             0x1A2B,
-            static_cast<std::uint16_t>(half == HubPort::SuperSpeed ? 0x3C4D : 0x3C4E),
-            static_cast<std::uint16_t>(half == HubPort::SuperSpeed ? 0x3C4E : 0x3C4D),
+            static_cast<std::uint16_t>(half == HubSpeed::SuperSpeed ? 0x3C4D : 0x3C4E),
+            static_cast<std::uint16_t>(half == HubSpeed::SuperSpeed ? 0x3C4E : 0x3C4D),
             [](ControlRequest&) { return kSimulatedStall; },
             [] { return true; }};
 }
@@ -25,7 +25,7 @@ inline VirtualDevice someDevice(HubPort half)
 class HalfBench
 {
 public:
-    explicit HalfBench(HubPort speed) : half(someDevice(speed)) {}
+    explicit HalfBench(HubSpeed speed) : half(someDevice(speed)) {}
 
     TransferResult send(const SetupPacket& setup, const Bytes& out = {})
     {
@@ -55,7 +55,7 @@ public:
 };
 
 /// A test that runs on each half.
-class EachHalf : public testing::TestWithParam<HubPort>
+class EachHalf : public testing::TestWithParam<HubSpeed>
 {
 protected:
     HalfBench m_bench{GetParam()};

@@ -33,7 +33,7 @@ public:
 private:
     static VirtualDevice device()
     {
-        VirtualDevice device = someDevice(HubPort::SuperSpeed);
+        VirtualDevice device = someDevice(HubSpeed::SuperSpeed);
         device.vendorRequest = [](ControlRequest& request) {
             request.transferred = request.wLength();
             return 0U;

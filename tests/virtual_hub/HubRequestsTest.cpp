@@ -48,8 +48,8 @@ TEST_P(HubRequests, KnowFourPorts)
 
 TEST_P(HubRequests, SwitchThePowerOfOnePortAtATime)
 {
-    const unsigned on = GetParam() == HubPort::SuperSpeed ? 0x02A0 : 0x0100;
-    const unsigned off = GetParam() == HubPort::SuperSpeed ? 0x0080 : 0x0000;
+    const unsigned on = GetParam() == HubSpeed::SuperSpeed ? 0x02A0 : 0x0100;
+    const unsigned off = GetParam() == HubSpeed::SuperSpeed ? 0x0080 : 0x0000;
     m_bench.configure();
     EXPECT_EQ(portStatus(m_bench, 2), off);
     EXPECT_TRUE(m_bench.accepts({0x23, 3, 8, 2, 0}));
@@ -77,10 +77,10 @@ TEST_P(HubRequests, ResetAPortWithNothingInIt)
 }
 
 INSTANTIATE_TEST_SUITE_P(Halves, HubRequests,
-                         testing::Values(HubPort::SuperSpeed, HubPort::HighSpeed));
+                         testing::Values(HubSpeed::SuperSpeed, HubSpeed::HighSpeed));
 
 /// Which features of 0 to 31 the half lets the host set, or clear.
-std::vector<int> features(HubPort half, std::uint8_t request)
+std::vector<int> features(HubSpeed half, std::uint8_t request)
 {
     std::vector<int> accepted;
     for (std::uint16_t feature = 0; feature < 32; ++feature) {
@@ -94,15 +94,15 @@ std::vector<int> features(HubPort half, std::uint8_t request)
 
 TEST(PortFeatures, AreThoseOfTheSpeed)
 {
-    EXPECT_THAT(features(HubPort::HighSpeed, 3), ElementsAre(2, 4, 8, 22));
-    EXPECT_THAT(features(HubPort::HighSpeed, 1), ElementsAre(1, 2, 8, 16, 17, 18, 19, 20, 22));
-    EXPECT_THAT(features(HubPort::SuperSpeed, 3), ElementsAre(4, 5, 8, 23, 24, 27, 28, 30));
-    EXPECT_THAT(features(HubPort::SuperSpeed, 1), ElementsAre(8, 16, 19, 20, 25, 26, 29, 30));
+    EXPECT_THAT(features(HubSpeed::HighSpeed, 3), ElementsAre(2, 4, 8, 22));
+    EXPECT_THAT(features(HubSpeed::HighSpeed, 1), ElementsAre(1, 2, 8, 16, 17, 18, 19, 20, 22));
+    EXPECT_THAT(features(HubSpeed::SuperSpeed, 3), ElementsAre(4, 5, 8, 23, 24, 27, 28, 30));
+    EXPECT_THAT(features(HubSpeed::SuperSpeed, 1), ElementsAre(8, 16, 19, 20, 25, 26, 29, 30));
 }
 
 TEST(SuperSpeedPorts, SwitchTheirLinkOffAndOn)
 {
-    HalfBench bench(HubPort::SuperSpeed);
+    HalfBench bench(HubSpeed::SuperSpeed);
     EXPECT_TRUE(bench.accepts({0x23, 3, 8, 1, 0}));
     EXPECT_TRUE(bench.accepts({0x23, 3, 5, 0x0401, 0}));
     EXPECT_EQ(portStatus(bench, 1), 0x0280U); // switched off
@@ -112,27 +112,27 @@ TEST(SuperSpeedPorts, SwitchTheirLinkOffAndOn)
 
 TEST(SuperSpeedPorts, CountNoErrors)
 {
-    HalfBench bench(HubPort::SuperSpeed);
+    HalfBench bench(HubSpeed::SuperSpeed);
     EXPECT_THAT(bench.read({0xA3, 13, 0, 1, 2}), ElementsAre(0, 0));
     EXPECT_TRUE(bench.stalls({0xA3, 13, 0, 5, 2}));
 }
 
 TEST(SuperSpeedHub, LearnsHowDeepItSits)
 {
-    HalfBench bench(HubPort::SuperSpeed);
+    HalfBench bench(HubSpeed::SuperSpeed);
     EXPECT_TRUE(bench.accepts({0x20, 12, 0, 0, 0}));
     EXPECT_TRUE(bench.accepts({0x20, 12, 4, 0, 0}));
     EXPECT_TRUE(bench.stalls({0x20, 12, 5, 0, 0}));
-    EXPECT_TRUE(HalfBench(HubPort::HighSpeed).stalls({0x20, 12, 0, 0, 0}));
+    EXPECT_TRUE(HalfBench(HubSpeed::HighSpeed).stalls({0x20, 12, 0, 0, 0}));
 }
 
 TEST(HighSpeedHub, LetsItsTransactionTranslatorBeCleared)
 {
-    HalfBench bench(HubPort::HighSpeed);
+    HalfBench bench(HubSpeed::HighSpeed);
     EXPECT_TRUE(bench.accepts({0x23, 8, 0, 1, 0}));
     EXPECT_TRUE(bench.accepts({0x23, 9, 0, 1, 0}));
     EXPECT_TRUE(bench.accepts({0x23, 11, 0, 1, 0}));
-    EXPECT_TRUE(HalfBench(HubPort::SuperSpeed).stalls({0x23, 9, 0, 1, 0}));
+    EXPECT_TRUE(HalfBench(HubSpeed::SuperSpeed).stalls({0x23, 9, 0, 1, 0}));
 }
 
 } // namespace

@@ -28,24 +28,24 @@ public:
         m_devices[device.half] = device;
         return true;
     }
-    void beginDetach(unsigned /*hub*/, HubPort half) override
+    void beginDetach(unsigned /*hub*/, HubSpeed half) override
     {
         const std::lock_guard lock(m_mutex);
         m_told.push_back("begin " + name(half));
     }
-    void finishDetach(unsigned /*hub*/, HubPort half) override
+    void finishDetach(unsigned /*hub*/, HubSpeed half) override
     {
         const std::lock_guard lock(m_mutex);
         m_told.push_back("finish " + name(half));
         m_devices.erase(half);
     }
-    std::string busId(unsigned hub, HubPort half) override
+    std::string busId(unsigned hub, HubSpeed half) override
     {
         const std::lock_guard lock(m_mutex);
         return m_devices.count(half) == 0 ? "" : name(half) + std::to_string(hub);
     }
 
-    VirtualDevice device(HubPort half)
+    VirtualDevice device(HubSpeed half)
     {
         const std::lock_guard lock(m_mutex);
         return m_devices.at(half);
@@ -74,10 +74,13 @@ public:
     }
 
 private:
-    static std::string name(HubPort half) { return half == HubPort::SuperSpeed ? "super" : "high"; }
+    static std::string name(HubSpeed half)
+    {
+        return half == HubSpeed::SuperSpeed ? "super" : "high";
+    }
 
     std::mutex m_mutex;
-    std::map<HubPort, VirtualDevice> m_devices;
+    std::map<HubSpeed, VirtualDevice> m_devices;
     std::vector<std::string> m_told;
     std::string m_refusal;
 };

@@ -24,7 +24,8 @@ class TwoHalves final : public ExportList
 public:
     std::vector<ExportedDevice> devices() override
     {
-        return {{"2-3", someDevice(HubPort::SuperSpeed)}, {"1-3", someDevice(HubPort::HighSpeed)}};
+        return {{"2-3", someDevice(HubSpeed::SuperSpeed)},
+                {"1-3", someDevice(HubSpeed::HighSpeed)}};
     }
     OperationStatus import(const std::string& busId, ExportedDevice& device) override
     {

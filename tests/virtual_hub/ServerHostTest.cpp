@@ -51,12 +51,12 @@ protected:
         ASSERT_TRUE(m_host.listen(0, error)) << error;
         ASSERT_NE(m_host.port(), 0);
     }
-    void attach(HubPort half)
+    void attach(HubSpeed half)
     {
         std::string error;
         ASSERT_TRUE(m_host.attach(someDevice(half), error)) << error;
     }
-    void detach(HubPort half)
+    void detach(HubSpeed half)
     {
         m_host.beginDetach(3, half);
         m_host.finishDetach(3, half);
@@ -96,19 +96,19 @@ protected:
 TEST_F(ServerHostTest, ListsWhatIsOnTheBusNow)
 {
     EXPECT_EQ(listed(), 0U);
-    attach(HubPort::SuperSpeed);
-    attach(HubPort::HighSpeed);
+    attach(HubSpeed::SuperSpeed);
+    attach(HubSpeed::HighSpeed);
     EXPECT_EQ(listed(), 2U);
-    EXPECT_EQ(m_host.busId(3, HubPort::SuperSpeed), "2-3");
-    EXPECT_EQ(m_host.busId(3, HubPort::HighSpeed), "1-3");
-    detach(HubPort::SuperSpeed);
+    EXPECT_EQ(m_host.busId(3, HubSpeed::SuperSpeed), "2-3");
+    EXPECT_EQ(m_host.busId(3, HubSpeed::HighSpeed), "1-3");
+    detach(HubSpeed::SuperSpeed);
     EXPECT_EQ(listed(), 1U);
-    EXPECT_EQ(m_host.busId(3, HubPort::SuperSpeed), "");
+    EXPECT_EQ(m_host.busId(3, HubSpeed::SuperSpeed), "");
 }
 
 TEST_F(ServerHostTest, CarriesTransfersOfAnImportedDevice)
 {
-    attach(HubPort::SuperSpeed);
+    attach(HubSpeed::SuperSpeed);
     const std::unique_ptr<Peer> user = client();
     ASSERT_EQ(import(*user, "2-3"), 0U);
     user->send(frame({1, 1, 0, 1, {0x80, 8, 0, 0, 0, 0, 1, 0}}));
@@ -117,7 +117,7 @@ TEST_F(ServerHostTest, CarriesTransfersOfAnImportedDevice)
 
 TEST_F(ServerHostTest, GivesADeviceToOneClientAtATime)
 {
-    attach(HubPort::SuperSpeed);
+    attach(HubSpeed::SuperSpeed);
     const std::unique_ptr<Peer> first = client();
     ASSERT_EQ(import(*first, "2-3"), 0U);
     EXPECT_EQ(import(*client(), "2-3"), 2U);
@@ -127,7 +127,7 @@ TEST_F(ServerHostTest, GivesADeviceToOneClientAtATime)
 
 TEST_F(ServerHostTest, TakesADeviceBackFromAClientThatHangsUp)
 {
-    attach(HubPort::SuperSpeed);
+    attach(HubSpeed::SuperSpeed);
     const std::unique_ptr<Peer> first = client();
     ASSERT_EQ(import(*first, "2-3"), 0U);
     first->send(word(0) + Bytes(44)); // breaks the protocol, so that the server hangs up and the
@@ -143,37 +143,37 @@ TEST_F(ServerHostTest, TakesADeviceBackFromAClientThatHangsUp)
 
 TEST_F(ServerHostTest, HangsUpOnTheClientWhoseDeviceLeaves)
 {
-    attach(HubPort::SuperSpeed);
-    attach(HubPort::HighSpeed);
+    attach(HubSpeed::SuperSpeed);
+    attach(HubSpeed::HighSpeed);
     const std::unique_ptr<Peer> leaving = client();
     ASSERT_EQ(import(*leaving, "2-3"), 0U);
     leaving->send(frame(statusRequest(7)));
     leaving->send(frame({8, 1, 0, 1, {0x80, 8, 0, 0, 0, 0, 1, 0}}));
     EXPECT_EQ(leaving->receive(49), answer(8, 0, 1, {0}));
-    detach(HubPort::SuperSpeed);
+    detach(HubSpeed::SuperSpeed);
     EXPECT_EQ(leaving->receive(48), answer(7, -108, 0));
     EXPECT_TRUE(leaving->hasEnded());
-    attach(HubPort::SuperSpeed);
+    attach(HubSpeed::SuperSpeed);
     EXPECT_EQ(import(*client(), "2-3"), 0U);
     EXPECT_EQ(import(*client(), "1-3"), 0U);
 }
 
 TEST_F(ServerHostTest, ForgetsNothingWhenADeviceComesBackAtOnce)
 {
-    attach(HubPort::SuperSpeed);
+    attach(HubSpeed::SuperSpeed);
     const std::unique_ptr<Peer> before = client();
     ASSERT_EQ(import(*before, "2-3"), 0U);
-    m_host.beginDetach(3, HubPort::SuperSpeed);
-    attach(HubPort::SuperSpeed);
+    m_host.beginDetach(3, HubSpeed::SuperSpeed);
+    attach(HubSpeed::SuperSpeed);
     const std::unique_ptr<Peer> after = client();
     ASSERT_EQ(import(*after, "2-3"), 0U);
-    m_host.finishDetach(3, HubPort::SuperSpeed); // the end of the earlier client frees nothing
+    m_host.finishDetach(3, HubSpeed::SuperSpeed); // the end of the earlier client frees nothing
     EXPECT_EQ(import(*client(), "2-3"), 2U);
 }
 
 TEST_F(ServerHostTest, ClosesConnectionsBeyondItsMost)
 {
-    attach(HubPort::SuperSpeed);
+    attach(HubSpeed::SuperSpeed);
     std::vector<std::unique_ptr<Peer>> idle;
     for (std::size_t number = 0; number < ServerHost::kMostConnections; ++number) {
         idle.push_back(client());
@@ -221,7 +221,7 @@ TEST_F(ServerHostTest, HangsUpOnEverybodyAtTheEnd)
     auto host = std::make_unique<ServerHost>(m_clock);
     std::string error;
     ASSERT_TRUE(host->listen(0, error)) << error;
-    ASSERT_TRUE(host->attach(someDevice(HubPort::SuperSpeed), error));
+    ASSERT_TRUE(host->attach(someDevice(HubSpeed::SuperSpeed), error));
     const Peer idle(Peer::connectTo(host->port()));
     const Peer user(Peer::connectTo(host->port()));
     ASSERT_EQ(import(user, "2-3"), 0U);

@@ -67,11 +67,11 @@ TEST_P(StandardRequests, AreRefusedWhenUnknown)
 }
 
 INSTANTIATE_TEST_SUITE_P(Halves, StandardRequests,
-                         testing::Values(HubPort::SuperSpeed, HubPort::HighSpeed));
+                         testing::Values(HubSpeed::SuperSpeed, HubSpeed::HighSpeed));
 
 TEST(HighSpeedRequests, LetTheHubWakeTheHost)
 {
-    HalfBench bench(HubPort::HighSpeed);
+    HalfBench bench(HubSpeed::HighSpeed);
     EXPECT_THAT(bench.read({0x80, 0, 0, 0, 2}), ElementsAre(0x01, 0)); // self-powered
     EXPECT_TRUE(bench.accepts({0x00, 3, 1, 0, 0}));
     EXPECT_THAT(bench.read({0x80, 0, 0, 0, 2}), ElementsAre(0x03, 0));
@@ -83,14 +83,14 @@ TEST(HighSpeedRequests, LetTheHubWakeTheHost)
 
 TEST(HighSpeedRequests, KnowNothingOfSuperSpeed)
 {
-    HalfBench bench(HubPort::HighSpeed);
+    HalfBench bench(HubSpeed::HighSpeed);
     EXPECT_FALSE(bench.accepts({0x00, 48, 0, 0, 6}, Bytes(6)));
     EXPECT_TRUE(bench.stalls({0x00, 49, 40, 0, 0}));
 }
 
 TEST(SuperSpeedRequests, SwitchTheLinksLowPowerStates)
 {
-    HalfBench bench(HubPort::SuperSpeed);
+    HalfBench bench(HubSpeed::SuperSpeed);
     EXPECT_TRUE(bench.accepts({0x00, 3, 48, 0, 0}));
     EXPECT_THAT(bench.read({0x80, 0, 0, 0, 2}), ElementsAre(0x05, 0));
     EXPECT_TRUE(bench.accepts({0x00, 3, 49, 0, 0}));
@@ -102,7 +102,7 @@ TEST(SuperSpeedRequests, SwitchTheLinksLowPowerStates)
 
 TEST(SuperSpeedRequests, TakeExitLatenciesAndDelay)
 {
-    HalfBench bench(HubPort::SuperSpeed);
+    HalfBench bench(HubSpeed::SuperSpeed);
     const TransferResult latencies = bench.send({0x00, 48, 0, 0, 6}, Bytes(6));
     EXPECT_EQ(latencies.status, 0);
     EXPECT_EQ(latencies.moved, 6U);
@@ -111,7 +111,7 @@ TEST(SuperSpeedRequests, TakeExitLatenciesAndDelay)
 
 TEST(SuperSpeedRequests, SuspendTheFunction)
 {
-    HalfBench bench(HubPort::SuperSpeed);
+    HalfBench bench(HubSpeed::SuperSpeed);
     EXPECT_TRUE(bench.stalls({0x01, 3, 0, 0x0100, 0}));
     bench.configure();
     EXPECT_TRUE(bench.accepts({0x01, 3, 0, 0x0100, 0}));

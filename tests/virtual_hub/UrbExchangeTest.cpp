@@ -37,7 +37,7 @@ protected:
         EXPECT_THAT(out, IsEmpty());
     }
 
-    UrbExchange m_exchange{someDevice(HubPort::SuperSpeed)};
+    UrbExchange m_exchange{someDevice(HubSpeed::SuperSpeed)};
 };
 
 TEST_F(Exchange, AnswersATransferTowardsTheHost)

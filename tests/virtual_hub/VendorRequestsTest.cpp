@@ -29,7 +29,7 @@ protected:
         m_hub = std::make_unique<VirtualHub>(3, m_sim, m_host,
                                              [](const std::string& problem) { FAIL() << problem; });
         ASSERT_TRUE(m_hub->start(error)) << error;
-        m_exchange = std::make_unique<UrbExchange>(m_host.device(HubPort::SuperSpeed));
+        m_exchange = std::make_unique<UrbExchange>(m_host.device(HubSpeed::SuperSpeed));
     }
     void TearDown() override { m_hub.reset(); }
 
@@ -114,7 +114,7 @@ TEST_F(VendorRequests, EndWithoutADeviceWhenTheHubVanishes)
 {
     plugIn("latency=none,mode=rom,fault=vanish-before@read");
     EXPECT_EQ(read(0, 16), answer(2, -108, 0));
-    m_hub->settle();
+    m_hub->waitUntilShown();
     EXPECT_TRUE(m_host.attached().empty());
 }
 
@@ -132,8 +132,8 @@ TEST_F(VendorRequests, RestartTheHubWithSuccess)
     EXPECT_EQ(tell({7, 1, 0, 32, {0xC0, 0x09, 0, 0, 0, 0, 32, 0}}), answer(7, -108, 0)); // that
                                                                                          // stay is
                                                                                          // over
-    m_hub->settle();
-    UrbExchange next(m_host.device(HubPort::SuperSpeed));
+    m_hub->waitUntilShown();
+    UrbExchange next(m_host.device(HubSpeed::SuperSpeed));
     Bytes out;
     std::size_t taken = 0;
     next.step(frame({8, 1, 0, 32, {0xC0, 0x09, 0, 0, 0, 0, 32, 0}}), taken, out);

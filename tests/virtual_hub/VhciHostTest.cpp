@@ -76,14 +76,14 @@ private:
 class VhciHostTest : public testing::Test
 {
 protected:
-    bool attach(unsigned hub, HubPort half)
+    bool attach(unsigned hub, HubSpeed half)
     {
         VirtualDevice device = someDevice(half);
         device.hub = hub;
         device.present = [this] { return m_present.load(); };
         return m_host.attach(device, m_error);
     }
-    void detach(unsigned hub, HubPort half)
+    void detach(unsigned hub, HubSpeed half)
     {
         m_host.beginDetach(hub, half);
         m_host.finishDetach(hub, half);
@@ -99,43 +99,43 @@ protected:
 
 TEST_F(VhciHostTest, PutsEachHalfIntoAPortOfItsSpeed)
 {
-    EXPECT_TRUE(attach(1, HubPort::SuperSpeed));
-    EXPECT_TRUE(attach(1, HubPort::HighSpeed));
-    EXPECT_TRUE(attach(2, HubPort::SuperSpeed));
-    EXPECT_EQ(m_host.busId(1, HubPort::SuperSpeed), "2-1");
-    EXPECT_EQ(m_host.busId(1, HubPort::HighSpeed), "1-1");
-    EXPECT_EQ(m_host.busId(2, HubPort::SuperSpeed), "2-2");
-    EXPECT_EQ(m_host.busId(2, HubPort::HighSpeed), "");
+    EXPECT_TRUE(attach(1, HubSpeed::SuperSpeed));
+    EXPECT_TRUE(attach(1, HubSpeed::HighSpeed));
+    EXPECT_TRUE(attach(2, HubSpeed::SuperSpeed));
+    EXPECT_EQ(m_host.busId(1, HubSpeed::SuperSpeed), "2-1");
+    EXPECT_EQ(m_host.busId(1, HubSpeed::HighSpeed), "1-1");
+    EXPECT_EQ(m_host.busId(2, HubSpeed::SuperSpeed), "2-2");
+    EXPECT_EQ(m_host.busId(2, HubSpeed::HighSpeed), "");
     EXPECT_EQ(m_kernel.devices,
               (std::map<unsigned, std::uint32_t>{{3, 0x20001}, {0, 0x10001}, {4, 0x20002}}));
 }
 
 TEST_F(VhciHostTest, AnswersTheKernel)
 {
-    ASSERT_TRUE(attach(3, HubPort::SuperSpeed));
+    ASSERT_TRUE(attach(3, HubSpeed::SuperSpeed));
     m_kernel.sockets[3]->send(frame({1, 1, 0, 1, {0x80, 8, 0, 0, 0, 0, 1, 0}}));
     EXPECT_EQ(m_kernel.sockets[3]->receive(49), answer(1, 0, 1, {0}));
 }
 
 TEST_F(VhciHostTest, WaitsUntilTheOldDeviceHasLeft)
 {
-    ASSERT_TRUE(attach(1, HubPort::SuperSpeed));
+    ASSERT_TRUE(attach(1, HubSpeed::SuperSpeed));
     int looks = 0;
     m_clock.onSleep = [&](Clock::Duration pause) { // the kernel takes its time
         if (pause != DeviceLink::kSilence && ++looks == 10) {
             m_kernel.look();
         }
     };
-    detach(1, HubPort::SuperSpeed);
+    detach(1, HubSpeed::SuperSpeed);
     EXPECT_EQ(looks, 10);
     EXPECT_FALSE(m_sysfs.shows("2-1"));
-    EXPECT_EQ(m_host.busId(1, HubPort::SuperSpeed), "");
+    EXPECT_EQ(m_host.busId(1, HubSpeed::SuperSpeed), "");
 }
 
 TEST_F(VhciHostTest, WaitsUntilThePortCanBeTakenAgain)
 {
-    ASSERT_TRUE(attach(1, HubPort::SuperSpeed));
-    ASSERT_TRUE(attach(1, HubPort::HighSpeed));
+    ASSERT_TRUE(attach(1, HubSpeed::SuperSpeed));
+    ASSERT_TRUE(attach(1, HubSpeed::HighSpeed));
     int looks = 0;
     m_clock.onSleep = [&](Clock::Duration pause) { // the device leaves a little before the port is
                                                    // free
@@ -145,58 +145,58 @@ TEST_F(VhciHostTest, WaitsUntilThePortCanBeTakenAgain)
             m_sysfs.setState(0, 4);
         }
     };
-    detach(1, HubPort::HighSpeed);
+    detach(1, HubSpeed::HighSpeed);
     m_clock.onSleep = nullptr;
     EXPECT_EQ(looks, 10);
-    EXPECT_TRUE(attach(1, HubPort::HighSpeed));
-    EXPECT_EQ(m_host.busId(1, HubPort::HighSpeed), "1-1");
+    EXPECT_TRUE(attach(1, HubSpeed::HighSpeed));
+    EXPECT_EQ(m_host.busId(1, HubSpeed::HighSpeed), "1-1");
 }
 
 TEST_F(VhciHostTest, ComesBackToItsPort)
 {
     m_clock.onSleep = [&](Clock::Duration) { m_kernel.look(); };
-    ASSERT_TRUE(attach(1, HubPort::SuperSpeed));
-    ASSERT_TRUE(attach(2, HubPort::SuperSpeed));
-    detach(1, HubPort::SuperSpeed);
-    detach(2, HubPort::SuperSpeed);
-    ASSERT_TRUE(attach(2, HubPort::SuperSpeed));
-    EXPECT_EQ(m_host.busId(2, HubPort::SuperSpeed), "2-2");
-    ASSERT_TRUE(attach(3, HubPort::SuperSpeed));
-    EXPECT_EQ(m_host.busId(3, HubPort::SuperSpeed), "2-3"); // not where hub 1 will come back to
-    ASSERT_TRUE(attach(1, HubPort::SuperSpeed));
-    EXPECT_EQ(m_host.busId(1, HubPort::SuperSpeed), "2-1");
+    ASSERT_TRUE(attach(1, HubSpeed::SuperSpeed));
+    ASSERT_TRUE(attach(2, HubSpeed::SuperSpeed));
+    detach(1, HubSpeed::SuperSpeed);
+    detach(2, HubSpeed::SuperSpeed);
+    ASSERT_TRUE(attach(2, HubSpeed::SuperSpeed));
+    EXPECT_EQ(m_host.busId(2, HubSpeed::SuperSpeed), "2-2");
+    ASSERT_TRUE(attach(3, HubSpeed::SuperSpeed));
+    EXPECT_EQ(m_host.busId(3, HubSpeed::SuperSpeed), "2-3"); // not where hub 1 will come back to
+    ASSERT_TRUE(attach(1, HubSpeed::SuperSpeed));
+    EXPECT_EQ(m_host.busId(1, HubSpeed::SuperSpeed), "2-1");
 }
 
 TEST_F(VhciHostTest, GoesElsewhereWhenItsPortWasTaken)
 {
     m_clock.onSleep = [&](Clock::Duration) { m_kernel.look(); };
-    ASSERT_TRUE(attach(1, HubPort::SuperSpeed));
-    detach(1, HubPort::SuperSpeed);
+    ASSERT_TRUE(attach(1, HubSpeed::SuperSpeed));
+    detach(1, HubSpeed::SuperSpeed);
     m_sysfs.setState(3, 6);
-    ASSERT_TRUE(attach(1, HubPort::SuperSpeed));
-    EXPECT_EQ(m_host.busId(1, HubPort::SuperSpeed), "2-2");
-    ASSERT_TRUE(attach(1, HubPort::HighSpeed));
-    EXPECT_EQ(m_host.busId(1, HubPort::HighSpeed), "1-2");
+    ASSERT_TRUE(attach(1, HubSpeed::SuperSpeed));
+    EXPECT_EQ(m_host.busId(1, HubSpeed::SuperSpeed), "2-2");
+    ASSERT_TRUE(attach(1, HubSpeed::HighSpeed));
+    EXPECT_EQ(m_host.busId(1, HubSpeed::HighSpeed), "1-2");
 }
 
 TEST_F(VhciHostTest, GoesOnToTheNextControllerAndSaysWhenAllPortsAreTaken)
 {
     for (unsigned hub = 1; hub <= 6; ++hub) {
-        ASSERT_TRUE(attach(hub, HubPort::SuperSpeed)) << hub;
+        ASSERT_TRUE(attach(hub, HubSpeed::SuperSpeed)) << hub;
     }
-    EXPECT_EQ(m_host.busId(4, HubPort::SuperSpeed), "4-1");
-    EXPECT_FALSE(attach(7, HubPort::SuperSpeed));
+    EXPECT_EQ(m_host.busId(4, HubSpeed::SuperSpeed), "4-1");
+    EXPECT_FALSE(attach(7, HubSpeed::SuperSpeed));
     EXPECT_EQ(m_error, "vhci_hcd has no free pair of a SuperSpeed and a high-speed port");
-    EXPECT_FALSE(attach(7, HubPort::HighSpeed)); // beside the SuperSpeed half of another hub
-    EXPECT_TRUE(attach(4, HubPort::HighSpeed));
-    EXPECT_EQ(m_host.busId(4, HubPort::HighSpeed), "3-1");
+    EXPECT_FALSE(attach(7, HubSpeed::HighSpeed)); // beside the SuperSpeed half of another hub
+    EXPECT_TRUE(attach(4, HubSpeed::HighSpeed));
+    EXPECT_EQ(m_host.busId(4, HubSpeed::HighSpeed), "3-1");
 }
 
 TEST_F(VhciHostTest, LeavesAloneAPlaceOfWhichHalfIsTaken)
 {
     for (const unsigned taken : {3U, 0U}) { // SuperSpeed, high speed
         SCOPED_TRACE(taken);
-        for (const HubPort first : {HubPort::SuperSpeed, HubPort::HighSpeed}) {
+        for (const HubSpeed first : {HubSpeed::SuperSpeed, HubSpeed::HighSpeed}) {
             FakeSysfs sysfs;
             FakeKernel kernel(sysfs);
             VhciHost host(kernel, m_clock);
@@ -204,11 +204,11 @@ TEST_F(VhciHostTest, LeavesAloneAPlaceOfWhichHalfIsTaken)
             VirtualDevice device = someDevice(first);
             EXPECT_TRUE(host.attach(device, m_error));
             sysfs.setState(taken, 4); // free again, but too late
-            device =
-                someDevice(first == HubPort::SuperSpeed ? HubPort::HighSpeed : HubPort::SuperSpeed);
+            device = someDevice(first == HubSpeed::SuperSpeed ? HubSpeed::HighSpeed
+                                                              : HubSpeed::SuperSpeed);
             EXPECT_TRUE(host.attach(device, m_error));
-            EXPECT_EQ(host.busId(3, HubPort::SuperSpeed), "2-2");
-            EXPECT_EQ(host.busId(3, HubPort::HighSpeed), "1-2");
+            EXPECT_EQ(host.busId(3, HubSpeed::SuperSpeed), "2-2");
+            EXPECT_EQ(host.busId(3, HubSpeed::HighSpeed), "1-2");
         }
     }
 }
@@ -216,21 +216,21 @@ TEST_F(VhciHostTest, LeavesAloneAPlaceOfWhichHalfIsTaken)
 TEST_F(VhciHostTest, KeepsTheHalvesTogetherWhenTwoProgramsTakeTurns)
 {
     VhciHost otherProgram(m_kernel, m_clock);
-    EXPECT_TRUE(attach(3, HubPort::SuperSpeed));
-    EXPECT_TRUE(otherProgram.attach(someDevice(HubPort::HighSpeed), m_error));
-    EXPECT_TRUE(otherProgram.attach(someDevice(HubPort::SuperSpeed), m_error));
-    EXPECT_TRUE(attach(3, HubPort::HighSpeed));
-    EXPECT_EQ(m_host.busId(3, HubPort::SuperSpeed), "2-1");
-    EXPECT_EQ(m_host.busId(3, HubPort::HighSpeed), "1-1");
-    EXPECT_EQ(otherProgram.busId(3, HubPort::SuperSpeed), "2-2");
-    EXPECT_EQ(otherProgram.busId(3, HubPort::HighSpeed), "1-2");
+    EXPECT_TRUE(attach(3, HubSpeed::SuperSpeed));
+    EXPECT_TRUE(otherProgram.attach(someDevice(HubSpeed::HighSpeed), m_error));
+    EXPECT_TRUE(otherProgram.attach(someDevice(HubSpeed::SuperSpeed), m_error));
+    EXPECT_TRUE(attach(3, HubSpeed::HighSpeed));
+    EXPECT_EQ(m_host.busId(3, HubSpeed::SuperSpeed), "2-1");
+    EXPECT_EQ(m_host.busId(3, HubSpeed::HighSpeed), "1-1");
+    EXPECT_EQ(otherProgram.busId(3, HubSpeed::SuperSpeed), "2-2");
+    EXPECT_EQ(otherProgram.busId(3, HubSpeed::HighSpeed), "1-2");
 }
 
 TEST_F(VhciHostTest, SaysWhenThePortBesideTheOtherHalfIsTaken)
 {
-    ASSERT_TRUE(attach(1, HubPort::SuperSpeed));
+    ASSERT_TRUE(attach(1, HubSpeed::SuperSpeed));
     m_sysfs.setState(0, 6);
-    EXPECT_FALSE(attach(1, HubPort::HighSpeed));
+    EXPECT_FALSE(attach(1, HubSpeed::HighSpeed));
     EXPECT_EQ(m_error, "the vhci_hcd port beside the hub's other half is in use");
 }
 
@@ -245,7 +245,7 @@ TEST_F(VhciHostTest, TakesPortsOnlyWhenItIsItsTurn)
             otherProgram.reset();
         }
     };
-    EXPECT_TRUE(attach(1, HubPort::SuperSpeed));
+    EXPECT_TRUE(attach(1, HubSpeed::SuperSpeed));
     m_clock.onSleep = nullptr;
     EXPECT_EQ(looks, 10);
     EXPECT_TRUE(m_kernel.tookTurns);
@@ -256,7 +256,7 @@ TEST_F(VhciHostTest, DoesNotWaitForeverForItsTurn)
 {
     const VhciPorts::Turn otherProgram(m_kernel);
     ASSERT_TRUE(otherProgram.come());
-    EXPECT_FALSE(attach(1, HubPort::SuperSpeed));
+    EXPECT_FALSE(attach(1, HubSpeed::SuperSpeed));
     EXPECT_EQ(m_error, "another program does not stop taking ports of vhci_hcd");
     EXPECT_TRUE(m_kernel.sockets.empty());
 }
@@ -264,21 +264,21 @@ TEST_F(VhciHostTest, DoesNotWaitForeverForItsTurn)
 TEST_F(VhciHostTest, TriesAnotherPortWhenAProgramWasFaster)
 {
     m_kernel.refusal = VhciPorts::Attach::Taken; // of every port, so that in the end there is none
-    EXPECT_FALSE(attach(1, HubPort::HighSpeed));
+    EXPECT_FALSE(attach(1, HubSpeed::HighSpeed));
     EXPECT_EQ(m_error, "vhci_hcd has no free pair of a SuperSpeed and a high-speed port");
 }
 
 TEST_F(VhciHostTest, GivesUpWhenTheKernelRefuses)
 {
     m_kernel.refusal = VhciPorts::Attach::Failed;
-    EXPECT_FALSE(attach(1, HubPort::HighSpeed));
+    EXPECT_FALSE(attach(1, HubSpeed::HighSpeed));
     EXPECT_EQ(m_error, "refused");
 }
 
 TEST_F(VhciHostTest, DoesNotWaitForeverForAKernelThatTakesNoNotice)
 {
     m_kernel.notices = false;
-    EXPECT_TRUE(attach(1, HubPort::SuperSpeed));
+    EXPECT_TRUE(attach(1, HubSpeed::SuperSpeed));
     EXPECT_EQ(m_clock.now(), Clock::Duration(10s));
 }
 
@@ -286,13 +286,13 @@ TEST_F(VhciHostTest, DoesNotWaitForADeviceThatHasLeftAgain)
 {
     m_kernel.notices = false;
     m_present = false;
-    EXPECT_TRUE(attach(1, HubPort::SuperSpeed));
+    EXPECT_TRUE(attach(1, HubSpeed::SuperSpeed));
     EXPECT_EQ(m_clock.now(), Clock::Duration(0));
 }
 
 TEST_F(VhciHostTest, TakesNoHarmFromADetachOfWhatIsNotThere)
 {
-    detach(1, HubPort::SuperSpeed);
+    detach(1, HubSpeed::SuperSpeed);
     EXPECT_EQ(m_clock.now(), Clock::Duration(0));
 }
 

@@ -42,7 +42,7 @@ TEST_F(VhciPortsTest, AreThoseOfAllControllers)
         EXPECT_EQ(ports[number].number, number);
         EXPECT_EQ(ports[number].controller, number / 6);
         EXPECT_EQ(ports[number].place, number % 3);
-        EXPECT_EQ(ports[number].speed, number % 6 < 3 ? HubPort::HighSpeed : HubPort::SuperSpeed);
+        EXPECT_EQ(ports[number].speed, number % 6 < 3 ? HubSpeed::HighSpeed : HubSpeed::SuperSpeed);
         EXPECT_TRUE(ports[number].free);
     }
 }

@@ -41,11 +41,11 @@ protected:
     std::uint32_t send(std::uint8_t bRequest, std::uint16_t wValue = 0)
     {
         ControlRequest request = {0x40, bRequest, wValue, 0};
-        return m_host.device(HubPort::SuperSpeed).vendorRequest(request);
+        return m_host.device(HubSpeed::SuperSpeed).vendorRequest(request);
     }
     std::vector<std::string> told()
     {
-        m_hub->settle();
+        m_hub->waitUntilShown();
         return m_host.told();
     }
 
@@ -61,11 +61,11 @@ TEST_F(VirtualHubTest, GoesOntoTheBusSuperSpeedFirst)
 {
     plugIn("latency=none");
     EXPECT_THAT(told(), ElementsAre("attach super", "attach high"));
-    EXPECT_EQ(m_host.device(HubPort::SuperSpeed).productId, 0x0001);
-    EXPECT_EQ(m_host.device(HubPort::HighSpeed).productId, 0x0002);
-    EXPECT_EQ(m_host.device(HubPort::SuperSpeed).otherProductId, 0x0002);
-    EXPECT_EQ(m_host.device(HubPort::HighSpeed).otherProductId, 0x0001);
-    EXPECT_EQ(m_host.device(HubPort::HighSpeed).vendorId, 0x1209);
+    EXPECT_EQ(m_host.device(HubSpeed::SuperSpeed).productId, 0x0001);
+    EXPECT_EQ(m_host.device(HubSpeed::HighSpeed).productId, 0x0002);
+    EXPECT_EQ(m_host.device(HubSpeed::SuperSpeed).otherProductId, 0x0002);
+    EXPECT_EQ(m_host.device(HubSpeed::HighSpeed).otherProductId, 0x0001);
+    EXPECT_EQ(m_host.device(HubSpeed::HighSpeed).vendorId, 0x1209);
 }
 
 TEST_F(VirtualHubTest, LeavesWithBothHalvesAndComesBackAtARestart)
@@ -118,35 +118,35 @@ TEST_F(VirtualHubTest, StaysAwayWhenItNeverComesBack)
 TEST_F(VirtualHubTest, BringsItsNewIdsWithIt)
 {
     plugIn("latency=none,ids=1A2B:3C4D:3C4E");
-    EXPECT_EQ(m_host.device(HubPort::SuperSpeed).productId, 0x3C4D);
-    EXPECT_EQ(m_host.device(HubPort::HighSpeed).productId, 0x3C4E);
+    EXPECT_EQ(m_host.device(HubSpeed::SuperSpeed).productId, 0x3C4D);
+    EXPECT_EQ(m_host.device(HubSpeed::HighSpeed).productId, 0x3C4E);
 }
 
 TEST_F(VirtualHubTest, AnswersNobodyOfAnEarlierStay)
 {
     plugIn("latency=none");
-    const VirtualDevice before = m_host.device(HubPort::SuperSpeed);
+    const VirtualDevice before = m_host.device(HubSpeed::SuperSpeed);
     EXPECT_TRUE(before.present());
     m_sim->unplug();
     m_sim->replug();
     told();
     EXPECT_FALSE(before.present());
-    ControlRequest hello = {0x40, 0x02, 1, 0x1209};
-    EXPECT_EQ(before.vendorRequest(hello), kSimulatedNoDevice);
-    EXPECT_EQ(m_host.device(HubPort::SuperSpeed).vendorRequest(hello), 0U);
+    ControlRequest openTime = {0x40, 0x02, 1, 0x1209};
+    EXPECT_EQ(before.vendorRequest(openTime), kSimulatedNoDevice);
+    EXPECT_EQ(m_host.device(HubSpeed::SuperSpeed).vendorRequest(openTime), 0U);
 }
 
 TEST_F(VirtualHubTest, RefusesRequestsOnlyWhileAnotherProgramHasItsFlash)
 {
     plugIn("latency=none");
-    m_sim->close(m_sim->attachedPorts().front()); // as if it had come back while the file was
-                                                  // locked
+    m_sim->close(m_sim->attachedHalves().front()); // as if it had come back while the file was
+                                                   // locked
     m_sim->addFault({.kind = FaultKind::OpenRefused, .amount = 1});
-    ControlRequest hello = {0x40, 0x02, 1, 0x1209};
-    const VirtualDevice device = m_host.device(HubPort::SuperSpeed);
-    EXPECT_EQ(device.vendorRequest(hello), kSimulatedStall);
-    EXPECT_EQ(device.vendorRequest(hello), 0U);
-    EXPECT_EQ(device.vendorRequest(hello), 0U);
+    ControlRequest openTime = {0x40, 0x02, 1, 0x1209};
+    const VirtualDevice device = m_host.device(HubSpeed::SuperSpeed);
+    EXPECT_EQ(device.vendorRequest(openTime), kSimulatedStall);
+    EXPECT_EQ(device.vendorRequest(openTime), 0U);
+    EXPECT_EQ(device.vendorRequest(openTime), 0U);
     EXPECT_TRUE(device.present());
 }
 
@@ -186,7 +186,7 @@ TEST_F(VirtualHubTest, DoesNotStartWithoutABus)
 TEST_F(VirtualHubTest, DoesNotStartWithTheFlashOfAnotherHub)
 {
     plugIn("latency=none");
-    const std::vector<AttachedPort> ports = m_sim->attachedPorts();
+    const std::vector<AttachedHalf> ports = m_sim->attachedHalves();
     VirtualHub second(2, m_sim, m_host, [](const std::string&) {});
     std::string error;
     EXPECT_FALSE(second.start(error)); // its hub is open already, as a locked file is
