@@ -8,6 +8,7 @@
 #include "hub/SupportedIds.h"
 
 #include <QFile>
+#include <QLineEdit>
 #include <QWidget>
 
 #include <chrono>
@@ -58,8 +59,8 @@ void AppDelegate::applicationDidFinishLaunching()
     initFromIni();
     MyLayoutUI();
     RegisterNotifycation();
-    SetButtonStatus(false); // the run does so too, but from its own thread: no press may come
-                            // before that
+    // The run disables the buttons too, but from its own thread: nobody may press one before that.
+    SetButtonStatus(false);
     if (!m_worker.startBeside([this] { MP_UpdateScalar(); })) {
         sayThatNothingStarts();
     }
@@ -79,6 +80,27 @@ void AppDelegate::sayThatNothingStarts()
         appendProgressInfo_Red("Fail to start: the system has no thread left\n");
         SetButtonStatus(true);
     });
+}
+
+std::string AppDelegate::textOfField(const QLineEdit& field)
+{
+    // Shared: when the window closes during the wait, the task outlives this call.
+    const auto text = std::make_shared<std::string>();
+    m_mainThread.postAndWait([text, &field] { *text = field.text().toStdString(); });
+    return *text;
+}
+
+void AppDelegate::wirePropertyEditor()
+{
+    const PropertyViews views{tbProperties_Detail, cbICType,       txtViewDesc_Detail,
+                              txtViewBin_Detail,   txtVID_FwFlash, txtSSPID_FwFlash,
+                              txtHSPID_FwFlash,    txtVer_FwFlash, txtManu_FwFlash,
+                              txtPro_FwFlash,      txtSN_FwFlash,  txtContainerID_FwFlash};
+    tbViewController = std::make_unique<TableViewController>(
+        views, m_flashPage.image(), QFile::encodeName(apPath).toStdString(),
+        PropertyVoices{ConsoleLog, GeneralFunction::AlertString});
+    m_selection.fill();
+    m_identity.connectFields();
 }
 
 void AppDelegate::takeBootArgumentsSnapshot()

@@ -1,12 +1,16 @@
 #pragma once
 
+#include "app/EasyUpdatePage.h"
+#include "app/FlashPage.h"
 #include "app/FlowWorker.h"
+#include "app/IdentityFields.h"
 #include "app/LeaveProcess.h"
 #include "app/MainThread.h"
+#include "app/PropertySelection.h"
+#include "app/ScalarPage.h"
 #include "app/WindowControls.h"
 #include "config/ToolPlace.h"
 #include "editor/TableViewController.h"
-#include "firmware/FwImage.h"
 #include "platform/Platform.h"
 
 #include <QObject>
@@ -24,7 +28,7 @@ namespace vornadel
 {
 
 /// The one application object, on the main thread: start-up, window, actions. Its controls are its
-/// own members.
+/// own members; what its actions do is the business of one object for each box of the window.
 class AppDelegate final : public QObject, public WindowControls
 {
 public:
@@ -69,14 +73,15 @@ public:
     void DeviceNotification();
 
     // Easy update.
-    void chooseFw_EasyUpdate();
-    void updateFw_EasyUpdate();
-    void updateFunc(); ///< on a flow's thread
+    void chooseFw_EasyUpdate() { m_easyUpdate.choose(); }
+    void updateFw_EasyUpdate() { m_easyUpdate.start(); }
+    void updateFunc() { m_easyUpdate.run(); } ///< on a flow's thread
+    bool modifyFwBuffer_from_UI() { return m_easyUpdate.takeFields(); }
 
     // Scalar update.
-    void chooseScalarUpdateFw();
-    void MP_UpdateScalar(); ///< from any thread
-    void updateScalar();    ///< on a flow's thread
+    void chooseScalarUpdateFw() { m_scalar.choose(); }
+    void MP_UpdateScalar() { m_scalar.start(); } ///< from any thread
+    void updateScalar() { m_scalar.run(); }      ///< on a flow's thread
     /// Ends the process at once with a status, from any thread; what a success of the scalar update
     /// leads to.
     std::function<void(int status)> endProcess = leaveProcess;
@@ -92,54 +97,57 @@ public:
                                                           ///< start
 
     // Flash page. Main thread, but for the two flows.
-    void read_FwFlash();
-    void readFunc_FwFlash(); ///< on a flow's thread
-    void readFinished_FwFlash();
-    void load_FwFlash();
-    void erase_FwFlash();
-    void eraseFunc_FwFlash(); ///< on a flow's thread
-    void save_FwFlash();
+    void read_FwFlash() { m_flashPage.read(); }
+    void readFunc_FwFlash() { m_flashPage.runRead(); } ///< on a flow's thread
+    void readFinished_FwFlash() { m_flashPage.readFinished(); }
+    void load_FwFlash() { m_flashPage.load(); }
+    void erase_FwFlash() { m_flashPage.erase(); }
+    void eraseFunc_FwFlash() { m_flashPage.runErase(); } ///< on a flow's thread
+    void save_FwFlash() { m_flashPage.save(); }
 
     // Identity editing. Main thread.
-    void controlTextDidChange(QLineEdit* field); ///< what a person typed, not what the program put
-                                                 ///< in
-    void VID_HSPID_SSPID_Changed_FwFlash(QLineEdit* field);
-    void textDidChange_ManuProSN(QLineEdit* field);
-    bool modifyFwBuffer_from_UI();
+    /// What a person typed, not what the program put in.
+    void controlTextDidChange(QLineEdit* field) { m_identity.textChanged(field); }
+    void VID_HSPID_SSPID_Changed_FwFlash(QLineEdit* field) { m_identity.idChanged(field); }
+    void textDidChange_ManuProSN(QLineEdit* field) { m_identity.stringChanged(field); }
 
     // The two selections above the properties. Main thread.
-    void comboBoxSelectionDidChange(QComboBox* sender);
-    void ICTypeCombBox_SelectedChanged();
-    void PageNameCombBox_SelectedChanged();
+    void comboBoxSelectionDidChange(QComboBox* sender) { m_selection.selectionChanged(sender); }
+    void ICTypeCombBox_SelectedChanged() { m_selection.typeChanged(); }
+    void PageNameCombBox_SelectedChanged() { m_selection.pageChanged(); }
+    void selectFirstPage() { m_selection.selectFirstPage(); }
 
     std::unique_ptr<TableViewController> tbViewController;
 
-    /// Where work for the main thread is handed in.
-    MainThread& mainThread() { return m_mainThread; }
+    // What the objects for the boxes use.
+    Platform& platform() { return m_platform; }
+    const ToolPlace& place() const { return m_place; }
+    MainThread& mainThread() { return m_mainThread; }      ///< from any thread
+    bool isShuttingDown() const { return m_shuttingDown; } ///< from any thread
+    /// Runs a flow on its own thread. The buttons are disabled before; when no thread can be
+    /// started they are enabled again.
+    void startFlow(std::function<void()> flow);
+    /// The text of a field, from any thread.
+    std::string textOfField(const QLineEdit& field);
 
 private:
     void initFromIni();
     void MyLayoutUI();
     void takeBootArgumentsSnapshot();
 
-    std::string textOfField(const QLineEdit& field);
-    void startFlow(std::function<void()> flow); ///< the buttons are off; they are on again when it
-                                                ///< cannot be started
+    void wirePropertyEditor();
     void sayThatNothingStarts();
     void runScript(const char* name);
-
-    void connectPropertyEditor();
-    void fillSelections();
-    void selectFirstPage();
-    void openSavePanel();
 
     Platform& m_platform;
     ToolPlace m_place;
     QString m_titleSuffix;
 
-    FwImage m_updateImage;
-    FwImage m_scalarImage;
-    FwImage m_flashImage;
+    EasyUpdatePage m_easyUpdate{*this};
+    ScalarPage m_scalar{*this};
+    FlashPage m_flashPage{*this};
+    IdentityFields m_identity{*this, m_flashPage.image()};
+    PropertySelection m_selection{*this, m_flashPage.image()};
 
     std::atomic<bool> m_shuttingDown = false;
     MainThread m_mainThread;

@@ -1,4 +1,4 @@
-// The flash page's four buttons: read the hub's flash or a file, erase the flash, save to a file.
+#include "app/FlashPage.h"
 
 #include "app/AppDelegate.h"
 #include "app/ConsoleLog.h"
@@ -27,79 +27,79 @@ std::string textOf(const QLineEdit* field) { return field->text().toStdString();
 
 } // namespace
 
-void AppDelegate::read_FwFlash()
+void FlashPage::read()
 {
-    SetButtonStatus(false);
-    startFlow([this] { readFunc_FwFlash(); });
+    m_tool.SetButtonStatus(false);
+    m_tool.startFlow([this] { m_tool.readFunc_FwFlash(); });
 }
 
-void AppDelegate::readFunc_FwFlash()
+void FlashPage::runRead()
 {
     std::vector<std::uint8_t> flash;
-    WindowReporter reporter(*this);
+    WindowReporter reporter(m_tool);
     readFlash(
         flash, reporter,
         [this, &flash] {
             // On the main thread together: the image is the identity fields' and the table's there.
-            m_mainThread.postAndWait([this, &flash] {
-                FwImage_Parse(m_flashImage, flash.data(), static_cast<std::int32_t>(flash.size()));
-                readFinished_FwFlash();
+            m_tool.mainThread().postAndWait([this, &flash] {
+                FwImage_Parse(m_image, flash.data(), static_cast<std::int32_t>(flash.size()));
+                m_tool.readFinished_FwFlash();
             });
         },
-        [this] { m_mainThread.postAndWait([this] { SetButtonStatus(true); }); });
+        [this] { m_tool.mainThread().postAndWait([this] { m_tool.SetButtonStatus(true); }); });
 }
 
-void AppDelegate::readFinished_FwFlash()
+void FlashPage::readFinished()
 {
-    if (!m_flashImage.loaded) {
-        txtVID_FwFlash->setText("Err");
+    if (!m_image.loaded) {
+        m_tool.txtVID_FwFlash->setText("Err");
         return;
     }
-    tbViewController->LoadIni();
-    tbViewController->RefreshCurValues();
-    selectFirstPage();
+    m_tool.tbViewController->LoadIni();
+    m_tool.tbViewController->RefreshCurValues();
+    m_tool.selectFirstPage();
 }
 
-void AppDelegate::load_FwFlash()
+void FlashPage::load()
 {
-    const QString path = chooseFile(m_window.get());
+    const QString path = chooseFile(m_tool.window());
     if (!path.isEmpty()) {
-        FwImage_LoadFile(m_flashImage, QFile::encodeName(path).toStdString());
-        if (m_flashImage.loaded) { // a file that cannot be read leaves the image before it loaded
-            tbViewController->LoadIni();
-            tbViewController->RefreshCurValues_8Bit();
+        FwImage_LoadFile(m_image, QFile::encodeName(path).toStdString());
+        if (m_image.loaded) { // a file that cannot be read leaves the image before it loaded
+            m_tool.tbViewController->LoadIni();
+            m_tool.tbViewController->RefreshCurValues_8Bit();
         } else {
-            tbViewController->allItemList.clear();
-            txtViewBin_Detail->setPlainText("Binary Data\n");
-            showAlert("Firmware format error\n");
+            m_tool.tbViewController->allItemList.clear();
+            m_tool.txtViewBin_Detail->setPlainText("Binary Data\n");
+            AppDelegate::showAlert("Firmware format error\n");
         }
     }
-    selectFirstPage();
+    m_tool.selectFirstPage();
 }
 
-void AppDelegate::erase_FwFlash()
+void FlashPage::erase()
 {
-    SetButtonStatus(false);
-    startFlow([this] { eraseFunc_FwFlash(); });
+    m_tool.SetButtonStatus(false);
+    m_tool.startFlow([this] { m_tool.eraseFunc_FwFlash(); });
 }
 
-void AppDelegate::eraseFunc_FwFlash()
+void FlashPage::runErase()
 {
-    WindowReporter reporter(*this);
+    WindowReporter reporter(m_tool);
     eraseFlash(reporter);
-    m_mainThread.postAndWait([this] { SetButtonStatus(true); });
+    m_tool.mainThread().postAndWait([this] { m_tool.SetButtonStatus(true); });
 }
 
-void AppDelegate::save_FwFlash()
+void FlashPage::save()
 {
-    if (!m_flashImage.loaded) {
+    if (!m_image.loaded) {
         GeneralFunction::AlertString("No Flash Data");
         return;
     }
-    const IdentityTexts texts{textOf(txtVID_FwFlash),   textOf(txtSSPID_FwFlash),
-                              textOf(txtHSPID_FwFlash), textOf(txtVer_FwFlash),
-                              textOf(txtManu_FwFlash),  textOf(txtPro_FwFlash),
-                              textOf(txtSN_FwFlash)};
+    const IdentityTexts texts{textOf(m_tool.txtVID_FwFlash),   textOf(m_tool.txtSSPID_FwFlash),
+                              textOf(m_tool.txtHSPID_FwFlash), textOf(m_tool.txtVer_FwFlash),
+                              textOf(m_tool.txtManu_FwFlash),  textOf(m_tool.txtPro_FwFlash),
+                              textOf(m_tool.txtSN_FwFlash)};
     ConsoleLog(QString::asprintf("Length in textfield : %zu-%zu-%zu-%zu-%zu-%zu-%zu\n",
                                  texts.vid.size(), texts.sspid.size(), texts.hspid.size(),
                                  texts.version.size(), texts.manufacturer.size(),
@@ -108,19 +108,19 @@ void AppDelegate::save_FwFlash()
         GeneralFunction::AlertString("Data Length Error");
         return;
     }
-    FwImage_SetIds(m_flashImage, texts);
-    FwImage_SetStrings(m_flashImage, texts.manufacturer, texts.product, texts.serial);
-    GF_PrintHex(m_flashImage.strings, static_cast<std::int32_t>(m_flashImage.stringsLength));
+    FwImage_SetIds(m_image, texts);
+    FwImage_SetStrings(m_image, texts.manufacturer, texts.product, texts.serial);
+    GF_PrintHex(m_image.strings, static_cast<std::int32_t>(m_image.stringsLength));
     openSavePanel();
 }
 
-void AppDelegate::openSavePanel()
+void FlashPage::openSavePanel()
 {
-    auto* panel = new SavePanel(m_window.get());
-    connect(panel, &QFileDialog::fileSelected, this, [this](const QString& path) {
+    auto* panel = new SavePanel(m_tool.window());
+    QObject::connect(panel, &QFileDialog::fileSelected, &m_tool, [this](const QString& path) {
         std::string problem;
-        saveFileAtomically(QFile::encodeName(path).toStdString(), m_flashImage.data.get(),
-                           static_cast<std::size_t>(m_flashImage.size), problem);
+        saveFileAtomically(QFile::encodeName(path).toStdString(), m_image.data.get(),
+                           static_cast<std::size_t>(m_image.size), problem);
         ConsoleLog(path);
         if (!problem.empty()) {
             ConsoleLog(QString::fromStdString(problem)); // shown nowhere else

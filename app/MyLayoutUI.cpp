@@ -45,7 +45,11 @@ QFont helvetica(int points)
     return font;
 }
 
+<<<<<<< HEAD
 /// Gives the widget its frame, its member's name, and the name that a screen reader says.
+=======
+/// Gives the widget its member's name and the name that a screen reader says, and puts it in place.
+>>>>>>> 7251b04 (app: give each area of the window an object of its own)
 void nameAndPlace(QWidget* widget, const char* name, const char* accessibleName, const Frame& frame)
 {
     widget->setObjectName(name);
@@ -175,7 +179,7 @@ void AppDelegate::MyLayoutUI()
     buildButtons(*this);
     buildTexts(*this);
     buildPropertyEditor(*this);
-    connectPropertyEditor();
+    wirePropertyEditor();
     chainTabOrder(content);
     if (!fwbinPath.empty()) {
         nstextfd_Scalar->setText(QString::fromStdString(fwbinPath));

@@ -1,0 +1,86 @@
+#include "app/EasyUpdatePage.h"
+
+#include "app/AppDelegate.h"
+#include "app/FilePanels.h"
+#include "app/WindowReporter.h"
+#include "base/GenFun.h"
+#include "editor/ToolTip.h"
+#include "firmware/IdentityEdit.h"
+#include "flows/FirmwareUpdate.h"
+#include "hub/SupportedIds.h"
+
+#include <QFile>
+#include <QLineEdit>
+
+#include <string>
+
+namespace vornadel
+{
+
+namespace
+{
+
+std::string textOf(const QLineEdit* field) { return field->text().toStdString(); }
+
+std::uint16_t wordAt(const std::uint8_t* position)
+{
+    return static_cast<std::uint16_t>(position[0] << 8 | position[1]);
+}
+
+} // namespace
+
+void EasyUpdatePage::choose()
+{
+    const QString path = chooseFile(m_tool.window());
+    if (path.isEmpty()) {
+        return;
+    }
+    m_tool.txtFw_EasyUpdate->setText(path);
+    m_tool.txtFw_EasyUpdate->setToolTip(plainToolTip(path)); // it may be longer than the field
+    FwImage_LoadFile(m_image, QFile::encodeName(path).toStdString());
+    if (!m_image.loaded) { // a file that cannot be read leaves the image before it loaded
+        AppDelegate::showAlert("Firmware format error\n");
+        return;
+    }
+    m_tool.txtVID_EasyUpdate->setText(QString::fromStdString(FwImage_IdText(m_image.vid)));
+    m_tool.txtSSPID_EasyUpdate->setText(QString::fromStdString(FwImage_IdText(m_image.sspid)));
+    m_tool.txtHSPID_EasyUpdate->setText(QString::fromStdString(FwImage_IdText(m_image.hspid)));
+    m_tool.txtVer_EasyUpdate->setText(QString::fromStdString(FwImage_IdText(m_image.version)));
+    m_tool.txtManu_EasyUpdate->setText(QString::fromUtf8(m_image.manufacturer.data()));
+    m_tool.txtPro_EasyUpdate->setText(QString::fromUtf8(m_image.product.data()));
+    m_tool.txtSN_EasyUpdate->setText(QString::fromUtf8(m_image.serial.data()));
+}
+
+void EasyUpdatePage::start()
+{
+    m_tool.SetButtonStatus(false);
+    m_tool.startFlow([this] { m_tool.updateFunc(); });
+}
+
+void EasyUpdatePage::run()
+{
+    WindowReporter reporter(m_tool);
+    updateFirmware(m_image, m_tool.textOfField(*m_tool.txtFw_EasyUpdate), reporter);
+    m_tool.mainThread().postAndWait([this] { m_tool.SetButtonStatus(true); });
+}
+
+bool EasyUpdatePage::takeFields()
+{
+    const IdentityTexts texts{
+        textOf(m_tool.txtVID_EasyUpdate),   textOf(m_tool.txtSSPID_EasyUpdate),
+        textOf(m_tool.txtHSPID_EasyUpdate), textOf(m_tool.txtVer_EasyUpdate),
+        textOf(m_tool.txtManu_EasyUpdate),  textOf(m_tool.txtPro_EasyUpdate),
+        textOf(m_tool.txtSN_EasyUpdate)};
+    if (!m_image.loaded || !texts.fit()) {
+        return false;
+    }
+    FwImage_SetIds(m_image, texts);
+    if (!FindSupportedTriple(wordAt(m_image.vid), wordAt(m_image.sspid), wordAt(m_image.hspid))) {
+        return false;
+    }
+    FwImage_SetStrings(m_image, texts.manufacturer, texts.product, texts.serial);
+    GF_PrintHex(m_image.strings, static_cast<std::int32_t>(m_image.stringsLength));
+    return true;
+}
+
+} // namespace vornadel

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "firmware/FwImage.h"
+
+namespace vornadel
+{
+
+class AppDelegate;
+
+/// The easy-update box: choose an image, see whose it is, write it to the hub. Main thread, but for
+/// run().
+class EasyUpdatePage
+{
+public:
+    explicit EasyUpdatePage(AppDelegate& tool) : m_tool(tool) {}
+
+    void choose();
+    void start();
+    void run(); ///< on a flow's thread
+
+    /// Writes the box's fields into its image. False when there is no image, when a length is wrong
+    /// (nothing is written) or when the ids are not supported (they stay written).
+    bool takeFields();
+
+private:
+    AppDelegate& m_tool;
+    FwImage m_image;
+};
+
+} // namespace vornadel

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "firmware/FwImage.h"
+
+namespace vornadel
+{
+
+class AppDelegate;
+
+/// The flash box's four buttons: read the hub's flash or a file, erase the flash, save to a file.
+/// Main thread, but for the two flows.
+class FlashPage
+{
+public:
+    explicit FlashPage(AppDelegate& tool) : m_tool(tool) {}
+
+    void read();
+    void runRead(); ///< on a flow's thread
+    /// Fills the property editor from the image.
+    void readFinished();
+    void load();
+    void erase();
+    void runErase(); ///< on a flow's thread
+    void save();
+
+    /// What is edited: read and written on the main thread alone.
+    FwImage& image() { return m_image; }
+
+private:
+    void openSavePanel();
+
+    AppDelegate& m_tool;
+    FwImage m_image;
+};
+
+} // namespace vornadel

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "firmware/FwImage.h"
+
+class QLineEdit;
+
+namespace vornadel
+{
+
+class AppDelegate;
+
+/// The identity fields of the flash box: what a person types goes into the flash image with every
+/// keystroke. Main thread.
+class IdentityFields
+{
+public:
+    IdentityFields(AppDelegate& tool, FwImage& flashImage) : m_tool(tool), m_image(flashImage) {}
+
+    /// Listens to the fields; once, after the layout.
+    void connectFields();
+
+    void textChanged(QLineEdit* field);
+    void idChanged(QLineEdit* field);
+    void stringChanged(QLineEdit* field); ///< a string or the Container ID
+
+private:
+    AppDelegate& m_tool;
+    FwImage& m_image;
+};
+
+} // namespace vornadel
