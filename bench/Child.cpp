@@ -39,7 +39,7 @@ struct Running {
     int out = -1; // what it writes to standard output
 };
 
-/// Standard error goes nowhere. exec searches the path.
+/// Discards standard error. exec searches the path.
 Running start(std::vector<std::string> command, std::vector<std::string> environment)
 {
     for (char** variable = environ; *variable != nullptr; ++variable) {
@@ -93,8 +93,8 @@ std::optional<StartCost> runUntilPainted(const std::vector<std::string>& command
     if (painted <= begin || !WIFEXITED(status) || WEXITSTATUS(status) != 0) {
         return std::nullopt;
     }
-    // ru_maxrss is in KiB and counts this program too, as it was before exec: it must stay the
-    // smaller one.
+    // ru_maxrss is in KiB and includes the time before exec, when the child was a copy of this
+    // program: this program must stay the smaller one.
     return StartCost{(painted - begin) * 1e3, static_cast<double>(used.ru_maxrss) / 1024};
 }
 

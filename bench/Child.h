@@ -9,18 +9,18 @@
 namespace vornadel::bench
 {
 
-/// What one start of a watched window cost.
+/// The cost of one start of a watched window.
 struct StartCost {
     double milliseconds = 0; ///< from before the fork to the first complete picture
     double mebibytes = 0;    ///< most memory ever resident
 };
 
-/// Runs a program that was built with FirstPaint.cpp until it has painted. `environment` is added
-/// to this program's own. Nothing when it did not say when it painted, or failed.
+/// Runs a program that was built with FirstPaint.cpp until it has painted, with `environment` added
+/// to this program's own. Empty when it failed or did not report the moment.
 std::optional<StartCost> runUntilPainted(const std::vector<std::string>& command,
                                          const std::vector<std::string>& environment);
 
-/// A display of our own without a screen.
+/// An X server of our own, without a screen.
 class VirtualDisplay
 {
 public:
@@ -29,7 +29,7 @@ public:
     VirtualDisplay& operator=(const VirtualDisplay&) = delete;
     ~VirtualDisplay();
 
-    /// As DISPLAY names it; empty when there is none.
+    /// The value for DISPLAY; empty when the server did not start.
     const std::string& name() const { return m_name; }
 
 private:

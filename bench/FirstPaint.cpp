@@ -1,6 +1,5 @@
-// Watches a program from the inside: writes the moment at which its window's first picture was
-// complete to standard output and ends the program. Whatever links this file is watched; nothing
-// else in the program knows.
+// Watches the program that it is linked into: prints the moment at which the window's first picture
+// was complete, and ends the program. The program itself needs no change.
 
 #include <QAbstractScrollArea>
 #include <QCoreApplication>
@@ -18,7 +17,7 @@ namespace
 void tellAndQuit()
 {
     timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now); // the one that the waiting program reads
+    clock_gettime(CLOCK_MONOTONIC, &now); // the clock that the waiting program reads
     std::printf("%lld.%09ld\n", static_cast<long long>(now.tv_sec), now.tv_nsec);
     std::fflush(stdout);
     QCoreApplication::quit();
@@ -34,7 +33,7 @@ protected:
     {
         if (event->type() == QEvent::Paint && !m_seen && isViewportOnScreen(watched)) {
             m_seen = true;
-            startTimer(0); // all of the window is painted before
+            startTimer(0); // runs after the whole window is painted
         }
         return QObject::eventFilter(watched, event);
     }

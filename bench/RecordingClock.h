@@ -9,7 +9,7 @@
 namespace vornadel::bench
 {
 
-/// Another clock, with the pauses asked for added up.
+/// Forwards to another clock and adds up the pauses.
 class RecordingClock final : public Clock
 {
 public:

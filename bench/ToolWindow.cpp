@@ -24,7 +24,7 @@ namespace vornadel::bench
 namespace
 {
 
-/// Chooses a file in the dialog that comes up next.
+/// Chooses a file in the next dialog that opens.
 class FileChooser final : public QObject
 {
 public:
@@ -57,7 +57,7 @@ void giveUp(const std::string& why)
 
 void prepareForWindows()
 {
-    // The console log tells of every detection, which is no part of a table.
+    // The console log reports every detection and would garble the tables.
     const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
     ::dup2(nowhere, STDERR_FILENO);
     ::setenv("QT_QPA_PLATFORM", "offscreen", 0);
@@ -89,7 +89,7 @@ ToolWindow::ToolWindow(const std::string& bundle, Clock& flowClock, Clock& hubCl
     m_delegate = std::make_unique<AppDelegate>(
         *m_platform, ToolPlace{bundle, true, VORNADEL_RESOURCES}, QString());
     m_delegate->applicationDidFinishLaunching();
-    beQuiet(5 * kQuietMilliseconds); // the run at the start finds no image and ends
+    beQuiet(5 * kQuietMilliseconds); // the update at start finds no image and ends
 }
 
 ToolWindow::~ToolWindow()

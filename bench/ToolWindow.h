@@ -21,23 +21,23 @@ namespace vornadel::bench
 
 using Milliseconds = std::chrono::duration<double, std::milli>;
 
-/// Ends the benchmark: what it measures did not happen.
+/// Ends the benchmark, because what it measures did not happen.
 [[noreturn]] void giveUp(const std::string& why);
 
-/// A QApplication's surroundings for a benchmark: no screen, no console log, no dialogs of a
-/// desktop.
+/// Prepares a QApplication for a benchmark: no screen, no console log, no native dialogs.
 void prepareForWindows();
 
-/// Handles events for a while.
+/// Handles events for that long.
 void beQuiet(int milliseconds);
 
-/// The tool's window over a simulated hub, launched and at rest.
+/// The tool's window on a simulated hub, launched and idle.
 class ToolWindow
 {
 public:
     static constexpr int kQuietMilliseconds = 20; ///< for the detection after a flow
 
-    /// `hubClock` for the hub, `flowClock` for the tool; may be one. `bundle` may not exist.
+    /// The hub uses `hubClock`, the tool `flowClock`; they may be the same. `bundle` need not
+    /// exist.
     ToolWindow(const std::string& bundle, Clock& flowClock, Clock& hubClock,
                SimulatedLatency latency);
     ToolWindow(const ToolWindow&) = delete;
@@ -47,8 +47,8 @@ public:
     AppDelegate& tool() { return *m_delegate; }
     SimulatedHub& hub() { return m_bus->hub(); }
 
-    /// Presses a button and chooses a file with that content in the dialog that comes up. The path
-    /// of the file.
+    /// Presses a button and chooses a file with that content in the dialog that opens. Returns the
+    /// path of the file.
     QString choose(QPushButton& button, const std::vector<std::uint8_t>& content);
 
 private:

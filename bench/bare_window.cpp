@@ -1,4 +1,4 @@
-// The least that a window with a text in it costs: what the tool's start is measured against.
+// The cheapest window with a text in it: the baseline for the tool's start.
 
 #include <QApplication>
 #include <QPlainTextEdit>

@@ -1,6 +1,6 @@
-// What the property editor costs with as many properties as there can be: from a key press in an
-// identity field, or a change of the page, to the pixels; and reading the file behind it against
-// the INI reader alone.
+// The cost of the property editor with the largest possible number of properties: from a key press
+// in an identity field, or a change of the page, to the pixels; and reading the property file,
+// compared with the INI reader alone.
 
 #include "app/Controls.h"
 #include "bench/Table.h"
@@ -68,7 +68,7 @@ void press(QWidget* widget, int key, const QString& text)
     QApplication::sendEvent(widget, &up);
 }
 
-/// Handles what is waiting until a widget has been painted once more.
+/// Handles pending events until a widget has been painted once more.
 void untilPainted(const Painted& painted, int before)
 {
     for (int round = 0; painted.count() == before; ++round) {

@@ -1,4 +1,4 @@
-// What each whole flow costs beyond the hub's own time and the fixed pauses, without a window.
+// The cost of each whole flow, without a window, beyond the hub's own time and the fixed pauses.
 
 #include "bench/RecordingClock.h"
 #include "bench/Table.h"
@@ -33,7 +33,7 @@ constexpr double kTargetMilliseconds = 50;
 
 using Milliseconds = std::chrono::duration<double, std::milli>;
 
-/// Takes what a flow tells and shows it nowhere.
+/// Accepts a flow's reports and shows nothing.
 class SilentReporter final : public FlowReporter
 {
 public:
@@ -85,7 +85,7 @@ bool read(FlowReporter& reporter)
     return readFlash(flash, reporter) && flash == demoImage();
 }
 
-/// A flow and what the flash of a hub that held the demo image 1.00 holds after it.
+/// A flow, and the flash that it leaves in a hub that held the demo image 1.00.
 struct Flow {
     const char* name;
     bool (*run)(FlowReporter& reporter);
@@ -100,7 +100,7 @@ std::vector<Flow> flows()
             {"erase", eraseFlash, std::vector<std::uint8_t>(kSimulatedFlashSize, 0xFF)}};
 }
 
-/// Runs the flow on a fresh hub; the wall time that went by.
+/// Runs the flow on a fresh hub and returns the wall time.
 Milliseconds timeOne(const Flow& flow, SimulatedBus& bus, Clock& flowClock)
 {
     Hub_UsePlatform(bus, flowClock);
@@ -114,8 +114,7 @@ Milliseconds timeOne(const Flow& flow, SimulatedBus& bus, Clock& flowClock)
     return wall;
 }
 
-/// Pauses and the hub's own time take no wall time on the virtual clock: what is left is the
-/// overhead.
+/// On the virtual clock, pauses and the hub's own time take no wall time. The rest is overhead.
 Row onVirtualTime(const Flow& flow, const std::string& hub, SimulatedLatency latency)
 {
     constexpr int kRuns = 200;
@@ -128,7 +127,7 @@ Row onVirtualTime(const Flow& flow, const std::string& hub, SimulatedLatency lat
     return rowOf(flow.name + (", virtual time, " + hub), overhead, kTargetMilliseconds);
 }
 
-/// The overhead in real time; where that time went is added to `parts`.
+/// The overhead in real time; adds the rows of where the time went to `parts`.
 Row onTheWall(const Flow& flow, std::vector<Row>& parts)
 {
     StdClock clock;

@@ -1,4 +1,4 @@
-// Looking for the descriptor block in an image of a whole flash.
+// The search for the descriptor block in an image of a whole flash.
 
 #include "bench/Table.h"
 #include "firmware/FwImage.h"
@@ -61,7 +61,7 @@ BENCHMARK_CAPTURE(parse, demo, "the demo image, block near the end", demo, true)
 BENCHMARK_CAPTURE(parse, start, "block at the very start", blockAtTheStart, true)->Apply(manyTimes);
 BENCHMARK_CAPTURE(parse, none, "no block at all", noBlock, false)->Apply(manyTimes);
 
-/// Shows the runs as our tables do.
+/// Prints the runs as one of our tables.
 class TableReporter final : public benchmark::BenchmarkReporter
 {
 public:

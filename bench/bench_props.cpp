@@ -1,5 +1,5 @@
-// Reading the costliest property files that are read or refused, and looking for such files in a
-// crowd.
+// Reading, or refusing, the most expensive property files; and finding property files among many
+// others.
 
 #include "bench/Table.h"
 #include "props/PropertyFile.h"
@@ -31,7 +31,7 @@ constexpr int kCrowd = 100'000;
     std::exit(EXIT_FAILURE);
 }
 
-/// A folder of the benchmark's own.
+/// A temporary folder.
 class Folder
 {
 public:

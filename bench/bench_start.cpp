@@ -1,5 +1,5 @@
-// From nothing to the window's first picture, and the memory that it takes: the tool against a bare
-// window.
+// Time from the start of the process to the window's first picture, and the memory used: the tool
+// compared with a bare window.
 
 #include "bench/Child.h"
 #include "bench/Table.h"
@@ -47,12 +47,12 @@ void compare(const std::string& title, const std::vector<std::string>& environme
     const std::vector<std::string> bareCommand{BARE_WINDOW};
     const std::vector<std::string> toolCommand{TOOL_WINDOW,
                                                "--simulated-hub=latency=none,image=" + flash};
-    startOnce(bareCommand, environment); // what they read from disk is in memory from here on
+    startOnce(bareCommand, environment); // from now on their files are in the disk cache
     startOnce(toolCommand, environment);
 
     Costs bare;
     Costs tool;
-    for (int run = 0; run < kRuns; ++run) { // in turns, so that a busy moment hits both
+    for (int run = 0; run < kRuns; ++run) { // alternately, so that other load hits both
         bare.add(startOnce(bareCommand, environment));
         tool.add(startOnce(toolCommand, environment));
     }

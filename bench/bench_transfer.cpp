@@ -1,9 +1,9 @@
-// What the hub layer adds to a control transfer of 4096 bytes: reads of the flash through it, and
-// the same reads in a loop with nothing but libusb. Both reach the same hub by turns, so that what
-// else the machine does meets both alike.
+// What the hub layer adds to a control transfer of 4096 bytes: reads of the flash through it,
+// compared with the same reads in a plain libusb loop. The two alternate on the same hub, so that
+// other load on the machine affects both alike.
 //
-// It needs a hub of 1209:0001 that runs its ROM code, and reads nothing but the flash.
-// tests/kernel/bench runs it in a virtual machine that has one; elsewhere there is one after
+// It needs a hub with ids 1209:0001 that runs its ROM code, and only reads the flash.
+// tests/kernel/bench runs it in a virtual machine that has one. Elsewhere, start one with
 //   sudo vornadel-virtual-hub --hub image=/tmp/hub.bin,mode=rom,latency=none
 
 #include "bench/Table.h"
@@ -44,7 +44,7 @@ using Microseconds = std::chrono::duration<double, std::micro>;
     std::exit(EXIT_FAILURE);
 }
 
-/// The hub by libusb alone, with a context of its own.
+/// The hub through libusb alone, with its own context.
 class BareHub
 {
 public:
@@ -102,7 +102,7 @@ int measure(const BareHub& bare)
             bareTimes = {};
             layerTimes = {};
         }
-        if (pair % 2 == 0) { // each has the other before it as often as behind it
+        if (pair % 2 == 0) { // so that each comes first equally often
             timeOne(readBare, bareBytes, bareTimes);
             timeOne(readByLayer, layerBytes, layerTimes);
         } else {

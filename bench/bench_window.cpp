@@ -1,6 +1,6 @@
-// What one whole update costs in the window beyond the fixed pauses: from the press of the button,
-// through the flow on its thread and the progress on the main thread, to the buttons that can be
-// pressed again.
+// The cost of one whole update in the window, beyond the fixed pauses: from the press of the
+// button, through the flow on its thread and the progress on the main thread, until the buttons are
+// enabled again.
 
 #include "app/Controls.h"
 #include "bench/RecordingClock.h"
@@ -33,7 +33,7 @@ using namespace vornadel::bench;
 
 constexpr double kTargetMilliseconds = 50;
 
-/// Ends a loop once a button can be pressed again.
+/// Ends a loop once a button is enabled again.
 class EnabledAgain final : public QObject
 {
 public:
@@ -46,7 +46,7 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override
     {
         if (event->type() == QEvent::EnabledChange && m_button.isEnabled()) {
-            QTimer::singleShot(0, &m_loop, SLOT(quit())); // behind what is still to be shown
+            QTimer::singleShot(0, &m_loop, SLOT(quit())); // after what is still queued for display
         }
         return QObject::eventFilter(watched, event);
     }
@@ -56,7 +56,7 @@ private:
     QEventLoop& m_loop;
 };
 
-/// The tool's window, with an image chosen as a person does it.
+/// The tool's window, with an image chosen in the dialog as a user would.
 class Window
 {
 public:
@@ -71,7 +71,7 @@ public:
         }
     }
 
-    /// Presses the button and waits for the end; the wall time that went by.
+    /// Presses the button, waits for the end and returns the wall time.
     Milliseconds update()
     {
         AppDelegate& tool = m_window.tool();
@@ -95,8 +95,7 @@ private:
     ToolWindow m_window;
 };
 
-/// Pauses and the hub's own time take no wall time on the virtual clock: what is left is the
-/// overhead.
+/// On the virtual clock, pauses and the hub's own time take no wall time. The rest is overhead.
 Row onVirtualTime(const std::string& what, SimulatedLatency latency)
 {
     constexpr int kRuns = 50;
@@ -109,8 +108,8 @@ Row onVirtualTime(const std::string& what, SimulatedLatency latency)
     return rowOf(what, overhead, kTargetMilliseconds);
 }
 
-/// On a busy machine the wall time holds many waits for a processor; the time on it shows how much
-/// of that is ours.
+/// On a busy machine much of the wall time is waiting for a processor; the processor time shows how
+/// much of it is ours.
 void onTheWall(const std::string& what, SimulatedLatency latency, std::vector<Row>& rows)
 {
     constexpr int kRuns = 3;

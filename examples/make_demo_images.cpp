@@ -32,8 +32,8 @@ bool write(const std::filesystem::path& path, const std::vector<std::uint8_t>& i
 
 } // namespace
 
-/// make_demo_images [FOLDER]: writes demo-1.00.bin and demo-1.01.bin into the folder, or the
-/// current one.
+/// make_demo_images [FOLDER]: writes demo-1.00.bin and demo-1.01.bin into the folder, by default
+/// the current one.
 int main(int argc, char** argv)
 {
     if (argc > 2) {
