@@ -7,8 +7,8 @@
 #include "app/GeneralFunction.h"
 #include "app/WindowReporter.h"
 #include "base/GenFun.h"
+#include "base/WholeFile.h"
 #include "firmware/IdentityEdit.h"
-#include "firmware/ImageFile.h"
 #include "flows/FlashErase.h"
 #include "flows/FlashRead.h"
 
@@ -119,8 +119,8 @@ void FlashPage::openSavePanel()
     auto* panel = new SavePanel(m_tool.window());
     QObject::connect(panel, &QFileDialog::fileSelected, &m_tool, [this](const QString& path) {
         std::string problem;
-        saveFileAtomically(QFile::encodeName(path).toStdString(), m_image.data.get(),
-                           static_cast<std::size_t>(m_image.size), problem);
+        saveWholeFile(QFile::encodeName(path).toStdString(),
+                      {m_image.data.get(), static_cast<std::size_t>(m_image.size)}, problem);
         ConsoleLog(path);
         if (!problem.empty()) {
             ConsoleLog(QString::fromStdString(problem)); // shown nowhere else

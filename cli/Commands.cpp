@@ -1,9 +1,9 @@
 #include "cli/Commands.h"
 
+#include "base/WholeFile.h"
 #include "cli/ConsoleReporter.h"
 #include "config/ToolConfig.h"
 #include "firmware/FwImage.h"
-#include "firmware/ImageFile.h"
 #include "flows/FirmwareUpdate.h"
 #include "flows/FlashErase.h"
 #include "flows/FlashRead.h"
@@ -118,7 +118,7 @@ int readInto(const std::string& path, std::ostream& out, std::ostream& err, bool
     if (!readFlash(flash, reporter)) {
         return kExitFailure;
     }
-    if (!saveFileAtomically(path, flash.data(), flash.size(), problem)) {
+    if (!saveWholeFile(path, flash, problem)) {
         err << "the flash was read but could not be saved: " << problem << '\n';
         return kExitFailure;
     }

@@ -1,10 +1,11 @@
 #include "props/PropertyFile.h"
 
+#include "base/FirstComplaint.h"
+
 #include <iniparser/iniparser.h>
 
 #include <algorithm>
 #include <array>
-#include <cstdarg>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -207,33 +208,10 @@ std::string faultBeforeReading(const std::string& path)
     return {};
 }
 
-/// What the INI reader said first; it hands its words to a plain function.
-std::string& firstComplaint()
-{
-    static std::string complaint;
-    return complaint;
-}
-
-int keepFirstComplaint(const char* format, ...)
-{
-    std::array<char, 1024> text{};
-    va_list arguments;
-    va_start(arguments, format);
-    std::vsnprintf(text.data(), text.size(), format, arguments);
-    va_end(arguments);
-    if (firstComplaint().empty()) {
-        // the faulty line itself may follow, and need not be fit to be printed
-        const std::string_view line(text.data());
-        const std::string_view first = line.substr(0, line.find('\n'));
-        firstComplaint() = first.substr(0, first.find_last_not_of(':') + 1);
-    }
-    return 0;
-}
-
 /// The file's entries; null, and the reason in firstComplaint(), when it is no INI file.
 Dictionary load(const std::string& path)
 {
-    firstComplaint().clear();
+    resetFirstComplaint();
     iniparser_set_error_callback(keepFirstComplaint);
     Dictionary read(iniparser_load(path.c_str()));
     iniparser_set_error_callback(nullptr);

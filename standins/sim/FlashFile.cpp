@@ -1,12 +1,11 @@
 #include "standins/sim/FlashFile.h"
 
+#include "base/WholeFile.h"
 #include "standins/sim/NorFlash.h"
 
-#include <array>
 #include <cerrno>
 #include <cstddef>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -24,7 +23,8 @@ namespace
 
 namespace fs = std::filesystem;
 
-constexpr mode_t kNewFileMode = 0644;
+constexpr mode_t kLockFileMode = 0644;
+constexpr int kMostLinks = 40;
 
 class Descriptor
 {
@@ -48,28 +48,15 @@ private:
 
 std::string because(int errorNumber) { return std::generic_category().message(errorNumber); }
 
-bool fail(std::string& error, const std::string& what, const std::string& why)
+bool fail(std::string& error, const std::string& what)
 {
     error = what;
-    error += ": ";
-    error += why;
     return false;
 }
 
-bool writeAll(int file, const std::vector<std::uint8_t>& bytes)
+bool fail(std::string& error, const std::string& what, const std::string& why)
 {
-    std::size_t done = 0;
-    while (done < bytes.size()) {
-        const ssize_t count = ::write(file, bytes.data() + done, bytes.size() - done);
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count <= 0) {
-            return false;
-        }
-        done += static_cast<std::size_t>(count);
-    }
-    return true;
+    return fail(error, what + ": " + why);
 }
 
 bool readAll(int file, std::vector<std::uint8_t>& bytes)
@@ -89,10 +76,23 @@ bool readAll(int file, std::vector<std::uint8_t>& bytes)
     return true;
 }
 
-mode_t modeOf(const std::string& path)
+/// Where `path` leads past all symbolic links, also past one to a file that does not exist yet: all
+/// names of a file are to share its lock.
+fs::path resolvedPath(const std::string& path, std::error_code& code)
 {
-    struct stat info = {};
-    return ::stat(path.c_str(), &info) == 0 ? info.st_mode & 0777 : kNewFileMode;
+    fs::path resolved = fs::weakly_canonical(fs::absolute(path, code), code);
+    for (int links = 0; !code && links < kMostLinks && fs::is_symlink(resolved); ++links) {
+        const fs::path target = fs::read_symlink(resolved, code);
+        resolved = fs::weakly_canonical(resolved.parent_path() / target, code);
+    }
+    return resolved;
+}
+
+/// Opens or creates a lock file. Never follows a symbolic link, which could have been planted in a
+/// folder that others can write to.
+int openLock(const std::string& name)
+{
+    return ::open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, kLockFileMode);
 }
 
 std::string folderOf(const std::string& path)
@@ -112,7 +112,7 @@ std::unique_ptr<FlashFile> FlashFile::openOrCreate(const std::string& path,
                                                    std::string& error)
 {
     std::error_code code;
-    const fs::path resolved = fs::weakly_canonical(fs::absolute(path, code), code);
+    const fs::path resolved = resolvedPath(path, code);
     if (code || !resolved.has_filename()) {
         fail(error, path, code ? code.message() : "not a file name");
         return nullptr;
@@ -130,7 +130,7 @@ std::unique_ptr<FlashFile> FlashFile::openOrCreate(const std::string& path,
         return nullptr;
     }
     const std::string lockName = file->m_path + ".lock";
-    if (!Descriptor(::open(lockName.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kNewFileMode)).valid()) {
+    if (!Descriptor(openLock(lockName)).valid()) {
         fail(error, "cannot open " + lockName, because(errno));
         return nullptr;
     }
@@ -150,8 +150,9 @@ bool FlashFile::fill(const std::vector<std::uint8_t>& initial, std::string& erro
     if (code) {
         return fail(error, "cannot make the folder " + folder, code.message());
     }
-    // Under the lock, so that a program which starts at the same moment does not lose what the
-    // first one wrote. Waiting for it, because that one may be filling the file right now.
+    // Under the lock, so that a program that starts at the same moment does not overwrite what the
+    // first one wrote. We wait for the lock, as the other program may be filling the file right
+    // now.
     if (!lock(LOCK_EX)) {
         return fail(error, "cannot lock " + m_path + ".lock", because(errno));
     }
@@ -162,7 +163,7 @@ bool FlashFile::fill(const std::vector<std::uint8_t>& initial, std::string& erro
 
 bool FlashFile::load(std::vector<std::uint8_t>& bytes, std::string& error) const
 {
-    // Not blocking, for the sake of a pipe of that name.
+    // Not blocking: the name may be a pipe's.
     const Descriptor file(::open(m_path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat info = {};
     if (!file.valid() || ::fstat(file.get(), &info) != 0) {
@@ -185,24 +186,8 @@ bool FlashFile::load(std::vector<std::uint8_t>& bytes, std::string& error) const
 
 bool FlashFile::store(const std::vector<std::uint8_t>& bytes, std::string& error) const
 {
-    // One name for all, under the lock: what a killed program leaves behind is used up by the next
-    // one.
-    const std::string temporary = m_path + ".new";
-    ::unlink(temporary.c_str());
-    const Descriptor file(
-        ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode));
-    if (!file.valid()) {
-        return fail(error, "cannot write beside " + m_path, because(errno));
-    }
-    const bool stored = writeAll(file.get(), bytes) && ::fchmod(file.get(), modeOf(m_path)) == 0 &&
-                        ::fsync(file.get()) == 0 &&
-                        ::rename(temporary.c_str(), m_path.c_str()) == 0;
-    if (!stored) {
-        const int reason = errno;
-        ::unlink(temporary.c_str());
-        return fail(error, "cannot write " + m_path, because(reason));
-    }
-    return true;
+    std::string problem;
+    return saveWholeFile(m_path, bytes, problem) || fail(error, "cannot write " + problem);
 }
 
 bool FlashFile::lock() { return lock(LOCK_EX | LOCK_NB); }
@@ -212,8 +197,7 @@ bool FlashFile::lock(int operation)
     if (locked()) {
         return false;
     }
-    const std::string name = m_path + ".lock";
-    const int file = ::open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kNewFileMode);
+    const int file = openLock(m_path + ".lock");
     if (file < 0) {
         return false;
     }

@@ -8,13 +8,13 @@
 namespace vornadel
 {
 
-/// The file that keeps the simulated flash between runs, and the lock beside it (the file's name
-/// with ".lock" appended) that keeps two programs from having the same hub open. Not thread-safe.
+/// The file that keeps the simulated flash between runs, and the lock file beside it (its name with
+/// ".lock" appended), by which only one program at a time has the hub open. Not thread-safe.
 class FlashFile
 {
 public:
-    /// The file `path`, holding `initial` when it did not exist yet; folders above it are made.
-    /// Null and a sentence in `error` when it is not a regular file of exactly 32768 bytes that can
+    /// The file `path`. One that does not exist is created with `initial` in it, its folders too.
+    /// Null and a sentence in `error` unless it is a regular file of exactly 32768 bytes that can
     /// be read and replaced. A file of another size is left as it is.
     static std::unique_ptr<FlashFile> openOrCreate(const std::string& path,
                                                    const std::vector<std::uint8_t>& initial,
@@ -30,8 +30,7 @@ public:
     /// mixture.
     bool store(const std::vector<std::uint8_t>& bytes, std::string& error) const;
 
-    /// Takes the lock without waiting; false when another holder has it, here or in another
-    /// program.
+    /// Takes the lock without waiting; false when somebody has it, in this program or another.
     bool lock();
     void unlock(); ///< harmless without the lock
     bool locked() const { return m_lock >= 0; }
@@ -46,9 +45,8 @@ private:
     int m_lock = -1;
 };
 
-/// Where the flash is kept when nothing else is asked for: vornadel/simulated-hub.bin in
-/// $XDG_STATE_HOME, or in
-/// ~/.local/state. Empty when the environment names neither folder.
+/// The default file: vornadel/simulated-hub.bin in $XDG_STATE_HOME, or in ~/.local/state. Empty
+/// when the environment names neither folder.
 std::string defaultFlashFile();
 
 } // namespace vornadel

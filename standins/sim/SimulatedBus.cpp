@@ -82,7 +82,6 @@ private:
 
 SimulatedBus::SimulatedBus(std::shared_ptr<SimulatedHub> hub) : m_hub(std::move(hub)) {}
 
-// unwatch() is virtual, and the notifier can be reached without it
 std::unique_ptr<SimulatedBus> SimulatedBus::create(std::string_view options, Clock& clock,
                                                    std::string& error)
 {
@@ -90,6 +89,7 @@ std::unique_ptr<SimulatedBus> SimulatedBus::create(std::string_view options, Clo
     return parseSimulatedHubOptions(options, read, error) ? create(read, clock, error) : nullptr;
 }
 
+// Not by unwatch(): a destructor calls no virtual function.
 SimulatedBus::~SimulatedBus() { m_hub->notifier().unwatch(); }
 
 std::unique_ptr<SimulatedBus> SimulatedBus::create(const SimulatedHubOptions& options, Clock& clock,

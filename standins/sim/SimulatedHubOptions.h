@@ -29,16 +29,16 @@ enum class SimulatedLatency { Real, None };
 struct SimulatedHubOptions {
     std::string image; ///< file that keeps the flash between runs; empty: defaultFlashFile()
     SimulatedLatency latency = SimulatedLatency::Real;
-    HubCode mode = HubCode::Flash;   ///< the code it runs first; flash code needs a valid image in
-                                     ///< the flash
+    /// The code it runs first; flash code needs a valid image in the flash.
+    HubCode mode = HubCode::Flash;
     std::optional<SimulatedIds> ids; ///< instead of those in the flash
     std::vector<Fault> faults;
 
     // Not reachable from the command line:
-    std::uint8_t restartSpeed = 1;          ///< byte 13 of the status block
-    bool keepInMemory = false;              ///< no file and no lock
-    std::vector<std::uint8_t> initialFlash; ///< content where no file exists yet; empty:
-                                            ///< demoImage()
+    std::uint8_t restartSpeed = 1; ///< byte 13 of the status block
+    bool keepInMemory = false;     ///< no file and no lock
+    /// Content for a file that does not exist yet; empty: demoImage().
+    std::vector<std::uint8_t> initialFlash;
 };
 
 /// Reads `KEY=VALUE,…`; the empty text stands for all defaults. Values hold no comma.

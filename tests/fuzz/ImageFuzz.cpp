@@ -5,10 +5,10 @@
 // three ids and the version, of the three strings and of the Container ID, each behind a byte with
 // its length; the image.
 
+#include "base/WholeFile.h"
 #include "editor/HexText.h"
 #include "firmware/FwImage.h"
 #include "firmware/IdentityEdit.h"
-#include "firmware/ImageFile.h"
 #include "tests/fuzz/FuzzInput.h"
 
 #include <QString>
@@ -125,8 +125,8 @@ void requireSavedAsItIs(const FwImage& image)
 {
     static const SaveFolder folder;
     std::string problem;
-    require(saveFileAtomically(folder.file(), image.data.get(),
-                               static_cast<std::size_t>(image.size), problem),
+    require(saveWholeFile(folder.file(), {image.data.get(), static_cast<std::size_t>(image.size)},
+                          problem),
             "what was loaded can be saved");
     FwImage again;
     require(FwImage_LoadFile(again, folder.file()), "what was saved can be loaded");

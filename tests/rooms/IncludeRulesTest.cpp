@@ -86,6 +86,21 @@ TEST(Includes, AreReadInEveryRoom)
                 Contains("platform/linux/LibusbBus.h"));
 }
 
+/// The simulated hub must not share a mistake with the tool.
+TEST(Includes, OfTheSimulatedHubTakeNothingFromBaseButTheSavingOfFiles)
+{
+    std::vector<std::string> taken;
+    for (const std::string& file : sourcesOf(SOURCE_ROOT, kRooms, "sim")) {
+        std::ifstream source(fs::path(SOURCE_ROOT) / file);
+        for (std::string line; std::getline(source, line);) {
+            if (line.find("#include \"base/") != std::string::npos) {
+                taken.push_back(line);
+            }
+        }
+    }
+    EXPECT_THAT(taken, ElementsAre("#include \"base/WholeFile.h\""));
+}
+
 TEST(Sources, AllLieInARoom) { EXPECT_THAT(homelessSources(SOURCE_ROOT, kRooms), IsEmpty()); }
 
 TEST(Sources, AskForTheirSystemInThePlatformAlone)

@@ -228,7 +228,6 @@ TEST_F(FlashFileTest, OnAFullDiskFailsTheRequestAndStaysAsItWas)
     }
     EXPECT_EQ(bench.hub().flash(), demoImage());
     EXPECT_EQ(content(path()), demoImage());
-    EXPECT_FALSE(fs::exists(path("hub.bin.new")));
     EXPECT_EQ(bench.erase(), 0U); // there is room again
 }
 
@@ -255,6 +254,15 @@ TEST_F(FlashFileTest, WhoseLockCannotBeOpenedIsRefused)
     put(path(), demoImage());
     fs::create_directory(path("hub.bin.lock"));
     EXPECT_THAT(refusal(options()), HasSubstr("cannot open " + path("hub.bin.lock")));
+    fs::remove(path("hub.bin.lock"));
+    fs::create_symlink(path("planted"), path("hub.bin.lock"));
+    EXPECT_THAT(refusal(options()), HasSubstr("cannot open " + path("hub.bin.lock")));
+    fs::remove(path("hub.bin.lock"));
+    HubBench bench(options());
+    fs::remove(path("hub.bin.lock"));
+    fs::create_symlink(path("planted"), path("hub.bin.lock"));
+    EXPECT_FALSE(bench.open());
+    EXPECT_FALSE(fs::exists(path("planted")));
 }
 
 TEST_F(FlashFileTest, InAFolderThatMayNotBeChangedIsRefused)
@@ -327,9 +335,10 @@ TEST_F(FlashFileTest, IsLetGoWhenTheHubLeaves)
 
 TEST_F(FlashFileTest, SharesItsLockUnderAllItsNames)
 {
-    HubBench first(options());
-    fs::create_symlink(path(), path("link.bin"));
+    fs::create_symlink(path(), path("link.bin")); // dangling: the file is made where it leads
     HubBench second(options("link.bin"));
+    EXPECT_TRUE(fs::is_symlink(path("link.bin")));
+    HubBench first(options());
     ASSERT_TRUE(first.open());
     EXPECT_FALSE(second.open());
 }

@@ -1,4 +1,4 @@
-#include "firmware/ImageFile.h"
+#include "base/WholeFile.h"
 
 #include <cerrno>
 #include <filesystem>
@@ -33,8 +33,8 @@ bool fail(std::string& problem, const std::string& path, const std::string& why)
     return false;
 }
 
-/// Where the bytes are to go: past all symbolic links, also when the last one leads to what is
-/// still to be made. An error number, 0 when all is well.
+/// Resolves all symbolic links, also when the last one leads to a file that does not exist yet.
+/// Returns an error number; 0 means success.
 int followLinks(fs::path& path, bool exists)
 {
     std::error_code code;
@@ -45,21 +45,21 @@ int followLinks(fs::path& path, bool exists)
     for (int links = 0; links < kMostLinks; ++links) {
         const fs::path target = fs::read_symlink(path, code);
         if (code) {
-            return 0; // a name that nobody has yet
+            return 0; // nothing has this name yet
         }
         path = path.parent_path() / target;
     }
     return ELOOP;
 }
 
-/// A new file in a folder, gone again at the end unless it took the place of another. errno tells
-/// why it failed.
+/// A new file in a folder, removed at the end unless it has taken its final place. On failure errno
+/// says why.
 class TemporaryFile
 {
 public:
     TemporaryFile(const fs::path& folder, mode_t mode)
     {
-        // Short, because the name of the file itself may be as long as a name can be.
+        // Short, because the final name may already be as long as a name can be.
         const std::string name = ".vornadel-" + std::to_string(::getpid()) + '-';
         for (int number = 0; m_file < 0 && number < kMostNames; ++number) {
             m_path = folder / (name + std::to_string(number));
@@ -83,25 +83,24 @@ public:
 
     bool valid() const { return m_file >= 0; }
 
-    bool write(const std::uint8_t* bytes, std::size_t size) const
+    bool write(std::span<const std::uint8_t> bytes) const
     {
-        while (size > 0) {
-            const ssize_t count = ::write(m_file, bytes, size);
+        while (!bytes.empty()) {
+            const ssize_t count = ::write(m_file, bytes.data(), bytes.size());
             if (count < 0 && errno == EINTR) {
                 continue;
             }
             if (count <= 0) {
                 return false;
             }
-            bytes += count;
-            size -= static_cast<std::size_t>(count);
+            bytes = bytes.subspan(static_cast<std::size_t>(count));
         }
         return true;
     }
 
-    /// Owner and group as far as the system lets us, permissions in any case. In this order,
-    /// because a change of the owner takes the set-id bits away; and without those that would speak
-    /// in another one's name.
+    /// Copies owner and group as far as the system allows, and the permissions. In this order,
+    /// because a change of owner clears the set-id bits. A set-id bit is dropped where its owner or
+    /// group could not be copied.
     bool resemble(const struct stat& other) const
     {
         const bool sameOwner = ::fchown(m_file, other.st_uid, other.st_gid) == 0;
@@ -124,8 +123,7 @@ private:
     bool m_inPlace = false;
 };
 
-/// Makes the new name last. The file is in its place already, so there is nothing left that could
-/// fail.
+/// Writes the new name to disk. The file is already in place, so a failure here changes nothing.
 void syncFolder(const fs::path& folder)
 {
     const int file = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -137,10 +135,10 @@ void syncFolder(const fs::path& folder)
 
 /// Where a file is to be saved.
 struct Place {
-    fs::path file; ///< past all links
+    fs::path file; ///< all links resolved
     fs::path folder;
     bool exists = false;
-    struct stat old = {}; ///< when it exists
+    struct stat old = {}; ///< of the existing file
 
     mode_t temporaryMode() const { return exists ? kOwnerOnly : kNewFile; }
 };
@@ -156,8 +154,8 @@ bool findPlace(const std::string& path, Place& place, std::string& problem)
                     S_ISDIR(place.old.st_mode) ? "it is a folder" : "it is not a regular file");
     }
     if (place.exists && ::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) {
-        return fail(problem, path,
-                    because(errno)); // its folder would let us replace it all the same
+        // A writable folder alone would let us replace it.
+        return fail(problem, path, because(errno));
     }
     place.file = path;
     if (const int error = followLinks(place.file, place.exists)) {
@@ -179,15 +177,15 @@ bool canBeSaved(const std::string& path, std::string& problem)
     return file.valid() || fail(problem, path, because(errno));
 }
 
-bool saveFileAtomically(const std::string& path, const std::uint8_t* bytes, std::size_t size,
-                        std::string& problem)
+bool saveWholeFile(const std::string& path, std::span<const std::uint8_t> bytes,
+                   std::string& problem)
 {
     Place place;
     if (!findPlace(path, place, problem)) {
         return false;
     }
     TemporaryFile file(place.folder, place.temporaryMode());
-    if (!file.valid() || !file.write(bytes, size) || (place.exists && !file.resemble(place.old)) ||
+    if (!file.valid() || !file.write(bytes) || (place.exists && !file.resemble(place.old)) ||
         !file.takePlaceOf(place.file)) {
         return fail(problem, path, because(errno));
     }

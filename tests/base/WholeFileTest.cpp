@@ -1,5 +1,6 @@
-#include "firmware/ImageFile.h"
+#include "base/WholeFile.h"
 #include "tests/support/FullDisk.h"
+#include "tests/support/WithoutPrivilege.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -27,37 +28,20 @@ using testing::UnorderedElementsAre;
 
 constexpr uid_t kNobody = 65534;
 
-/// Runs what follows without root's right to write everywhere, so that the permissions of files
-/// count in containers and on build machines too. Changes nothing for anyone else.
-class WithoutRootsRights
-{
-public:
-    WithoutRootsRights() : m_root(::geteuid() == 0)
-    {
-        EXPECT_TRUE(!m_root || ::seteuid(kNobody) == 0);
-    }
-    WithoutRootsRights(const WithoutRootsRights&) = delete;
-    WithoutRootsRights& operator=(const WithoutRootsRights&) = delete;
-    ~WithoutRootsRights() { EXPECT_TRUE(!m_root || ::seteuid(0) == 0); }
-
-private:
-    bool m_root;
-};
-
 /// An empty folder of a test's own.
-class ImageFile : public testing::Test
+class WholeFile : public testing::Test
 {
 public:
-    ~ImageFile() override
+    ~WholeFile() override
     {
         std::error_code ignored;
         fs::remove_all(m_folder, ignored);
     }
 
 protected:
-    ImageFile()
+    WholeFile()
     {
-        std::string pattern = testing::TempDir() + "imagefile_XXXXXX";
+        std::string pattern = testing::TempDir() + "wholefile_XXXXXX";
         EXPECT_NE(::mkdtemp(pattern.data()), nullptr);
         m_folder = pattern;
     }
@@ -94,8 +78,8 @@ protected:
 
     static bool save(const std::string& file, const std::string& content, std::string& problem)
     {
-        return saveFileAtomically(file, reinterpret_cast<const std::uint8_t*>(content.data()),
-                                  content.size(), problem);
+        return saveWholeFile(
+            file, {reinterpret_cast<const std::uint8_t*>(content.data()), content.size()}, problem);
     }
 
     static void expectSaved(const std::string& file, const std::string& content)
@@ -131,7 +115,7 @@ protected:
     std::string m_folder;
 };
 
-TEST_F(ImageFile, MakesANewFileThatTheUmaskAllows)
+TEST_F(WholeFile, MakesANewFileThatTheUmaskAllows)
 {
     const mode_t before = ::umask(027);
     expectSaved(path("new.bin"), "content");
@@ -140,7 +124,7 @@ TEST_F(ImageFile, MakesANewFileThatTheUmaskAllows)
     EXPECT_THAT(names(), ElementsAre("new.bin"));
 }
 
-TEST_F(ImageFile, KeepsEveryByte)
+TEST_F(WholeFile, KeepsEveryByte)
 {
     std::string bytes;
     for (int i = 0; i < 70000; ++i) {
@@ -150,14 +134,7 @@ TEST_F(ImageFile, KeepsEveryByte)
     expectSaved(path("empty.bin"), "");
 }
 
-TEST_F(ImageFile, ReplacesAllOfALongerFile)
-{
-    const std::string file = make("old.bin", std::string(5000, 'o'));
-    expectSaved(file, "short");
-    EXPECT_THAT(names(), ElementsAre("old.bin"));
-}
-
-TEST_F(ImageFile, KeepsPermissionsAndOwnerOfTheFileThatItReplaces)
+TEST_F(WholeFile, KeepsPermissionsAndOwnerOfTheFileThatItReplaces)
 {
     for (const mode_t mode : {0600U, 0640U, 0666U, 0755U, 04711U}) {
         SCOPED_TRACE(mode);
@@ -176,7 +153,7 @@ TEST_F(ImageFile, KeepsPermissionsAndOwnerOfTheFileThatItReplaces)
     }
 }
 
-TEST_F(ImageFile, WritesIntoTheWorkingFolderWhenTheNameHasNone)
+TEST_F(WholeFile, WritesIntoTheWorkingFolderWhenTheNameHasNone)
 {
     const fs::path before = fs::current_path();
     fs::current_path(m_folder);
@@ -185,7 +162,7 @@ TEST_F(ImageFile, WritesIntoTheWorkingFolderWhenTheNameHasNone)
     EXPECT_EQ(contentOf(path("here.bin")), "content");
 }
 
-TEST_F(ImageFile, WritesTheFileThatALinkLeadsToAndKeepsTheLink)
+TEST_F(WholeFile, WritesTheFileThatALinkLeadsToAndKeepsTheLink)
 {
     fs::create_directory(path("far"));
     const std::string file = make("far/old.bin", "old");
@@ -198,7 +175,7 @@ TEST_F(ImageFile, WritesTheFileThatALinkLeadsToAndKeepsTheLink)
     EXPECT_THAT(names(), UnorderedElementsAre("far", "relative", "link to a link"));
 }
 
-TEST_F(ImageFile, MakesTheFileThatADanglingLinkLeadsTo)
+TEST_F(WholeFile, MakesTheFileThatADanglingLinkLeadsTo)
 {
     fs::create_directory(path("far"));
     fs::create_symlink("far/new.bin", path("relative"));
@@ -208,7 +185,7 @@ TEST_F(ImageFile, MakesTheFileThatADanglingLinkLeadsTo)
     EXPECT_EQ(contentOf(path("far/new.bin")), "new");
 }
 
-TEST_F(ImageFile, DoesNotFollowLinksWithoutEnd)
+TEST_F(WholeFile, DoesNotFollowLinksWithoutEnd)
 {
     fs::create_symlink("2", path("1"));
     fs::create_symlink("1", path("2"));
@@ -224,21 +201,13 @@ TEST_F(ImageFile, DoesNotFollowLinksWithoutEnd)
     EXPECT_EQ(contentOf(path("link40")), "new");
 }
 
-TEST_F(ImageFile, LeavesOtherHardLinksWithTheOldContent)
-{
-    const std::string file = make("old.bin", "old");
-    fs::create_hard_link(file, path("other.bin"));
-    expectSaved(file, "new");
-    EXPECT_EQ(contentOf(path("other.bin")), "old");
-}
-
-TEST_F(ImageFile, TakesTheLongestNameThereIs)
+TEST_F(WholeFile, TakesTheLongestNameThereIs)
 {
     expectSaved(path(std::string(255, 'n')), "content");
     expectRefused(path(std::string(256, 'n')), "File name too long");
 }
 
-TEST_F(ImageFile, GoesRoundWhatAnEarlierRunLeftBehind)
+TEST_F(WholeFile, GoesRoundWhatAnEarlierRunLeftBehind)
 {
     const std::string left = ".vornadel-" + std::to_string(::getpid()) + "-0";
     make(left, "half a file");
@@ -247,7 +216,7 @@ TEST_F(ImageFile, GoesRoundWhatAnEarlierRunLeftBehind)
     EXPECT_THAT(names(), UnorderedElementsAre(left, "new.bin"));
 }
 
-TEST_F(ImageFile, RefusesWhatIsNoRegularFile)
+TEST_F(WholeFile, RefusesWhatIsNoRegularFile)
 {
     fs::create_directory(path("folder"));
     ASSERT_EQ(::mkfifo(path("pipe").c_str(), 0600), 0); // opened for writing, it would block
@@ -264,7 +233,7 @@ TEST_F(ImageFile, RefusesWhatIsNoRegularFile)
     EXPECT_TRUE(fs::is_empty(path("folder")));
 }
 
-TEST_F(ImageFile, RefusesAPathThatLeadsNowhere)
+TEST_F(WholeFile, RefusesAPathThatLeadsNowhere)
 {
     make("file", "old");
     fs::create_symlink("loop", path("loop"));
@@ -279,7 +248,7 @@ TEST_F(ImageFile, RefusesAPathThatLeadsNowhere)
     EXPECT_THAT(names(), UnorderedElementsAre("file", "loop", "link"));
 }
 
-TEST_F(ImageFile, LeavesTheOldFileWhenTheDiskIsFull)
+TEST_F(WholeFile, LeavesTheOldFileWhenTheDiskIsFull)
 {
     const std::string content(5000, 'n');
     for (const rlim_t room : {0UL, 1UL, 4096UL, 4999UL}) {
@@ -299,13 +268,13 @@ TEST_F(ImageFile, LeavesTheOldFileWhenTheDiskIsFull)
     expectSaved(path("old.bin"), content);
 }
 
-TEST_F(ImageFile, LeavesTheOldFileInAFolderThatMayNotBeWritten)
+TEST_F(WholeFile, LeavesTheOldFileInAFolderThatMayNotBeWritten)
 {
     const std::string file = make("old.bin", "old");
     ASSERT_EQ(::chmod(file.c_str(), 0666), 0);
     ASSERT_EQ(::chmod(m_folder.c_str(), 0555), 0);
     {
-        const WithoutRootsRights ordinary;
+        const WithoutPrivilege ordinary;
         expectRefused(file, "Permission denied");
         expectRefused(path("new.bin"), "Permission denied");
     }
@@ -314,13 +283,13 @@ TEST_F(ImageFile, LeavesTheOldFileInAFolderThatMayNotBeWritten)
     EXPECT_THAT(names(), ElementsAre("old.bin"));
 }
 
-TEST_F(ImageFile, LeavesAFileThatMayNotBeWrittenThoughItsFolderMay)
+TEST_F(WholeFile, LeavesAFileThatMayNotBeWrittenThoughItsFolderMay)
 {
     const std::string file = make("old.bin", "old");
     ASSERT_EQ(::chmod(file.c_str(), 0444), 0);
     ASSERT_EQ(::chmod(m_folder.c_str(), 0777), 0);
     {
-        const WithoutRootsRights ordinary;
+        const WithoutPrivilege ordinary;
         expectRefused(file, "Permission denied");
         expectSaved(path("new.bin"), "content");
     }
@@ -328,7 +297,7 @@ TEST_F(ImageFile, LeavesAFileThatMayNotBeWrittenThoughItsFolderMay)
     EXPECT_THAT(names(), UnorderedElementsAre("old.bin", "new.bin"));
 }
 
-TEST_F(ImageFile, ReplacesAForeignFileThatMayBeWrittenWithoutItsSetIdBits)
+TEST_F(WholeFile, ReplacesAForeignFileThatMayBeWrittenWithoutItsSetIdBits)
 {
     const std::string file = make("old.bin", "old");
     ASSERT_EQ(::chmod(file.c_str(), 04777), 0);
@@ -336,42 +305,10 @@ TEST_F(ImageFile, ReplacesAForeignFileThatMayBeWrittenWithoutItsSetIdBits)
     const bool foreign = ::geteuid() == 0; // without root there is no second user, and the bits
                                            // stay
     {
-        const WithoutRootsRights ordinary;
+        const WithoutPrivilege ordinary;
         expectSaved(file, "new");
     }
     EXPECT_EQ(modeOf(file), foreign ? 0777U : 04777U);
-}
-
-TEST_F(ImageFile, IsWholeAtAnyMoment)
-{
-    const std::string one(20000, '1');
-    const std::string two(30000, '2');
-    const std::string file = make("file.bin", one);
-    std::thread writer([&] {
-        for (int round = 0; round < 20; ++round) {
-            expectSavedQuietly(file, round % 2 == 0 ? two : one);
-        }
-    });
-    for (int look = 0; look < 200; ++look) {
-        const std::string seen = contentOf(file);
-        EXPECT_TRUE(seen == one || seen == two) << seen.size();
-    }
-    writer.join();
-}
-
-TEST_F(ImageFile, IsOneOfTwoThatAreSavedAtOnce)
-{
-    const std::string one(20000, '1');
-    const std::string two(30000, '2');
-    const std::string file = path("file.bin");
-    for (int round = 0; round < 10; ++round) {
-        std::thread other([&] { expectSavedQuietly(file, two); });
-        expectSavedQuietly(file, one);
-        other.join();
-        const std::string seen = contentOf(file);
-        EXPECT_TRUE(seen == one || seen == two) << seen.size();
-        EXPECT_THAT(names(), ElementsAre("file.bin"));
-    }
 }
 
 } // namespace

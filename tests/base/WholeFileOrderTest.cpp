@@ -1,0 +1,123 @@
+// In which order a save calls the system, and who could read the file meanwhile. The linker hands
+// the calls below to this file first.
+
+#include "base/WholeFile.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+std::string permissions(const struct stat& info)
+{
+    char text[8];
+    std::snprintf(text, sizeof text, "%04o", static_cast<unsigned>(info.st_mode & 07777U));
+    return text;
+}
+
+/// The calls on regular files and folders since the test began.
+std::vector<std::string>& calls()
+{
+    static std::vector<std::string> seen;
+    return seen;
+}
+
+} // namespace
+
+extern "C" {
+
+ssize_t __real_write(int file, const void* bytes, std::size_t count);
+int __real_fsync(int file);
+int __real_rename(const char* from, const char* to);
+
+ssize_t __wrap_write(int file, const void* bytes, std::size_t count)
+{
+    struct stat info = {};
+    if (::fstat(file, &info) == 0 && S_ISREG(info.st_mode)) {
+        calls().push_back("write " + permissions(info));
+    }
+    return __real_write(file, bytes, count);
+}
+
+int __wrap_fsync(int file)
+{
+    struct stat info = {};
+    EXPECT_EQ(::fstat(file, &info), 0);
+    calls().push_back(S_ISDIR(info.st_mode)
+                          ? "sync folder"
+                          : "sync " + std::to_string(info.st_size) + ' ' + permissions(info));
+    return __real_fsync(file);
+}
+
+int __wrap_rename(const char* from, const char* to)
+{
+    calls().emplace_back("rename");
+    return __real_rename(from, to);
+}
+}
+
+namespace vornadel::test
+{
+namespace
+{
+
+namespace fs = std::filesystem;
+using Calls = std::vector<std::string>;
+
+class WholeFileOrder : public testing::Test
+{
+public:
+    ~WholeFileOrder() override
+    {
+        ::umask(m_umask);
+        fs::remove_all(m_folder);
+    }
+
+protected:
+    WholeFileOrder() : m_umask(::umask(022))
+    {
+        std::string pattern = testing::TempDir() + "wholefile_XXXXXX";
+        EXPECT_NE(::mkdtemp(pattern.data()), nullptr);
+        m_folder = pattern;
+    }
+
+    Calls callsOfSave() const
+    {
+        const std::vector<std::uint8_t> bytes(1000, 0x5A);
+        std::string problem;
+        calls().clear();
+        EXPECT_TRUE(saveWholeFile((m_folder / "file.bin").string(), bytes, problem)) << problem;
+        return calls();
+    }
+
+    mode_t m_umask;
+    fs::path m_folder;
+};
+
+TEST_F(WholeFileOrder, PutsTheContentOnDiskBeforeTheNameAndTheNameAtLast)
+{
+    EXPECT_EQ(callsOfSave(), (Calls{"write 0644", "sync 1000 0644", "rename", "sync folder"}));
+}
+
+TEST_F(WholeFileOrder, LetsNobodyElseReadAReplacedFileBeforeItIsComplete)
+{
+    std::ofstream(m_folder / "file.bin") << "secret";
+    for (const auto& [mode, text] : {std::pair{0600, "0600"}, std::pair{0664, "0664"}}) {
+        fs::permissions(m_folder / "file.bin", static_cast<fs::perms>(mode));
+        EXPECT_EQ(callsOfSave(),
+                  (Calls{"write 0600", std::string("sync 1000 ") + text, "rename", "sync folder"}));
+    }
+}
+
+} // namespace
+} // namespace vornadel::test
