@@ -2,6 +2,7 @@
 
 #include "cli/CommandLine.h"
 #include "hub/HubTransport.h"
+#include "platform/posix/EndingSignals.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -16,34 +17,17 @@ namespace
 /// Wakes the waiting thread when the program ends by itself.
 constexpr int kWakeUp = SIGUSR1;
 
-bool ignored(int signal)
-{
-    struct sigaction action = {};
-    return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
-}
-
-/// What is ignored from the start, as under nohup, stays so: once blocked, it would be delivered
-/// all the same.
-sigset_t awaitedSignals()
-{
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, kWakeUp);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        if (!ignored(signal)) {
-            sigaddset(&signals, signal);
-        }
-    }
-    return signals;
-}
-
 } // namespace
 
 Interruption::Interruption(Clock& clock)
 {
-    const sigset_t signals = awaitedSignals();
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    m_thread = std::thread([this, &clock] { wait(clock); });
+    sigset_t signals = blockEndingSignals();
+    sigset_t wakeUp;
+    sigemptyset(&wakeUp);
+    sigaddset(&wakeUp, kWakeUp);
+    pthread_sigmask(SIG_BLOCK, &wakeUp, nullptr);
+    sigaddset(&signals, kWakeUp);
+    m_thread = std::thread([this, &clock, signals] { wait(clock, signals); });
 }
 
 Interruption::~Interruption()
@@ -53,9 +37,13 @@ Interruption::~Interruption()
     m_thread.join();
 }
 
-void Interruption::wait(Clock& clock)
+int Interruption::statusAfter(int commandStatus) const
 {
-    const sigset_t signals = awaitedSignals();
+    return m_happened && commandStatus != kExitSuccess ? kExitInterrupted : commandStatus;
+}
+
+void Interruption::wait(Clock& clock, const sigset_t& signals)
+{
     while (!m_ending) {
         int signal = 0;
         sigwait(&signals, &signal);

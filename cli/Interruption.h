@@ -3,16 +3,17 @@
 #include "platform/Clock.h"
 
 #include <atomic>
+#include <csignal>
 #include <thread>
 
 namespace vornadel
 {
 
-/// Turns SIGINT, SIGTERM and SIGHUP into an orderly end: the request in flight ends, no other
-/// follows, no pause goes on, and the flow closes the hub. A second signal ends the process at
-/// once. A signal that was ignored before is left alone.
+/// Turns SIGINT, SIGTERM and SIGHUP into an orderly end: the request in flight completes, no other
+/// follows, pauses end at once, and the flow closes the hub. A second signal ends the process
+/// immediately. A signal that is ignored already stays ignored.
 ///
-/// To be made before any other thread starts, since threads inherit which signals they leave alone.
+/// Create it before any other thread: threads inherit which signals are blocked.
 class Interruption
 {
 public:
@@ -21,10 +22,12 @@ public:
     Interruption& operator=(const Interruption&) = delete;
     ~Interruption();
 
-    bool happened() const { return m_happened; }
+    /// The exit status of the program: kExitInterrupted for a command that failed after a signal.
+    /// A command that succeeded has succeeded, whenever the signal came.
+    int statusAfter(int commandStatus) const;
 
 private:
-    void wait(Clock& clock);
+    void wait(Clock& clock, const sigset_t& signals);
 
     std::atomic<bool> m_happened = false;
     std::atomic<bool> m_ending = false;

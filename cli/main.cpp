@@ -22,15 +22,14 @@ using namespace vornadel;
 
 int run(const CommandLine& commandLine, Platform platform, const char* argv0)
 {
-    Hub_UsePlatform(platform.usb,
-                    platform.clock); // before a signal can abandon the hub: this would undo it
+    // First: it would undo what a signal does to the hub.
+    Hub_UsePlatform(platform.usb, platform.clock);
     const Interruption interruption(platform.clock);
-    const int status =
+    const int status = interruption.statusAfter(
         runCommand(commandLine, platform, toolPlaceOf(mainBundle(argv0)).resourcePath, std::cout,
-                   std::cerr, isatty(STDOUT_FILENO) == 1);
-    if (interruption.happened() && status != kExitSuccess) {
+                   std::cerr, isatty(STDOUT_FILENO) == 1));
+    if (status == kExitInterrupted) {
         std::cerr << "Interrupted\n";
-        return kExitInterrupted;
     }
     return status;
 }
@@ -64,7 +63,7 @@ int main(int argc, char** argv)
     keepStandardFilesOpen();
     try {
         return chooseAndRun(argc, argv);
-    } catch (const std::exception& problem) { // no memory, no thread to be had
+    } catch (const std::exception& problem) { // out of memory or threads
         std::fprintf(stderr, "vornadelctl: %s\n", problem.what());
         return kExitFailure;
     }

@@ -3,10 +3,9 @@
 namespace vornadel
 {
 
-/// Opens what of standard input, output and error is closed on /dev/null, and makes a reader that
-/// goes away or a file that may not grow no reason to die. For the beginning of main(): the next
-/// file to be opened, a connection or a hub's node, would take the free number otherwise, and get
-/// what is meant for the console.
+/// Opens /dev/null for each of standard input, output and error that is closed, and ignores SIGPIPE
+/// and SIGXFSZ. To be called first in main(): otherwise the next file that is opened, a connection
+/// or a hub's node, would take the free number and get what is meant for the console.
 void keepStandardFilesOpen();
 
 } // namespace vornadel

@@ -1,4 +1,6 @@
 #include "platform/StdClock.h"
+#include "platform/posix/EndingSignals.h"
+#include "platform/posix/StandardFiles.h"
 #include "standins/virtual_hub/CommandLine.h"
 #include "standins/virtual_hub/Console.h"
 #include "standins/virtual_hub/LineReader.h"
@@ -12,7 +14,6 @@
 #include <cstdio>
 #include <cstring>
 #include <exception>
-#include <fcntl.h>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -28,40 +29,6 @@ namespace
 
 using namespace vornadel;
 
-/// Opens what of standard input, output and error is closed on /dev/null, or a hub's socket would
-/// get its number and what is meant for the console. A reader that goes away is no reason to die,
-/// and a terminal that is somebody else's at the moment none to stop: the read fails then. So does
-/// the write to a file that may not grow.
-void prepareStandardFiles()
-{
-    for (const int file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        if (fcntl(file, F_GETFD) < 0) {
-            open("/dev/null", O_RDWR); // the lowest free number is this one
-        }
-    }
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGTTIN, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
-}
-
-/// The signals that end the program in order, as a file; negative, with errno, when there is none
-/// to be had. Before any thread starts: threads inherit what is blocked.
-int endingSignals()
-{
-    sigset_t signals;
-    sigemptyset(&signals);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        struct sigaction action = {};
-        if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) { // nohup
-                                                                                        // stays
-                                                                                        // nohup
-            sigaddset(&signals, signal);
-        }
-    }
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    return signalfd(-1, &signals, SFD_CLOEXEC);
-}
-
 void answerLines(Console& console, LineReader& lines)
 {
     while (!console.quit()) {
@@ -74,7 +41,7 @@ void answerLines(Console& console, LineReader& lines)
     }
 }
 
-/// Until "quit" or a signal. The end of standard input is no end: the hubs stay.
+/// Runs until "quit" or a signal. At the end of standard input the hubs stay.
 void takeCommands(Console& console, int signals)
 {
     LineReader lines;
@@ -109,7 +76,7 @@ int fail(const std::string& reason)
     return kCouldNot;
 }
 
-/// The place for the hubs that was asked for; null and a sentence in `error` when it cannot be had.
+/// The kernel's virtual ports or a server, as asked for; null and a sentence in `error` on failure.
 std::unique_ptr<HubHost> makeHost(const VirtualHubCommandLine& commandLine, const VhciPorts& ports,
                                   Clock& clock, std::string& error)
 {
@@ -126,13 +93,14 @@ std::unique_ptr<HubHost> makeHost(const VirtualHubCommandLine& commandLine, cons
 
 int run(const VirtualHubCommandLine& commandLine)
 {
-    const int signals = endingSignals();
+    const sigset_t ending = blockEndingSignals();
+    const int signals = signalfd(-1, &ending, SFD_CLOEXEC);
     if (signals < 0) {
         return fail("cannot wait for signals: " + std::string(std::strerror(errno)));
     }
     const VhciPorts ports("/sys/devices/platform");
     StdClock clock;
-    clock.after({}, [] {}); // its thread starts with this, where a failure can still be reported
+    clock.after({}, [] {}); // starts its thread here, where a failure can still be reported
     std::string error;
     const std::unique_ptr<HubHost> host = makeHost(commandLine, ports, clock, error);
     if (!host) {
@@ -164,7 +132,9 @@ int run(const VirtualHubCommandLine& commandLine)
 
 int main(int argc, char** argv)
 {
-    prepareStandardFiles();
+    keepStandardFilesOpen();
+    std::signal(SIGTTIN, SIG_IGN); // in the background a read from the terminal fails, and does not
+                                   // stop us
     try {
         VirtualHubCommandLine commandLine;
         if (const auto ended =
@@ -172,7 +142,7 @@ int main(int argc, char** argv)
             return *ended;
         }
         return run(commandLine);
-    } catch (const std::exception& problem) { // no memory, no thread to be had
+    } catch (const std::exception& problem) { // out of memory or threads
         return fail(std::string("cannot start: ") + problem.what());
     }
 }

@@ -67,10 +67,20 @@ Program::Program(std::vector<std::string> arguments, std::vector<std::string> en
     posix_spawn_file_actions_adddup2(&files, err[1], STDERR_FILENO);
 
     std::map<int, void (*)(int)> before;
+    sigset_t atDefault;
+    sigemptyset(&atDefault);
+    for (const int each : {SIGINT, SIGTERM, SIGHUP}) {
+        sigaddset(&atDefault, each);
+    }
     for (const int each : ignored) {
         before[each] = std::signal(each, SIG_IGN); // what is ignored stays so across exec
+        sigdelset(&atDefault, each);
     }
-    EXPECT_EQ(::posix_spawn(&m_pid, program(), &files, nullptr, pointersTo(arguments).data(),
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setsigdefault(&attributes, &atDefault);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
+    EXPECT_EQ(::posix_spawn(&m_pid, program(), &files, &attributes, pointersTo(arguments).data(),
                             pointersTo(environment).data()),
               0);
     for (const auto& [each, handler] : before) {

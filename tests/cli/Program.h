@@ -15,8 +15,9 @@ namespace vornadel::test
 class Program
 {
 public:
-    /// `environment` is added to the test's own; the signals in `ignored` are ignored as nohup(1)
-    /// has it.
+    /// `environment` is added to the test's own. The signals in `ignored` are ignored, as under
+    /// nohup(1); those that end a program are not, even when the test itself ignores them as a
+    /// background job of a script does.
     explicit Program(std::vector<std::string> arguments, std::vector<std::string> environment = {},
                      std::initializer_list<int> ignored = {});
     Program(const Program&) = delete;

@@ -1,0 +1,85 @@
+#include "cli/Interruption.h"
+
+#include "cli/CommandLine.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <functional>
+#include <future>
+
+#include <pthread.h>
+#include <unistd.h>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+/// A clock that only tells when it was interrupted.
+class TellingClock final : public Clock
+{
+public:
+    Duration now() override { return {}; }
+    void sleep(Duration /*pause*/) override {}
+    void after(Duration /*delay*/, std::function<void()> /*task*/) override {}
+    void interrupt() override { m_interrupted.set_value(); }
+
+    void waitForInterruption() { m_interrupted.get_future().wait(); }
+
+private:
+    std::promise<void> m_interrupted;
+};
+
+class EndingSignal : public testing::TestWithParam<int>
+{
+public:
+    EndingSignal() : m_action(std::signal(GetParam(), SIG_DFL))
+    {
+        pthread_sigmask(SIG_SETMASK, nullptr, &m_blocked);
+    }
+    ~EndingSignal() override
+    {
+        pthread_sigmask(SIG_SETMASK, &m_blocked, nullptr);
+        std::signal(GetParam(), m_action);
+    }
+
+protected:
+    static bool isBlocked()
+    {
+        sigset_t blocked;
+        pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
+        return sigismember(&blocked, GetParam()) == 1;
+    }
+
+private:
+    void (*m_action)(int);
+    sigset_t m_blocked{};
+};
+
+TEST_P(EndingSignal, InterruptsAFailedCommandAndLeavesASuccessOne)
+{
+    TellingClock clock;
+    const Interruption interruption(clock);
+    EXPECT_EQ(interruption.statusAfter(kExitFailure), kExitFailure);
+    ASSERT_TRUE(isBlocked()); // or it would end this program
+    ASSERT_EQ(::kill(::getpid(), GetParam()), 0);
+    clock.waitForInterruption();
+    EXPECT_EQ(interruption.statusAfter(kExitFailure), kExitInterrupted);
+    EXPECT_EQ(interruption.statusAfter(kExitSuccess), kExitSuccess);
+}
+
+TEST_P(EndingSignal, IsLeftAloneWhenItIsIgnored)
+{
+    std::signal(GetParam(), SIG_IGN);
+    TellingClock clock;
+    const Interruption interruption(clock);
+    EXPECT_FALSE(isBlocked());
+}
+
+INSTANTIATE_TEST_SUITE_P(All, EndingSignal, testing::Values(SIGINT, SIGTERM, SIGHUP));
+
+} // namespace
+
+} // namespace vornadel::test
