@@ -1,4 +1,5 @@
 #include "app/Tool.h"
+#include "config/SimulatedHubFlag.h"
 #include "config/Version.h"
 #include "platform/native/NativePlatform.h"
 #include "platform/posix/StandardFiles.h"
@@ -23,37 +24,29 @@ using namespace vornadel;
 
 constexpr int kExitUsage = 2;
 
-/// Debian's Qt writes to the journal when standard error is no console; a tool's messages belong on
-/// standard error.
+/// Debian's Qt writes to the journal when standard error is no terminal. A tool's messages belong
+/// on standard error.
 void writeToStandardError(QtMsgType type, const QMessageLogContext& /*context*/,
                           const QString& message)
 {
     std::fprintf(stderr, "%s\n", qUtf8Printable(message));
     if (type == QtFatalMsg && QCoreApplication::startingUp()) {
-        // No display is no crash: Qt would abort, with a core file.
+        // Without a display Qt would abort and leave a core file.
         std::fputs("Vornadel: no window can be opened here; vornadelctl works without one\n",
                    stderr);
         std::_Exit(EXIT_FAILURE);
     }
 }
 
-struct Arguments {
-    std::optional<std::string> simulatedHub; ///< set: work on the simulated hub, with these options
-};
-
-/// Reads our own arguments; `strict` refuses what is left over. Nothing when the program is to go
-/// on, otherwise its exit status.
-std::optional<int> readArguments(int argc, char** argv, bool strict, Arguments& arguments)
+/// Reads our own arguments; `strict` refuses the others. Returns the exit status when the program
+/// is to end here.
+std::optional<int> readArguments(int argc, char** argv, bool strict,
+                                 std::optional<std::string>& simulatedHubOptions)
 {
     CLI::App app("Keeps the firmware of USB 3 hubs.", "Vornadel");
     app.set_version_flag("--version", std::string("Vornadel ") + kToolVersion);
     app.allow_extras(!strict);
-    std::string text;
-    CLI::Option* simulated = app.add_flag("--simulated-hub", text,
-                                          "Work on the built-in simulated hub; =KEY=VALUE,... with "
-                                          "the keys image, latency, mode, ids, fault");
-    simulated->multi_option_policy(CLI::MultiOptionPolicy::Throw); // the last one would win without
-                                                                   // a word
+    const SimulatedHubFlag simulatedHub(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& ended) {
@@ -61,35 +54,33 @@ std::optional<int> readArguments(int argc, char** argv, bool strict, Arguments& 
         app.exit(ended, std::cout, std::cerr);
         return wrong ? kExitUsage : EXIT_SUCCESS;
     }
-    if (simulated->count() > 0) {
-        arguments.simulatedHub = text == "true" ? "" : text; // what a flag without a value reads as
-    }
+    simulatedHubOptions = simulatedHub.options();
     return std::nullopt;
 }
 
 int chooseAndRun(int argc, char** argv)
 {
-    Arguments arguments;
-    // Help and version need no display, so they come before Qt; what is wrong can be told only once
-    // Qt has taken its own arguments out.
-    if (const auto ended = readArguments(argc, argv, false, arguments)) {
+    std::optional<std::string> simulatedHub;
+    // Help and version need no display, so they come before Qt. Wrong arguments are found only
+    // after Qt has taken out its own.
+    if (const auto ended = readArguments(argc, argv, false, simulatedHub)) {
         return *ended;
     }
     qInstallMessageHandler(writeToStandardError);
     const QApplication application(argc, argv);
-    if (const auto ended = readArguments(argc, argv, true, arguments)) {
+    if (const auto ended = readArguments(argc, argv, true, simulatedHub)) {
         return *ended;
     }
 
     NativePlatform machine;
     Platform real = machine.platform();
     const MainBundle bundle = mainBundle(argv[0]);
-    if (!arguments.simulatedHub) {
+    if (!simulatedHub) {
         return runTool(real, bundle, {});
     }
     std::string error;
     const std::unique_ptr<SimulatedBus> bus =
-        SimulatedBus::create(std::string_view(*arguments.simulatedHub), real.clock, error);
+        SimulatedBus::create(std::string_view(*simulatedHub), real.clock, error);
     if (!bus) {
         std::cerr << "--simulated-hub: " << error << '\n';
         return kExitUsage;
@@ -105,7 +96,7 @@ int main(int argc, char** argv)
     keepStandardFilesOpen();
     try {
         return chooseAndRun(argc, argv);
-    } catch (const std::exception& problem) { // no memory, no thread to be had
+    } catch (const std::exception& problem) { // out of memory or threads
         std::fprintf(stderr, "Vornadel: %s\n", problem.what());
         return EXIT_FAILURE;
     }

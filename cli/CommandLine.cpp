@@ -1,5 +1,6 @@
 #include "cli/CommandLine.h"
 
+#include "config/SimulatedHubFlag.h"
 #include "config/Version.h"
 
 #include <CLI/CLI.hpp>
@@ -10,7 +11,7 @@ namespace vornadel
 namespace
 {
 
-/// An empty variable of a script must not turn "info $IMAGE" into a question about the hub.
+/// Refuses an empty name: with an empty variable in a script, "info $IMAGE" would ask the hub.
 std::string refuseEmpty(const std::string& name) { return name.empty() ? "the name is empty" : ""; }
 
 } // namespace
@@ -25,14 +26,8 @@ std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLi
     app.fallthrough();
     app.add_option("--config", commandLine.configFile,
                    "Read this file instead of the config.ini beside the tool")
-
-        ->check(CLI::ExistingFile);
-    std::string simulatedHub;
-    CLI::Option* simulated = app.add_flag("--simulated-hub", simulatedHub,
-                                          "Work on the built-in simulated hub; =KEY=VALUE,... with "
-                                          "the keys image, latency, mode, ids, fault");
-    simulated->multi_option_policy(CLI::MultiOptionPolicy::Throw); // the last one would win without
-                                                                   // a word
+        ->check(refuseEmpty);
+    const SimulatedHubFlag simulatedHub(app);
 
     CLI::App* update = app.add_subcommand(
         "update", "Write an image to the hub's flash, verify it and restart the hub");
@@ -64,11 +59,7 @@ std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLi
         app.exit(ended, out, err);
         return wrong ? kExitUsage : kExitSuccess;
     }
-    if (simulated->count() > 0) {
-        commandLine.simulatedHub = simulatedHub == "true" ? "" : simulatedHub; // what a flag
-                                                                               // without a value
-                                                                               // reads as
-    }
+    commandLine.simulatedHub = simulatedHub.options();
     commandLine.verb = update->parsed()   ? CommandLine::Verb::Update
                        : scalar->parsed() ? CommandLine::Verb::Scalar
                        : read->parsed()   ? CommandLine::Verb::Read

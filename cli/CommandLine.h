@@ -18,11 +18,11 @@ struct CommandLine {
 };
 
 /// Exit statuses of vornadelctl.
-inline constexpr int kExitSuccess = 0; ///< what was asked for was done, and verified or saved where
-                                       ///< it can be
-inline constexpr int kExitFailure = 1; ///< it was not; the reason has been printed
-inline constexpr int kExitUsage = 2; ///< the command line was not understood, or the simulated hub
-                                     ///< cannot be set up
+inline constexpr int kExitSuccess = 0; ///< done; an update is verified, a read is saved
+inline constexpr int kExitFailure = 1; ///< not done; the reason has been printed
+/// The command line was not understood, the file of --config cannot be used, or the simulated hub
+/// cannot be set up.
+inline constexpr int kExitUsage = 2;
 inline constexpr int kExitInterrupted = 130; ///< a signal ended it half-way
 
 /// Reads the command line. Nothing when there is something to do; otherwise the exit status, after

@@ -7,7 +7,6 @@
 #include "flows/FirmwareUpdate.h"
 #include "flows/FlashErase.h"
 #include "flows/FlashRead.h"
-#include "flows/ScalarUpdate.h"
 #include "hub/HubCommands.h"
 #include "hub/HubDetection.h"
 #include "hub/HubTransport.h"
@@ -73,8 +72,8 @@ std::string whyUnread(const std::string& path)
     return info.st_size == 0 ? "it is empty" : "it cannot be read, or is too large";
 }
 
-/// Into a fresh record. Tells of a file that was not even read, which the flows call a wrong one
-/// like any other.
+/// Loads an image into a fresh record. Says why a file could not be read: to the flows it is a
+/// wrong firmware file like any other.
 bool loadImage(FwImage& image, const std::string& path, std::ostream& err)
 {
     const bool loaded = FwImage_LoadFile(image, path);
@@ -96,20 +95,23 @@ int update(const std::string& path, std::ostream& out, std::ostream& err, bool t
 int scalar(const std::string& configFile, const ToolConfig& config, std::ostream& out,
            std::ostream& err, bool terminal)
 {
-    const std::string folder = std::filesystem::path(configFile).parent_path().string();
+    const std::filesystem::path beside = std::filesystem::path(configFile).parent_path();
+    const std::string folder = beside.empty() ? "." : beside.string();
     FwImage image;
+    if (config.fwbinPath.empty()) {
+        err << configFile << ": FwBin names no image\n";
+    } else {
+        loadImage(image, folder + '/' + config.fwbinPath, err);
+    }
     ConsoleReporter reporter(out, err, terminal);
-    return updateScalarImage(image, folder.empty() ? "." : folder, config.fwbinPath,
-                             config.fwbinPath, reporter)
-               ? kExitSuccess
-               : kExitFailure;
+    return updateFirmware(image, config.fwbinPath, reporter) ? kExitSuccess : kExitFailure;
 }
 
 int readInto(const std::string& path, std::ostream& out, std::ostream& err, bool terminal)
 {
     std::string problem;
-    if (!canBeSaved(path,
-                    problem)) { // a read restarts the hub, and what is plugged into it goes with it
+    // Before the read: it restarts the hub, and everything plugged into it.
+    if (!canBeSaved(path, problem)) {
         err << "the flash was not read, as it could not be saved: " << problem << '\n';
         return kExitFailure;
     }
@@ -210,11 +212,15 @@ int runCommand(const CommandLine& commandLine, Platform& platform, const std::st
         commandLine.configFile.empty() ? resourcePath + "/config.ini" : commandLine.configFile;
     const ToolConfig config = readToolConfig(configFile);
     if (!config.problem.empty()) {
-        err << config.problem << '\n';
+        const bool named = !commandLine.configFile.empty();
+        err << (named ? "--config: " : "") << config.problem << '\n';
+        if (named) {
+            return kExitUsage;
+        }
     }
     int status = kExitSuccess;
     switch (commandLine.verb) {
-    // What these do counts, whoever reads about it.
+    // The result does not depend on whether the output can be written.
     case CommandLine::Verb::Update:
         return update(commandLine.image, out, err, terminal);
     case CommandLine::Verb::Scalar:
@@ -223,7 +229,7 @@ int runCommand(const CommandLine& commandLine, Platform& platform, const std::st
         return readInto(commandLine.image, out, err, terminal);
     case CommandLine::Verb::Erase:
         return erase(out, err, terminal);
-    // What these say is all they do.
+    // The output is the result.
     case CommandLine::Verb::Info:
         status =
             commandLine.image.empty() ? showHub(out, err) : showImage(commandLine.image, out, err);

@@ -8,9 +8,9 @@
 namespace vornadel
 {
 
-/// Does what the command line asks for, on a platform that Hub_UsePlatform() has been told about,
-/// and returns the exit status. `resourcePath` is the folder of config.ini; `terminal` says that
-/// `out` is one. Blocks until done.
+/// Carries out the command on `platform`, which Hub_UsePlatform() has been given before, and
+/// returns the exit status. `resourcePath` is the folder of config.ini; `terminal` says whether
+/// `out` is a terminal. Blocks until done.
 int runCommand(const CommandLine& commandLine, Platform& platform, const std::string& resourcePath,
                std::ostream& out, std::ostream& err, bool terminal);
 

@@ -1,5 +1,6 @@
 #include "config/ToolConfig.h"
 
+#include "base/FirstComplaint.h"
 #include "hub/SupportedIds.h"
 
 #include <iniparser/iniparser.h>
@@ -7,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <system_error>
 
@@ -30,8 +32,8 @@ std::string textOf(const Dictionary& entries, const std::string& key, const char
     return text != nullptr ? text : missing;
 }
 
-/// The number of a key, 0 when missing. Not by the library's own getter: that one reads through a
-/// null pointer when a section is named like the key.
+/// The number of a key, 0 when missing. The library's own getter would dereference a null pointer
+/// for a section that is named like the key.
 std::int32_t numberOf(const Dictionary& entries, const std::string& key)
 {
     return static_cast<std::int32_t>(std::strtol(textOf(entries, key, "0").c_str(), nullptr, 0));
@@ -58,8 +60,8 @@ void fillSupportedIds(const Dictionary& entries)
     }
 }
 
-/// Why the file must not be handed to the INI reader; empty when it may be. A missing file may: the
-/// reader says so.
+/// Why the file must not be handed to the INI reader; empty when it may be. A file that is missing
+/// or cannot be opened is left to the reader, which says so.
 std::string problemWith(const std::string& path)
 {
     std::error_code failed;
@@ -70,10 +72,31 @@ std::string problemWith(const std::string& path)
     if (!fs::is_regular_file(status)) {
         return path + " is not a regular file and was not read";
     }
-    if (fs::file_size(path, failed) > kLargestConfigFile && !failed) {
+    // The size alone does not tell: the system's own files claim to be empty.
+    std::ifstream file(path, std::ios::binary);
+    std::string content(kLargestConfigFile + 1, '\0');
+    file.read(content.data(), static_cast<std::streamsize>(content.size()));
+    if (file.gcount() > static_cast<std::streamsize>(kLargestConfigFile)) {
         return path + " is larger than 64 KiB and was not read";
     }
     return {};
+}
+
+/// The file's entries; null, with the reason in `problem`, when there are none.
+Dictionary load(const std::string& path, std::string& problem)
+{
+    problem = problemWith(path);
+    if (!problem.empty()) {
+        return nullptr;
+    }
+    resetFirstComplaint();
+    iniparser_set_error_callback(keepFirstComplaint);
+    Dictionary entries(iniparser_load(path.c_str()));
+    iniparser_set_error_callback(nullptr);
+    if (!entries) {
+        problem = firstComplaint();
+    }
+    return entries;
 }
 
 } // namespace
@@ -81,8 +104,7 @@ std::string problemWith(const std::string& path)
 ToolConfig readToolConfig(const std::string& path)
 {
     ToolConfig config;
-    config.problem = problemWith(path);
-    const Dictionary entries(config.problem.empty() ? iniparser_load(path.c_str()) : nullptr);
+    const Dictionary entries = load(path, config.problem);
     config.appTitle = textOf(entries, "DumpTool Config:AppTitle", "Vornadel");
     config.isScalarMode = numberOf(entries, "DumpTool Config:ScalarMode");
     config.fwbinPath = textOf(entries, "DumpTool Config:FwBin", "");

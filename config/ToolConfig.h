@@ -10,11 +10,11 @@ namespace vornadel
 struct ToolConfig {
     std::string appTitle = "Vornadel"; ///< "DumpTool Config:AppTitle"
     std::int32_t isScalarMode = 0;     ///< "DumpTool Config:ScalarMode"; only 1 means scalar mode
-    std::string fwbinPath; ///< "DumpTool Config:FwBin", relative to the resource directory; may be
-                           ///< empty
+    /// "DumpTool Config:FwBin", relative to the resource directory; may be empty
+    std::string fwbinPath;
 
-    /// Why a file that is there was not used: too large, or no regular file. Empty when nothing is
-    /// wrong, and when the INI reader itself has complained on standard error.
+    /// Why the file was not used, in one line that names it: missing, unreadable, no regular file,
+    /// too large, or no INI file. Empty when it was read.
     std::string problem;
 };
 
@@ -23,8 +23,8 @@ struct ToolConfig {
 inline constexpr std::uintmax_t kLargestConfigFile = 64UL * 1024UL;
 
 /// Reads config.ini, fills `SupportedIdList` from its section "Support Vid Pid" and `HubMakerVid`
-/// from "DumpTool Config:HubMakerVid". A file that is missing, unreadable or no INI file gives the
-/// defaults, an empty list and no maker's id; nothing here fails.
+/// from "DumpTool Config:HubMakerVid". Prints nothing. A file that cannot be read gives the
+/// defaults, an empty list, no maker's id and a `problem`.
 ///
 /// Numbers are read with base detection (0x.. hexadecimal, 0.. octal) and keep their low 16 bits; a
 /// triple counts only when all three of its numbers are non-zero then.

@@ -18,6 +18,7 @@ namespace
 
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 TEST(InfoOfTheHub, ShowsTheVersionAndThatFlashCodeRuns)
 {
@@ -191,12 +192,41 @@ TEST(List, TakesTheIdsFromTheConfigFileThatIsNamed)
     EXPECT_EQ(session.out.str(), "1209:0001\n1209:0002  supported hub\n");
 }
 
-TEST(List, SaysWhyAConfigFileWasNotRead)
+TEST(AnyCommand, RefusesAConfigFileThatCannotBeUsed)
 {
     Session session;
-    const std::string large = session.folder.write("large.ini", std::string(1024 * 1024 + 1, '\n'));
-    EXPECT_EQ(session.run({CommandLine::Verb::List, {}, large, {}}), kExitSuccess);
-    EXPECT_EQ(session.err.str(), large + " is larger than 64 KiB and was not read\n");
+    const struct {
+        std::string file;
+        std::string why;
+    } rows[] = {
+        {session.folder.path("missing.ini"), "iniparser: cannot open "},
+        {session.folder.path(), "is not a regular file"},
+        {session.folder.write("large.ini", std::string(64 * 1024 + 1, '\n')), "larger than 64 KiB"},
+        {session.folder.write("wrong.ini", std::string("[a]\nno key\n[b\n")), "syntax error in "},
+    };
+    const std::string image = session.folder.write("new.bin", demoImage(kDemoVersion101));
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.file);
+        for (const CommandLine::Verb verb : {CommandLine::Verb::List, CommandLine::Verb::Update}) {
+            EXPECT_EQ(session.run({verb, image, row.file, {}}), kExitUsage);
+            EXPECT_THAT(session.err.str(), StartsWith("--config: "));
+            EXPECT_THAT(session.err.str(), HasSubstr(row.file));
+            EXPECT_THAT(session.err.str(), HasSubstr(row.why));
+            const std::string said = session.err.str();
+            EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1);
+            EXPECT_THAT(session.out.str(), IsEmpty());
+        }
+    }
+    EXPECT_EQ(session.hub().requestCount(), 0U);
+}
+
+TEST(AnyCommand, GoesOnWithoutTheToolsOwnConfigFileAndSaysSo)
+{
+    Session session;
+    session.folder.write("config.ini", std::string("no key\n"));
+    EXPECT_EQ(session.list(), kExitSuccess);
+    EXPECT_EQ(session.err.str(),
+              "iniparser: syntax error in " + session.folder.path("config.ini") + " (1)\n");
     EXPECT_EQ(session.out.str(), "1209:0001\n1209:0002\n");
 }
 

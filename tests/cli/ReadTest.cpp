@@ -82,6 +82,16 @@ TEST(Read, SavesABlankFlash)
     EXPECT_EQ(session.folder.read("read.bin"), blank);
 }
 
+TEST(Read, KeepsEveryByteOfTheNameInAnyLocale)
+{
+    for (const std::string name : {"\xC3\xBC.bin", "Caf\xE9.bin", "\xFF\x80 \n.bin"}) {
+        Session session("latency=none");
+        EXPECT_EQ(session.read(session.folder.path(name)), kExitSuccess);
+        EXPECT_EQ(session.folder.read(name), demoImage());
+        EXPECT_EQ(filesIn(session.folder), 2U) << "config.ini and the flash";
+    }
+}
+
 TEST(Read, ReplacesAnExistingFile)
 {
     Session session("latency=none");

@@ -37,6 +37,31 @@ TEST(Scalar, WritesTheImageThatTheConfigurationNames)
     EXPECT_EQ(session.hub().flash(), demoImage(kDemoVersion101));
 }
 
+TEST(Scalar, SaysWhichImageWasNotReadAndWhyAndLeavesTheHubAlone)
+{
+    Session session("latency=none");
+    const std::string config = session.folder.path("config.ini");
+    session.folder.write("empty.bin", std::string());
+    const struct {
+        std::string settings;
+        std::string why;
+    } rows[] = {
+        {"", config + ": FwBin names no image"},
+        {"[DumpTool Config]\nFwBin = missing.bin\n",
+         session.folder.path("missing.bin") + ": No such file or directory"},
+        {"[DumpTool Config]\nFwBin = .\n", session.folder.path(".") + ": it is a folder"},
+        {"[DumpTool Config]\nFwBin = empty.bin\n",
+         session.folder.path("empty.bin") + ": it is empty"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.settings);
+        session.folder.write("config.ini", row.settings + kIds);
+        EXPECT_EQ(scalar(session), kExitFailure);
+        EXPECT_EQ(session.err.str(), row.why + "\nWrong firmware file\nUpdate FW Fail\n");
+    }
+    EXPECT_EQ(session.hub().requestCount(), 0U);
+}
+
 TEST(Scalar, LooksBesideTheConfigurationFileThatIsNamed)
 {
     Session session("latency=none");
@@ -46,50 +71,11 @@ TEST(Scalar, LooksBesideTheConfigurationFileThatIsNamed)
     other.write("new.bin", asText(demoImage(kDemoVersion101)));
     EXPECT_EQ(scalar(session, config), kExitSuccess);
     EXPECT_EQ(session.hub().flash(), demoImage(kDemoVersion101));
-}
 
-TEST(Scalar, FailsWithoutAnImageAndLeavesTheHubAlone)
-{
-    for (const std::string settings : {"", "[DumpTool Config]\nFwBin = missing.bin\n"}) {
-        Session session("latency=none");
-        session.folder.write("config.ini", settings + kIds);
-        EXPECT_EQ(scalar(session), kExitFailure);
-        EXPECT_EQ(session.err.str(), "Wrong firmware file\nUpdate FW Fail\n");
-        EXPECT_EQ(session.hub().requestCount(), 0U);
-    }
-}
-
-TEST(Scalar, LooksInTheCurrentFolderForAConfigurationThere)
-{
-    Session session("latency=none");
-    TemporaryFolder other;
-    other.write("own.ini", "[DumpTool Config]\nFwBin = new.bin\n" + kIds);
-    other.write("new.bin", asText(demoImage(kDemoVersion101)));
     const auto before = std::filesystem::current_path();
     std::filesystem::current_path(other.path());
     EXPECT_EQ(scalar(session, "own.ini"), kExitSuccess);
     std::filesystem::current_path(before);
-    EXPECT_EQ(session.hub().flash(), demoImage(kDemoVersion101));
-}
-
-TEST(Scalar, SendsNothingWhenASignalCameBeforeItsFirstRequest)
-{
-    Session session("latency=none");
-    session.folder.write("config.ini", "[DumpTool Config]\nFwBin = new.bin\n" + kIds);
-    session.folder.write("new.bin", asText(demoImage(kDemoVersion101)));
-    session.interruptBeforeCommands = true;
-    EXPECT_EQ(scalar(session), kExitFailure);
-    EXPECT_EQ(session.hub().requestCount(), 0U);
-}
-
-TEST(Scalar, FailsWithoutAHub)
-{
-    Session session("latency=none");
-    session.folder.write("config.ini", "[DumpTool Config]\nFwBin = new.bin\n" + kIds);
-    session.folder.write("new.bin", asText(demoImage(kDemoVersion101)));
-    session.hub().unplug();
-    EXPECT_EQ(scalar(session), kExitFailure);
-    EXPECT_THAT(session.err.str(), StartsWith("Fail To Open Rom Device\n"));
 }
 
 } // namespace

@@ -1,0 +1,25 @@
+#include "config/SimulatedHubFlag.h"
+
+#include <CLI/CLI.hpp>
+
+namespace vornadel
+{
+
+SimulatedHubFlag::SimulatedHubFlag(CLI::App& app)
+    : m_option(app.add_flag("--simulated-hub", m_text,
+                            "Work on the built-in simulated hub; =KEY=VALUE,... with the keys "
+                            "image, latency, mode, ids, fault"))
+{
+    // Otherwise the last of several would win without a word.
+    m_option->multi_option_policy(CLI::MultiOptionPolicy::Throw);
+}
+
+std::optional<std::string> SimulatedHubFlag::options() const
+{
+    if (m_option->count() == 0) {
+        return std::nullopt;
+    }
+    return m_text == "true" ? "" : m_text; // "true" is what a flag without a value reads as
+}
+
+} // namespace vornadel
