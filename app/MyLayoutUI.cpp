@@ -45,11 +45,7 @@ QFont helvetica(int points)
     return font;
 }
 
-<<<<<<< HEAD
 /// Gives the widget its frame, its member's name, and the name that a screen reader says.
-=======
-/// Gives the widget its member's name and the name that a screen reader says, and puts it in place.
->>>>>>> 7251b04 (app: give each area of the window an object of its own)
 void nameAndPlace(QWidget* widget, const char* name, const char* accessibleName, const Frame& frame)
 {
     widget->setObjectName(name);
