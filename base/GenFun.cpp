@@ -14,7 +14,7 @@ namespace
 
 constexpr std::string_view kShellSpecials = " !\"$&'()*,:;<=>?@[\\]^`{|}";
 
-// assert() is silent in release builds, and the place it would name moves with every edit.
+// Not assert(): release builds drop it, and the line it names changes with every edit.
 void requireOutput(const std::uint8_t* pointer, const char* name)
 {
     if (pointer == nullptr) {

@@ -5,9 +5,9 @@
 namespace vornadel
 {
 
-/// Why the last failing operation of the hub and image layers failed. Set by whoever fails, never
-/// cleared, never shown; it serves diagnosis. Process-wide; written from the main thread and from a
-/// flow's.
+/// Why the last failed operation of the hub and image layers failed. Each failure sets it; it is
+/// never cleared and never shown. For debugging only. Process-wide; the main thread and the flow
+/// threads write it.
 ///
 /// | value | set when |
 /// |---|---|
