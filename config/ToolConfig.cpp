@@ -25,7 +25,7 @@ struct FreeDictionary {
 };
 using Dictionary = std::unique_ptr<dictionary, FreeDictionary>;
 
-/// The text of a key. A key that is the name of a section has no text and counts as missing.
+/// The text of a key. A key that is also the name of a section has no text and counts as missing.
 std::string textOf(const Dictionary& entries, const std::string& key, const char* missing)
 {
     const char* text = entries ? iniparser_getstring(entries.get(), key.c_str(), missing) : missing;
@@ -39,7 +39,7 @@ std::int32_t numberOf(const Dictionary& entries, const std::string& key)
     return static_cast<std::int32_t>(std::strtol(textOf(entries, key, "0").c_str(), nullptr, 0));
 }
 
-/// "Support Vid Pid:VID_0A" and its like.
+/// The id under a key such as "Support Vid Pid:VID_0A".
 std::uint16_t idOf(const Dictionary& entries, const char* kind, unsigned index)
 {
     char key[64];
@@ -60,8 +60,8 @@ void fillSupportedIds(const Dictionary& entries)
     }
 }
 
-/// Why the file must not be handed to the INI reader; empty when it may be. A file that is missing
-/// or cannot be opened is left to the reader, which says so.
+/// Why the file must not be passed to the INI reader; empty when it may be. A file that is missing or
+/// cannot be opened is passed: the reader reports it.
 std::string problemWith(const std::string& path)
 {
     std::error_code failed;

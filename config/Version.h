@@ -3,7 +3,7 @@
 namespace vornadel
 {
 
-/// The tool's version, as the window's title and --version show it; the build sets it.
+/// The tool's version, shown in the window's title and by --version. Set by the build.
 inline constexpr const char* kToolVersion = VORNADEL_VERSION;
 
 } // namespace vornadel
