@@ -18,7 +18,7 @@ namespace
 
 constexpr int kNothingChosen = -1;
 
-/// The list of a cell while it is open. Tells when it has closed, however that came about.
+/// The list of a cell while it is open. Reports when it has closed, whatever closed it.
 class OpenList final : public QComboBox
 {
 public:
@@ -37,7 +37,7 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override
     {
         if (event->type() == QEvent::Hide && m_closed) {
-            // What was chosen is told after the list has gone.
+            // Reports the choice after the list has closed.
             QMetaObject::invokeMethod(
                 this, [this, closed = std::exchange(m_closed, {})] { closed(m_chosen); },
                 Qt::QueuedConnection);
@@ -116,7 +116,7 @@ QWidget* DropDownCells::createEditor(QWidget* parent, const QStyleOptionViewItem
 
 void DropDownCells::setEditorData(QWidget* /*editor*/, const QModelIndex& /*index*/) const {}
 
-// What was chosen goes to the model when the list has gone: the model may answer with an alert.
+// The choice goes to the model after the list has closed, because the model may show an alert.
 void DropDownCells::setModelData(QWidget* /*editor*/, QAbstractItemModel* /*model*/,
                                  const QModelIndex& /*index*/) const
 {
@@ -148,8 +148,8 @@ void DropDownCells::open(const QModelIndex& index, OpenedBy by)
         return;
     }
     if (by == OpenedBy::Mouse) {
-        // By a press as on any other drop-down, so that the second half of a double click chooses
-        // nothing.
+        // Opened by a press, like any other drop-down, so that the second click of a double click
+        // chooses nothing.
         const QPointF at = list->rect().center();
         QMouseEvent press(QEvent::MouseButtonPress, at, list->mapToGlobal(at), Qt::LeftButton,
                           Qt::LeftButton, Qt::NoModifier);
@@ -164,7 +164,7 @@ void DropDownCells::open(const QModelIndex& index, OpenedBy by)
 void DropDownCells::finish(QComboBox& list, int chosen, const QPersistentModelIndex& index)
 {
     if (m_table.indexWidget(index) != &list) {
-        return; // the rows became others meanwhile, and the table has put the list away
+        return; // the rows have changed meanwhile, and the table has removed the list
     }
     emit closeEditor(&list);
     if (chosen != kNothingChosen) {

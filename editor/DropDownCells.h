@@ -9,20 +9,20 @@ class QTableView;
 namespace vornadel
 {
 
-/// Makes the cells of one column of a table drop-downs: they look like one at rest, open with one
-/// click, with Return, Space, F2 or Alt+Down on their row, and hand the position that was chosen to
-/// the model (setData, EditRole), also when it is the one that was chosen before. Dismissed, they
-/// change nothing. A cell whose model does not let it be edited looks the same and stays shut.
+/// Turns the cells of one table column into drop-downs. They always look like one. They open with
+/// one click, or with Return, Space, F2 or Alt+Down on their row, and pass the chosen position to
+/// the model (setData, EditRole), even if it was chosen before. Dismissing one changes nothing. A
+/// cell that the model does not let the user edit looks the same but does not open.
 class DropDownCells final : public QStyledItemDelegate
 {
 public:
-    /// What the model must answer beside the text that a cell shows at rest.
+    /// What the model must provide besides the text of a closed cell.
     enum Role : int {
         EntriesRole = Qt::UserRole, ///< QStringList: what the open list offers
         ChosenRole                  ///< int: position of the chosen entry, -1 for none
     };
 
-    /// Lives as long as the table or longer.
+    /// The delegate must live at least as long as the table.
     DropDownCells(QTableView& table, int column);
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option,

@@ -28,7 +28,7 @@ HexText hexText(const FwImage& image, std::uint32_t begin, std::uint32_t end)
             hex.text += QString::asprintf("%04Xh:", blockOffset + i);
         }
         hex.text += QString::asprintf("%02X ", image.descriptor[i]);
-        // Measured on the text: labels have a fifth digit from offset 0x10000 on.
+        // Measured in the text, because labels have a fifth digit from offset 0x10000 on.
         const qsizetype firstDigit = hex.text.size() - kByteWidth;
         if (i == low) {
             redStart = firstDigit;

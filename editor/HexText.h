@@ -9,17 +9,17 @@
 namespace vornadel
 {
 
-/// The descriptor block of an image as text, and which characters of it are to be red.
+/// The descriptor block of an image as text, and which of its characters are red.
 struct HexText {
     QString text;
     qsizetype redStart = 0;
     qsizetype redLength = 0; ///< 0: nothing is red
 };
 
-/// Sixteen lines of sixteen bytes, each line labelled with its offset in the image. The bytes of
-/// the block between `begin` and `end` (in either order) are red together with what separates them;
-/// `end` is the byte behind the last, so that an end of 256 or more colours to the end of the text.
-/// A begin of 256 or more colours nothing. The image must be loaded.
+/// Sixteen lines of sixteen bytes, each labelled with its offset in the image. The bytes of the
+/// block from `begin` up to but not including `end` (in either order) are red, and so are the
+/// blanks between them. An end of 256 or more colours to the end of the text; a begin of 256 or
+/// more colours nothing. The image must be loaded.
 HexText hexText(const FwImage& image, std::uint32_t begin, std::uint32_t end);
 
 } // namespace vornadel

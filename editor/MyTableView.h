@@ -10,11 +10,11 @@ class QTableView;
 namespace vornadel
 {
 
-/// A second source of data for a table, with three fixed rows. Nothing creates it today.
+/// A second data source for a table, with three fixed rows. Nothing creates it today.
 class MyTableView
 {
 public:
-    /// `log` gets the lines for the console.
+    /// `log` receives the lines for the console.
     explicit MyTableView(std::function<void(const QString&)> log);
 
     int numberOfRowsInTableView() const;

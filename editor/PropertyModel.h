@@ -7,8 +7,8 @@ namespace vornadel
 
 class TableViewController;
 
-/// Stands between Qt's table and the controller. How many rows there are is asked once per reload:
-/// Qt asks all the time.
+/// Adapts the controller to Qt's table. It asks the controller for the number of rows once per
+/// reload, because Qt asks all the time.
 class PropertyModel final : public QAbstractTableModel
 {
 public:
@@ -16,7 +16,7 @@ public:
 
     explicit PropertyModel(TableViewController& controller) : m_controller(controller) {}
 
-    /// `sameItems`: the rows stand for what they stood for before, so selection and scrolling stay.
+    /// `sameItems`: the rows still show the same items, so selection and scrolling stay.
     void reload(bool sameItems);
 
     int rowCount(const QModelIndex& parent = {}) const override;

@@ -34,13 +34,13 @@ constexpr const char* kEmptyValue = "Empty Value";
 
 QString fromText(const std::string& text) { return QString::fromStdString(text); }
 
-/// How an option reads, in the table and in the description.
+/// The text of an option in the table and in the description.
 QString optionText(const PropItem& item, std::size_t at)
 {
     return fromText(item.dataList[at]) + " : " + fromText(item.propList[at]);
 }
 
-/// The decimal number at the front of a text; 0 where there is none.
+/// The decimal number at the start of a text; 0 if there is none.
 int leadingNumber(const QString& text)
 {
     // strtol stops at the first character that does not fit and clamps what is too large.
@@ -114,7 +114,7 @@ void TableViewController::refreshFirst(std::size_t count)
     for (std::size_t i = 0; i < count; ++i) {
         PropItem& item = *allItemList[i];
         if (item.key != 0) {
-            // Eight bits of the address alone: always inside the block.
+            // Only the low eight bits of the address: always inside the block.
             const std::uint8_t* byte = m_image.descriptor + (item.addr & 0xFF);
             item.curValue = std::to_string(GF_GetMaskValue(byte, item.mask));
         }
@@ -141,7 +141,7 @@ void TableViewController::ShowBinary(std::uint32_t begin, std::uint32_t end)
     view.setExtraSelections({red});
     recolourHex();
 
-    // Its end, then its start, so that both are in view where there is room for both.
+    // First the end, then the start, so that both are visible if there is room.
     for (const int position : {red.cursor.selectionEnd(), red.cursor.selectionStart()}) {
         QTextCursor cursor(view.document());
         cursor.setPosition(position);
@@ -150,7 +150,7 @@ void TableViewController::ShowBinary(std::uint32_t begin, std::uint32_t end)
     }
 }
 
-/// Red as it can be read on the view's ground; all else has the view's own text colour.
+/// Uses a red that is readable on the view's background; the rest keeps the view's text colour.
 void TableViewController::recolourHex()
 {
     QList<QTextEdit::ExtraSelection> ranges = m_views.hex->extraSelections();
@@ -267,7 +267,7 @@ void TableViewController::apply(PropItem& item, int value)
                  QString::asprintf("\naddr:%d\nmask:%d\n", static_cast<int>(item.addr), item.mask));
     const std::uint32_t addr = item.addr;
     reloadTable();
-    // One more than the last offset would be 0, and mark bytes that have not changed.
+    // Past the last offset the sum would wrap to 0 and mark bytes that have not changed.
     ShowBinary(addr, addr == std::numeric_limits<std::uint32_t>::max() ? addr : addr + 1);
 }
 
@@ -318,7 +318,7 @@ bool TableViewController::eventFilter(QObject* watched, QEvent* event)
     if (watched == m_views.hex && event->type() == QEvent::PaletteChange) {
         recolourHex();
     } else if (watched == _tableView->viewport() && event->type() == QEvent::Resize) {
-        // A vertical scroll bar takes its room from the names, not from the drop-downs.
+        // A vertical scroll bar narrows the names, not the drop-downs.
         const int room = _tableView->viewport()->width() - kValueWidth;
         _tableView->setColumnWidth(PropertyModel::Property, std::min(kPropertyWidth, room));
     }

@@ -23,11 +23,10 @@ namespace vornadel
 
 struct FwImage;
 
-/// The views of the flash page that the controller fills. They are the window's.
+/// The views of the flash page that the controller fills. The window owns them.
 struct PropertyViews {
     QTableView* table = nullptr;
-    QComboBox* icTypes = nullptr; ///< its text is the definition file, relative to the tool
-                                  ///< directory
+    QComboBox* icTypes = nullptr; ///< its text is the property file's path from the tool directory
     QPlainTextEdit* description = nullptr;
     QPlainTextEdit* hex = nullptr;
     QLineEdit* vid = nullptr;
@@ -40,45 +39,46 @@ struct PropertyViews {
     QLineEdit* containerId = nullptr;
 };
 
-/// How the controller speaks.
+/// Where the controller sends its messages.
 struct PropertyVoices {
     std::function<void(const QString&)> log;   ///< one line for the console
     std::function<void(const QString&)> alert; ///< a modal alert; returns when it has closed
 };
 
-/// A value cell: what its open list offers, the text at rest and the position that is chosen, -1
-/// for none.
+/// A value cell: the entries of its list, its text when closed, and the chosen position, -1 for
+/// none.
 struct ValueCell {
     QStringList entries;
     QString text;
     int chosen = -1;
 };
 
-/// Source of the property table and of what hangs on it: the description, the hex view, the
-/// identity fields. Edits go straight into the image. Main thread; there is one.
+/// Data source of the property table and of the views that depend on it: the description, the hex
+/// view, the identity fields. Edits change the image at once. Main thread; one instance.
 class TableViewController final : public QObject
 {
 public:
     static constexpr const char* kPropertyColumn = "property";
     static constexpr const char* kValueColumn = "curValue";
 
-    /// Makes itself the table's source. `image` is read and written. The views and the image must
+    /// Becomes the table's data source. `image` is read and written. The views and the image must
     /// outlive the controller.
     TableViewController(const PropertyViews& views, FwImage& image, std::string toolDirectory,
                         PropertyVoices voices);
     ~TableViewController() override;
 
-    /// Two empty lists; from here on TableControllerRef is this controller.
+    /// Empties both lists and sets TableControllerRef to this controller.
     TableViewController* init();
 
-    /// Fills `allItemList` from the definition file that is selected and empties `propItemList`.
-    /// Touches neither table nor image.
+    /// Fills `allItemList` from the selected property file and empties `propItemList`. Touches
+    /// neither table nor image.
     void LoadIni();
 
-    /// Sets `curValue` of every item with a key from the image. Does nothing while there is none.
+    /// Sets `curValue` of every item with a non-zero key from the image. Does nothing without an
+    /// image.
     void RefreshCurValues();
-    /// The same for the first items alone, as many as their number leaves in 8 bits: what loading a
-    /// file does.
+    /// The same for the first items only: as many as the low 8 bits of their number say. Used when
+    /// a file is loaded.
     void RefreshCurValues_8Bit();
 
     /// Shows the descriptor block with the bytes from `begin` up to `end` in red, scrolled to them.
@@ -87,16 +87,16 @@ public:
     /// Fills the identity fields from the image.
     void UpdateTxt_FwFlash();
 
-    /// Shows the rows of `propItemList` as they are now. Other items than before: no row is
-    /// selected any more.
+    /// Shows the current rows of `propItemList`. If they are other items than before, the selection
+    /// is cleared.
     void reloadTable();
 
     int numberOfRowsInTableView();
     /// The text of a cell. `column` is kPropertyColumn or kValueColumn.
     QString tableView_objectValueForTableColumn_row(const QString& column, int row) const;
-    /// Applies an edit: `value` is the position that was chosen in the row's list. A locked
-    /// property is not changed and an alert says what unlocks it. An address outside the image is
-    /// neither read (it counts as 0) nor written.
+    /// Applies an edit: `value` is the position chosen in the row's list. A locked property is not
+    /// changed; an alert says what unlocks it. An address outside the image is not written, and
+    /// reads as 0.
     void tableView_setObjectValue_forTableColumn_row(int value, const QString& column, int row);
     /// Shows the description of the selected row.
     void tableViewSelectionDidChange();
@@ -105,7 +105,7 @@ public:
 
     QTableView* _tableView;
     PropItemList propItemList; ///< the table's rows: the items of the selected page
-    PropItemList allItemList;  ///< all items of the definition file
+    PropItemList allItemList;  ///< all items of the property file
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -127,7 +127,7 @@ private:
     PropItemList m_shown; ///< what the last reload found
 };
 
-/// The one controller, for plain functions; null before there is one.
+/// The controller, for plain functions; null until init().
 extern TableViewController* TableControllerRef;
 
 } // namespace vornadel

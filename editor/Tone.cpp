@@ -9,7 +9,7 @@ namespace vornadel
 namespace
 {
 
-/// The contrast at which small text counts as readable (4.5 : 1).
+/// The minimum contrast for readable small text (4.5 : 1).
 constexpr double kReadableContrast = 4.5;
 
 /// Relative luminance of an sRGB colour, 0 to 1.

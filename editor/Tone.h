@@ -5,11 +5,10 @@
 namespace vornadel
 {
 
-/// What a text says by its colour.
+/// The meaning of a text's colour.
 enum class Tone { Blue, Red };
 
-/// The colour of a tone on a background: always the same hue, light or dark enough to be read on
-/// it.
+/// The colour of a tone on a background: a fixed hue, light or dark enough to be readable there.
 QColor toneColor(Tone tone, const QColor& background);
 
 } // namespace vornadel

@@ -5,8 +5,8 @@
 namespace vornadel
 {
 
-/// A text as a tool tip that shows it to the letter. Tool tips take markup for markup, and even
-/// load what it names.
+/// A text as a tool tip that shows it literally. Without this, tool tips render markup, and even
+/// load the files it names.
 QString plainToolTip(const QString& text);
 
 } // namespace vornadel
