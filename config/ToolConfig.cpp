@@ -60,8 +60,8 @@ void fillSupportedIds(const Dictionary& entries)
     }
 }
 
-/// Why the file must not be passed to the INI reader; empty when it may be. A file that is missing or
-/// cannot be opened is passed: the reader reports it.
+/// Why the file must not be passed to the INI reader; empty when it may be. A file that is missing
+/// or cannot be opened is passed: the reader reports it.
 std::string problemWith(const std::string& path)
 {
     std::error_code failed;

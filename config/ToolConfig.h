@@ -23,8 +23,8 @@ struct ToolConfig {
 inline constexpr std::uintmax_t kLargestConfigFile = 64UL * 1024UL;
 
 /// Reads config.ini, fills `SupportedIdList` from its section "Support Vid Pid" and `HubMakerVid`
-/// from "DumpTool Config:HubMakerVid". Prints nothing. If the file cannot be read, the result is the
-/// defaults, an empty list, no maker's id and a `problem`.
+/// from "DumpTool Config:HubMakerVid". Prints nothing. If the file cannot be read, the result is
+/// the defaults, an empty list, no maker's id and a `problem`.
 ///
 /// Numbers are read with base detection (0x.. hexadecimal, 0.. octal) and keep their low 16 bits. A
 /// triple counts only if all three of its numbers are then non-zero.

@@ -6,9 +6,9 @@
 namespace vornadel
 {
 
-/// The pages of the property editor in their order; the first is selected at start. A property is
-/// listed on the page whose text its `pageName` equals exactly, case and blanks included, and
-/// nowhere when there is none.
+/// The pages of the property editor, in order; the first is selected at start. A property is listed
+/// on the page whose text equals its `pageName` exactly, including case and blanks. If there is no
+/// such page, it is not listed.
 inline constexpr std::array<std::string_view, 6> kPropertyPages = {
     "SSC", "DSP OCP/U1/U2", "System", "USP PHY", "DSP Setting", "DSP PHY",
 };

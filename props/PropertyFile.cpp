@@ -47,8 +47,8 @@ constexpr std::array<Key<std::uint8_t>, 2> kMaskKeys = {{
     {"BaseOnMask", &PropItem::baseOnMask},
 }};
 
-/// The low 32 bits of the decimal number at the front of a text, which may have any number of
-/// digits; 0 for none.
+/// The low 32 bits of the decimal number at the start of a text, which may have any number of
+/// digits; 0 if there is none.
 std::uint32_t decimal(std::string_view text)
 {
     text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
@@ -64,7 +64,7 @@ std::uint32_t decimal(std::string_view text)
     return negative ? 0 - value : value;
 }
 
-/// A name as the INI reader keeps it.
+/// A name in the form that the INI reader stores.
 std::string folded(std::string name)
 {
     std::transform(name.begin(), name.end(), name.begin(), [](char c) {
@@ -86,8 +86,8 @@ struct FreeDictionary {
 };
 using Dictionary = std::unique_ptr<dictionary, FreeDictionary>;
 
-/// The entries of an INI file by name. The reader's own look-up goes through all of them each time,
-/// which for a full file would take as long as reading it.
+/// The entries of an INI file by name. The reader's own look-up scans all entries each time, which
+/// for a full file would take as long as reading it.
 class Entries
 {
 public:
@@ -101,7 +101,7 @@ public:
         }
     }
 
-    /// Empty when there is no such key.
+    /// Empty if there is no such key.
     std::string text(const std::string& section, const std::string& key)
     {
         const auto found = m_byName.find(folded(section + ':' + key));
@@ -115,8 +115,8 @@ public:
         return found->second;
     }
 
-    /// A section that stands where text() looked for a key, so that the key's text is lost; empty
-    /// for none.
+    /// A section with the name of a key that text() looked for, so that the key's text is lost;
+    /// empty for none.
     const std::string& sectionNamedLikeAKey() const { return m_sectionNamedLikeAKey; }
 
 private:
@@ -138,7 +138,7 @@ void readOptions(Entries& entries, const std::string& section, PropItem& item)
     item.curValue = item.dataList.empty() ? kConstValue : item.dataList.front();
 }
 
-/// Null when there is no such property; finding that out takes one look-up.
+/// Null if there is no such property; one look-up finds that out.
 std::shared_ptr<PropItem> readItem(Entries& entries, unsigned number)
 {
     const std::string section = numbered("HubFF_USB_", number);
@@ -160,8 +160,7 @@ std::shared_ptr<PropItem> readItem(Entries& entries, unsigned number)
     return item;
 }
 
-/// How many lines could be entries; each costs the INI reader a search through the entries before
-/// it.
+/// How many lines could be entries. Each costs the INI reader a search through all earlier entries.
 std::size_t entryLines(std::string_view content)
 {
     std::size_t count = 0;
@@ -176,7 +175,7 @@ std::size_t entryLines(std::string_view content)
     return count;
 }
 
-/// What is wrong with the file before the INI reader has looked at it; empty for nothing.
+/// What is wrong with the file, before the INI reader sees it; empty if nothing is.
 std::string faultBeforeReading(const std::string& path)
 {
     std::error_code failed;
@@ -185,7 +184,7 @@ std::string faultBeforeReading(const std::string& path)
         return "is missing or out of reach";
     }
     if (!fs::is_regular_file(status)) {
-        return "is not a regular file"; // opening it could wait for ever
+        return "is not a regular file"; // opening it could block for ever
     }
     std::ifstream file(path, std::ios::binary);
     if (!file) {
@@ -208,7 +207,7 @@ std::string faultBeforeReading(const std::string& path)
     return {};
 }
 
-/// The file's entries; null, and the reason in firstComplaint(), when it is no INI file.
+/// The file's entries. If it is no INI file: null, with the reason in firstComplaint().
 Dictionary load(const std::string& path)
 {
     resetFirstComplaint();

@@ -20,17 +20,17 @@ struct CloseFolder {
 };
 using Folder = std::unique_ptr<DIR, CloseFolder>;
 
-/// A folder on the way down, and the length of its own path from the tool directory with the slash
-/// after it.
+/// A folder on the way down, and the length of its path from the tool directory, including the
+/// slash after it.
 struct Level {
     Folder folder;
     std::size_t pathLength;
 };
 
-/// Each holds a file descriptor, and a process has few.
+/// Each level holds a file descriptor, and a process has few.
 constexpr std::size_t kMostLevels = 256;
 
-/// Null for anything but a folder that may be read. Nothing else is opened by the attempt.
+/// Null for anything but a readable folder. The attempt never opens anything else.
 Folder openFolder(int parent, const char* name, int linkFlag)
 {
     const int descriptor = openat(parent, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC | linkFlag);
