@@ -41,7 +41,7 @@ constexpr std::uint8_t kSignatures[][2] = {{0xAA, 0x55}, {0x3C, 0xC3}, {0x55, 0x
 
 using Bytes = std::unique_ptr<std::uint8_t[]>;
 
-// Null when there is no memory. Not zeroed: the caller fills all of it.
+// Null if there is no memory. Not zeroed, because the caller fills all of it.
 Bytes allocate(std::size_t count) { return Bytes(new (std::nothrow) std::uint8_t[count]); }
 
 std::uint8_t* findDescriptor(std::uint8_t* data, std::int32_t length)
@@ -75,7 +75,7 @@ void locateFields(FwImage& image, std::uint8_t* block)
     image.version = block - image.data.get() >= -kVersionOffset ? block + kVersionOffset : nullptr;
 }
 
-// Parses bytes that are the record's from now on.
+// Takes over the bytes and parses them.
 bool adopt(FwImage& image, Bytes bytes, std::int32_t length)
 {
     FwImage_Release(image);
@@ -102,8 +102,8 @@ struct FileCloser {
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
-// Null for anything but a regular file: opening a pipe or a device could block, or do more than
-// open it.
+// Null for anything but a regular file: opening a pipe or a device could block or have side
+// effects.
 File openImage(const std::string& path)
 {
     std::error_code ignored;
@@ -177,7 +177,7 @@ bool FwImage_SetStrings(FwImage& image, std::string_view manufacturer, std::stri
     const std::string_view texts[] = {manufacturer, product, serial};
     FwText* const copies[] = {&image.manufacturer, &image.product, &image.serial};
 
-    // Built aside, and the copies read back from it: the texts may be the record's own.
+    // Built in a separate area, because the texts may be the record's own.
     std::uint8_t area[kStringsLength] = {};
     const bool fits = manufacturer.size() + product.size() + serial.size() <= kMostCharacters;
     if (fits) {
@@ -224,7 +224,7 @@ void FwImage_ParseStrings(const std::uint8_t* area, std::uint32_t areaLength, Fw
 {
     std::size_t at = 0;
     for (FwText* text : {&manufacturer, &product, &serial}) {
-        // A length of 1 would leave less than the header: such an area ends here.
+        // A length of 1 is less than the header; the area ends here.
         if (at >= areaLength || area[at] < kStringHeader || at + area[at] > areaLength) {
             return;
         }
@@ -236,7 +236,7 @@ void FwImage_ParseStrings(const std::uint8_t* area, std::uint32_t areaLength, Fw
 void FwText_Set(FwText& kept, std::string_view text)
 {
     const std::size_t count = std::min(text.size(), kept.size() - 1);
-    if (count > 0) { // an empty view may have no characters at all
+    if (count > 0) { // the data pointer of an empty view may be null
         std::memmove(kept.data(), text.data(), count);
     }
     kept[count] = '\0';
