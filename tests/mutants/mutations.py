@@ -47,6 +47,8 @@ KEYWORDS = set(
     static static_assert static_cast reinterpret_cast const_cast struct switch template throw try typename union
     unsigned using virtual void while""".split()
 )
+SYMMETRIC = {"min", "max", "memcmp"}  # their arguments may change places
+REQUEST = re.compile("send|Hub_(?!Close|Use|Is|Find|Detect|Abandon|Pause)")  # calls that a hub hears twice
 OPENING = {"(": ")", "[": "]", "{": "}"}
 OTHER_BINARY = {
     "<": "<=", "<=": "<", ">": ">=", ">=": ">",
@@ -236,6 +238,8 @@ class _Source:
 
     def constants(self, index, token):
         others = []
+        if token.text == "0" and self.tokens[index - 1].text == "=" and self.tokens[index - 2].text in (")", "const"):
+            return  # a pure virtual function
         if token.kind == "number":
             around = "".join(near.text for near in self.tokens[max(0, index - 4) : index + 5])
             others = _number(token.text, zlib.crc32(around.encode()) & 1)
@@ -330,7 +334,7 @@ class _Source:
             logical = logical or (self.tokens[level].text in ("&&", "||", "!") or
                                   (self.tokens[level].text in COMPARISONS and self.binary(level)))
             level = self.match.get(level, level) + 1
-        if re.match("Hub_|send", self.tokens[first].text) and self.match.get(first + 1) == last:
+        if REQUEST.match(self.tokens[first].text) and self.match.get(first + 1) == last:
             self.add("call", first, last, f"{self.part(first, last)}, {self.part(first, last)}")
         if any(self.tokens[at].text == "?" for at in range(first, last)):
             return  # its condition is negated instead
@@ -360,7 +364,7 @@ class _Source:
                 break
         if at == end and self.tokens[at - 1].text == ")":
             self.add("call", index, end, ";")
-            if re.match("Hub_|send", token.text):
+            if REQUEST.match(token.text):
                 self.add("call", index, end, f"{self.part(index, end)} {self.part(index, end)}")
         elif self.tokens[at].text == "<<":
             self.add("call", index, end, ";")
@@ -373,7 +377,7 @@ class _Source:
             return
         closing = self.match[index]
         if opening.text == "(":
-            if before.kind != "word" or before.text in KEYWORDS or before.end != opening.start:
+            if before.kind != "word" or before.text in KEYWORDS | SYMMETRIC or before.end != opening.start:
                 return
             ahead = self.tokens[index - 2]
             if ahead.kind == "word" and ahead.text not in ("return", "else"):
