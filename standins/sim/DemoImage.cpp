@@ -16,8 +16,8 @@ namespace
 
 constexpr std::size_t kBlock = 0x7E00;
 constexpr std::size_t kCodeEnd = 0x6000;        // erased flash from here to the version word
-constexpr std::size_t kChangedCode = 0x1200;    // what a new version recompiles: from here ...
-constexpr std::size_t kChangedCodeEnd = 0x2A80; // ... to here
+constexpr std::size_t kChangedCode = 0x1200;    // code that differs between versions: from here
+constexpr std::size_t kChangedCodeEnd = 0x2A80; // to here
 constexpr std::size_t kBanner = 0x0040;
 constexpr std::uint32_t kCodeSeed = 0x1F0C5EED;
 
@@ -28,7 +28,7 @@ struct BlockByte {
 
 constexpr std::array<std::uint8_t, 8> kIds = {0xAA, 0x55, 0x12, 0x09, 0x00, 0x01, 0x00, 0x02};
 
-// Configuration, so that a property page has something to show.
+// Configuration for the property pages to show.
 constexpr std::array<BlockByte, 34> kConfiguration = {{
     {8, 0x01},   {9, 0x00},   {11, 0x0F},  {12, 0x32},  {13, 0x04},  {14, 0x81},  {16, 0x64},
     {17, 0x1E},  {19, 0x03},  {20, 0xA5},  {22, 0x7C},  {25, 0x10},  {28, 0x48},  {31, 0x02},
@@ -44,7 +44,7 @@ constexpr std::size_t kContainerId = 78;
 constexpr std::array<std::uint8_t, 16> kContainerIdBytes = {
     0x5D, 0x0F, 0xC2, 0x71, 0x3A, 0x94, 0x4E, 0x6B, 0x9C, 0x18, 0x27, 0xB0, 0xE4, 0x63, 0xD1, 0x08};
 
-/// Bytes that look like code and never like the head of a descriptor block.
+/// Bytes that look like code, but never like the start of a descriptor block.
 class CodeBytes
 {
 public:

@@ -9,10 +9,10 @@
 namespace vornadel
 {
 
-/// Bytes of the flash behind the simulated controller.
+/// Size in bytes of the simulated controller's flash.
 inline constexpr std::size_t kSimulatedFlashSize = 32768;
 
-/// What the controller's boot code takes from the image in its flash.
+/// What the controller's boot code reads from the image in its flash.
 struct FlashIdentity {
     std::uint16_t version = 0;
     std::uint16_t vendorId = 0;
@@ -20,32 +20,32 @@ struct FlashIdentity {
     std::uint16_t highSpeedId = 0;
 };
 
-/// Looks for the descriptor block as the controller does at power-on: 256-byte steps from the end
-/// of the flash towards its start, AA 55, 3C C3 or 55 AA in the first two bytes, the block nearest
-/// the end wins. Empty when there is none, or when it lies at the very start, where no firmware and
-/// no version word can precede it: the controller has nothing to run then.
+/// Looks for the descriptor block as the controller does at power-on: in 256-byte steps from the
+/// end of the flash towards its start, for AA 55, 3C C3 or 55 AA in the first two bytes. The first
+/// match wins. Empty if there is none, or if it is at offset 0, where no firmware and no version
+/// word can precede it: then the controller has nothing to run.
 std::optional<FlashIdentity> findFlashIdentity(std::span<const std::uint8_t> flash);
 
 /// A NOR flash: erasing sets every bit, programming can only clear bits. Not thread-safe.
 class NorFlash
 {
 public:
-    /// Erased.
+    /// Starts erased.
     NorFlash();
 
-    /// True when all of `length` bytes from `address` lie in the flash.
+    /// Whether all `length` bytes from `address` are inside the flash.
     static bool covers(std::uint32_t address, std::size_t length);
 
     /// Sets all bytes to FF.
     void erase();
-    /// ANDs the data into the flash. The caller has asked covers().
+    /// ANDs the data into the flash. The caller must check covers() first.
     void program(std::uint32_t address, std::span<const std::uint8_t> data);
-    /// The bytes of one range. The caller has asked covers().
+    /// The bytes of one range. The caller must check covers() first.
     std::span<const std::uint8_t> read(std::uint32_t address, std::size_t length) const;
 
     const std::vector<std::uint8_t>& bytes() const { return m_bytes; }
-    /// Replaces the content, as a programmer clipped to the chip would; false unless it is of the
-    /// flash's size.
+    /// Replaces the content, like an external programmer; false unless the size is that of the
+    /// flash.
     bool assign(std::vector<std::uint8_t> bytes);
 
 private:

@@ -17,7 +17,7 @@ bool Notifier::watch(UsbBus::Listener listener)
 
 void Notifier::unwatch()
 {
-    std::shared_ptr<UsbBus::Listener> gone; // outlives the lock
+    std::shared_ptr<UsbBus::Listener> gone; // destroyed after the lock is released
     std::unique_lock lock(m_mutex);
     gone.swap(m_listener);
     m_events.clear();
@@ -42,8 +42,8 @@ void Notifier::deliver()
     while (m_listener && !m_events.empty()) {
         const UsbEvent event = m_events.front();
         m_events.pop_front();
-        // The copy goes before the lock comes back: what the listener owns may not be destroyed
-        // under it.
+        // The copy is destroyed before the lock is taken again: what the listener owns must not be
+        // destroyed under it.
         std::shared_ptr<UsbBus::Listener> listener = m_listener;
         lock.unlock();
         (*listener)(event);

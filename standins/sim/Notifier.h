@@ -10,20 +10,20 @@
 namespace vornadel
 {
 
-/// Hands USB events to the one listener: in the order of push(), one at a time, and with no lock
-/// held. All members may be called from any thread.
+/// Delivers USB events to the one listener: in the order of push(), one at a time, and without
+/// holding a lock. All members may be called from any thread.
 class Notifier
 {
 public:
-    bool watch(UsbBus::Listener listener); ///< false when there is a listener already
+    bool watch(UsbBus::Listener listener); ///< false if there is a listener already
     /// After the return the listener is neither running nor called again. Not to be called from the
     /// listener.
     void unwatch();
 
-    /// Queues one event; dropped when nobody watches. May be called under the caller's locks.
+    /// Queues one event, or drops it if nobody watches. The caller may hold locks.
     void push(UsbEvent event);
-    /// Calls the listener with what is queued, unless another thread, or this one further up, is
-    /// doing so already. To be called without locks.
+    /// Calls the listener with the queued events, unless another thread, or an outer call on this
+    /// one, is doing so already. The caller must hold no locks.
     void deliver();
 
 private:

@@ -10,16 +10,16 @@
 namespace vornadel
 {
 
-/// A USB bus with one simulated hub on it. Events come on the clock's thread, or on the thread that
-/// sends the request or pulls the plug. Searches and devices may outlive the bus, but not the
-/// clock.
+/// A USB bus with one simulated hub on it. Events are delivered on the clock's thread, or on the
+/// thread that sends the request or unplugs the hub. Searches and devices may outlive the bus, but
+/// not the clock.
 class SimulatedBus final : public UsbBus
 {
 public:
-    /// Null and a sentence in `error` when the hub cannot be made.
+    /// Null and a sentence in `error` if the hub cannot be created.
     static std::unique_ptr<SimulatedBus> create(const SimulatedHubOptions& options, Clock& clock,
                                                 std::string& error);
-    /// The same with the options as they are written on a command line.
+    /// The same with options as written on a command line.
     static std::unique_ptr<SimulatedBus> create(std::string_view options, Clock& clock,
                                                 std::string& error);
     ~SimulatedBus() override;

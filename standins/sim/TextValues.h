@@ -21,8 +21,8 @@ inline std::optional<unsigned> wholeNumber(std::string_view text, int base, unsi
     return value;
 }
 
-/// Cuts `text` at the first `separator`: the part before it, with `text` left at what follows, or
-/// empty.
+/// Cuts `text` at the first `separator`: returns the part before it and leaves the rest, or
+/// nothing, in `text`.
 inline std::string_view cutAt(std::string_view& text, char separator)
 {
     const std::size_t at = text.find(separator);
