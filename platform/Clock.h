@@ -6,9 +6,8 @@
 namespace vornadel
 {
 
-/// Time and waiting. Every pause of the tool and every timed event goes through one of these, so
-/// that a test of a forty-second wait takes microseconds. All members may be called from any
-/// thread.
+/// Time and waiting. Every pause of the tool and every timed event uses a Clock, so a test of a
+/// forty-second wait takes microseconds. All members may be called from any thread.
 class Clock
 {
 public:
@@ -25,13 +24,13 @@ public:
     /// Blocks for `pause`; returns at once after interrupt().
     virtual void sleep(Duration pause) = 0;
 
-    /// Runs `task` once, `delay` from now, on a thread of the clock's (the virtual clock of the
-    /// tests: inside the sleep that reaches the moment). Tasks run one after the other, in the
-    /// order of their moments.
+    /// Runs `task` once, `delay` from now, on the clock's thread (on the tests' virtual clock:
+    /// inside the sleep that reaches that time). Tasks run one after the other, in the order of
+    /// their times.
     virtual void after(Duration delay, std::function<void()> task) = 0;
 
-    /// The program is ending: every sleep, running or to come, returns at once. Tasks still run at
-    /// their moments.
+    /// The program is ending: every current and future sleep returns at once. Tasks still run at
+    /// their times.
     virtual void interrupt() = 0;
 };
 

@@ -9,8 +9,8 @@
 namespace vornadel
 {
 
-/// What the tool asks of an operating system, in one bundle. References to objects that outlive the
-/// program's work; each main.cpp chooses them once and hands them down.
+/// Everything the tool needs from an operating system. The objects referred to outlive the
+/// program's work; each main.cpp chooses them once and passes them down.
 struct Platform {
     UsbBus& usb;
     Shell& shell;

@@ -10,8 +10,8 @@
 namespace vornadel
 {
 
-/// The clock on the wall, in standard C++ alone. The thread for after() starts with its first task.
-/// The destructor drops the tasks that are not due and waits for one that is running.
+/// Real time, in standard C++ only. The first after() starts the thread for tasks. The destructor
+/// drops tasks that are not due and waits for one that is running.
 class StdClock final : public Clock
 {
 public:

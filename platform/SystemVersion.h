@@ -3,15 +3,15 @@
 namespace vornadel
 {
 
-/// The operating system's version in three numbers, or the reason why there is none.
+/// The operating system's version in three numbers, or the error that prevented reading it.
 struct SystemVersionNumbers {
     unsigned major = 0;
     unsigned minor = 0;
     unsigned bugfix = 0;
-    long error = 0; ///< 0 when the numbers hold, otherwise the platform's error code
+    long error = 0; ///< 0 if the numbers are valid, otherwise the platform's error code
 };
 
-/// The operating system's own version, never its kernel's.
+/// The version of the operating system, not of its kernel.
 class SystemVersion
 {
 public:

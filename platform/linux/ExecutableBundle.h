@@ -5,8 +5,8 @@
 namespace vornadel
 {
 
-/// The bundle around the running program, symbolic links resolved. `argv0` serves where /proc is
-/// not there to tell.
+/// The bundle around the running program, with symbolic links resolved. `argv0` is the fallback
+/// where there is no /proc.
 MainBundle executableBundle(const char* argv0);
 
 } // namespace vornadel

@@ -41,7 +41,7 @@ std::unique_ptr<HotplugWatch> HotplugWatch::start(const std::shared_ptr<LibusbCo
     try {
         return std::unique_ptr<HotplugWatch>(
             new HotplugWatch(context, clock, std::move(listener), registration));
-    } catch (const std::system_error&) { // no thread to be had
+    } catch (const std::system_error&) { // no thread available
         libusb_hotplug_deregister_callback(context->get(), registration);
         return nullptr;
     }
@@ -67,8 +67,7 @@ void HotplugWatch::run()
     std::vector<UsbEvent> events;
     while (!m_ending) {
         if (!m_context->waitForEvents(events)) {
-            m_clock.sleep(kPauseAfterFailure); // a libusb that fails at once must not keep a core
-                                               // busy
+            m_clock.sleep(kPauseAfterFailure); // no busy loop if libusb keeps failing at once
         }
         for (const UsbEvent event : events) {
             if (!m_ending) {

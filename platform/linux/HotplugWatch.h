@@ -12,11 +12,11 @@
 namespace vornadel
 {
 
-/// Plug events as libusb tells them. The listener runs on the thread of the watch alone.
+/// Plug events from libusb. The listener runs only on the watch's thread.
 class HotplugWatch final : public UsbWatch
 {
 public:
-    /// Null when libusb has no hot-plug events here, or the system no thread.
+    /// Null if libusb has no hot-plug events here, or the system has no thread.
     static std::unique_ptr<HotplugWatch> start(const std::shared_ptr<LibusbContext>& context,
                                                Clock& clock, UsbBus::Listener listener);
     ~HotplugWatch() override;

@@ -12,18 +12,18 @@
 namespace vornadel
 {
 
-/// The system's USB by way of libusb 1.0. libusb is initialised at the first search() or watch()
-/// and ends after the bus and everything it handed out. Make one per process, so that there is one
-/// libusb context.
+/// The system's USB through libusb 1.0. The first search() or watch() initialises libusb; libusb
+/// ends after the bus and everything that the bus handed out. Create one per process, so that there
+/// is one libusb context.
 ///
-/// search() lists the devices in libusb's order. watch() and unwatch() belong to one thread; a
-/// second watch() replaces the first. The listener runs on one thread of this bus's, or on the
-/// clock's where it has to poll.
+/// search() lists the devices in libusb's order. Call watch() and unwatch() on one thread; a second
+/// watch() replaces the first. The listener runs on a thread of the bus, or on the clock's thread
+/// where it has to poll.
 class LibusbBus final : public UsbBus
 {
 public:
-    /// What ends a control transfer that the device does not answer. Long, because a flash erase is
-    /// answered only when it is done.
+    /// Time-out of a control transfer. It is long, because a hub answers a flash erase only when it
+    /// is done.
     static constexpr std::chrono::milliseconds kControlTimeout = std::chrono::seconds(30);
 
     struct Options {

@@ -29,8 +29,8 @@ void LibusbContext::queueEvent(UsbEvent event)
 
 bool LibusbContext::waitForEvents(std::vector<UsbEvent>& events)
 {
-    // libusb looks at the flag under its own locks before it waits, so a wake-up just before the
-    // call is not lost even when another thread's transfer handles the interruption.
+    // libusb checks the flag under its own locks before it waits. So a wake-up just before the call
+    // is not lost, even if another thread's transfer handles the interruption.
     const int result = libusb_handle_events_completed(m_context, &m_woken);
     std::atomic_ref(m_woken).store(0);
     const std::lock_guard lock(m_mutex);
@@ -42,7 +42,7 @@ void LibusbContext::dropEvents()
 {
     timeval now{};
     libusb_handle_events_timeout_completed(m_context, &now,
-                                           nullptr); // libusb keeps its own until it is asked
+                                           nullptr); // libusb queues them until it is asked
     const std::lock_guard lock(m_mutex);
     m_events.clear();
 }

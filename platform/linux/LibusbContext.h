@@ -15,15 +15,15 @@ namespace vornadel
 {
 
 /// One initialised libusb. Bus, searches and devices share it, so libusb ends after the last of
-/// them, in whatever order they go.
+/// them, in whatever order they are destroyed.
 ///
-/// It also keeps the plug events on their way from libusb to the watch. libusb may call back on any
-/// thread that handles its events, also one inside a control transfer, and may still do so while
-/// the callback is being deregistered; so the queue lives as long as libusb does.
+/// It also queues the plug events from libusb for the watch. libusb may call back on any thread
+/// that handles its events, even inside a control transfer, and even while the callback is being
+/// deregistered. So the queue lives as long as libusb.
 class LibusbContext
 {
 public:
-    /// Null when libusb cannot be initialised, as without a USB file system.
+    /// Null if libusb cannot be initialised, for example without a USB file system.
     static std::shared_ptr<LibusbContext> create();
 
     LibusbContext(const LibusbContext&) = delete;
@@ -32,14 +32,14 @@ public:
 
     libusb_context* get() const { return m_context; }
 
-    /// Puts a plug event into the queue and wakes waitForEvents(). Any thread.
+    /// Queues a plug event and wakes waitForEvents(). Any thread.
     void queueEvent(UsbEvent event);
 
-    /// Handles libusb's events until a plug event is queued or wakeUp() was called, and takes the
-    /// queue. False when libusb failed to wait. One thread at a time.
+    /// Handles libusb's events until a plug event is queued or wakeUp() is called, then takes the
+    /// queue. False if libusb failed to wait. One thread at a time.
     bool waitForEvents(std::vector<UsbEvent>& events);
 
-    /// Drops the plug events that came before anybody was watching. Not beside waitForEvents().
+    /// Drops the plug events from before the watch began. Must not run during waitForEvents().
     void dropEvents();
 
     /// Makes a running waitForEvents(), or the next one, return. Any thread.
@@ -51,8 +51,7 @@ private:
     libusb_context* m_context;
     std::mutex m_mutex; // guards m_events
     std::vector<UsbEvent> m_events;
-    int m_woken = 0; // libusb wants the address of an int; here it is touched through atomic_ref
-                     // alone
+    int m_woken = 0; // libusb wants an int*; our code accesses it through atomic_ref only
 };
 
 /// libusb's list of the attached devices, with a reference on each of them.
@@ -68,9 +67,9 @@ public:
     bool valid() const
     {
         return m_list != nullptr;
-    } ///< false when libusb gave no list, and after clear()
+    } ///< false if libusb gave no list, and after clear()
     std::span<libusb_device* const> devices() const { return {m_list, m_count}; }
-    void clear(); ///< gives list and references back
+    void clear(); ///< frees the list and its references
 
 private:
     libusb_device** m_list = nullptr;

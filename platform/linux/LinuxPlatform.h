@@ -10,7 +10,7 @@
 namespace vornadel
 {
 
-/// The real machine: libusb, `/bin/sh`, polkit, os-release and the wall clock, in one owner.
+/// Owner of everything for the real machine: libusb, `/bin/sh`, polkit, os-release, the real clock.
 class LinuxPlatform
 {
 public:
@@ -25,7 +25,7 @@ public:
     }
 
 private:
-    StdClock m_clock; // first, because the bus polls by it to its end
+    StdClock m_clock; // first, because the bus uses it until its end
     LibusbBus m_usb{m_clock};
     SystemShell m_shell;
     PkexecRun m_privileged;

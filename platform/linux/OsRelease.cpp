@@ -48,8 +48,8 @@ int readAll(int file, std::string& text)
 /// 0 or an errno.
 int readFile(const std::string& path, std::string& text)
 {
-    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); // a FIFO must not
-                                                                              // hold us up
+    // O_NONBLOCK, so that a FIFO does not block us.
+    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (file < 0) {
         return errno;
     }
@@ -88,7 +88,7 @@ std::optional<std::string_view> findVersionId(std::string_view text)
     return value;
 }
 
-/// One to three numbers between dots; what follows a third dot is left out.
+/// One to three numbers separated by dots; ignores what follows a third dot.
 bool parseVersion(std::string_view text, SystemVersionNumbers& numbers)
 {
     const char* position = text.data();

@@ -10,8 +10,8 @@ namespace vornadel
 namespace
 {
 
-/// How many devices of `list` are missing in `other`. Both lists hold references, so no address is
-/// used twice.
+/// How many devices of `list` are missing in `other`. Both lists hold references, so addresses are
+/// unique.
 std::ptrdiff_t countMissing(const LibusbDeviceList& list, const LibusbDeviceList& other)
 {
     return std::ranges::count_if(list.devices(), [&other](libusb_device* device) {
@@ -50,8 +50,7 @@ public:
 private:
     void look()
     {
-        const std::lock_guard lock(m_mutex); // held while the listener runs, so that stop() waits
-                                             // for it
+        const std::lock_guard lock(m_mutex); // stop() waits for the listener by this
         if (m_stopped) {
             return;
         }

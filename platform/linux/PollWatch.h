@@ -10,20 +10,20 @@
 namespace vornadel
 {
 
-/// Plug events found by comparing the device list once a second. The listener runs on the clock's
-/// thread. A device that leaves and returns between two looks is reported as both.
+/// Finds plug events by comparing the device list once a second. The listener runs on the clock's
+/// thread. A device that leaves and returns between two polls is reported as both.
 class PollWatch final : public UsbWatch
 {
 public:
     static constexpr Clock::Duration kInterval = std::chrono::seconds(1);
 
-    /// Null when libusb gives no device list. `clock` must outlive the watch.
+    /// Null if libusb gives no device list. `clock` must outlive the watch.
     static std::unique_ptr<PollWatch> start(std::shared_ptr<LibusbContext> context, Clock& clock,
                                             UsbBus::Listener listener);
     ~PollWatch() override;
 
 private:
-    class Poller; // shared with the task at the clock, which cannot be taken back
+    class Poller; // shared with the clock's task, which cannot be cancelled
 
     explicit PollWatch(std::shared_ptr<Poller> poller);
 

@@ -3,8 +3,8 @@
 namespace vornadel
 {
 
-/// A running watch over the bus. Its end ends the watch: after the destructor the listener is
-/// neither running nor called again.
+/// A running watch on the bus. The destructor ends it: afterwards the listener is neither running
+/// nor called again.
 class UsbWatch
 {
 public:

@@ -11,7 +11,7 @@ bool AuthorizedRun::start(const std::string& script)
     AuthorizationRef authorization = nullptr;
     AuthorizationCreate(nullptr, kAuthorizationEmptyEnvironment, kAuthorizationFlagDefaults,
                         &authorization);
-    // What came after it wants a helper that is installed for good.
+    // Its successor needs a permanently installed helper.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
     AuthorizationExecuteWithPrivileges(authorization, script.c_str(), kAuthorizationFlagDefaults,

@@ -5,10 +5,10 @@
 namespace vornadel
 {
 
-/// Administrator rights by way of Authorization services, which ask for the credentials. For the
-/// main thread.
+/// Administrator rights through Authorization services, which ask for the credentials. Main thread
+/// only.
 ///
-/// Returns once the script has been started or the user has refused; the two look alike.
+/// Returns once the script has been started or the user has refused; the two look the same.
 class AuthorizedRun final : public PrivilegedRun
 {
 public:

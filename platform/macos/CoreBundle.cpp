@@ -17,10 +17,10 @@ namespace
 
 constexpr CFIndex kLongestPath = 4096;
 
-/// Full path of the main bundle, without a slash at its end; empty when the system does not tell.
+/// Full path of the main bundle, without a trailing slash; empty if the system does not know.
 std::string mainBundlePath()
 {
-    const CFBundleRef bundle = CFBundleGetMainBundle(); // the system's own, not to be released
+    const CFBundleRef bundle = CFBundleGetMainBundle(); // owned by the system; do not release
     const CFURLRef url = bundle != nullptr ? CFBundleCopyBundleURL(bundle) : nullptr;
     if (url == nullptr) {
         return {};

@@ -5,8 +5,8 @@
 namespace vornadel
 {
 
-/// The main bundle as the system tells it; outside a bundle that is the program's directory.
-/// `argv0` serves where the system does not tell.
+/// The main bundle according to the system; outside a bundle that is the program's directory.
+/// `argv0` is the fallback if the system does not know.
 MainBundle coreBundle(const char* argv0);
 
 } // namespace vornadel

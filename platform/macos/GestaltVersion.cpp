@@ -14,7 +14,7 @@ constexpr SInt32 kLastPacked = 0x103F;
 OSErr ask(OSType selector, SInt32& answer)
 {
 #pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wdeprecated-declarations" // what came after it is not C
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations" // its successor is not C
     return Gestalt(selector, &answer);
 #pragma GCC diagnostic pop
 }

@@ -5,12 +5,11 @@
 namespace vornadel
 {
 
-/// The version of macOS as `Gestalt` tells it: in one packed number up to 10.3, in three selectors
-/// since.
+/// The version of macOS from `Gestalt`: one packed number up to 10.3, three selectors since then.
 class GestaltVersion final : public SystemVersion
 {
 public:
-    /// Errors: that of the first selector which is refused.
+    /// Error: that of the first selector that fails.
     SystemVersionNumbers read() override;
 };
 

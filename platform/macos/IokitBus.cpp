@@ -51,8 +51,8 @@ public:
     }
 
 private:
-    /// The user-client plug-in, or null; gives the service back. What counts is whether a plug-in
-    /// has come and the service could be given back, not what the creation says of itself.
+    /// The user-client plug-in, or null; releases the service. Success means that there is a
+    /// plug-in and that the service could be released; the status of the creation is ignored.
     static IOCFPlugInInterface** plugInOf(io_service_t service)
     {
         IOCFPlugInInterface** plugIn = nullptr;
@@ -62,7 +62,7 @@ private:
         return IOObjectRelease(service) == kIOReturnSuccess ? plugIn : nullptr;
     }
 
-    /// The device interface, or null; gives the plug-in back.
+    /// The device interface, or null; releases the plug-in.
     static IOUSBDeviceInterface** interfaceOf(IOCFPlugInInterface** plugIn)
     {
         void* interface = nullptr;
@@ -72,7 +72,7 @@ private:
         return result == 0 ? static_cast<IOUSBDeviceInterface**>(interface) : nullptr;
     }
 
-    io_iterator_t m_devices; // null once given back
+    io_iterator_t m_devices; // null once released
 };
 
 } // namespace

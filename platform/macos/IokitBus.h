@@ -9,10 +9,10 @@ namespace vornadel
 
 class PlugNotifications;
 
-/// The system's USB by way of IOKit.
+/// The system's USB through IOKit.
 ///
-/// Only release() gives the list of a search back. Without it the list stays with the system to the
-/// end of the process, one small object for each search.
+/// Only release() frees the list of a search. Without it, one small kernel object for each search
+/// stays until the process ends.
 ///
 /// watch(), unwatch() and services() belong to one thread, the one whose run loop tells the events;
 /// the listener runs on it. The system is asked for notifications once, by the first watch(), and

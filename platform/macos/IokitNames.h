@@ -5,12 +5,11 @@
 namespace vornadel
 {
 
-/// The class of every USB device. Newer systems call it otherwise, and know it by this name all the
-/// same.
+/// The class of every USB device. Newer systems use another name, but still accept this one.
 inline constexpr const char* kUsbDeviceClass = "IOUSBDevice";
 
-/// The port to the system's device registry by its first name, the only one that systems before
-/// macOS 12 know.
+/// The port to the system's device registry, under its old name: systems before macOS 12 know no
+/// other.
 inline mach_port_t masterPort()
 {
 #pragma GCC diagnostic push

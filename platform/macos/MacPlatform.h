@@ -10,8 +10,8 @@
 namespace vornadel
 {
 
-/// The real Mac: IOKit, `/bin/sh`, Authorization services, `Gestalt` and the wall clock, in one
-/// owner.
+/// Owner of everything for a real Mac: IOKit, `/bin/sh`, Authorization services, `Gestalt`, the
+/// real clock.
 class MacPlatform
 {
 public:

@@ -12,7 +12,7 @@ namespace vornadel
 namespace
 {
 
-PlugNotifications* receiver = nullptr; // the callbacks come without a reference
+PlugNotifications* receiver = nullptr; // the callbacks carry no reference to it
 
 void notify(UsbEvent event)
 {
@@ -21,7 +21,7 @@ void notify(UsbEvent event)
     }
 }
 
-// The list is left as it is: whoever listens takes it, when its turn on the thread has come.
+// The list is not read here: the listener reads it later on this thread.
 void devicesAdded(void* /*reference*/, io_iterator_t /*added*/) { notify(UsbEvent::Attached); }
 void devicesRemoved(void* /*reference*/, io_iterator_t /*removed*/) { notify(UsbEvent::Detached); }
 
@@ -37,7 +37,7 @@ void add(CFRunLoopSourceRef source, CFRunLoopRef runLoop)
     }
 }
 
-// Uses up the dictionary.
+// Consumes the dictionary.
 void registerFor(const char* kind, IONotificationPortRef port, CFMutableDictionaryRef devices,
                  IOServiceMatchingCallback callback, io_iterator_t& list)
 {

@@ -11,14 +11,14 @@
 namespace vornadel
 {
 
-/// The machine that the program is built for.
+/// The platform that the program is built for.
 #if defined(__APPLE__)
 using NativePlatform = MacPlatform;
 #else
 using NativePlatform = LinuxPlatform;
 #endif
 
-/// The bundle of the running program. `argv0` serves where the system does not tell.
+/// The bundle of the running program. `argv0` is the fallback if the system does not know.
 MainBundle mainBundle(const char* argv0);
 
 } // namespace vornadel

@@ -16,7 +16,7 @@ void keepStandardFilesOpen()
     if (file >= 0) {
         ::close(file);
     }
-    std::signal(SIGPIPE, SIG_IGN); // a write that fails says so by itself
+    std::signal(SIGPIPE, SIG_IGN); // a failing write returns an error
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
