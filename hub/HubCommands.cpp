@@ -63,8 +63,7 @@ Clock::Duration reopenPause(std::uint8_t mode)
     return quick ? kQuickReopenPause : kReopenPause;
 }
 
-// The first attempt closes the hub: the others fail before they reach it and only take their
-// pauses.
+// The first attempt closes the hub, so the others fail before they reach it and only pause.
 bool sendModeCommandPatiently(std::uint8_t mode)
 {
     for (int attempt = 0; attempt < kAttempts; ++attempt) {

@@ -5,11 +5,11 @@
 namespace vornadel
 {
 
-/// What is known of the hub on the bus. Without a hub the version means nothing.
+/// What is known about the hub on the bus. Without a hub the version is meaningless.
 struct HubDetection {
     bool found = false; ///< a supported hub is attached
-    /// 65535 when the hub could not be opened, which is also what a flow at work on it looks like;
-    /// 0 when it was opened and its status block could not be read; the hub's own otherwise.
+    /// 65535 if the hub could not be opened, for example because a flow has it open; 0 if it was
+    /// opened but its status block could not be read; otherwise the hub's version.
     std::uint16_t version = 65535;
 };
 

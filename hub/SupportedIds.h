@@ -9,7 +9,7 @@ namespace vornadel
 
 /// The ids of one supported hub. A USB 3 hub is two devices, one per speed, with one vendor id.
 struct SupportedIdEntry {
-    std::uint16_t valid = 0; ///< exactly 1: the entry takes part in matching
+    std::uint16_t valid = 0; ///< 1 if the entry is used for matching
     std::uint16_t vid = 0;   ///< USB vendor id
     std::uint16_t sspid = 0; ///< SuperSpeed product id
     std::uint16_t hspid = 0; ///< high-speed product id
@@ -23,8 +23,8 @@ inline constexpr std::size_t kSupportedIdCount = 64;
 /// search and the first flow; only read afterwards, from any thread.
 extern std::array<SupportedIdEntry, kSupportedIdCount> SupportedIdList;
 
-/// The hub maker's vendor id, sent in the open-time request; 0 stands for the one the program was
-/// built with. Written and read as the list is.
+/// The hub maker's vendor id, sent in the open-time request; 0 means the one the program was built
+/// with. Same rules for writing and reading as for the list.
 extern std::uint16_t HubMakerVid;
 
 /// Whether a device is a supported hub, at either speed.

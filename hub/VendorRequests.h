@@ -24,7 +24,7 @@ static_assert(HUB_MAKER_VID >= 0 && HUB_MAKER_VID <= 0xFFFF,
               "HUB_MAKER_VID is a USB vendor id of 16 bits");
 
 /// bmRequestType, bRequest, wValue and wIndex. 0x40 is a vendor request to the device, 0xC0 one
-/// from it. The flash commands get the address in wValue (bits 0-15) and wIndex (16-31).
+/// from it. The flash commands carry the address in wValue (bits 0-15) and wIndex (16-31).
 inline constexpr ControlRequest kVendorRequests[] = {
     {0x40, 0x02, 0x0001, HUB_MAKER_VID}, // OpenTime
     {0xC0, 0x09, 0, 0},                  // ReadStatus
