@@ -1,5 +1,5 @@
-# The bundle is laid out the same way on every system: programs in Contents/MacOS, what they read in Contents/Resources. For
-# a Mac there are an Info.plist and an icon as well, which make an application of it.
+# The layout of the bundle is the same on every system: programs in Contents/MacOS, the files that
+# they read in Contents/Resources. On a Mac an Info.plist and an icon make it an application.
 set(VORNADEL_TOOL_DIRECTORY "${CMAKE_BINARY_DIR}")
 set(VORNADEL_BUNDLE "${VORNADEL_TOOL_DIRECTORY}/Vornadel.app")
 if(APPLE)
@@ -14,8 +14,9 @@ function(vornadel_into_bundle program)
   add_dependencies(${program} bundle_resources)
 endfunction()
 
-# vornadel_bundle_resources(STAMP BUNDLE SYSTEM): what lies beside the programs in a bundle for a system, linux or macos: the
-# files that all share and the system's own. A target that depends on the file STAMP has it brought up to date.
+# vornadel_bundle_resources(STAMP BUNDLE SYSTEM): copies the resources for a system, linux or macos,
+# into the bundle: the shared files and the system's own. A target that depends on the file STAMP
+# keeps them up to date.
 function(vornadel_bundle_resources stamp bundle system)
   set(resources "${PROJECT_SOURCE_DIR}/resources")
   file(GLOB shared CONFIGURE_DEPENDS LIST_DIRECTORIES false "${resources}/*")

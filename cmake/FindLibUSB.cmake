@@ -1,4 +1,4 @@
-# Finds libusb 1.0 by way of pkg-config. Defines LibUSB::LibUSB.
+# Finds libusb 1.0 through pkg-config. Defines LibUSB::LibUSB.
 
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(LibUSB_PC IMPORTED_TARGET GLOBAL libusb-1.0)

@@ -1,7 +1,7 @@
-# The rooms of the house and the arrows between them. A room is one folder
-# and one library target; it may link only what its row allows. A link that is not in the row stops the configure
-# step. docs/architecture.md shows the same table with the reasons; tests/rooms
-# checks the #include lines against it.
+# The rooms of the house and the arrows between them. A room is one folder and one library target;
+# it may link only what its row allows. A link that is not in the row stops the configure step.
+# docs/architecture.md shows the same table with the reasons; tests/rooms checks the #include lines
+# against it.
 
 set(VORNADEL_ROOMS
   platform_api platform_posix platform_linux platform_macos platform_native base sim props firmware editor
@@ -39,11 +39,13 @@ set(ROOM_MAY_USE_hub            platform_api base)
 set(ROOM_MAY_USE_config         hub base platform_api)
 set(ROOM_MAY_USE_flows          hub firmware platform_api)
 set(ROOM_MAY_USE_driver         hub base platform_api)
-set(ROOM_MAY_USE_app            platform_api platform_posix platform_native base sim props editor firmware hub config flows driver)
-set(ROOM_MAY_USE_cli            platform_api platform_posix platform_native base sim props firmware hub config flows driver)
+set(ROOM_MAY_USE_app            platform_api platform_posix platform_native base sim props editor firmware
+                                hub config flows driver)
+set(ROOM_MAY_USE_cli            platform_api platform_posix platform_native base sim props firmware
+                                hub config flows driver)
 set(ROOM_MAY_USE_virtual_hub    platform_api platform_posix sim)
 
-# Libraries from outside that a room may use.
+# External libraries that a room may use.
 set(ROOM_MAY_USE_OUTSIDE_platform_api   Threads::Threads)
 set(ROOM_MAY_USE_OUTSIDE_platform_linux LibUSB::LibUSB Threads::Threads)
 set(ROOM_MAY_USE_OUTSIDE_platform_macos MacOS::Interfaces)
@@ -55,7 +57,7 @@ set(ROOM_MAY_USE_OUTSIDE_app            Qt6::Widgets Threads::Threads CLI11::CLI
 set(ROOM_MAY_USE_OUTSIDE_cli            CLI11::CLI11 Threads::Threads)
 set(ROOM_MAY_USE_OUTSIDE_virtual_hub    CLI11::CLI11 Threads::Threads)
 
-# Warnings, sanitizers and the source root as include folder, for every target of ours.
+# Sets warnings, sanitizers and the source root as include folder for one of our targets.
 function(vornadel_target_defaults target)
   target_include_directories(${target} PUBLIC "${CMAKE_SOURCE_DIR}")
   target_compile_options(${target} PRIVATE
@@ -65,7 +67,7 @@ function(vornadel_target_defaults target)
   if(VORNADEL_SANITIZE)
     target_compile_options(${target} PRIVATE
       -fsanitize=${VORNADEL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all
-      $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>) # g++ 12 sees ghosts in the instrumented standard library
+      $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>) # false positives of g++ 12 in the standard library
     target_link_options(${target} PUBLIC -fsanitize=${VORNADEL_SANITIZE})
   endif()
 endfunction()
