@@ -1,5 +1,5 @@
-// While a long operation runs, nobody may start a second one: the ten operation buttons are
-// switched together.
+// While a long operation runs, nobody may start a second one: the ten operation buttons are enabled
+// and disabled together.
 
 #include "app/AppDelegate.h"
 

@@ -9,7 +9,7 @@ namespace vornadel
 void ConsoleLog(const QString& text)
 {
     QByteArray line = text.toUtf8();
-    // Texts come from files and fingers, and a terminal would act on what is in them.
+    // Texts come from files and users; a terminal would interpret control characters in them.
     std::replace_if(
         line.begin(), line.end(),
         [](char c) { return (c >= 0 && c < ' ' && c != '\n' && c != '\t') || c == '\x7F'; }, '?');

@@ -5,8 +5,8 @@
 namespace vornadel
 {
 
-/// Writes one line to the console log, which is standard error. A text without a line end gets one.
-/// From any thread; a line is never mixed with another.
+/// Writes one line to the console log, which is standard error. Adds a line end if there is none.
+/// Any thread; lines are never interleaved.
 void ConsoleLog(const QString& text);
 
 } // namespace vornadel

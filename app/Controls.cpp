@@ -17,7 +17,7 @@ namespace vornadel
 namespace
 {
 
-/// Opens a list below its box and scrolls in it; other styles lay all the entries over the screen.
+/// Opens a list below its box, with scrolling; other styles cover the screen with all the entries.
 class ScrollingListStyle final : public QProxyStyle
 {
 public:
@@ -84,7 +84,7 @@ ProgressSlider::ProgressSlider(QWidget* parent) : QSlider(Qt::Horizontal, parent
 void ProgressSlider::setDoubleValue(double percent)
 {
     setValue(static_cast<int>(std::lround(percent)));
-    m_percent = percent; // finer than the handle's place
+    m_percent = percent; // finer than the position of the handle
 }
 
 PickList::PickList(QWidget* parent) : QComboBox(parent)

@@ -12,16 +12,16 @@
 namespace vornadel
 {
 
-/// A read-only text of several lines that has one colour at a time and follows a change of palette.
+/// A read-only text of several lines, in one colour at a time, which adapts to palette changes.
 class TextView final : public QPlainTextEdit
 {
 public:
     explicit TextView(QWidget* parent);
 
-    void setTone(Tone tone); ///< colours the whole text, what is there and what comes
+    void setTone(Tone tone);                            ///< colours all present and future text
     std::optional<Tone> tone() const { return m_tone; } ///< none: the palette's own text colour
 
-    /// Appends the text as it stands; where the view was scrolled to does not change.
+    /// Appends the text literally, without scrolling the view.
     void append(const QString& text);
 
 protected:
@@ -33,7 +33,7 @@ private:
     std::optional<Tone> m_tone;
 };
 
-/// A slider that keeps a percentage finer than its handle can show.
+/// A slider that stores a finer percentage than its handle can show.
 class ProgressSlider final : public QSlider
 {
 public:
@@ -47,9 +47,9 @@ private:
     double m_percent = 0;
 };
 
-/// A list to pick from, with ten entries in view when it is open. What is picked may be longer than
-/// the box and is its tool tip too. The wheel passes over it: turning it on the way would pick
-/// something unasked.
+/// A list to pick from that shows ten entries when open. The chosen entry may be longer than the
+/// box, so it is the tool tip too. It ignores the mouse wheel, which would change the choice by
+/// accident.
 class PickList final : public QComboBox
 {
 public:
@@ -59,12 +59,12 @@ protected:
     void wheelEvent(QWheelEvent* event) override;
 };
 
-/// A box with a title in its upper edge. The content area is the whole box below the title:
-/// children are placed in points from the box's lower left corner.
+/// A box with a title at its upper edge. The content area is the whole box below the title.
+/// Children are placed in points from the box's lower left corner.
 class TitledBox final : public QFrame
 {
 public:
-    /// Height of the title's band. What is highest in a box must end below it.
+    /// Height of the title's band. The highest child of a box must end below it.
     static constexpr int kTitleHeight = 24;
 
     TitledBox(const QString& title, QWidget* parent);

@@ -7,7 +7,7 @@ namespace vornadel
 
 class AppDelegate;
 
-/// The easy-update box: choose an image, see whose it is, write it to the hub. Main thread, but for
+/// The easy-update box: choose an image, check its ids, write it to the hub. Main thread, except
 /// run().
 class EasyUpdatePage
 {
@@ -18,8 +18,8 @@ public:
     void start();
     void run(); ///< on a flow's thread
 
-    /// Writes the box's fields into its image. False when there is no image, when a length is wrong
-    /// (nothing is written) or when the ids are not supported (they stay written).
+    /// Writes the box's fields into its image. False if there is no image, if a length is wrong
+    /// (nothing is written) or if the ids are not supported (they stay written).
     bool takeFields();
 
 private:

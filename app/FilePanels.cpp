@@ -14,8 +14,8 @@ namespace
 
 constexpr const char* kImageSuffix = "BIN";
 
-/// Tells files from folders, and nothing else: to see more, the toolkit's own reads from each file,
-/// which never ends with some in /proc.
+/// Distinguishes files from folders, and nothing else. The toolkit's own provider reads from each
+/// file, which never ends for some in /proc.
 class PlainIcons final : public QFileIconProvider
 {
 public:
@@ -24,7 +24,7 @@ public:
     QString type(const QFileInfo& info) const override { return info.isDir() ? "Folder" : "File"; }
 };
 
-/// Outlives every panel, whose threads use it.
+/// Outlives every panel, because the panels' threads use it.
 PlainIcons* plainIcons()
 {
     static PlainIcons icons;
@@ -43,8 +43,8 @@ QString chooseFile(QWidget* window)
 
 SavePanel::SavePanel(QWidget* window) : QFileDialog(window)
 {
-    setOption(DontUseNativeDialog); // a desktop's own would look for the file before it has its
-                                    // suffix
+    // A native dialog would check whether the file exists before it adds the suffix.
+    setOption(DontUseNativeDialog);
     setIconProvider(plainIcons());
     setWindowTitle("Choose the path to save the *.Bin file");
     setNameFilter("BIN (*.BIN *.bin)");
@@ -58,14 +58,14 @@ void SavePanel::accept()
 {
     auto* name = findChild<QLineEdit*>("fileNameEdit");
     if (name->text().contains('"')) {
-        // The panel would take what is between two of them for the whole name.
+        // The panel takes the text between two double quotes for the whole name.
         GeneralFunction::AlertString("The name of the file cannot hold a double quote.");
         return;
     }
     const QFileInfo chosen(selectedFiles().value(0));
     if (!chosen.isDir() && chosen.suffix().compare(kImageSuffix, Qt::CaseInsensitive) != 0) {
-        name->setText(chosen.filePath() + "." + kImageSuffix); // selectFile() leaves it alone while
-                                                               // the focus is there
+        // selectFile() does not change the name while it has the focus.
+        name->setText(chosen.filePath() + "." + kImageSuffix);
     }
     QFileDialog::accept();
 }

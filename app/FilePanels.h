@@ -9,8 +9,8 @@ namespace vornadel
 /// Asks for a file to open, of any type. Empty when nothing is chosen.
 QString chooseFile(QWidget* window);
 
-/// Asks for the file to save an image to; `fileSelected` tells which. A name gets the one suffix
-/// there is before it is looked at whether the file exists. Deletes itself when it closes.
+/// Asks for the file to save an image to and emits `fileSelected`. Adds the suffix to the name
+/// before it checks whether the file exists. Deletes itself when it closes.
 class SavePanel final : public QFileDialog
 {
 public:

@@ -8,7 +8,7 @@ namespace vornadel
 class AppDelegate;
 
 /// The flash box's four buttons: read the hub's flash or a file, erase the flash, save to a file.
-/// Main thread, but for the two flows.
+/// Main thread, except the two flows.
 class FlashPage
 {
 public:
@@ -23,7 +23,7 @@ public:
     void runErase(); ///< on a flow's thread
     void save();
 
-    /// What is edited: read and written on the main thread alone.
+    /// The image that is edited. Main thread only.
     FwImage& image() { return m_image; }
 
 private:

@@ -16,7 +16,7 @@ bool FlowWorker::startBeside(std::function<void()> work)
     try {
         std::thread([this, work = std::move(work)]() mutable {
             work();
-            work = nullptr; // what it holds goes before the thread counts as ended
+            work = nullptr; // destroys its captures before the thread counts as ended
             ended();
         }).detach();
     } catch (const std::system_error&) {
@@ -30,7 +30,7 @@ void FlowWorker::ended()
 {
     const std::lock_guard lock(m_mutex);
     --m_running;
-    m_ended.notify_all(); // under the lock: after finish() this object may be gone
+    m_ended.notify_all(); // under the lock, because after finish() this object may be gone
 }
 
 bool FlowWorker::start(std::function<void()> flow)

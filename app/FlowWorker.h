@@ -9,17 +9,17 @@ namespace vornadel
 {
 
 /// Runs work on background threads. Flows exclude each other: one that is started while another
-/// runs waits for it. Starting is false, and nothing runs, when the system has no thread to give.
+/// runs waits for it. If the system has no thread, starting returns false and nothing runs.
 class FlowWorker
 {
 public:
-    /// Runs `work` on a new thread beside any flow; for short work that itself starts a flow.
+    /// Runs `work` on a new thread, in parallel with any flow. For short work that starts a flow.
     bool startBeside(std::function<void()> work);
 
     /// Runs `flow` on a new thread, after a flow that is still running.
     bool start(std::function<void()> flow);
 
-    /// Waits until no thread is left, at most that long. False when one is.
+    /// Waits at most that long until no thread is left. False if one still is.
     bool finish(std::chrono::milliseconds atMost);
 
 private:

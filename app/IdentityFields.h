@@ -9,14 +9,14 @@ namespace vornadel
 
 class AppDelegate;
 
-/// The identity fields of the flash box: what a person types goes into the flash image with every
-/// keystroke. Main thread.
+/// The identity fields of the flash box: every edit by the user goes into the flash image at once.
+/// Main thread.
 class IdentityFields
 {
 public:
     IdentityFields(AppDelegate& tool, FwImage& flashImage) : m_tool(tool), m_image(flashImage) {}
 
-    /// Listens to the fields; once, after the layout.
+    /// Connects to the fields. Call it once, after the layout.
     void connectFields();
 
     void textChanged(QLineEdit* field);

@@ -6,8 +6,8 @@
 namespace vornadel
 {
 
-/// Ends the process from any thread while others go on: what has been printed is out, and nothing
-/// is destroyed that is still in use.
+/// Ends the process from any thread while others run. Flushes what has been printed, and destroys
+/// nothing that is still in use.
 [[noreturn]] inline void leaveProcess(int status)
 {
     std::fflush(nullptr);

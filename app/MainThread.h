@@ -9,15 +9,15 @@
 namespace vornadel
 {
 
-/// Hands work to the main thread. Lives there; post() and postAndWait() may be called from any
-/// thread. Tasks run in the order in which they were handed over.
+/// Runs tasks on the main thread, in the order in which they were posted. Belongs to the main
+/// thread; post() and postAndWait() may be called from any thread.
 class MainThread final : public QObject
 {
 public:
     void post(std::function<void()> task);
 
-    /// Returns when the task has run, or when stopWaiting() has been called: then it does not run
-    /// any more. On the main thread itself the task runs at once.
+    /// Returns when the task has run, or when stopWaiting() has been called; then it no longer
+    /// runs. On the main thread itself the task runs at once.
     void postAndWait(const std::function<void()>& task);
 
     /// The application is ending: no further task runs and nobody waits for one. Main thread only.

@@ -48,10 +48,10 @@ void PropertySelection::selectionChanged(QComboBox* sender)
 void PropertySelection::typeChanged()
 {
     if (!m_image.loaded) {
-        return; // the next read or load looks at the selection itself
+        return; // the next read or load uses the selection
     }
     TableControllerRef->LoadIni();
-    // The values stay the file's defaults: the image is not looked at before the next read or load.
+    // The values stay the file's defaults until the next read or load.
     selectFirstPage();
 }
 

@@ -9,8 +9,7 @@ namespace vornadel
 
 class AppDelegate;
 
-/// The two selections above the properties: which definition file, and which of its pages. Main
-/// thread.
+/// The two selections above the properties: the property file, and the page. Main thread.
 class PropertySelection
 {
 public:
@@ -19,13 +18,13 @@ public:
     {
     }
 
-    /// Fills both lists and listens to them; once, after the layout.
+    /// Fills both lists and connects to them. Call it once, after the layout.
     void fill();
 
     void selectionChanged(QComboBox* sender);
     void typeChanged();
     void pageChanged();
-    /// Goes to the first page, and shows it anew where it is selected already.
+    /// Selects the first page; refreshes it if it is already selected.
     void selectFirstPage();
 
 private:

@@ -7,8 +7,8 @@ namespace vornadel
 
 class AppDelegate;
 
-/// The unattended update: at every start, and by hand from its box, an image of its own goes into
-/// the hub.
+/// The unattended update: writes an image of its own to the hub, at every start and by hand from
+/// its box.
 class ScalarPage
 {
 public:

@@ -7,7 +7,7 @@
 namespace vornadel::layout
 {
 
-// What is in the window and where, as tables; MyLayoutUI() walks them.
+// The window's controls and their frames, as tables; MyLayoutUI() walks them.
 
 /// In points; the origin is the lower left corner of the enclosing view.
 struct Frame {
@@ -131,7 +131,7 @@ struct ButtonRow {
     const char* label;
     Frame frame;
     Action action;
-    const char* description; ///< told to a screen reader where the label says little
+    const char* description; ///< for screen readers, where the label is not enough
 };
 
 constexpr ButtonRow kButtons[] = {
@@ -231,8 +231,7 @@ constexpr ComboRow kCombos[] = {
     {MEMBER(cbICType), "ICType", {280, 588, 150, 25}},
 };
 
-/// From control to control with the Tab key: the hub and the update first, then column by column,
-/// top to bottom.
+/// The order of the Tab key: the hub and the update first, then column by column, top to bottom.
 constexpr const char* kTabOrder[] = {
     "nstfHubInfo_UpdateFW",
     "nstfUpdateInfo_UpdateFW",
