@@ -7,7 +7,7 @@
 namespace vornadel
 {
 
-/// What the user asked for on vornadelctl's command line.
+/// The parsed command line of vornadelctl.
 struct CommandLine {
     enum class Verb { Update, Scalar, Read, Erase, Info, List };
 
@@ -23,10 +23,10 @@ inline constexpr int kExitFailure = 1; ///< not done; the reason has been printe
 /// The command line was not understood, the file of --config cannot be used, or the simulated hub
 /// cannot be set up.
 inline constexpr int kExitUsage = 2;
-inline constexpr int kExitInterrupted = 130; ///< a signal ended it half-way
+inline constexpr int kExitInterrupted = 130; ///< a signal stopped it half-way
 
-/// Reads the command line. Nothing when there is something to do; otherwise the exit status, after
-/// help, the version or an explanation has been printed.
+/// Parses the command line. Empty if there is a command to run; otherwise the exit status, after
+/// help, the version or an error has been printed.
 std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLine& commandLine,
                                     std::ostream& out, std::ostream& err);
 

@@ -8,9 +8,9 @@
 namespace vornadel
 {
 
-/// Carries out the command on `platform`, which Hub_UsePlatform() has been given before, and
-/// returns the exit status. `resourcePath` is the folder of config.ini; `terminal` says whether
-/// `out` is a terminal. Blocks until done.
+/// Runs the command on `platform` and returns the exit status. Call Hub_UsePlatform() with the same
+/// platform first. `resourcePath` is the folder of config.ini; `terminal` says whether `out` is a
+/// terminal. Blocks until done.
 int runCommand(const CommandLine& commandLine, Platform& platform, const std::string& resourcePath,
                std::ostream& out, std::ostream& err, bool terminal);
 

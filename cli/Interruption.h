@@ -13,7 +13,7 @@ namespace vornadel
 /// follows, pauses end at once, and the flow closes the hub. A second signal ends the process
 /// immediately. A signal that is ignored already stays ignored.
 ///
-/// Create it before any other thread: threads inherit which signals are blocked.
+/// Create it before any other thread, because threads inherit the signal mask.
 class Interruption
 {
 public:

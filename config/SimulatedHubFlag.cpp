@@ -10,7 +10,7 @@ SimulatedHubFlag::SimulatedHubFlag(CLI::App& app)
                             "Work on the built-in simulated hub; =KEY=VALUE,... with the keys "
                             "image, latency, mode, ids, fault"))
 {
-    // Otherwise the last of several would win without a word.
+    // Otherwise the last of several would silently win.
     m_option->multi_option_policy(CLI::MultiOptionPolicy::Throw);
 }
 
@@ -19,7 +19,7 @@ std::optional<std::string> SimulatedHubFlag::options() const
     if (m_option->count() == 0) {
         return std::nullopt;
     }
-    return m_text == "true" ? "" : m_text; // "true" is what a flag without a value reads as
+    return m_text == "true" ? "" : m_text; // CLI11 stores "true" for a flag without a value
 }
 
 } // namespace vornadel

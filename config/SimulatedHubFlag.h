@@ -16,14 +16,14 @@ namespace vornadel
 class SimulatedHubFlag
 {
 public:
-    /// Adds the option to `app`, which parses while this object lives.
+    /// Adds the option to `app`. This object must live until `app` has parsed.
     explicit SimulatedHubFlag(CLI::App& app);
     SimulatedHubFlag(const SimulatedHubFlag&) = delete;
     SimulatedHubFlag& operator=(const SimulatedHubFlag&) = delete;
     ~SimulatedHubFlag() = default;
 
-    /// After parsing: the options as they were typed, empty for the flag alone. Nothing when the
-    /// tool is to work on the real machine.
+    /// After parsing: the options as typed, or an empty text for the flag alone. No value if the
+    /// tool should use the real machine.
     std::optional<std::string> options() const;
 
 private:

@@ -68,7 +68,7 @@ bool readAll(int file, std::vector<std::uint8_t>& bytes)
             continue;
         }
         if (count <= 0) {
-            errno = count == 0 ? EIO : errno; // cut short since its size was asked for
+            errno = count == 0 ? EIO : errno; // truncated since its size was read
             return false;
         }
         done += static_cast<std::size_t>(count);
@@ -76,8 +76,8 @@ bool readAll(int file, std::vector<std::uint8_t>& bytes)
     return true;
 }
 
-/// Where `path` leads past all symbolic links, also past one to a file that does not exist yet: all
-/// names of a file are to share its lock.
+/// `path` with all symbolic links resolved, even one to a file that does not exist yet, so that all
+/// names of a file share its lock.
 fs::path resolvedPath(const std::string& path, std::error_code& code)
 {
     fs::path resolved = fs::weakly_canonical(fs::absolute(path, code), code);
@@ -150,9 +150,8 @@ bool FlashFile::fill(const std::vector<std::uint8_t>& initial, std::string& erro
     if (code) {
         return fail(error, "cannot make the folder " + folder, code.message());
     }
-    // Under the lock, so that a program that starts at the same moment does not overwrite what the
-    // first one wrote. We wait for the lock, as the other program may be filling the file right
-    // now.
+    // Under the lock, so that two programs that start at the same moment do not overwrite each
+    // other. Waits for the lock, because the other program may be filling the file right now.
     if (!lock(LOCK_EX)) {
         return fail(error, "cannot lock " + m_path + ".lock", because(errno));
     }
@@ -163,7 +162,7 @@ bool FlashFile::fill(const std::vector<std::uint8_t>& initial, std::string& erro
 
 bool FlashFile::load(std::vector<std::uint8_t>& bytes, std::string& error) const
 {
-    // Not blocking: the name may be a pipe's.
+    // O_NONBLOCK, because the name may be a pipe.
     const Descriptor file(::open(m_path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat info = {};
     if (!file.valid() || ::fstat(file.get(), &info) != 0) {
@@ -223,7 +222,7 @@ std::string defaultFlashFile()
 {
     constexpr const char* kName = "vornadel/simulated-hub.bin";
     const char* const state = std::getenv("XDG_STATE_HOME");
-    if (state != nullptr && state[0] == '/') { // a relative one counts as unset
+    if (state != nullptr && state[0] == '/') { // a relative path counts as unset
         return (fs::path(state) / kName).string();
     }
     const char* const home = std::getenv("HOME");

@@ -8,14 +8,14 @@
 namespace vornadel
 {
 
-/// The file that keeps the simulated flash between runs, and the lock file beside it (its name with
-/// ".lock" appended), by which only one program at a time has the hub open. Not thread-safe.
+/// The file that keeps the simulated flash between runs. A lock file beside it (its name with
+/// ".lock" appended) makes sure that only one program at a time has the hub open. Not thread-safe.
 class FlashFile
 {
 public:
-    /// The file `path`. One that does not exist is created with `initial` in it, its folders too.
+    /// Opens the file `path`. If it does not exist, creates it with `initial`, and its folders too.
     /// Null and a sentence in `error` unless it is a regular file of exactly 32768 bytes that can
-    /// be read and replaced. A file of another size is left as it is.
+    /// be read and replaced. A file of another size is left unchanged.
     static std::unique_ptr<FlashFile> openOrCreate(const std::string& path,
                                                    const std::vector<std::uint8_t>& initial,
                                                    std::string& error);
@@ -24,10 +24,9 @@ public:
     FlashFile& operator=(const FlashFile&) = delete;
     ~FlashFile();
 
-    /// Reads the whole flash. `bytes` holds only on true.
+    /// Reads the whole flash. `bytes` is valid only if the result is true.
     bool load(std::vector<std::uint8_t>& bytes, std::string& error) const;
-    /// Replaces the file in one step: after a crash it holds the old or the new flash, never a
-    /// mixture.
+    /// Replaces the file atomically: after a crash it holds the old or the new flash, never a mix.
     bool store(const std::vector<std::uint8_t>& bytes, std::string& error) const;
 
     /// Takes the lock without waiting; false when somebody has it, in this program or another.
@@ -38,7 +37,7 @@ public:
 private:
     explicit FlashFile(std::string path);
 
-    bool lock(int operation); ///< as flock() takes it; errno says why not
+    bool lock(int operation); ///< flock() with this operation; sets errno
     bool fill(const std::vector<std::uint8_t>& initial, std::string& error);
 
     std::string m_path; // symbolic links resolved: all names of one file share its lock

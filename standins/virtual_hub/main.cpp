@@ -60,7 +60,7 @@ void takeCommands(Console& console, int signals)
         const ssize_t count = read(STDIN_FILENO, chunk.data(), chunk.size());
         if (count <= 0) {
             events[1].fd = -1;
-            if (count == 0) { // after a failed read, what is there may be half a command
+            if (count == 0) { // not after a failed read: the rest may be half a command
                 lines.end();
             }
         } else {
@@ -133,8 +133,7 @@ int run(const VirtualHubCommandLine& commandLine)
 int main(int argc, char** argv)
 {
     keepStandardFilesOpen();
-    std::signal(SIGTTIN, SIG_IGN); // in the background a read from the terminal fails, and does not
-                                   // stop us
+    std::signal(SIGTTIN, SIG_IGN); // as a background job, reads fail instead of stopping us
     try {
         VirtualHubCommandLine commandLine;
         if (const auto ended =
