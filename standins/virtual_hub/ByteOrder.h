@@ -32,7 +32,7 @@ inline void putBig32(ByteBuffer& to, std::uint32_t value)
     putBig16(to, value & 0xFFFF);
 }
 
-/// A text in a field of `size` bytes, filled up with zeros and always ended by one.
+/// A text in a field of `size` bytes, padded with zeros and always zero-terminated.
 inline void putText(ByteBuffer& to, std::string_view text, std::size_t size)
 {
     text = text.substr(0, size - 1);
@@ -40,7 +40,7 @@ inline void putText(ByteBuffer& to, std::string_view text, std::size_t size)
     to.resize(to.size() + size - text.size(), 0);
 }
 
-// The caller sees to it that the bytes are there.
+// The caller must check that the bytes exist.
 
 inline std::uint16_t little16(ByteView from, std::size_t at)
 {

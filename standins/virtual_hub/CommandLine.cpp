@@ -12,8 +12,8 @@ namespace vornadel
 namespace
 {
 
-/// Fills in the hubs, one with the default flash file when none is named. False and a sentence in
-/// `error` for options that no virtual hub can have.
+/// Fills in the hubs; without any, one with the default flash file. False and a sentence in `error`
+/// for options that a virtual hub cannot have.
 bool readHubs(const std::vector<std::string>& texts, std::vector<SimulatedHubOptions>& hubs,
               std::string& error)
 {
@@ -39,7 +39,7 @@ bool readHubs(const std::vector<std::string>& texts, std::vector<SimulatedHubOpt
     return true;
 }
 
-/// Decimal digits alone, without a sign or a space.
+/// Reads decimal digits only, without sign or space.
 bool readPort(const std::string& text, std::uint16_t& port)
 {
     const char* const end = text.data() + text.size();

@@ -10,7 +10,7 @@
 namespace vornadel
 {
 
-/// The commands that standard input takes.
+/// Executes the commands from standard input.
 ///
 /// | command | does |
 /// |---|---|
@@ -18,19 +18,19 @@ namespace vornadel
 /// | `plug-rom [N]` | plugs it in, running ROM code; an error while it is plugged in |
 /// | `unplug [N]` | unplugs it |
 /// | `fault FAULT [N]` | adds a fault, see parseFault() |
-/// | `status [N]` | `ok code=flash superspeed=3-1 high-speed=2-1 requests=0 faults=0`; `-` for a
-/// half that is away | | `quit` | ends the program |
+/// | `status [N]` | `ok code=flash superspeed=3-1 high-speed=2-1 requests=0 faults=0` |
+/// | `quit` | ends the program |
 ///
-/// N counts the hubs from 1, which is the default.
+/// N counts the hubs from 1, which is the default. The status shows `-` for a half off the bus.
 class Console
 {
 public:
     explicit Console(std::vector<std::unique_ptr<VirtualHub>>& hubs) : m_hubs(hubs) {}
 
-    /// Carries out one line; `ok`, or `error: ` and the reason. A plug or unplug is done when this
-    /// returns.
+    /// Executes one line and returns `ok`, or `error: ` and the reason. A plug or unplug is
+    /// complete when this returns.
     std::string answer(std::string_view line);
-    bool quit() const { return m_quit; } ///< whether that was asked for
+    bool quit() const { return m_quit; } ///< whether `quit` was given
 
 private:
     struct CommandRow;

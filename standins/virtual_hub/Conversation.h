@@ -7,18 +7,17 @@
 namespace vornadel
 {
 
-/// The server's side of a connection, without the connection: bytes in, bytes out. Not thread-safe.
+/// The server's side of the protocol, without the connection: bytes in, bytes out. Not thread-safe.
 class Conversation
 {
 public:
     enum class Step {
-        Waits,    ///< what there is holds no whole message
-        Answered, ///< one message was dealt with; there may be more
-        Ends ///< the other side does not keep to the protocol, or has nothing more to ask; after
-             ///< what is in `out`
+        Waits,    ///< no complete message yet
+        Answered, ///< one message was handled; there may be more
+        Ends      ///< protocol error, or nothing more to ask; send `out`, then close
     };
 
-    /// No message is longer.
+    /// The longest possible message.
     static constexpr std::size_t kLongestMessage = 48 + 0xFFFF;
 
     Conversation() = default;
@@ -26,13 +25,11 @@ public:
     Conversation& operator=(const Conversation&) = delete;
     virtual ~Conversation() = default;
 
-    /// Deals with at most one message at the beginning of `in`: says in `taken` how many bytes it
-    /// was and appends the answer to `out`, at most 48 bytes and a data stage of 64 kB for a
-    /// transfer.
+    /// Handles at most one message at the beginning of `in`. Sets `taken` to its length and appends
+    /// the answer to `out`; for a transfer, that is at most 48 bytes and a data stage of 64 kB.
     virtual Step step(ByteView in, std::size_t& taken, ByteBuffer& out) = 0;
 
-    /// The device leaves the bus: what is pending is answered with an error, and so will be what is
-    /// still to come.
+    /// The device leaves the bus: pending and future transfers are answered with an error.
     virtual void leave(ByteBuffer& out) = 0;
 };
 

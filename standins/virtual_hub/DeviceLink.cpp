@@ -74,8 +74,8 @@ void DeviceLink::run()
     }
 }
 
-/// Waits for something to do and does it. False when the connection is over. While answers wait to
-/// be fetched nothing more is read, so what is kept stays small.
+/// Waits for something to do and does it. False if the connection is over. Reads nothing while
+/// answers are waiting to be sent, so the buffers stay small.
 bool DeviceLink::exchange()
 {
     const short wanted = m_out.empty() ? POLLIN : POLLOUT;
@@ -107,8 +107,8 @@ bool DeviceLink::writeSome()
     return count > 0 || wouldBlock();
 }
 
-/// Answers what is there, as far as the answers find their way out. A device that has to leave
-/// stops at once: what is behind is for the goodbye. False when the connection is over.
+/// Answers the messages received so far, as long as the answers can be sent. Stops at once if the
+/// device has to leave; sayGoodbye() answers the rest. False if the connection is over.
 bool DeviceLink::converse()
 {
     std::size_t done = 0;
@@ -130,8 +130,7 @@ bool DeviceLink::converse()
     return goesOn;
 }
 
-/// Answers everything with an error until the other side has nothing more to say, but no longer
-/// than a while.
+/// Answers everything with an error until the other side is silent, but only for a limited time.
 void DeviceLink::sayGoodbye()
 {
     constexpr int kMostRounds = 25;

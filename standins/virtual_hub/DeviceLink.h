@@ -12,24 +12,23 @@
 namespace vornadel
 {
 
-/// A conversation over a stream socket, on a thread of its own. leave() and join() may be called
+/// A conversation over a stream socket, on its own thread. leave() and join() may be called
 /// from any thread.
 class DeviceLink
 {
 public:
-    /// How long nothing may come from the other side before a device that leaves hangs up: a
-    /// transfer that is under way then would not be answered, and its sender would wait for it in
-    /// vain.
+    /// A leaving device closes the connection after this time of silence. Closing earlier would
+    /// leave a transfer on its way unanswered, and its sender would wait for ever.
     static constexpr Clock::Duration kSilence = std::chrono::milliseconds(20);
 
-    /// Takes the socket over. `ended` is called on the link's thread, at its end, when the socket
-    /// is closed. Throws std::system_error when there is no thread or no file to be had; the socket
-    /// stays the caller's then.
+    /// Takes over the socket. `ended` is called at the end of the link's thread, after the socket
+    /// has been closed. Throws std::system_error if there is no thread or file descriptor; then the
+    /// caller keeps the socket.
     DeviceLink(int socket, std::unique_ptr<Conversation> conversation, Clock& clock,
                std::function<void()> ended = {});
     DeviceLink(const DeviceLink&) = delete;
     DeviceLink& operator=(const DeviceLink&) = delete;
-    ~DeviceLink(); ///< as leave() and join()
+    ~DeviceLink(); ///< leave() and join()
 
     void leave(); ///< the device leaves the bus; returns at once
     void join();  ///< waits until the socket is closed. Not on the link's own thread
@@ -43,7 +42,7 @@ private:
     void sayGoodbye();
 
     const int m_socket;
-    const int m_wakeUp; // becomes readable when the device is to leave
+    const int m_wakeUp; // becomes readable when the device has to leave
     const std::unique_ptr<Conversation> m_conversation;
     Clock& m_clock;
     const std::function<void()> m_ended;

@@ -14,7 +14,7 @@ namespace
 constexpr std::uint8_t kHubClass = 9;
 constexpr std::uint16_t kUsEnglish = 0x0409;
 constexpr std::uint16_t kUsb30 = 0x0300;
-constexpr std::uint16_t kUsb21 = 0x0210; // the lowest that has a binary object store
+constexpr std::uint16_t kUsb21 = 0x0210; // the lowest version with a binary object store
 constexpr std::uint16_t kDeviceRelease = 0x0100;
 
 std::uint8_t typeByte(DescriptorType type) { return static_cast<std::uint8_t>(type); }
@@ -29,7 +29,7 @@ std::uint16_t usbVersion(HubSpeed half) { return half == HubSpeed::SuperSpeed ? 
 /// 3: SuperSpeed hub; 1: high-speed hub with a single transaction translator.
 std::uint8_t hubProtocol(HubSpeed half) { return half == HubSpeed::SuperSpeed ? 3 : 1; }
 
-/// As the field has it: an exponent of 2 at SuperSpeed.
+/// The value of bMaxPacketSize0: an exponent of 2 at SuperSpeed.
 std::uint8_t controlPacketSize(HubSpeed half) { return half == HubSpeed::SuperSpeed ? 9 : 64; }
 
 ByteBuffer deviceDescriptor(const VirtualDevice& device)
@@ -66,8 +66,8 @@ ByteBuffer statusEndpoint(HubSpeed half, bool fullSpeed)
 ByteBuffer configuration(HubSpeed half, DescriptorType type)
 {
     const bool fullSpeed = type == DescriptorType::OtherSpeedConfiguration;
-    ByteBuffer rest = {1, kConfigurationValue, 0, 0xE0, 0}; // self-powered, may wake the host,
-                                                            // draws nothing
+    // Self-powered, may wake the host, draws no current.
+    ByteBuffer rest = {1, kConfigurationValue, 0, 0xE0, 0};
     append(rest, {9, typeByte(DescriptorType::Interface), 0, 0, 1, kHubClass, 0, 0, 0});
     append(rest, statusEndpoint(half, fullSpeed));
     ByteBuffer bytes = {9, typeByte(type)};
@@ -93,8 +93,8 @@ std::array<std::uint16_t, kHubSpeedCount> productIds(const VirtualDevice& device
     return {device.otherProductId, device.productId};
 }
 
-/// Joins the two halves: the same on both, and another one on each hub of a program. Hubs of two
-/// programs have different ones when their product ids differ.
+/// Identifies the hub: the same on both halves, different for each hub of a program. Hubs of two
+/// programs differ if their product ids do.
 ByteBuffer containerId(const VirtualDevice& device)
 {
     ByteBuffer bytes = {0x76, 0x6F, 0x72, 0x6E, 0x61, 0x64, 0x45, 0x4C, 0x80, 0x00, 0x00};
@@ -112,7 +112,7 @@ ByteBuffer binaryObjectStore(const VirtualDevice& device)
                                0, 0,          0}; // USB 2.0 extension: link power management
     append(capabilities, {10, capability, 0x03, 0});
     putLittle16(capabilities, 0x000E); // full, high and super speed
-    capabilities.push_back(1);         // everything works from full speed on
+    capabilities.push_back(1);         // all functions work at full speed and above
     capabilities.push_back(10);        // microseconds out of U1
     putLittle16(capabilities, 2047);   // microseconds out of U2
     append(capabilities, {20, capability, 0x04, 0});
@@ -134,8 +134,8 @@ ByteBuffer textDescriptor(std::string_view text)
     return bytes;
 }
 
-/// As in "VIRTUAL1-00010002": the number of the hub and what its Container ID has of the product
-/// ids, so that it differs where that does.
+/// For example "VIRTUAL1-00010002": the number of the hub and its product ids, so that it differs
+/// whenever the Container ID does.
 std::string serialNumber(const VirtualDevice& device)
 {
     const auto [superSpeed, highSpeed] = productIds(device);
@@ -211,7 +211,7 @@ ByteBuffer hubDescriptor(HubSpeed half, std::uint8_t type)
         putLittle16(bytes, 100); // forwarding delay in nanoseconds
         putLittle16(bytes, 0);   // every device can be removed
     } else {
-        append(bytes, {0, 0xFF}); // every device can be removed; a byte of ones that old hosts want
+        append(bytes, {0, 0xFF}); // every device can be removed; old hosts want the byte of ones
     }
     return bytes;
 }

@@ -72,7 +72,7 @@ constexpr std::uint16_t kPortPower = 8;
 constexpr std::array<PortFeature, 19> kPortFeatures = {{
     {1, kNone, kHigh}, // enable
     {2, kHigh, kHigh}, // suspend
-    {4, kBoth, kNone}, // reset: nothing is plugged in that could be
+    {4, kBoth, kNone}, // reset; no effect, because nothing is plugged in
     {kPortLinkState, kSuper, kNone},
     {kPortPower, kBoth, kBoth},
     {16, kNone, kBoth},   // change of connection
@@ -175,8 +175,8 @@ TransferResult HubHalf::vendor(const SetupPacket& setup, ByteView out)
     result.moved = std::min<std::uint32_t>(request.transferred, setup.wLength);
     if (status == kSimulatedNoDevice) {
         result.status = kTransferGone;
-    } else if (status != 0 && !(in && status == kSimulatedShort)) { // a short answer to the host is
-                                                                    // no failure
+    } else if (status != 0 && !(in && status == kSimulatedShort)) {
+        // A short answer to the host is no failure.
         result.status = kTransferStalled;
     }
     if (in && result.status == kTransferDone) {
@@ -188,7 +188,7 @@ TransferResult HubHalf::vendor(const SetupPacket& setup, ByteView out)
     return result;
 }
 
-/// The port that the low byte of wIndex names, counted from 1; null when there is none.
+/// The port in the low byte of wIndex, counted from 1; null if there is none.
 HubHalf::Port* HubHalf::portOf(const SetupPacket& setup)
 {
     const unsigned number = setup.wIndex & 0xFF;
@@ -236,13 +236,13 @@ bool HubHalf::changeDeviceFeature(const SetupPacket& setup, ByteBuffer& /*reply*
     return true;
 }
 
-/// Function suspend, the one feature of an interface; the port that would suspend is not simulated.
+/// Function suspend, the only feature of an interface; no suspending is simulated.
 bool HubHalf::changeInterfaceFeature(const SetupPacket& setup, ByteBuffer& /*reply*/)
 {
     return setup.wValue == 0 && (setup.wIndex & 0xFF) == 0 && m_configuration != 0;
 }
 
-/// Halt, the one feature of an endpoint.
+/// Halt, the only feature of an endpoint.
 bool HubHalf::changeEndpointFeature(const SetupPacket& setup, ByteBuffer& /*reply*/)
 {
     if (setup.wValue != 0 || setup.wIndex != kStatusEndpoint || m_configuration == 0) {
@@ -265,7 +265,7 @@ bool HubHalf::setConfiguration(const SetupPacket& setup, ByteBuffer& /*reply*/)
     }
     m_configuration = static_cast<std::uint8_t>(setup.wValue);
     m_halted = false;
-    m_ports = {}; // a hub that is configured anew has no power on its ports
+    m_ports = {}; // a newly configured hub has no power on its ports
     return true;
 }
 

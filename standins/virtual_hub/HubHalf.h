@@ -10,13 +10,13 @@
 namespace vornadel
 {
 
-/// Statuses of a transfer, in the numbers of Linux, which USB/IP has on the wire.
+/// Statuses of a transfer: Linux error numbers, which USB/IP uses on the wire.
 inline constexpr std::int32_t kTransferDone = 0;
 inline constexpr std::int32_t kTransferStalled = -32;   ///< EPIPE
 inline constexpr std::int32_t kTransferUnlinked = -104; ///< ECONNRESET
 inline constexpr std::int32_t kTransferGone = -108;     ///< ESHUTDOWN: the device has left
 
-/// The eight bytes that a control transfer begins with.
+/// The first eight bytes of a control transfer.
 struct SetupPacket {
     std::uint8_t bmRequestType = 0;
     std::uint8_t bRequest = 0;
@@ -34,18 +34,17 @@ struct TransferResult {
 };
 
 /// One half of the hub as a USB device of hub class, with nothing plugged into its ports. It
-/// answers the standard and the hub-class requests itself and hands vendor requests on. Not
-/// thread-safe.
+/// answers standard and hub-class requests itself and passes vendor requests on. Not thread-safe.
 class HubHalf
 {
 public:
     explicit HubHalf(VirtualDevice device);
 
-    /// One transfer on the default pipe. `out` is the data stage of a request towards the device,
-    /// wLength bytes of it.
+    /// One transfer on the default pipe. `out` is the data stage of a request to the device,
+    /// wLength bytes.
     TransferResult control(const SetupPacket& setup, ByteView out);
 
-    /// Whether a transfer on the status endpoint would be refused; otherwise it waits for a change
+    /// Whether a transfer on the status endpoint would be refused. Otherwise it waits for a change
     /// that never comes.
     bool statusEndpointHalted() const { return m_halted; }
 
@@ -61,7 +60,7 @@ private:
     TransferResult vendor(const SetupPacket& setup, ByteView out);
     Port* portOf(const SetupPacket& setup);
 
-    // Each answers one request; `reply` is the data stage towards the host. False: refused.
+    // Each answers one request; `reply` is the data stage to the host. False: refused.
     bool getDescriptor(const SetupPacket& setup, ByteBuffer& reply);
     bool getDeviceStatus(const SetupPacket& setup, ByteBuffer& reply);
     bool getInterfaceStatus(const SetupPacket& setup, ByteBuffer& reply);

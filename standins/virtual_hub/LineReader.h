@@ -9,7 +9,7 @@
 namespace vornadel
 {
 
-/// Cuts what comes on standard input, in pieces of any size, into lines. Not thread-safe.
+/// Splits standard input, which arrives in pieces of any size, into lines. Not thread-safe.
 class LineReader
 {
 public:
@@ -17,13 +17,13 @@ public:
 
     struct Line {
         std::string text;
-        bool tooLong = false; ///< the line was longer than kLongestLine; the text is not to be used
+        bool tooLong = false; ///< longer than kLongestLine; do not use the text
     };
 
     void add(std::string_view piece);
-    void end(); ///< nothing more comes: what is there without a newline is a line too
+    void end(); ///< end of input: a rest without a newline is a line too
 
-    std::optional<Line> next(); ///< the oldest line that is whole; nothing when there is none
+    std::optional<Line> next(); ///< the oldest complete line, if there is one
 
 private:
     Line m_begun;

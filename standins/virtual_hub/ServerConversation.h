@@ -11,7 +11,7 @@
 namespace vornadel
 {
 
-/// What a server has to offer. Called on the threads of the connections.
+/// The devices that a server offers. Called on the threads of the connections.
 class ExportList
 {
 public:
@@ -20,8 +20,8 @@ public:
     ExportList& operator=(const ExportList&) = delete;
     virtual ~ExportList() = default;
 
-    virtual std::vector<ExportedDevice> devices() = 0; ///< what is on the bus now
-    /// Gives the device to the connection that asks; `device` is set when the answer is Ok.
+    virtual std::vector<ExportedDevice> devices() = 0; ///< the devices on the bus now
+    /// Assigns the device to the connection that asks; sets `device` if the result is Ok.
     virtual OperationStatus import(const std::string& busId, ExportedDevice& device) = 0;
 };
 
@@ -40,7 +40,7 @@ private:
 
     ExportList& m_list;
     std::unique_ptr<UrbExchange> m_transfers; // null: nothing imported yet
-    bool m_over = false;                      // nothing can be listed or imported any more
+    bool m_over = false;                      // no further list or import
 };
 
 } // namespace vornadel

@@ -36,7 +36,7 @@ private:
 namespace
 {
 
-/// A conversation together with the list that it reads.
+/// A conversation that owns the list it reads.
 class ClientConversation final : public Conversation
 {
 public:
@@ -61,13 +61,13 @@ std::string busIdOf(unsigned hub, HubSpeed half)
     return (half == HubSpeed::SuperSpeed ? "2-" : "1-") + std::to_string(hub);
 }
 
-/// Whether the process or the machine has run out of files or memory; it may get some back.
+/// Whether the process or the machine has temporarily run out of files or memory.
 bool isShortage(int problem)
 {
     return problem == EMFILE || problem == ENFILE || problem == ENOBUFS || problem == ENOMEM;
 }
 
-/// A socket that listens on the loopback address; negative, with errno, when there is none.
+/// A socket that listens on the loopback address; negative on failure, with errno set.
 int listenOn(std::uint16_t port, sockaddr_in& address)
 {
     const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
@@ -144,8 +144,7 @@ bool ServerHost::listen(std::uint16_t port, std::string& error)
 
 void ServerHost::acceptClients()
 {
-    constexpr int kShortageMs = 50; // the client that cannot be let in yet would wake poll() up on
-                                    // and on
+    constexpr int kShortageMs = 50; // poll() would return at once for a client still waiting
     bool shortage = false;
     for (;;) {
         std::array<pollfd, 2> events = {
@@ -174,27 +173,26 @@ void ServerHost::welcome(int socket)
 {
     const int yes = 1;
     setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &yes,
-               sizeof yes);              // many small messages, each waited for
-    const std::lock_guard lock(m_mutex); // the link is known before its thread gets to ask for
-                                         // anything
+               sizeof yes);              // many small messages, each awaited
+    const std::lock_guard lock(m_mutex); // so that the link is known before its thread asks
     if (m_links.size() >= kMostConnections) {
         close(socket);
         return;
     }
     const std::uint64_t number = ++m_lastClient;
     try {
-        std::shared_ptr<DeviceLink>& link = m_links[number]; // first: no link ends with the lock
-                                                             // held
+        // First, so that no link is destroyed with the lock held.
+        std::shared_ptr<DeviceLink>& link = m_links[number];
         link = std::make_shared<DeviceLink>(
             socket, std::make_unique<ClientConversation>(std::make_unique<Client>(*this, number)),
             m_clock, [this, number] { forget(number); });
-    } catch (const std::exception&) { // no thread, no file or no memory for one more
+    } catch (const std::exception&) { // no thread, file or memory left
         m_links.erase(number);
         close(socket);
     }
 }
 
-/// On the link's own thread, which therefore cannot be the one to clear it away.
+/// Runs on the link's own thread, which therefore cannot destroy the link.
 void ServerHost::forget(std::uint64_t client)
 {
     const std::lock_guard lock(m_mutex);
@@ -207,7 +205,8 @@ void ServerHost::forget(std::uint64_t client)
 
 void ServerHost::sweep()
 {
-    std::vector<std::shared_ptr<DeviceLink>> done; // their threads are waited for without the lock
+    std::vector<std::shared_ptr<DeviceLink>> done; // destroyed, and their threads joined, without
+                                                   // the lock
     const std::lock_guard lock(m_mutex);
     for (const std::uint64_t client : m_ended) {
         const auto link = m_links.find(client);

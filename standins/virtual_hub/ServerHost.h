@@ -17,19 +17,19 @@ namespace vornadel
 {
 
 /// Exports the halves over USB/IP to programs on this machine. The bus ids are 1-N for the
-/// high-speed half of hub N and 2-N for its SuperSpeed half. A half that leaves closes its client's
-/// connection; the client imports it anew when it is back.
+/// high-speed half of hub N and 2-N for its SuperSpeed half. When a half leaves, its client's
+/// connection is closed; the client imports it again when it is back.
 class ServerHost final : public HubHost
 {
 public:
-    /// More connections at a time are closed at once.
+    /// Connections beyond this number are closed at once.
     static constexpr std::size_t kMostConnections = 64;
 
     explicit ServerHost(Clock& clock) : m_clock(clock) {}
     ~ServerHost() override;
 
-    /// Listens on 127.0.0.1; port 0 means any free one. False and a sentence in `error` when that
-    /// cannot be done. To be called once.
+    /// Listens on 127.0.0.1; port 0 means any free one. False and a sentence in `error` on failure.
+    /// Call it once.
     bool listen(std::uint16_t port, std::string& error);
     std::uint16_t port() const { return m_port; } ///< after listen()
 
@@ -55,15 +55,15 @@ private:
 
     Clock& m_clock;
     int m_listener = -1;
-    int m_wakeUp = -1; // becomes readable when there is something to sweep, or the end has come
+    int m_wakeUp = -1; // becomes readable when there are ended links, or at the end
     std::uint16_t m_port = 0;
 
     std::mutex m_mutex; // guards what follows
     std::map<Half, Export> m_exports;
-    std::map<Half, std::shared_ptr<DeviceLink>> m_departures; // between beginDetach() and
-                                                              // finishDetach()
+    // Between beginDetach() and finishDetach().
+    std::map<Half, std::shared_ptr<DeviceLink>> m_departures;
     std::map<std::uint64_t, std::shared_ptr<DeviceLink>> m_links;
-    std::vector<std::uint64_t> m_ended; // links whose thread is at its end
+    std::vector<std::uint64_t> m_ended; // links whose thread is ending
     std::uint64_t m_lastClient = 0;
     bool m_ending = false;
 

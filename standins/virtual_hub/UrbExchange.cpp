@@ -38,8 +38,8 @@ void UrbExchange::leave(ByteBuffer& out)
     m_pending.clear();
 }
 
-/// What is not pending has been answered already, or never was there: the host hears that it is
-/// done.
+/// If the transfer is not pending, it has been answered already or never existed: the answer is
+/// that it is done.
 void UrbExchange::unlink(const UrbRequest& request, ByteBuffer& out)
 {
     const bool calledOff = std::erase(m_pending, request.unlinked) > 0;
@@ -69,7 +69,7 @@ TransferResult UrbExchange::control(const UrbRequest& request, ByteView data)
         return {kTransferStalled, 0, {}};
     }
     TransferResult result = m_half.control(request.setup, data);
-    if (result.data.size() > request.length) { // never more than the host has room for
+    if (result.data.size() > request.length) { // never more than the host's buffer
         result.data.resize(request.length);
         result.moved = request.length;
     }

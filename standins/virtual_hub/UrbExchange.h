@@ -16,7 +16,7 @@ namespace vornadel
 class UrbExchange final : public Conversation
 {
 public:
-    /// More transfers than this pending at a time are refused; a hub driver has one.
+    /// The most pending transfers; more are refused. A hub driver has one.
     static constexpr std::size_t kMostPending = 64;
 
     explicit UrbExchange(VirtualDevice device) : m_half(std::move(device)) {}

@@ -20,9 +20,8 @@ constexpr std::uint16_t kListReply = 0x0005;
 constexpr std::uint16_t kImportReply = 0x0003;
 constexpr std::size_t kPathSize = 256;
 
-constexpr std::uint32_t kNotIsochronous = 0xFFFFFFFF; // the number of packets; Linux writes 0 as
-                                                      // well
-constexpr std::uint32_t kMostBytesOut = 0xFFFF;       // what a setup packet can announce
+constexpr std::uint32_t kNotIsochronous = 0xFFFFFFFF; // number of packets; Linux also writes 0
+constexpr std::uint32_t kMostBytesOut = 0xFFFF;       // the limit of wLength
 
 constexpr std::size_t kReplyHeaderSize = 24;
 
@@ -31,7 +30,7 @@ void writeReplyHeader(ByteBuffer& to, std::uint32_t command, std::uint32_t seque
 {
     putBig32(to, command);
     putBig32(to, sequence);
-    to.resize(to.size() + 12, 0); // device, direction and endpoint are the host's own business
+    to.resize(to.size() + 12, 0); // device, direction and endpoint: unused in replies
     putBig32(to, static_cast<std::uint32_t>(status));
 }
 

@@ -88,9 +88,9 @@ std::shared_ptr<DeviceLink> VhciHost::linkOf(const Half& half)
     return seat != m_seats.end() ? seat->second.link : nullptr;
 }
 
-/// The half that is on the bus already decides for the other. The first one takes a whole place:
-/// where only its own port is free, a stranger has the one beside it. Null and a sentence in
-/// `error` when there is none.
+/// The second half of a hub goes to the place of the first. The first half needs a place where both
+/// ports are free; otherwise another device has the port beside it. Null and a sentence in `error`
+/// if there is no such place.
 const VhciPorts::Port* VhciHost::choosePort(const Half& half,
                                             const std::vector<VhciPorts::Port>& ports,
                                             std::string& error) const
@@ -122,7 +122,7 @@ const VhciPorts::Port* VhciHost::choosePort(const Half& half,
     return chosen;
 }
 
-/// 3: where the hub was before; 2: where none was; 1: where another one will want to come back to.
+/// 3: the hub's earlier place; 2: an unused place; 1: a place that another hub will return to.
 int VhciHost::preference(unsigned hub, const VhciPorts::Port& port) const
 {
     int found = 2;
@@ -170,15 +170,15 @@ bool VhciHost::plugIn(const VirtualDevice& device, VhciPorts::Port& port, std::s
             std::make_shared<DeviceLink>(ends[1], std::make_unique<UrbExchange>(device), m_clock);
     } catch (const std::exception& problem) {
         error = "no thread for the device: " + std::string(problem.what());
-        close(ends[1]); // the kernel gives the port free
+        close(ends[1]); // the kernel frees the port
         return false;
     }
     m_seats[half] = {port, std::move(link)};
     return true;
 }
 
-/// Looks again and again, but no longer than `longest`: each look takes its time, too. False when
-/// it was in vain.
+/// Polls until the condition holds, at most for `longest`, including the time that polling takes.
+/// False on time-out.
 template <typename Condition>
 bool VhciHost::waitUntil(const Condition& condition, Clock::Duration longest)
 {

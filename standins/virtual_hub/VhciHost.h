@@ -15,17 +15,17 @@
 namespace vornadel
 {
 
-/// Puts the halves into virtual ports of this machine's kernel. The kernel takes the SuperSpeed and
-/// the high-speed port at one place of a controller for one connector, so the halves of a hub share
-/// a place and no two hubs do.
+/// Attaches the halves to virtual ports of this machine's kernel. The kernel treats the SuperSpeed
+/// and the high-speed port at one place of a controller as one connector, so the halves of a hub
+/// share a place and no two hubs do.
 class VhciHost final : public HubHost
 {
 public:
     /// The ports and the clock outlive the host.
     VhciHost(const VhciPorts& ports, Clock& clock) : m_ports(ports), m_clock(clock) {}
 
-    /// Returns when the kernel has the device, has not taken notice of it for a few seconds, or the
-    /// stay is over.
+    /// Returns when the kernel has the device, when it has ignored it for a few seconds, or when
+    /// the hub has left again.
     bool attach(const VirtualDevice& device, std::string& error) override;
     void beginDetach(unsigned hub, HubSpeed half) override;
     void finishDetach(unsigned hub, HubSpeed half) override;
@@ -35,7 +35,8 @@ private:
     using Half = std::pair<unsigned, HubSpeed>;
     struct Seat {
         VhciPorts::Port port;
-        std::shared_ptr<DeviceLink> link; // null: the half is away and its port is kept in mind
+        std::shared_ptr<DeviceLink> link; // null: the half is off the bus and its port is
+                                          // remembered
     };
 
     const VhciPorts::Port* choosePort(const Half& half, const std::vector<VhciPorts::Port>& ports,

@@ -21,15 +21,16 @@ namespace
 {
 
 constexpr const char* kFirstController = "vhci_hcd.0"; // its folder has the files of all
+                                                       // controllers
 
-/// The file with the ports of one controller.
+/// The file that lists the ports of one controller.
 std::string statusFile(unsigned controller)
 {
     return controller == 0 ? "status" : "status." + std::to_string(controller);
 }
 
-/// One line: "hs  0000 004 000 00000000 000000 0-0", with the speed, the number and the state, 4
-/// for a free port. False for the line of titles.
+/// Reads one line, for example "hs  0000 004 000 00000000 000000 0-0": the speed, the number, and
+/// the state, which is 4 for a free port. False for the header line.
 bool readPort(const std::string& line, VhciPorts::Port& port)
 {
     constexpr unsigned kFree = 4;
@@ -112,7 +113,7 @@ VhciPorts::Attach VhciPorts::attach(const Port& port, int socket, std::uint32_t 
     return problem == EBUSY ? Attach::Taken : Attach::Failed;
 }
 
-/// Each controller has two buses, told apart by the speed of their root hubs in Mbit/s.
+/// Each controller has two buses, distinguished by the speed of their root hubs in Mbit/s.
 std::string VhciPorts::busId(const Port& port) const
 {
     const std::string_view speed = port.speed == HubSpeed::SuperSpeed ? "5000" : "480";

@@ -11,13 +11,12 @@
 namespace vornadel
 {
 
-/// The virtual ports of the kernel module vhci_hcd, as its files in sysfs show them. Stateless; any
-/// thread.
+/// The virtual ports of the kernel module vhci_hcd, from its files in sysfs. Stateless; any thread.
 class VhciPorts
 {
 public:
     struct Port {
-        unsigned number = 0; ///< as `attach` takes it; counts over all controllers
+        unsigned number = 0; ///< for the file `attach`; counts over all controllers
         unsigned controller = 0;
         unsigned place = 0; ///< among the controller's ports of that speed, from 0
         HubSpeed speed = HubSpeed::SuperSpeed;
@@ -25,8 +24,8 @@ public:
     };
     enum class Attach { Done, Taken, Failed };
 
-    /// The turn of a program to choose ports and take them: a lock on the kernel's file `attach`,
-    /// from come() until the end of the object. To be used by one thread.
+    /// A program's turn to choose and take ports: a lock on the kernel's file `attach`, from come()
+    /// until the object is destroyed. For one thread.
     class Turn
     {
     public:
@@ -35,8 +34,8 @@ public:
         Turn& operator=(const Turn&) = delete;
         ~Turn();
 
-        /// False while it is somebody else's turn, another one's of this process included. True as
-        /// well when the file cannot be opened; list() says why.
+        /// False while somebody else has the turn, even in this process. Also true if the file
+        /// cannot be opened; list() says why.
         bool come() const;
 
     private:
@@ -49,22 +48,20 @@ public:
     VhciPorts& operator=(const VhciPorts&) = delete;
     virtual ~VhciPorts() = default;
 
-    /// Every port there is, in the order of the numbers. Empty and a sentence in `error` when the
-    /// module is not there or cannot be used.
+    /// All ports, ordered by number. Empty and a sentence in `error` if the module is missing or
+    /// unusable.
     std::vector<Port> list(std::string& error) const;
 
-    /// Puts the device at the other end of `socket` into a port; the kernel takes a reference of
-    /// its own. Taken: another program was faster.
+    /// Attaches the device at the other end of `socket` to a port; the kernel takes its own
+    /// reference. Taken: another program was faster.
     virtual Attach attach(const Port& port, int socket, std::uint32_t device,
                           std::string& error) const;
 
-    /// The name that the kernel gives a device in that port, as in "3-1"; empty when the port has
-    /// no bus.
+    /// The kernel's name for a device in that port, for example "3-1"; empty if the port has no
+    /// bus.
     std::string busId(const Port& port) const;
-    bool occupied(const Port& port) const; ///< whether the kernel has a device there, still or
-                                           ///< already
-    bool taken(const Port& port) const;    ///< whether it is no longer free; false when it is gone
-                                           ///< altogether
+    bool occupied(const Port& port) const; ///< whether the kernel has a device there
+    bool taken(const Port& port) const;    ///< whether the port exists and is not free
 
 private:
     std::filesystem::path attachFile() const;

@@ -9,7 +9,7 @@
 namespace vornadel
 {
 
-/// One half of a hub for the time of one stay on the bus: what is needed to put it there.
+/// One half of a hub during one session on the bus: everything needed to attach it.
 struct VirtualDevice {
     unsigned hub = 1; ///< which hub, counted from 1
     HubSpeed half = HubSpeed::SuperSpeed;
@@ -17,18 +17,17 @@ struct VirtualDevice {
     std::uint16_t productId = 0;
     std::uint16_t otherProductId = 0; ///< of the half at the other speed
 
-    /// Performs a vendor request as SimulatedHub::control() does, and answers with its statuses.
-    /// Called on the thread that serves the device; may block for as long as the hub takes.
+    /// Performs a vendor request like SimulatedHub::control(), with the same statuses. Called on
+    /// the thread that serves the device; may block for as long as the hub takes.
     std::function<std::uint32_t(ControlRequest&)> vendorRequest;
-    /// Whether the stay still lasts. Any thread.
+    /// Whether the session still lasts. Any thread.
     std::function<bool()> present;
 };
 
-/// How USB/IP and the kernel number the speeds.
+/// The number that USB/IP and the kernel use for a speed.
 inline std::uint32_t speedNumber(HubSpeed half) { return half == HubSpeed::SuperSpeed ? 5 : 3; }
 
-/// The number that USB/IP calls a device by on its connection: bus in the upper half, device in the
-/// lower.
+/// The number of a device on its USB/IP connection: bus in the upper half, device in the lower.
 inline std::uint32_t deviceNumber(const VirtualDevice& device)
 {
     return ((device.half == HubSpeed::SuperSpeed ? 2U : 1U) << 16) | device.hub;

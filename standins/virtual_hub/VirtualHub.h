@@ -15,24 +15,24 @@
 namespace vornadel
 {
 
-/// A simulated hub whose halves follow it onto the bus of a host and off it: at every restart, plug
-/// and unplug. A thread of its own does the following. The hub and the host outlive it, and the hub
-/// has no other listener.
+/// Keeps a host's bus in step with a simulated hub: at every restart, plug and unplug it attaches
+/// or detaches the halves, on its own thread. The hub and the host must outlive it, and the hub
+/// must have no other listener.
 class VirtualHub
 {
 public:
-    /// `complain` is told, on that thread, why a half that came back could not be put onto the bus.
+    /// `complain` is called on that thread if a half that came back could not be attached.
     VirtualHub(unsigned number, std::shared_ptr<SimulatedHub> hub, HubHost& host,
                std::function<void(const std::string&)> complain);
     VirtualHub(const VirtualHub&) = delete;
     VirtualHub& operator=(const VirtualHub&) = delete;
     ~VirtualHub(); ///< takes the halves off the bus
 
-    /// Puts the halves onto the bus, SuperSpeed first, and begins to follow. False and a sentence
-    /// in `error` when that fails, or when another program has the hub's flash. To be called once.
+    /// Attaches the halves, SuperSpeed first, and starts the thread. False and a sentence in
+    /// `error` if that fails, or if another program has the hub's flash. Call it once.
     bool start(std::string& error);
 
-    /// Waits until the bus shows what the hub did up to now. After start().
+    /// Waits until the bus is up to date with the hub. After start().
     void waitUntilShown();
 
     SimulatedHub& hub() { return *m_hub; }
@@ -50,12 +50,12 @@ private:
     const std::shared_ptr<SimulatedHub> m_hub;
     HubHost& m_host;
     const std::function<void(const std::string&)> m_complain;
-    std::array<std::uint64_t, kHubSpeedCount> m_stays{}; // the stay for which a half is on the bus;
-                                                         // 0: it is not
+    // The session for which a half is on the bus; 0: it is not.
+    std::array<std::uint64_t, kHubSpeedCount> m_stays{};
 
     std::mutex m_mutex; // guards what follows
     std::condition_variable m_changed;
-    bool m_behind = false; // the hub has done something that the bus does not show yet
+    bool m_behind = false; // the bus is not up to date with the hub
     bool m_busy = false;
     bool m_ending = false;
     std::thread m_thread;
