@@ -17,8 +17,7 @@ inline constexpr std::uint16_t kUsbIpPort = 3240;
 /// The parsed command line of vornadel-virtual-hub.
 struct VirtualHubCommandLine {
     std::vector<SimulatedHubOptions> hubs;  ///< at least one
-    std::optional<std::uint16_t> servePort; ///< if set: serve there, 0 for any free port; else
-                                            ///< attach
+    std::optional<std::uint16_t> servePort; ///< where to serve, 0 for any free port; unset: attach
 };
 
 /// Exit statuses of vornadel-virtual-hub.

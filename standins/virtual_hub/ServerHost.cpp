@@ -205,8 +205,7 @@ void ServerHost::forget(std::uint64_t client)
 
 void ServerHost::sweep()
 {
-    std::vector<std::shared_ptr<DeviceLink>> done; // destroyed, and their threads joined, without
-                                                   // the lock
+    std::vector<std::shared_ptr<DeviceLink>> done; // destroyed without the lock
     const std::lock_guard lock(m_mutex);
     for (const std::uint64_t client : m_ended) {
         const auto link = m_links.find(client);

@@ -35,8 +35,7 @@ private:
     using Half = std::pair<unsigned, HubSpeed>;
     struct Seat {
         VhciPorts::Port port;
-        std::shared_ptr<DeviceLink> link; // null: the half is off the bus and its port is
-                                          // remembered
+        std::shared_ptr<DeviceLink> link; // null: off the bus, port remembered
     };
 
     const VhciPorts::Port* choosePort(const Half& half, const std::vector<VhciPorts::Port>& ports,

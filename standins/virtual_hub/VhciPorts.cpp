@@ -20,8 +20,7 @@ namespace vornadel
 namespace
 {
 
-constexpr const char* kFirstController = "vhci_hcd.0"; // its folder has the files of all
-                                                       // controllers
+constexpr const char* kFirstController = "vhci_hcd.0"; // its folder has all the files
 
 /// The file that lists the ports of one controller.
 std::string statusFile(unsigned controller)
