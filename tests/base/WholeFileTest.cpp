@@ -207,13 +207,23 @@ TEST_F(WholeFile, TakesTheLongestNameThereIs)
     expectRefused(path(std::string(256, 'n')), "File name too long");
 }
 
-TEST_F(WholeFile, GoesRoundWhatAnEarlierRunLeftBehind)
+TEST_F(WholeFile, GoesRoundUpTo99FilesThatEarlierRunsLeftBehind)
 {
-    const std::string left = ".vornadel-" + std::to_string(::getpid()) + "-0";
-    make(left, "half a file");
-    expectSaved(path("new.bin"), "content");
-    EXPECT_EQ(contentOf(path(left)), "half a file");
-    EXPECT_THAT(names(), UnorderedElementsAre(left, "new.bin"));
+    const auto left = [](int number) {
+        return ".vornadel-" + std::to_string(::getpid()) + '-' + std::to_string(number);
+    };
+    for (int number = 1; number < 100; ++number) {
+        make(left(number), "half a file");
+    }
+    expectSaved(path("new.bin"), "with the first name");
+    make(left(0), "half a file");
+    expectRefused(path("new.bin"), "File exists");
+    ASSERT_TRUE(fs::remove(path(left(99))));
+    expectSaved(path("new.bin"), "with the last name");
+    for (int number = 0; number < 99; ++number) {
+        EXPECT_EQ(contentOf(path(left(number))), "half a file");
+    }
+    EXPECT_EQ(names().size(), 100U);
 }
 
 TEST_F(WholeFile, RefusesWhatIsNoRegularFile)

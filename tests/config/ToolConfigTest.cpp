@@ -260,7 +260,7 @@ TEST_F(Configuration, SaysInOneLineWhichLineIsWrong)
 TEST_F(Configuration, TakesAFileOfExactlyTheLargestSize)
 {
     std::string content = "[DumpTool Config]\nAppTitle = x\n";
-    content.resize(kLargestConfigFile, '\n');
+    content.resize(65536, '\n');
     EXPECT_EQ(read(content).appTitle, "x");
     const ToolConfig tooLarge = read(content + '\n');
     expectDefaults(tooLarge);

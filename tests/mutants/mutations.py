@@ -240,6 +240,8 @@ class _Source:
         others = []
         if token.text == "0" and self.tokens[index - 1].text == "=" and self.tokens[index - 2].text in (")", "const"):
             return  # a pure virtual function
+        if token.kind == "number" and self.tokens[index - 1].text in COMPARISONS:
+            return  # the boundary's mutant is the same
         if token.kind == "number":
             around = "".join(near.text for near in self.tokens[max(0, index - 4) : index + 5])
             others = _number(token.text, zlib.crc32(around.encode()) & 1)
