@@ -63,7 +63,8 @@ TEST(Mask2Bits, LeavesBothAtMinusOneForTheEmptyMask)
 TEST(Mask2BitsDeathTest, StopsTheProgramWithoutAPlaceForTheResult)
 {
     std::uint8_t place = 0;
-    const auto aborted = testing::KilledBySignal(SIGABRT); // writing to null would be another one
+    const auto aborted = testing::KilledBySignal(SIGABRT); // writing through null would raise
+                                                           // another signal
     const std::string failed = "^Assertion failed: \\(";
     const std::string where = "\\), function GF_Mask2Bits, file GenFun, line 98\\.\n";
     EXPECT_EXIT(GF_Mask2Bits(0x30, nullptr, &place), aborted, failed + "high" + where);
@@ -112,7 +113,7 @@ TEST(SetMaskValue, KeepsTheOtherBits)
 
 TEST(SetMaskValue, LeavesTheByteUnderTheEmptyMask) { EXPECT_EQ(set(0x5A, 0, 0xFF), 0x5A); }
 
-// Bit by bit, from what a field is rather than from how it is computed.
+// Bit by bit, from the definition of a field instead of the way it is computed.
 std::uint8_t fieldWritten(unsigned byte, unsigned mask, unsigned value)
 {
     unsigned result = 0;

@@ -1,5 +1,5 @@
-// In which order a save calls the system, and who could read the file meanwhile. The linker hands
-// the calls below to this file first.
+// The order of a save's system calls, and who could read the file meanwhile. The linker redirects
+// the calls below to this file.
 
 #include "base/WholeFile.h"
 

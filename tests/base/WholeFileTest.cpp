@@ -28,7 +28,7 @@ using testing::UnorderedElementsAre;
 
 constexpr uid_t kNobody = 65534;
 
-/// An empty folder of a test's own.
+/// An empty temporary folder.
 class WholeFile : public testing::Test
 {
 public:
@@ -95,7 +95,7 @@ protected:
         EXPECT_EQ(contentOf(file), content);
     }
 
-    /// For another thread may save the same file right afterwards.
+    /// Another thread may save the same file right afterwards.
     static void expectSavedQuietly(const std::string& file, const std::string& content)
     {
         std::string problem;
@@ -196,7 +196,8 @@ TEST_F(WholeFile, DoesNotFollowLinksWithoutEnd)
         fs::create_symlink("link" + std::to_string(i + 1), path("link" + std::to_string(i)));
     }
     expectRefused(path("link0"),
-                  "Too many levels of symbolic links"); // to nothing, so not even the system minds
+                  "Too many levels of symbolic links"); // a dangling link, which the system itself
+                                                        // does not reject
     expectSaved(path("link1"), "new");
     EXPECT_EQ(contentOf(path("link40")), "new");
 }
@@ -229,7 +230,7 @@ TEST_F(WholeFile, GoesRoundUpTo99FilesThatEarlierRunsLeftBehind)
 TEST_F(WholeFile, RefusesWhatIsNoRegularFile)
 {
     fs::create_directory(path("folder"));
-    ASSERT_EQ(::mkfifo(path("pipe").c_str(), 0600), 0); // opened for writing, it would block
+    ASSERT_EQ(::mkfifo(path("pipe").c_str(), 0600), 0); // opening it for writing would block
     fs::create_symlink("/dev/full", path("link to a device"));
     fs::create_symlink("folder", path("link to a folder"));
     expectRefused(path("folder"), "it is a folder");
@@ -312,8 +313,7 @@ TEST_F(WholeFile, ReplacesAForeignFileThatMayBeWrittenWithoutItsSetIdBits)
     const std::string file = make("old.bin", "old");
     ASSERT_EQ(::chmod(file.c_str(), 04777), 0);
     ASSERT_EQ(::chmod(m_folder.c_str(), 0777), 0);
-    const bool foreign = ::geteuid() == 0; // without root there is no second user, and the bits
-                                           // stay
+    const bool foreign = ::geteuid() == 0; // only root can give the file to another user
     {
         const WithoutPrivilege ordinary;
         expectSaved(file, "new");

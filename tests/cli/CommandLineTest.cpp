@@ -153,7 +153,7 @@ TEST(CommandLine, ExplainsWhatItDoesNotUnderstand)
 {
     const struct {
         Words words;
-        std::string named; // in the explanation
+        std::string named; // in the error message
     } rows[] = {
         {{}, "subcommand"},
         {{"flash", "new.bin"}, "subcommand"},

@@ -17,7 +17,7 @@ namespace vornadel::test
 namespace
 {
 
-/// A clock that only tells when it was interrupted.
+/// A clock that only records when it was interrupted.
 class TellingClock final : public Clock
 {
 public:
@@ -63,7 +63,7 @@ TEST_P(EndingSignal, InterruptsAFailedCommandAndLeavesASuccessOne)
     TellingClock clock;
     const Interruption interruption(clock);
     EXPECT_EQ(interruption.statusAfter(kExitFailure), kExitFailure);
-    ASSERT_TRUE(isBlocked()); // or it would end this program
+    ASSERT_TRUE(isBlocked()); // otherwise it would end this program
     ASSERT_EQ(::kill(::getpid(), GetParam()), 0);
     clock.waitForInterruption();
     EXPECT_EQ(interruption.statusAfter(kExitFailure), kExitInterrupted);

@@ -33,7 +33,7 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts)
     return pointers;
 }
 
-/// The program as it was built, unless another one is to be tried out.
+/// The program that was built, unless the environment names another one.
 const char* program()
 {
     const char* const other = std::getenv("VORNADELCTL");
@@ -73,7 +73,7 @@ Program::Program(std::vector<std::string> arguments, std::vector<std::string> en
         sigaddset(&atDefault, each);
     }
     for (const int each : ignored) {
-        before[each] = std::signal(each, SIG_IGN); // what is ignored stays so across exec
+        before[each] = std::signal(each, SIG_IGN); // ignored signals stay ignored across exec
         sigdelset(&atDefault, each);
     }
     posix_spawnattr_t attributes;

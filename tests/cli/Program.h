@@ -10,27 +10,27 @@
 namespace vornadel::test
 {
 
-/// A run of the real vornadelctl as a child process. One that is still running at the end of the
-/// test is killed.
+/// A run of the real vornadelctl as a child process. It is killed if it still runs at the end of
+/// the test.
 class Program
 {
 public:
-    /// `environment` is added to the test's own. The signals in `ignored` are ignored, as under
-    /// nohup(1); those that end a program are not, even when the test itself ignores them as a
-    /// background job of a script does.
+    /// `environment` is added to the test's own. The child ignores the signals in `ignored`, as
+    /// under nohup(1), and no other ending signal, even if the test inherited them as ignored, as a
+    /// script's background job does.
     explicit Program(std::vector<std::string> arguments, std::vector<std::string> environment = {},
                      std::initializer_list<int> ignored = {});
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
     ~Program();
 
-    /// Reads standard output until `text` has come; false when the program ended, or fell silent
-    /// for 20 s, before.
+    /// Reads standard output until `text` appears; false if the program ends first, or prints
+    /// nothing for 20 s.
     bool waitFor(std::string_view text);
     void send(int signal) const;
-    /// Nobody reads standard output from now on.
+    /// Closes the reading end of standard output.
     void stopReading();
-    /// Reads what is left and returns the exit status; 128 plus the signal when one killed it.
+    /// Reads the rest and returns the exit status, or 128 plus the signal that killed the program.
     int finish();
 
     const std::string& out() const { return m_out; }

@@ -1,4 +1,4 @@
-// The program as scripts meet it. Real time passes here, so these are few.
+// The program as scripts use it. These tests take real time, so there are few.
 
 #include "tests/cli/Program.h"
 #include "cli/CommandLine.h"
@@ -23,7 +23,7 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 
-/// A folder with a new image, and a hub whose flash is kept beside it.
+/// A folder with a new image, and the flash file of a hub beside it.
 class ProgramTest : public testing::Test
 {
 protected:
@@ -126,7 +126,7 @@ TEST_F(ProgramTest, EndsThePausesOfARestartWhenTerminated)
 {
     Program terminated({hub("mode=rom,latency=none,fault=never@1"), "update", m_image});
     ASSERT_TRUE(terminated.waitFor("Reset to Flash Code...\n"));
-    terminated.send(SIGTERM); // twenty pauses of two seconds lie ahead
+    terminated.send(SIGTERM); // before twenty pauses of two seconds
     EXPECT_EQ(terminated.finish(), kExitInterrupted);
     EXPECT_EQ(terminated.err(), "Fail to Reset to Flash Code\nUpdate FW Fail\nInterrupted\n");
 

@@ -17,7 +17,7 @@
 namespace vornadel::test
 {
 
-/// A hub in memory on virtual time, with a folder for files and what a command printed.
+/// A hub in memory on virtual time, a folder for files, and the output of a command.
 class Session
 {
 public:
@@ -72,7 +72,7 @@ public:
 
     SimulatedHub& hub() { return bus->hub(); }
 
-    bool interruptBeforeCommands = false; ///< as a signal does
+    bool interruptBeforeCommands = false; ///< as by a signal
     TemporaryFolder folder;
     VirtualClock clock;
     std::unique_ptr<SimulatedBus> bus;

@@ -12,7 +12,7 @@
 namespace vornadel::test
 {
 
-/// An empty folder of a test's own; gone with everything in it when the test ends.
+/// An empty temporary folder; removed with its content at the end of the test.
 class TemporaryFolder
 {
 public:

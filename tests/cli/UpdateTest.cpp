@@ -191,7 +191,7 @@ TEST(Update, ExitsWithZeroOnlyWhenTheFlashHoldsTheImage)
             EXPECT_FALSE(Hub_IsOpen());
         }
     }
-    EXPECT_GT(succeeded, 0); // a stalled open-time request does no harm
+    EXPECT_GT(succeeded, 0); // a stalled open-time request is harmless
     EXPECT_GT(failed, 0);
 }
 

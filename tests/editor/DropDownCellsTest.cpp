@@ -25,7 +25,7 @@ bool waitFor(const std::function<bool()>& condition)
     return condition();
 }
 
-/// A table on show with five rows: the third is locked by the fourth, the fifth is a constant.
+/// A visible table with five rows: the fourth locks the third, the fifth is a constant.
 class DropDown : public PropertyPage
 {
 protected:
@@ -104,7 +104,7 @@ TEST_F(DropDown, AppliesTheEntryThatIsClicked)
 
 TEST_F(DropDown, AppliesTheEntryThatWasChosenBefore)
 {
-    byte(20) = 0x02; // the image is not what the cell says
+    byte(20) = 0x02; // the image differs from the cell
     click(0);
     pick(0);
     EXPECT_EQ(byte(20), 0x00);
@@ -220,7 +220,8 @@ TEST_F(DropDown, LooksLikeOneAtRest)
             ->grab(m_table.visualRect(m_table.model()->index(row, column)))
             .toImage();
     };
-    // Its right end, where the arrow is: the same in every value cell, and not in a name.
+    // The right end with the arrow looks the same in every value cell, and differs from a name
+    // cell.
     const auto arrow = [](const QImage& image) {
         return image.copy(image.width() - 20, 0, 20, image.height());
     };

@@ -20,8 +20,7 @@
 namespace vornadel::test
 {
 
-/// The views of a flash page without the page: a controller over an image whose block lies at
-/// 0x100.
+/// The views of a flash page without the page: a controller on an image with its block at 0x100.
 class PropertyPage : public testing::Test
 {
 protected:
@@ -91,13 +90,13 @@ protected:
     FwImage m_image;
     QStringList m_log;
     QStringList m_alerts;
-    QStringList m_heard; ///< lines and alerts in the order in which they came
+    QStringList m_heard; ///< lines and alerts in order of arrival
     QComboBox m_icTypes;
     QPlainTextEdit m_description;
     QPlainTextEdit m_hex;
     std::array<QLineEdit, 8> m_fields;
     QTableView m_table;
-    std::unique_ptr<TableViewController> m_controller; // goes before the views
+    std::unique_ptr<TableViewController> m_controller; // destroyed before the views
 };
 
 } // namespace vornadel::test

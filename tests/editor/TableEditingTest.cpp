@@ -1,5 +1,4 @@
-// What an edit of the property table does to the image, to its hex view and to the row that was
-// edited.
+// The effect of an edit in the property table on the image, on the hex view and on the edited row.
 
 #include "tests/editor/PropertyPage.h"
 
@@ -101,7 +100,7 @@ TEST_F(TableEditing, RefusesALockedPropertyUntilItsBitIsSet)
     locked.baseOnAddr = 12;
     locked.baseOnMask = 16;
     add(2, 12, 0x10).propName = "U1 Enable";
-    it().propItemList.pop_back(); // it is on another page
+    it().propItemList.pop_back(); // like a property on another page
     m_log.clear();
     choose(0, 1);
     EXPECT_EQ(m_alerts,

@@ -14,7 +14,7 @@ namespace
 
 constexpr std::uint32_t kNoSize = 0xFFFFFFFF;
 
-// A folder of its own for every test, and an image that a failed load must leave as it is.
+// A temporary folder, and an image that a failed load must not change.
 class FwImageFile : public ::testing::Test
 {
 public:
@@ -44,7 +44,7 @@ protected:
         return path("image.bin");
     }
 
-    /// A file of that length which takes no room on the disk.
+    /// A sparse file of that length.
     std::string sparseFile(std::uintmax_t length) const
     {
         const std::ofstream empty(path("sparse.bin"));
@@ -136,8 +136,8 @@ TEST_F(FwImageFile, FollowsALink)
     EXPECT_TRUE(FwImage_LoadFile(m_image, path("link")));
 }
 
-// A file of the system that gives less than the 4096 bytes it claims, as one does that shrinks
-// while it is read.
+// A system file that delivers less than the 4096 bytes it claims, like a file that shrinks while it
+// is read.
 TEST_F(FwImageFile, KeepsTheImageWhenTheFileEndsEarly)
 {
     const std::string shortFile = "/sys/devices/system/cpu/online";
@@ -156,7 +156,7 @@ TEST_F(FwImageFile, KeepsTheImageWhenTheFileIsLongerThanAnImageCanBe)
     expectRefused(endless);
 }
 
-// As root every file is readable, so the load runs as nobody, in a process of its own.
+// Root can read every file, so the load runs as nobody, in a child process.
 TEST_F(FwImageFile, KeepsTheImageWhenTheFileMayNotBeRead)
 {
     const std::string file = fileOf(imageWithBlock(256, 0));
@@ -173,8 +173,8 @@ TEST_F(FwImageFile, KeepsTheImageWhenTheFileMayNotBeRead)
         ::testing::ExitedWithCode(0), "");
 }
 
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // which need the address space
-                                                                    // themselves
+// The sanitizers need the address space themselves.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 TEST_F(FwImageFile, KeepsTheImageWhenTheFileDoesNotFitInMemory)
 {
     const std::string file = sparseFile(0x40000000);

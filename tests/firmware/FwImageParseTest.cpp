@@ -198,7 +198,7 @@ TEST(FwImageRelease, EmptiesAllButTheTexts)
     expectEmpty(image);
 }
 
-// Three texts that show whether they were written.
+// Three texts that show whether they were overwritten.
 struct Texts {
     FwText manufacturer{"old m"};
     FwText product{"old p"};

@@ -31,8 +31,8 @@ inline ByteList descriptorOf(std::string_view text)
     return bytes;
 }
 
-/// Zeros with a descriptor block at `block`: ids, strings "Maker", "Hub" and "42", a counting
-/// Container ID.
+/// Zeros with a descriptor block at `block`: ids, strings "Maker", "Hub" and "42", and a Container
+/// ID of ascending bytes.
 inline ByteList imageWithBlock(std::size_t length, std::size_t block)
 {
     ByteList bytes(length, 0);

@@ -9,7 +9,7 @@
 namespace vornadel::test
 {
 
-/// One request as it stood on the wire, data stage of an OUT request included.
+/// One request as sent on the wire, including the data stage of an OUT request.
 struct WireRequest {
     std::uint8_t bmRequestType;
     std::uint8_t bRequest;
@@ -28,7 +28,7 @@ inline void PrintTo(const WireRequest& request, std::ostream* stream)
             << std::dec << request.out.size();
 }
 
-/// Keeps every request that reaches the hub from now on. The list outlives the hub's last request.
+/// Records every request that reaches the hub from now on. The list must outlive the last request.
 inline void keepRequests(SimulatedHub& hub, std::vector<WireRequest>& wire)
 {
     hub.onRequest = [&wire](const ControlRequest& request) {

@@ -1,5 +1,4 @@
-// What the fuzzer has been given and has found, without the fuzzer: every input of a target's
-// corpus in every preset.
+// Runs every input of a target's corpus without the fuzzer, in every preset.
 
 #include "tests/fuzz/FuzzInput.h"
 
@@ -39,7 +38,8 @@ TEST(CORPUS_NAME, IsWorkedOffWithoutADefect)
     ASSERT_FALSE(files.empty());
     for (const fs::path& file : files) {
         std::printf("%s\n",
-                    file.filename().c_str()); // the last one is it when the process ends here
+                    file.filename().c_str()); // if the process ends here, the last one is the
+                                              // culprit
         std::fflush(stdout);
         std::ifstream stream(file, std::ios::binary);
         const std::string bytes{std::istreambuf_iterator<char>(stream), {}};

@@ -11,14 +11,14 @@
 #include <span>
 #include <string>
 
-/// What every fuzz target defines, and what the fuzzer and the corpus test call: one input, worked
-/// off. An input that shows a defect ends the process. Always 0.
+/// Every fuzz target defines this; the fuzzer and the corpus test call it with one input. An input
+/// that shows a defect ends the process. Always returns 0.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace vornadel::test
 {
 
-/// Ends the process when something that must hold does not; the fuzzer keeps the input then.
+/// Ends the process if a condition does not hold; the fuzzer then keeps the input.
 inline void require(bool holds, const char* what)
 {
     if (!holds) {
@@ -27,7 +27,7 @@ inline void require(bool holds, const char* what)
     }
 }
 
-/// An input taken apart from its front. At its end there are only zeros and empty texts.
+/// Reads an input from its start. Past its end there are only zeros and empty texts.
 class FuzzInput
 {
 public:
@@ -42,7 +42,7 @@ public:
         return static_cast<std::uint16_t>(high << 8 | byte());
     }
 
-    /// One byte with the length, then so many characters, or as many as are left.
+    /// One byte with the length, then that many characters, or as many as are left.
     std::string text()
     {
         const std::span<const std::uint8_t> taken = take(byte());
@@ -62,7 +62,7 @@ private:
     std::span<const std::uint8_t> m_rest;
 };
 
-/// A regular file that no disk has; thousands of inputs a second go through it.
+/// A regular file in memory, fast enough for thousands of inputs a second.
 class MemoryFile
 {
 public:

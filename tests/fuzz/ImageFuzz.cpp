@@ -1,9 +1,8 @@
-// The image loader, what typing into the identity fields does to an image, and the hex view over
-// it.
+// The image loader, edits of the identity fields in an image, and its hex view.
 //
-// An input is, one after the other: two words where the red bytes begin and end; the texts of the
-// three ids and the version, of the three strings and of the Container ID, each behind a byte with
-// its length; the image.
+// An input is, in order: two words with the begin and end of the red bytes; the texts of the three
+// ids and the version, of the three strings and of the Container ID, each after a byte with its
+// length; the image.
 
 #include "base/WholeFile.h"
 #include "editor/HexText.h"
@@ -33,7 +32,7 @@ using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::size_t kBlockSize = 256;
 
-/// A folder to save into, gone at the end of the process.
+/// A folder to save into, removed at the end of the process.
 class SaveFolder
 {
 public:
@@ -67,7 +66,7 @@ std::size_t offsetIn(const FwImage& image, const std::uint8_t* position)
     return static_cast<std::size_t>(position - image.data.get());
 }
 
-/// Where the descriptor block is, looked for from the front; the length of the image when there is
+/// The offset of the descriptor block, searched from the start; the length of the image if there is
 /// none.
 std::size_t blockIn(const Bytes& bytes)
 {
@@ -82,8 +81,8 @@ std::size_t blockIn(const Bytes& bytes)
     return found;
 }
 
-/// The texts of a record that held none before, by the bytes of its image: whole descriptors within
-/// 35 bytes alone.
+/// The expected texts of a record that held none before: only whole descriptors within 35 bytes
+/// count.
 void requireTextsOf(const FwImage& image)
 {
     const std::uint8_t* const area = image.descriptor + 43;
@@ -134,7 +133,7 @@ void requireSavedAsItIs(const FwImage& image)
     require(FwImage_IdText(again.version) == FwImage_IdText(image.version), "and the same version");
 }
 
-/// Nothing but the given bytes of the block has changed, and of byte `flags` nothing but the bits
+/// Checks that only the given bytes of the block have changed, and in byte `flags` only the bits in
 /// `mask`.
 void requireOnlyChanged(const FwImage& image, const Bytes& before, std::size_t begin,
                         std::size_t end, std::size_t flags, std::uint8_t mask)
@@ -213,7 +212,7 @@ void editTexts(FwImage& image, const IdentityTexts& texts, const std::string& co
             "strings read back as typed");
 }
 
-/// What the page does when it saves: everything at once, the version too.
+/// Does what the page does when it saves: writes everything at once, including the version.
 void setIds(FwImage& image, const IdentityTexts& texts)
 {
     Bytes expected = bytesOf(image);

@@ -1,5 +1,5 @@
-// The reading of property definitions, and each property's field read and written in a block. An
-// input is the file.
+// Reads property files, and reads and writes each property's field in a block. An input is the
+// file.
 
 #include "base/GenFun.h"
 #include "props/Pages.h"
@@ -20,7 +20,7 @@ namespace
 
 using Block = std::array<std::uint8_t, 256>;
 
-/// As a field can be written through its item: every position of its list, and a few that are none.
+/// Writes a field through its item: every position of its list, and a few invalid ones.
 void requireReadsBack(const PropItem& item, Block& block)
 {
     std::uint8_t& byte = block.at(item.addr & 0xFF);
@@ -86,7 +86,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(problem.empty() || items.empty(), "a file with a problem gives no items");
     const PlainReading plain(file.path());
     const bool text = std::find(data, data + size, 0) == data + size;
-    const bool mayBeTooLong = size > kMostPropertyLines; // no line has less than a byte
+    const bool mayBeTooLong = size > kMostPropertyLines; // every line has at least one byte
     require(problem.empty() == (text && plain.readable()) || mayBeTooLong,
             "what a plain reading can read is read, and nothing else");
     if (!problem.empty()) {

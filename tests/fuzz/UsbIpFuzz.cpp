@@ -1,8 +1,8 @@
-// What a client may send to the USB/IP server, up to the requests that the simulated hub behind it
+// Messages of a client to the USB/IP server, down to the requests that the simulated hub behind it
 // decodes.
 //
-// An input is a byte of which bit 0 says whether the hub runs its ROM code, a byte with how many
-// bytes arrive at a time less one, and what arrives.
+// An input is a byte whose bit 0 says whether the hub runs its ROM code, a byte with the number of
+// bytes that arrive at a time, minus one, and the bytes themselves.
 
 #include "standins/sim/DemoImage.h"
 #include "standins/sim/SimulatedHub.h"
@@ -30,14 +30,14 @@ constexpr auto kStalled = static_cast<std::uint32_t>(-32);
 constexpr auto kCalledOff = static_cast<std::uint32_t>(-104);
 constexpr auto kGone = static_cast<std::uint32_t>(-108);
 
-/// A hub in memory; its halves are offered as "1-1" and "2-1", and "busy" is somebody else's.
+/// A hub in memory. Its halves are offered as "1-1" and "2-1"; "busy" belongs to another client.
 class OfferedHub : public ExportList
 {
 public:
     explicit OfferedHub(HubCode code)
     {
-        static const std::vector<std::uint8_t> demo = demoImage(); // making it takes longer than
-                                                                   // all the rest
+        // Made once, because that takes longer than all the rest.
+        static const std::vector<std::uint8_t> demo = demoImage();
         SimulatedHubOptions options;
         options.initialFlash = demo;
         options.keepInMemory = true;
@@ -81,7 +81,7 @@ private:
     std::shared_ptr<SimulatedHub> m_hub;
 };
 
-/// One connection, with its own idea of what each message may be answered with.
+/// One connection, with an independent check of each answer.
 class Connection
 {
 public:
@@ -118,7 +118,7 @@ public:
 private:
     bool step()
     {
-        // A copy of its own, so that a look past its end is seen.
+        // A separate copy, so that reads past its end are detected.
         const ByteBuffer in = m_in;
         const std::size_t before = m_out.size();
         std::size_t taken = in.size() + 1;
@@ -160,7 +160,7 @@ private:
         m_imported = big32(reply, 4) == 0;
         require(reply.size() == (m_imported ? 8 + kRecord : 8), "with the device, or without");
         require(m_ended == !m_imported, "and transfers follow when there is one");
-        if (m_imported) { // bus and device number, behind path and bus id
+        if (m_imported) { // bus and device number, after path and bus id
             m_device = big32(reply, 8 + 288) << 16 | big32(reply, 8 + 292);
         }
     }

@@ -21,8 +21,7 @@ inline const SeenRequest kModeZero{{0x40, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00, 0x
 inline const SeenRequest kRestartIntoFlash{{0x40, 0xE9, 0x01, 0x01, 0x00, 0x00, 0x00, 0x00}};
 inline const SeenRequest kEraseFlash{{0x40, 0xE8, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00}};
 
-/// A hub whose answers are laid out beforehand: its status block, and the statuses of its next
-/// answers by request.
+/// A hub with prepared answers: its status block, and the statuses of its next answers by request.
 class HubCommands : public HubTest
 {
 protected:
@@ -35,7 +34,7 @@ protected:
     void runRomCode() { m_status[15] = 0xFD; }
     void runFlashCode() { m_status[15] = 0x02; }
 
-    /// The open hub has left the bus for all who search, and is back before the `attempt`-th open.
+    /// Searches no longer find the open hub; it is back before the `attempt`-th open.
     void comesBackAt(int attempt)
     {
         m_bus.attached.clear();
@@ -46,8 +45,7 @@ protected:
         };
     }
 
-    /// The statuses of the next answers to request 0x09, to restarts and erases; 0 when they run
-    /// out.
+    /// The statuses of the next answers to request 0x09, to restarts and erases; 0 after the last.
     std::deque<std::uint32_t> m_readResults;
     std::deque<std::uint32_t> m_commandResults;
     std::array<std::uint8_t, 32> m_status{};

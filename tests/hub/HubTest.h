@@ -25,7 +25,7 @@ inline constexpr std::uint16_t kHighSpeed = 0x2200;
 inline const SeenRequest kOpenTime{
     {0x40, 0x02, 0x01, 0x00, HUB_MAKER_VID & 0xFF, HUB_MAKER_VID >> 8 & 0xFF, 0x00, 0x00}};
 
-/// One supported hub on a scripted bus, and a clock on which nobody waits.
+/// One supported hub on a scripted bus, and a virtual clock.
 class HubTest : public ::testing::Test
 {
 public:
@@ -47,7 +47,7 @@ protected:
         Hub_UsePlatform(m_bus, m_clock);
     }
 
-    /// Opens the hub and forgets how that looked on the bus.
+    /// Opens the hub and clears the record of the bus.
     void open()
     {
         ASSERT_TRUE(Hub_OpenDevice());

@@ -1,13 +1,13 @@
-// A plug-in that Qt loads into the window program when QT_QPA_GENERIC_PLUGINS names it: says on
-// standard output what the window shows, and does what standard input asks for. The program itself
-// is the one that people run.
+// A plug-in that Qt loads into the window program if QT_QPA_GENERIC_PLUGINS names it. It prints
+// what the window shows to standard output, and executes commands from standard input. The program
+// itself is the real one.
 //
-// It says, each time something has changed, with "|" where a line ends in the window:
+// It prints each change, with "|" for a line end in the window:
 //   hub: TEXT       the line about the hub, with its colour before it
-//   flow: TEXT      what the flow has said since it began, with its colour before it
+//   flow: TEXT      the progress text of the flow so far, with its colour before it
 //   buttons: on     or off: an operation can be started
 //   dialog: NAME    class of the dialog that is open, or "none"
-// It takes, one on a line:
+// Commands, one per line:
 //   press NAME      presses a button, named like its member in WindowControls
 //   choose PATH     answers the file dialog that is open
 //   confirm         presses the button of the alert that is open
@@ -85,7 +85,7 @@ void answer(const QString& line)
 void press(const QString& name)
 {
     if (auto* const button = control<QPushButton>(name)) {
-        button->click(); // returns only after a dialog that it opens
+        button->click(); // returns only after the dialog that it opens has closed
     }
 }
 
@@ -126,7 +126,7 @@ constexpr std::array<Command, 5> kCommands = {{
     {"close", closeWindow},
 }};
 
-/// Looks at the window and listens to standard input, on the main thread.
+/// Watches the window and standard input, on the main thread.
 class WindowRemote final : public QObject
 {
 public:
@@ -170,8 +170,7 @@ private:
         for (qsizetype end = m_line.indexOf('\n'); end >= 0; end = m_line.indexOf('\n')) {
             const QString line = QString::fromUtf8(m_line.left(end));
             m_line.remove(0, end + 1);
-            // Queued, because a dialog's loop must not run within a notifier that is to go on
-            // meanwhile.
+            // Queued, because a dialog's event loop inside the notifier would block it.
             QMetaObject::invokeMethod(
                 this, [line] { obey(line); }, Qt::QueuedConnection);
         }

@@ -5,8 +5,8 @@
 namespace vornadel::test
 {
 
-/// How Qt finds the remote of the window program: QT_QPA_GENERIC_PLUGINS=windowremote, and
-/// QT_PLUGIN_PATH with the folder above `generic`. What it says and takes is in WindowRemote.cpp.
+/// Qt finds the remote control of the window program with QT_QPA_GENERIC_PLUGINS=windowremote and
+/// QT_PLUGIN_PATH set to the folder above `generic`. WindowRemote.cpp describes its protocol.
 class WindowRemotePlugin final : public QGenericPlugin
 {
     Q_OBJECT

@@ -16,7 +16,7 @@ constexpr std::uint8_t kRead = 0x21;
 constexpr std::uint8_t kWrite = 0x22;
 constexpr std::uint8_t kStall = 0x23;
 
-/// libusb before a simulated device that answers a read with a pattern and keeps what is written.
+/// libusb with a simulated device that answers reads with a pattern and stores writes.
 class LibusbUnderTest final : public BusUnderTest
 {
 public:

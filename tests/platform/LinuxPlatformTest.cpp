@@ -12,7 +12,7 @@ namespace
 
 TEST(LinuxPlatform, BundlesTheRealMachine)
 {
-    UsbTestbed testbed; // but for the bus
+    UsbTestbed testbed; // only the bus is simulated
     testbed.plug("1-1", 0x1209, 0x5AB3);
     LinuxPlatform machine;
     const Platform platform = machine.platform();

@@ -24,7 +24,7 @@ void complete(UMockdevIoctlClient* client, long result, int error)
     umockdev_ioctl_client_complete(client, result, error);
 }
 
-/// The node looks readable all the time, so the host would spin on an immediate answer.
+/// The node always looks readable, so an immediate answer would make the host spin.
 void completeLater(UMockdevIoctlClient* client, int error)
 {
     using Waiting = std::pair<UMockdevIoctlClient*, int>;
@@ -47,7 +47,7 @@ void completeLater(UMockdevIoctlClient* client, int error)
     g_source_unref(source);
 }
 
-/// A record of the host's memory. Written back with complete().
+/// A copy of a record in the host's memory. complete() writes it back.
 template <typename Record>
 class HostRecord
 {
@@ -163,7 +163,7 @@ void SimulatedNode::onConnected(UMockdevIoctlBase* /*base*/, UMockdevIoctlClient
     auto* node = static_cast<SimulatedNode*>(self);
     const std::lock_guard lock(node->m_mutex);
     node->m_transfers[G_OBJECT(client)];
-    g_object_weak_ref(G_OBJECT(client), onClosed, node); // the only news of a close
+    g_object_weak_ref(G_OBJECT(client), onClosed, node); // the only notification of a close
 }
 
 void SimulatedNode::onClosed(gpointer self, GObject* client)
@@ -234,7 +234,7 @@ void SimulatedNode::answerConnectInfo(UMockdevIoctlClient* client)
     complete(client, 0, 0);
 }
 
-/// libusb asks in this way for the active configuration when it is handed an open node, and for
+/// libusb asks this way for the active configuration of a node that it did not open itself, and for
 /// nothing else.
 void SimulatedNode::answerControl(UMockdevIoctlClient* client)
 {
@@ -300,7 +300,7 @@ void SimulatedNode::reap(UMockdevIoctlClient* client)
     const auto transfer = std::ranges::find_if(transfers, &Transfer::done);
     if (transfer == transfers.end()) {
         if (!m_gone && std::exchange(m_justReaped, false)) {
-            complete(client, -1, EAGAIN); // the look that always follows a reaped URB need not wait
+            complete(client, -1, EAGAIN); // the check that follows each reaped URB need not wait
         } else {
             completeLater(client, m_gone ? ENODEV : EAGAIN);
         }

@@ -26,20 +26,19 @@ struct WireRequest {
     bool operator==(const WireRequest&) const = default;
 };
 
-/// What the device does with a request.
+/// The device's response to a request.
 struct WireAnswer {
     int error = 0; ///< 0, or a negative errno as the kernel reports it; -EPIPE is a stall
     std::vector<std::uint8_t> in{}; ///< data stage to the host; what exceeds wLength is cut
-    std::uint16_t refused = 0; ///< bytes at the end of the data stage from the host that are not
-                               ///< taken
-    bool never = false;        ///< no answer at all
+    std::uint16_t refused = 0;      ///< bytes at the end of an OUT data stage that are not accepted
+    bool never = false;             ///< no answer at all
 };
 
 /// Runs on the testbed's thread and must not block.
 using WireHandler = std::function<WireAnswer(const WireRequest&)>;
 
-/// One enumeration of a device behind its node: what usbfs does with the ioctls of libusb.
-/// The node must outlive every open file on it.
+/// One enumeration of a device and its node: handles libusb's ioctls like usbfs. The node must
+/// outlive every open file on it.
 class SimulatedNode
 {
 public:
@@ -50,20 +49,19 @@ public:
 
     UMockdevIoctlBase* base() const { return m_base; }
 
-    /// The device leaves the bus: what is in flight ends, later ioctls fail with ENODEV.
+    /// The device leaves the bus: transfers in flight end, later ioctls fail with ENODEV.
     void vanish();
 
     std::vector<WireRequest> requests();
 
-    /// Waits until the device has seen that many requests; false when twenty seconds were not
-    /// enough.
+    /// Waits up to twenty seconds until the device has seen that many requests; false on time-out.
     bool waitForRequests(std::size_t count);
 
-    /// ioctls of any kind so far. Listing makes none, opening does.
+    /// The number of ioctls so far. Listing makes none, opening does.
     std::size_t ioctlCount();
 
-    /// The ioctls that went beyond what a vendor request to the device needs, such as claiming an
-    /// interface or detaching a driver. They all fail.
+    /// The ioctls that no vendor request to the device needs, such as claiming an interface or
+    /// detaching a driver. They all fail.
     std::vector<unsigned long> refusedIoctls();
 
 private:

@@ -46,8 +46,7 @@ TEST(StdClock, RunsTasksInTheOrderOfTheirMoments)
     StdClock clock;
     std::promise<void> allOrdered;
     clock.after(hours(-9), [&] { allOrdered.get_future().wait(); });
-    std::vector<int> order; // of moments hours apart, so that no pause of this thread can mix them
-                            // up
+    std::vector<int> order; // the times are hours apart, so delays of this thread cannot mix them
     std::promise<void> done;
     clock.after(milliseconds(0), [&] {
         order.push_back(4);
@@ -105,7 +104,7 @@ TEST(StdClock, WaitsAtItsEndForARunningTask)
         StdClock clock;
         clock.after(milliseconds(0), [&] {
             entered.set_value();
-            for (int i = 0; i < 10000; ++i) { // long enough for an end that does not wait
+            for (int i = 0; i < 10000; ++i) { // long enough to notice an end that does not wait
                 std::this_thread::yield();
             }
             ended = true;

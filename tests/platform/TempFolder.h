@@ -9,7 +9,7 @@
 namespace vornadel::test
 {
 
-/// A folder of the test's own, gone with it.
+/// A temporary folder, removed with the object.
 class TempFolder
 {
 public:

@@ -1,5 +1,5 @@
-// A loose plug before the real USB library: the hub leaves and comes a hundred times while updates
-// run and the window's looks at the hub go on beside them.
+// A loose plug with the real USB library: the hub leaves and returns a hundred times while updates
+// run and the window's detection runs beside them.
 
 #include "flows/FirmwareUpdate.h"
 #include "hub/HubDetection.h"
@@ -28,7 +28,7 @@ namespace
 constexpr int kCycles = 100;
 using Kind = RecordingReporter::Kind;
 
-/// A hub that runs its ROM code for ever: it takes an update without leaving the bus by itself.
+/// A hub that always runs its ROM code, so an update does not make it leave the bus.
 class RomHub
 {
 public:
@@ -92,7 +92,7 @@ protected:
                        [this](const WireRequest& request) { return m_hub.answer(request); });
     }
 
-    /// An update; says the truth however it ends.
+    /// Runs an update and checks that its result is true.
     bool update()
     {
         RecordingReporter reporter;
@@ -122,8 +122,8 @@ TEST_P(UsbStorm, LeavesUpdatesAndDetectionsTruthful)
     const auto begun = std::chrono::steady_clock::now();
     std::thread storm([&] {
         for (int cycle = 0; cycle < kCycles; ++cycle) {
-            for (const unsigned seen = m_hub.requests(); m_hub.requests() == seen;) { // an update
-                                                                                      // goes on
+            // Until an update goes on.
+            for (const unsigned seen = m_hub.requests(); m_hub.requests() == seen;) {
                 std::this_thread::yield();
             }
             m_testbed.unplug("1-1");

@@ -114,8 +114,8 @@ SimulatedNode& UsbTestbed::plug(const std::string& port, std::uint16_t vendorId,
         "H: descriptors=" + hex + "\n";
     const Plugged plugged{&node, "/dev/" + name, "/sys/devices/usb1/" + port};
     GError* error = nullptr;
-    // The description sends the "add" event itself, and the host may open at once: the node's
-    // handler goes first.
+    // Adding the description sends the "add" event, and the host may open at once. So the node's
+    // handler comes first.
     check(umockdev_testbed_attach_ioctl(m_testbed, plugged.nodePath.c_str(), node.base(), &error) !=
               0,
           error);

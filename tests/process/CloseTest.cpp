@@ -1,5 +1,5 @@
-// Closing the window in any phase of an update, of a flash read or erase, or with a dialog before
-// it: the process goes, quickly and cleanly, and the next update succeeds.
+// Closing the window in any phase of an update, of a flash read or erase, or with a dialog open:
+// the process ends cleanly, and the next update succeeds.
 
 #include "flows/FirmwareUpdate.h"
 #include "tests/support/RecordingReporter.h"
@@ -29,7 +29,7 @@ public:
     {
         std::string pattern = (fs::temp_directory_path() / "close-XXXXXX").string();
         folder = mkdtemp(pattern.data());
-        // The probe is its own copy outside any bundle: its config.ini lies beside it.
+        // A copy of the probe outside any bundle, so its config.ini lies beside it.
         fs::copy_file(CLOSE_PROBE, folder / "probe");
         std::ofstream(folder / "config.ini")
             << "[Support Vid Pid]\nVID_00 = 0x1209\nSSPID_00 = 1\nHSPID_00 = 2\n";
@@ -40,8 +40,8 @@ public:
     ~ClosingTheWindow() override { fs::remove_all(folder); }
 
 protected:
-    /// Runs the probe; its exit status, 124 when it does not end, or 128 and the signal that ended
-    /// it.
+    /// Runs the probe and returns its exit status, 124 if it does not end, or 128 plus the signal
+    /// that ended it.
     int closeAt(const std::string& kind, unsigned number)
     {
         const std::string command = "QT_QPA_PLATFORM=offscreen timeout 60 " +

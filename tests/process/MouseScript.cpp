@@ -20,11 +20,10 @@ namespace
 {
 
 constexpr int kPollMilliseconds = 20;
-constexpr int kPatienceMilliseconds = 30000; ///< for one step, on a machine that is busy with other
-                                             ///< things
+constexpr int kPatienceMilliseconds = 30000; ///< for one step, even on a busy machine
 constexpr int kPollsBeforeTypingAgain = 5000 / kPollMilliseconds;
 
-/// The dialog that has the keyboard; a completer's list may be the active window for a moment.
+/// The dialog with the keyboard focus; a completer's list may be the active window for a moment.
 QFileDialog* openDialog()
 {
     for (QWidget* widget : QApplication::topLevelWidgets()) {
@@ -65,8 +64,8 @@ void MouseScript::answerFileDialog(const QString& path)
     when(
         "the file dialog", [] { return openDialog() != nullptr; },
         [path] {
-            // Qt's own completer reads the folders on the way and has its list take the keyboard;
-            // with a crowded folder and a busy machine it eats what is typed meanwhile.
+            // Qt's completer reads the folders in the path, and its list takes the keyboard focus.
+            // With a large folder and a busy machine it swallows keys typed meanwhile.
             nameIn(openDialog())->setCompleter(nullptr);
             typeOver(path);
         });
@@ -78,8 +77,8 @@ void MouseScript::answerFileDialog(const QString& path)
                 return false;
             }
             const QString typed = nameIn(dialog)->text();
-            if (typed != path && ++polls % kPollsBeforeTypingAgain == 0) { // as anybody would who
-                                                                           // sees keys lost
+            // Types again if keys were lost, as a user would.
+            if (typed != path && ++polls % kPollsBeforeTypingAgain == 0) {
                 std::fprintf(stderr, "typed again, for the dialog has: %s\n",
                              qUtf8Printable(typed));
                 typeOver(path);
@@ -107,7 +106,7 @@ void MouseScript::chooseEntry(const std::string& name, const std::function<QComb
             if (!open->isValid()) {
                 open->start();
             }
-            // Sooner, the list takes the click for the second half of the one that opened it.
+            // Any sooner, and the list takes it for the second click of a double click.
             return open->hasExpired(QApplication::doubleClickInterval());
         },
         [combo, position] {

@@ -23,23 +23,22 @@ class QWidget;
 namespace vornadel::test
 {
 
-/// A person at the mouse and the keyboard of an X display of the program's own. The events come
-/// from the X server; the script only says when.
+/// A user at the mouse and the keyboard of a separate X display. The events come from the X server;
+/// the script only says when.
 void xdotool(const QStringList& arguments);
 void clickAt(const QPoint& onScreen);
 void click(const QWidget* widget); ///< in its middle
 
-/// Does one thing after the other, each as soon as what it waits for has come true.
+/// Runs steps one after the other, each as soon as its condition is true.
 class MouseScript final : public QObject
 {
 public:
     using Condition = std::function<bool()>;
     using Step = std::function<void()>;
 
-    /// `name` tells what was waited for when it never comes true; the application ends with status
-    /// 1 then.
+    /// If the condition never becomes true, the application ends with status 1 and prints `name`.
     void when(std::string name, Condition condition, Step step);
-    /// Types a path into the file dialog that comes up, and confirms.
+    /// Types a path into the next file dialog and confirms.
     void answerFileDialog(const QString& path);
     /// Presses an entry of the list that opens. `combo` may be null until then.
     void chooseEntry(const std::string& name, const std::function<QComboBox*()>& combo,
@@ -62,13 +61,13 @@ private:
     int m_polls = 0;
 };
 
-/// A machine whose hub and clock are not real.
+/// A machine with a simulated hub and a virtual clock.
 class MouseMachine
 {
 public:
     MouseMachine();
 
-    /// To be called when the tool has been launched.
+    /// Call it when the tool has been launched.
     void use(AppDelegate& tool) { m_clock.mainThread = &tool.mainThread(); }
 
     SimulatedHub& hub() { return m_bus->hub(); }

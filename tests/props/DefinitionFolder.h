@@ -16,7 +16,7 @@
 namespace vornadel::test
 {
 
-/// A folder with definition files in it, gone after the test.
+/// A temporary folder with property files.
 class DefinitionFolder : public ::testing::Test
 {
 public:
@@ -31,7 +31,7 @@ public:
 protected:
     DefinitionFolder()
     {
-        // in memory where that is possible, for some tests make many files
+        // In memory if possible, because some tests create many files.
         const bool memory = access("/dev/shm", W_OK) == 0;
         const std::filesystem::path place =
             memory ? "/dev/shm" : std::filesystem::temp_directory_path();
@@ -51,7 +51,7 @@ protected:
         std::ofstream(m_folder / name, std::ios::binary) << text;
     }
 
-    /// Reads Hub.INI; what the library says on its own must be nothing.
+    /// Reads Hub.INI. The library must print nothing itself.
     PropItemList readFile()
     {
         ::testing::internal::CaptureStderr();
@@ -67,7 +67,7 @@ protected:
     }
 
     std::filesystem::path m_folder;
-    std::string problem = "left over"; ///< of the last reading
+    std::string problem = "left over"; ///< of the last read
 };
 
 } // namespace vornadel::test

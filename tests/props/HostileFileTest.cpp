@@ -27,7 +27,7 @@ constexpr const char* kGood = "[HubFF_USB_05]\nPropName = Five\n";
 class HostileFile : public DefinitionFolder
 {
 protected:
-    /// Nothing was read, and one line says which file and why.
+    /// Checks that nothing was read, and that one line says which file and why.
     void expectRefused(const std::string& why)
     {
         EXPECT_THAT(readFile(), IsEmpty());

@@ -19,8 +19,8 @@ namespace vornadel::test
 
 inline int saysNothing(const char* /*format*/, ...) { return 0; }
 
-/// The list as slow and plain as it can be read, straight from the library; `readable` tells
-/// whether it can be.
+/// A slow and simple reference implementation, straight from the library; sets `readable` to
+/// whether the file can be read.
 class PlainReading
 {
 public:
@@ -62,7 +62,7 @@ private:
         return text(n, key.data());
     }
 
-    /// What is left of a number of any length in 32 bits.
+    /// The low 32 bits of a number of any length.
     static std::uint32_t number(const std::string& text)
     {
         const std::size_t blanks = std::strspn(text.c_str(), " \t\n\v\f\r");
@@ -109,7 +109,7 @@ private:
     std::vector<PropItem> m_items;
 };
 
-/// Every field, to be compared.
+/// All fields, for comparison.
 inline auto fieldsOf(const PropItem& item)
 {
     return std::tie(item.key, item.baseOnAddr, item.baseOnMask, item.addr, item.mask, item.pageName,

@@ -85,7 +85,7 @@ TEST_F(PropertyFiles, ComeInTheOrderOfTheWalk)
     for (const char* name : {"z.INI", "m/k.INI", "m/inner/j.INI", "a.INI", "q/w.INI", "f.INI"}) {
         write("", name);
     }
-    // the library's own walk goes through folders as the system lists them, too
+    // The library's own walk also uses the order in which the system lists folders.
     std::vector<std::string> walked;
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(m_folder)) {
         if (entry.path().extension() == ".INI") {
@@ -136,7 +136,7 @@ TEST_F(PropertyFiles, AreNamedWithoutALookAtThem)
     write("", "listed/A.INI");
     write("", "listed/inner/B.INI");
     write("", "C.INI");
-    // Its names can be read, and nothing that they stand for can be reached.
+    // Its names can be read, but nothing behind them can be reached.
     setPermissions("listed",
                    fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
     const WithoutPrivilege nobody;
@@ -146,8 +146,7 @@ TEST_F(PropertyFiles, AreNamedWithoutALookAtThem)
     EXPECT_THAT(found(), UnorderedElementsAre("listed/A.INI", "C.INI"));
 }
 
-/// Makes folders in each other, 300 deep; step by step, for together their names are longer than a
-/// path may be.
+/// Creates nested folders, 300 deep; one at a time, because the whole path would be too long.
 void makeDeepFolder(const fs::path& top, const std::string& name)
 {
     const fs::path before = fs::current_path();

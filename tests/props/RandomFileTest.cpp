@@ -70,7 +70,7 @@ std::string randomText(std::mt19937& random)
         } else if (kind < 12) {
             text += static_cast<char>(random());
         } else if (kind < 160) {
-            text += "[HubFF_USB_05]\nPropName = n\n"; // or most texts would hold no property
+            text += "[HubFF_USB_05]\nPropName = n\n"; // otherwise most texts would hold no property
         } else {
             text += kPieces.at(random() % kPieces.size());
         }
@@ -81,7 +81,7 @@ std::string randomText(std::mt19937& random)
 class RandomFile : public DefinitionFolder
 {
 protected:
-    /// False when the text was refused, on both sides.
+    /// False if both sides refused the text.
     bool expectTheSame(const std::string& text)
     {
         write(text);
@@ -113,7 +113,7 @@ TEST_F(RandomFile, IsReadAsThePlainReadingReadsItOrRefused)
         accepted += expectTheSame(text) ? 1 : 0;
     }
     EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
-    // both ways out were taken often
+    // Both results occurred often.
     EXPECT_GT(accepted, 200);
     EXPECT_LT(accepted, 3800);
 }

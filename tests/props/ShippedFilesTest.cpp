@@ -33,8 +33,8 @@ using ::testing::UnorderedElementsAre;
 
 constexpr std::size_t kBlock = 0x7E00; // of the demo image
 
-/// The parts of the block that hold the configuration; ids, strings and the Container ID lie
-/// between them.
+/// The parts of the block with the configuration; ids, strings and the Container ID lie between
+/// them.
 bool isConfiguration(std::uint32_t offset)
 {
     return (offset >= 11 && offset <= 41) || (offset >= 94 && offset <= 255);
@@ -42,15 +42,14 @@ bool isConfiguration(std::uint32_t offset)
 
 using Field = std::pair<std::uint32_t, std::uint8_t>;
 
-/// Which numbers the options of one section carry, as the file writes them.
+/// The slot numbers of the options in one section, as written in the file.
 struct OptionSlots {
     std::set<unsigned> labels;
     std::set<unsigned> data;
 };
 
-/// The option slots of every section of a shipped file by the section's name, in the INI reader's
-/// lower case. What readPropertyFile() returns are lists, in which a slot that is left out cannot
-/// be seen.
+/// The option slots of every section of an included file, by the section's name in lower case (as
+/// the INI reader stores it). The lists from readPropertyFile() do not show a skipped slot.
 std::map<std::string, OptionSlots> optionSlots(const std::string& name)
 {
     const std::unique_ptr<dictionary, void (*)(dictionary*)> file(
@@ -80,7 +79,7 @@ std::map<std::string, OptionSlots> optionSlots(const std::string& name)
     return slots;
 }
 
-/// One shipped file. Items that are not bound to the image have no field in it.
+/// One included file. Items that are not bound to the image have no field in it.
 class ShippedFile : public ::testing::TestWithParam<const char*>
 {
 protected:
@@ -163,8 +162,8 @@ TEST_P(ShippedFile, ListsTheEnablingBitOfEveryPropertyThatHasOne)
 
 TEST_P(ShippedFile, OffersOptionsThatReadBackAsTheyWereChosen)
 {
-    // What is chosen is written as the position of its entry, and shown by looking for the value
-    // among the data texts.
+    // A choice is written as the position of its entry, but shown by searching the value among the
+    // data texts.
     for (const auto& item : bound) {
         for (std::size_t position = 0; position < item->dataList.size(); ++position) {
             std::uint8_t byte = 0;

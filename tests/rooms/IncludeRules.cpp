@@ -18,17 +18,17 @@ namespace fs = std::filesystem;
 constexpr std::array<std::string_view, 9> kSourceSuffixes = {".h",   ".hpp", ".ipp", ".c", ".cc",
                                                              ".cpp", ".cxx", ".m",   ".mm"};
 
-/// Folders at the root that are no rooms; they may include what they like.
+/// Folders at the root that are not rooms; they may include anything.
 constexpr std::array<std::string_view, 4> kOtherFolders = {"tests", "bench", "examples", "build"};
 
-/// Rooms that choose the machine to work on. A front end may use them, but in its main.cpp alone.
+/// Rooms that choose the machine to work on. A front end may use them in its main.cpp only.
 constexpr std::array<std::string_view, 2> kChosenInMain = {"platform_native", "sim"};
 
-/// Rooms that are no front end but are made of what the others choose.
+/// Rooms that may use these anywhere, although they are no front ends.
 constexpr std::array<std::string_view, 1> kMadeOfIt = {"virtual_hub"};
 
-/// How the headers of a library from outside are recognised, and the CMake target that a room must
-/// be allowed.
+/// A pattern for the headers of an external library, and the CMake target that the room's row must
+/// allow.
 struct OutsideHeaders {
     const char* library;
     const char* headers;
@@ -46,7 +46,7 @@ constexpr std::array<OutsideHeaders, 7> kOutsideHeaders = {{
     {"a USB test bed", "umockdev.*"},
 }};
 
-/// Where the Apple headers may be, whatever libraries its row names.
+/// The only room that may include Apple headers, whatever its row allows.
 constexpr std::string_view kAppleRoom = "platform_macos";
 
 bool isSource(const fs::path& file)
@@ -56,8 +56,7 @@ bool isSource(const fs::path& file)
            kSourceSuffixes.end();
 }
 
-/// The files of the tree, from the root, in the order of their names. Hidden folders and builds are
-/// left out.
+/// The files of the tree, relative to the root, sorted by name. Without hidden folders and builds.
 std::vector<std::string> sourcesBelow(const fs::path& root)
 {
     std::vector<std::string> files;
@@ -80,7 +79,7 @@ bool liesIn(const std::string& path, const std::string& folder)
            (path[folder.size()] == '/' || path[folder.size()] == '.');
 }
 
-/// The room of a path, the innermost where rooms lie in each other; null for a path in none.
+/// The room of a path, the innermost one if rooms are nested; null for a path in no room.
 const Room* roomOf(const std::string& path, const std::vector<Room>& rooms)
 {
     const Room* found = nullptr;
@@ -99,7 +98,7 @@ bool contains(const List& list, const Value& value)
     return std::find(list.begin(), list.end(), value) != list.end();
 }
 
-/// What is wrong with a room including a header of another; nothing when all is well.
+/// What is wrong with a room including a header of another; empty if it is allowed.
 std::optional<std::string> judgeRoom(const std::string& file, const Room& from, const Room& to)
 {
     if (from.name == to.name) {
@@ -128,7 +127,7 @@ std::optional<std::string> judgeOutside(const Room& from, const std::string& hea
     return std::nullopt;
 }
 
-/// What is wrong with one line of a file; nothing when it is no include line, or a good one.
+/// What is wrong with one line of a file; empty if it is no include line, or an allowed one.
 std::optional<std::string> judgeLine(const std::string& file, const Room& from,
                                      const std::string& line, const std::vector<Room>& rooms)
 {

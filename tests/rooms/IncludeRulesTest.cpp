@@ -23,7 +23,7 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
 
-/// A small house for the samples: lower rooms, rooms that use them, and a front end.
+/// A small set of rooms for the samples: lower rooms, rooms that use them, and a front end.
 const std::vector<Room> kHouse = {
     {"platform_api", "platform", {}, {}},
     {"platform_linux", "platform/linux", {"platform_api"}, {"LibUSB::LibUSB"}},
@@ -42,7 +42,7 @@ const std::vector<Room> kHouse = {
      {"Qt6::Widgets", "CLI11::CLI11"}},
 };
 
-/// A source tree of its own for each test, gone after it.
+/// A temporary source tree for each test.
 class SourceTree : public ::testing::Test
 {
 public:
@@ -163,7 +163,7 @@ TEST_F(SourceTree, FindsASourceInNoRoom)
     EXPECT_THAT(homelessSources(m_root, kHouse), ElementsAre("hob/Typo.cpp", "stray.cpp"));
 }
 
-/// One line that must not pass, where it stands and what is said about it.
+/// One line that must not pass, its file, and the expected error.
 struct BadSample {
     const char* name;
     const char* file;

@@ -73,8 +73,7 @@ TEST(RoomTable, LetsNoRoomUseAFrontEnd)
 
 TEST(RoomTable, HasArrowsThatPointOneWay)
 {
-    // Rooms whose every arrow ends in a room taken away before can be taken away; a circle would
-    // stay.
+    // Repeatedly removes the rooms whose arrows all lead to removed rooms; a circle would remain.
     std::vector<Room> left = kRooms;
     std::vector<std::string> gone;
     for (std::size_t before = left.size() + 1; left.size() < before;) {
@@ -93,7 +92,7 @@ TEST(RoomTable, HasArrowsThatPointOneWay)
     EXPECT_TRUE(left.empty()) << "on a circle, or with an arrow to no room: " << left.front().name;
 }
 
-// Also what was linked past vornadel_room(), by a line of its own.
+// Includes libraries that were linked without vornadel_room().
 TEST(Links, OfEveryRoomStayInItsRow)
 {
     ASSERT_THAT(kLinks, Not(IsEmpty()));

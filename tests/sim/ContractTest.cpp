@@ -10,8 +10,7 @@ namespace vornadel::test
 namespace
 {
 
-/// The simulated hub, plugged in with ROM code running: its flash is what the contract reads and
-/// writes.
+/// The simulated hub with ROM code running; the contract reads and writes its flash.
 class SimulatedBusUnderTest final : public BusUnderTest
 {
 public:
@@ -42,7 +41,7 @@ public:
         return flashAt(0x0200, length);
     }
 
-    /// Into what the demo image leaves erased, each time a new piece of it.
+    /// Writes to the erased part of the demo image, to a new piece of it each time.
     ControlRequest writeRequest(std::span<const std::uint8_t> out) override
     {
         m_written = m_free;

@@ -9,7 +9,7 @@
 namespace vornadel::test
 {
 
-/// No file may grow beyond that many bytes, as on a disk that is full then.
+/// Simulates a full disk: no file can grow beyond that many bytes.
 class FullDisk
 {
 public:

@@ -6,8 +6,7 @@
 namespace vornadel::test
 {
 
-/// A property file with all that one can have: 255 properties on one page, each with all its 40
-/// keys.
+/// The largest possible property file: 255 properties on one page, each with all its 40 keys.
 inline std::string fullPropertyFile(const std::string& page)
 {
     std::string text;
@@ -28,7 +27,7 @@ inline std::string fullPropertyFile(const std::string& page)
     return text;
 }
 
-/// A file of as many keys that no property has, each of another name.
+/// A file with that many different keys that no property has.
 inline std::string distinctKeys(std::size_t count)
 {
     std::string text = "[x]\n";

@@ -6,8 +6,7 @@
 namespace vornadel::test
 {
 
-/// A point in the code under test at which a test can stop the thread that comes by. Open until
-/// shut.
+/// A point in the code under test at which a test can stop a thread. Open at first.
 class Gate
 {
 public:
@@ -16,7 +15,7 @@ public:
     Gate& operator=(const Gate&) = delete;
     ~Gate() { open(); }
 
-    /// Called by the thread that is to be stopped; returns when the gate is open.
+    /// Called by the thread to be stopped; returns when the gate is open.
     void pass()
     {
         std::unique_lock lock(m_mutex);
@@ -38,7 +37,7 @@ public:
         m_opened.notify_all();
     }
 
-    /// Whether a thread stands before the shut gate.
+    /// Whether a thread is waiting at the closed gate.
     bool isReached()
     {
         const std::lock_guard lock(m_mutex);

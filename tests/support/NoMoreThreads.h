@@ -6,7 +6,7 @@
 namespace vornadel::test
 {
 
-/// No thread can be started meanwhile: each would need a larger stack than there are addresses.
+/// While it lives, no thread can be started: each would need a stack larger than the address space.
 class NoMoreThreads
 {
 public:

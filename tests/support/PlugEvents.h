@@ -12,7 +12,7 @@
 namespace vornadel::test
 {
 
-/// What a watch reported. Must outlive the watch.
+/// The events that a watch reported. Must outlive the watch.
 class PlugEvents
 {
 public:
@@ -26,8 +26,8 @@ public:
         };
     }
 
-    /// Waits for an event of the kind after the first `from` ones; false when twenty seconds were
-    /// not enough.
+    /// Waits up to twenty seconds for an event of the kind after the first `from` events; false on
+    /// time-out.
     bool waitFor(UsbEvent event, std::size_t from = 0)
     {
         std::unique_lock lock(m_mutex);
@@ -47,7 +47,7 @@ public:
         return m_events;
     }
 
-    /// The thread that the last event came on.
+    /// The thread of the last event.
     std::thread::id thread()
     {
         const std::lock_guard lock(m_mutex);

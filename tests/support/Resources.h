@@ -7,14 +7,14 @@
 #include <unistd.h>
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-/// Of the sanitizers' own heap, in use.
+/// Bytes in use on the sanitizers' own heap.
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes(); // NOLINT: their name for it
 #endif
 
 namespace vornadel::test
 {
 
-/// What a process holds at a moment.
+/// The resources that a process holds.
 struct Resources {
     std::size_t bytes;       ///< of the heap, in use
     std::size_t descriptors; ///< open files
@@ -22,8 +22,8 @@ struct Resources {
     static Resources now()
     {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-        const std::size_t bytes = __sanitizer_get_current_allocated_bytes(); // mallinfo2() knows
-                                                                             // nothing of this heap
+        // mallinfo2() does not include this heap.
+        const std::size_t bytes = __sanitizer_get_current_allocated_bytes();
 #else
         const struct mallinfo2 info = mallinfo2();
         const std::size_t bytes = info.uordblks + info.hblkhd;
@@ -37,8 +37,8 @@ struct Resources {
     }
 };
 
-/// Begins the program anew, once, with a heap that keeps no caches for its threads: these count as
-/// in use.
+/// Restarts the program, once, with a heap without per-thread caches, because caches count as in
+/// use.
 inline void insistOnAnExactHeap([[maybe_unused]] char** argv)
 {
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)

@@ -9,10 +9,9 @@
 namespace vornadel::test
 {
 
-/// One request as it reached the bus.
+/// One request that reached the bus.
 struct SeenRequest {
-    std::array<std::uint8_t, 8> setup{}; ///< the setup packet as it goes on the wire, words
-                                         ///< little-endian
+    std::array<std::uint8_t, 8> setup{}; ///< the setup packet on the wire, words little-endian
     std::vector<std::uint8_t> sent{};    ///< the data stage of a request to the device
 
     bool operator==(const SeenRequest&) const = default;

@@ -14,8 +14,7 @@
 namespace vornadel::test
 {
 
-/// The hub room on a simulated hub whose flash lives in memory, with time that passes by sleeping
-/// only.
+/// The hub room on a simulated hub with its flash in memory, and virtual time.
 class SimulatedSetup
 {
 public:

@@ -5,7 +5,7 @@
 namespace vornadel::test
 {
 
-/// As long as it lives, no two clicks make a double click: a test is quicker than a hand.
+/// While it lives, no two clicks make a double click; a test clicks faster than a user.
 class SingleClicks
 {
 public:

@@ -10,7 +10,7 @@
 namespace vornadel::test
 {
 
-/// Every device of one search, in its order; empty also when the bus gives no list.
+/// All devices of one search, in order; empty also if the bus gives no list.
 inline std::vector<std::unique_ptr<UsbDevice>> allDevices(UsbBus& bus)
 {
     std::vector<std::unique_ptr<UsbDevice>> devices;

@@ -11,8 +11,7 @@
 namespace vornadel::test
 {
 
-/// A clock on which time passes only by sleeping, and at once. Keeps the list of the pauses asked
-/// for.
+/// A clock on which only sleeping makes time pass, and without delay. Records the requested pauses.
 class VirtualClock final : public Clock
 {
 public:
@@ -49,7 +48,7 @@ public:
         m_interrupted = true;
     }
 
-    /// Lets time pass without being counted as a pause, and runs what falls due on the way.
+    /// Lets time pass without recording a pause, and runs the tasks that become due.
     void advance(Duration by)
     {
         std::unique_lock lock(m_mutex);
@@ -65,7 +64,7 @@ public:
         m_now = std::max(m_now, until);
     }
 
-    /// Every pause asked for so far, in order.
+    /// All requested pauses so far, in order.
     std::vector<Duration> pauses()
     {
         const std::lock_guard lock(m_mutex);

@@ -8,8 +8,7 @@
 namespace vornadel::test
 {
 
-/// As long as it lives, root is nobody in particular, to whom permissions apply; others stay who
-/// they are.
+/// While it lives, root runs as an ordinary user, to whom permissions apply. No effect for others.
 class WithoutPrivilege
 {
 public:

@@ -14,8 +14,8 @@
 namespace vornadel::test
 {
 
-/// The files of vhci_hcd for two controllers with three ports of each speed, in a folder of the
-/// test's own. Bus 1 and 3 are the high-speed ones, 2 and 4 the SuperSpeed ones.
+/// The files of vhci_hcd for two controllers with three ports of each speed, in a temporary folder.
+/// Buses 1 and 3 are high-speed, 2 and 4 SuperSpeed.
 class FakeSysfs
 {
 public:
@@ -44,13 +44,13 @@ public:
 
     const std::filesystem::path& root() const { return m_root; }
 
-    /// As `sta` has it: 4 is free, 6 in use.
+    /// The value of `sta`: 4 is free, 6 in use.
     void setState(unsigned port, unsigned state)
     {
         m_states[port] = state;
         writeStatus();
     }
-    /// The kernel shows a device in its port, as in ("2-1"), or no longer.
+    /// Makes the kernel show a device in its port, for example ("2-1"), or no longer.
     void show(const std::string& busId) const
     {
         std::filesystem::create_directory(deviceFolder(busId));

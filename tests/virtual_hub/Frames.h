@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-// USB/IP frames spelled out byte by byte, apart from the code that they test.
+// USB/IP frames, written byte by byte and independent of the code under test.
 namespace vornadel::test
 {
 
@@ -31,7 +31,7 @@ inline std::uint32_t wordAt(const Bytes& bytes, std::size_t at)
            static_cast<std::uint32_t>(bytes.at(at + 2)) << 8 | bytes.at(at + 3);
 }
 
-/// The number that a connection has for the SuperSpeed half of hub 3, see someDevice().
+/// A connection's number for the SuperSpeed half of hub 3, see someDevice().
 inline constexpr std::uint32_t kDevice = 0x00020003;
 
 struct Submit {
@@ -78,10 +78,10 @@ inline Submit deviceDescriptorRequest(std::uint32_t sequence, std::uint8_t lengt
     return {sequence, 1, 0, length, {0x80, 6, 0, 1, 0, 0, length, 0}};
 }
 
-/// Waits for a change on the ports.
+/// A transfer that waits for a change on the ports.
 inline Submit statusRequest(std::uint32_t sequence) { return {sequence, 1, 1, 2}; }
 
-/// The question for the list of devices, and the one for a device.
+/// The request for the list of devices, and the one to import a device.
 inline Bytes listFrame() { return {0x01, 0x11, 0x80, 0x05, 0, 0, 0, 0}; }
 inline Bytes importFrame(const std::string& busId)
 {

@@ -9,7 +9,7 @@
 namespace vornadel::test
 {
 
-/// A half of hub 3 with ids of its own, which refuses vendor requests.
+/// A half of hub 3 with its own ids, which refuses vendor requests.
 inline VirtualDevice someDevice(HubSpeed half)
 {
     return {3,
@@ -21,7 +21,7 @@ inline VirtualDevice someDevice(HubSpeed half)
             [] { return true; }};
 }
 
-/// One half and its requests, spelled out as they are on the wire.
+/// One half, with requests written as they are on the wire.
 class HalfBench
 {
 public:
@@ -31,7 +31,7 @@ public:
     {
         return half.control(setup, out);
     }
-    /// What a request towards the host brings; it must succeed.
+    /// The data of a request to the host; it must succeed.
     Bytes read(const SetupPacket& setup)
     {
         const TransferResult result = send(setup);
@@ -54,7 +54,7 @@ public:
     HubHalf half;
 };
 
-/// A test that runs on each half.
+/// A test that runs for each half.
 class EachHalf : public testing::TestWithParam<HubSpeed>
 {
 protected:

@@ -12,7 +12,7 @@
 namespace vornadel::test
 {
 
-/// The other end of a connection. Every wait for it ends with a failed test after 20 s.
+/// The other end of a connection. Every wait fails the test after 20 s.
 class Peer
 {
 public:
@@ -38,7 +38,7 @@ public:
         EXPECT_EQ(::send(m_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL),
                   static_cast<ssize_t>(bytes.size()));
     }
-    /// Sends the same again and again until nothing more goes, and reads nothing.
+    /// Sends the same bytes repeatedly until the socket is full, and reads nothing.
     void sendUntilFull(const Bytes& bytes) const
     {
         pollfd room = {m_socket, POLLOUT, 0};
@@ -46,7 +46,7 @@ public:
                ::send(m_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT) > 0) {
         }
     }
-    /// Exactly `size` bytes, or fewer when the connection ends before.
+    /// Exactly `size` bytes, or fewer if the connection ends first.
     Bytes receive(std::size_t size) const
     {
         Bytes bytes(size);
@@ -61,13 +61,13 @@ public:
         bytes.resize(got);
         return bytes;
     }
-    /// Waits for the end of the connection; false when something else comes.
+    /// Waits for the end of the connection; false if data arrives instead.
     bool hasEnded() const
     {
         char byte = 0;
         return waitForInput() && recv(m_socket, &byte, 1, 0) <= 0;
     }
-    /// Whether the connection has ended, without waiting; what has come stays.
+    /// Whether the connection has ended. Does not wait and reads nothing.
     bool isOver() const
     {
         char byte = 0;

@@ -13,7 +13,7 @@
 namespace vornadel::test
 {
 
-/// A bus on which everything succeeds at once; it keeps what it was told.
+/// A bus on which everything succeeds at once; records the calls.
 class RecordingHost final : public HubHost
 {
 public:
@@ -50,7 +50,7 @@ public:
         const std::lock_guard lock(m_mutex);
         return m_devices.at(half);
     }
-    /// What is on the bus, "super" before "high".
+    /// The halves on the bus, "super" before "high".
     std::vector<std::string> attached()
     {
         const std::lock_guard lock(m_mutex);
@@ -60,7 +60,7 @@ public:
         }
         return names;
     }
-    /// Everything since the last call, in order.
+    /// All events since the last call, in order.
     std::vector<std::string> told()
     {
         const std::lock_guard lock(m_mutex);
@@ -85,8 +85,8 @@ private:
     std::string m_refusal;
 };
 
-/// A hub whose flash is in memory alone, set up as on a command line; null, and a failure, when
-/// that cannot be done.
+/// A hub with its flash in memory, configured as on a command line. On error: null, and a test
+/// failure.
 inline std::shared_ptr<SimulatedHub> hubInMemory(const std::string& options, Clock& clock)
 {
     SimulatedHubOptions parsed;

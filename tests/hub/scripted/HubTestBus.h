@@ -5,7 +5,7 @@
 namespace vornadel::test
 {
 
-/// The bus that the hub's tests work on.
+/// The bus for the tests of the hub room.
 using HubTestBus = ScriptedBus;
 
 } // namespace vornadel::test
