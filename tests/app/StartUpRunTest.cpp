@@ -110,9 +110,8 @@ TEST_F(StartUpRun, FailsWithAHubThatComesTooLateAndSucceedsByHandThen)
 {
     bringImage("demo.bin");
     config = configText("ScalarMode = 1\nFwBin = demo.bin\n");
-    hubOptions.faults = {{.kind = FaultKind::VanishBefore, .on = {}, .position = 1}}; // away as
-                                                                                      // soon as it
-                                                                                      // is asked
+    // It leaves at the first request.
+    hubOptions.faults = {{.kind = FaultKind::VanishBefore, .on = {}, .position = 1}};
     launchAndSettle();
     EXPECT_THAT(progressText(), testing::HasSubstr("Fail To Open Rom Device\n"));
     hub().replug();

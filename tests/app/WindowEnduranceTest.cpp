@@ -77,8 +77,8 @@ TEST_F(WindowEndurance, AStormOfPlugsLeavesTheWindowTruthfulAndUsable)
     hub().onRequest = [&](const ControlRequest&) { ++requests; };
     std::thread storm([&] {
         for (int cycle = 0; cycle < kCycles; ++cycle) {
-            for (const unsigned seen = requests; requests == seen;) { // an update or a look at the
-                                                                      // hub goes on
+            // Until an update or a detection goes on.
+            for (const unsigned seen = requests; requests == seen;) {
                 std::this_thread::yield();
             }
             hub().unplug();

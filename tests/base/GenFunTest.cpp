@@ -63,8 +63,7 @@ TEST(Mask2Bits, LeavesBothAtMinusOneForTheEmptyMask)
 TEST(Mask2BitsDeathTest, StopsTheProgramWithoutAPlaceForTheResult)
 {
     std::uint8_t place = 0;
-    const auto aborted = testing::KilledBySignal(SIGABRT); // writing through null would raise
-                                                           // another signal
+    const auto aborted = testing::KilledBySignal(SIGABRT); // not SIGSEGV
     const std::string failed = "^Assertion failed: \\(";
     const std::string where = "\\), function GF_Mask2Bits, file GenFun, line 98\\.\n";
     EXPECT_EXIT(GF_Mask2Bits(0x30, nullptr, &place), aborted, failed + "high" + where);

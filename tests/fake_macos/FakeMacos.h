@@ -25,8 +25,7 @@ struct MacDevice {
     std::uint16_t productId = 0;
 
     bool givesPlugIn = true;
-    kern_return_t plugInResult = kIOReturnSuccess; ///< of the creation, whether a plug-in comes or
-                                                   ///< not
+    kern_return_t plugInResult = kIOReturnSuccess; ///< of the creation, with or without a plug-in
     kern_return_t serviceReleaseResult = kIOReturnSuccess;
     bool givesInterface = true;
     HRESULT queryResult = 0;
@@ -93,13 +92,11 @@ public:
     std::set<int> portsWithoutSource{};
     std::map<std::string, kern_return_t> refusedNotifications{}; ///< by the kind of notification
 
-    OSStatus authorizationResult = errAuthorizationSuccess; ///< anything else: there is no
-                                                            ///< authorization
+    OSStatus authorizationResult = errAuthorizationSuccess; ///< otherwise: no authorization
     OSStatus executionResult = errAuthorizationSuccess;
 
     std::map<OSType, SInt32> gestalt{};      ///< the answers by selector
-    std::map<OSType, OSErr> gestaltErrors{}; ///< selectors that fail; one in neither map is unknown
-                                             ///< to the system
+    std::map<OSType, OSErr> gestaltErrors{}; ///< selectors that fail; others are unknown
 
     std::optional<std::string> bundlePath{}; ///< none: there is no main bundle
     bool bundleHasUrl = true;

@@ -65,8 +65,7 @@ ULONG addReference(void* self)
 ULONG release(void* self)
 {
     UserClient& client = of(self);
-    const std::shared_ptr<MacState> state = client.state; // the last thing given out may hold it
-                                                          // alone
+    const std::shared_ptr<MacState> state = client.state; // this may be the last reference
     Call call(self, "Release");
     if (client.device->holder == self) {
         state->wrong(client.name + " released while it was open");

@@ -58,8 +58,7 @@ struct MacState {
     io_object_t lastObject = 0x1000;
     std::vector<Notification> notifications;
     std::map<const void*, const void*> runLoopOfPort;
-    std::map<void*, void (*)(void*)> clients; ///< plug-ins and interfaces, and how each is
-                                              ///< destroyed
+    std::map<void*, void (*)(void*)> clients; ///< plug-ins and interfaces, each with its destructor
     std::set<const void*> handedOut;          ///< pointers that may still be given back
     /// What the system keeps until the process ends, and what has been given back, so that its use
     /// can be told.

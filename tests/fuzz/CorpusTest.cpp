@@ -38,8 +38,7 @@ TEST(CORPUS_NAME, IsWorkedOffWithoutADefect)
     ASSERT_FALSE(files.empty());
     for (const fs::path& file : files) {
         std::printf("%s\n",
-                    file.filename().c_str()); // if the process ends here, the last one is the
-                                              // culprit
+                    file.filename().c_str()); // if the process ends here, this file is the culprit
         std::fflush(stdout);
         std::ifstream stream(file, std::ios::binary);
         const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
