@@ -21,11 +21,11 @@ struct SimulatedIds {
     std::uint16_t highSpeedId = 0x0002;
 };
 
-/// Real: an erase takes 150 ms, programming 0.7 ms per 256 bytes begun, a restart 700 ms. None: no
-/// time at all.
+/// Real: an erase takes 150 ms, programming 0.7 ms per 256 bytes or part of them, a restart 700 ms.
+/// None: they take no time.
 enum class SimulatedLatency { Real, None };
 
-/// How the simulated hub is set up.
+/// The configuration of a simulated hub.
 struct SimulatedHubOptions {
     std::string image; ///< file that keeps the flash between runs; empty: defaultFlashFile()
     SimulatedLatency latency = SimulatedLatency::Real;
@@ -41,7 +41,7 @@ struct SimulatedHubOptions {
     std::vector<std::uint8_t> initialFlash;
 };
 
-/// Reads `KEY=VALUE,…`; the empty text stands for all defaults. Values hold no comma.
+/// Reads `KEY=VALUE,…`; an empty text means all defaults. Values contain no comma.
 ///
 /// | key | value |
 /// |---|---|
@@ -51,7 +51,7 @@ struct SimulatedHubOptions {
 /// | `ids` | `VID:SSPID:HSPID`, up to four hex digits each |
 /// | `fault` | see parseFault(); may be repeated |
 ///
-/// False, a sentence in `error` and `options` as they were when the text is wrong.
+/// If the text is wrong: false, a sentence in `error`, and `options` unchanged.
 bool parseSimulatedHubOptions(std::string_view text, SimulatedHubOptions& options,
                               std::string& error);
 
