@@ -21,8 +21,7 @@ namespace vornadel
 /// | `status [N]` | `ok code=flash superspeed=3-1 high-speed=2-1 requests=0 faults=0` |
 /// | `quit` | ends the program |
 ///
-/// N counts the hubs from 1, which is the default. The status shows `-` for a half off the bus. The
-/// status shows `-` for a half off the bus.
+/// N counts the hubs from 1, which is the default. The status shows `-` for a half off the bus.
 class Console
 {
 public:
