@@ -25,7 +25,7 @@ const char* const kUpdateUpToErase = "(size=32768)\n\nErase Flash...\n";
 class Buttons : public ToolUnderTest
 {
 protected:
-    /// An update that stands before the erase: the run at the start, with the hub open.
+    /// An update stopped before the erase: the update at start, with the hub open.
     void launchAndHold()
     {
         eraseGate.shut();
@@ -34,7 +34,7 @@ protected:
         ASSERT_TRUE(waitFor([this] { return eraseGate.isReached(); }));
     }
 
-    /// Real clicks on all of the ten that can be seen.
+    /// Real clicks on all visible ones of the ten.
     void clickWhatIsThere(int expected)
     {
         int clicked = 0;

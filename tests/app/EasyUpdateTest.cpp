@@ -60,7 +60,7 @@ protected:
         chooseByTyping(tool().btnSelect_EasyUpdate, QString::fromStdString(path));
     }
 
-    /// Chooses a file that is refused: the alert comes out of the dialog's own end.
+    /// Chooses a file that is refused: the dialog's end opens the alert.
     void chooseRefused(const std::string& path)
     {
         expectAlertWithin("Firmware format error\n", [&] { choose(path); });
@@ -104,8 +104,7 @@ Identity demoIdentity(const std::string& path, const std::string& version)
     return {path, "1209", "0001", "0002", version, "Vornadel", "Demo Hub", "SN0001"};
 }
 
-/// A smallest image, 256 bytes: its block is at offset 0 and there is no room for a version before
-/// it.
+/// The smallest image, 256 bytes: its block is at offset 0, without room for a version before it.
 std::vector<std::uint8_t> smallestImage()
 {
     std::vector<std::uint8_t> image(256, 0);
@@ -259,8 +258,8 @@ TEST_F(EasyUpdate, EndsInTheMiddleWhenTheWindowCloses)
 
 struct FailureCase {
     const char* name;
-    std::vector<Fault> faults; ///< counted from the click on
-    std::size_t steps;         ///< how many steps are told
+    std::vector<Fault> faults; ///< counted from the click
+    std::size_t steps;         ///< the number of reported steps
     const char* reason;
     double slider;
 };

@@ -242,7 +242,7 @@ TEST_F(FlashPage, SavesNothingUnderANameWithADoubleQuote)
 TEST_F(FlashPage, KeepsWhatWasTypedWhenSavingIsCancelled)
 {
     read();
-    tool().txtVer_FwFlash->setText("0123"); // nobody can type it, and nothing else writes it
+    tool().txtVer_FwFlash->setText("0123"); // read-only for the user, and nothing else writes it
     clickAndUse(tool().btnSave_FwFlash,
                 [](QDialog& panel) { QTest::keyClick(&panel, Qt::Key_Escape); });
     std::vector<std::uint8_t> expected = demoImage();

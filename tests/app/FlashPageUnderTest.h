@@ -73,7 +73,7 @@ PageName = "SSC "
 PropName = Never Shown Either
 )";
 
-/// The flash page of a tool beside which one definition file lies, "demo.INI".
+/// The flash page of a tool with one property file, "demo.INI", beside it.
 class FlashPageUnderTest : public ToolUnderTest
 {
 protected:
@@ -107,13 +107,13 @@ protected:
         chooseByTyping(tool().btnLoad_FwFlash, QString::fromStdString(path));
     }
 
-    /// Loads a file that is refused: the alert comes out of the panel's own end.
+    /// Loads a file that is refused: the panel's end opens the alert.
     void loadRefused(const std::string& path)
     {
         expectAlertWithin("Firmware format error\n", [&] { loadFile(path); });
     }
 
-    /// Does something that brings an alert, and closes it.
+    /// Does something that opens an alert, and closes it.
     static void expectAlert(const QString& text, const std::function<void()>& action)
     {
         runAndUse(action, [&text](QDialog& dialog) {
@@ -189,7 +189,7 @@ protected:
         EXPECT_TRUE(waitFor([this] { return openList() == nullptr; }));
     }
 
-    /// Goes to a page or a controller type by key.
+    /// Selects a page or a controller type by key.
     static void select(QComboBox* combo, int position)
     {
         combo->setFocus();
@@ -237,7 +237,7 @@ protected:
         std::ifstream file(path, std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
     }
-    /// Saves and looks at what was written.
+    /// Saves and returns what was written.
     std::vector<std::uint8_t> saved()
     {
         const std::string path = directory() + "/saved " + std::to_string(m_saves++) + ".bin";

@@ -11,7 +11,7 @@ namespace
 class FlashStory : public FlashPageUnderTest
 {
 protected:
-    /// What differs, offset by offset.
+    /// The differences by offset.
     static std::map<std::size_t, std::uint8_t> difference(const std::vector<std::uint8_t>& before,
                                                           const std::vector<std::uint8_t>& after)
     {

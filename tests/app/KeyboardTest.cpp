@@ -26,7 +26,7 @@ protected:
         ASSERT_TRUE(QTest::qWaitForWindowActive(tool().window()));
     }
 
-    /// Everything on show that takes the focus by key.
+    /// All visible widgets that take the focus by key.
     std::set<std::string> stops() const
     {
         std::set<std::string> names;
@@ -39,7 +39,7 @@ protected:
         return names;
     }
 
-    /// Goes round once with a key.
+    /// Goes through the focus chain once with a key.
     static std::set<std::string> walk(Qt::Key key)
     {
         std::set<std::string> visited;

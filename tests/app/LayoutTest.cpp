@@ -380,7 +380,7 @@ TEST_F(Window, LetsNobodyTypeIntoWhatIsReadOnly)
     for (QLineEdit* field : fields) {
         QSignalSpy typed(field, &QLineEdit::textEdited);
         if (isEditable(field)) {
-            // There is no image to edit: what is typed is heard, refused and taken away.
+            // Without an image, typed text is noticed, refused and removed.
             runAndUse([field] { QTest::keyClicks(field, "1"); },
                       [](QDialog& alert) { QTest::keyClick(&alert, Qt::Key_Return); });
             EXPECT_EQ(typed.count(), 1) << field->objectName().toStdString();

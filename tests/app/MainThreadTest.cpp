@@ -49,7 +49,7 @@ TEST(MainThread, RunsTasksOfAnotherThreadOnItself)
 TEST(MainThread, RunsTasksInTheirOrder)
 {
     MainThread main;
-    std::string order; // written on the main thread alone
+    std::string order; // written on the main thread only
     std::atomic<bool> done = false;
     std::thread worker([&] {
         std::string expected;
@@ -76,13 +76,13 @@ TEST(MainThread, FreesAWaiterAtTheEndAndRunsNothingMore)
     std::thread worker([&] {
         posting = true;
         main.postAndWait([&] { ran = true; });
-        main.postAndWait([&] { ran = true; }); // nobody waits any more
+        main.postAndWait([&] { ran = true; }); // no longer waits
         main.post([&] { ran = true; });
     });
     while (!posting) {
         std::this_thread::yield();
     }
-    main.stopWaiting(); // no event has run meanwhile
+    main.stopWaiting(); // no event has run in between
     worker.join();
     settleEvents();
     EXPECT_FALSE(ran);

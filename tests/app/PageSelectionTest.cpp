@@ -178,7 +178,7 @@ TEST_F(PageSelection, KeepsTheRowsOfTheEarlierTypeWhileThereIsNoImage)
     end();
     writeDefinitions("a.INI", kDefinitions);
     launchAndSettle();
-    // Which of the two comes first is up to the folder.
+    // The order of the two depends on the folder.
     writeDefinitions(tool().cbICType->itemText(1).toStdString(),
                      "[HubFF_USB_01]\nPageName = System\nPropName = Other\n");
     read();

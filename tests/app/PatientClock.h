@@ -15,9 +15,8 @@
 namespace vornadel::test
 {
 
-/// A virtual clock whose pauses are long for the main thread: what waits there is done when a
-/// flow's pause ends. Otherwise a flow could spend all its tries, which take no time, while the
-/// detection has the hub.
+/// A virtual clock whose pauses let the main thread finish its pending work. Otherwise a flow could
+/// use up all its attempts, which take no time, while detection has the hub.
 class PatientClock final : public Clock
 {
 public:
@@ -50,8 +49,8 @@ public:
     void advance(Duration by) { m_clock.advance(by); }
     void forgetPauses() { m_clock.forgetPauses(); }
 
-    MainThread* mainThread = nullptr; ///< to be set before a flow starts
-    /// A pause of that length lasts until this gate is opened, or the clock interrupted.
+    MainThread* mainThread = nullptr; ///< set it before a flow starts
+    /// A pause of that length lasts until this gate opens or the clock is interrupted.
     std::optional<Duration> heldPause;
     Gate gate;
 

@@ -24,7 +24,7 @@ namespace vornadel::test
 namespace
 {
 
-/// Left and right of the text in a QLineEdit, beside what the style keeps for its frame.
+/// Margins left and right of the text in a QLineEdit, besides the style's frame.
 constexpr int kFieldMargin = 2;
 
 std::string nameOf(const QWidget& widget, const QString& text)
@@ -137,8 +137,7 @@ TEST_P(Readability, CutsNoTableHeader)
     EXPECT_LE(width, table.width());
 }
 
-/// From the first to the last column in which something is drawn in the title's band; 0 when
-/// nothing is.
+/// The width from the first to the last column with pixels in the title's band; 0 if it is empty.
 int inkWidth(TitledBox& box)
 {
     const QImage image =
@@ -163,7 +162,7 @@ TEST_P(Readability, DrawsEveryBoxTitleWhole)
     for (TitledBox* box : boxes()) {
         const int needed = QFontMetrics(box->font()).horizontalAdvance(box->title());
         EXPECT_LE(needed, box->width() - 16) << box->title().toStdString();
-        // A swallowed "&" would be narrower by its own width.
+        // Without its "&" the title would be narrower.
         EXPECT_NEAR(inkWidth(*box), needed, 5) << box->title().toStdString();
     }
 }
@@ -183,7 +182,7 @@ TEST_P(Readability, ShowsEveryDetectionWithoutScrolling)
     }
 }
 
-/// Changes the palette of the program for as long as it lives.
+/// Changes the program's palette while it lives.
 class ProgramPalette
 {
 public:
@@ -275,7 +274,7 @@ TEST_F(Colours, FollowAChangeOfThePalette)
     EXPECT_EQ(tool().nstfUpdateInfo_UpdateFW->palette().color(QPalette::Text), onLight);
 }
 
-/// How many pixels of the view are clearly of this hue.
+/// The number of pixels in the view that are clearly of this hue.
 int pixelsOfHue(TextView& view, int hue)
 {
     const QImage image = view.viewport()->grab().toImage();

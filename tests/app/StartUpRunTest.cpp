@@ -65,7 +65,7 @@ TEST_F(StartUpRun, FindsAnImageWhoseNameIsNoText)
     launchAndSettle();
     EXPECT_THAT(progressText(), testing::EndsWith("Update FW Success\n"));
     EXPECT_EQ(hub().flash(), demoImage(kDemoVersion101));
-    std::filesystem::remove(image); // the toolkit, which clears the folder, cannot name it
+    std::filesystem::remove(image); // Qt cannot name it when it clears the folder
 }
 
 TEST_F(StartUpRun, EndsTheProcessFiveSecondsAfterItsSuccess)
@@ -197,7 +197,7 @@ TEST_F(StartUpRun, LeavesTheMainThreadFree)
     ASSERT_TRUE(waitFor([this] { return eraseGate.isReached(); }));
     EXPECT_EQ(progressText(), "FW:demo.bin(size=32768)\n\nErase Flash...\n");
     EXPECT_TRUE(Hub_IsOpen());
-    strangerComesOrGoes(UsbEvent::Attached); // what the main thread does, it still does
+    strangerComesOrGoes(UsbEvent::Attached); // the main thread still works
     settleEvents();
     EXPECT_EQ(hubInfo(), "Detect Zel Hub : Success\nfwVer:ffff");
     eraseGate.open();

@@ -29,11 +29,11 @@ namespace vornadel::test
 
 inline constexpr std::size_t kSwitchedCount = 10;
 
-/// A file with supported ids for the simulated hub and nothing else.
+/// A config.ini with only the ids of the simulated hub.
 std::string configText(const std::string& settings = "");
 
-/// The whole window program over a simulated hub and a machine that only pretends. What is to
-/// differ from the defaults is set before launch(). Ends the tool when it goes.
+/// The whole window program on a simulated hub and a fake machine. Set what differs from the
+/// defaults before launch(). The destructor ends the tool.
 class ToolUnderTest : public testing::Test
 {
 public:
@@ -43,11 +43,11 @@ protected:
     ToolUnderTest();
 
     void launch();
-    /// The same, and returns only when the run at the start has ended: the buttons are enabled.
+    /// The same, but waits for the end of the update at start, when the buttons are enabled.
     void launchAndSettle();
-    /// What the launch wrote to standard error.
+    /// The standard error output of the launch.
     std::string consoleOfLaunch();
-    void end(); ///< as when the window has closed
+    void end(); ///< as after the window has closed
 
     AppDelegate& tool() { return *m_delegate; }
     SimulatedHub& hub() { return m_bus->hub(); }
@@ -58,7 +58,7 @@ protected:
 
     std::string directory() const { return m_directory.path().toStdString(); }
     std::string resources() const { return place.resourcePath; }
-    /// Writes a file into the test's own directory; the result is its path.
+    /// Writes a file into the test's folder and returns its path.
     std::string writeFile(const std::string& name, const std::vector<std::uint8_t>& bytes) const;
 
     std::array<QPushButton*, kSwitchedCount> switchedButtons();
@@ -70,7 +70,7 @@ protected:
     std::string hubInfo();
     std::string progressText();
 
-    std::optional<std::string> config = configText(); ///< config.ini; nothing: there is none
+    std::optional<std::string> config = configText(); ///< config.ini; unset: none
     SimulatedHubOptions hubOptions;
     ToolPlace place;
     QString titleSuffix;
@@ -79,34 +79,34 @@ protected:
     FakePrivilegedRun privileged;
     std::optional<Clock::Duration> heldPause; ///< of the clock
     std::atomic<int> ends = 0; ///< how often the tool has ended the process by itself
-    Gate eraseGate;            ///< stands before the hub's erase
-    Gate readGate;             ///< stands before a flow's read of the flash
+    Gate eraseGate;            ///< stops before the hub's erase
+    Gate readGate;             ///< stops before a flow reads the flash
 
 private:
     QTemporaryDir m_directory;
-    std::unique_ptr<PatientClock> m_clock; // one per launch: an end interrupts it for good
+    std::unique_ptr<PatientClock> m_clock; // one per launch, because an end interrupts it for good
     std::unique_ptr<SimulatedBus> m_bus;
     std::unique_ptr<Platform> m_platform;
     std::unique_ptr<AppDelegate> m_delegate;
 };
 
-/// Keeps the events going until the condition holds; false when ten seconds were not enough.
+/// Handles events until the condition holds, at most ten seconds; false on time-out.
 bool waitFor(const std::function<bool()>& condition);
 
-/// Runs the events that are waiting, and what they bring along.
+/// Handles all pending events, including those that they cause.
 void settleEvents();
 
-/// Clicks on a button that opens a dialog. `use` gets the dialog when it is up and has to end it.
+/// Clicks on a button that opens a dialog. `use` is called with the open dialog and must close it.
 void clickAndUse(QPushButton* button, const std::function<void(QDialog&)>& use);
 void runAndUse(const std::function<void()>& open, const std::function<void(QDialog&)>& use);
 
-/// Does something that brings an alert with this text out of another dialog, and closes the alert.
+/// Does something in another dialog that opens an alert with this text, and closes the alert.
 void expectAlertWithin(const QString& text, const std::function<void()>& action);
 
 /// Clicks on a button that opens a file dialog, types a path there and confirms.
 void chooseByTyping(QPushButton* button, const QString& path);
 
-/// How well a text of a view can be read where it stands, 1 to 21.
+/// The contrast of a view's text against its background, 1 to 21.
 double contrastOf(const TextView& view);
 int hueOf(const TextView& view);
 

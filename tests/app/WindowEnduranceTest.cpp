@@ -1,5 +1,4 @@
-// What a day on a production line does to the window: a thousand updates, plugs that come loose,
-// and a system that has nothing left to give.
+// A day on a production line: a thousand updates, loose plugs, and a system without free resources.
 
 #include "tests/app/ToolUnderTest.h"
 
@@ -36,7 +35,7 @@ protected:
                        QString::fromStdString(writeFile("demo.bin", m_image)));
     }
 
-    /// One press of "Update", to its end.
+    /// Presses "Update" and waits for its end.
     void update()
     {
         QTest::mouseClick(tool().btnUpdate_EasyUpdate, Qt::LeftButton);
@@ -65,9 +64,9 @@ TEST_F(WindowEndurance, AThousandUpdatesLeaveNothingBehind)
     const Resources late = Resources::now();
     std::cout << kUpdates << " updates; heap " << early.bytes << " -> " << late.bytes
               << " bytes, descriptors " << early.descriptors << " -> " << late.descriptors << '\n';
-    // The smallest block, left behind by each, would be this much.
+    // The smallest leak per update would be this much.
     EXPECT_LT(late.bytes, early.bytes + std::size_t{24} * kUpdates);
-    EXPECT_LE(late.descriptors, early.descriptors); // the file dialog may give its own back late
+    EXPECT_LE(late.descriptors, early.descriptors); // the file dialog may release its own late
 }
 
 TEST_F(WindowEndurance, AStormOfPlugsLeavesTheWindowTruthfulAndUsable)

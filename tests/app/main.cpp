@@ -7,10 +7,10 @@
 namespace
 {
 
-/// What Qt has to complain about is a defect in the window.
+/// Every warning from Qt is a defect in the window.
 void failOnComplaint(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message)
 {
-    // The offscreen screen has no window manager to tell the sizes to.
+    // Except this one: the offscreen screen has no window manager that could use the sizes.
     if (type == QtDebugMsg || type == QtInfoMsg ||
         message.startsWith("This plugin does not support")) {
         return;
@@ -25,7 +25,7 @@ int main(int argc, char** argv)
     vornadel::test::insistOnAnExactHeap(argv);
     testing::InitGoogleTest(&argc, argv);
     testing::GTEST_FLAG(death_test_style) = "threadsafe";
-    qputenv("QT_QPA_PLATFORM", TEST_SCREEN); // a screen from outside has other sizes
+    qputenv("QT_QPA_PLATFORM", TEST_SCREEN); // another screen has other sizes
     const QTemporaryDir home; // the file dialog keeps a history in the user's settings
     qputenv("HOME", home.path().toLocal8Bit());
     qputenv("XDG_CONFIG_HOME", home.path().toLocal8Bit());

@@ -42,7 +42,7 @@ namespace
 const __CFString defaultMode{};
 __CFBundle mainBundle;
 
-/// The identifiers as they are published.
+/// The published identifiers.
 const std::map<std::string, std::string>& knownIds()
 {
     static const std::map<std::string, std::string> known = {
@@ -151,7 +151,7 @@ Boolean CFURLGetFileSystemRepresentation(CFURLRef url, Boolean absolute, UInt8* 
     const std::size_t room = static_cast<std::size_t>(size) - 1;
     const std::size_t fits = std::min(url->path.size(), room);
     std::memcpy(buffer, url->path.data(),
-                fits); // whatever the answer: a refusal leaves it as it comes
+                fits); // in any case: a refusal leaves it unchanged
     buffer[fits] = 0;
     return url->hasPath && fits == url->path.size() ? 1 : 0;
 }
@@ -176,7 +176,7 @@ void CFRunLoopAddSource(CFRunLoopRef runLoop, CFRunLoopSourceRef source, CFRunLo
         state->wrong("a run loop given no source");
         return;
     }
-    if (mode == kCFRunLoopDefaultMode) { // the only one in which a turn is made
+    if (mode == kCFRunLoopDefaultMode) { // the only mode that runs
         state->runLoopOfPort[source->port] = runLoop;
     }
 }
@@ -188,7 +188,7 @@ CFUUIDRef CFUUIDGetConstantUUIDWithBytes(CFAllocatorRef /*allocator*/, UInt8 byt
                                          UInt8 byte14, UInt8 byte15)
 {
     static std::mutex mutex;
-    static std::list<__CFUUID> made; // one for each set of bytes, to the end of the process
+    static std::list<__CFUUID> made; // one per value, kept until the process ends
     const CFUUIDBytes bytes{byte0, byte1, byte2,  byte3,  byte4,  byte5,  byte6,  byte7,
                             byte8, byte9, byte10, byte11, byte12, byte13, byte14, byte15};
     const std::lock_guard lock(mutex);

@@ -20,15 +20,14 @@ struct CoreObject {
     std::string name;
 };
 
-/// What a platform's identifier stands for, "device interface" and the like; "an unknown id" when
-/// it is none of them.
+/// The meaning of an identifier of the platform, such as "device interface", or "an unknown id".
 std::string nameOf(CFUUIDRef uuid);
 std::string nameOf(const CFUUIDBytes& bytes);
 
 /// "source 1", or "none".
 std::string nameOf(CFRunLoopSourceRef source);
 
-/// The run loop's source of a port, which the machine keeps. Wants the mutex held.
+/// The run loop source of a port; the machine owns it. The mutex must be held.
 CFRunLoopSourceRef makeSource(MacState& state, const void* port, std::string name);
 
 } // namespace vornadel::test

@@ -1,4 +1,4 @@
-// The device registry: searches, notifications, and what is behind an `io_object_t`.
+// The device registry: searches, notifications, and the objects behind an `io_object_t`.
 
 #include "tests/fake_macos/FakeCoreFoundation.h"
 #include "tests/fake_macos/FakeUserClient.h"
@@ -9,7 +9,7 @@
 #include <string>
 #include <utility>
 
-// Things of the platform that are opaque to its users. A name is all that these need.
+// Opaque types of the platform. They need only a name.
 struct __CFDictionary : vornadel::test::CoreObject {
     using CoreObject::CoreObject;
 };
@@ -41,7 +41,7 @@ std::string nameOf(CFDictionaryRef dictionary)
     return dictionary != nullptr ? dictionary->name : "none";
 }
 
-/// A search and a notification use the caller's dictionary up, whatever comes of it.
+/// Searches and notifications always consume the caller's dictionary, even on failure.
 void useUp(MacState& state, CFDictionaryRef dictionary)
 {
     if (dictionary != nullptr) {

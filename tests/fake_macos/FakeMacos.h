@@ -19,7 +19,7 @@ namespace vornadel::test
 
 struct MacState;
 
-/// How a device on the machine behaves. The results are those of the calls that concern it.
+/// The behaviour of a device on the machine: the results of the calls on it.
 struct MacDevice {
     std::uint16_t vendorId = 0;
     std::uint16_t productId = 0;
@@ -29,24 +29,25 @@ struct MacDevice {
     kern_return_t serviceReleaseResult = kIOReturnSuccess;
     bool givesInterface = true;
     HRESULT queryResult = 0;
-    IOReturn vendorResult = kIOReturnSuccess; ///< anything else leaves the caller's word alone
+    IOReturn vendorResult = kIOReturnSuccess; ///< anything else leaves the caller's variable
+                                              ///< unchanged
     IOReturn productResult = kIOReturnSuccess;
     IOReturn openResult = kIOReturnSuccess;
 
-    /// Answers a request on the open device; without it every request succeeds and moves what it
-    /// asks for. Runs without any lock, as the two below do.
+    /// Answers a request on the open device; if unset, every request succeeds and moves all its
+    /// bytes. Called without any lock, like the two below.
     std::function<IOReturn(IOUSBDevRequest&)> onRequest{};
-    std::function<IOReturn()> onOpen{}; ///< its result counts when `openResult` is a success
+    std::function<IOReturn()> onOpen{}; ///< its result is used if `openResult` is a success
     std::function<void()> onClose{};
 };
 
-/// A Mac for the back end to work on: it does as it is told, writes every call down, and keeps
-/// account of what it has given out. The functions of the headers beside this file reach the
-/// machine that was made or used last; there must be one.
+/// A fake Mac for the back end: it behaves as configured, logs every call, and tracks the objects
+/// it has handed out. The functions of the headers beside this file use the machine that was
+/// created or used last; there must be one.
 ///
-/// Things are called by kind and number: "dictionary 1", "port 2" and "iterator 1" are counted as
-/// they are made; "service 0", "plug-in 0" and "interface 0" carry the place of their device among
-/// those attached when they were made. What the machine has given out may outlive it.
+/// Objects are named by kind and number: "dictionary 1", "port 2" and "iterator 1" count from their
+/// creation; "service 0", "plug-in 0" and "interface 0" have the position of their device among
+/// those attached at that time. Objects may outlive the machine.
 ///
 /// Set it up before the threads start; the calls themselves may come from any thread.
 class FakeMacos
@@ -57,33 +58,32 @@ public:
     FakeMacos& operator=(const FakeMacos&) = delete;
     ~FakeMacos();
 
-    /// Makes this the machine that the functions work on.
+    /// Makes this the machine that the functions use.
     void use();
 
-    /// The calls in their order, as "IOObjectRelease(service 0)" or "IOIteratorNext(iterator 1) =
-    /// none".
+    /// The calls in order, for example "IOObjectRelease(service 0)" or "IOIteratorNext(iterator 1)
+    /// = none".
     std::vector<std::string> calls() const;
     void forgetCalls();
 
-    /// What was given out and not given back, as "iterator 1", in alphabetical order. Of the run
-    /// loop's sources only their ports count.
+    /// The objects that were not released, for example "iterator 1", in alphabetical order. For the
+    /// run loop's sources only their ports count.
     std::vector<std::string> alive() const;
-    /// Calls that no caller may make: a thing given back twice, used after its end, or of another
-    /// kind than the call wants.
+    /// Forbidden calls: an object released twice, used after its end, or of the wrong kind.
     std::vector<std::string> misuse() const;
 
-    /// Destroys the plug-ins and interfaces that were not given back, for tests in which that is as
-    /// it should be. Nobody may use them afterwards.
+    /// Destroys the plug-ins and interfaces that were not released, for tests that expect this.
+    /// Nobody may use them afterwards.
     void reclaim();
 
-    /// Puts a device at the end of the list, or takes the one at a place away. Notifications come
-    /// with the next turn.
+    /// Adds a device at the end of the list, or removes the one at a position. Notifications come
+    /// with the next turn of the run loop.
     void plug(MacDevice device);
     void unplug(std::size_t place = 0);
     /// Replaces all devices, without a notification.
     void attach(std::vector<MacDevice> devices);
 
-    /// One turn of the calling thread's run loop: delivers what waits for its sources.
+    /// One turn of the calling thread's run loop: delivers what is pending for its sources.
     void turnRunLoop();
 
     bool givesDictionaries = true;
@@ -96,7 +96,8 @@ public:
     OSStatus executionResult = errAuthorizationSuccess;
 
     std::map<OSType, SInt32> gestalt{};      ///< the answers by selector
-    std::map<OSType, OSErr> gestaltErrors{}; ///< selectors that fail; others are unknown
+    std::map<OSType, OSErr> gestaltErrors{}; ///< selectors that fail; without an entry here or
+                                             ///< above: unknown
 
     std::optional<std::string> bundlePath{}; ///< none: there is no main bundle
     bool bundleHasUrl = true;

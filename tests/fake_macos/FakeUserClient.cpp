@@ -1,5 +1,5 @@
-// The plug-in of a device and the device interface that it gives, as programs meet them: pointers
-// to tables of functions.
+// The plug-in of a device and its device interface, as programs see them: pointers to function
+// tables.
 
 #include "tests/fake_macos/FakeUserClient.h"
 
@@ -17,7 +17,7 @@ namespace
 {
 
 struct UserClient {
-    void* table; // first, for a pointer to this is a pointer to the pointer to the table
+    void* table; // first, so that a pointer to this points to the table pointer
     void* tableAfterEnd;
     std::shared_ptr<MacState> state;
     DevicePointer device;
@@ -29,7 +29,7 @@ UserClient& of(void* self) { return *static_cast<UserClient*>(self); }
 
 void destroy(void* self) { delete &of(self); }
 
-/// With one reference; wants the mutex held.
+/// Starts with one reference. The mutex must be held.
 UserClient* makeClient(void* table, void* tableAfterEnd, const std::shared_ptr<MacState>& state,
                        const DevicePointer& device, const std::string& name)
 {
@@ -39,7 +39,7 @@ UserClient* makeClient(void* table, void* tableAfterEnd, const std::shared_ptr<M
     return client;
 }
 
-/// A call on a user client, from its beginning to its end, with the machine's mutex held.
+/// The duration of a call on a user client, with the machine's mutex held.
 class Call
 {
 public:
@@ -82,7 +82,7 @@ ULONG release(void* self)
     return left;
 }
 
-/// What stands in every slot of a client that has been given back for good.
+/// Fills every slot of a client that has been released for good.
 template <typename Result, typename... Arguments>
 Result afterTheEnd(void* self, Arguments... /*arguments*/)
 {
@@ -92,7 +92,7 @@ Result afterTheEnd(void* self, Arguments... /*arguments*/)
     return Result();
 }
 
-/// Whether a request gets to the device.
+/// Whether a request reaches the device.
 IOReturn reach(const UserClient& client)
 {
     if (!client.device->present) {
@@ -190,7 +190,7 @@ IOReturn request(void* self, IOUSBDevRequest* transfer)
     return result != kIOReturnSuccess ? result : after;
 }
 
-// Only what the back end may use is there; a call through any other slot ends the program.
+// Only the functions that the back end may use; a call through any other slot ends the program.
 IOUSBDeviceInterface deviceTable()
 {
     IOUSBDeviceInterface table{};

@@ -9,7 +9,7 @@
 namespace vornadel::test
 {
 
-/// The user-client plug-in of a device, with one reference. Wants the mutex held.
+/// The user-client plug-in of a device, with one reference. The mutex must be held.
 IOCFPlugInInterface** makePlugIn(const std::shared_ptr<MacState>& state,
                                  const DevicePointer& device);
 

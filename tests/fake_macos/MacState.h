@@ -14,7 +14,7 @@
 namespace vornadel::test
 {
 
-/// A device as the machine keeps it.
+/// The machine's record of a device.
 struct AttachedDevice {
     MacDevice behaviour;
     std::size_t place = 0;
@@ -24,12 +24,12 @@ struct AttachedDevice {
 
 using DevicePointer = std::shared_ptr<AttachedDevice>;
 
-/// Something behind an `io_object_t`: an iterator over devices, or the service of one.
+/// The object behind an `io_object_t`: an iterator over devices, or the service of one.
 struct RegistryObject {
     std::string name;
     bool isIterator = false;
-    std::deque<DevicePointer> devices; ///< those still to come; of a service its own
-    bool exhausted = false;            ///< has said that it has no more, and may notify again
+    std::deque<DevicePointer> devices; ///< the remaining ones; for a service, its own
+    bool exhausted = false;            ///< read to its end, so it may notify again
 };
 
 struct Notification {
@@ -40,18 +40,17 @@ struct Notification {
     void* reference = nullptr;
 };
 
-/// What stands behind a FakeMacos. The things given out hold on to it, so it outlives the last of
-/// them.
+/// The state of a FakeMacos. The objects handed out share it, so it outlives the last of them.
 struct MacState {
     explicit MacState(FakeMacos* its) : machine(its) {}
 
-    FakeMacos* machine; ///< null after its end; guarded by `mutex` as everything is
+    FakeMacos* machine; ///< null after its end; guarded by `mutex` like everything here
     mutable std::mutex mutex;
 
     std::vector<std::string> calls;
     std::vector<std::string> misuse;
     std::map<std::string, int> alive;   ///< references by name
-    std::map<std::string, int> counted; ///< things made so far, by kind
+    std::map<std::string, int> counted; ///< objects created so far, by kind
 
     std::vector<DevicePointer> attached;
     std::map<io_object_t, RegistryObject> objects;
@@ -59,22 +58,22 @@ struct MacState {
     std::vector<Notification> notifications;
     std::map<const void*, const void*> runLoopOfPort;
     std::map<void*, void (*)(void*)> clients; ///< plug-ins and interfaces, each with its destructor
-    std::set<const void*> handedOut;          ///< pointers that may still be given back
-    /// What the system keeps until the process ends, and what has been given back, so that its use
-    /// can be told.
+    std::set<const void*> handedOut;          ///< pointers that may still be released
+    /// Objects that the system keeps until the process ends, and released ones, to detect their
+    /// use.
     std::vector<std::shared_ptr<const void>> kept;
 
-    // All of these want the mutex held.
+    // The mutex must be held for all of these.
 
     void call(std::string text) { calls.push_back(std::move(text)); }
     void wrong(std::string text) { misuse.push_back(std::move(text)); }
-    /// "dictionary 1": the next of its kind.
+    /// The name of the next object of a kind, for example "dictionary 1".
     std::string nextName(const std::string& kind)
     {
         return kind + ' ' + std::to_string(++counted[kind]);
     }
     void made(const std::string& name) { ++alive[name]; }
-    /// The same for a thing that its users hold by a pointer.
+    /// The same for an object that users hold by a pointer.
     template <typename Thing>
     Thing* madeAt(Thing* thing)
     {
@@ -82,8 +81,8 @@ struct MacState {
         handedOut.insert(thing);
         return thing;
     }
-    /// Gives such a thing back and keeps it aside; false, and written down, when it is none, or not
-    /// there any more.
+    /// Releases such an object and keeps it aside. If it is invalid or already released: false, and
+    /// reported as misuse.
     template <typename Thing>
     bool goneAt(const Thing* thing, const std::string& how)
     {
@@ -94,20 +93,20 @@ struct MacState {
         kept.push_back(std::shared_ptr<const Thing>(thing));
         return gone(thing->name, how);
     }
-    /// Gives one reference back; false, and written down, when there is none.
+    /// Releases one reference. If there is none: false, and reported as misuse.
     bool gone(const std::string& name, const std::string& how);
     io_object_t add(RegistryObject object);
     std::string nameOf(io_object_t object) const;
     void notify(const std::string& kind, const DevicePointer& device);
 };
 
-/// The machine that the platform's functions work on.
+/// The machine that the platform's functions use.
 std::shared_ptr<MacState> mac();
 
 /// The calling thread's run loop.
 CFRunLoopRef ownRunLoop();
 
-/// " = 0xE00002C5"; nothing for a success.
+/// For example " = 0xE00002C5"; empty for a success.
 std::string statusText(std::int64_t status);
 
 } // namespace vornadel::test

@@ -1,4 +1,4 @@
-// The administrator scripts, call for call.
+// The administrator scripts, call by call.
 
 #include "platform/macos/AuthorizedRun.h"
 

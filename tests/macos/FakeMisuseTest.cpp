@@ -1,5 +1,5 @@
-// What the fake says of callers that do wrong. Each of these is what a back end with one line too
-// many, one too few or two in the wrong order would do.
+// The fake's reports of misuse: what a back end with one line too many, one too few, or two in the
+// wrong order would do.
 
 #include "tests/fake_macos/FakeMacos.h"
 
@@ -81,7 +81,7 @@ protected:
         return made;
     }
 
-    /// The fake has said this and nothing else, and nothing was left over.
+    /// The fake has reported this and nothing else, and nothing was leaked.
     void expectMisuse(const std::string& what)
     {
         EXPECT_THAT(mac.misuse(), ElementsAre(what));
@@ -339,7 +339,7 @@ TEST_F(FakeMisuse, RunLoopGivenNoSource)
     expectMisuse("a run loop given no source");
 }
 
-/// A Mac whose devices a program watches, and one that comes.
+/// A Mac whose devices a program watches, and one that is plugged in.
 class FakeNotification : public FakeMisuse
 {
 protected:

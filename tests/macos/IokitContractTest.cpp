@@ -13,7 +13,7 @@ constexpr std::uint8_t kRead = 0x11;
 constexpr std::uint8_t kWrite = 0x12;
 constexpr std::uint8_t kStall = 0x13;
 
-/// A device that sends a pattern, keeps what it is sent, and stalls at the rest.
+/// A device that sends a pattern, stores what it receives, and stalls all other requests.
 class MacBusUnderTest final : public BusUnderTest
 {
 public:

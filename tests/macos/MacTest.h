@@ -13,7 +13,7 @@
 namespace vornadel::test
 {
 
-/// The calls of one step of a search that comes to a device interface, for the device at a place.
+/// The calls of one successful step of a search, for the device at a position.
 inline std::vector<std::string> callsUpToTheInterface(const std::string& iterator, int place)
 {
     const std::string number = std::to_string(place);
@@ -27,7 +27,7 @@ inline std::vector<std::string> callsUpToTheInterface(const std::string& iterato
     };
 }
 
-/// The request that follows the open of the device at a place.
+/// The request that follows the open of the device at a position.
 inline std::string openTimeRequest(int place)
 {
     char text[64];
@@ -36,7 +36,7 @@ inline std::string openTimeRequest(int place)
     return text;
 }
 
-/// The calls of the registration for both kinds of notification, on a machine that refuses none.
+/// The calls that register for both kinds of notification, without a refusal.
 inline std::vector<std::string> registrationCalls()
 {
     const auto registered = [](const std::string& number, const std::string& kind) {
@@ -58,7 +58,7 @@ inline std::vector<std::string> registrationCalls()
     };
 }
 
-/// Lists of calls one after the other.
+/// Concatenates lists of calls.
 template <typename... Lists>
 std::vector<std::string> oneAfterTheOther(const Lists&... lists)
 {
@@ -67,7 +67,7 @@ std::vector<std::string> oneAfterTheOther(const Lists&... lists)
     return all;
 }
 
-/// A Mac without devices. Nothing may be done to it that no program may do.
+/// A Mac without devices. Each test fails on misuse.
 class MacTest : public testing::Test
 {
 public:

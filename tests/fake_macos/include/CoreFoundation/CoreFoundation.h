@@ -1,6 +1,6 @@
-// What the macOS back end uses of Core Foundation, for systems without it. Names, types and values
-// are the platform's; platform/macos/Contract.cpp holds them against the platform's own headers on
-// a Mac. The functions work on the machine of tests/fake_macos/FakeMacos.h.
+// The part of Core Foundation that the macOS back end uses, for systems without it. Names, types
+// and values are the platform's; on a Mac, platform/macos/Contract.cpp checks them against the
+// platform's own headers. The functions use the machine of tests/fake_macos/FakeMacos.h.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// What the macOS back end uses of Core Services; see CoreFoundation.h beside it.
+// The part of Core Services that the macOS back end uses; see CoreFoundation.h beside it.
 
 #pragma once
 

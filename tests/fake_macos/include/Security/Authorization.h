@@ -1,4 +1,4 @@
-// What the macOS back end uses of Authorization services; see CoreFoundation.h.
+// The part of Authorization services that the macOS back end uses; see CoreFoundation.h.
 
 #pragma once
 

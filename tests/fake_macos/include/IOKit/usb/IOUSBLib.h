@@ -1,5 +1,5 @@
 // The user client of a USB device; see CoreFoundation.h. The table has every slot up to the last
-// that is used, for a slot is known by its place alone.
+// used one, because only its position identifies a slot.
 
 #pragma once
 
