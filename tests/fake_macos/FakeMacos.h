@@ -29,8 +29,7 @@ struct MacDevice {
     kern_return_t serviceReleaseResult = kIOReturnSuccess;
     bool givesInterface = true;
     HRESULT queryResult = 0;
-    IOReturn vendorResult = kIOReturnSuccess; ///< anything else leaves the caller's variable
-                                              ///< unchanged
+    IOReturn vendorResult = kIOReturnSuccess; ///< otherwise the caller's variable is unchanged
     IOReturn productResult = kIOReturnSuccess;
     IOReturn openResult = kIOReturnSuccess;
 
@@ -95,9 +94,9 @@ public:
     OSStatus authorizationResult = errAuthorizationSuccess; ///< otherwise: no authorization
     OSStatus executionResult = errAuthorizationSuccess;
 
-    std::map<OSType, SInt32> gestalt{};      ///< the answers by selector
-    std::map<OSType, OSErr> gestaltErrors{}; ///< selectors that fail; without an entry here or
-                                             ///< above: unknown
+    std::map<OSType, SInt32> gestalt{}; ///< the answers by selector
+    /// Selectors that fail. Those in neither map are unknown to the system.
+    std::map<OSType, OSErr> gestaltErrors{};
 
     std::optional<std::string> bundlePath{}; ///< none: there is no main bundle
     bool bundleHasUrl = true;
