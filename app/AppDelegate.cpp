@@ -68,7 +68,9 @@ void AppDelegate::applicationDidFinishLaunching()
 
 void AppDelegate::startFlow(std::function<void()> flow)
 {
-    if (!m_worker.start(std::move(flow))) {
+    // No script takes the access to the hub away in the middle of the flow.
+    std::shared_ptr<HubHold> hold = m_platform.privileged.holdHub();
+    if (!m_worker.start([hold = std::move(hold), flow = std::move(flow)] { flow(); })) {
         sayThatNothingStarts();
     }
 }

@@ -11,6 +11,8 @@
 #include <QMessageBox>
 #include <QPushButton>
 
+#include <memory>
+
 namespace vornadel
 {
 
@@ -62,8 +64,15 @@ void AppDelegate::UnloadUpdateDriver()
 {
     ConsoleLog("Enter UnloadUpdateDriver");
     const ButtonsOff off(*this);
+    // Before the script is started: a hub that restarts into its ROM code must be let out of it
+    // before the access to it goes.
+    const std::unique_ptr<HubHold> hold = m_platform.privileged.holdHub();
     runScript("unload");
-    returnHubToFlash();
+    if (hold) {
+        returnHubToFlash();
+    } else {
+        ConsoleLog("the access to the hub is being taken away; the hub is left as it is");
+    }
 }
 
 void AppDelegate::RebootOrNot()

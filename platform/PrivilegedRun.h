@@ -1,9 +1,20 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 namespace vornadel
 {
+
+/// Keeps scripts from taking the access to the hub away, from PrivilegedRun::holdHub() to its end.
+class HubHold
+{
+public:
+    HubHold() = default;
+    HubHold(const HubHold&) = delete;
+    HubHold& operator=(const HubHold&) = delete;
+    virtual ~HubHold() = default;
+};
 
 /// Starting a script with administrator rights.
 class PrivilegedRun
@@ -18,6 +29,12 @@ public:
     /// arguments. Does not wait for it to end. False when the platform has no means to do so; a
     /// refusal by the user is not told apart from success.
     virtual bool start(const std::string& script) = 0;
+
+    /// Tells the scripts that this process is using the hub: a script started here takes no access
+    /// away before all holds have ended, or its patience has. Null when a script is taking access
+    /// away right now, and the hub must be left alone. Any thread; on a platform whose scripts do
+    /// not wait, the hold does nothing.
+    virtual std::unique_ptr<HubHold> holdHub() { return std::make_unique<HubHold>(); }
 };
 
 } // namespace vornadel

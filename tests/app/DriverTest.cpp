@@ -223,15 +223,49 @@ TEST_F(DriverButtons, SendTheHubBackToItsFirmwareAfterUnloading)
     privileged.onStart = [&] {
         note();
         EXPECT_EQ(hub().runningCode(), HubCode::Rom) << "the script comes first";
+        EXPECT_EQ(privileged.holds, 1);
+    };
+    hub().onRequest = [&](const ControlRequest& request) {
+        constexpr std::uint8_t kRestartIntoFlash = 0xE9;
+        if (request.bRequest == kRestartIntoFlash) {
+            EXPECT_EQ(privileged.holds, 1) << "or the script would take the access away";
+        }
     };
     testing::internal::CaptureStderr();
     QTest::mouseClick(tool().nsbtnUnloadDriver_HelpBox, Qt::LeftButton);
     EXPECT_THAT(testing::internal::GetCapturedStderr(),
                 testing::StartsWith("Enter UnloadUpdateDriver\n"));
     EXPECT_EQ(m_steps, std::vector<std::string>{resources() + "/unload (off)"});
+    EXPECT_EQ(privileged.holds, 0);
     EXPECT_EQ(hub().runningCode(), HubCode::Flash);
     EXPECT_FALSE(Hub_IsOpen());
     EXPECT_TRUE(allSwitched(true));
+}
+
+TEST_F(DriverButtons, LeaveTheHubAloneWhileItsAccessIsTakenAway)
+{
+    hubOptions.mode = HubCode::Rom;
+    launchOn(kModern, "");
+    privileged.scriptAtWork = true;
+    testing::internal::CaptureStderr();
+    QTest::mouseClick(tool().nsbtnUnloadDriver_HelpBox, Qt::LeftButton);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "Enter UnloadUpdateDriver\nthe access to the hub is being taken away; the hub is "
+              "left as it is\n");
+    EXPECT_EQ(hub().runningCode(), HubCode::Rom);
+    EXPECT_EQ(privileged.scripts.size(), 1U);
+}
+
+TEST_F(DriverButtons, KeepTheAccessWhileAFlowRuns)
+{
+    launchOn(kModern, "");
+    hub().onRequest = [this](const ControlRequest& /*request*/) {
+        EXPECT_TRUE(QThread::currentThread() == qApp->thread() || privileged.holds == 1);
+    };
+    tool().SetButtonStatus(true);
+    QTest::mouseClick(tool().btnRead_FwFlash, Qt::LeftButton);
+    ASSERT_TRUE(waitUntilEnabled());
+    ASSERT_TRUE(waitFor([this] { return privileged.holds == 0; }));
 }
 
 TEST_F(DriverButtons, KeepNoPressForTheTimeAfter)

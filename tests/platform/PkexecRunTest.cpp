@@ -8,9 +8,11 @@
 #include <future>
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <string>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
+#include <vector>
 
 namespace vornadel::test
 {
@@ -68,7 +70,7 @@ TEST_F(PkexecRunTest, LeavesNoZombie)
 {
     PkexecRun run(program("exit 1"));
     for (int i = 0; i < 5; ++i) {
-        EXPECT_TRUE(run.start("load"));
+        EXPECT_TRUE(run.start(std::to_string(i)));
     }
     waitUntilChildless(); // hangs where an exit status is left lying
 }
@@ -86,6 +88,70 @@ TEST_F(PkexecRunTest, TellsOfTheStatusThatIsNotTheUsersDoing)
         told.get_future().get(),
         "/127 ended with 127: no authorization, no agent to ask for it, or a command is missing");
     waitUntilChildless();
+}
+
+TEST_F(PkexecRunTest, RunsOneScriptAtATimeAndNoneTwiceInARow)
+{
+    const std::string log = m_folder.path("log");
+    const std::string go = m_folder.path("go");
+    mkfifo(go.c_str(), 0600);
+    const std::string pkexec =
+        program("echo \"begin $1\" >> '" + log + "'; echo \"$1\" > '" + m_folder.path("pipe") +
+                "'; read line < '" + go + "'; echo \"end $1\" >> '" + log +
+                "'; [ $1 = load ] || rm \"$0\""); // after unload, nothing can be started any more
+    std::vector<std::string> told;
+    std::promise<void> lastTold;
+    PkexecRun run(pkexec, [&](const std::string& line) {
+        told.push_back(line);
+        if (line == "reboot could not be started") {
+            lastTold.set_value();
+        }
+    });
+    for (const char* script : {"load", "load", "unload", "unload", "unload", "reboot"}) {
+        EXPECT_TRUE(run.start(script));
+    }
+    for (const char* script : {"load\n", "unload\n"}) {
+        EXPECT_EQ(hear(), script);
+        std::ofstream(go) << "go\n";
+    }
+    lastTold.get_future().get();
+    EXPECT_EQ(m_folder.read("log"), "begin load\nend load\nbegin unload\nend unload\n");
+    const std::string again = " has been started already and has not ended yet";
+    EXPECT_EQ(told, (std::vector<std::string>{"load" + again, "unload" + again, "unload" + again,
+                                              "reboot could not be started"}));
+    waitUntilChildless();
+}
+
+TEST_F(PkexecRunTest, LetsAScriptWaitUntilTheHubIsNoLongerHeld)
+{
+    PkexecRun run(program("flock -x -n 0 && echo free > '" + m_folder.path("pipe") +
+                          "' || echo held > '" + m_folder.path("pipe") + "'"));
+    std::unique_ptr<HubHold> first = run.holdHub();
+    std::unique_ptr<HubHold> second = run.holdHub();
+    ASSERT_TRUE(first && second);
+    const auto startAndHear = [&] {
+        EXPECT_TRUE(run.start("unload"));
+        const std::string heard = hear();
+        waitUntilChildless();
+        return heard;
+    };
+    EXPECT_EQ(startAndHear(), "held\n");
+    first.reset();
+    EXPECT_EQ(startAndHear(), "held\n");
+    second.reset();
+    EXPECT_EQ(startAndHear(), "free\n");
+}
+
+TEST_F(PkexecRunTest, GivesNoHoldWhileAScriptTakesTheAccessAway)
+{
+    PkexecRun run(program("flock -x 0; echo locked > '" + m_folder.path("pipe") +
+                          "'; read line < '" + m_folder.path("pipe") + "'"));
+    EXPECT_TRUE(run.start("unload"));
+    EXPECT_EQ(hear(), "locked\n");
+    EXPECT_EQ(run.holdHub(), nullptr);
+    std::ofstream(m_folder.path("pipe")) << "go\n";
+    waitUntilChildless();
+    EXPECT_NE(run.holdHub(), nullptr);
 }
 
 TEST_F(PkexecRunTest, StaysTheParentOfTheProgram)

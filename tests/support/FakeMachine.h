@@ -5,7 +5,9 @@
 #include "platform/SystemVersion.h"
 
 #include <algorithm>
+#include <atomic>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -57,9 +59,27 @@ public:
         return able;
     }
 
+    std::unique_ptr<HubHold> holdHub() override
+    {
+        return scriptAtWork ? nullptr : std::make_unique<Hold>(holds);
+    }
+
     std::vector<std::string> scripts;
     std::function<void()> onStart;
-    bool able = true; ///< whether this machine can ask for administrator rights
+    bool able = true;          ///< whether this machine can ask for administrator rights
+    bool scriptAtWork = false; ///< whether a script takes access away right now
+    std::atomic<int> holds{0}; ///< how many holds on the hub there are
+
+private:
+    class Hold final : public HubHold
+    {
+    public:
+        explicit Hold(std::atomic<int>& holds) : m_holds(holds) { ++m_holds; }
+        ~Hold() override { --m_holds; }
+
+    private:
+        std::atomic<int>& m_holds;
+    };
 };
 
 } // namespace vornadel::test
