@@ -108,7 +108,8 @@ void AppDelegate::wirePropertyEditor()
 void AppDelegate::takeBootArgumentsSnapshot()
 {
     const std::string file = QFile::encodeName(bootArgumentsFile).toStdString();
-    if (!m_platform.shell.exists(file)) {
+    // A dangling link does not exist, and the shell would create what it points to.
+    if (!m_platform.shell.exists(file) && m_platform.shell.mayAppend(file)) {
         RunBufferedCommand(m_platform.shell, ("nvram boot-args >> " + file).c_str());
     }
 }

@@ -21,6 +21,18 @@ namespace
 /// The buffer into which the log and snapshot commands are formatted. Main thread only.
 std::array<char, 1024> commandBuffer;
 
+void appendToLog(Shell& shell, const char* before, const std::string& text)
+{
+    const char* const command =
+        formatShellCommand(commandBuffer, before, text, " >> /tmp/Vornadel.log");
+    if (shell.mayAppend(kLogFile)) {
+        shell.run(command);
+    } else {
+        ConsoleLog(
+            QString("%1 is not a plain file of your own; nothing is written to it").arg(kLogFile));
+    }
+}
+
 } // namespace
 
 QString GeneralFunction::GetCurrentSystemVersion(SystemVersion& system)
@@ -68,17 +80,14 @@ void GeneralFunction::AlertString(const QString& message)
 
 void GeneralFunction::PrintNormalLog(Shell& shell, const QString& text)
 {
-    runShellCommand(shell, commandBuffer, "echo ", text.toStdString(), " >> /tmp/Vornadel.log");
+    appendToLog(shell, "echo ", text.toStdString());
 }
 
-void LogShellOutput(Shell& shell, const char* command)
-{
-    runShellCommand(shell, commandBuffer, "", command, " >> /tmp/Vornadel.log");
-}
+void LogShellOutput(Shell& shell, const char* command) { appendToLog(shell, "", command); }
 
 void RunBufferedCommand(Shell& shell, const char* command)
 {
-    runShellCommand(shell, commandBuffer, "", command, "");
+    shell.runQuietly(formatShellCommand(commandBuffer, "", command, ""));
 }
 
 QString GeneralFunction::GetStringFromFile(const QString& path)

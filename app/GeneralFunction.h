@@ -7,6 +7,9 @@
 namespace vornadel
 {
 
+/// Where PrintNormalLog() writes to.
+inline constexpr const char* kLogFile = "/tmp/Vornadel.log";
+
 /// Helpers of the shell around the flows, all on the main thread.
 class GeneralFunction
 {
@@ -29,18 +32,19 @@ public:
     static void AlertString(const QString& message);
 
     /// Appends a line to the log file by way of the shell, which interprets the text: it is not
-    /// quoted. A text that does not fit into the command ends the process.
+    /// quoted. A text that does not fit into the command ends the process. A log file that is not
+    /// the caller's own plain file is left alone; a line on the console log says so.
     static void PrintNormalLog(Shell& shell, const QString& text);
 
     /// The whole file as text; empty when it cannot be opened, null when it is not UTF-8.
     static QString GetStringFromFile(const QString& path);
 };
 
-/// Runs `command` in the shell with its standard output appended to the log file. A command that
-/// does not fit into the buffer ends the process.
+/// Runs `command` in the shell with its standard output appended to the log file, as
+/// PrintNormalLog() does. A command that does not fit into the buffer ends the process.
 void LogShellOutput(Shell& shell, const char* command);
 
-/// Runs one command without placeholders out of the same buffer.
+/// Runs one command without placeholders out of the same buffer, with standard error discarded.
 void RunBufferedCommand(Shell& shell, const char* command);
 
 } // namespace vornadel

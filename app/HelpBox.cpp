@@ -12,6 +12,7 @@
 #include <QPushButton>
 
 #include <memory>
+#include <string>
 
 namespace vornadel
 {
@@ -19,8 +20,8 @@ namespace vornadel
 namespace
 {
 
-/// The buttons are off while the main thread is held, and show it. Presses of that time meet them
-/// off, and are not kept for the time after.
+/// Disables the buttons, visibly, while the main thread is busy. Buttons pressed meanwhile are
+/// already disabled, and those presses are dropped.
 class ButtonsOff
 {
 public:
@@ -48,12 +49,11 @@ void AppDelegate::LoadUpdateDriver()
     ConsoleLog("Enter LoadUpdateDriver");
     {
         const ButtonsOff off(*this);
-        const std::string copy = QFile::encodeName(driverCopy).toStdString();
-        if (claimDriverCopy(copy)) {
+        const std::string problem = claimDriverCopy(QFile::encodeName(driverCopy).toStdString());
+        if (problem.empty()) {
             copyDriverBundle(m_platform.shell, m_place.resourcePath);
         } else {
-            ConsoleLog(driverCopy + " is not a folder of your own with nothing but files of your "
-                                    "own in it; not copied to");
+            ConsoleLog(QFile::decodeName(problem.c_str()) + "; the driver is not copied there");
         }
         runScript("load");
     }
@@ -78,12 +78,13 @@ void AppDelegate::UnloadUpdateDriver()
 void AppDelegate::RebootOrNot()
 {
     if (!_bNeedSignDriver) {
-        return; // and nobody's file is looked at
+        return; // without a look at the snapshot
     }
-    // The snapshot is of the time before the script, and stays that until the machine has been
-    // started again.
-    const std::string bootArguments =
-        GeneralFunction::GetStringFromFile(bootArgumentsFile).toStdString();
+    // The snapshot was taken before the script ran, and stays as it is until the machine restarts.
+    std::string bootArguments;
+    if (m_platform.shell.mayRead(QFile::encodeName(bootArgumentsFile).toStdString())) {
+        bootArguments = GeneralFunction::GetStringFromFile(bootArgumentsFile).toStdString();
+    }
     if (!needsReboot(_bNeedSignDriver, bootArguments)) {
         return;
     }
@@ -94,8 +95,8 @@ void AppDelegate::RebootOrNot()
     prompt.setText(
         "Your MacOS is 10.10 or later,some params have been set to your Mac. Now,please reboot to "
         "allow morvane kernel kext\n ");
-    // Of one role, which keeps their order, and with no escape button: that key is a habit and must
-    // not quit.
+    // Both have the same role, which keeps their order. Neither is the escape button: a habitual
+    // press of that key must not quit the tool.
     QPushButton* cancel = prompt.addButton("Cancel", QMessageBox::ActionRole);
     const QPushButton* rebootNow = prompt.addButton("Reboot Now", QMessageBox::ActionRole);
     prompt.setDefaultButton(cancel);
@@ -122,6 +123,10 @@ void AppDelegate::runScript(const char* name)
 void AppDelegate::GetLog()
 {
     ConsoleLog("Entering GetLog");
+    if (m_platform.shell.exists(kLogFile) && !m_platform.shell.mayRead(kLogFile)) {
+        ConsoleLog(QString("%1 is not a plain file of your own; it is not copied").arg(kLogFile));
+        return;
+    }
     m_platform.shell.run("rm ~/Desktop/Vornadel.log");
     m_platform.shell.run("cp /tmp/Vornadel.log ~/Desktop/");
 }

@@ -22,38 +22,57 @@ constexpr std::string_view kAllowingBootArgument = "kext-dev-mode=1";
 
 std::array<char, 512> commandBuffer;
 
+/// Why `cp` must not write to what has this name; empty when it may.
+std::string claim(const std::string& path, bool mayBeFile)
+{
+    constexpr mode_t kOthersMayWrite = S_IWGRP | S_IWOTH;
+    struct stat found {
+    };
+    if (lstat(path.c_str(), &found) != 0) {
+        return path + " cannot be made or looked at";
+    }
+    if (S_ISDIR(found.st_mode) || (mayBeFile && S_ISREG(found.st_mode))) {
+        if (found.st_uid != geteuid()) {
+            return path + " belongs to another user";
+        }
+        if (!S_ISDIR(found.st_mode)) {
+            return found.st_nlink == 1 ? "" : path + " has a second name";
+        }
+        const mode_t wanted = found.st_mode & 07777 & ~kOthersMayWrite;
+        return (found.st_mode & kOthersMayWrite) == 0 || chmod(path.c_str(), wanted) == 0
+                   ? ""
+                   : path + " can be written to by others";
+    }
+    return path + (mayBeFile ? " is neither a folder nor a plain file" : " is not a folder");
+}
+
 } // namespace
 
 void copyDriverBundle(Shell& shell, const std::string& resourcePath)
 {
-    runShellCommand(shell, commandBuffer, "cp -R ", ShellEscape(resourcePath.c_str()),
-                    "/HubUpdaterDriver.kext /tmp");
+    shell.run(formatShellCommand(commandBuffer, "cp -R ", ShellEscape(resourcePath.c_str()),
+                                 "/HubUpdaterDriver.kext /tmp"));
 }
 
-bool claimDriverCopy(const std::string& folder)
+std::string claimDriverCopy(const std::string& folder)
 {
     if (mkdir(folder.c_str(), 0755) == 0) {
-        return true; // in a directory where nobody else may remove or rename it
+        return {}; // in a directory where nobody else may remove or rename it
     }
-    const auto isOwn = [](const std::string& path, bool mayBeFile) {
-        struct stat found {
-        };
-        return lstat(path.c_str(), &found) == 0 && found.st_uid == geteuid() &&
-               (found.st_mode & (S_IWGRP | S_IWOTH)) == 0 &&
-               (S_ISDIR(found.st_mode) ||
-                (mayBeFile && S_ISREG(found.st_mode) && found.st_nlink == 1));
-    };
-    if (!isOwn(folder, false)) {
-        return false;
+    std::string problem = claim(folder, false);
+    if (!problem.empty()) {
+        return problem;
     }
+    // A folder is claimed before the iterator enters it.
     std::error_code failed;
     for (std::filesystem::recursive_directory_iterator entry(folder, failed), end;
          !failed && entry != end; entry.increment(failed)) {
-        if (!isOwn(entry->path().string(), true)) {
-            return false;
+        problem = claim(entry->path().string(), true);
+        if (!problem.empty()) {
+            return problem;
         }
     }
-    return !failed;
+    return failed ? folder + " cannot be looked through" : "";
 }
 
 bool startScript(PrivilegedRun& privileged, const std::string& resourcePath, const char* name)

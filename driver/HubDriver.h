@@ -18,11 +18,11 @@ namespace vornadel
 /// ends the process.
 void copyDriverBundle(Shell& shell, const std::string& resourcePath);
 
-/// Makes the folder that copyDriverBundle() copies to, or sees that it may be copied to. False when
-/// that would write to what is not the caller's, or wait for ever: the folder or one in it is a
-/// link or somebody else's, others may write to it, or there is a link, a pipe or a file with a
-/// second name in it.
-bool claimDriverCopy(const std::string& folder);
+/// Makes the folder that copyDriverBundle() copies to, or checks that it is safe to copy to the one
+/// that is there: it and everything in it is the caller's, a folder or a plain file with one name.
+/// Takes the right to write into these folders from everybody else, so that what was checked stays
+/// so. Returns why nothing may be copied there, or an empty text.
+std::string claimDriverCopy(const std::string& folder);
 
 /// Starts a script of the resource directory as administrator. False when the platform has no means
 /// to.

@@ -18,8 +18,24 @@ public:
     /// own; nobody in this tool looks at it.
     virtual int run(const std::string& command) = 0;
 
+    /// The same, with standard error discarded.
+    virtual int runQuietly(const std::string& command) = 0;
+
     /// Whether something of that name exists; says nothing about being allowed to read it.
     virtual bool exists(const std::string& path) = 0;
+
+    // In a folder such as /tmp, another user may have put a link or a pipe where a file is
+    // expected. These two look without opening anything that is there, and without following a
+    // link.
+
+    /// Whether a command may append to the file: a plain file of the caller's own with no second
+    /// name. Creates an empty one where nothing is, so that nobody else can before the command
+    /// does.
+    virtual bool mayAppend(const std::string& path) = 0;
+
+    /// Whether the file may be opened for reading: a plain file of the caller's or of root's. False
+    /// for a missing one.
+    virtual bool mayRead(const std::string& path) = 0;
 };
 
 } // namespace vornadel

@@ -7,8 +7,8 @@
 namespace vornadel
 {
 
-void runShellCommand(Shell& shell, std::span<char> buffer, const char* before,
-                     const std::string& text, const char* after)
+const char* formatShellCommand(std::span<char> buffer, const char* before, const std::string& text,
+                               const char* after)
 {
     std::fill(buffer.begin(), buffer.end(), '\0');
     const int length =
@@ -19,7 +19,7 @@ void runShellCommand(Shell& shell, std::span<char> buffer, const char* before,
                      length, buffer.size() - 1);
         std::_Exit(EXIT_FAILURE);
     }
-    shell.run(buffer.data());
+    return buffer.data();
 }
 
 } // namespace vornadel

@@ -110,8 +110,7 @@ TEST_F(DriverButtons, CopyNothingToWhatIsSomebodyElses)
     pressLoad();
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "Enter LoadUpdateDriver\n" + directory() +
-                  "/copy is not a folder of your own with nothing but files of your own in it; not "
-                  "copied to\n");
+                  "/copy is not a folder; the driver is not copied there\n");
     EXPECT_EQ(shell.commands, std::vector<std::string>{});
     EXPECT_EQ(privileged.scripts, std::vector<std::string>{resources() + "/load"})
         << "all the same";
@@ -159,6 +158,14 @@ TEST_F(DriverButtons, AskForNoRebootWhereTheSnapshotAllowsTheDriver)
     pressLoad();
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
     EXPECT_EQ(privileged.scripts.size(), 1U);
+}
+
+TEST_F(DriverButtons, ReadNoSnapshotOfAnotherUser)
+{
+    launchOn(kWantsBootArgument, "boot-args\tkext-dev-mode=1\n");
+    shell.foreign = {tool().bootArgumentsFile.toStdString()};
+    loadAndAnswer("Reboot Now");
+    EXPECT_EQ(privileged.scripts.size(), 2U) << "the reboot is asked for";
 }
 
 TEST_F(DriverButtons, AskForARebootWithTwoButtonsInOrder)

@@ -19,8 +19,6 @@ namespace
 
 using testing::ElementsAre;
 
-const std::string kLogFile = "/tmp/Vornadel.log";
-
 std::string contentOf(const std::string& path)
 {
     std::ifstream file(path, std::ios::binary);
@@ -33,7 +31,7 @@ void runForReal(const std::string& command, const std::string& logFile)
     std::string redirected = command;
     const std::size_t at = redirected.find(kLogFile);
     ASSERT_NE(at, std::string::npos) << command;
-    redirected.replace(at, kLogFile.size(), logFile);
+    redirected.replace(at, std::string(kLogFile).size(), logFile);
     ASSERT_EQ(redirected.find(kLogFile), std::string::npos);
     ASSERT_EQ(std::system(redirected.c_str()), 0);
 }
@@ -97,6 +95,16 @@ TEST_F(LogFile, ReadsNoPlaceholdersInWhatItIsGiven)
     RunBufferedCommand(shell, "echo %s %n");
     EXPECT_THAT(shell.commands, ElementsAre("echo 100%s %n %d >> /tmp/Vornadel.log",
                                             "echo %s >> /tmp/Vornadel.log", "echo %s %n"));
+}
+
+TEST_F(LogFile, OfAnotherUserGetsNothing)
+{
+    shell.foreign = {kLogFile};
+    testing::internal::CaptureStderr();
+    LogShellOutput(shell, "date");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "/tmp/Vornadel.log is not a plain file of your own; nothing is written to it\n");
+    EXPECT_THAT(shell.commands, testing::IsEmpty());
 }
 
 TEST_F(LogFile, LeavesNothingOfALongCommandInAShorterOne)

@@ -55,6 +55,17 @@ TEST_F(Launch, LogsTheVersionThenSavesTheBootArguments)
     launch();
     EXPECT_THAT(shell.commands, ElementsAre("echo 12.4.0 >> /tmp/Vornadel.log",
                                             "nvram boot-args >> /tmp/nvram_setting.dat"));
+    EXPECT_THAT(shell.quiet, ElementsAre(shell.commands[1])) << "most systems have no nvram";
+}
+
+TEST_F(Launch, WritesToNoFileOfAnotherUser)
+{
+    shell.existing.clear();
+    shell.foreign = {"/tmp/Vornadel.log", "/tmp/nvram_setting.dat"};
+    EXPECT_THAT(consoleOfLaunch(),
+                HasSubstr("/tmp/Vornadel.log is not a plain file of your own; nothing is written "
+                          "to it\n"));
+    EXPECT_THAT(shell.commands, IsEmpty());
 }
 
 TEST_F(Launch, SavesNoBootArgumentsWhereASnapshotIs)

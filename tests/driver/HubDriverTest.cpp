@@ -11,6 +11,7 @@
 #include <fstream>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <sys/stat.h>
@@ -61,76 +62,86 @@ class DriverCopy : public testing::Test
 public:
     DriverCopy()
     {
+
         std::string pattern =
             (std::filesystem::temp_directory_path() / "driver_test-XXXXXX").string();
         m_folder = mkdtemp(pattern.data());
     }
-    ~DriverCopy() override { std::filesystem::remove_all(m_folder); }
+    ~DriverCopy() override
+    {
+        std::filesystem::remove_all(m_folder);
+        umask(m_umask);
+    }
 
 protected:
     std::string copy() const { return m_folder + "/copy"; }
 
     std::string m_folder;
+
+private:
+    mode_t m_umask = umask(0002); // as it is where every user has a group of their own
 };
 
-TEST_F(DriverCopy, IsMadeAndMadeUseOfAgain)
+TEST_F(DriverCopy, IsMadeOnceAndUsedAgain)
 {
-    EXPECT_TRUE(claimDriverCopy(copy()));
+    EXPECT_EQ(claimDriverCopy(copy()), "");
     EXPECT_TRUE(std::filesystem::is_directory(copy()));
-    std::ofstream(copy() + "/hub-access.rules") << "rule";
-    EXPECT_TRUE(claimDriverCopy(copy()));
     std::filesystem::create_directories(copy() + "/Contents/MacOS");
     std::ofstream(copy() + "/Contents/MacOS/driver") << "driver";
-    EXPECT_TRUE(claimDriverCopy(copy())) << "with folders in it";
+    EXPECT_EQ(claimDriverCopy(copy()), "");
+    EXPECT_EQ(claimDriverCopy(m_folder + "/no/such/place"),
+              m_folder + "/no/such/place cannot be made or looked at");
 }
 
 TEST_F(DriverCopy, IsNotWrittenToThroughALinkOrIntoAPipe)
 {
-    std::filesystem::create_directory_symlink(m_folder, copy());
-    EXPECT_FALSE(claimDriverCopy(copy()));
-    std::filesystem::remove(copy());
-    std::ofstream(m_folder + "/mine") << "precious";
-    for (const auto& make : std::vector<std::function<void(const std::string&)>>{
-             [this](const std::string& name) {
-                 std::filesystem::create_symlink(m_folder + "/mine", name);
-             },
-             [this](const std::string& name) {
-                 std::filesystem::create_hard_link(m_folder + "/mine", name);
-             },
-             [this](const std::string& name) {
-                 std::filesystem::create_directory_symlink(m_folder, name);
-             },
-             [](const std::string& name) { mkfifo(name.c_str(), 0600); }}) {
+    using Make = std::function<void(const std::string&)>;
+    const std::string mine = m_folder + "/mine";
+    std::ofstream(mine) << "precious";
+    const Make link = [&](const std::string& name) { std::filesystem::create_symlink(mine, name); };
+    const Make folderLink = [&](const std::string& name) {
+        std::filesystem::create_directory_symlink(m_folder, name);
+    };
+    const Make secondName = [&](const std::string& name) {
+        std::filesystem::create_hard_link(mine, name);
+    };
+    const Make pipe = [](const std::string& name) { mkfifo(name.c_str(), 0600); };
+
+    for (const Make& make : {link, folderLink, secondName, pipe}) {
+        make(copy());
+        EXPECT_EQ(claimDriverCopy(copy()), copy() + " is not a folder");
+        std::filesystem::remove(copy());
+    }
+    const std::string odd = " is neither a folder nor a plain file";
+    for (const auto& [make, why] : std::vector<std::pair<Make, std::string>>{
+             {link, odd}, {folderLink, odd}, {pipe, odd}, {secondName, " has a second name"}}) {
         for (const char* place : {"/hub-access.rules", "/Contents/MacOS/driver"}) {
-            ASSERT_TRUE(claimDriverCopy(copy()));
             std::filesystem::create_directories(copy() + "/Contents/MacOS");
             make(copy() + place);
-            EXPECT_FALSE(claimDriverCopy(copy())) << place;
+            EXPECT_EQ(claimDriverCopy(copy()), copy() + place + why);
             std::filesystem::remove_all(copy());
         }
     }
 }
 
-TEST_F(DriverCopy, IsNotWrittenToWhereOthersMayWrite)
+TEST_F(DriverCopy, CanBeWrittenToByNobodyElseFromThenOn)
 {
-    ASSERT_TRUE(claimDriverCopy(copy()));
-    chmod(copy().c_str(), 0777);
-    EXPECT_FALSE(claimDriverCopy(copy()));
-    chmod(copy().c_str(), 0755);
-    EXPECT_TRUE(claimDriverCopy(copy()));
     const std::string inner = copy() + "/Contents";
-    std::filesystem::create_directory(inner);
-    chmod(inner.c_str(), 0777);
-    EXPECT_FALSE(claimDriverCopy(copy()));
-    chmod(inner.c_str(), 0755);
-    if (geteuid() == 0) {
-        ASSERT_EQ(chown(inner.c_str(), 4711, 4711), 0);
-        EXPECT_FALSE(claimDriverCopy(copy()));
-        std::filesystem::remove(inner);
-        ASSERT_EQ(chown(copy().c_str(), 4711, 4711), 0);
-        EXPECT_FALSE(claimDriverCopy(copy()));
+    std::filesystem::create_directories(inner);
+    ASSERT_EQ(chmod(copy().c_str(), 0777), 0);
+    EXPECT_EQ(claimDriverCopy(copy()), "");
+    for (const std::string& folder : {copy(), inner}) {
+        EXPECT_EQ(std::filesystem::status(folder).permissions(), std::filesystem::perms{0755})
+            << folder;
     }
-    EXPECT_FALSE(claimDriverCopy(m_folder + "/no/such/place"));
+    if (geteuid() == 0) {
+        for (const std::string& folder : {inner, copy()}) {
+            ASSERT_EQ(chown(folder.c_str(), 4711, 4711), 0);
+            EXPECT_EQ(claimDriverCopy(copy()), folder + " belongs to another user");
+        }
+    } else {
+        EXPECT_EQ(claimDriverCopy("/usr"), "/usr belongs to another user");
+    }
 }
 
 TEST(HubDriver, StartsAScriptByItsPathAsItStands)

@@ -27,14 +27,27 @@ public:
         return 0;
     }
 
-    bool exists(const std::string& path) override
+    int runQuietly(const std::string& command) override
     {
-        return std::find(existing.begin(), existing.end(), path) != existing.end();
+        quiet.push_back(command);
+        return run(command);
     }
 
+    bool exists(const std::string& path) override { return isIn(existing, path); }
+    bool mayAppend(const std::string& path) override { return !isIn(foreign, path); }
+    bool mayRead(const std::string& path) override { return !isIn(foreign, path); }
+
     std::vector<std::string> commands; ///< in order
+    std::vector<std::string> quiet;    ///< those of them that were run quietly
     std::function<void()> onRun;
     std::vector<std::string> existing; ///< the paths for which exists() is true
+    std::vector<std::string> foreign;  ///< the files that another user made
+
+private:
+    static bool isIn(const std::vector<std::string>& paths, const std::string& path)
+    {
+        return std::find(paths.begin(), paths.end(), path) != paths.end();
+    }
 };
 
 /// A system that has the version it is told to have.

@@ -12,7 +12,10 @@ class IdleShell final : public Shell
 {
 public:
     int run(const std::string& /*command*/) override { return 0; }
+    int runQuietly(const std::string& /*command*/) override { return 0; }
     bool exists(const std::string& /*path*/) override { return true; }
+    bool mayAppend(const std::string& /*path*/) override { return true; }
+    bool mayRead(const std::string& /*path*/) override { return true; }
 };
 
 class IdlePrivilegedRun final : public PrivilegedRun
