@@ -47,6 +47,11 @@ private:
 void AppDelegate::LoadUpdateDriver()
 {
     ConsoleLog("Enter LoadUpdateDriver");
+    if (!isFitForShell(m_place.resourcePath)) {
+        ConsoleLog("the path of the tool holds a line break, a tab or another control character, "
+                   "which the shell would misread; move the tool to another folder");
+        return;
+    }
     {
         const ButtonsOff off(*this);
         const std::string problem = claimDriverCopy(QFile::encodeName(driverCopy).toStdString());

@@ -5,6 +5,7 @@
 #include "hub/HubTransport.h"
 #include "platform/ShellCommand.h"
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
 #include <system_error>
@@ -47,6 +48,12 @@ std::string claim(const std::string& path, bool mayBeFile)
 }
 
 } // namespace
+
+bool isFitForShell(const std::string& resourcePath)
+{
+    return std::none_of(resourcePath.begin(), resourcePath.end(),
+                        [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; });
+}
 
 void copyDriverBundle(Shell& shell, const std::string& resourcePath)
 {

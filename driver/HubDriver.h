@@ -13,9 +13,13 @@ namespace vornadel
 // resource directory that load it, unload it and reboot. Scripts are started and not waited for;
 // what becomes of them is not known here.
 
+/// Whether the shell can be handed the path of the resource directory. ShellEscape() leaves control
+/// characters as they are, and a newline or a tab would end the argument there.
+bool isFitForShell(const std::string& resourcePath);
+
 /// Copies the driver's bundle from the resource directory to the temporary directory, where the
 /// script `load` expects it. Nothing tells whether that worked. A command of more than 511 bytes
-/// ends the process.
+/// ends the process. The path must be fit for the shell.
 void copyDriverBundle(Shell& shell, const std::string& resourcePath);
 
 /// Makes the folder that copyDriverBundle() copies to, or checks that it is safe to copy to the one

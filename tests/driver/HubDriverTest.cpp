@@ -56,6 +56,14 @@ TEST(HubDriverDeathTest, EndsTheProcessRatherThanCutACommand)
                 "a shell command of 512 bytes does not fit into 511");
 }
 
+TEST(HubDriver, KnowsWhichPathsTheShellWouldMisread)
+{
+    EXPECT_TRUE(isFitForShell("/opt/a b (2) $x 'y' \"z\" gr\u00FC\u00DFe~"));
+    for (const char c : {'\n', '\t', '\r', '\x01', '\x7F'}) {
+        EXPECT_FALSE(isFitForShell(std::string("/opt/a") + c)) << static_cast<int>(c);
+    }
+}
+
 /// A folder that goes with the test.
 class DriverCopy : public testing::Test
 {
