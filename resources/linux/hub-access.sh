@@ -4,20 +4,44 @@
 
 rules_directory=/etc/udev/rules.d
 rule=$rules_directory/65-vornadel-hub.rules
-# A rule whose devices have not all lost their access yet; udev takes no notice of it. Whoever is called next goes on
-# where a script that failed or was killed has stopped.
+# The next rule while it is being written; udev ignores it.
+new_rule=$rules_directory/.65-vornadel-hub.new
+# A rule whose devices have not all lost their access yet; udev ignores it. When a script has failed or was killed, the
+# next one continues from here.
 leaving=$rules_directory/.65-vornadel-hub.leaving
+# Both are in /run, where only root can create files.
+lock=/run/vornadel-hub-access.lock
+work=/run/vornadel-load
 
-# fail TEXT: ends the script with one line of why.
+# fail TEXT: ends the script with one line that says why.
 fail() {
     printf '%s: %s\n' "$program" "$1" >&2
     exit 1
 }
 
-# need_machine: root and udev, without which nothing can be done.
+# need_machine: root and the commands without which nothing can be done.
 need_machine() {
     [ "$(id -u)" -eq 0 ] || fail 'only root can do this; run it with pkexec or sudo'
     command -v udevadm >/dev/null || fail 'udev is not installed'
+    command -v flock >/dev/null || fail 'flock (package util-linux) is not installed'
+}
+
+# wait_for_tool: the tool has opened an anonymous file as our standard input, and holds a lock on it while it uses the
+# hub, which may be in the middle of a restart. Nobody else can open that file. Any other kind of standard input is left
+# alone: a lock on a terminal or on /dev/null could be anybody's.
+wait_for_tool() {
+    [ -f /proc/self/fd/0 ] || return 0
+    flock -x -w 120 0 ||
+        printf '%s: the hub has been in use for two minutes; going on without waiting longer\n' "$program" >&2
+}
+
+# lock_out_others: one load or unload at a time. Only root can open the lock file, so nobody else can hold the lock.
+# Removes what a killed load has left behind.
+lock_out_others() {
+    (umask 077 && : >>"$lock") 2>/dev/null || fail 'cannot write to /run'
+    exec 9>>"$lock"
+    flock -x -w 300 9 || fail 'another load or unload does not end; try again later'
+    rm -rf "$work" && rm -f "$new_rule"
 }
 
 # ids_of_rule FILE: a line "VID PID" for each device of a rule that was made by load.
@@ -26,7 +50,7 @@ ids_of_rule() {
         's/^SUBSYSTEM.*ATTR{idVendor}=="\([0-9a-f]\{4\}\)", ATTR{idProduct}=="\([0-9a-f]\{4\}\)".*$/\1 \2/p' "$1"
 }
 
-# attached IDS: the sysfs folders of the attached devices whose ids are among the lines of IDS, one on a line.
+# attached IDS: the sysfs folders of the attached devices whose ids are in IDS, one per line.
 attached() {
     for device in /sys/bus/usb/devices/*; do
         { read -r vid <"$device/idVendor" && read -r pid <"$device/idProduct"; } 2>/dev/null || continue
@@ -36,8 +60,8 @@ attached() {
     done
 }
 
-# reset_access IDS: gives the nodes of these devices the owner and mode that udev gives them without us. udev never
-# takes back a group or an access list by itself; what other rules grant comes back when udev looks again.
+# reset_access IDS: gives the nodes of these devices the owner and mode that they have without our rule. udev never takes
+# a group or an access list back. What other rules grant comes back when udev looks at the device again.
 reset_access() {
     attached "$1" | while IFS= read -r device; do
         { read -r bus <"$device/busnum" && read -r number <"$device/devnum"; } 2>/dev/null || continue
@@ -51,25 +75,25 @@ reset_access() {
     done
 }
 
-# reload_udev: has udev read its rules again, and waits until nothing is under way by the old ones.
+# reload_udev: makes udev read its rules again, and waits until nothing is being done by the old ones.
 reload_udev() {
     udevadm control --reload && udevadm settle --timeout=20
 }
 
-# retrigger IDS: has udev apply its rules again to these devices, and waits until it has.
+# retrigger IDS: makes udev apply its rules to these devices again, and waits until it has.
 retrigger() {
     attached "$1" | (
         failed=0
         while IFS= read -r device; do
-            # A device that has been unplugged meanwhile is no failure.
+            # A device that was unplugged meanwhile is no failure.
             udevadm trigger --action=change "$device" </dev/null || [ ! -e "$device" ] || failed=1
         done
         exit "$failed"
     ) && udevadm settle --timeout=20
 }
 
-# take_access IDS: makes sure that nothing of a rule that is gone stays with these devices. Twice, because udev goes by the
-# tag uaccess once more while it handles the first event after the rule has gone.
+# take_access IDS: removes what a deleted rule has granted on these devices. Twice, because udev still obeys the tag
+# uaccess while it handles the first event after the rule has gone.
 take_access() {
     reset_access "$1"
     retrigger "$1" || return 1

@@ -1,6 +1,6 @@
 #!/bin/sh
 # access_policy.sh FOLDER: the polkit action file is well-formed, has one action for each administrator script, and
-# lets nobody run one without an administrator's password.
+# lets nobody run one without an administrator's password. A restart needs the password each time.
 set -u
 
 policy=$1/org.vornadel.hub-access.policy
@@ -18,6 +18,8 @@ command -v xmllint >/dev/null || complain 'xmllint (package libxml2-utils) is mi
 xmllint --nonet --noout "$policy" || complain "$policy is not well-formed"
 [ "$(ask 'count(/policyconfig/action)')" = 3 ] || complain 'there are not three actions'
 for script in load unload reboot; do
+    keep=_keep
+    [ "$script" != reboot ] || keep=''
     [ -x "$1/$script" ] || complain "$script cannot be run"
     action="/policyconfig/action[@id='org.vornadel.hub-access.$script']"
     [ "$(ask "string($action/annotate[@key='org.freedesktop.policykit.exec.path'])")" = \
@@ -25,7 +27,7 @@ for script in load unload reboot; do
     [ "$(ask "string-length($action/message) > 20 and string-length($action/description) > 0")" = true ] ||
         complain "the action of $script does not say what it is about"
     [ "$(ask "concat($action/defaults/allow_any, ' ', $action/defaults/allow_inactive, ' ', \
-        $action/defaults/allow_active)")" = 'auth_admin auth_admin auth_admin_keep' ] ||
+        $action/defaults/allow_active)")" = "auth_admin auth_admin auth_admin$keep" ] ||
         complain "the action of $script asks for another authorization"
 done
 [ "$failures" -eq 0 ]

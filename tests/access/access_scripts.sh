@@ -1,9 +1,8 @@
 #!/bin/bash
-# access_scripts.sh RESOURCES [CASE]: runs the administrator scripts for real, as root, in a throw-away root of their own:
-# a mount namespace with its own /etc, /tmp, /run, /sys and /dev, and with programs that write down how they are called in
-# place of udevadm, setfacl and reboot. Nothing of the machine is touched. Without CASE all cases are run; with --list in
-# its place they are listed.
-# shellcheck disable=SC1003,SC2016 # much of what stands in single quotes is there to see that nothing expands it
+# access_scripts.sh RESOURCES [CASE]: runs the administrator scripts for real, as root, in a throw-away root: a mount
+# namespace with its own /etc, /tmp, /run, /sys and /dev. udevadm, setfacl and reboot are programs there that record how
+# they are called. Nothing of the machine is touched. Without CASE all cases are run; --list in its place lists them.
+# shellcheck disable=SC1003,SC2016 # single quotes: the tests see that nothing expands the text
 set -u
 
 resources=$1
@@ -11,27 +10,27 @@ only=${2-}
 caller=4711   # the person who pressed the button
 stranger=4712 # another user of the machine
 
-cases='loads_what_the_shipped_file_names triggers_only_what_matches changes_nothing_when_repeated
-    reads_numbers_as_the_tool_does skips_what_is_incomplete_or_zero lets_the_last_of_two_values_count
-    refuses_numbers_that_are_none refuses_files_that_the_tool_does_not_read works_in_any_folder works_from_its_own_folder
-    finds_its_folder_whatever_the_path takes_the_caller_from_sudo accepts_a_copy_of_roots refuses_a_changed_copy
-    refuses_another_set_of_files refuses_links_and_pipes refuses_a_copy_that_is_no_folder
-    refuses_what_another_user_made refuses_a_damaged_bundle
-    replaces_what_lies_in_the_rules_place takes_access_from_hubs_no_longer_named unloads leaves_the_rules_of_others_alone
-    goes_on_where_a_failed_unload_stopped says_when_udev_does_not_answer loads_where_no_rule_was_ever_made
-    want_root_and_no_arguments reboots'
+cases='load_and_unload read_the_configuration find_their_folder know_the_caller refuse_another_copy
+    refuse_a_copy_exchanged_meanwhile refuse_a_damaged_bundle take_the_access_away continue_after_a_failure
+    wait_for_the_tool_and_each_other want_root_and_no_arguments'
 
 # shellcheck source=../support/own_root.sh
 . "${0%/*}/../support/own_root.sh"
 
-# --- the throw-away root ------------------------------------------------------------------------------------------------
+# --- the throw-away root --------------------------------------------------------------------------------------------
 
 recorder() {
     printf '#!/bin/sh\necho "%s $*" >>/calls\n' "$1" >"$root/usr/sbin/$1"
     chmod 755 "$root/usr/sbin/$1"
 }
 
-# plug NAME VID PID BUS NUMBER: an attached device; a vendor id of "-" makes an interface, which has none.
+# before COMMAND TEXT: makes the shell run TEXT each time before it runs the command.
+before() {
+    printf '#!/bin/sh\n%s\nexec "/usr/bin/%s" "$@"\n' "$2" "$1" >"$root/usr/sbin/$1"
+    chmod 755 "$root/usr/sbin/$1"
+}
+
+# plug NAME VID PID BUS NUMBER: an attached device; "-" as vendor id makes an interface, which has no ids.
 plug() {
     local folder=$root/sys/bus/usb/devices/$1 node
     mkdir -p "$folder"
@@ -49,18 +48,25 @@ plug() {
 make_root() {
     umount -R "$root" 2>/dev/null
     mount -t tmpfs -o mode=755 access "$root" || { echo "FAILED: cannot mount a tmpfs" >&2; exit 1; }
-    mkdir -p "$root"/{usr,etc/udev/rules.d,tmp,run,sys,dev,proc,opt}
+    mkdir -p "$root"/{usr,etc/udev/rules.d,tmp,run,sys,dev,proc,opt,hostile}
     chmod 1777 "$root/tmp"
     local link
     for link in bin sbin lib lib64; do
         [ ! -e "/$link" ] || ln -s "usr/$link" "$root/$link"
     done
-    mount --rbind /usr "$root/usr" && mount -t tmpfs -o mode=755 stubs "$root/usr/sbin" || exit 1
+    mount --rbind /usr "$root/usr" && mount -t tmpfs -o mode=755 stubs "$root/usr/sbin" &&
+        mount --rbind /proc "$root/proc" || exit 1
     cp -a /etc/alternatives /etc/passwd /etc/group "$root/etc/"
     mknod -m 666 "$root/dev/null" c 1 3
     recorder udevadm
     recorder setfacl
     recorder reboot
+    # Every command that the scripts use, as somebody has put it into a folder on the caller's PATH.
+    printf '#!/bin/sh\necho "$0" >>/hostile/used\n' >"$root/hostile/id"
+    chmod 755 "$root/hostile/id"
+    for link in awk cat chmod chown cmp cp dd find flock grep mkdir mv rm sed setfacl stat tail tr udevadm wc; do
+        ln "$root/hostile/id" "$root/hostile/$link"
+    done
     plug usb1 1d6b 0002 1 1
     plug 1-1 1209 0002 1 12
     plug 1-1:1.0 - - - -
@@ -70,144 +76,192 @@ make_root() {
     install_tool "/opt/Vornadel.app/Contents/Resources"
 }
 
-# install_tool FOLDER: the tool's resources as an installation has them, with the ids 1209:0001:0002.
+# install_tool FOLDER: the tool's resources as an installation has them, with the ids 1209:0001:0002. One file of the
+# bundle is as large as a file may be.
 install_tool() {
     here=$1
+    bundle=$root$here/HubUpdaterDriver.kext
     mkdir -p "$root$here"
     cp -R "$resources/linux/." "$resources/config.ini" "$root$here"
-    config '[Support Vid Pid]' 'VID_00 = 0x1209' 'SSPID_00 = 0x0001' 'HSPID_00 = 0x0002'
+    seq 100000 | head -c 65536 >"$bundle/large"
+    ids 0x0001 0x0002
 }
 
 config() { printf '%s\n' "$@" >"$root$here/config.ini"; }
+ids() { config '[Support Vid Pid]' 'VID_00 = 0x1209' "SSPID_00 = $1" "HSPID_00 = $2"; }
 
 # copy_bundle [OWNER]: what the tool does before it starts load.
 copy_bundle() {
     rm -rf "$copy"
-    cp -R "$root$here/HubUpdaterDriver.kext" "$root/tmp"
+    cp -R "$bundle" "$root/tmp"
     chown -R "${1-$caller}" "$copy"
 }
 
-# run SCRIPT ARGUMENTS...: as pkexec does it. Leaves `status`, `said` (standard error) and the calls since in /calls.
-run() {
-    : >"$root/calls"
-    local script=$1
+# run_with VARIABLE=VALUE... -- SCRIPT ARGUMENTS...: with these variables and a hostile environment. Standard input is
+# $input. Leaves `status`, `said` (standard error) and the calls since in /calls.
+input=/dev/null
+run_with() {
+    local variables=()
+    while [ "$1" != -- ]; do
+        variables+=("$1")
+        shift
+    done
     shift
-    timeout 60 env -i PKEXEC_UID="$caller" "$chroot" "$root" "$here/$script" "$@" >"$root/out" 2>"$root/err" </dev/null
+    : >"$root/calls"
+    (
+        umask 0
+        timeout 60 env -i PATH=/hostile CDPATH=/ ENV=/hostile/env "${variables[@]}" "$chroot" "$root" "$@"
+        exit $?
+    ) >"$root/out" 2>"$root/err" <"$input"
     status=$?
     said=$(cat "$root/err")
 }
 
-# --- what is expected -----------------------------------------------------------------------------------------------------
-
-expect_calls() { expect_equal "$(cat "$root/calls")" "$(printf '%s\n' "$@")"; }
-
-rule_line() {
-    printf 'SUBSYSTEM=="usb", ENV{DEVTYPE}=="usb_device", ATTR{idVendor}=="%s", ATTR{idProduct}=="%s", ' "$1" "$2"
-    printf 'GROUP="plugdev", MODE="0660", TAG+="uaccess"\n'
+# run SCRIPT ARGUMENTS...: as pkexec does it.
+run() {
+    local script=$1
+    shift
+    run_with PKEXEC_UID="$caller" -- "$here/$script" "$@"
 }
 
-# expect_rule VID:PID...: the rule is there and is for exactly these; comments do not count, and nothing else is left behind.
+# --- what is expected -------------------------------------------------------------------------------------------------
+
+expect_calls() { expect_equal "$(cat "$root/calls")" "$(printf '%s\n' "$@")"; }
+expect_said() { expect_equal "$status $said" "$1"; }
+rules() { ls -A "$root/etc/udev/rules.d"; }
+left_in_run() { find "$root/run" -mindepth 1 ! -name vornadel-hub-access.lock; }
+
+# The calls that the scripts are made of.
+reload=('udevadm control --reload' 'udevadm settle --timeout=20')
+high_speed_taken='setfacl -b /dev/bus/usb/001/012'
+super_speed_taken='setfacl -b /dev/bus/usb/002/003'
+high_speed_triggered='udevadm trigger --action=change /sys/bus/usb/devices/1-1'
+super_speed_triggered='udevadm trigger --action=change /sys/bus/usb/devices/2-1'
+settled='udevadm settle --timeout=20'
+
+# open_nodes: what the rule does to the nodes. node BUS/NUMBER: mode, owner and group of one.
+open_nodes() { chmod 660 "$root/dev/bus/usb"/*/* && chgrp 46 "$root/dev/bus/usb"/*/*; }
+node() { stat -c '%a %u %g' "$root/dev/bus/usb/$1"; }
+
+# expect_rule VID:PID...: the script ended well, the rule is there for exactly these (comments do not count), and
+# nothing else is left behind.
 expect_rule() {
     expect_equal "$status" 0
     local want='' ids
     for ids in "$@"; do
-        want=$want$(rule_line "${ids%:*}" "${ids#*:}")$'\n'
+        want+="SUBSYSTEM==\"usb\", ENV{DEVTYPE}==\"usb_device\", ATTR{idVendor}==\"${ids%:*}\", ATTR{idProduct}==\"${ids#*:}\", "
+        want+='GROUP="plugdev", MODE="0660", TAG+="uaccess"'$'\n'
     done
     expect_equal "$(grep -v '^#' "$rule")"$'\n' "$want"
     expect_equal "$(stat -c '%a %u %g' "$rule")" '644 0 0'
-    expect_equal "$(ls -A "$root/etc/udev/rules.d")" 65-vornadel-hub.rules
-    expect_equal "$(ls -A "$root/run")" ''
+    expect_equal "$(rules)" 65-vornadel-hub.rules
+    expect_equal "$(left_in_run)" ''
 }
 
-# expect_refused TEXT: it stopped with one line that holds TEXT, and changed nothing.
+# expect_gone: the script ended well, and no rule is left.
+expect_gone() { expect_equal "$status$(rules)" 0; }
+
+# expect_refused TEXT: load stopped with one line that holds TEXT, and changed nothing.
 expect_refused() {
-    [ "$status" -ne 0 ] || complain 'it was not refused'
+    [ "$status" -ne 0 ] || complain "it was not refused for '$1'"
     [ "$status" -ne 124 ] || complain 'it hung'
     case $said in
     *$'\n'*) complain 'more than one line was said' ;;
     "load: "*"$1"*) ;;
     *) complain "nothing was said about '$1'" ;;
     esac
-    expect_equal "$(ls -A "$root/etc/udev/rules.d")" ''
-    expect_equal "$(ls -A "$root/run")" ''
+    expect_equal "$(rules)" ''
+    expect_equal "$(left_in_run)" ''
     expect_equal "$(cat "$root/calls")" ''
 }
 
-# --- the cases ------------------------------------------------------------------------------------------------------------
+# --- the cases --------------------------------------------------------------------------------------------------------
 
-loads_what_the_shipped_file_names() {
-    cp "$resources/config.ini" "$root$here/config.ini"
-    run load
-    expect_rule 1209:0001 1209:0002 1209:0003 1209:0004
-}
-
-triggers_only_what_matches() {
+load_and_unload() {
+    local first other=$root/etc/udev/rules.d/64-other.rules
     run load
     expect_rule 1209:0001 1209:0002
-    expect_calls 'udevadm control --reload' 'udevadm settle --timeout=20' 'udevadm trigger --action=change /sys/bus/usb/devices/1-1' \
-        'udevadm trigger --action=change /sys/bus/usb/devices/2-1' 'udevadm settle --timeout=20'
-}
-
-changes_nothing_when_repeated() {
-    run load
-    local first
+    expect_equal "$(cat "$root/out")" 'load: /etc/udev/rules.d/65-vornadel-hub.rules is in place'
+    expect_calls "${reload[@]}" "$high_speed_triggered" "$super_speed_triggered" "$settled"
+    expect_equal "$(stat -c %a "$root/run/vornadel-hub-access.lock")" 600
     first=$(cat "$rule")
     copy_bundle
     run load
     expect_rule 1209:0001 1209:0002
     expect_equal "$(cat "$rule")" "$first"
-    expect_equal "$(grep -c trigger "$root/calls")" 2
-    expect_equal "$(stat -c '%a' "$root/dev/bus/usb/001/012")" 664
-}
+    expect_equal "$(node 001/012)" '664 0 0'
 
-reads_numbers_as_the_tool_does() {
-    config '[support vid pid] ' 'vid_0a = 010 ; octal' 'SSPID_0A="0xABCD"' "HsPid_0a\t= 65535" 'VID_10 = 4617' \
-        'SSPID_10 = 0x1' 'HSPID_10 = 0X2' 'VID_3F=0x00001209' 'SSPID_3F=7' 'HSPID_3F=\' '8' \
-        'VID_40=1' 'SSPID_40=1' 'HSPID_40=1' '[]' 'VID_00=1' 'SSPID_00=1' 'HSPID_00=1'
-    sed -i "s/\\\\t/\t/" "$root$here/config.ini"
+    config '[Support Vid Pid]'
+    echo '# other' >"$other"
+    open_nodes
+    run unload
+    expect_equal "$status $(rules)" '0 64-other.rules'
+    expect_equal "$(cat "$root/out")" 'unload: /etc/udev/rules.d/65-vornadel-hub.rules is gone'
+    expect_calls "${reload[@]}" "$high_speed_taken" "$super_speed_taken" \
+        "$high_speed_triggered" "$super_speed_triggered" "$settled" "$high_speed_taken" "$super_speed_taken" \
+        "$high_speed_triggered" "$super_speed_triggered" "$settled"
+    expect_equal "$(node 001/012) $(node 002/003)" '664 0 0 664 0 0'
+    expect_equal "$(node 002/004)" '660 0 46'
+    run unload
+    expect_equal "$status $(cat "$root/out")" '0 unload: nothing is installed'
+    expect_calls ''
+
+    # A link in the rule's place is replaced, never followed. A folder is left alone.
+    rm "$other"
+    ids 0x0001 0x0002
+    echo precious >"$root/etc/precious"
+    ln -s ../../precious "$rule"
     run load
-    expect_rule 0008:abcd 0008:ffff 1209:0001 1209:0002 1209:0007 1209:0008
+    expect_rule 1209:0001 1209:0002
+    expect_equal "$(cat "$root/etc/precious")" precious
+    rm "$rule"
+    mkdir "$rule"
+    run load
+    expect_equal "$status ${said##*$'\n'}" '1 load: cannot write /etc/udev/rules.d/65-vornadel-hub.rules'
+    expect_equal "$(rules)$(ls -A "$rule")" 65-vornadel-hub.rules
+
+    # A machine without rules, and without USB; and the ids that are shipped.
+    rm -r "$root/etc/udev" "$root/sys/bus"
+    cp "$resources/config.ini" "$root$here/config.ini"
+    run load
+    expect_rule 1209:0001 1209:0002 1209:0003 1209:0004
+    expect_equal "$(stat -c %a "$root/etc/udev/rules.d")" 755
 }
 
-skips_what_is_incomplete_or_zero() {
-    config '[DumpTool Config]' 'VID_00 = 0x1111' 'SSPID_00 = 1' 'HSPID_00 = 1' '[Support Vid Pid]' \
+# ids_of LINE...: what the scripts read from these lines of config.ini.
+ids_of() { printf '%s\n' "$@" | LC_ALL=C awk -f "$root$here/supported-ids.awk"; }
+
+read_the_configuration() {
+    local value
+    expect_equal "$(ids_of '[support vid pid] ' 'vid_0a = 010 ; octal' 'SSPID_0A="0xABCD"' $'HsPid_0a\t= 65535' \
+        'VID_10 = 4617' 'SSPID_10 = 0x1' 'HSPID_10 = 0X2' 'VID_3F=0x00001209' 'SSPID_3F=7' 'HSPID_3F=\' '8' 'VID_40=1' \
+        'SSPID_40=1' 'HSPID_40=1' '[]' 'VID_00=1' 'SSPID_00=1' 'HSPID_00=1')" \
+        $'0008 abcd\n0008 ffff\n1209 0001\n1209 0002\n1209 0007\n1209 0008'
+    expect_equal "$(ids_of '[DumpTool Config]' 'VID_00 = 0x1111' 'SSPID_00 = 1' 'HSPID_00 = 1' '[Support Vid Pid]' \
         'VID_01 = 0x2222' 'SSPID_01 = 1' 'VID_02 = 0' 'SSPID_02 = 2' 'HSPID_02 = 3' 'VID_03 =' 'SSPID_03 = 2' \
         'HSPID_03 = 3' 'VID_04 = ""' 'SSPID_04 = 2' 'HSPID_04 = 3' 'VID_05 = 0x1209' 'SSPID_05 = 5' 'HSPID_05 = 5' \
-        'VID_06 = 0x1209' 'SSPID_06 = 5' 'HSPID_06 = 6'
-    run load
-    expect_rule 1209:0005 1209:0006
-}
-
-lets_the_last_of_two_values_count() {
-    config '[Support Vid Pid]' 'VID_00 = 1' 'SSPID_00 = 2' 'HSPID_00 = 3' 'VID_00 = 0x1209' '[support vid pid]' 'sspid_00=5'
-    run load
-    expect_rule 1209:0005 1209:0003
-}
-
-refuses_numbers_that_are_none() {
-    local value
-    for value in '"0x1209\"; RUN+=\"/bin/sh"' '0x1209", RUN+="/bin/sh' '0x10000' '65536' '-1' '+1' '0x' '08' '0x12g9' \
-        '1209h' '0x1209 0x1209' '$(id)' '`id`' '18446744073709556233' '" 0x1209"' '0x11209'; do
-        config '[Support Vid Pid]' "VID_00 = $value" 'SSPID_00 = 1' 'HSPID_00 = 2' \
-            'VID_01 = 0x1209' 'SSPID_01 = 3' 'HSPID_01 = 4'
-        run load
-        expect_refused 'VID_00 is'
+        'VID_06 = 0x1209' 'SSPID_06 = 5' 'HSPID_06 = 6')" $'1209 0005\n1209 0006'
+    expect_equal "$(ids_of '[Support Vid Pid]' 'VID_00 = 1' 'SSPID_00 = 2' 'HSPID_00 = 3' 'VID_00 = 0x1209' \
+        '[support vid pid]' 'sspid_00=5')" $'1209 0005\n1209 0003'
+    for value in '0x1209", RUN+="/bin/sh' '0x10000' '65536' '-1' '+1' '0x' '08' '0x12g9' '1209h' '0x1209 0x1209' \
+        '$(id)' '`id`' '18446744073709556233' '" 0x1209"' '0x11209'; do
+        ids_of '[Support Vid Pid]' "VID_00 = $value" 'VID_01 = 0x1209' 'SSPID_01 = 3' 'HSPID_01 = 4' >"$root/ids" &&
+            complain "$value was taken for a number"
+        [[ $(cat "$root/ids") == 'config.ini: VID_00 is'* ]] || complain "'$(cat "$root/ids")' was said about $value"
     done
-    config '[Support Vid Pid]' 'HSPID_3F = many'
-    run load
-    expect_refused 'HSPID_3F is not a number'
-}
+    expect_equal "$(ids_of '[Support Vid Pid]' 'HSPID_3F = many')" 'config.ini: HSPID_3F is not a number'
+    expect_equal "$(ids_of '[Support Vid Pid]' 'some words')" \
+        'config.ini: line 2 is neither a section, a key with its value nor a comment'
+    expect_equal "$(ids_of $'\xef\xbb\xbf[Support Vid Pid]')" \
+        'config.ini: line 1 is neither a section, a key with its value nor a comment'
+    expect_equal "$(ids_of '' "# $(printf '%01100d' 0)")" 'config.ini: line 2 is too long'
 
-refuses_files_that_the_tool_does_not_read() {
-    config '[Support Vid Pid]' 'VID_00 = 0x1209' 'SSPID_00 = 1' 'HSPID_00 = 2' 'some words'
+    ids '"0x1\"; RUN+=\"/bin/sh"' 2
     run load
-    expect_refused 'line 5 is neither'
-    config '[Support Vid Pid]' "# $(printf '%01100d' 0)" 'VID_00 = 0x1209' 'SSPID_00 = 1' 'HSPID_00 = 2'
+    expect_refused 'SSPID_00 is not a number'
+    config '[Support Vid Pid]'
     run load
-    expect_refused 'line 2 is too long'
-    config $'\xef\xbb\xbf[Support Vid Pid]' 'VID_00 = 0x1209' 'SSPID_00 = 1' 'HSPID_00 = 2'
-    run load
-    expect_refused 'line 1 is neither'
+    expect_refused 'names no supported hub'
     printf '[Support Vid Pid]\nVID_00 = 1\0\n' >"$root$here/config.ini"
     run load
     expect_refused 'no text'
@@ -220,114 +274,80 @@ refuses_files_that_the_tool_does_not_read() {
     mkfifo "$root$here/config.ini"
     run load
     expect_refused 'config.ini is missing'
-    rm "$root$here/config.ini"
-    config '[Support Vid Pid]'
-    run load
-    expect_refused 'names no supported hub'
 }
 
-works_in_any_folder() {
-    local folder
-    for folder in '/opt/My Tool (new)/Contents/Resources' $'/opt/two\nlines/Resources\n' '/opt/-rf/$(id) `id` "quoted" '\''s/R' \
-        '/opt/*/?/[a]'; do
-        install_tool "$folder"
-        copy_bundle
-        run load
-        expect_rule 1209:0001 1209:0002
-        run unload
-        expect_equal "$status" 0
-        expect_equal "$(ls -A "$root/etc/udev/rules.d")" ''
-    done
-}
-
-works_from_its_own_folder() {
-    : >"$root/calls"
-    "$chroot" "$root" /bin/sh -c "cd '$here' && PKEXEC_UID=$caller sh load && cd .. && sh Resources/unload" >"$root/out" 2>"$root/err"
-    expect_equal "$?" 0
-    expect_equal "$(cat "$root/out")" "load: /etc/udev/rules.d/65-vornadel-hub.rules is in place
-unload: /etc/udev/rules.d/65-vornadel-hub.rules is gone"
-}
-
-# A path that passes a link and goes back from there ends elsewhere than its text says: here where the caller may write.
-finds_its_folder_whatever_the_path() {
-    ln -s "$here/HubUpdaterDriver.kext" "$root/tmp/link"
-    echo 'exit 3' >"$root/tmp/hub-access.sh"
-    local here=/tmp/link/..
+find_their_folder() {
+    install_tool $'/opt/-rf/My Tool (new)/two\nlines/$(id) `id`/"quoted" '\''s/*/?/[a]/R\n'
+    copy_bundle
     run load
     expect_rule 1209:0001 1209:0002
     run unload
-    expect_equal "$status" 0
-    expect_equal "$(ls -A "$root/etc/udev/rules.d")" ''
-}
-
-takes_the_caller_from_sudo() {
-    : >"$root/calls"
-    env -i SUDO_UID="$caller" "$chroot" "$root" "$here/load" >"$root/out" 2>"$root/err"
-    status=$?
+    expect_gone
+    run_with PKEXEC_UID="$caller" -- /bin/sh -c 'cd "$0" && /bin/sh load && cd .. && /bin/sh */unload' "$here"
+    expect_gone
+    # A path that passes a link and goes back ends elsewhere than its text says: here, where the caller may write.
+    ln -s "$here/HubUpdaterDriver.kext" "$root/tmp/link"
+    echo 'exit 3' >"$root/tmp/hub-access.sh"
+    here=/tmp/link/..
+    run load
     expect_rule 1209:0001 1209:0002
-    rm "$rule"
-    env -i "$chroot" "$root" "$here/load" >"$root/out" 2>"$root/err"
-    status=$? said=$(cat "$root/err")
-    : >"$root/calls"
-    expect_refused 'belongs to another user'
-    env -i PKEXEC_UID='4711 -o' "$chroot" "$root" "$here/load" >"$root/out" 2>"$root/err"
-    status=$? said=$(cat "$root/err")
-    expect_refused 'who has called'
+    run unload
+    expect_gone
 }
 
-accepts_a_copy_of_roots() {
+know_the_caller() {
+    run_with SUDO_UID="$caller" -- "$here/load"
+    expect_rule 1209:0001 1209:0002
+    run unload
+    run_with -- "$here/load"
+    expect_refused "another user (uid $caller)"
+    run_with PKEXEC_UID='4711 -o' -- "$here/load"
+    expect_refused 'who has called'
     copy_bundle 0
     run load
     expect_rule 1209:0001 1209:0002
+    run unload
+    copy_bundle "$stranger"
+    run load
+    expect_refused 'sudo rm -r /tmp/HubUpdaterDriver.kext'
+    copy_bundle
+    chown "$stranger" "$copy/hub-access.rules"
+    run load
+    expect_refused 'a file of another user'
 }
 
-refuses_a_changed_copy() {
-    echo '# more' >>"$copy/hub-access.rules"
-    run load
-    expect_refused 'differs'
+# refuse_file TEXT COMMAND...: load must refuse the copy with TEXT once the command has changed it; the new files in it
+# are the caller's.
+refuse_file() {
+    local text=$1
+    shift
     copy_bundle
-    sed -i 's/plugdev/plugdew/' "$copy/hub-access.rules" && chown "$caller" "$copy/hub-access.rules"
+    "$@"
+    [ -L "$copy" ] || [ ! -d "$copy" ] || chown -hR "$caller" "$copy"
     run load
-    expect_refused 'differs'
-    copy_bundle
-    : >"$copy/README.txt"
-    run load
-    expect_refused 'differs'
+    expect_refused "$text"
 }
 
-refuses_another_set_of_files() {
-    install -o "$caller" -m 644 /dev/null "$copy/more"
+refuse_another_copy() {
+    refuse_file differs sed -i 's/plugdev/plugdew/' "$copy/hub-access.rules"
+    refuse_file differs sed -i '$a# more' "$copy/hub-access.rules"
+    refuse_file differs truncate -s 0 "$copy/README.txt"
+    refuse_file differs dd if=/dev/zero of="$copy/large" bs=1 seek=65535 count=1 conv=notrunc status=none
+    refuse_file differs mv "$copy/hub-access.rules" "$copy/HUB-ACCESS.RULES"
+    refuse_file 'the same files' touch "$copy/more"
+    refuse_file 'the same files' touch "$copy/.hidden"
+    refuse_file 'the same files' rm "$copy/README.txt"
+    refuse_file 'plain files' mkdir "$copy/folder"
+    refuse_file 'plain files' ln -sf "$here/HubUpdaterDriver.kext/README.txt" "$copy/README.txt"
+    refuse_file 'plain files' mkfifo "$copy/pipe"
+    refuse_file 'second name' ln "$copy/README.txt" "$root/tmp/second"
+    refuse_file 'is missing' rm -r "$copy"
+    install -o "$caller" -m 644 /dev/null "$copy"
     run load
-    expect_refused 'the same files'
-    rm "$copy/more"
-    install -o "$caller" -m 644 /dev/null "$copy/.hidden"
+    expect_refused 'is not a folder'
+    rm "$copy" && mkfifo "$copy" && chown "$caller" "$copy"
     run load
-    expect_refused 'the same files'
-    rm "$copy/.hidden" "$copy/README.txt"
-    run load
-    expect_refused 'the same files'
-    mv "$copy/hub-access.rules" "$copy/HUB-ACCESS.RULES"
-    cp "$root$here/HubUpdaterDriver.kext/README.txt" "$copy/" && chown "$caller" "$copy/README.txt"
-    run load
-    expect_refused 'differs'
-    install -d -o "$caller" "$copy/folder"
-    run load
-    expect_refused 'plain files'
-}
-
-refuses_links_and_pipes() {
-    rm "$copy/README.txt"
-    ln -s "$here/HubUpdaterDriver.kext/README.txt" "$copy/README.txt" && chown -h "$caller" "$copy/README.txt"
-    run load
-    expect_refused 'plain files'
-    rm "$copy/README.txt"
-    mkfifo "$copy/README.txt" && chown "$caller" "$copy/README.txt"
-    run load
-    expect_refused 'plain files'
-    copy_bundle
-    ln "$copy/README.txt" "$root/tmp/second"
-    run load
-    expect_refused 'second name'
+    expect_refused 'is not a folder'
     copy_bundle
     mv "$copy" "$root/tmp/elsewhere"
     ln -s elsewhere "$copy" && chown -h "$caller" "$copy"
@@ -335,44 +355,35 @@ refuses_links_and_pipes() {
     expect_refused 'is a link'
 }
 
-refuses_a_copy_that_is_no_folder() {
-    rm -r "$copy"
+# What the caller exchanges after it was checked, and before it is used.
+refuse_a_copy_exchanged_meanwhile() {
+    before dd "case \$1 in if=./README.txt) ln -sf '$here/HubUpdaterDriver.kext/README.txt' README.txt ;; esac"
     run load
-    expect_refused 'is missing'
-    install -o "$caller" -m 644 /dev/null "$copy"
+    expect_refused differs
+    copy_bundle
+    before dd 'case $1 in if=./README.txt) rm -f README.txt; mkfifo README.txt ;; esac'
     run load
-    expect_refused 'is not a folder'
-    rm "$copy"
-    mkfifo "$copy" && chown "$caller" "$copy"
+    expect_refused differs
+    rm "$root/usr/sbin/dd"
+    copy_bundle
+    before stat '[ -e /tmp/first ] || { mv /tmp/HubUpdaterDriver.kext /tmp/first; mkdir /tmp/HubUpdaterDriver.kext; }'
     run load
     expect_refused 'is not a folder'
 }
 
-refuses_what_another_user_made() {
-    copy_bundle "$stranger"
-    run load
-    expect_refused "sudo rm -r /tmp/HubUpdaterDriver.kext"
-    copy_bundle
-    chown "$stranger" "$copy"
-    run load
-    expect_refused "another user (uid $stranger)"
-    copy_bundle
-    chown "$stranger" "$copy/hub-access.rules"
-    run load
-    expect_refused 'a file of another user'
-}
-
-refuses_a_damaged_bundle() {
-    local bundle=$root$here/HubUpdaterDriver.kext
-    rm "$bundle/hub-access.rules"
+refuse_a_damaged_bundle() {
+    mv "$bundle/hub-access.rules" "$root/kept"
     copy_bundle
     run load
     expect_refused 'holds no rule'
     ln -s README.txt "$bundle/hub-access.rules"
     run load
     expect_refused 'damaged'
-    rm "$bundle/hub-access.rules"
-    mkfifo "$bundle/hub-access.rules"
+    rm "$bundle/hub-access.rules" && mkfifo "$bundle/hub-access.rules"
+    run load
+    expect_refused 'damaged'
+    rm "$bundle/hub-access.rules" && cp "$root/kept" "$bundle/hub-access.rules"
+    echo >>"$bundle/large"
     run load
     expect_refused 'damaged'
     rm -r "$bundle"
@@ -380,86 +391,70 @@ refuses_a_damaged_bundle() {
     expect_refused 'missing beside this script'
 }
 
-replaces_what_lies_in_the_rules_place() {
-    echo precious >"$root/etc/precious"
-    ln -s ../../precious "$rule"
+take_the_access_away() {
     run load
-    expect_rule 1209:0001 1209:0002
-    [ ! -L "$rule" ] || complain 'the link was kept'
-    expect_equal "$(cat "$root/etc/precious")" precious
-}
-
-takes_access_from_hubs_no_longer_named() {
-    run load
-    config '[Support Vid Pid]' 'VID_00 = 0x1209' 'SSPID_00 = 0x0009' 'HSPID_00 = 0x0002'
-    chmod 660 "$root/dev/bus/usb"/*/*
-    chgrp 46 "$root/dev/bus/usb"/*/*
+    ids 0x0009 0x0002
+    open_nodes
     run load
     expect_rule 1209:0009 1209:0002
-    expect_calls 'udevadm control --reload' 'udevadm settle --timeout=20' 'setfacl -b /dev/bus/usb/002/003' \
-        'udevadm trigger --action=change /sys/bus/usb/devices/2-1' 'udevadm settle --timeout=20' \
-        'setfacl -b /dev/bus/usb/002/003' \
-        'udevadm trigger --action=change /sys/bus/usb/devices/2-1' 'udevadm settle --timeout=20' \
-        'udevadm trigger --action=change /sys/bus/usb/devices/1-1' \
-        'udevadm trigger --action=change /sys/bus/usb/devices/2-2' 'udevadm settle --timeout=20'
-    expect_equal "$(stat -c '%a %g' "$root/dev/bus/usb/002/003")" '664 0'
-    expect_equal "$(stat -c '%a %g' "$root/dev/bus/usb/002/004")" '660 46'
-    expect_equal "$(stat -c '%a %g' "$root/dev/bus/usb/001/012")" '660 46'
+    expect_calls "${reload[@]}" "$super_speed_taken" "$super_speed_triggered" "$settled" \
+        "$super_speed_taken" "$super_speed_triggered" "$settled" \
+        "$high_speed_triggered" 'udevadm trigger --action=change /sys/bus/usb/devices/2-2' "$settled"
+    expect_equal "$(node 002/003)" '664 0 0'
+    expect_equal "$(node 002/004) $(node 001/012)" '660 0 46 660 0 46'
 }
 
-unloads() {
-    run load
-    config '[Support Vid Pid]'
-    chmod 660 "$root/dev/bus/usb"/*/*
-    chgrp 46 "$root/dev/bus/usb"/*/*
-    run unload
-    expect_equal "$status" 0
-    expect_equal "$(ls -A "$root/etc/udev/rules.d")" ''
-    expect_calls 'udevadm control --reload' 'udevadm settle --timeout=20' \
-        'setfacl -b /dev/bus/usb/001/012' 'setfacl -b /dev/bus/usb/002/003' \
-        'udevadm trigger --action=change /sys/bus/usb/devices/1-1' \
-        'udevadm trigger --action=change /sys/bus/usb/devices/2-1' 'udevadm settle --timeout=20' \
-        'setfacl -b /dev/bus/usb/001/012' 'setfacl -b /dev/bus/usb/002/003' \
-        'udevadm trigger --action=change /sys/bus/usb/devices/1-1' \
-        'udevadm trigger --action=change /sys/bus/usb/devices/2-1' 'udevadm settle --timeout=20'
-    expect_equal "$(stat -c '%a %u %g' "$root/dev/bus/usb/001/012")" '664 0 0'
-    expect_equal "$(stat -c '%a %u %g' "$root/dev/bus/usb/002/003")" '664 0 0'
-    expect_equal "$(stat -c '%a %g' "$root/dev/bus/usb/002/004")" '660 46'
-    run unload
-    expect_equal "$status" 0
-    expect_equal "$(cat "$root/out")" 'unload: nothing is installed'
-    expect_calls ''
-}
+# udev_fails WORD: each udevadm command with this word fails.
+udev_fails() { printf '#!/bin/sh\n[ "$1" != %s ]\n' "$1" >"$root/usr/sbin/udevadm"; }
 
-leaves_the_rules_of_others_alone() {
-    echo '# other' >"$root/etc/udev/rules.d/64-other.rules"
+continue_after_a_failure() {
+    local word leaving=$root/etc/udev/rules.d/.65-vornadel-hub.leaving in_place is_gone
+    in_place='1 load: /etc/udev/rules.d/65-vornadel-hub.rules is in place'
+    is_gone='1 unload: /etc/udev/rules.d/65-vornadel-hub.rules is gone'
     run load
-    run unload
-    expect_equal "$(ls -A "$root/etc/udev/rules.d")" 64-other.rules
-}
+    for word in control trigger; do # before the access is taken away, and in the middle of that
+        open_nodes
+        udev_fails $word
+        run unload
+        case $word in
+        control) expect_said "$is_gone, but udev does not answer; call this again or restart the machine" ;;
+        trigger) expect_said "$is_gone; call this again or unplug the hub" ;;
+        esac
+        expect_equal "$(stat -c %a "$leaving")" 644
+        recorder udevadm
+        open_nodes
+        run unload
+        expect_gone
+        expect_equal "$(node 001/012) $(node 002/003)" '664 0 0 664 0 0'
+        run load
+    done
 
-goes_on_where_a_failed_unload_stopped() {
+    ids 0x0009 0x0002
+    udev_fails trigger
     run load
-    chown 0:46 "$root/dev/bus/usb/001/012"
-    chmod 660 "$root/dev/bus/usb/001/012"
-    cp "$root/usr/sbin/udevadm" "$root/udevadm.kept"
-    printf '#!/bin/sh\n[ "$1" != settle ]\n' >"$root/usr/sbin/udevadm"
-    run unload
-    expect_equal "$status" 1
-    cp "$root/udevadm.kept" "$root/usr/sbin/udevadm"
-    run unload
-    expect_equal "$status" 0
-    expect_equal "$(stat -c '%a %g' "$root/dev/bus/usb/001/012")" '664 0'
-    expect_equal "$(ls -A "$root/etc/udev/rules.d")" ''
-}
+    expect_said "$in_place; hubs no longer named stay open until unplugged"
+    open_nodes
+    recorder udevadm
+    run load
+    expect_rule 1209:0009 1209:0002
+    expect_equal "$(node 002/003) $(node 002/004)" '664 0 0 660 0 46'
+    udev_fails settle
+    run load
+    expect_said "$in_place, but udev does not answer; restart the machine"
 
-says_when_udev_does_not_answer() {
-    printf '#!/bin/sh\nexit 1\n' >"$root/usr/sbin/udevadm"
+    # A load that is killed leaves something; the next one removes it.
+    recorder udevadm
+    before chmod 'kill -KILL "$PPID"'
     run load
-    expect_equal "$status $said" "1 load: /etc/udev/rules.d/65-vornadel-hub.rules is in place, but udev does not answer; restart the machine"
+    expect_equal "$status" 137
+    if [ "$(rules | wc -l)" -ne 2 ] || [ -z "$(left_in_run)" ]; then
+        complain 'it was killed at another moment'
+    fi
+    rm "$root/usr/sbin/chmod"
+    run load
+    expect_rule 1209:0009 1209:0002
     run unload
-    expect_equal "$status $said" "1 unload: /etc/udev/rules.d/65-vornadel-hub.rules is gone, but udev does not answer; call this again or restart the machine"
-    rm "$root/etc/udev/rules.d/.65-vornadel-hub.leaving" # what the next call would go on with
+
     rm "$root/usr/sbin/udevadm"
     [ ! -e "$root/usr/bin/udevadm" ] || mount --bind "$root/dev/null" "$root/usr/bin/udevadm"
     : >"$root/calls"
@@ -467,27 +462,77 @@ says_when_udev_does_not_answer() {
     expect_refused 'udev is not installed'
 }
 
-loads_where_no_rule_was_ever_made() {
-    rmdir "$root/etc/udev/rules.d" "$root/etc/udev"
+# while_waiting COMMAND...: starts unload, and runs the command when it has come to wait. Then the script must go on.
+while_waiting() {
+    { run unload; echo "$status" >"$root/status"; } &
+    timeout 60 cat "$root/waits" >/dev/null || complain 'it did not wait'
+    expect_equal "$(rules) $(cat "$root/calls")" '65-vornadel-hub.rules '
+    "$@"
+    wait $!
+    status=$(cat "$root/status") said=$(cat "$root/err")
+    expect_gone
+}
+
+wait_for_the_tool_and_each_other() {
+    local held calls='case "$*" in *" $(cat /lock)") echo >/waits ;; esac'
+    mkfifo "$root/waits"
+    before flock "$calls"
+    # The tool's lock comes before everything else. Standard input that is no plain file is not looked at.
+    echo none >"$root/lock"
     run load
-    expect_rule 1209:0001 1209:0002
-    rm -r "$root/sys/bus"
+    : >"$root/input"
+    input=$root/input
+    exec {held}<"$root/input"
+    flock -s "$held"
+    echo 0 >"$root/lock"
+    while_waiting flock -u "$held"
+    expect_equal "$said" ''
+    input=/dev/null
+    echo none >"$root/lock"
     run load
-    expect_rule 1209:0001 1209:0002
+    flock -x "$root/dev/null" true
+    exec {held}<&-
+    # Another script's.
+    echo 9 >"$root/lock"
+    exec {held}<"$root/run/vornadel-hub-access.lock"
+    flock -x "$held"
+    while_waiting flock -u "$held"
+    exec {held}<&-
+
+    # Neither wait is without an end, and the access goes all the same.
+    printf '#!/bin/sh\necho "flock $*" >>/calls\n[ "$4" != "$(cat /lock)" ]\n' >"$root/usr/sbin/flock"
+    echo none >"$root/lock"
+    run load
+    input=$root/input
+    echo 0 >"$root/lock"
+    run unload
+    expect_said '0 unload: the hub has been in use for two minutes; going on without waiting longer'
+    expect_gone
+    expect_equal "$(grep flock "$root/calls")" $'flock -x -w 120 0\nflock -x -w 300 9'
+    echo 9 >"$root/lock"
+    run load
+    expect_equal "$status $said" '1 load: another load or unload does not end; try again later'
+    # load waits for the tool only when it takes access away.
+    echo none >"$root/lock"
+    run load
+    expect_equal "$(grep flock "$root/calls")" 'flock -x -w 300 9'
+    ids 0x0009 0x0002
+    run load
+    expect_equal "$(grep flock "$root/calls")" $'flock -x -w 300 9\nflock -x -w 120 0'
+    input=/dev/null
+    run unload
+    expect_equal "$(grep flock "$root/calls")" 'flock -x -w 300 9'
 }
 
 want_root_and_no_arguments() {
     local script
     for script in load unload reboot; do
         run "$script" now
-        expect_equal "$status $said" "1 $script: takes no arguments"
+        expect_said "1 $script: takes no arguments"
         "$chroot" --userspec="$caller:$caller" "$root" "$here/$script" >"$root/out" 2>"$root/err"
         expect_equal "$? $(cat "$root/err")" "1 $script: only root can do this; run it with pkexec or sudo"
     done
-    expect_equal "$(ls -A "$root/etc/udev/rules.d")$(cat "$root/calls")" ''
-}
-
-reboots() {
+    expect_equal "$(rules)$(cat "$root/calls")" ''
     run reboot
     expect_equal "$status" 0
     expect_calls 'reboot '
@@ -501,6 +546,8 @@ for current in $cases; do
         make_root
         copy_bundle
         "$current"
+        [ ! -e "$root/hostile/used" ] || complain "used from the caller's PATH: $(sort -u "$root/hostile/used")"
+        input=/dev/null
         ran=$((ran + 1))
     fi
 done
