@@ -490,7 +490,6 @@ wait_for_the_tool_and_each_other() {
     input=/dev/null
     echo none >"$root/lock"
     run load
-    flock -x "$root/dev/null" true
     exec {held}<&-
     # Another script's.
     echo 9 >"$root/lock"
