@@ -1,6 +1,6 @@
 #!/bin/bash
-# icon.sh BUNDLE: the icon that the bundle's Info.plist names is a sound icon file, with a picture of the right size for
-# each type of entry.
+# icon.sh BUNDLE: checks that the icon named in the bundle's Info.plist is a valid icon file, with a
+# picture of the right size for each type of entry.
 set -u
 
 bundle=$1
@@ -17,7 +17,7 @@ complain() {
 read -ra bytes < <(od -An -v -tu1 "$icon" | tr -s ' \n' ' ')
 total=${#bytes[@]}
 
-# number AT: four bytes, the highest first.
+# number AT: four bytes, high byte first.
 number() { echo $((bytes[$1] << 24 | bytes[$1 + 1] << 16 | bytes[$1 + 2] << 8 | bytes[$1 + 3])); }
 
 # text AT LENGTH
@@ -29,7 +29,7 @@ text() {
     done
 }
 
-# judge_picture AT LENGTH TYPE: a PNG, from its first chunk to its last.
+# judge_picture AT LENGTH TYPE: checks a PNG, from its first chunk to its last.
 judge_picture() {
     local at=$1 end=$(($1 + $2)) want=${sizes[$3]-}
     [ -n "$want" ] || complain "there is no entry type '$3'"

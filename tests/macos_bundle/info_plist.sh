@@ -1,6 +1,6 @@
 #!/bin/bash
-# info_plist.sh BUNDLE SOURCE VERSION OLDEST: the bundle's Info.plist is a property list, and says what a Mac has to know about
-# the application.
+# info_plist.sh BUNDLE SOURCE VERSION OLDEST: checks that the bundle's Info.plist is a property list with
+# everything that a Mac needs to know about the application.
 set -u
 
 bundle=$1
@@ -14,7 +14,7 @@ complain() {
     failures=$((failures + 1))
 }
 
-# ask XPATH: what the file says.
+# ask XPATH: queries the file.
 ask() { xmllint --nonet --xpath "$1" "$plist"; }
 
 # expect KEY ELEMENT VALUE

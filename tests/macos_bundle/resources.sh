@@ -1,6 +1,6 @@
 #!/bin/bash
-# resources.sh BUNDLE SOURCE: the bundle holds what belongs into one for a Mac, byte for byte, and nothing of another
-# system's. A driver that somebody has put into the source comes along.
+# resources.sh BUNDLE SOURCE: checks that the bundle holds everything for a Mac, byte for byte, and nothing
+# for another system. A driver that somebody has added to the source is included.
 set -u
 
 bundle=$1

@@ -1,15 +1,16 @@
 #!/bin/bash
-# A root of its own that looks to a script as a Mac does: the folders and links of one, its commands at their places and
-# nothing else. macos_scripts.sh reads this file; $root is a folder to build it in, $shell the shell that is /bin/sh there.
-# shellcheck disable=SC2154,SC2016 # they are set there; what stands in single quotes is for the commands made here
+# A root that looks like a Mac to a script: its folders and links, its commands at their paths, and nothing
+# else. Sourced by macos_scripts.sh; $root is the folder to build it in, $shell the shell for /bin/sh.
+# shellcheck disable=SC2154,SC2016 # set there; the text in single quotes is for the commands made here
 #
-# The commands every system has are the machine's own behind a door: they take the options that macOS documents for them
-# and that the scripts have a use for, and no others. What macOS alone has writes down how it is called. /state holds what
-# there is to know about the machine: version, nvram, loaded drivers, refuse/COMMAND for each command that shall fail,
-# end_at/COMMAND for each that is to end the script, talks when the commands that change something shall say so.
+# Common commands are the host's own behind a wrapper ("door"), which accepts only options that macOS
+# documents and the scripts need. Commands that only macOS has are recorders, which log their calls.
+# /state holds the state of the machine: version, nvram, loaded drivers, refuse/COMMAND for each command
+# that should fail, end_at/COMMAND for each that should end the script, talks if the commands that change
+# something should print it.
 
-# door PATH REAL OPTION...: a command that lets these options through to the machine's own of the name REAL. It is recorded
-# when its name is in $recorded.
+# door PATH REAL OPTION...: a command that passes these options to the host's command REAL. Its calls are
+# logged if its name is in $recorded.
 recorded=' mktemp cp diff mkdir mv rm chown chmod '
 door() {
     local path=$1 real=$2 name=${1##*/}
@@ -26,7 +27,7 @@ door() {
     chmod 755 "$root$path"
 }
 
-# recorder PATH: a command that macOS alone has. What it does, as a script, comes from standard input.
+# recorder PATH: a command that only macOS has. Its script comes from standard input.
 recorder() {
     local path=$1 name=${1##*/}
     {
@@ -72,7 +73,7 @@ COMMAND
 [ "$#:$1:$2" = '3:-c:Print :CFBundleIdentifier' ] || exit 64
 sed -n '/<key>CFBundleIdentifier</{n;s,^.*<string>\(.*\)</string>.*$,\1,p;}' "$3" | grep .
 COMMAND
-    # Takes a driver only from folders of root's, as the system does.
+    # Accepts a driver only from folders of root, like the system.
     recorder /sbin/kextload <<'COMMAND'
 [ $# -eq 1 ] && [ -d "$1" ] && [ "$(id -u)" = 0 ] || exit 64
 [ -z "$(find "${1%/*}" ! -user 0 -o ! -group 0 -o -perm /022 -o -type d ! -perm 755 -o -type f ! -perm -444)" ] || exit 71
@@ -96,7 +97,7 @@ COMMAND
 COMMAND
 }
 
-# newer_system: what has taken the place of the kext commands later.
+# newer_system: the later replacement of the kext commands.
 newer_system() {
     recorder /usr/bin/kmutil <<'COMMAND'
 case $1 in

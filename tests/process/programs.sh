@@ -1,5 +1,5 @@
 #!/bin/sh
-# programs.sh VORNADEL VORNADELCTL: how the real programs begin, and how two of them share a hub.
+# programs.sh VORNADEL VORNADELCTL: how the real programs start, and how two of them share a hub.
 set -u
 vornadel=$1
 vornadelctl=$2
@@ -7,7 +7,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 failures=0
 
-# expect STATUS TEXT COMMAND...: the command must end with the status and say the text.
+# expect STATUS TEXT COMMAND...: the command must exit with the status and print the text.
 expect() {
     status=$1
     text=$2
@@ -40,7 +40,7 @@ expect 1 "vornadelctl works without one" env QT_QPA_PLATFORM=nonsense "$vornadel
 expect 2 "" "$vornadelctl"
 expect 2 "empty" "$vornadelctl" info ""
 
-# An answer that reaches nobody is no success, and what belongs on a closed standard error goes into no other file.
+# Output that cannot be written is no success, and messages for a closed standard error go to no other file.
 hub=--simulated-hub=latency=none,mode=rom,image=$work/own.bin
 # shellcheck disable=SC2016 # the inner shell's own words
 expect 1 "could not be written" sh -c '"$1" "$2" list >/dev/full' sh "$vornadelctl" "$hub"
@@ -51,7 +51,7 @@ if [ -s "$work/own.bin.lock" ]; then
     failures=$((failures + 1))
 fi
 
-# A file that may not grow leaves what was there, and nothing beside it.
+# If the file may not grow, the old one stays, and nothing is left beside it.
 echo earlier >"$work/kept.bin"
 files=$(find "$work" | wc -l)
 # shellcheck disable=SC2016 # the inner shell's own words
@@ -61,7 +61,7 @@ if [ "$(cat "$work/kept.bin")" != earlier ] || [ "$(find "$work" | wc -l)" -ne "
     failures=$((failures + 1))
 fi
 
-# Programs that start together on a flash that is not there yet all find it whole.
+# Programs that start together with a missing flash file all find it complete.
 round=0
 while [ $round -lt 10 ]; do
     round=$((round + 1))

@@ -1,5 +1,5 @@
 #!/bin/sh
-# scalar_runs.sh PROBE IMAGE COUNT: the program updates a hub and ends by itself with status 0, every time.
+# scalar_runs.sh PROBE IMAGE COUNT: the program updates a hub and exits with status 0, every time.
 set -u
 probe=$1
 image=$2

@@ -1,8 +1,8 @@
 #!/bin/sh
-# window_memory.sh VORNADEL CLOSE_PROBE IMAGE CHECKER: from start to quit, the window program reads nothing that is not
-# there and loses no memory. First the real program on an X display, then the probe, which updates the hub and which
-# reads its flash; last a probe that loses a kilobyte in a button's slot, which must not go unnoticed. The checker is
-# valgrind, or none where the programs have their own built in.
+# window_memory.sh VORNADEL CLOSE_PROBE IMAGE CHECKER: from start to quit, the window program makes no
+# invalid reads and leaks no memory. First the real program on an X display, then the probe, which
+# updates the hub and reads its flash; last a probe that leaks a kilobyte in a button's slot, which must
+# be detected. The checker is valgrind, or none if the programs are built with sanitizers.
 set -u
 vornadel=$1
 probe=$2
@@ -12,10 +12,10 @@ here=$(dirname "$0")
 [ "$checker" = none ] || command -v valgrind >/dev/null || { echo "window_memory.sh: valgrind is not installed" >&2; exit 1; }
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-losses=definite # what they alone point to is lost with them; "possible" are the stacks of threads that still run at the end
+losses=definite # includes what they point to; "possible" are stacks of threads still running at the end
 failures=0
 
-# A program under the checker, which makes it end with another status when there is something to complain about.
+# Runs a program under the checker, which changes the exit status if it finds something.
 complaint=1
 printf '#!/bin/sh\nexec "$@"\n' >"$work/checked"
 if [ "$checker" != none ]; then
@@ -50,7 +50,7 @@ expect() {
     fi
 }
 
-QT_ENABLE_REGEXP_JIT=0 # valgrind misreads the code that is compiled for the patterns
+QT_ENABLE_REGEXP_JIT=0 # valgrind misreads the JIT code of the patterns
 export QT_ENABLE_REGEXP_JIT
 expect 0 "start to quit" "$here/under_xvfb" "$here/real_window.sh" "$work/vornadel"
 

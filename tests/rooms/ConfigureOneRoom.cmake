@@ -1,4 +1,4 @@
-# Configures one_room from nothing and compares how that ends with EXPECT.
+# Configures one_room from scratch and compares the result with EXPECT.
 file(REMOVE_RECURSE "${BUILD}")
 execute_process(
   COMMAND "${CMAKE_COMMAND}" -S "${PROJECT}" -B "${BUILD}" -G "${GENERATOR}"

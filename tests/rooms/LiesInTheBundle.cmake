@@ -1,5 +1,5 @@
-# Fails unless the programs, config.ini, the administrator scripts and the driver bundle lie in the bundle, and the
-# property files beside it, where they look for each other.
+# Fails unless the programs, config.ini, the administrator scripts and the driver bundle are in the bundle,
+# and the property files beside it, where they look for each other.
 set(expected "${BUNDLE}/Contents/MacOS/vornadelctl" "${BUNDLE}/Contents/Resources/config.ini"
   "${BUNDLE}/Contents/Resources/hub-access.sh" "${BUNDLE}/Contents/Resources/supported-ids.awk"
   "${BUNDLE}/Contents/Resources/HubUpdaterDriver.kext/hub-access.rules"

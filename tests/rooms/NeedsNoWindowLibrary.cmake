@@ -1,5 +1,5 @@
-# Looks for libraries of a window among those that PROGRAM needs, directly or by way of others. Fails when it finds
-# one; with SEEN, when it finds none.
+# Looks for window libraries among those that PROGRAM needs, directly or indirectly. Fails if it finds one;
+# with SEEN, if it finds none.
 execute_process(COMMAND ldd "${PROGRAM}" RESULT_VARIABLE status OUTPUT_VARIABLE libraries)
 if(NOT status EQUAL 0 OR NOT libraries MATCHES "libc\\.so")
   message(FATAL_ERROR "ldd tells nothing about ${PROGRAM}: ${libraries}")

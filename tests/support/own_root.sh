@@ -1,7 +1,8 @@
 # shellcheck shell=bash
-# For a test that runs administrator scripts as root in a throw-away root; source it once `cases` (the names of its functions, one
-# for each case) and `only` (one of them, --list, or nothing) are set. Lists the cases and ends when that is asked for; else the
-# test goes on in a mount namespace of its own, with an empty folder `root` that goes when it ends.
+# For a test that runs administrator scripts as root in a throw-away root. Set `cases` (the names of its
+# functions, one for each case) and `only` (one of them, --list, or nothing), then source this. With --list
+# it lists the cases and ends. Otherwise the test continues in its own mount namespace, with an empty
+# folder `root` that is removed at the end.
 
 # shellcheck disable=SC2154 # set by the test
 if [ "$only" = --list ]; then
@@ -21,11 +22,11 @@ root=$(mktemp -d) || exit 1
 trap 'umount -R "$root" 2>/dev/null; rmdir "$root" 2>/dev/null' EXIT
 
 shell=
-said_in=$root/err # what the script under test said; the test may put it elsewhere
+said_in=$root/err # output of the script under test; the test may change the path
 ran=0
 failures=0
 
-# complain TEXT: counts a failure of the case `current`, run with `shell` where there is more than one.
+# complain TEXT: counts a failure of the case `current`, which ran with `shell`.
 complain() {
     echo "FAILED: $current${shell:+ ($shell)}: $1" >&2
     [ ! -s "$said_in" ] || sed 's/^/    said: /' "$said_in" >&2
@@ -34,7 +35,7 @@ complain() {
 
 expect_equal() { [ "$1" = "$2" ] || complain "expected '$2', got '$1'"; }
 
-# Ends the test with the sum of it.
+# Ends the test with its result.
 sum_up() {
     [ "$ran" -gt 0 ] || { echo "FAILED: there is no case '$only'" >&2; exit 1; }
     echo "$ran cases, $failures failures"

@@ -1,6 +1,6 @@
 #!/bin/bash
-# The man page of vornadel-virtual-hub names the options and commands that --help does and no others, and its markup is
-# in order.
+# Checks that the man page of vornadel-virtual-hub names exactly the options and commands of --help, and
+# that its markup is valid.
 #
 #   man_page.sh PROGRAM PAGE
 set -eu
@@ -16,13 +16,13 @@ fail() {
     failed=1
 }
 
-# What remains of the page when every escape and every request for a font is taken away.
+# The page without escapes and font requests.
 sed -e 's/\\f[BIPR]//g' -e 's/\\-/-/g' -e 's/\\ / /g' -e 's/^\.[BIR]* //' "$page" >"$plain"
 
 options() {
     grep -oE -- '--[a-z][a-z-]*' | sort -u
 }
-# Options of other programs stand in the text too; the synopsis and the tags of the list do not have them.
+# The text also names options of other programs; the synopsis and the tags of the list do not.
 described=$(awk '/^\.SH/ { part = $2 } part == "SYNOPSIS" || (part == "OPTIONS" && tag) { print }
                  { tag = ($1 == ".TP") }' "$page" | sed 's/\\-/-/g' | options)
 helped=$("$program" --help | options)

@@ -2,7 +2,7 @@
 # vornadel-virtual-hub as a process: commands, signals, exit statuses and the refusals that need no kernel module.
 #
 #   program.sh PROGRAM
-set -eum # with job control, or the programs behind would ignore SIGINT
+set -eum # with job control, or the background programs would ignore SIGINT
 
 program=$1
 folder=$(mktemp -d)
@@ -18,7 +18,7 @@ fail() {
     exit 1
 }
 
-# Starts the program behind; its input is file 7, its output file 8.
+# Starts the program in the background; its input is file 7, its output file 8.
 start() {
     rm -f "$folder/in" "$folder/out"
     mkfifo "$folder/in" "$folder/out"
@@ -27,7 +27,7 @@ start() {
     exec 7>"$folder/in" 8<"$folder/out"
 }
 
-# The next line of output must be this one; a pattern.
+# The next line of output must match this pattern.
 expect() {
     read -r -t 20 -u 8 line || fail "no answer where \"$1\" was due; $(cat "$folder/err")"
     # shellcheck disable=SC2053 # a pattern on purpose
@@ -42,7 +42,7 @@ ends_with() {
     [ "$status" = "$1" ] || fail "ended with $status and not $1; $(cat "$folder/err")"
 }
 
-# A run of its own that cannot do what it is asked to, and says why.
+# A separate run that fails and says why.
 refuses() {
     reason=$1
     shift
@@ -71,7 +71,7 @@ printf 'unplug\nplug\n' >&7 # the rest of the line, and the next one
 expect 'error: the line is too long'
 expect ok
 
-# A second one finds the port and the file taken.
+# A second program finds the port and the file in use.
 refuses "port $port of 127.0.0.1" --serve="$port" --hub "image=$folder/other.bin"
 refuses 'in use by another' --serve=0 --hub "$hub"
 
@@ -98,12 +98,12 @@ for signal in INT TERM HUP; do
     start --serve=0 --hub "$hub"
     expect 'port *'
     expect ready
-    exec 7>&- # the end of the input is not the end
+    exec 7>&- # the program goes on after the end of its input
     kill -s $signal "$pid"
     ends_with 0
 done
 
-# Without any standard file it works as well; that it does shows only in the file of its flash.
+# It works without any standard file, too; only the flash file shows that.
 rm "$folder/flash.bin"
 "$program" --serve=0 --hub "$hub" <&- >&- 2>&- &
 pid=$!

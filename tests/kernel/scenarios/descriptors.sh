@@ -4,7 +4,7 @@
 start_hub
 wait_for_hub
 
-# half VID:PID SPEED: at its speed, with the kernel's hub driver.
+# half VID:PID SPEED: checks that the half runs at this speed, with the kernel's hub driver.
 half() {
     device_folder "$1"
     [ "$(cat "$folder/speed")" = "$2" ] || fail "$1 runs at $(cat "$folder/speed") Mbit/s"

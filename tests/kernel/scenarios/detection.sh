@@ -9,7 +9,7 @@ open_window tool
 window_shows hub 'red Detect Zel Hub: Fail'
 window_shows buttons on
 
-# After the start-up run the hub may be opened for a look: the version of the old image, then no hub, twice.
+# After the update at start, detection may open the hub: the version of the old image, then no hub, twice.
 for round in 1 2; do
     hub plug
     window_shows hub 'blue Detect Zel Hub : Success|fwVer:0100'

@@ -1,8 +1,8 @@
 #!/bin/bash
 # shellcheck disable=SC2034,SC2154 # `one` reads this after the helpers
 
-# bind_anew VID:PID: takes the hub driver off this half and puts it back, and counts how often that was done. The half
-# may leave for its restart at any moment.
+# bind_anew VID:PID: unbinds the hub driver from this half and binds it again, and counts how often. The
+# half may leave for its restart at any moment.
 bind_anew() {
     local interface
     device_folder "$1" || return 0
@@ -10,7 +10,7 @@ bind_anew() {
     interface=${folder##*/}:1.0
     if { echo "$interface" >/sys/bus/usb/drivers/hub/unbind; } 2>/dev/null; then
         bound=$((bound + 1))
-        # Refused when the half has left meanwhile; where it has come back, the kernel has bound it by itself.
+        # Fails if the half has left meanwhile; if it has come back, the kernel has bound it itself.
         { echo "$interface" >/sys/bus/usb/drivers/hub/bind; } 2>/dev/null ||
             wait_until 20 "the hub driver to take $1 again" bound_or_gone "$1"
     fi
@@ -21,7 +21,7 @@ bound_or_gone() { ! device_folder "$1" || [ -e "$folder/${folder##*/}:1.0/driver
 images=("$old_image" "$new_image")
 round=0
 
-# begin_update STEP: the next one, with the image that is not in the flash; it is held up at this step until it goes on.
+# begin_update STEP: starts an update with the image that is not in the flash, and holds it at this step.
 begin_update() {
     round=$((round + 1))
     image=${images[round % 2]}
@@ -36,8 +36,8 @@ go_on() {
     end_of_update
 }
 
-# The driver is another party on the same device: without it, or with it coming back, the update goes on. The hub is back
-# at once, or its halves would still be on their way when the update goes on.
+# The driver is another user of the same device: the update goes on without it, and while it comes back.
+# The hub restarts without delay; otherwise its halves would still be missing when the update goes on.
 start_hub latency=none
 bound=0
 for step in 'Erase Flash...' 'Write Flash...'; do
@@ -52,7 +52,8 @@ done
 stop_hubs
 wait_for_no_hub
 
-# A reset of either half by another program may end the update. What it says must be true, and the next one must succeed.
+# A reset of either half by another program may end the update. Its result must be true, and the next
+# update must succeed.
 start_hub
 round=0
 resets=0

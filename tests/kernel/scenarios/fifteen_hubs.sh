@@ -1,8 +1,8 @@
 #!/bin/bash
 # shellcheck disable=SC2034,SC2154 # `one` reads this after the helpers
 
-# attach: fifteen hubs, and a configuration that names them all. They run their ROM code: the tool needs no restart to write
-# to one then. When it looks for a hub after a restart and the right one is not back yet, it finds another.
+# attach: fifteen hubs, and a configuration with all of them. They run their ROM code, so the tool can
+# write to one without a restart. If the right hub is not back after a restart, the tool finds another.
 attach() {
     local hubs=() ids=() i
     for ((i = 1; i <= 15; ++i)); do
@@ -19,7 +19,7 @@ attach() {
     configure config.ini '' "${ids[@]}"
 }
 
-# find_first: the hub that the tool takes, by its number in $first: that of the first supported half that it lists.
+# find_first: sets $first to the number of the hub that the tool takes: the first supported half it lists.
 find_first() {
     local id
     expect 0 'supported hub' "${ctl[@]}" list
@@ -28,8 +28,8 @@ find_first() {
     first=$(((0x${id:5:4} - id_base) / 2))
 }
 
-# others_untouched: every hub but the first has its old flash and was asked nothing; one of them may have been greeted as it was
-# opened in the place of the first, which was still away after its restart.
+# others_untouched: every hub but the first has its old flash and has received no request. One may have
+# received the open-time request, if it was opened while the first was still away after its restart.
 others_untouched() {
     local i greeted=0
     for ((i = 1; i <= 15; ++i)); do

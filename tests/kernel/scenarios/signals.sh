@@ -1,19 +1,19 @@
 #!/bin/bash
 # shellcheck disable=SC2034,SC2154 # `one` reads this after the helpers
 
-# remember_hub: its address on the bus; none when it is away.
+# remember_hub: remembers its address on the bus; none if it is away.
 remember_hub() {
     address=none
     ! device_folder "$super_speed" || read -r address 2>/dev/null <"$folder/devnum" || address=none
 }
 
-# hub_has_left: it is away, or back already at an address other than the remembered one.
+# hub_has_left: it is away, or already back at another address.
 hub_has_left() {
     local now
     ! device_folder "$super_speed" || ! read -r now 2>/dev/null <"$folder/devnum" || [ "$now" != "$address" ]
 }
 
-# reach POINT: the update that runs has come so far.
+# reach POINT: waits until the running update has reached this point.
 reach() {
     case $1 in
     started) ;;
@@ -51,7 +51,7 @@ lane() {
         reach "$point"
         kill "-$signal" "$update_pid"
         end_of_update
-        # A program that has only just been started may be ended by the signal itself.
+        # The signal itself may end a program that has just been started.
         if [ "$update_status" -ne "$wanted" ] && ! { [ "$point" = started ] && [ "$update_status" -gt 128 ]; }; then
             fail "SIG$signal at '$point': ended with $update_status, not $wanted"
         fi
@@ -63,7 +63,7 @@ lane() {
     stop_hubs
 }
 
-# The same with the window program, whose run at the start is the update.
+# The same with the window program and its update at start.
 window_lane() {
     local ends=(KILL 137 'Erase Flash...' TERM 143 'Read Flash...' INT 130 'Reset to Flash Code...') i
     use_hub 4

@@ -6,7 +6,7 @@ wait_for_hub
 for step in 'Write Flash...' 'Read Flash...'; do
     start_update "$new_image"
     update_reaches "$step"
-    kill -STOP "$update_pid" # or it could be through before the hub is gone
+    kill -STOP "$update_pid" # otherwise it could finish before the hub is gone
     hub unplug
     kill -CONT "$update_pid"
     case $step in

@@ -18,7 +18,7 @@ as_stranger() {
     ctl=("${as[@]}" "$installed/MacOS/vornadelctl")
 }
 
-# may_write: whether the system itself would let that user at the hub.
+# may_write: whether the system would let that user write to the hub.
 may_write() { "${as[@]}" test -w "$(node_of "$super_speed")" && "${as[@]}" test -w "$(node_of "$high_speed")"; }
 
 refused() {

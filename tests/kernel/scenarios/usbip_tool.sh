@@ -15,7 +15,7 @@ timeout 20 usbip port >ports 2>&1
 cat ports
 [ "$(grep -c 'usbip://127.0.0.1' ports)" -eq 2 ] || fail 'usbip does not show both halves'
 
-# usbip does not attach a device again that has left and come back, so this does it once the hub has restarted.
+# usbip does not reattach a device that has come back, so this does it after the hub has restarted.
 attach_again() {
     wait_until 30 'the hub to leave for its restart' off_bus "$super_speed"
     for bus_id in "${bus_ids[@]}"; do
@@ -30,7 +30,7 @@ same flash.bin "$new_image"
 wait_for_hub
 expect 0 'flash code' "${ctl[@]}" info
 
-# Others have ports too; those of the tool are those that it knows the server of.
+# Other programs have ports too; the ports of usbip are those with a known server.
 timeout 20 usbip port 2>/dev/null | awk '/^Port/ { port = $2 + 0 } /usbip:\/\/127.0.0.1/ { print port }' >ports
 while read -r port; do
     timeout 20 usbip detach -p "$port"

@@ -5,7 +5,7 @@ if [ -z "${DISPLAY-}" ]; then
     exec /run/tree/tests/process/under_xvfb bash "$kernel_tests/guest/one" "$name" "$id_base"
 fi
 
-# click BUTTON: where the window says that it is.
+# click BUTTON: clicks at the position that the window reports.
 click() {
     window "where $1"
     window_shows "at $1" ' '
@@ -42,7 +42,7 @@ window_shows hub 'blue Detect Zel Hub : Success|fwVer:0101'
 
 hub unplug
 window_shows hub 'red Detect Zel Hub: Fail'
-# The key reaches the window once it is the active one; the last one may find it gone.
+# The key reaches the window once it is active; the last try may find it already closed.
 close_by_key() {
     gone "$window_pid" ||
         { xdotool search --onlyvisible --name '^Vornadel  1[.]02$' windowactivate --sync key alt+F4 || :; } 2>/dev/null

@@ -5,7 +5,7 @@ bundle tool
 start_hub
 wait_for_hub
 open_window tool
-window_shows flow 'Update FW Fail' # no image is configured, so the run at the start has none
+window_shows flow 'Update FW Fail' # no image is configured, so the update at start fails
 window_shows buttons on
 
 window 'press btnRead_FwFlash'
