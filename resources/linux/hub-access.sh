@@ -6,8 +6,8 @@ rules_directory=/etc/udev/rules.d
 rule=$rules_directory/65-vornadel-hub.rules
 # The next rule while it is being written; udev ignores it.
 new_rule=$rules_directory/.65-vornadel-hub.new
-# A rule whose devices have not all lost their access yet; udev ignores it. When a script has failed or was killed, the
-# next one continues from here.
+# A rule whose devices have not all lost their access yet; udev ignores it. After a script that failed
+# or was killed, the next one continues from here.
 leaving=$rules_directory/.65-vornadel-hub.leaving
 # Both are in /run, where only root can create files.
 lock=/run/vornadel-hub-access.lock
@@ -26,17 +26,18 @@ need_machine() {
     command -v flock >/dev/null || fail 'flock (package util-linux) is not installed'
 }
 
-# wait_for_tool: the tool has opened an anonymous file as our standard input, and holds a lock on it while it uses the
-# hub, which may be in the middle of a restart. Nobody else can open that file. Any other kind of standard input is left
-# alone: a lock on a terminal or on /dev/null could be anybody's.
+# wait_for_tool: waits until the tool does not use the hub, which may be in the middle of a restart.
+# Standard input is an anonymous file then, on which the tool holds a lock meanwhile; nobody else can
+# open that file. Other kinds of standard input do not count: a lock on a terminal or on /dev/null
+# could be anybody's.
 wait_for_tool() {
     [ -f /proc/self/fd/0 ] || return 0
     flock -x -w 120 0 ||
         printf '%s: the hub has been in use for two minutes; going on without waiting longer\n' "$program" >&2
 }
 
-# lock_out_others: one load or unload at a time. Only root can open the lock file, so nobody else can hold the lock.
-# Removes what a killed load has left behind.
+# lock_out_others: lets one load or unload run at a time, and removes what a killed load has left.
+# Only root can open the lock file, so nobody else can hold the lock.
 lock_out_others() {
     (umask 077 && : >>"$lock") 2>/dev/null || fail 'cannot write to /run'
     exec 9>>"$lock"
@@ -60,8 +61,9 @@ attached() {
     done
 }
 
-# reset_access IDS: gives the nodes of these devices the owner and mode that they have without our rule. udev never takes
-# a group or an access list back. What other rules grant comes back when udev looks at the device again.
+# reset_access IDS: gives the nodes of these devices the owner and mode that they have without our
+# rule. udev never takes a group or an access list back. What other rules grant comes back when udev
+# looks at the device again.
 reset_access() {
     attached "$1" | while IFS= read -r device; do
         { read -r bus <"$device/busnum" && read -r number <"$device/devnum"; } 2>/dev/null || continue
@@ -92,8 +94,8 @@ retrigger() {
     ) && udevadm settle --timeout=20
 }
 
-# take_access IDS: removes what a deleted rule has granted on these devices. Twice, because udev still obeys the tag
-# uaccess while it handles the first event after the rule has gone.
+# take_access IDS: removes what a deleted rule has granted on these devices. Twice, because udev still
+# obeys the tag uaccess while it handles the first event after the rule has gone.
 take_access() {
     reset_access "$1"
     retrigger "$1" || return 1

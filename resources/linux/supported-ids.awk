@@ -1,7 +1,7 @@
-# Reads config.ini as the tool does, and prints the ids of each supported hub: a line "VID PID" for SuperSpeed, one for
-# high speed, four hexadecimal digits each. Numbers are looked at more strictly: what the tool would cut off or take
-# for 0 stops the work. Then the exit status is 1 and the one line printed says why.
-# LC_ALL=C is expected: characters are bytes.
+# Reads config.ini as the tool does, and prints the ids of each supported hub: a line "VID PID" for
+# SuperSpeed and one for high speed, four hexadecimal digits each. Numbers are checked more strictly:
+# one that the tool would cut off or read as 0 ends the program with status 1, and the only line
+# printed says why. Expects LC_ALL=C, so that characters are bytes.
 
 function strip(text) {
     gsub(/^[ \t\r\013\014]+|[ \t\r\013\014]+$/, "", text)
@@ -14,7 +14,7 @@ function stop(why) {
     exit 1
 }
 
-# Text up to the first of some characters, which are written as a bracket expression.
+# The text before the first character that matches the bracket expression `marks`.
 function upTo(text, marks) {
     return match(text, marks) ? substr(text, 1, RSTART - 1) : text
 }

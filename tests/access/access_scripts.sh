@@ -1,7 +1,8 @@
 #!/bin/bash
-# access_scripts.sh RESOURCES [CASE]: runs the administrator scripts for real, as root, in a throw-away root: a mount
-# namespace with its own /etc, /tmp, /run, /sys and /dev. udevadm, setfacl and reboot are programs there that record how
-# they are called. Nothing of the machine is touched. Without CASE all cases are run; --list in its place lists them.
+# access_scripts.sh RESOURCES [CASE]: runs the administrator scripts for real, as root, in a throw-away
+# root: a mount namespace with its own /etc, /tmp, /run, /sys and /dev. udevadm, setfacl and reboot are
+# programs there that record their calls. Nothing of the machine is touched. Without CASE all cases are
+# run; --list in its place lists them.
 # shellcheck disable=SC1003,SC2016 # single quotes: the tests see that nothing expands the text
 set -u
 
@@ -17,7 +18,7 @@ cases='load_and_unload read_the_configuration find_their_folder know_the_caller 
 # shellcheck source=../support/own_root.sh
 . "${0%/*}/../support/own_root.sh"
 
-# --- the throw-away root --------------------------------------------------------------------------------------------
+# --- the throw-away root --------------------------------------------------------------------------
 
 recorder() {
     printf '#!/bin/sh\necho "%s $*" >>/calls\n' "$1" >"$root/usr/sbin/$1"
@@ -76,8 +77,8 @@ make_root() {
     install_tool "/opt/Vornadel.app/Contents/Resources"
 }
 
-# install_tool FOLDER: the tool's resources as an installation has them, with the ids 1209:0001:0002. One file of the
-# bundle is as large as a file may be.
+# install_tool FOLDER: the tool's resources as an installation has them, with the ids 1209:0001:0002.
+# One file of the bundle has the largest size that is allowed.
 install_tool() {
     here=$1
     bundle=$root$here/HubUpdaterDriver.kext
@@ -97,8 +98,8 @@ copy_bundle() {
     chown -R "${1-$caller}" "$copy"
 }
 
-# run_with VARIABLE=VALUE... -- SCRIPT ARGUMENTS...: with these variables and a hostile environment. Standard input is
-# $input. Leaves `status`, `said` (standard error) and the calls since in /calls.
+# run_with VARIABLE=VALUE... -- SCRIPT ARGUMENTS...: with these variables, a hostile environment and
+# $input as standard input. Sets `status` and `said` (standard error); /calls has the calls.
 input=/dev/null
 run_with() {
     local variables=()
@@ -124,7 +125,7 @@ run() {
     run_with PKEXEC_UID="$caller" -- "$here/$script" "$@"
 }
 
-# --- what is expected -------------------------------------------------------------------------------------------------
+# --- what is expected -----------------------------------------------------------------------------
 
 expect_calls() { expect_equal "$(cat "$root/calls")" "$(printf '%s\n' "$@")"; }
 expect_said() { expect_equal "$status $said" "$1"; }
@@ -143,8 +144,8 @@ settled='udevadm settle --timeout=20'
 open_nodes() { chmod 660 "$root/dev/bus/usb"/*/* && chgrp 46 "$root/dev/bus/usb"/*/*; }
 node() { stat -c '%a %u %g' "$root/dev/bus/usb/$1"; }
 
-# expect_rule VID:PID...: the script ended well, the rule is there for exactly these (comments do not count), and
-# nothing else is left behind.
+# expect_rule VID:PID...: the script succeeded, the rule is there for exactly these (comments do not
+# count), and nothing else is left behind.
 expect_rule() {
     expect_equal "$status" 0
     local want='' ids
@@ -158,7 +159,7 @@ expect_rule() {
     expect_equal "$(left_in_run)" ''
 }
 
-# expect_gone: the script ended well, and no rule is left.
+# expect_gone: the script succeeded, and no rule is left.
 expect_gone() { expect_equal "$status$(rules)" 0; }
 
 # expect_refused TEXT: load stopped with one line that holds TEXT, and changed nothing.
@@ -175,7 +176,7 @@ expect_refused() {
     expect_equal "$(cat "$root/calls")" ''
 }
 
-# --- the cases --------------------------------------------------------------------------------------------------------
+# --- the cases ------------------------------------------------------------------------------------
 
 load_and_unload() {
     local first other=$root/etc/udev/rules.d/64-other.rules
@@ -316,8 +317,8 @@ know_the_caller() {
     expect_refused 'a file of another user'
 }
 
-# refuse_file TEXT COMMAND...: load must refuse the copy with TEXT once the command has changed it; the new files in it
-# are the caller's.
+# refuse_file TEXT COMMAND...: load must refuse the copy with TEXT once the command has changed it.
+# What the command creates belongs to the caller.
 refuse_file() {
     local text=$1
     shift
@@ -355,7 +356,7 @@ refuse_another_copy() {
     expect_refused 'is a link'
 }
 
-# What the caller exchanges after it was checked, and before it is used.
+# The caller exchanges files after they were checked, and before they are used.
 refuse_a_copy_exchanged_meanwhile() {
     before dd "case \$1 in if=./README.txt) ln -sf '$here/HubUpdaterDriver.kext/README.txt' README.txt ;; esac"
     run load
@@ -462,7 +463,8 @@ continue_after_a_failure() {
     expect_refused 'udev is not installed'
 }
 
-# while_waiting COMMAND...: starts unload, and runs the command when it has come to wait. Then the script must go on.
+# while_waiting COMMAND...: starts unload and runs the command while unload waits. unload must have
+# changed nothing by then, and must succeed afterwards.
 while_waiting() {
     { run unload; echo "$status" >"$root/status"; } &
     timeout 60 cat "$root/waits" >/dev/null || complain 'it did not wait'
@@ -498,7 +500,7 @@ wait_for_the_tool_and_each_other() {
     while_waiting flock -u "$held"
     exec {held}<&-
 
-    # Neither wait is without an end, and the access goes all the same.
+    # Both waits have an end. The access is taken away even if the tool keeps its lock.
     printf '#!/bin/sh\necho "flock $*" >>/calls\n[ "$4" != "$(cat /lock)" ]\n' >"$root/usr/sbin/flock"
     echo none >"$root/lock"
     run load

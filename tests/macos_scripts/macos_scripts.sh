@@ -1,8 +1,9 @@
 #!/bin/bash
-# macos_scripts.sh RESOURCES [CASE]: runs macOS's administrator scripts for real, as root, in a throw-away root that looks to
-# them like a Mac; see make_root.sh. Nothing of the machine is touched. The root's /bin/sh is bash, as on a Mac, and dash
-# too for the cases in $in_both_shells: the two differ in what they do with signals and with the rights they are started
-# with. Without CASE all cases are run; --list in its place lists them.
+# macos_scripts.sh RESOURCES [CASE]: runs macOS's administrator scripts for real, as root, in a
+# throw-away root that looks to them like a Mac; see make_root.sh. Nothing of the machine is touched.
+# The root's /bin/sh is bash, as on a Mac. The cases in $in_both_shells run with dash too: the two
+# treat signals and the rights they are started with differently. Without CASE all cases are run;
+# --list in its place lists them.
 # shellcheck disable=SC2016 # much of what stands in single quotes is there to see that nothing expands it
 set -u
 
@@ -49,8 +50,9 @@ copy_bundle() {
     chown -R "${1-$caller}" "$copy"
 }
 
-# as_root_with UID [VARIABLE=VALUE...] -- SCRIPT ARGUMENTS...: with root as effective and UID as real user. Leaves `status`,
-# `said` (standard error), `last` (its last line) and the calls since in /state/calls.
+# as_root_with UID [VARIABLE=VALUE...] -- SCRIPT ARGUMENTS...: with root as the effective and UID as the
+# real user. Sets `status`, `said` (standard error) and `last` (its last line); /state/calls has the
+# calls.
 as_root_with() {
     local user=$1 variables=()
     shift
@@ -67,7 +69,7 @@ as_root_with() {
     last=${said##*$'\n'}
 }
 
-# run SCRIPT ARGUMENTS...: as the system does it for the tool, with all of the caller's variables.
+# run SCRIPT ARGUMENTS...: as the system runs it for the tool, with the caller's whole environment.
 run() {
     local script=$1
     shift
@@ -75,7 +77,7 @@ run() {
         'BASH_FUNC_printf%%=() { echo mine; }' -- "$here/$script" "$@"
 }
 
-# --- what is expected -----------------------------------------------------------------------------------------------------
+# --- what is expected -----------------------------------------------------------------------------
 
 # expect_calls CALL...: exactly these, in this order. KEPT stands for the fresh folder in the store.
 expect_calls() {
@@ -83,7 +85,7 @@ expect_calls() {
         "$(printf '%s\n' "$@")"
 }
 
-# The calls up to where the driver bundle and its copy have been found to be good, and those that put it into its place.
+# The calls that check the driver bundle and its copy, and those that put the driver into its place.
 judging=('mktemp -d KEPT' 'cp -R -P ./HubUpdaterDriver.kext KEPT/bundle'
     'PlistBuddy -c Print :CFBundleIdentifier KEPT/bundle/Contents/Info.plist' 'diff -r -q KEPT/bundle .')
 placing=('mkdir KEPT/HubUpdaterDriver.kext' 'mv KEPT/bundle/Contents KEPT/HubUpdaterDriver.kext/Contents' 'rm -rf KEPT/bundle'
@@ -93,7 +95,8 @@ boot_arguments() { sed -n 's/^boot-args\t//p' "$root/state/nvram"; }
 
 nothing_is_kept() { expect_equal "$(ls -A "$store")" ''; }
 
-# expect_loaded: the bundle's driver is, from the one place in the store, and the file beside Contents is not with it.
+# expect_loaded: the bundle's driver is loaded, from the only folder in the store, which holds nothing
+# but Contents.
 expect_loaded() {
     expect_equal "$status $(cat "$root/state/out")" "0 load: $identifier is loaded"
     expect_equal "$said" ''
@@ -120,7 +123,7 @@ expect_refused() {
     ! grep -q -e ^kext -e ^nvram "$root/state/calls" || complain 'it went too far'
 }
 
-# --- load and unload --------------------------------------------------------------------------------------------------------
+# --- load and unload ------------------------------------------------------------------------------
 
 load_and_unload() {
     local first
@@ -266,10 +269,10 @@ find_their_folder() {
     expect_refused 'differs'
 }
 
-# --- what load refuses ------------------------------------------------------------------------------------------------------
+# --- what load refuses ----------------------------------------------------------------------------
 
-# refuse_copy TEXT COMMAND...: load must refuse the copy with TEXT once the command has changed it; what the command
-# makes is the caller's.
+# refuse_copy TEXT COMMAND...: load must refuse the copy with TEXT once the command has changed it.
+# What the command creates belongs to the caller.
 refuse_copy() {
     local text=$1
     shift
@@ -360,7 +363,7 @@ refuse_a_place_that_others_can_write_to() {
     expect_refused 'others than root can write to /private/var/db,'
 }
 
-# --- what fails --------------------------------------------------------------------------------------------------------------
+# --- what fails -----------------------------------------------------------------------------------
 
 say_why_load_fails() {
     local command what
@@ -415,8 +418,8 @@ say_why_unload_fails() {
     expect_equal "$status $last" '1 unload: the driver is not loaded any more; what was kept of it, /private/var/db/org.vornadel.driver.*, cannot be removed'
 }
 
-# Until the system is asked to load or unload, a signal ends the script, and nothing stays behind. From then on it finishes
-# its work, also when nobody can read what it prints.
+# Until the system is asked to load or unload, a signal ends the script, and nothing stays behind. From
+# then on the script finishes its work, even if nobody can read what it prints.
 end_in_order() {
     local signal
     for signal in HUP INT PIPE QUIT TERM; do
@@ -444,9 +447,9 @@ end_in_order() {
     nothing_is_kept
 }
 
-# --- reboot, and what all three have in common ----------------------------------------------------------------------------
+# --- reboot, and what all three have in common ----------------------------------------------------
 
-# A shell that is started in any other way gives root's rights away; the scripts say so instead of failing half-way.
+# A shell that is started without -p gives root's rights up. The scripts say so before they do anything.
 want_root_and_no_arguments() {
     local script
     for script in load unload reboot; do
