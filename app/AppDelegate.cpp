@@ -22,7 +22,7 @@ AppDelegate* AppDelegateRef = nullptr;
 namespace
 {
 
-/// How long a transfer in flight may hold up the end of the program.
+/// How long a transfer in flight may delay the end of the program.
 constexpr std::chrono::seconds kShutDownGrace{3};
 
 } // namespace
@@ -35,7 +35,7 @@ AppDelegate::AppDelegate(Platform& platform, ToolPlace place, QString titleSuffi
 AppDelegate::~AppDelegate()
 {
     m_platform.usb.unwatch();
-    tbViewController.reset(); // listens to the views and refers to the image
+    tbViewController.reset(); // uses the views and the image, so it goes first
     if (AppDelegateRef == this) {
         AppDelegateRef = nullptr;
     }
@@ -59,7 +59,8 @@ void AppDelegate::applicationDidFinishLaunching()
     initFromIni();
     MyLayoutUI();
     RegisterNotifycation();
-    // The run disables the buttons too, but from its own thread: nobody may press one before that.
+    // The update disables the buttons too, but from its own thread, and nobody may press one
+    // before.
     SetButtonStatus(false);
     if (!m_worker.startBeside([this] { MP_UpdateScalar(); })) {
         sayThatNothingStarts();
@@ -86,7 +87,7 @@ void AppDelegate::sayThatNothingStarts()
 
 std::string AppDelegate::textOfField(const QLineEdit& field)
 {
-    // Shared: when the window closes during the wait, the task outlives this call.
+    // Shared, because the task outlives this call if the window closes during the wait.
     const auto text = std::make_shared<std::string>();
     m_mainThread.postAndWait([text, &field] { *text = field.text().toStdString(); });
     return *text;

@@ -18,7 +18,7 @@ namespace vornadel
 namespace
 {
 
-/// The buffer into which the log and snapshot commands are formatted. Main thread only.
+/// The buffer for the log and snapshot commands. Main thread only.
 std::array<char, 1024> commandBuffer;
 
 void appendToLog(Shell& shell, const char* before, const std::string& text)

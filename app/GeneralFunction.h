@@ -10,19 +10,18 @@ namespace vornadel
 /// Where PrintNormalLog() writes to.
 inline constexpr const char* kLogFile = "/tmp/Vornadel.log";
 
-/// Helpers of the shell around the flows, all on the main thread.
+/// Helpers of the window program. Main thread only.
 class GeneralFunction
 {
 public:
     GeneralFunction() = delete;
 
-    /// The system version as major.minor.bugfix; 10.0.0 with a line on the console log when the
-    /// system does not say.
+    /// The system version as major.minor.bugfix. If it cannot be read: 10.0.0, and a line in the
+    /// console log.
     static QString GetCurrentSystemVersion(SystemVersion& system);
 
-    /// The part of a path before its last "/", empty without one. Any character whose low eight
-    /// bits are those of
-    /// "/" separates too (U+012F, say): the comparison is that narrow on purpose.
+    /// The part of a path before its last "/", empty without one. A character with the same low
+    /// eight bits as "/" (for example U+012F) separates too: the comparison uses 8 bits on purpose.
     static QString GetDirFromPath(const QString& path);
 
     /// The last component of a path; "/" for the root, empty for an empty path.
@@ -36,7 +35,7 @@ public:
     /// the caller's own plain file is left alone; a line on the console log says so.
     static void PrintNormalLog(Shell& shell, const QString& text);
 
-    /// The whole file as text; empty when it cannot be opened, null when it is not UTF-8.
+    /// The whole file as text; empty if it cannot be opened, null if it is not UTF-8.
     static QString GetStringFromFile(const QString& path);
 };
 
