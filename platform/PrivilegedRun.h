@@ -16,7 +16,7 @@ public:
     virtual ~HubHold() = default;
 };
 
-/// Starting a script with administrator rights.
+/// Starts scripts with administrator rights.
 class PrivilegedRun
 {
 public:
@@ -25,9 +25,9 @@ public:
     PrivilegedRun& operator=(const PrivilegedRun&) = delete;
     virtual ~PrivilegedRun() = default;
 
-    /// Asks for the administrator's credentials the platform's way and starts the script, without
-    /// arguments. Does not wait for it to end. False when the platform has no means to do so; a
-    /// refusal by the user is not told apart from success.
+    /// Asks for the administrator's credentials in the platform's way and starts the script,
+    /// without arguments. Does not wait for its end. False if the platform cannot do this. A
+    /// refusal by the user looks the same as success.
     virtual bool start(const std::string& script) = 0;
 
     /// Tells the scripts that this process is using the hub: a script started here takes no access

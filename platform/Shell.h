@@ -5,7 +5,7 @@
 namespace vornadel
 {
 
-/// The system shell and what is asked of the file system along with it.
+/// The system shell, and the one file query that goes with it.
 class Shell
 {
 public:
@@ -14,14 +14,14 @@ public:
     Shell& operator=(const Shell&) = delete;
     virtual ~Shell() = default;
 
-    /// Runs one command line through the system shell and waits for it. The result is the shell's
-    /// own; nobody in this tool looks at it.
+    /// Runs one command line through the system shell and waits for it. Returns the shell's result,
+    /// which this tool ignores.
     virtual int run(const std::string& command) = 0;
 
     /// The same, with standard error discarded.
     virtual int runQuietly(const std::string& command) = 0;
 
-    /// Whether something of that name exists; says nothing about being allowed to read it.
+    /// Whether something of that name exists, readable or not.
     virtual bool exists(const std::string& path) = 0;
 
     // In a folder such as /tmp, another user may have put a link or a pipe where a file is

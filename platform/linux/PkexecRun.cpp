@@ -23,7 +23,7 @@ namespace vornadel
 namespace
 {
 
-constexpr int kNotRun = 127; ///< also what a shell ends with when a command is missing
+constexpr int kNotRun = 127; ///< a shell uses the same status for a missing command
 
 /// A file descriptor that is closed with its owner, or none.
 class Descriptor
@@ -177,8 +177,8 @@ bool PkexecRun::start(const std::string& script)
     try {
         std::thread(workThrough, m_shared, *child).detach();
     } catch (const std::system_error&) {
-        // No thread to be had: the script runs all the same, its exit status stays until this
-        // process ends.
+        // No thread available. The script runs all the same; it stays a zombie until this process
+        // ends.
         scripts.clear();
     }
     return true;
