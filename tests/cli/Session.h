@@ -5,6 +5,7 @@
 #include "platform/Platform.h"
 #include "standins/sim/SimulatedBus.h"
 #include "tests/cli/TemporaryFolder.h"
+#include "tests/support/FakeSystem.h"
 #include "tests/support/VirtualClock.h"
 
 #include <gtest/gtest.h>
@@ -80,20 +81,9 @@ public:
     std::ostringstream err;
 
 private:
-    struct NoShell final : Shell {
-        int run(const std::string& /*command*/) override { return -1; }
-        bool exists(const std::string& /*path*/) override { return false; }
-    };
-    struct NoPrivileges final : PrivilegedRun {
-        bool start(const std::string& /*script*/) override { return false; }
-    };
-    struct NoVersion final : SystemVersion {
-        SystemVersionNumbers read() override { return {}; }
-    };
-
-    NoShell shell;
-    NoPrivileges privileged;
-    NoVersion version;
+    IdleShell shell;
+    IdlePrivilegedRun privileged;
+    FixedSystemVersion version;
 };
 
 } // namespace vornadel::test
