@@ -68,13 +68,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     file.write({data, size});
     SupportedIdList.fill(kEarlier);
     const ToolConfig config = readToolConfig(file.path());
+    require(config.problem.find('\n') == std::string::npos, "a problem is one line");
+
     std::unique_ptr<dictionary, decltype(&iniparser_freedict)> entries(nullptr, iniparser_freedict);
     if (size <= kLargestConfigFile) {
         iniparser_set_error_callback(saysNothing);
         entries.reset(iniparser_load(file.path().c_str()));
     }
     require(config.problem.empty() == (entries != nullptr),
-            "a large file and one that is no INI file are a problem, and no other");
+            "a file that the INI reader can read is read, and no other");
     require(config.appTitle == plainText(entries.get(), "dumptool config:apptitle", "Vornadel"),
             "the title is the file's or ours");
     require(config.fwbinPath == plainText(entries.get(), "dumptool config:fwbin", ""),
