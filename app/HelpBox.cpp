@@ -1,4 +1,4 @@
-// The help box: the driver, the reboot that it may need, and the log file's way to the desktop.
+// The help box: the driver, the reboot that it may need, and copying the log to the desktop.
 
 #include "app/AppDelegate.h"
 #include "app/ConsoleLog.h"
@@ -69,8 +69,8 @@ void AppDelegate::UnloadUpdateDriver()
 {
     ConsoleLog("Enter UnloadUpdateDriver");
     const ButtonsOff off(*this);
-    // Before the script is started: a hub that restarts into its ROM code must be let out of it
-    // before the access to it goes.
+    // Before the script starts: a hub in its ROM code must be restarted into its firmware before
+    // the access to it is withdrawn.
     const std::unique_ptr<HubHold> hold = m_platform.privileged.holdHub();
     runScript("unload");
     if (hold) {
@@ -83,7 +83,7 @@ void AppDelegate::UnloadUpdateDriver()
 void AppDelegate::RebootOrNot()
 {
     if (!_bNeedSignDriver) {
-        return; // without a look at the snapshot
+        return; // without reading the snapshot
     }
     // The snapshot was taken before the script ran, and stays as it is until the machine restarts.
     std::string bootArguments;

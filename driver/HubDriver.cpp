@@ -23,7 +23,7 @@ constexpr std::string_view kAllowingBootArgument = "kext-dev-mode=1";
 
 std::array<char, 512> commandBuffer;
 
-/// Why `cp` must not write to what has this name; empty when it may.
+/// Why `cp` must not write to this path; empty if it may.
 std::string claim(const std::string& path, bool mayBeFile)
 {
     constexpr mode_t kOthersMayWrite = S_IWGRP | S_IWOTH;
@@ -90,7 +90,7 @@ bool startScript(PrivilegedRun& privileged, const std::string& resourcePath, con
 void returnHubToFlash()
 {
     if (Hub_OpenRomDevice() && Hub_SwitchMode(HUB_MODE_FLASH)) {
-        Hub_CloseDevice(); // a switch that failed has closed it already
+        Hub_CloseDevice(); // a failed switch has already closed it
     }
 }
 

@@ -6,7 +6,7 @@
 namespace vornadel
 {
 
-/// Keeps scripts from taking the access to the hub away, from PrivilegedRun::holdHub() to its end.
+/// While it lives, scripts do not withdraw access to the hub; see PrivilegedRun::holdHub().
 class HubHold
 {
 public:
@@ -30,10 +30,10 @@ public:
     /// refusal by the user looks the same as success.
     virtual bool start(const std::string& script) = 0;
 
-    /// Tells the scripts that this process is using the hub: a script started here takes no access
-    /// away before all holds have ended, or its patience has. Null when a script is taking access
-    /// away right now, and the hub must be left alone. Any thread; on a platform whose scripts do
-    /// not wait, the hold does nothing.
+    /// Tells the scripts that this process is using the hub. A script started here withdraws access
+    /// only after all holds have ended, or after its time limit. Null if a script is withdrawing
+    /// access right now; then the hub must be left alone. Any thread. On a platform whose scripts
+    /// do not wait, the hold does nothing.
     virtual std::unique_ptr<HubHold> holdHub() { return std::make_unique<HubHold>(); }
 };
 

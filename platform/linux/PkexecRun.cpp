@@ -25,7 +25,7 @@ namespace
 
 constexpr int kNotRun = 127; ///< a shell uses the same status for a missing command
 
-/// A file descriptor that is closed with its owner, or none.
+/// Owns a file descriptor, or none.
 class Descriptor
 {
 public:
@@ -42,7 +42,7 @@ public:
     int number() const { return m_number; }
     bool isOpen() const { return m_number >= 0; }
 
-    /// The same file opened once more; a lock taken by this opening is a lock of its own.
+    /// Opens the same file again, with its own lock.
     int reopen() const
     {
         return m_number < 0 ? -1
@@ -54,13 +54,13 @@ private:
     int m_number;
 };
 
-/// A shared lock, for as long as it lives.
+/// Holds a shared lock while it lives.
 class LockedFile final : public HubHold
 {
 public:
     explicit LockedFile(int number) : m_file(number) {}
 
-    /// False when somebody has the exclusive lock. Without a file there is nothing to wait for.
+    /// False if somebody holds the exclusive lock. Without a file there is nothing to wait for.
     bool lock()
     {
         return !m_file.isOpen() || flock(m_file.number(), LOCK_SH | LOCK_NB) == 0 ||
@@ -97,7 +97,7 @@ std::optional<pid_t> spawn(std::string program, std::string script, const Descri
     return error == 0 ? std::optional(child) : std::nullopt;
 }
 
-/// -1 when a signal ended it.
+/// -1 if a signal ended it.
 std::optional<int> exitStatusOf(pid_t child)
 {
     int status = 0;

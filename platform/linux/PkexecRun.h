@@ -9,30 +9,29 @@
 namespace vornadel
 {
 
-/// Administrator rights by way of polkit's `pkexec`, which asks for the credentials itself. Any
+/// Administrator rights through polkit's `pkexec`, which asks for the credentials itself. Any
 /// thread.
 ///
-/// One script at a time, or several prompts would lie on top of each other: a script that is
-/// started while another one runs, or still waits for its password, starts when that has ended. The
-/// script started last is not started again while it has not ended; a line says so.
+/// Runs one script at a time; otherwise several password prompts would cover each other. A script
+/// that is started while another one runs, or waits for its password, starts when that has ended.
+/// The script that was started last is not started again before it has ended; a line says so.
 ///
-/// pkexec's exit status 127 is not the user's doing, and is told in one line too: no authorization,
-/// no agent to ask for it, or a command missing in the script.
+/// pkexec's exit status 127 is reported in one line too: no authorization, no agent to ask for it,
+/// or a command missing in the script. A cancelled password dialog is not reported.
 ///
-/// A script's standard input is an anonymous file, on which a HubHold is a shared lock. The script
-/// takes the exclusive lock before it takes access away, and keeps it to its end. A file without a
-/// name can be neither exchanged nor locked by anybody else.
+/// A script's standard input is an anonymous file. A HubHold is a shared lock on it. The script
+/// takes the exclusive lock before it withdraws access, and keeps it to its end. Nobody else can
+/// replace or lock a file without a name.
 ///
-/// The program stays a child of this process: pkexec refuses to work for a parent that has ended,
-/// so the usual double fork is not for it. A thread of its own takes the exit status, so no zombie
-/// stays behind.
+/// pkexec stays a child of this process, because it refuses to work for a parent that has ended; so
+/// the usual double fork is no option. A thread waits for its exit status, so that no zombie stays.
 class PkexecRun final : public PrivilegedRun
 {
 public:
     using Tell = std::function<void(const std::string& line)>;
 
-    /// `program` is searched on PATH unless it holds a slash.
-    /// `tell` gets the lines, on any thread, and may be called as long as the process runs.
+    /// `program` is searched on PATH unless it contains a slash. `tell` is called with the lines on
+    /// any thread, possibly until the process ends.
     explicit PkexecRun(std::string program = "pkexec", Tell tell = tellStandardError);
 
     bool start(const std::string& script) override;
@@ -44,7 +43,7 @@ private:
     static void tellStandardError(const std::string& line);
     static void workThrough(const std::shared_ptr<Shared>& shared, int child);
 
-    std::shared_ptr<Shared> m_shared; ///< with the thread that waits for the scripts
+    std::shared_ptr<Shared> m_shared; ///< shared with the thread that waits for the scripts
 };
 
 } // namespace vornadel
