@@ -79,8 +79,8 @@ TEST_F(PkexecRunTest, TellsOfTheStatusThatIsNotTheUsersDoing)
 {
     std::promise<std::string> told;
     PkexecRun run(program("exit $(basename \"$1\")"),
-                  [&told](const std::string& line) { told.set_value(line); }); // throws if called
-                                                                               // again
+                  // Throws if called twice.
+                  [&told](const std::string& line) { told.set_value(line); });
     for (const char* status : {"/0", "/1", "/126", "/127"}) { // 126: the user said no, and knows
         EXPECT_TRUE(run.start(status));
     }
