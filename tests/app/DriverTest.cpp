@@ -23,7 +23,7 @@ namespace vornadel::test
 namespace
 {
 
-/// The help box's driver buttons on a machine that only notes what it is asked to do.
+/// The help box's driver buttons on a machine that only records the requests.
 class DriverButtons : public ToolUnderTest
 {
 protected:
@@ -38,7 +38,7 @@ protected:
             writeFile("snapshot", {bootArguments.begin(), bootArguments.end()}));
     }
 
-    /// What happens outside the program, in order, and whether the buttons were on at that moment.
+    /// External events in order, each with whether the buttons were enabled at that moment.
     void watchSteps()
     {
         shell.onRun = [this] { m_steps.push_back(shell.commands.back() + state()); };
@@ -64,11 +64,11 @@ protected:
         });
     }
 
-    /// Whether the tool quits by what is done; the event loop runs meanwhile.
+    /// Whether an action quits the tool; the event loop runs meanwhile.
     static bool quitsBy(const std::function<void()>& action)
     {
         constexpr int kGoesOn = 7;
-        QTimer ends; // goes with this function: no later loop must end by it
+        QTimer ends; // local, so that it cannot end a later event loop
         QObject::connect(&ends, &QTimer::timeout, &ends, [] { QApplication::exit(kGoesOn); });
         QTimer::singleShot(0, qApp, [&] {
             action();

@@ -64,7 +64,7 @@ TEST(HubDriver, KnowsWhichPathsTheShellWouldMisread)
     }
 }
 
-/// A folder that goes with the test.
+/// A temporary folder.
 class DriverCopy : public testing::Test
 {
 public:
@@ -87,7 +87,7 @@ protected:
     std::string m_folder;
 
 private:
-    mode_t m_umask = umask(0002); // as it is where every user has a group of their own
+    mode_t m_umask = umask(0002); // as on systems where every user has a private group
 };
 
 TEST_F(DriverCopy, IsMadeOnceAndUsedAgain)

@@ -20,8 +20,7 @@ namespace vornadel::test
 namespace
 {
 
-/// A program in the place of pkexec, which does what the shell text says, and a pipe to hear from
-/// it.
+/// A program in place of pkexec that runs a shell text, and a pipe to receive its output.
 class PkexecRunTest : public testing::Test
 {
 protected:
@@ -34,10 +33,10 @@ protected:
         return path;
     }
 
-    /// Waits for the writer and returns all that it wrote.
+    /// Waits for the writer and returns everything it wrote.
     std::string hear() { return m_folder.read("pipe"); }
 
-    /// Waits, without sleeping, until this process has no child; a zombie would be one.
+    /// Waits, without sleeping, until this process has no child; a zombie counts as a child.
     static void waitUntilChildless()
     {
         while (waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT) == 0 || errno != ECHILD) {
@@ -60,7 +59,7 @@ TEST_F(PkexecRunTest, DoesNotWaitForTheScript)
     const std::string heard = m_folder.path("heard");
     PkexecRun run(
         program("read line < '" + m_folder.path("pipe") + "'; echo \"$line\" > '" + heard + "'"));
-    ASSERT_TRUE(run.start("load")); // would never return if it waited: nobody has written yet
+    ASSERT_TRUE(run.start("load")); // would hang if it waited, because nobody has written yet
     std::ofstream(m_folder.path("pipe")) << "go\n";
     waitUntilChildless();
     EXPECT_EQ(m_folder.read("heard"), "go\n");
@@ -72,7 +71,7 @@ TEST_F(PkexecRunTest, LeavesNoZombie)
     for (int i = 0; i < 5; ++i) {
         EXPECT_TRUE(run.start(std::to_string(i)));
     }
-    waitUntilChildless(); // hangs where an exit status is left lying
+    waitUntilChildless(); // hangs if an exit status is not collected
 }
 
 TEST_F(PkexecRunTest, TellsOfTheStatusThatIsNotTheUsersDoing)
@@ -81,7 +80,7 @@ TEST_F(PkexecRunTest, TellsOfTheStatusThatIsNotTheUsersDoing)
     PkexecRun run(program("exit $(basename \"$1\")"),
                   // Throws if called twice.
                   [&told](const std::string& line) { told.set_value(line); });
-    for (const char* status : {"/0", "/1", "/126", "/127"}) { // 126: the user said no, and knows
+    for (const char* status : {"/0", "/1", "/126", "/127"}) { // 126: the user refused, and knows it
         EXPECT_TRUE(run.start(status));
     }
     EXPECT_EQ(
@@ -98,7 +97,7 @@ TEST_F(PkexecRunTest, RunsOneScriptAtATimeAndNoneTwiceInARow)
     const std::string pkexec =
         program("echo \"begin $1\" >> '" + log + "'; echo \"$1\" > '" + m_folder.path("pipe") +
                 "'; read line < '" + go + "'; echo \"end $1\" >> '" + log +
-                "'; [ $1 = load ] || rm \"$0\""); // after unload, nothing can be started any more
+                "'; [ $1 = load ] || rm \"$0\""); // after unload, nothing can be started
     std::vector<std::string> told;
     std::promise<void> lastTold;
     PkexecRun run(pkexec, [&](const std::string& line) {
