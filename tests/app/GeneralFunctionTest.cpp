@@ -25,7 +25,7 @@ std::string contentOf(const std::string& path)
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// Runs a recorded command in a real shell, with a file of the test's own in the place of the log.
+/// Runs a recorded command in a real shell, with a temporary file in place of the log.
 void runForReal(const std::string& command, const std::string& logFile)
 {
     std::string redirected = command;

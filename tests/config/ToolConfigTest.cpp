@@ -31,7 +31,7 @@ protected:
     {
         std::string pattern = (fs::temp_directory_path() / "config_tests-XXXXXX").string();
         m_directory = mkdtemp(pattern.data());
-        SupportedIdList.fill({1, 9, 9, 9}); // what is not emptied shows
+        SupportedIdList.fill({1, 9, 9, 9}); // entries that are not cleared show
     }
 
     std::string path() const { return (m_directory / "config.ini").string(); }
@@ -42,7 +42,7 @@ protected:
         return readFile();
     }
 
-    /// Keeps what the reader of the file says.
+    /// Records the reader's messages.
     ToolConfig readFile()
     {
         testing::internal::CaptureStderr();
@@ -63,7 +63,7 @@ protected:
                           [](const SupportedIdEntry& entry) { return entry.valid != 0; }));
     }
 
-    /// An entry that is not valid is zero as a whole.
+    /// An invalid entry is all zero.
     static void expectCleanRest()
     {
         for (const SupportedIdEntry& entry : SupportedIdList) {
@@ -307,7 +307,7 @@ TEST_F(Configuration, IsAllDefaultsWhenTheFileMayNotBeRead)
     std::ofstream(path()) << "[DumpTool Config]\nAppTitle = x\n";
     fs::permissions(path(), fs::perms::none);
     if (geteuid() == 0) {
-        // Root reads everything; a link that leads nowhere is the nearest thing.
+        // Root can read everything; a dangling link comes closest.
         fs::remove(path());
         fs::create_symlink(path() + ".missing", path());
     }

@@ -1,4 +1,4 @@
-// The reading of config.ini. An input is the file.
+// Reads config.ini. An input is the file.
 
 #include "config/ToolConfig.h"
 #include "hub/SupportedIds.h"
@@ -20,11 +20,10 @@ namespace
 
 int saysNothing(const char* /*format*/, ...) { return 0; }
 
-/// The list as it was before a reading: nothing of it may be left.
+/// The list before a read; none of it may remain.
 const SupportedIdEntry kEarlier{1, 9, 9, 9};
 
-/// What a key says, straight from the library; `missing` for a key that is not there or is a
-/// section.
+/// The text of a key, straight from the library; `missing` if it does not exist or is a section.
 std::string plainText(const dictionary* entries, const std::string& key, const char* missing)
 {
     const char* text =

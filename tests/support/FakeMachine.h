@@ -14,7 +14,7 @@
 namespace vornadel::test
 {
 
-/// Keeps the list of what it was asked to run and runs nothing.
+/// Records the commands and runs nothing.
 class FakeShell final : public Shell
 {
 public:
@@ -38,7 +38,7 @@ public:
     bool mayRead(const std::string& path) override { return !isIn(foreign, path); }
 
     std::vector<std::string> commands; ///< in order
-    std::vector<std::string> quiet;    ///< those of them that were run quietly
+    std::vector<std::string> quiet;    ///< those that were run quietly
     std::function<void()> onRun;
     std::vector<std::string> existing; ///< the paths for which exists() is true
     std::vector<std::string> foreign;  ///< the files that another user made
@@ -50,7 +50,7 @@ private:
     }
 };
 
-/// A system that has the version it is told to have.
+/// A system with a configurable version.
 class FakeSystemVersion final : public SystemVersion
 {
 public:
@@ -59,7 +59,7 @@ public:
     SystemVersionNumbers numbers{12, 4, 0, 0};
 };
 
-/// Keeps the list of the scripts it was asked to start and starts nothing.
+/// Records the scripts and starts nothing.
 class FakePrivilegedRun final : public PrivilegedRun
 {
 public:
@@ -80,8 +80,8 @@ public:
     std::vector<std::string> scripts;
     std::function<void()> onStart;
     bool able = true;          ///< whether this machine can ask for administrator rights
-    bool scriptAtWork = false; ///< whether a script takes access away right now
-    std::atomic<int> holds{0}; ///< how many holds on the hub there are
+    bool scriptAtWork = false; ///< whether a script is withdrawing access right now
+    std::atomic<int> holds{0}; ///< the number of holds on the hub
 
 private:
     class Hold final : public HubHold

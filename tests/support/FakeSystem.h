@@ -7,7 +7,7 @@
 namespace vornadel::test
 {
 
-/// A shell that does nothing, and on whose machine every file exists.
+/// A shell that does nothing; on its machine every file exists.
 class IdleShell final : public Shell
 {
 public:
