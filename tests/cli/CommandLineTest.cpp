@@ -97,14 +97,6 @@ TEST(CommandLine, TakesTheSimulatedHubBeforeAndAfterTheVerb)
     }
 }
 
-TEST(CommandLine, DoesNotTakeTheNextWordForTheSimulatedHubsOptions)
-{
-    const Parsed parsed = parse({"info", "--simulated-hub", "latency=none"});
-    EXPECT_EQ(parsed.ended, std::nullopt) << parsed.err;
-    EXPECT_EQ(parsed.commandLine.simulatedHub, "");
-    EXPECT_EQ(parsed.commandLine.image, "latency=none");
-}
-
 TEST(CommandLine, TakesAnImageWhoseNameBeginsWithADashAfterTwoDashes)
 {
     const Parsed parsed = parse({"update", "--", "-new.bin"});

@@ -36,25 +36,6 @@ TEST(Erase, LeavesABlankFlashAndTellsItsSteps)
     EXPECT_FALSE(Hub_IsOpen());
 }
 
-TEST(Erase, IsNotTheEndOfTheHub)
-{
-    Session session("latency=none");
-    ASSERT_EQ(session.erase(), kExitSuccess);
-    EXPECT_EQ(session.update(session.folder.write("new.bin", demoImage(kDemoVersion101))),
-              kExitSuccess);
-    EXPECT_EQ(session.hub().flash(), demoImage(kDemoVersion101));
-    EXPECT_EQ(session.hub().runningCode(), HubCode::Flash);
-}
-
-TEST(Erase, EndsTheBarsLineOnATerminal)
-{
-    Session session("latency=none");
-    EXPECT_EQ(session.erase(true), kExitSuccess);
-    EXPECT_EQ(session.out.str(), "\r[" + std::string(50, ' ') +
-                                     "]   0%\nOpen Rom Device...\nErase Flash...\nReseting...\n"
-                                     "Erase FW Success\n");
-}
-
 struct Failure {
     const char* options;
     const char* reason;
@@ -80,31 +61,10 @@ INSTANTIATE_TEST_SUITE_P(
     Faults, FailingErase,
     testing::Values(
         Failure{"latency=none,mode=rom,fault=open-refused:1", "Fail to Open Rom Device", false},
-        Failure{"latency=none,fault=never@1", "Fail to Open Rom Device", false},
-        Failure{"latency=none,fault=same-mode@1", "Fail to Open Rom Device", false},
         Failure{"latency=none,fault=stall@erase#1,fault=stall@erase#2,fault=stall@erase#3",
                 "Fail to Erase flash", false},
-        Failure{"latency=none,mode=rom,fault=vanish-before@erase", "Fail to Erase flash", false},
         Failure{"latency=none,mode=rom,fault=vanish-after@erase", "Fail to Erase flash", true},
-        Failure{"latency=none,mode=rom,fault=stall@flash", "Fail to Reset Flash & Wait", true},
         Failure{"latency=none,mode=rom,fault=never@1", "Fail to Reset Flash & Wait", true}));
-
-TEST(Erase, FailsWithoutAHub)
-{
-    Session session("latency=none");
-    session.hub().unplug();
-    EXPECT_EQ(session.erase(), kExitFailure);
-    EXPECT_EQ(session.err.str(), "Fail to Open Rom Device\nErase FW Fail\n");
-}
-
-TEST(Erase, SendsNothingWhenASignalCameBeforeItsFirstRequest)
-{
-    Session session;
-    session.interruptBeforeCommands = true;
-    EXPECT_EQ(session.erase(), kExitFailure);
-    EXPECT_EQ(session.hub().requestCount(), 0U);
-    EXPECT_EQ(session.hub().flash(), demoImage());
-}
 
 } // namespace
 

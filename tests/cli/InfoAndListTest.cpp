@@ -70,20 +70,6 @@ TEST(InfoOfTheHub, SaysThatItDoesNotAnswer)
     }
 }
 
-TEST(InfoOfTheHub, NeverShowsWhatTheHubDidNotSay)
-{
-    for (int position = 1; position <= 5; ++position) {
-        const std::string fault = "fault=stall@" + std::to_string(position);
-        SCOPED_TRACE(fault);
-        Session session(fault);
-        if (session.info() == kExitSuccess) {
-            EXPECT_EQ(session.out.str(), "firmware version: 0100\nrunning:          flash code\n");
-        } else {
-            EXPECT_THAT(session.out.str(), IsEmpty());
-        }
-    }
-}
-
 TEST(InfoOfAnImage, ShowsItsFields)
 {
     Session session;
@@ -165,21 +151,6 @@ TEST(List, MarksTheSupportedHubs)
     EXPECT_EQ(session.list(), kExitSuccess);
     EXPECT_EQ(session.out.str(), "1209:0001  supported hub\n1209:0002  supported hub\n");
     EXPECT_EQ(session.hub().requestCount(), 0U);
-}
-
-TEST(List, LeavesOtherDevicesUnmarked)
-{
-    Session session("ids=1209:0001:abcd");
-    EXPECT_EQ(session.list(), kExitSuccess);
-    EXPECT_EQ(session.out.str(), "1209:0001  supported hub\n1209:ABCD\n");
-}
-
-TEST(List, IsEmptyWithoutDevices)
-{
-    Session session;
-    session.hub().unplug();
-    EXPECT_EQ(session.list(), kExitSuccess);
-    EXPECT_THAT(session.out.str() + session.err.str(), IsEmpty());
 }
 
 TEST(List, TakesTheIdsFromTheConfigFileThatIsNamed)

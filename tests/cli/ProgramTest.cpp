@@ -72,17 +72,6 @@ TEST_F(ProgramTest, TellsByItsExitStatusHowItWent)
     }
 }
 
-TEST_F(ProgramTest, NeedsNoWindowSystem)
-{
-    Program program({}, {"LD_TRACE_LOADED_OBJECTS=1"});
-    EXPECT_EQ(program.finish(), 0);
-    EXPECT_THAT(program.out(), HasSubstr("libusb"));
-    for (const char* const library :
-         {"libQt", "libGL", "libEGL", "libX11", "libxcb", "libwayland"}) {
-        EXPECT_THAT(program.out(), Not(HasSubstr(library)));
-    }
-}
-
 TEST_F(ProgramTest, EndsInGoodOrderWhenInterruptedAndTheNextRunSucceeds)
 {
     Program interrupted({hub("mode=rom"), "update", m_image});
@@ -133,15 +122,6 @@ TEST_F(ProgramTest, EndsThePausesOfARestartWhenTerminated)
     Program next({hub("latency=none"), "info"});
     EXPECT_EQ(next.finish(), kExitSuccess);
     EXPECT_EQ(next.out(), "firmware version: 0101\nrunning:          flash code\n");
-}
-
-TEST_F(ProgramTest, GoesOnWhenTheTerminalClosesAndItWasToldToOutliveIt)
-{
-    Program program({hub("mode=rom"), "update", m_image}, {}, {SIGHUP});
-    ASSERT_TRUE(program.waitFor("Erase Flash...\n"));
-    program.send(SIGHUP);
-    EXPECT_TRUE(program.waitFor("\n100%\n"));
-    EXPECT_EQ(flash(), demoImage(kDemoVersion101));
 }
 
 TEST_F(ProgramTest, FinishesTheUpdateWhenNobodyReadsItsOutputAnyMore)

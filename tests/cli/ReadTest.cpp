@@ -63,25 +63,6 @@ TEST(Read, TellsEachStepAndEachPercentageOnALineOfItsOwn)
     EXPECT_THAT(session.err.str(), IsEmpty());
 }
 
-TEST(Read, MovesOneLineOnATerminal)
-{
-    Session session("latency=none");
-    EXPECT_EQ(session.read(session.folder.path("read.bin"), true), kExitSuccess);
-    EXPECT_THAT(session.out.str(), HasSubstr("Reset to Flash Code...\n\r[" + std::string(50, '#') +
-                                             "] 100%\nRead Fw Success\nSaved "));
-    EXPECT_THAT(session.out.str(),
-                Not(HasSubstr("\n\r[" + std::string(50, ' ') + "]   0%\nSaved")));
-}
-
-TEST(Read, SavesABlankFlash)
-{
-    Session session("latency=none");
-    const std::vector<std::uint8_t> blank(32768, 0xFF);
-    ASSERT_TRUE(session.hub().setFlash(blank));
-    EXPECT_EQ(session.read(session.folder.path("read.bin")), kExitSuccess);
-    EXPECT_EQ(session.folder.read("read.bin"), blank);
-}
-
 TEST(Read, KeepsEveryByteOfTheNameInAnyLocale)
 {
     for (const std::string name : {"\xC3\xBC.bin", "Caf\xE9.bin", "\xFF\x80 \n.bin"}) {
@@ -90,14 +71,6 @@ TEST(Read, KeepsEveryByteOfTheNameInAnyLocale)
         EXPECT_EQ(session.folder.read(name), demoImage());
         EXPECT_EQ(filesIn(session.folder), 2U) << "config.ini and the flash";
     }
-}
-
-TEST(Read, ReplacesAnExistingFile)
-{
-    Session session("latency=none");
-    const std::string file = session.folder.write("read.bin", std::string(100000, 'x'));
-    EXPECT_EQ(session.read(file), kExitSuccess);
-    EXPECT_EQ(session.folder.read("read.bin"), demoImage());
 }
 
 TEST(Read, SavesWhatAnUpdateTakes)
@@ -140,25 +113,10 @@ TEST_P(FailingRead, TellsTheReasonOnStandardErrorAndLeavesTheFile)
 
 INSTANTIATE_TEST_SUITE_P(
     Faults, FailingRead,
-    testing::Values(
-        Failure{"latency=none,mode=rom,fault=open-refused:1", kNotOpened},
-        Failure{"latency=none,fault=never@1", kNotOpened},
-        Failure{"latency=none,fault=same-mode@1", kNotOpened},
-        Failure{"latency=none,fault=stall@rom", kNotOpened},
-        Failure{"latency=none,mode=rom,fault=stall@read#1", "Fail to Read Flash\n"},
-        Failure{"latency=none,mode=rom,fault=vanish-before@read#4", "Fail to Read Flash\n"},
-        Failure{"latency=none,mode=rom,fault=vanish-after@read#8", "Fail to Read Flash\n"},
-        Failure{"latency=none,mode=rom,fault=never@1", "Fail to Reset to Flash Code\n"},
-        Failure{"latency=none,mode=rom,fault=stall@flash", "Fail to Reset to Flash Code\n"}));
-
-TEST(Read, FailsWithoutAHubAndMakesNoFile)
-{
-    Session session("latency=none");
-    session.hub().unplug();
-    EXPECT_EQ(session.read(session.folder.path("read.bin")), kExitFailure);
-    EXPECT_EQ(session.err.str(), std::string(kNotOpened) + "Read Fw Fail\n");
-    EXPECT_FALSE(fs::exists(session.folder.path("read.bin")));
-}
+    testing::Values(Failure{"latency=none,mode=rom,fault=open-refused:1", kNotOpened},
+                    Failure{"latency=none,mode=rom,fault=stall@read#1", "Fail to Read Flash\n"},
+                    Failure{"latency=none,mode=rom,fault=stall@flash",
+                            "Fail to Reset to Flash Code\n"}));
 
 TEST(Read, LeavesTheHubAloneWhereNothingCanBeSaved)
 {
@@ -207,48 +165,6 @@ TEST(Read, LeavesTheFileWhenTheDiskIsFull)
               "the flash was read but could not be saved: " + file + ": File too large\n");
     EXPECT_EQ(textIn(session.folder, "read.bin"), "earlier");
     EXPECT_EQ(filesIn(session.folder), files);
-}
-
-TEST(Read, ExitsWithZeroOnlyWhenTheFileHoldsTheFlash)
-{
-    unsigned requests = 0;
-    {
-        Session session("latency=none");
-        ASSERT_EQ(session.read(session.folder.path("read.bin")), kExitSuccess);
-        requests = session.hub().requestCount();
-    }
-    int succeeded = 0;
-    int failed = 0;
-    for (const char* const kind : {"stall", "vanish-before", "vanish-after"}) {
-        for (unsigned position = 1; position <= requests; ++position) {
-            const std::string fault =
-                "latency=none,fault=" + std::string(kind) + '@' + std::to_string(position);
-            SCOPED_TRACE(fault);
-            Session session(fault);
-            const std::string file = session.folder.write("read.bin", std::string("earlier"));
-            if (session.read(file) == kExitSuccess) {
-                ++succeeded;
-                EXPECT_EQ(session.folder.read("read.bin"), demoImage());
-                EXPECT_THAT(session.err.str(), IsEmpty());
-            } else {
-                ++failed;
-                EXPECT_EQ(textIn(session.folder, "read.bin"), "earlier");
-                EXPECT_THAT(session.err.str(), EndsWith("Read Fw Fail\n"));
-            }
-            EXPECT_FALSE(Hub_IsOpen());
-        }
-    }
-    EXPECT_GT(succeeded, 0); // a stalled open-time request does no harm
-    EXPECT_GT(failed, 0);
-}
-
-TEST(Read, SendsNothingWhenASignalCameBeforeItsFirstRequest)
-{
-    Session session;
-    session.interruptBeforeCommands = true;
-    EXPECT_EQ(session.read(session.folder.path("read.bin")), kExitFailure);
-    EXPECT_EQ(session.hub().requestCount(), 0U);
-    EXPECT_FALSE(fs::exists(session.folder.path("read.bin")));
 }
 
 } // namespace

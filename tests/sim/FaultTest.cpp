@@ -29,15 +29,6 @@ TEST(StallFault, HitsTheFifthRequestAndNoOther)
     EXPECT_EQ(bench.hub().requestCount(), 10U);
 }
 
-TEST(StallFault, LeavesTheFlashAlone)
-{
-    HubBench bench(withFault("stall@erase"));
-    ASSERT_TRUE(bench.open());
-    EXPECT_EQ(bench.erase(), kSimulatedStall);
-    EXPECT_EQ(bench.hub().flash(), demoImage());
-    EXPECT_EQ(bench.erase(), 0U);
-}
-
 /// Each request that a fault can name, sent once.
 const std::vector<std::pair<const char*, std::function<std::uint32_t(HubBench&)>>>& namedRequests()
 {
@@ -107,18 +98,6 @@ TEST(VanishFault, AfterARequestComesTooLate)
     EXPECT_EQ(listDevices(*bench.bus).size(), 2U);
 }
 
-TEST(VanishFault, AfterARestartRequestCallsTheReturnOff)
-{
-    HubBench bench(real(withFault("vanish-after@rom")));
-    std::vector<UsbEvent> events;
-    ASSERT_TRUE(bench.bus->watch([&](UsbEvent event) { events.push_back(event); }));
-    ASSERT_TRUE(bench.open());
-    EXPECT_EQ(bench.restartIntoRom(), kSimulatedNoDevice);
-    bench.clock.advance(60s);
-    EXPECT_EQ(events, (std::vector<UsbEvent>{UsbEvent::Detached, UsbEvent::Detached}));
-    bench.bus->unwatch();
-}
-
 TEST(TornFault, TakesTheFirstBytesOnly)
 {
     HubBench bench(withFault("torn:3"));
@@ -131,24 +110,6 @@ TEST(TornFault, TakesTheFirstBytesOnly)
     EXPECT_EQ(bench.write(0, Bytes(8, 0x11)), 0U);
     EXPECT_EQ(bench.hub().flash()[7], 0x11);
     EXPECT_EQ(bench.hub().faultsTriggered(), 1U);
-}
-
-TEST(TornFault, FailsEvenWhenEveryByteWasTaken)
-{
-    HubBench bench(withFault("torn:100@write"));
-    ASSERT_TRUE(bench.open());
-    bench.erase();
-    EXPECT_NE(bench.write(0, Bytes(8, 0x11)), 0U);
-    EXPECT_EQ(bench.hub().flash()[7], 0x11);
-}
-
-TEST(TornFault, PassesOverWhatIsNoWrite)
-{
-    HubBench bench(withFault("torn:0@1"));
-    ASSERT_TRUE(bench.open());
-    EXPECT_EQ(bench.erase(), 0U);
-    EXPECT_EQ(bench.write(0, {0x11}), 0U);
-    EXPECT_EQ(bench.hub().faultsTriggered(), 0U);
 }
 
 std::size_t bitsThatDiffer(const Bytes& a, const Bytes& b)
@@ -213,15 +174,6 @@ TEST(IgnoreFault, KeepsTheHubOnTheBus)
     bench.restartIntoFlash();
     ASSERT_TRUE(bench.open());
     EXPECT_FALSE(bench.runsRom());
-}
-
-TEST(OpenFault, RefusesTheFirstOpens)
-{
-    HubBench bench(withFault("open-refused:2"));
-    EXPECT_FALSE(bench.open());
-    EXPECT_FALSE(bench.open());
-    EXPECT_TRUE(bench.open());
-    EXPECT_EQ(bench.hub().faultsTriggered(), 1U);
 }
 
 TEST(OpenFault, RefusesOpensFromItsPosition)
@@ -304,19 +256,6 @@ TEST(RestartFault, BounceComesBackTwice)
     bench.bus->unwatch();
 }
 
-TEST(RestartFault, MeetsOthersOnTheSameRestart)
-{
-    HubBench bench(withFault("late:5", withFault("same-mode")));
-    ASSERT_TRUE(bench.open());
-    bench.restartIntoFlash();
-    bench.clock.advance(4s);
-    EXPECT_FALSE(bench.open());
-    bench.clock.advance(1s);
-    ASSERT_TRUE(bench.open());
-    EXPECT_TRUE(bench.runsRom());
-    EXPECT_EQ(bench.hub().faultsTriggered(), 2U);
-}
-
 TEST(AddedFault, WithoutPositionHitsTheNext)
 {
     HubBench bench;
@@ -338,16 +277,6 @@ TEST(AddedFault, WithoutPositionHitsTheNext)
     bench.restartIntoRom();
     EXPECT_FALSE(bench.open());
     EXPECT_EQ(bench.hub().faultsTriggered(), 4U);
-}
-
-TEST(AddedFault, WithAPositionThatHasPassedNeverHits)
-{
-    HubBench bench;
-    ASSERT_TRUE(bench.open());
-    bench.openTime();
-    bench.hub().addFault({FaultKind::Stall, {}, 1});
-    EXPECT_EQ(bench.openTime(), 0U);
-    EXPECT_EQ(bench.hub().faultsTriggered(), 0U);
 }
 
 } // namespace

@@ -17,8 +17,6 @@ Bytes imageWithBlockAt(std::size_t block, std::uint8_t first, std::uint8_t secon
     return image;
 }
 
-TEST(NorFlash, IsErasedWhenNew) { EXPECT_EQ(NorFlash().bytes(), Bytes(kFlashSize, 0xFF)); }
-
 TEST(NorFlash, ProgrammingOnlyClearsBits)
 {
     NorFlash flash;
@@ -30,27 +28,12 @@ TEST(NorFlash, ProgrammingOnlyClearsBits)
     EXPECT_EQ(flash.bytes()[0x102], 0xFF);
 }
 
-TEST(NorFlash, ErasingSetsEveryBit)
-{
-    NorFlash flash;
-    flash.program(0, Bytes(kFlashSize, 0x00));
-    flash.erase();
-    EXPECT_EQ(flash.bytes(), Bytes(kFlashSize, 0xFF));
-}
-
 TEST(NorFlash, CoversItsOwnAddressesOnly)
 {
     EXPECT_TRUE(NorFlash::covers(0, kFlashSize));
     EXPECT_TRUE(NorFlash::covers(kFlashSize - 1, 1));
     EXPECT_FALSE(NorFlash::covers(kFlashSize - 1, 2));
     EXPECT_FALSE(NorFlash::covers(0xFFFFFFFF, 2));
-}
-
-TEST(NorFlash, TakesNoContentOfAnotherSize)
-{
-    NorFlash flash;
-    EXPECT_FALSE(flash.assign(Bytes(100, 0)));
-    EXPECT_TRUE(flash.assign(Bytes(kFlashSize, 0)));
 }
 
 TEST(FlashIdentity, IsReadHighByteFirst)
@@ -87,11 +70,6 @@ TEST(FlashIdentity, ComesFromTheBlockNearestTheEnd)
     const auto identity = findFlashIdentity(image);
     ASSERT_TRUE(identity);
     EXPECT_EQ(identity->vendorId & 0xFF, 0x02);
-}
-
-TEST(FlashIdentity, LiesOnA256ByteStep)
-{
-    EXPECT_FALSE(findFlashIdentity(imageWithBlockAt(0x1080, 0xAA, 0x55)));
 }
 
 TEST(FlashIdentity, NeedsRoomForFirmwareBeforeTheBlock)

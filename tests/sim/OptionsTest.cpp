@@ -35,18 +35,6 @@ std::string refusal(const std::string& text)
     return error;
 }
 
-TEST(SimulatedHubOptions, AreDefaultsForTheEmptyText)
-{
-    const SimulatedHubOptions options = parsed("");
-    EXPECT_EQ(options.image, "");
-    EXPECT_EQ(options.latency, SimulatedLatency::Real);
-    EXPECT_EQ(options.mode, HubCode::Flash);
-    EXPECT_FALSE(options.ids);
-    EXPECT_TRUE(options.faults.empty());
-    EXPECT_EQ(options.restartSpeed, 1);
-    EXPECT_FALSE(options.keepInMemory);
-}
-
 TEST(SimulatedHubOptions, ReadsEveryKey)
 {
     const auto options = parsed(
@@ -62,18 +50,6 @@ TEST(SimulatedHubOptions, ReadsEveryKey)
     EXPECT_EQ(options.faults[0].kind, FaultKind::Stall);
     EXPECT_EQ(options.faults[0].position, 5U);
     EXPECT_EQ(options.faults[1].kind, FaultKind::Never);
-}
-
-TEST(SimulatedHubOptions, KeepsAnEqualsSignInAValue)
-{
-    EXPECT_EQ(parsed("image=a=b").image, "a=b");
-}
-
-TEST(SimulatedHubOptions, SpellsTheDefaultsToo)
-{
-    const auto options = parsed("latency=real,mode=flash");
-    EXPECT_EQ(options.latency, SimulatedLatency::Real);
-    EXPECT_EQ(options.mode, HubCode::Flash);
 }
 
 TEST(SimulatedHubOptions, NamesWhatItDoesNotUnderstand)

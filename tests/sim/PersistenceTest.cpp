@@ -88,24 +88,6 @@ TEST_F(FlashFileTest, IsMadeFromTheDemoImage)
     EXPECT_EQ(content(path("new/folder/hub.bin")), demoImage());
 }
 
-TEST_F(FlashFileTest, IsLookedForInTheStateFolderByDefault)
-{
-    ASSERT_EQ(::setenv("XDG_STATE_HOME", path("state").c_str(), 1), 0);
-    SimulatedHubOptions byDefault = options();
-    byDefault.image.clear();
-    const HubBench bench(byDefault);
-    ASSERT_EQ(::unsetenv("XDG_STATE_HOME"), 0);
-    EXPECT_EQ(content(path("state/vornadel/simulated-hub.bin")), demoImage());
-}
-
-TEST_F(FlashFileTest, IsTakenAsItIs)
-{
-    put(path(), demoImage(0x0777));
-    HubBench bench(options());
-    ASSERT_TRUE(bench.open());
-    EXPECT_EQ(bench.version(), 0x0777);
-}
-
 TEST_F(FlashFileTest, KeepsEveryChangeBetweenRuns)
 {
     {
@@ -119,16 +101,6 @@ TEST_F(FlashFileTest, KeepsEveryChangeBetweenRuns)
     const HubBench next(options());
     EXPECT_EQ(next.hub().flash()[0x1234], 0x42);
     EXPECT_EQ(next.hub().flash()[0x1235], 0xFF);
-}
-
-TEST_F(FlashFileTest, HoldsWhatWasTorn)
-{
-    HubBench bench(withFault("torn:1", options()));
-    ASSERT_TRUE(bench.open());
-    bench.erase();
-    bench.write(0, {0x42, 0x42});
-    EXPECT_EQ(content(path())[0], 0x42);
-    EXPECT_EQ(content(path())[1], 0xFF);
 }
 
 TEST_F(FlashFileTest, IsReplacedInOneStep)
@@ -150,17 +122,6 @@ TEST_F(FlashFileTest, IsReplacedInOneStep)
         names.push_back(entry.path().filename().string());
     }
     EXPECT_THAT(names, testing::UnorderedElementsAre("hub.bin", "hub.bin.lock"));
-}
-
-TEST_F(FlashFileTest, StaysALinkWhenItIsOne)
-{
-    put(path("real.bin"), demoImage());
-    fs::create_symlink(path("real.bin"), path("link.bin"));
-    HubBench bench(options("link.bin"));
-    ASSERT_TRUE(bench.open());
-    bench.erase();
-    EXPECT_TRUE(fs::is_symlink(path("link.bin")));
-    EXPECT_EQ(content(path("real.bin")), Bytes(kFlashSize, 0xFF));
 }
 
 TEST_F(FlashFileTest, OfAnotherSizeIsRefusedAndLeftAlone)
@@ -192,20 +153,6 @@ TEST_F(FlashFileTest, ThatCannotBeMadeIsRefused)
     EXPECT_THAT(refusal(inProc), HasSubstr("/proc/vornadel.bin"));
 }
 
-TEST_F(FlashFileTest, WithoutAnyFolderIsRefused)
-{
-    const char* const home = std::getenv("HOME");
-    const std::string before = home != nullptr ? home : "";
-    ::unsetenv("XDG_STATE_HOME");
-    ::unsetenv("HOME");
-    SimulatedHubOptions byDefault = options();
-    byDefault.image.clear();
-    EXPECT_THAT(refusal(byDefault), HasSubstr("image=FILE"));
-    if (home != nullptr) {
-        ::setenv("HOME", before.c_str(), 1);
-    }
-}
-
 TEST_F(FlashFileTest, ThatCannotBeReplacedFailsTheRequest)
 {
     HubBench bench(options("folder/hub.bin"));
@@ -229,13 +176,6 @@ TEST_F(FlashFileTest, OnAFullDiskFailsTheRequestAndStaysAsItWas)
     EXPECT_EQ(bench.hub().flash(), demoImage());
     EXPECT_EQ(content(path()), demoImage());
     EXPECT_EQ(bench.erase(), 0U); // there is room again
-}
-
-TEST_F(FlashFileTest, ForWhichThereIsNoRoomIsRefused)
-{
-    const FullDisk disk(1000);
-    EXPECT_THAT(refusal(options()), HasSubstr("cannot write " + path()));
-    EXPECT_FALSE(fs::exists(path()));
 }
 
 TEST_F(FlashFileTest, ThatMayNotBeReadOrWrittenIsRefused)
@@ -277,17 +217,6 @@ TEST_F(FlashFileTest, InAFolderThatMayNotBeChangedIsRefused)
     ASSERT_EQ(::chmod(m_folder.c_str(), 0700), 0);
 }
 
-TEST_F(FlashFileTest, IsNotMadeFromContentOfAnotherSize)
-{
-    SimulatedHubOptions tooShort = options();
-    tooShort.initialFlash = Bytes(kFlashSize - 1, 0xFF);
-    EXPECT_THAT(refusal(tooShort), HasSubstr("has 32768 bytes, not 32767"));
-    EXPECT_FALSE(fs::exists(path()));
-    HubBench bench(options());
-    EXPECT_FALSE(bench.hub().setFlash(Bytes(kFlashSize + 1, 0xFF)));
-    EXPECT_EQ(bench.hub().flash(), demoImage());
-}
-
 TEST_F(FlashFileTest, ThatWasSpoiledFailsTheOpen)
 {
     HubBench bench(options());
@@ -309,19 +238,6 @@ TEST_F(FlashFileTest, IsHeldByOneProgramAtATime)
     ASSERT_TRUE(second.open());
     EXPECT_EQ(second.version(), 0x0001); // read anew
     EXPECT_FALSE(first.open());
-}
-
-TEST_F(FlashFileTest, IsHeldUntilBothDevicesAreClosed)
-{
-    HubBench first(options());
-    HubBench second(options());
-    auto devices = listDevices(*first.bus);
-    ASSERT_TRUE(devices[0]->open());
-    ASSERT_TRUE(devices[1]->open());
-    devices[0]->close();
-    EXPECT_FALSE(second.open());
-    devices[1].reset();
-    EXPECT_TRUE(second.open());
 }
 
 TEST_F(FlashFileTest, IsLetGoWhenTheHubLeaves)

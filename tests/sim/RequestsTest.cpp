@@ -34,14 +34,6 @@ TEST(SimulatedHub, ServesItsStatusBlock)
     EXPECT_EQ(block, expected);
 }
 
-TEST(SimulatedHub, ClearsTheModeFlagInRomCode)
-{
-    HubBench bench;
-    ASSERT_TRUE(bench.open());
-    EXPECT_TRUE(bench.runsRom());
-    EXPECT_EQ(bench.version(), 0x0100); // the image's, although its code does not run
-}
-
 TEST(SimulatedHub, MovesNoMoreThanItsStatusBlockHolds)
 {
     HubBench bench;
@@ -90,16 +82,6 @@ TEST(SimulatedHub, ErasesWritesAndReadsItsFlashInRomCode)
     EXPECT_EQ(buffer, (Bytes{0xFF, 0x12, 0x34}));
 }
 
-TEST(SimulatedHub, ClearsBitsOnlyWhenWrittenTwice)
-{
-    HubBench bench;
-    ASSERT_TRUE(bench.open());
-    bench.erase();
-    bench.write(0, {0xF0});
-    bench.write(0, {0x3C});
-    EXPECT_EQ(bench.hub().flash()[0], 0x30);
-}
-
 TEST(SimulatedHub, StallsBeyondTheEndOfItsFlash)
 {
     HubBench bench;
@@ -139,24 +121,6 @@ TEST(SimulatedHub, StallsWhatItDoesNotKnow)
     EXPECT_TRUE(bench.runsRom());
 }
 
-TEST(SimulatedHub, AcknowledgesMode00WithoutEffect)
-{
-    HubBench bench(flashOptions());
-    ASSERT_TRUE(bench.open());
-    EXPECT_EQ(bench.send({0x40, 0x01, 0, 0}), 0U);
-    EXPECT_FALSE(bench.runsRom());
-}
-
-TEST(SimulatedHub, RunsRomCodeWithoutAValidImage)
-{
-    SimulatedHubOptions options = flashOptions();
-    options.initialFlash = Bytes(kFlashSize, 0xFF);
-    HubBench bench(options);
-    ASSERT_TRUE(bench.open());
-    EXPECT_TRUE(bench.runsRom());
-    EXPECT_EQ(bench.version(), 0x0001);
-}
-
 TEST(SimulatedHub, TakesTimeToEraseAndProgram)
 {
     SimulatedHubOptions options = romOptions();
@@ -170,46 +134,6 @@ TEST(SimulatedHub, TakesTimeToEraseAndProgram)
     Bytes buffer(4096);
     bench.read(0, buffer);
     EXPECT_EQ(bench.clock.pauses(), (std::vector<Clock::Duration>{150ms, 11200us, 1400us}));
-}
-
-TEST(SimulatedHub, TakesNoTimeWithoutLatency)
-{
-    HubBench bench;
-    ASSERT_TRUE(bench.open());
-    bench.erase();
-    bench.write(0, Bytes(4096, 0));
-    bench.restartIntoFlash();
-    EXPECT_TRUE(bench.clock.pauses().empty());
-    EXPECT_EQ(listDevices(*bench.bus).size(), 2U);
-}
-
-TEST(SimulatedHub, FinishesWhatItDoesWhenTheProgramEnds)
-{
-    SimulatedHubOptions options = romOptions();
-    options.latency = SimulatedLatency::Real;
-    HubBench bench(options);
-    ASSERT_TRUE(bench.open());
-    bench.clock.interrupt();
-    EXPECT_EQ(bench.erase(), 0U);
-    EXPECT_EQ(bench.hub().flash(), Bytes(kFlashSize, 0xFF));
-    EXPECT_EQ(bench.clock.now(), 0s);
-}
-
-TEST(SimulatedHub, ShowsEachRequestBeforeItTakesEffect)
-{
-    HubBench bench;
-    std::vector<int> requests;
-    bool erasedYet = true;
-    bench.hub().onRequest = [&](const ControlRequest& request) {
-        requests.push_back(request.bRequest);
-        erasedYet = bench.hub().flash() == Bytes(kFlashSize, 0xFF);
-    };
-    ASSERT_TRUE(bench.open());
-    bench.openTime();
-    bench.erase();
-    EXPECT_EQ(requests, (std::vector<int>{0x02, 0xE8}));
-    EXPECT_FALSE(erasedYet);
-    EXPECT_EQ(bench.hub().requestCount(), 2U);
 }
 
 TEST(SimulatedHub, FailsARequestUnderWhichTheObserverPullsThePlug)

@@ -38,17 +38,6 @@ TEST(SimulatedBus, ListsTheSuperSpeedDeviceFirst)
     EXPECT_EQ(idsOn(*bench.bus), (Ids{{0x1209, 0x0001}, {0x1209, 0x0002}}));
 }
 
-TEST(SimulatedBus, EndsASearchThatWasReleased)
-{
-    HubBench bench;
-    const auto search = bench.bus->search();
-    std::unique_ptr<UsbDevice> device;
-    ASSERT_EQ(search->next(device), UsbSearch::Step::Device);
-    search->release();
-    EXPECT_EQ(search->next(device), UsbSearch::Step::End);
-    EXPECT_EQ(device, nullptr);
-}
-
 TEST(SimulatedBus, OpensEachDeviceForOneOwner)
 {
     HubBench bench;
@@ -79,18 +68,6 @@ TEST(SimulatedBus, ReachesTheSameControllerThroughBothDevices)
     EXPECT_EQ(buffer[0], 0xFF);
 }
 
-TEST(SimulatedBus, SendsNothingThroughAClosedDevice)
-{
-    HubBench bench;
-    auto devices = listDevices(*bench.bus);
-    ControlRequest request{0x40, 0xE8, 0, 0};
-    EXPECT_EQ(devices[0]->control(request), kSimulatedNotOpen);
-    ASSERT_TRUE(devices[0]->open());
-    devices[0]->close();
-    EXPECT_EQ(devices[0]->control(request), kSimulatedNotOpen);
-    EXPECT_EQ(bench.hub().requestCount(), 0U);
-}
-
 TEST(Restart, LeavesTheBusAndComesBackInRomCode)
 {
     HubBench bench(realOptions(HubCode::Flash));
@@ -103,16 +80,6 @@ TEST(Restart, LeavesTheBusAndComesBackInRomCode)
     bench.clock.advance(1ms);
     ASSERT_TRUE(bench.open());
     EXPECT_TRUE(bench.runsRom());
-}
-
-TEST(Restart, ComesBackInFlashCode)
-{
-    HubBench bench(realOptions(HubCode::Rom));
-    ASSERT_TRUE(bench.open());
-    EXPECT_EQ(bench.restartIntoFlash(), 0U);
-    bench.clock.advance(700ms);
-    ASSERT_TRUE(bench.open());
-    EXPECT_FALSE(bench.runsRom());
 }
 
 TEST(Restart, FallsIntoRomCodeWithoutAValidImage)
@@ -158,30 +125,6 @@ TEST(Restart, TakesTheIdsOfTheNewImage)
     EXPECT_EQ(idsOn(*bench.bus), (Ids{{0x1A2B, 0x3C4D}, {0x1A2B, 0x5E6F}}));
 }
 
-TEST(Restart, TakesTheDefaultIdsWithoutAValidImage)
-{
-    SimulatedHubOptions options = romOptions();
-    options.initialFlash = demoImage();
-    options.initialFlash[0x7E02] = 0x77;
-    HubBench bench(options);
-    EXPECT_EQ(idsOn(*bench.bus), (Ids{{0x7709, 0x0001}, {0x7709, 0x0002}}));
-    ASSERT_TRUE(bench.open());
-    bench.erase();
-    bench.restartIntoRom();
-    EXPECT_EQ(idsOn(*bench.bus), (Ids{{0x1209, 0x0001}, {0x1209, 0x0002}}));
-}
-
-TEST(Restart, KeepsFixedIds)
-{
-    SimulatedHubOptions options = romOptions();
-    options.ids = SimulatedIds{0x1111, 0x2222, 0x3333};
-    HubBench bench(options);
-    ASSERT_TRUE(bench.open());
-    bench.erase();
-    bench.restartIntoRom();
-    EXPECT_EQ(idsOn(*bench.bus), (Ids{{0x1111, 0x2222}, {0x1111, 0x3333}}));
-}
-
 TEST(Notification, ReportsEachDeviceThatLeavesAndReturns)
 {
     HubBench bench(realOptions(HubCode::Flash));
@@ -194,32 +137,6 @@ TEST(Notification, ReportsEachDeviceThatLeavesAndReturns)
     EXPECT_EQ(events, (Events{kDetached, kDetached}));
     bench.clock.advance(1s);
     EXPECT_EQ(events, (Events{kDetached, kDetached, kAttached, kAttached}));
-    bench.bus->unwatch();
-}
-
-TEST(Notification, FindsTheDeviceThatItReports)
-{
-    HubBench bench;
-    std::vector<std::size_t> listed;
-    ASSERT_TRUE(bench.bus->watch([&](UsbEvent) { listed.push_back(idsOn(*bench.bus).size()); }));
-    bench.hub().unplug();
-    bench.hub().replug();
-    EXPECT_EQ(listed, (std::vector<std::size_t>{0, 0, 1, 2}));
-    bench.bus->unwatch();
-}
-
-TEST(Notification, EndsWithTheWatch)
-{
-    HubBench bench;
-    Events events;
-    ASSERT_TRUE(bench.bus->watch([&](UsbEvent event) { events.push_back(event); }));
-    bench.bus->unwatch();
-    bench.bus->unwatch();
-    bench.hub().unplug();
-    EXPECT_TRUE(events.empty());
-    ASSERT_TRUE(bench.bus->watch([&](UsbEvent event) { events.push_back(event); }));
-    bench.hub().replug();
-    EXPECT_EQ(events, (Events{kAttached, kAttached}));
     bench.bus->unwatch();
 }
 
@@ -251,34 +168,6 @@ TEST(Plug, IsPulledAndPutBack)
     EXPECT_EQ(bench.openTime(), kSimulatedNoDevice);
     ASSERT_TRUE(bench.open());
     EXPECT_FALSE(bench.runsRom()); // power was off
-}
-
-TEST(Plug, CanBePutBackWithTheBootButtonHeld)
-{
-    HubBench bench;
-    bench.hub().unplug();
-    bench.hub().replug(HubCode::Rom);
-    ASSERT_TRUE(bench.open());
-    EXPECT_TRUE(bench.runsRom());
-}
-
-TEST(Plug, IsInAlreadyWhilePutBack)
-{
-    HubBench bench;
-    ASSERT_TRUE(bench.open());
-    bench.hub().replug();
-    EXPECT_EQ(bench.openTime(), 0U);
-    EXPECT_TRUE(bench.runsRom());
-}
-
-TEST(Plug, PulledInMidRestartStaysAway)
-{
-    HubBench bench(realOptions(HubCode::Flash));
-    ASSERT_TRUE(bench.open());
-    bench.restartIntoRom();
-    bench.hub().unplug();
-    bench.clock.advance(10s);
-    EXPECT_TRUE(listDevices(*bench.bus).empty());
 }
 
 TEST(Plug, PulledBetweenTheTwoDevicesBringsOnlyTheFirst)
@@ -324,17 +213,6 @@ TEST(Plug, PutBackInMidRestartComesOnce)
     EXPECT_EQ(arrivals, 2);
     EXPECT_FALSE(bench.runsRom());
     bench.bus->unwatch();
-}
-
-TEST(Plug, OutlivedByTheClockDoesNothing)
-{
-    HubBench bench(realOptions(HubCode::Flash));
-    ASSERT_TRUE(bench.open());
-    bench.restartIntoRom();
-    bench.device.reset();
-    bench.bus.reset();
-    bench.clock.advance(10s);
-    EXPECT_EQ(bench.clock.now(), 10s);
 }
 
 } // namespace

@@ -100,24 +100,5 @@ TEST(SimulatedBusThreads, UnwatchWaitsForTheListener)
     EXPECT_EQ(calls, 1); // the second device's event came too late
 }
 
-TEST(SimulatedBusThreads, BusGoesWhileARestartIsUnderWay)
-{
-    StdClock clock;
-    for (int round = 0; round < kRounds; ++round) {
-        SimulatedHubOptions options = romOptions();
-        options.faults.push_back({FaultKind::Late, {}, 1, 0, 20us});
-        std::string error;
-        auto bus = SimulatedBus::create(options, clock, error);
-        ASSERT_NE(bus, nullptr);
-        std::atomic<int> events = 0;
-        ASSERT_TRUE(bus->watch([&](UsbEvent) { ++events; }));
-        ASSERT_TRUE(visit(*bus, {0x40, 0x00, 0, 0}));
-        bus.reset();
-        const int seen = events;
-        EXPECT_GE(seen, 2);
-        EXPECT_LE(seen, 4);
-    }
-}
-
 } // namespace
 } // namespace vornadel::test

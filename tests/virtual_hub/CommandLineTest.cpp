@@ -103,18 +103,5 @@ TEST(VirtualHubCommandLine, SaysWhatIsWrongWithIt)
     }
 }
 
-TEST(VirtualHubCommandLine, HelpsAndTellsItsVersion)
-{
-    const Parsed help = parse({"--help"});
-    EXPECT_EQ(help.ended, kEndedWell);
-    for (const char* const word :
-         {"--hub", "--attach", "--serve", "plug-rom", "quit", "127.0.0.1"}) {
-        EXPECT_THAT(help.out, HasSubstr(word));
-    }
-    const Parsed version = parse({"--version"});
-    EXPECT_EQ(version.ended, kEndedWell);
-    EXPECT_THAT(version.out, HasSubstr("vornadel-virtual-hub 1."));
-}
-
 } // namespace
 } // namespace vornadel::test

@@ -93,13 +93,6 @@ TEST_F(ConsoleTest, PlugsWithRomCodeOnlyWhatIsUnplugged)
     EXPECT_EQ(m_console.answer("plug"), "ok");
 }
 
-TEST_F(ConsoleTest, EndsTheProgramWhenAskedTo)
-{
-    EXPECT_FALSE(m_console.quit());
-    EXPECT_EQ(m_console.answer("quit"), "ok");
-    EXPECT_TRUE(m_console.quit());
-}
-
 TEST_F(ConsoleTest, SaysWhatIsWrongWithALine)
 {
     for (const char* const line :

@@ -104,43 +104,6 @@ TEST_F(ServerTalk, SaysWhyItDoesNotHandADeviceOver)
     EXPECT_EQ(m_out, (Bytes{0x01, 0x11, 0x00, 0x03, 0, 0, 0, 2}));
 }
 
-TEST_F(ServerTalk, TakesABusIdWithoutAnEnd)
-{
-    EXPECT_EQ(tell(importFrame(std::string(32, 'x'))), Step::Ends);
-    EXPECT_THAT(m_list.asked, ElementsAre(std::string(32, 'x')));
-}
-
-TEST_F(ServerTalk, WaitsForTheWholeQuestion)
-{
-    const Bytes whole = importFrame("2-3");
-    for (std::size_t size = 0; size < whole.size(); ++size) {
-        EXPECT_EQ(tell({whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)}),
-                  Step::Waits)
-            << size;
-        EXPECT_EQ(m_taken, 0U);
-        EXPECT_THAT(m_out, IsEmpty());
-    }
-    EXPECT_THAT(m_list.asked, IsEmpty());
-}
-
-TEST_F(ServerTalk, EndsWithOtherVersionsAndQuestions)
-{
-    EXPECT_EQ(tell({0x01, 0x06, 0x80, 0x05, 0, 0, 0, 0}), Step::Ends);
-    EXPECT_EQ(tell({0x01, 0x11, 0x80, 0x02, 0, 0, 0, 0}), Step::Ends);
-    EXPECT_EQ(tell({0x01, 0x11, 0x00, 0x05, 0, 0, 0, 0}), Step::Ends);
-    EXPECT_EQ(tell({'G', 'E', 'T', ' ', '/', ' ', 'H', 'T'}), Step::Ends);
-    EXPECT_THAT(m_out, IsEmpty());
-}
-
-TEST_F(ServerTalk, AnswersWhatIsPendingWhenTheDeviceLeaves)
-{
-    tell(importFrame("2-3"));
-    tell(frame(statusRequest(5)));
-    m_out.clear();
-    m_talk.leave(m_out);
-    EXPECT_EQ(m_out, answer(5, -108, 0));
-}
-
 TEST_F(ServerTalk, ImportsNothingOnceItIsToLeave)
 {
     m_talk.leave(m_out);

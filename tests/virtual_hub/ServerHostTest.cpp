@@ -106,15 +106,6 @@ TEST_F(ServerHostTest, ListsWhatIsOnTheBusNow)
     EXPECT_EQ(m_host.busId(3, HubSpeed::SuperSpeed), "");
 }
 
-TEST_F(ServerHostTest, CarriesTransfersOfAnImportedDevice)
-{
-    attach(HubSpeed::SuperSpeed);
-    const std::unique_ptr<Peer> user = client();
-    ASSERT_EQ(import(*user, "2-3"), 0U);
-    user->send(frame({1, 1, 0, 1, {0x80, 8, 0, 0, 0, 0, 1, 0}}));
-    EXPECT_EQ(user->receive(49), answer(1, 0, 1, {0}));
-}
-
 TEST_F(ServerHostTest, GivesADeviceToOneClientAtATime)
 {
     attach(HubSpeed::SuperSpeed);
@@ -158,19 +149,6 @@ TEST_F(ServerHostTest, HangsUpOnTheClientWhoseDeviceLeaves)
     EXPECT_EQ(import(*client(), "1-3"), 0U);
 }
 
-TEST_F(ServerHostTest, ForgetsNothingWhenADeviceComesBackAtOnce)
-{
-    attach(HubSpeed::SuperSpeed);
-    const std::unique_ptr<Peer> before = client();
-    ASSERT_EQ(import(*before, "2-3"), 0U);
-    m_host.beginDetach(3, HubSpeed::SuperSpeed);
-    attach(HubSpeed::SuperSpeed);
-    const std::unique_ptr<Peer> after = client();
-    ASSERT_EQ(import(*after, "2-3"), 0U);
-    m_host.finishDetach(3, HubSpeed::SuperSpeed); // the end of the earlier client frees nothing
-    EXPECT_EQ(import(*client(), "2-3"), 2U);
-}
-
 TEST_F(ServerHostTest, ClosesConnectionsBeyondItsMost)
 {
     attach(HubSpeed::SuperSpeed);
@@ -184,16 +162,6 @@ TEST_F(ServerHostTest, ClosesConnectionsBeyondItsMost)
     EXPECT_EQ(idle[0]->receive(12).size(), 12U);
 }
 
-TEST_F(ServerHostTest, RefusesAClientForWhomThereIsNoFileLeft)
-{
-    {
-        const FewFiles few(2); // the client's end and the server's; none to wake the connection up
-                               // with
-        EXPECT_TRUE(client()->hasEnded());
-    }
-    EXPECT_EQ(listed(), 0U);
-}
-
 TEST_F(ServerHostTest, LetsAClientInWhenThereAreFilesAgain)
 {
     std::unique_ptr<Peer> waiting;
@@ -203,17 +171,6 @@ TEST_F(ServerHostTest, LetsAClientInWhenThereAreFilesAgain)
         waiting->send(listFrame());
     }
     EXPECT_EQ(waiting->receive(12).size(), 12U);
-}
-
-TEST_F(ServerHostTest, SaysWhenThereIsNoFileLeftToListenWith)
-{
-    for (const rlim_t more : {0U, 1U}) {
-        ServerHost second(m_clock);
-        std::string error;
-        const FewFiles few(more);
-        EXPECT_FALSE(second.listen(0, error));
-        EXPECT_THAT(error, HasSubstr("Too many open files"));
-    }
 }
 
 TEST_F(ServerHostTest, HangsUpOnEverybodyAtTheEnd)

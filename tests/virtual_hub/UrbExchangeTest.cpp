@@ -60,13 +60,6 @@ TEST_F(Exchange, AnswersARefusalWithAStall)
     EXPECT_EQ(tell(Submit{13, 0, 1, 0}), answer(13, -32, 0));
 }
 
-TEST_F(Exchange, NeverSendsMoreThanTheHostHasRoomFor)
-{
-    Submit request = deviceDescriptorRequest(14);
-    request.length = 5;
-    EXPECT_EQ(tell(request), answer(14, 0, 5, {kDescriptor.begin(), kDescriptor.begin() + 5}));
-}
-
 TEST_F(Exchange, RefusesASetupPacketThatContradictsTheTransfer)
 {
     EXPECT_EQ(tell(Submit{15, 0, 0, 18, {0x80, 6, 0, 1, 0, 0, 18, 0}, Bytes(18)}),
@@ -81,13 +74,6 @@ TEST_F(Exchange, KeepsATransferOnTheStatusEndpointPending)
     EXPECT_THAT(tell(statusRequest(20)), IsEmpty());
     EXPECT_EQ(tell(unlinkFrame(21, 20)), unlinkAnswer(21, -104));
     EXPECT_EQ(tell(unlinkFrame(22, 20)), unlinkAnswer(22, 0)); // there is nothing left to call off
-}
-
-TEST_F(Exchange, AnswersAnUnlinkOfWhatIsDoneOrUnknown)
-{
-    tell(deviceDescriptorRequest(30));
-    EXPECT_EQ(tell(unlinkFrame(31, 30)), unlinkAnswer(31, 0));
-    EXPECT_EQ(tell(unlinkFrame(32, 999)), unlinkAnswer(32, 0));
 }
 
 TEST_F(Exchange, RefusesTransfersOnAHaltedEndpoint)
@@ -119,30 +105,6 @@ TEST_F(Exchange, AnswersWhatIsPendingAndWhatComesWhenTheDeviceLeaves)
     EXPECT_EQ(tell(unlinkFrame(44, 40)), unlinkAnswer(44, 0));
 }
 
-TEST_F(Exchange, WaitsForTheWholeOfAMessage)
-{
-    const Bytes whole = frame(Submit{9, 0, 0, 6, {0x00, 48, 0, 0, 0, 0, 6, 0}, Bytes(6)});
-    Bytes out;
-    std::size_t taken = 99;
-    for (std::size_t size = 0; size < whole.size(); ++size) {
-        EXPECT_EQ(m_exchange.step(ByteView(whole).first(size), taken, out), Step::Waits) << size;
-        EXPECT_EQ(taken, 0U);
-    }
-    EXPECT_EQ(m_exchange.step(whole, taken, out), Step::Answered);
-    EXPECT_EQ(out, answer(9, 0, 6));
-}
-
-TEST_F(Exchange, TakesOneMessageAtATime)
-{
-    const Bytes first = frame(deviceDescriptorRequest(1));
-    const Bytes both = first + frame(deviceDescriptorRequest(2));
-    Bytes out;
-    std::size_t taken = 0;
-    EXPECT_EQ(m_exchange.step(both, taken, out), Step::Answered);
-    EXPECT_EQ(taken, first.size());
-    EXPECT_EQ(out, answer(1, 0, 18, kDescriptor));
-}
-
 TEST_F(Exchange, EndsWithWhoDoesNotKeepToTheProtocol)
 {
     expectEnd(Bytes(48));                       // command 0
@@ -153,13 +115,6 @@ TEST_F(Exchange, EndsWithWhoDoesNotKeepToTheProtocol)
     expectEnd(frame(Submit{1, 0, 1, 0xFFFFFFFF}));
     expectEnd(frame(Submit{1, 1, 1, 2, Bytes(8), {}, 1}));             // isochronous
     expectEnd(frame(Submit{1, 1, 0, 0, Bytes(8), {}, 0, 0x00010001})); // another device
-}
-
-TEST_F(Exchange, TakesBothWaysToSayNotIsochronous)
-{
-    Submit request = deviceDescriptorRequest(1);
-    request.packets = 0xFFFFFFFF;
-    EXPECT_EQ(tell(request), answer(1, 0, 18, kDescriptor));
 }
 
 } // namespace

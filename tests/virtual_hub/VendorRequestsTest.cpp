@@ -70,17 +70,6 @@ protected:
     std::unique_ptr<UrbExchange> m_exchange;
 };
 
-TEST_F(VendorRequests, ReadTheStatusBlock)
-{
-    plugIn("latency=none");
-    const Bytes reply = tell({5, 1, 0, 32, {0xC0, 0x09, 0, 0, 0, 0, 32, 0}});
-    ASSERT_THAT(reply, SizeIs(48 + 32));
-    EXPECT_EQ(Bytes(reply.begin(), reply.begin() + 48), answer(5, 0, 32));
-    EXPECT_EQ(reply[48 + 10], 0x01);
-    EXPECT_EQ(reply[48 + 11], 0x00);
-    EXPECT_EQ(reply[48 + 15], 0x02);
-}
-
 TEST_F(VendorRequests, EraseWriteAndReadTheFlash)
 {
     plugIn("latency=none,mode=rom");
@@ -95,15 +84,6 @@ TEST_F(VendorRequests, EraseWriteAndReadTheFlash)
     EXPECT_EQ(read(0x3000, 256), answer(2, 0, 256, Bytes(256, 0xFF)));
 }
 
-TEST_F(VendorRequests, StallWhenTheHubRefuses)
-{
-    plugIn("latency=none");
-    EXPECT_EQ(read(0, 16), answer(2, -32, 0)); // not while flash code runs
-    EXPECT_EQ(tell({3, 0, 0, 0, {0x40, 0x55, 0, 0, 0, 0, 0, 0}}), answer(3, -32, 0));
-    EXPECT_EQ(tell({4, 0, 0, 0, {0x41, 0x02, 1, 0, 0, 0, 0, 0}}), answer(4, -32, 0)); // another
-                                                                                      // recipient
-}
-
 TEST_F(VendorRequests, TellHowMuchATornWriteMoved)
 {
     plugIn("latency=none,mode=rom,fault=torn:100");
@@ -116,13 +96,6 @@ TEST_F(VendorRequests, EndWithoutADeviceWhenTheHubVanishes)
     EXPECT_EQ(read(0, 16), answer(2, -108, 0));
     m_hub->waitUntilShown();
     EXPECT_TRUE(m_host.attached().empty());
-}
-
-TEST_F(VendorRequests, TakeAsLongAsTheHubTakes)
-{
-    plugIn("mode=rom");
-    tell({1, 0, 0, 0, setup(0x40, 0xE8, 0, 0)});
-    EXPECT_EQ(m_clock.now(), std::chrono::milliseconds(150));
 }
 
 TEST_F(VendorRequests, RestartTheHubWithSuccess)

@@ -110,28 +110,6 @@ TEST_F(VhciHostTest, PutsEachHalfIntoAPortOfItsSpeed)
               (std::map<unsigned, std::uint32_t>{{3, 0x20001}, {0, 0x10001}, {4, 0x20002}}));
 }
 
-TEST_F(VhciHostTest, AnswersTheKernel)
-{
-    ASSERT_TRUE(attach(3, HubSpeed::SuperSpeed));
-    m_kernel.sockets[3]->send(frame({1, 1, 0, 1, {0x80, 8, 0, 0, 0, 0, 1, 0}}));
-    EXPECT_EQ(m_kernel.sockets[3]->receive(49), answer(1, 0, 1, {0}));
-}
-
-TEST_F(VhciHostTest, WaitsUntilTheOldDeviceHasLeft)
-{
-    ASSERT_TRUE(attach(1, HubSpeed::SuperSpeed));
-    int looks = 0;
-    m_clock.onSleep = [&](Clock::Duration pause) { // the kernel takes its time
-        if (pause != DeviceLink::kSilence && ++looks == 10) {
-            m_kernel.look();
-        }
-    };
-    detach(1, HubSpeed::SuperSpeed);
-    EXPECT_EQ(looks, 10);
-    EXPECT_FALSE(m_sysfs.shows("2-1"));
-    EXPECT_EQ(m_host.busId(1, HubSpeed::SuperSpeed), "");
-}
-
 TEST_F(VhciHostTest, WaitsUntilThePortCanBeTakenAgain)
 {
     ASSERT_TRUE(attach(1, HubSpeed::SuperSpeed));
@@ -165,18 +143,6 @@ TEST_F(VhciHostTest, ComesBackToItsPort)
     EXPECT_EQ(m_host.busId(3, HubSpeed::SuperSpeed), "2-3"); // not where hub 1 will come back to
     ASSERT_TRUE(attach(1, HubSpeed::SuperSpeed));
     EXPECT_EQ(m_host.busId(1, HubSpeed::SuperSpeed), "2-1");
-}
-
-TEST_F(VhciHostTest, GoesElsewhereWhenItsPortWasTaken)
-{
-    m_clock.onSleep = [&](Clock::Duration) { m_kernel.look(); };
-    ASSERT_TRUE(attach(1, HubSpeed::SuperSpeed));
-    detach(1, HubSpeed::SuperSpeed);
-    m_sysfs.setState(3, 6);
-    ASSERT_TRUE(attach(1, HubSpeed::SuperSpeed));
-    EXPECT_EQ(m_host.busId(1, HubSpeed::SuperSpeed), "2-2");
-    ASSERT_TRUE(attach(1, HubSpeed::HighSpeed));
-    EXPECT_EQ(m_host.busId(1, HubSpeed::HighSpeed), "1-2");
 }
 
 TEST_F(VhciHostTest, GoesOnToTheNextControllerAndSaysWhenAllPortsAreTaken)
@@ -226,14 +192,6 @@ TEST_F(VhciHostTest, KeepsTheHalvesTogetherWhenTwoProgramsTakeTurns)
     EXPECT_EQ(otherProgram.busId(3, HubSpeed::HighSpeed), "1-2");
 }
 
-TEST_F(VhciHostTest, SaysWhenThePortBesideTheOtherHalfIsTaken)
-{
-    ASSERT_TRUE(attach(1, HubSpeed::SuperSpeed));
-    m_sysfs.setState(0, 6);
-    EXPECT_FALSE(attach(1, HubSpeed::HighSpeed));
-    EXPECT_EQ(m_error, "the vhci_hcd port beside the hub's other half is in use");
-}
-
 TEST_F(VhciHostTest, TakesPortsOnlyWhenItIsItsTurn)
 {
     auto otherProgram = std::make_unique<VhciPorts::Turn>(m_kernel);
@@ -261,13 +219,6 @@ TEST_F(VhciHostTest, DoesNotWaitForeverForItsTurn)
     EXPECT_TRUE(m_kernel.sockets.empty());
 }
 
-TEST_F(VhciHostTest, TriesAnotherPortWhenAProgramWasFaster)
-{
-    m_kernel.refusal = VhciPorts::Attach::Taken; // of every port, so that in the end there is none
-    EXPECT_FALSE(attach(1, HubSpeed::HighSpeed));
-    EXPECT_EQ(m_error, "vhci_hcd has no free pair of a SuperSpeed and a high-speed port");
-}
-
 TEST_F(VhciHostTest, GivesUpWhenTheKernelRefuses)
 {
     m_kernel.refusal = VhciPorts::Attach::Failed;
@@ -280,20 +231,6 @@ TEST_F(VhciHostTest, DoesNotWaitForeverForAKernelThatTakesNoNotice)
     m_kernel.notices = false;
     EXPECT_TRUE(attach(1, HubSpeed::SuperSpeed));
     EXPECT_EQ(m_clock.now(), Clock::Duration(10s));
-}
-
-TEST_F(VhciHostTest, DoesNotWaitForADeviceThatHasLeftAgain)
-{
-    m_kernel.notices = false;
-    m_present = false;
-    EXPECT_TRUE(attach(1, HubSpeed::SuperSpeed));
-    EXPECT_EQ(m_clock.now(), Clock::Duration(0));
-}
-
-TEST_F(VhciHostTest, TakesNoHarmFromADetachOfWhatIsNotThere)
-{
-    detach(1, HubSpeed::SuperSpeed);
-    EXPECT_EQ(m_clock.now(), Clock::Duration(0));
 }
 
 } // namespace

@@ -58,19 +58,6 @@ TEST_F(VhciPortsTest, AreFreeInOneStateAlone)
     }
 }
 
-TEST_F(VhciPortsTest, TellWhereADeviceTurnsUp)
-{
-    const std::vector<VhciPorts::Port> ports = list();
-    EXPECT_EQ(m_ports.busId(ports[0]), "1-1");
-    EXPECT_EQ(m_ports.busId(ports[4]), "2-2");
-    EXPECT_EQ(m_ports.busId(ports[8]), "3-3");
-    EXPECT_EQ(m_ports.busId(ports[11]), "4-3");
-    EXPECT_FALSE(m_ports.occupied(ports[4]));
-    m_sysfs.show("2-2");
-    EXPECT_TRUE(m_ports.occupied(ports[4]));
-    EXPECT_FALSE(m_ports.occupied(ports[1]));
-}
-
 TEST_F(VhciPortsTest, TakeADeviceAsFourNumbers)
 {
     const std::vector<VhciPorts::Port> ports = list();

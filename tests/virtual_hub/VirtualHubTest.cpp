@@ -90,38 +90,6 @@ TEST_F(VirtualHubTest, IsSeenToLeaveEvenWhenItIsBackAtOnce)
                                     "attach super", "attach high"));
 }
 
-TEST_F(VirtualHubTest, FollowsPlugAndUnplug)
-{
-    plugIn("latency=none");
-    told();
-    m_sim->unplug();
-    EXPECT_THAT(told(), ElementsAre("begin super", "begin high", "finish super", "finish high"));
-    EXPECT_THAT(m_host.attached(), IsEmpty());
-    m_sim->unplug();
-    EXPECT_THAT(told(), IsEmpty());
-    m_sim->replug(HubCode::Rom);
-    EXPECT_THAT(told(), ElementsAre("attach super", "attach high"));
-    m_sim->replug();
-    EXPECT_THAT(told(), IsEmpty());
-}
-
-TEST_F(VirtualHubTest, StaysAwayWhenItNeverComesBack)
-{
-    plugIn("latency=none,fault=never");
-    told();
-    send(0x00);
-    EXPECT_THAT(told(), ElementsAre("begin super", "begin high", "finish super", "finish high"));
-    m_clock.advance(1h);
-    EXPECT_THAT(told(), IsEmpty());
-}
-
-TEST_F(VirtualHubTest, BringsItsNewIdsWithIt)
-{
-    plugIn("latency=none,ids=1A2B:3C4D:3C4E");
-    EXPECT_EQ(m_host.device(HubSpeed::SuperSpeed).productId, 0x3C4D);
-    EXPECT_EQ(m_host.device(HubSpeed::HighSpeed).productId, 0x3C4E);
-}
-
 TEST_F(VirtualHubTest, AnswersNobodyOfAnEarlierStay)
 {
     plugIn("latency=none");
@@ -162,25 +130,6 @@ TEST_F(VirtualHubTest, ComplainsWhenItCannotComeBack)
     const std::lock_guard lock(m_mutex);
     ASSERT_FALSE(m_complaints.empty());
     EXPECT_EQ(m_complaints.front(), "no free port");
-}
-
-TEST_F(VirtualHubTest, LeavesTheBusAtTheEnd)
-{
-    plugIn("latency=none");
-    m_hub.reset();
-    EXPECT_THAT(m_host.attached(), IsEmpty());
-}
-
-TEST_F(VirtualHubTest, DoesNotStartWithoutABus)
-{
-    std::string error;
-    SimulatedHubOptions options;
-    options.keepInMemory = true;
-    const std::shared_ptr<SimulatedHub> sim = SimulatedHub::create(options, m_clock, error);
-    m_host.refuse("no module");
-    VirtualHub hub(1, sim, m_host, [](const std::string&) {});
-    EXPECT_FALSE(hub.start(error));
-    EXPECT_EQ(error, "no module");
 }
 
 TEST_F(VirtualHubTest, DoesNotStartWithTheFlashOfAnotherHub)
