@@ -27,8 +27,8 @@ class QWidget;
 namespace vornadel
 {
 
-/// The one application object, on the main thread: start-up, window, actions. Its controls are its
-/// own members; what its actions do is the business of one object for each box of the window.
+/// The one application object, on the main thread: start-up, window, actions. The controls are its
+/// own members. One object for each box of the window carries out the actions.
 class AppDelegate final : public QObject, public WindowControls
 {
 public:
@@ -41,20 +41,20 @@ public:
     /// The tool has one window and ends with it.
     static bool applicationShouldTerminateAfterLastWindowClosed() { return true; }
 
-    /// Ends what runs in the background: no request follows the one in flight, no wait goes on.
-    /// False when a worker is still held by its transfer after a grace of 3 s; then only ending the
-    /// process ends it.
+    /// Ends the background work: no request follows the one in flight, and every wait ends. False
+    /// if a worker is still blocked in its transfer after a grace period of 3 s; then only the end
+    /// of the process ends it.
     bool shutDown();
 
     QWidget* window() const { return m_window.get(); }
 
-    // Where the tool lies and what its configuration says; filled at launch, only read afterwards.
+    // Where the tool lies, and its configuration. Set at launch, only read afterwards.
     QString apPath;                ///< directory that contains the bundle
     QString resourcePath;          ///< directory of config.ini
     QString appTitle;              ///< without the version
     std::int32_t isScalarMode = 0; ///< only 1 means scalar mode
-    std::string fwbinPath; ///< image of the run at start, below resourcePath, in bytes; may be
-                           ///< empty
+    /// Image for the update at start, below resourcePath, in the file system's bytes; may be empty.
+    std::string fwbinPath;
     bool _bNeedSignDriver = false; ///< the system's version text contains "10.10"
 
     // Progress, log and alerts. Main thread.
@@ -82,19 +82,17 @@ public:
     void chooseScalarUpdateFw() { m_scalar.choose(); }
     void MP_UpdateScalar() { m_scalar.start(); } ///< from any thread
     void updateScalar() { m_scalar.run(); }      ///< on a flow's thread
-    /// Ends the process at once with a status, from any thread; what a success of the scalar update
-    /// leads to.
+    /// Ends the process at once with a status, from any thread. Called after a successful scalar
+    /// update.
     std::function<void(int status)> endProcess = leaveProcess;
 
-    // Driver. Main thread, which is blocked meanwhile.
+    // Driver. They block the main thread.
     void LoadUpdateDriver();
     void UnloadUpdateDriver();
     void RebootOrNot();
     void Reboot();
-    QString driverCopy = "/tmp/HubUpdaterDriver.kext"; ///< where the command that copies the bundle
-                                                       ///< puts it
-    QString bootArgumentsFile = "/tmp/nvram_setting.dat"; ///< their snapshot, taken at the first
-                                                          ///< start
+    QString driverCopy = "/tmp/HubUpdaterDriver.kext";    ///< target of the copy command
+    QString bootArgumentsFile = "/tmp/nvram_setting.dat"; ///< the snapshot of the first start
 
     // Flash page. Main thread, but for the two flows.
     void read_FwFlash() { m_flashPage.read(); }
@@ -106,7 +104,7 @@ public:
     void save_FwFlash() { m_flashPage.save(); }
 
     // Identity editing. Main thread.
-    /// What a person typed, not what the program put in.
+    /// Called for text that the user entered, not for text set by the program.
     void controlTextDidChange(QLineEdit* field) { m_identity.textChanged(field); }
     void VID_HSPID_SSPID_Changed_FwFlash(QLineEdit* field) { m_identity.idChanged(field); }
     void textDidChange_ManuProSN(QLineEdit* field) { m_identity.stringChanged(field); }
@@ -119,13 +117,13 @@ public:
 
     std::unique_ptr<TableViewController> tbViewController;
 
-    // What the objects for the boxes use.
+    // For the objects of the boxes.
     Platform& platform() { return m_platform; }
     const ToolPlace& place() const { return m_place; }
     MainThread& mainThread() { return m_mainThread; }      ///< from any thread
     bool isShuttingDown() const { return m_shuttingDown; } ///< from any thread
-    /// Runs a flow on its own thread. The buttons are disabled before; when no thread can be
-    /// started they are enabled again.
+    /// Runs a flow on its own thread. The caller has disabled the buttons; if no thread can be
+    /// started, they are enabled again.
     void startFlow(std::function<void()> flow);
     /// The text of a field, from any thread.
     std::string textOfField(const QLineEdit& field);
@@ -152,13 +150,14 @@ private:
     std::atomic<bool> m_shuttingDown = false;
     MainThread m_mainThread;
     FlowWorker m_worker;
-    std::atomic<bool> m_attachPosted = false; // a callback is on its way to the main thread and has
-                                              // not begun
+    // A callback has been posted to the main thread and has not begun yet.
+    std::atomic<bool> m_attachPosted = false;
     std::atomic<bool> m_detachPosted = false;
-    std::unique_ptr<QWidget> m_window; // last: the controls go before anything they are used with
+    std::unique_ptr<QWidget> m_window; // last, so that the controls are destroyed before their
+                                       // users
 };
 
-/// Reaches the one delegate from plain functions; null before launch.
+/// The one delegate, for plain functions; null before launch.
 extern AppDelegate* AppDelegateRef;
 
 } // namespace vornadel

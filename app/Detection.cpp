@@ -1,4 +1,4 @@
-// The hub-information line: is a supported hub attached, and which firmware does it run?
+// The hub-information line: whether a supported hub is attached, and which firmware it runs.
 
 #include "app/Detection.h"
 
@@ -39,7 +39,7 @@ void AppDelegate::RegisterNotifycation()
         const bool attached = event == UsbEvent::Attached;
         std::atomic<bool>& posted = attached ? m_attachPosted : m_detachPosted;
         if (posted.exchange(true)) {
-            return; // a callback that has not begun yet takes this device along
+            return; // a pending callback will handle this device too
         }
         m_mainThread.post([this, event, attached, &posted] {
             posted = false;

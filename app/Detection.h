@@ -5,8 +5,8 @@
 namespace vornadel
 {
 
-/// The two notification callbacks, on the main thread. The reference is not used; the services are
-/// taken and not looked at: any USB device, hub or not, has the detection run.
+/// The two notification callbacks, on the main thread. The reference is not used. The services are
+/// read to their end but not examined: any USB device, hub or not, triggers detection.
 void DeviceAddedCallback(void* reference, UsbServices& services);
 void DeviceRemovedCallback(void* reference, UsbServices& services);
 

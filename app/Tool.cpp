@@ -24,8 +24,8 @@ int runTool(Platform& platform, const MainBundle& bundle, const QString& titleSu
     }
     const int status = QApplication::exec();
     if (!delegate.shutDown()) {
-        // A transfer still holds the worker. Nothing may be destroyed under it, and the system
-        // closes the hub.
+        // The worker is still blocked in a transfer. Nothing may be destroyed while it runs; the
+        // system closes the hub.
         leaveProcess(status);
     }
     return status;

@@ -12,9 +12,9 @@ namespace vornadel
 
 class AppDelegate;
 
-/// Runs the window program on a platform until its window is closed; needs a QApplication. The
-/// result is the exit status. Does not return when a transfer holds a worker at the end: the
-/// process ends then.
+/// Runs the window program on a platform until its window is closed; needs a QApplication. Returns
+/// the exit status. If a worker is still blocked in a transfer at the end, it ends the process
+/// instead of returning.
 ///
 /// `bundle` is where the program lies. `launched` is called once after the launch sequence, before
 /// the event loop.

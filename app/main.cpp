@@ -24,8 +24,8 @@ using namespace vornadel;
 
 constexpr int kExitUsage = 2;
 
-/// Debian's Qt writes to the journal when standard error is no terminal. A tool's messages belong
-/// on standard error.
+/// Writes messages to standard error: Debian's Qt would write them to the journal if that is no
+/// terminal.
 void writeToStandardError(QtMsgType type, const QMessageLogContext& /*context*/,
                           const QString& message)
 {
@@ -38,8 +38,8 @@ void writeToStandardError(QtMsgType type, const QMessageLogContext& /*context*/,
     }
 }
 
-/// Reads our own arguments; `strict` refuses the others. Returns the exit status when the program
-/// is to end here.
+/// Reads our own arguments; `strict` refuses all others. Returns the exit status if the program
+/// should end here.
 std::optional<int> readArguments(int argc, char** argv, bool strict,
                                  std::optional<std::string>& simulatedHubOptions)
 {
@@ -62,7 +62,7 @@ int chooseAndRun(int argc, char** argv)
 {
     std::optional<std::string> simulatedHub;
     // Help and version need no display, so they come before Qt. Wrong arguments are found only
-    // after Qt has taken out its own.
+    // after Qt has removed its own.
     if (const auto ended = readArguments(argc, argv, false, simulatedHub)) {
         return *ended;
     }
