@@ -22,7 +22,7 @@ using namespace vornadel;
 
 int run(const CommandLine& commandLine, Platform platform, const char* argv0)
 {
-    // First: it would undo what a signal does to the hub.
+    // First, because it would undo the Hub_Abandon() of a signal.
     Hub_UsePlatform(platform.usb, platform.clock);
     const Interruption interruption(platform.clock);
     const int status = interruption.statusAfter(
