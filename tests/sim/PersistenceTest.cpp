@@ -107,7 +107,7 @@ TEST_F(FlashFileTest, IsReplacedInOneStep)
 {
     put(path(), demoImage());
     ASSERT_EQ(::chmod(path().c_str(), 0640), 0);
-    std::ifstream before(path(), std::ios::binary); // goes on reading what it opened
+    std::ifstream before(path(), std::ios::binary); // keeps reading the file that it opened
     HubBench bench(options());
     ASSERT_TRUE(bench.open());
     bench.erase();
@@ -175,7 +175,7 @@ TEST_F(FlashFileTest, OnAFullDiskFailsTheRequestAndStaysAsItWas)
     }
     EXPECT_EQ(bench.hub().flash(), demoImage());
     EXPECT_EQ(content(path()), demoImage());
-    EXPECT_EQ(bench.erase(), 0U); // there is room again
+    EXPECT_EQ(bench.erase(), 0U); // there is space again
 }
 
 TEST_F(FlashFileTest, ThatMayNotBeReadOrWrittenIsRefused)
@@ -236,7 +236,7 @@ TEST_F(FlashFileTest, IsHeldByOneProgramAtATime)
     first.erase();
     first.device->close();
     ASSERT_TRUE(second.open());
-    EXPECT_EQ(second.version(), 0x0001); // read anew
+    EXPECT_EQ(second.version(), 0x0001); // read again
     EXPECT_FALSE(first.open());
 }
 

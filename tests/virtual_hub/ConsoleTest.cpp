@@ -20,7 +20,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-/// Two hubs, each on a bus of its own.
+/// Two hubs, each on its own bus.
 class ConsoleTest : public testing::Test
 {
 protected:

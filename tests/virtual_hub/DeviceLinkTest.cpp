@@ -22,7 +22,7 @@ namespace
 using namespace std::chrono_literals;
 using testing::Each;
 
-/// A SuperSpeed half at one end of a pair of sockets, the test at the other.
+/// A SuperSpeed half at one end of a socket pair, the test at the other.
 class DeviceLinkTest : public testing::Test
 {
 protected:

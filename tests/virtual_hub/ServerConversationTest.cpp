@@ -50,7 +50,7 @@ Bytes textField(const std::string& text, std::size_t size)
     return field;
 }
 
-/// What the protocol tells of a device.
+/// The record of a device in the protocol.
 const Bytes kSuperSpeedRecord = textField("/vornadel-virtual-hub/2-3", 256) + textField("2-3", 32) +
                                 word(2) + word(3) + word(5) +
                                 Bytes{0x1A, 0x2B, 0x3C, 0x4D, 0x01, 0x00, 9, 0, 3, 0, 1, 1};
@@ -92,7 +92,7 @@ TEST_F(ServerTalk, HandsADeviceOverAndThenItsTransfers)
     EXPECT_THAT(m_out, SizeIs(8 + 312));
     EXPECT_EQ(tell(frame({1, 1, 0, 1, {0x80, 8, 0, 0, 0, 0, 1, 0}})), Step::Answered);
     EXPECT_EQ(m_out, answer(1, 0, 1, {0}));
-    EXPECT_EQ(tell(listFrame() + Bytes(40)), Step::Ends); // no longer the time for questions
+    EXPECT_EQ(tell(listFrame() + Bytes(40)), Step::Ends); // too late for requests
 }
 
 TEST_F(ServerTalk, SaysWhyItDoesNotHandADeviceOver)

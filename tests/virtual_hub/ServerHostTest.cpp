@@ -1,4 +1,4 @@
-// The server on a real socket of the loopback interface.
+// The server on a real loopback socket.
 
 #include "standins/virtual_hub/ServerHost.h"
 
@@ -22,7 +22,7 @@ namespace
 
 using testing::HasSubstr;
 
-/// While it lives, the process can open only so many files more.
+/// While it lives, the process can open only that many more files.
 class FewFiles
 {
 public:
@@ -65,7 +65,8 @@ protected:
     {
         return std::make_unique<Peer>(Peer::connectTo(m_host.port()));
     }
-    /// How many devices a new client sees; the list must be whole and the end of the connection.
+    /// The number of devices that a new client sees; the list must be complete and end the
+    /// connection.
     std::uint32_t listed() const
     {
         const std::unique_ptr<Peer> asking = client();
@@ -78,7 +79,7 @@ protected:
         EXPECT_TRUE(asking->hasEnded());
         return count;
     }
-    /// The status word of the answer to an import.
+    /// The status word in the answer to an import.
     static std::uint32_t import(const Peer& peer, const std::string& busId)
     {
         peer.send(importFrame(busId));
@@ -156,7 +157,7 @@ TEST_F(ServerHostTest, ClosesConnectionsBeyondItsMost)
     for (std::size_t number = 0; number < ServerHost::kMostConnections; ++number) {
         idle.push_back(client());
     }
-    ASSERT_EQ(import(*idle.back(), "2-3"), 0U); // all of them have been let in
+    ASSERT_EQ(import(*idle.back(), "2-3"), 0U); // all of them have been accepted
     EXPECT_TRUE(client()->hasEnded());
     idle[0]->send(listFrame());
     EXPECT_EQ(idle[0]->receive(12).size(), 12U);

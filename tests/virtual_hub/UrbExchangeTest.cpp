@@ -19,7 +19,7 @@ const Bytes kDescriptor = {18,   1,    0x00, 0x03, 9,    0, 3, 9, 0x2B,
 class Exchange : public testing::Test
 {
 protected:
-    /// Hands over bytes that hold one whole message and returns the answer.
+    /// Passes the bytes of one message and returns the answer.
     Bytes tell(const Bytes& in)
     {
         Bytes out;
@@ -56,7 +56,7 @@ TEST_F(Exchange, AnswersATransferTowardsTheDevice)
 TEST_F(Exchange, AnswersARefusalWithAStall)
 {
     EXPECT_EQ(tell(Submit{11, 1, 0, 4, {0x80, 0x77, 0, 0, 0, 0, 4, 0}}), answer(11, -32, 0));
-    EXPECT_EQ(tell(Submit{12, 1, 2, 4}), answer(12, -32, 0)); // endpoints that it does not have
+    EXPECT_EQ(tell(Submit{12, 1, 2, 4}), answer(12, -32, 0)); // missing endpoints
     EXPECT_EQ(tell(Submit{13, 0, 1, 0}), answer(13, -32, 0));
 }
 
@@ -73,7 +73,7 @@ TEST_F(Exchange, KeepsATransferOnTheStatusEndpointPending)
 {
     EXPECT_THAT(tell(statusRequest(20)), IsEmpty());
     EXPECT_EQ(tell(unlinkFrame(21, 20)), unlinkAnswer(21, -104));
-    EXPECT_EQ(tell(unlinkFrame(22, 20)), unlinkAnswer(22, 0)); // there is nothing left to call off
+    EXPECT_EQ(tell(unlinkFrame(22, 20)), unlinkAnswer(22, 0)); // nothing left to cancel
 }
 
 TEST_F(Exchange, RefusesTransfersOnAHaltedEndpoint)

@@ -17,7 +17,7 @@ namespace
 
 using testing::SizeIs;
 
-/// A hub on a host that keeps notes, and the transfers of its SuperSpeed half.
+/// A hub on a recording host, and the transfers of its SuperSpeed half.
 class VendorRequests : public testing::Test
 {
 protected:

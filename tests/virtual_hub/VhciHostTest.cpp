@@ -23,8 +23,7 @@ namespace
 
 using namespace std::chrono_literals;
 
-/// A kernel that takes sockets over and shows a device in sysfs until the socket is closed at the
-/// other end.
+/// A kernel that takes sockets and shows a device in sysfs until the other end closes the socket.
 class FakeKernel final : public VhciPorts
 {
 public:
@@ -48,7 +47,7 @@ public:
         return Attach::Done;
     }
 
-    /// A device that has hung up leaves.
+    /// A device whose socket is closed leaves.
     void look() const
     {
         for (auto each = sockets.begin(); each != sockets.end();) {
@@ -64,8 +63,8 @@ public:
     }
 
     std::optional<Attach> refusal;
-    bool notices = true;           ///< whether an attached device shows up
-    mutable bool tookTurns = true; ///< whether nobody else could have attached anything meanwhile
+    bool notices = true;           ///< whether an attached device appears
+    mutable bool tookTurns = true; ///< whether only one program at a time attached
     mutable std::map<unsigned, std::unique_ptr<Peer>> sockets;
     mutable std::map<unsigned, std::uint32_t> devices;
 
@@ -140,7 +139,7 @@ TEST_F(VhciHostTest, ComesBackToItsPort)
     ASSERT_TRUE(attach(2, HubSpeed::SuperSpeed));
     EXPECT_EQ(m_host.busId(2, HubSpeed::SuperSpeed), "2-2");
     ASSERT_TRUE(attach(3, HubSpeed::SuperSpeed));
-    EXPECT_EQ(m_host.busId(3, HubSpeed::SuperSpeed), "2-3"); // not where hub 1 will come back to
+    EXPECT_EQ(m_host.busId(3, HubSpeed::SuperSpeed), "2-3"); // not the place of hub 1
     ASSERT_TRUE(attach(1, HubSpeed::SuperSpeed));
     EXPECT_EQ(m_host.busId(1, HubSpeed::SuperSpeed), "2-1");
 }

@@ -82,7 +82,7 @@ TEST_F(VhciPortsTest, SayWhenTheRightsAreMissing)
                                  perms::owner_all | perms::others_read | perms::others_exec);
     std::filesystem::permissions(m_sysfs.root() / "vhci_hcd.0/attach",
                                  perms::owner_read | perms::others_read);
-    const bool root = geteuid() == 0; // whom no permission of a file stops
+    const bool root = geteuid() == 0; // file permissions do not stop root
     ASSERT_TRUE(!root || seteuid(65534) == 0);
     std::string error;
     const std::vector<VhciPorts::Port> ports = m_ports.list(error);

@@ -37,7 +37,7 @@ protected:
     }
     void TearDown() override { m_hub.reset(); }
 
-    /// A request as the host would send it, over the half that is on the bus now.
+    /// A request from the host to the half that is on the bus now.
     std::uint32_t send(std::uint8_t bRequest, std::uint16_t wValue = 0)
     {
         ControlRequest request = {0x40, bRequest, wValue, 0};
@@ -138,7 +138,7 @@ TEST_F(VirtualHubTest, DoesNotStartWithTheFlashOfAnotherHub)
     const std::vector<AttachedHalf> ports = m_sim->attachedHalves();
     VirtualHub second(2, m_sim, m_host, [](const std::string&) {});
     std::string error;
-    EXPECT_FALSE(second.start(error)); // its hub is open already, as a locked file is
+    EXPECT_FALSE(second.start(error)); // its hub is already open, like a locked file
     EXPECT_THAT(error, HasSubstr("in use by another hub or another program"));
 }
 
