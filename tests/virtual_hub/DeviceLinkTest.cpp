@@ -110,8 +110,8 @@ TEST(DeviceLinkQueue, CarriesOutNothingMoreOnceTheDeviceLeaves)
 TEST_F(DeviceLinkTest, HangsUpOnlyAfterASilence)
 {
     int sleeps = 0;
-    m_clock.onSleep = [&](Clock::Duration) { // on the link's thread, while it listens for a last
-                                             // word
+    // Runs on the link's thread while it waits for the last messages.
+    m_clock.onSleep = [&](Clock::Duration) {
         if (++sleeps <= 3) {
             m_peer.send(frame(statusRequest(static_cast<std::uint32_t>(sleeps))));
         }

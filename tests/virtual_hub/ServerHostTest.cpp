@@ -122,12 +122,12 @@ TEST_F(ServerHostTest, TakesADeviceBackFromAClientThatHangsUp)
     attach(HubSpeed::SuperSpeed);
     const std::unique_ptr<Peer> first = client();
     ASSERT_EQ(import(*first, "2-3"), 0U);
-    first->send(word(0) + Bytes(44)); // breaks the protocol, so that the server hangs up and the
-                                      // test knows when
+    // Breaks the protocol, so that the server closes the connection.
+    first->send(word(0) + Bytes(44));
     EXPECT_TRUE(first->hasEnded());
     std::uint32_t status = 2;
-    for (int tried = 0; tried < 1000 && status == 2; ++tried) { // the end is noted just after it is
-                                                                // seen
+    // The server notes the end just after it has closed the connection.
+    for (int tried = 0; tried < 1000 && status == 2; ++tried) {
         status = import(*client(), "2-3");
     }
     EXPECT_EQ(status, 0U);

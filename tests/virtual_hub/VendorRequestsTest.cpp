@@ -102,9 +102,8 @@ TEST_F(VendorRequests, RestartTheHubWithSuccess)
 {
     plugIn("latency=none");
     EXPECT_EQ(tell({6, 0, 0, 0, setup(0x40, 0x00, 0, 0)}), answer(6, 0, 0));
-    EXPECT_EQ(tell({7, 1, 0, 32, {0xC0, 0x09, 0, 0, 0, 0, 32, 0}}), answer(7, -108, 0)); // that
-                                                                                         // stay is
-                                                                                         // over
+    // That session has ended.
+    EXPECT_EQ(tell({7, 1, 0, 32, {0xC0, 0x09, 0, 0, 0, 0, 32, 0}}), answer(7, -108, 0));
     m_hub->waitUntilShown();
     UrbExchange next(m_host.device(HubSpeed::SuperSpeed));
     Bytes out;

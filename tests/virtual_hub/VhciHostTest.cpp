@@ -114,8 +114,8 @@ TEST_F(VhciHostTest, WaitsUntilThePortCanBeTakenAgain)
     ASSERT_TRUE(attach(1, HubSpeed::SuperSpeed));
     ASSERT_TRUE(attach(1, HubSpeed::HighSpeed));
     int looks = 0;
-    m_clock.onSleep = [&](Clock::Duration pause) { // the device leaves a little before the port is
-                                                   // free
+    // The device disappears shortly before the port is free.
+    m_clock.onSleep = [&](Clock::Duration pause) {
         if (pause != DeviceLink::kSilence && ++looks == 5) {
             m_sysfs.hide("1-1");
         } else if (looks == 10) {

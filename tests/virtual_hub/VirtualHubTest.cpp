@@ -107,8 +107,8 @@ TEST_F(VirtualHubTest, AnswersNobodyOfAnEarlierStay)
 TEST_F(VirtualHubTest, RefusesRequestsOnlyWhileAnotherProgramHasItsFlash)
 {
     plugIn("latency=none");
-    m_sim->close(m_sim->attachedHalves().front()); // as if it had come back while the file was
-                                                   // locked
+    // As if it had come back while the file was locked.
+    m_sim->close(m_sim->attachedHalves().front());
     m_sim->addFault({.kind = FaultKind::OpenRefused, .amount = 1});
     ControlRequest openTime = {0x40, 0x02, 1, 0x1209};
     const VirtualDevice device = m_host.device(HubSpeed::SuperSpeed);
