@@ -61,11 +61,7 @@ public:
     explicit LockedFile(int number) : m_file(number) {}
 
     /// False if somebody holds the exclusive lock. Without a file there is nothing to wait for.
-    bool lock()
-    {
-        return !m_file.isOpen() || flock(m_file.number(), LOCK_SH | LOCK_NB) == 0 ||
-               errno != EWOULDBLOCK;
-    }
+    bool lock() { return !m_file.isOpen() || flock(m_file.number(), LOCK_SH | LOCK_NB) == 0; }
 
 private:
     Descriptor m_file;

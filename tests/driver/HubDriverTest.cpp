@@ -59,7 +59,7 @@ TEST(HubDriverDeathTest, EndsTheProcessRatherThanCutACommand)
 TEST(HubDriver, KnowsWhichPathsTheShellWouldMisread)
 {
     EXPECT_TRUE(isFitForShell("/opt/a b (2) $x 'y' \"z\" gr\u00FC\u00DFe~"));
-    for (const char c : {'\n', '\t', '\r', '\x01', '\x7F'}) {
+    for (const char c : {'\n', '\t', '\r', '\x01', '\x1F', '\x7F'}) {
         EXPECT_FALSE(isFitForShell(std::string("/opt/a") + c)) << static_cast<int>(c);
     }
 }
@@ -93,7 +93,7 @@ private:
 TEST_F(DriverCopy, IsMadeOnceAndUsedAgain)
 {
     EXPECT_EQ(claimDriverCopy(copy()), "");
-    EXPECT_TRUE(std::filesystem::is_directory(copy()));
+    EXPECT_EQ(std::filesystem::status(copy()).permissions(), std::filesystem::perms{0755});
     std::filesystem::create_directories(copy() + "/Contents/MacOS");
     std::ofstream(copy() + "/Contents/MacOS/driver") << "driver";
     EXPECT_EQ(claimDriverCopy(copy()), "");

@@ -123,8 +123,10 @@ TEST_F(PkexecRunTest, RunsOneScriptAtATimeAndNoneTwiceInARow)
 
 TEST_F(PkexecRunTest, LetsAScriptWaitUntilTheHubIsNoLongerHeld)
 {
-    PkexecRun run(program("flock -x -n 0 && echo free > '" + m_folder.path("pipe") +
-                          "' || echo held > '" + m_folder.path("pipe") + "'"));
+    // Nothing of the lock but standard input, or a command that is still running would keep it.
+    PkexecRun run(program("files=$(ls -l /proc/$$/fd | grep -c memfd); state=held; "
+                          "flock -x -n 0 && state=free; echo \"$state $files\" > '" +
+                          m_folder.path("pipe") + "'"));
     std::unique_ptr<HubHold> first = run.holdHub();
     std::unique_ptr<HubHold> second = run.holdHub();
     ASSERT_TRUE(first && second);
@@ -134,11 +136,11 @@ TEST_F(PkexecRunTest, LetsAScriptWaitUntilTheHubIsNoLongerHeld)
         waitUntilChildless();
         return heard;
     };
-    EXPECT_EQ(startAndHear(), "held\n");
+    EXPECT_EQ(startAndHear(), "held 1\n");
     first.reset();
-    EXPECT_EQ(startAndHear(), "held\n");
+    EXPECT_EQ(startAndHear(), "held 1\n");
     second.reset();
-    EXPECT_EQ(startAndHear(), "free\n");
+    EXPECT_EQ(startAndHear(), "free 1\n");
 }
 
 TEST_F(PkexecRunTest, GivesNoHoldWhileAScriptTakesTheAccessAway)
