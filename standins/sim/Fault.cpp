@@ -16,7 +16,7 @@ constexpr unsigned kMostOpens = 1000000;
 constexpr unsigned kMostSeconds = 86400;
 
 enum class Strikes { Request, Open, Restart };
-enum class Argument { None, Count, Seconds };
+enum class Argument { None, OptionalCount, Count, Seconds };
 
 struct FaultRow {
     std::string_view name;
@@ -32,7 +32,7 @@ constexpr std::array<FaultRow, 11> kFaultRows = {{
     {"vanish-before", FaultKind::VanishBefore, Strikes::Request, Argument::None, 0, 0},
     {"vanish-after", FaultKind::VanishAfter, Strikes::Request, Argument::None, 0, 0},
     {"torn", FaultKind::Torn, Strikes::Request, Argument::Count, 0, kMostBytes},
-    {"flip", FaultKind::Flip, Strikes::Request, Argument::None, 0, 0},
+    {"flip", FaultKind::Flip, Strikes::Request, Argument::OptionalCount, 0, kMostBytes},
     {"ignore", FaultKind::Ignore, Strikes::Request, Argument::None, 0, 0},
     {"open-refused", FaultKind::OpenRefused, Strikes::Open, Argument::Count, 1, kMostOpens},
     {"never", FaultKind::Never, Strikes::Restart, Argument::None, 0, 0},
@@ -112,6 +112,9 @@ bool parseArgument(const FaultRow& row, std::string_view argument, bool given, F
     if (row.argument == Argument::None) {
         why = "takes no argument";
         return !given;
+    }
+    if (row.argument == Argument::OptionalCount && !given) {
+        return true;
     }
     if (row.argument == Argument::Seconds) {
         const std::optional<Clock::Duration> delay = seconds(argument);
@@ -226,10 +229,12 @@ RequestEffects FaultList::countRequest(RequestKind kind)
         effects.vanishBefore |= fault.kind == FaultKind::VanishBefore;
         effects.stall |= fault.kind == FaultKind::Stall;
         effects.ignore |= fault.kind == FaultKind::Ignore;
-        effects.flip |= fault.kind == FaultKind::Flip;
         effects.vanishAfter |= fault.kind == FaultKind::VanishAfter;
         if (fault.kind == FaultKind::Torn) {
             effects.torn = fault.amount;
+        }
+        if (fault.kind == FaultKind::Flip) {
+            effects.flip = fault.amount;
         }
         return true;
     };

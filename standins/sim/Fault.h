@@ -35,13 +35,18 @@ inline constexpr std::size_t kRequestKindCount = 9;
 /// | `vanish-before` | a request | the hub is unplugged before the request takes effect; it fails |
 /// | `vanish-after` | a request | the request takes effect, then the hub is unplugged; it fails |
 /// | `torn:BYTES` | a write | only the first BYTES bytes are programmed, then it fails |
-/// | `flip` | a write or read | succeeds with one bit of the middle byte changed: bit 0 on a write,
-/// bit 1 on a read | | `ignore` | a request | it succeeds without effect; a buffer to fill is left
-/// alone | | `open-refused:COUNT` | opens | COUNT exclusive opens in a row fail | | `never` | a
-/// restart | the hub does not come back | | `late:SECONDS` | a restart | the hub comes back after
-/// that time, decimals allowed | | `same-mode` | a restart | the hub comes back running the kind of
-/// code that it ran before | | `bounce` | a restart | the hub comes back, leaves again after 100 ms
-/// and comes back a second time |
+/// | `flip:OFFSET` | a write or read | succeeds with one bit of the byte at OFFSET changed |
+/// | `ignore` | a request | it succeeds without effect; a buffer to fill is left alone |
+/// | `open-refused:COUNT` | opens | COUNT exclusive opens in a row fail |
+/// | `never` | a restart | the hub does not come back |
+/// | `late:SECONDS` | a restart | the hub comes back after that time, decimals allowed |
+/// | `same-mode` | a restart | the hub comes back running the kind of code that it ran before |
+/// | `bounce` | a restart | the hub comes back, leaves again after 100 ms and comes back once more
+/// |
+///
+/// The OFFSET of a flip counts from 0 in the data of that request; without it, it is 0, and beyond
+/// the end it is the last byte. A write changes bit 0 and a read bit 1, so that the one does not
+/// hide the other.
 enum class FaultKind {
     Stall,
     VanishBefore,
@@ -63,7 +68,7 @@ struct Fault {
     FaultKind kind = FaultKind::Stall;
     std::optional<RequestKind> on = std::nullopt; ///< request faults only: count this kind alone
     unsigned position = 0;                        ///< 0: the next one after the fault was added
-    unsigned amount = 0;      ///< Torn: bytes programmed; OpenRefused: opens refused
+    unsigned amount = 0;      ///< Torn: bytes programmed; Flip: offset; OpenRefused: opens refused
     Clock::Duration delay{0}; ///< Late: absence from the bus
 };
 
@@ -81,7 +86,7 @@ struct RequestEffects {
     bool stall = false;
     bool ignore = false;
     std::optional<std::size_t> torn; // bytes taken
-    bool flip = false;
+    std::optional<std::size_t> flip; // offset
     bool vanishAfter = false;
 };
 

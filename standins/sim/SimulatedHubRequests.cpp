@@ -23,6 +23,13 @@ std::uint32_t addressOf(const ControlRequest& request)
     return (static_cast<std::uint32_t>(request.wIndex) << 16) | request.wValue;
 }
 
+void flipBit(std::span<std::uint8_t> data, std::size_t offset, std::uint8_t bit)
+{
+    if (!data.empty()) {
+        data[std::min(offset, data.size() - 1)] ^= bit;
+    }
+}
+
 } // namespace
 
 /// One request that the hub knows.
@@ -186,8 +193,8 @@ SimulatedHub::Outcome SimulatedHub::writeFlash(ControlRequest& request,
         return {kSimulatedStall, {}};
     }
     std::vector<std::uint8_t> data(request.out.begin(), request.out.end());
-    if (effects.flip && !data.empty()) {
-        data[data.size() / 2] ^= 0x01;
+    if (effects.flip) {
+        flipBit(data, *effects.flip, 0x01);
     }
     if (effects.torn) {
         data.resize(std::min(data.size(), *effects.torn));
@@ -208,8 +215,8 @@ SimulatedHub::Outcome SimulatedHub::readFlash(ControlRequest& request,
     }
     const std::span<const std::uint8_t> range = m_flash.read(address, request.wLength());
     std::copy(range.begin(), range.end(), request.in.begin());
-    if (effects.flip && !range.empty()) {
-        request.in[range.size() / 2] ^= 0x02; // not the bit of a flipped write, which it would hide
+    if (effects.flip) {
+        flipBit(request.in, *effects.flip, 0x02);
     }
     request.transferred = request.wLength();
     return {};

@@ -3,7 +3,6 @@
 #include "standins/sim/DemoImage.h"
 #include "tests/sim/HubBench.h"
 
-#include <bitset>
 #include <functional>
 #include <gtest/gtest.h>
 
@@ -112,43 +111,44 @@ TEST(TornFault, TakesTheFirstBytesOnly)
     EXPECT_EQ(bench.hub().faultsTriggered(), 1U);
 }
 
-std::size_t bitsThatDiffer(const Bytes& a, const Bytes& b)
-{
-    std::size_t bits = 0;
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        bits += std::bitset<8>(static_cast<std::uint8_t>(a[i] ^ b[i])).count();
-    }
-    return bits;
-}
+struct Flip {
+    const char* offset; ///< as written after "flip"
+    std::size_t byte;   ///< of a transfer of 4096 bytes
+};
 
-TEST(FlipFault, ChangesOneProgrammedBit)
+constexpr Flip kFlips[] = {{"", 0}, {":0", 0}, {":2048", 2048}, {":4095", 4095}, {":9999", 4095}};
+
+TEST(FlipFault, ChangesOneBitOfTheByteThatIsProgrammed)
 {
-    for (const std::size_t length : {std::size_t{1}, std::size_t{4096}}) {
-        HubBench bench(withFault("flip@write#2"));
+    for (const Flip& flip : kFlips) {
+        HubBench bench(withFault("flip" + std::string(flip.offset) + "@write#2"));
         ASSERT_TRUE(bench.open());
-        const Bytes data(length, 0x5A);
-        Bytes expected(kFlashSize, 0xFF);
+        const Bytes data(4096, 0x5A);
         for (int write = 1; write <= 3; ++write) {
+            Bytes expected(kFlashSize, 0xFF);
+            std::fill_n(expected.begin(), 4096, std::uint8_t{0x5A});
+            expected[flip.byte] ^= write == 2 ? 0x01 : 0x00;
             bench.erase();
-            std::fill_n(expected.begin(), length, std::uint8_t{0x5A});
             EXPECT_EQ(bench.write(0, data), 0U);
-            EXPECT_EQ(bench.transferred, length);
-            EXPECT_EQ(bitsThatDiffer(bench.hub().flash(), expected), write == 2 ? 1U : 0U);
+            EXPECT_EQ(bench.transferred, 4096U);
+            EXPECT_EQ(bench.hub().flash(), expected);
         }
     }
 }
 
 TEST(FlipFault, ChangesOneBitReadAndLeavesTheFlash)
 {
-    HubBench bench(withFault("flip@read"));
-    ASSERT_TRUE(bench.open());
-    Bytes buffer(4096);
-    EXPECT_EQ(bench.read(0, buffer), 0U);
-    const Bytes image = demoImage();
-    EXPECT_EQ(bitsThatDiffer(buffer, image), 1U);
-    EXPECT_EQ(bench.hub().flash(), image);
-    EXPECT_EQ(bench.read(0, buffer), 0U);
-    EXPECT_EQ(bitsThatDiffer(buffer, image), 0U);
+    for (const Flip& flip : kFlips) {
+        HubBench bench(withFault("flip" + std::string(flip.offset) + "@read"));
+        ASSERT_TRUE(bench.open());
+        Bytes buffer(4096);
+        EXPECT_EQ(bench.read(0, buffer), 0U);
+        const Bytes image = demoImage();
+        Bytes expected(image.begin(), image.begin() + 4096);
+        expected[flip.byte] ^= 0x02;
+        EXPECT_EQ(buffer, expected);
+        EXPECT_EQ(bench.hub().flash(), image);
+    }
 }
 
 TEST(IgnoreFault, SaysYesAndDoesNothing)
