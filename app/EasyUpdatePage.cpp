@@ -61,7 +61,6 @@ void EasyUpdatePage::run()
 {
     WindowReporter reporter(m_tool);
     updateFirmware(m_image, m_tool.textOfField(*m_tool.txtFw_EasyUpdate), reporter);
-    m_tool.mainThread().postAndWait([this] { m_tool.SetButtonStatus(true); });
 }
 
 bool EasyUpdatePage::takeFields()

@@ -36,17 +36,12 @@ void FlashPage::read()
 void FlashPage::runRead()
 {
     std::vector<std::uint8_t> flash;
-    WindowReporter reporter(m_tool);
-    readFlash(
-        flash, reporter,
-        [this, &flash] {
-            // On the main thread together: the image is the identity fields' and the table's there.
-            m_tool.mainThread().postAndWait([this, &flash] {
-                FwImage_Parse(m_image, flash.data(), static_cast<std::int32_t>(flash.size()));
-                m_tool.readFinished_FwFlash();
-            });
-        },
-        [this] { m_tool.mainThread().postAndWait([this] { m_tool.SetButtonStatus(true); }); });
+    WindowReporter reporter(m_tool, [this, &flash] {
+        // Parsed on the main thread, too: the identity fields and the table use the image there.
+        FwImage_Parse(m_image, flash.data(), static_cast<std::int32_t>(flash.size()));
+        m_tool.readFinished_FwFlash();
+    });
+    readFlash(flash, reporter);
 }
 
 void FlashPage::readFinished()
@@ -87,7 +82,6 @@ void FlashPage::runErase()
 {
     WindowReporter reporter(m_tool);
     eraseFlash(reporter);
-    m_tool.mainThread().postAndWait([this] { m_tool.SetButtonStatus(true); });
 }
 
 void FlashPage::save()

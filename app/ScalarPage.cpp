@@ -9,10 +9,19 @@
 #include <QFile>
 #include <QLineEdit>
 
+#include <chrono>
 #include <cstdlib>
 
 namespace vornadel
 {
+
+namespace
+{
+
+/// How long a success is on display before the window ends by itself.
+constexpr std::chrono::seconds kScalarFarewell{5};
+
+} // namespace
 
 void ScalarPage::choose()
 {
@@ -36,7 +45,6 @@ void ScalarPage::run()
     WindowReporter reporter(m_tool);
     const bool succeeded = updateScalarImage(m_image, m_tool.place().resourcePath, m_tool.fwbinPath,
                                              m_tool.textOfField(*m_tool.nstextfd_Scalar), reporter);
-    m_tool.mainThread().postAndWait([this] { m_tool.SetButtonStatus(true); });
     if (!succeeded) {
         return;
     }

@@ -2,8 +2,29 @@
 
 #include "app/AppDelegate.h"
 
+#include <utility>
+
 namespace vornadel
 {
+
+WindowReporter::WindowReporter(AppDelegate& delegate, std::function<void()> onSuccess)
+    : m_delegate(delegate), m_onSuccess(std::move(onSuccess))
+{
+}
+
+void WindowReporter::finished(const FlowResult& result)
+{
+    FlowTextReporter::finished(result);
+    if (result.succeeded() && m_onSuccess) {
+        m_delegate.mainThread().postAndWait(m_onSuccess);
+    }
+}
+
+void WindowReporter::closed()
+{
+    m_delegate.mainThread().postAndWait([this] { m_delegate.SetButtonStatus(true); });
+    FlowTextReporter::closed();
+}
 
 void WindowReporter::resetProgressInfo()
 {
@@ -24,8 +45,7 @@ void WindowReporter::appendProgressInfo_Red(const std::string& text)
 
 void WindowReporter::updateProgressBar(double percent, Wait wait)
 {
-    AppDelegate& delegate = m_delegate; // a posted value may be shown after the flow and this
-                                        // reporter have gone
+    AppDelegate& delegate = m_delegate; // a posted value may be shown when this reporter is gone
     const auto show = [&delegate, percent] { delegate.updateProgressBar(percent); };
     if (wait == Wait::Yes) {
         delegate.mainThread().postAndWait(show);

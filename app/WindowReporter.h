@@ -1,25 +1,34 @@
 #pragma once
 
-#include "flows/FlowReporter.h"
+#include "flows/FlowTexts.h"
+
+#include <functional>
 
 namespace vornadel
 {
 
 class AppDelegate;
 
-/// Shows what a flow tells in the window, from the flow's thread.
-class WindowReporter final : public FlowReporter
+/// Shows one run of a flow in the window, from the flow's thread, and enables the buttons when the
+/// hub is closed.
+class WindowReporter final : public FlowTextReporter
 {
 public:
-    explicit WindowReporter(AppDelegate& delegate) : m_delegate(delegate) {}
+    /// `onSuccess` runs on the main thread after the line of a success, while the hub is still
+    /// open.
+    explicit WindowReporter(AppDelegate& delegate, std::function<void()> onSuccess = {});
 
+    void finished(const FlowResult& result) override;
+    void closed() override;
+
+private:
     void resetProgressInfo() override;
     void appendProgressInfo_Blue(const std::string& text) override;
     void appendProgressInfo_Red(const std::string& text) override;
     void updateProgressBar(double percent, Wait wait) override;
 
-private:
     AppDelegate& m_delegate;
+    std::function<void()> m_onSuccess;
 };
 
 } // namespace vornadel

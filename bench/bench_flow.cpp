@@ -6,6 +6,7 @@
 #include "flows/FirmwareUpdate.h"
 #include "flows/FlashErase.h"
 #include "flows/FlashRead.h"
+#include "flows/FlowTexts.h"
 #include "flows/ScalarUpdate.h"
 #include "hub/HubTransport.h"
 #include "platform/StdClock.h"
@@ -33,18 +34,18 @@ constexpr double kTargetMilliseconds = 50;
 
 using Milliseconds = std::chrono::duration<double, std::milli>;
 
-/// Accepts a flow's reports and shows nothing.
-class SilentReporter final : public FlowReporter
+/// Shows nothing, but makes the texts and values as a front end does.
+class SilentReporter final : public FlowTextReporter
 {
 public:
+    const std::string& complaint() const { return m_complaint; }
+
+private:
     void resetProgressInfo() override {}
     void appendProgressInfo_Blue(const std::string& /*text*/) override {}
     void appendProgressInfo_Red(const std::string& text) override { m_complaint += text; }
     void updateProgressBar(double /*percent*/, Wait /*wait*/) override {}
 
-    const std::string& complaint() const { return m_complaint; }
-
-private:
     std::string m_complaint;
 };
 

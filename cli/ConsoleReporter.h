@@ -1,28 +1,26 @@
 #pragma once
 
-#include "flows/FlowReporter.h"
+#include "flows/FlowTexts.h"
 
 #include <ostream>
 
 namespace vornadel
 {
 
-/// Tells one flow's progress on a console. On a terminal the percentage is one line that moves;
-/// elsewhere each value is a line of its own. Values that do not go up are left out: a bar that
-/// goes back to 0 at the end frees it in a window, but would tell a reader of lines that all was in
-/// vain. Red lines go to `err`.
-class ConsoleReporter final : public FlowReporter
+/// Shows one run of a flow on a console. On a terminal the percentage is one line that moves;
+/// elsewhere each value is a line of its own. A value that does not go up is left out: the bar's
+/// way back to 0 at the end would read as if the work were lost. Red lines go to `err`.
+class ConsoleReporter final : public FlowTextReporter
 {
 public:
     ConsoleReporter(std::ostream& out, std::ostream& err, bool terminal);
     ~ConsoleReporter() override;
 
+private:
     void resetProgressInfo() override;
     void appendProgressInfo_Blue(const std::string& text) override;
     void appendProgressInfo_Red(const std::string& text) override;
     void updateProgressBar(double percent, Wait wait) override;
-
-private:
     void endMovingLine();
 
     std::ostream& m_out;

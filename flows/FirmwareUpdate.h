@@ -9,7 +9,7 @@ namespace vornadel
 {
 
 /// Writes a whole image to the hub's flash from address 0, reads it back, compares every byte and
-/// restarts the hub into it. `imageName` is shown in the first line as it stands.
+/// restarts the hub into it. `imageName` only goes to the reporter.
 ///
 /// True only when the flash was read back equal to the image and the hub came back after the
 /// restart. On every way out the hub is closed; after a failure the flash may be erased or partly

@@ -9,8 +9,8 @@ namespace vornadel
 ///
 /// True only when the hub confirmed the erase and came back after the restart; the flash is not
 /// read back. On every way out the hub is closed; after a failure the flash may be erased or not
-/// and the hub may still run its ROM code. The bar stays at 0. Blocks for seconds; stops at the
-/// next request or pause after Hub_Abandon().
+/// and the hub may still run its ROM code. Blocks for seconds; stops at the next request or pause
+/// after Hub_Abandon().
 bool eraseFlash(FlowReporter& reporter);
 
 } // namespace vornadel

@@ -54,8 +54,8 @@ protected:
         bus->hub().setFlash(oldFlash());
         EXPECT_TRUE(Hub_Detect().found);
         {
-            RecordingReporter reporter;
-            EXPECT_TRUE(easyUpdate().run(bus->hub(), reporter));
+            ToldValues told;
+            EXPECT_TRUE(easyUpdate().run(bus->hub(), told));
         }
         EXPECT_EQ(Hub_Detect().version, kDemoVersion101);
         clock.forgetPauses();
@@ -98,8 +98,8 @@ TEST_F(Endurance, AThousandFailuresLeaveNothingBehind)
 {
     expectFlat([this] {
         bus->hub().addFault({.kind = FaultKind::VanishAfter, .on = RequestKind::Write});
-        RecordingReporter reporter;
-        EXPECT_FALSE(easyUpdate().run(bus->hub(), reporter));
+        ToldValues told;
+        EXPECT_FALSE(easyUpdate().run(bus->hub(), told));
         bus->hub().replug();
         clock.forgetPauses();
     });

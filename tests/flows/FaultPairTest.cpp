@@ -1,6 +1,7 @@
-// Two faults in one story of an update: the second one after the first in the same run or, when the
-// first has ended that, in the run that the user starts next. Whatever the two are, what must hold
-// holds, and a healthy update succeeds at last.
+// Two faults of an update: the second one strikes later in the same run or, when the first has
+// ended that run, in the next. Whatever the two are, what must hold holds, and a healthy update
+// succeeds at last. There are many, and so far they have found nothing that single faults had not:
+// a program of its own that runs on request.
 
 #include "tests/flows/FaultyRun.h"
 
@@ -15,7 +16,7 @@ namespace vornadel::test
 namespace
 {
 
-constexpr std::size_t kParts = 4; // of a flow's requests, so that no test takes long
+constexpr std::size_t kParts = 4; // of a flow's requests; one test for each
 
 struct PairRow {
     FaultVariant first;
@@ -159,8 +160,6 @@ protected:
         }
     }
 
-    SweepCount m_count;
-
 private:
     void inOneRun(const Fault& first, const Second& second)
     {
@@ -169,9 +168,8 @@ private:
         SimulatedSetup setup(hubThatRuns(GetParam().runs));
         setup.hub().addFault(first);
         setup.hub().addFault(second.variant.at(second.position));
-        expectATrueEnd(setup);
-        m_count.fired(setup.hub().faultsTriggered());
-        finish(setup, first.amount + second.variant.amount);
+        expectATrueEnd(setup, 2);
+        expectHealthyUpdate(setup, first.amount + second.variant.amount);
     }
 
     void inTheNextRun(const Fault& first, const Second& second, HubCode startsWith)
@@ -182,28 +180,21 @@ private:
         {
             SimulatedSetup before(hubThatRuns(GetParam().runs));
             before.hub().addFault(first);
-            expectATrueEnd(before);
-            m_count.fired(before.hub().faultsTriggered());
+            expectATrueEnd(before, 1);
             left = before.hub().flash();
         }
         SimulatedSetup setup(hubThatRuns(HubCode::Flash, left));
         EXPECT_EQ(setup.hub().runningCode(), startsWith);
         setup.hub().addFault(second.variant.at(second.position));
-        expectATrueEnd(setup);
-        m_count.fired(setup.hub().faultsTriggered());
-        finish(setup, second.variant.amount);
+        expectATrueEnd(setup, 1);
+        expectHealthyUpdate(setup, second.variant.amount);
     }
 
-    static void expectATrueEnd(SimulatedSetup& setup)
+    static void expectATrueEnd(SimulatedSetup& setup, unsigned faults)
     {
-        const FlowRun run(easyUpdate(), setup);
+        const FaultyRun run(easyUpdate(), setup);
         expectTold(easyUpdate(), run.told, run.succeeded);
-    }
-
-    void finish(SimulatedSetup& setup, unsigned opensStillRefused)
-    {
-        expectHealthyUpdate(setup, opensStillRefused);
-        m_count.ran();
+        EXPECT_EQ(setup.hub().faultsTriggered(), faults);
     }
 };
 
@@ -217,7 +208,7 @@ TEST_P(FaultPairs, EndTrulyAndTheNextUpdateSucceeds)
             tryAll(pairs);
         }
     }
-    m_count.expect(countOf(all), 2 * countOf(all));
+    EXPECT_GT(countOf(all), 0U);
 }
 
 TEST(FaultPairsInAll, AreThisMany)
@@ -226,7 +217,7 @@ TEST(FaultPairsInAll, AreThisMany)
     for (const PairRow& row : everyRow()) {
         pairs += countOf(pairsOf(row));
     }
-    EXPECT_EQ(pairs, 46215U);
+    EXPECT_EQ(pairs, 73688U);
 }
 
 INSTANTIATE_TEST_SUITE_P(OfAnUpdate, FaultPairs, testing::ValuesIn(everyRow()),

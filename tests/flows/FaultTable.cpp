@@ -66,7 +66,7 @@ Step stepOf(char request)
         return Step::Read;
     case 'f':
     case 'H':
-        return Step::Reset;
+        return Step::Restart;
     default:
         return Step::Open;
     }
@@ -135,7 +135,7 @@ HubCode codeAfter(const Flow& flow, const std::string& wire, const FaultVariant&
     if (happened('e') == 0 || refusedByFlashCode) {
         return HubCode::Flash;
     }
-    if (!flow.writes ||
+    if (!flow.writes() ||
         std::count(wire.begin(), wire.end(), 'w') <= static_cast<int>(kIdentityPiece)) {
         return HubCode::Rom;
     }
@@ -248,8 +248,8 @@ Outcome outcomeOf(const Flow& flow, HubCode runs, const FaultVariant& variant, s
         outcome = {head + "OS", Step::Open};
         break;
     case Effect::Spoilt:
-        if (flow.writes && !(variant.kind == FaultKind::Ignore && request == 'w' &&
-                             ordinal(wire, index) == kBlankPiece)) {
+        if (flow.writes() && !(variant.kind == FaultKind::Ignore && request == 'w' &&
+                               ordinal(wire, index) == kBlankPiece)) {
             outcome = {wire.substr(0, wire.size() - 2), Step::Verify};
         }
         break;

@@ -10,18 +10,19 @@
 namespace vornadel::test
 {
 
-// What one fault makes of a flow.
+// What one fault does to a flow.
 
-/// One kind of fault with its argument, in all the places where it can happen.
+/// One kind of fault with its argument; its place is still open.
 struct FaultVariant {
     const char* name;
     FaultKind kind;
-    unsigned amount = 0; ///< bytes torn off after, opens refused, seconds late
+    unsigned amount = 0; ///< bytes programmed, offset of the flipped byte, opens refused, or
+                         ///< seconds late
 
     Fault at(unsigned position) const;
 };
 
-inline constexpr std::array<FaultVariant, 18> kFaultVariants = {{
+inline constexpr std::array<FaultVariant, 21> kFaultVariants = {{
     {"Stall", FaultKind::Stall},
     {"VanishBefore", FaultKind::VanishBefore},
     {"VanishAfter", FaultKind::VanishAfter},
@@ -29,14 +30,17 @@ inline constexpr std::array<FaultVariant, 18> kFaultVariants = {{
     {"TornAtOnce", FaultKind::Torn, 0},
     {"TornHalfWay", FaultKind::Torn, 1000},
     {"TornAtTheEnd", FaultKind::Torn, 4095},
-    {"Flip", FaultKind::Flip},
+    {"FlipFirst", FaultKind::Flip, 0},
+    {"FlipMiddle", FaultKind::Flip, 2048},
+    {"FlipLast", FaultKind::Flip, 4095},
     {"OneOpenRefused", FaultKind::OpenRefused, 1},
     {"NineteenOpensRefused", FaultKind::OpenRefused, 19},
     {"AllOpensRefused", FaultKind::OpenRefused, 20},
     {"Never", FaultKind::Never},
     {"Late", FaultKind::Late, 3},
-    {"JustInTime", FaultKind::Late, 19},
+    {"JustInTimeForTheRomCode", FaultKind::Late, 20},
     {"TooLateForTheRomCode", FaultKind::Late, 21},
+    {"JustInTimeForTheFlashCode", FaultKind::Late, 40},
     {"TooLate", FaultKind::Late, 41},
     {"SameMode", FaultKind::SameMode},
     {"Bounce", FaultKind::Bounce},
@@ -45,8 +49,7 @@ inline constexpr std::array<FaultVariant, 18> kFaultVariants = {{
 enum class Strikes { Request, Open, Restart };
 Strikes strikes(FaultKind kind);
 
-/// Whether the fault can happen to this request of a flow, to the open before it, or to the restart
-/// that it causes.
+/// Whether the fault can strike this request, the open before it, or the restart that it causes.
 bool happensAt(FaultKind kind, char request);
 
 /// The places in these requests at which the variant can happen, by index.

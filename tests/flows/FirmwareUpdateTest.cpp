@@ -1,7 +1,8 @@
 #include "flows/FirmwareUpdate.h"
 
-#include "base/LastError.h"
 #include "hub/HubCommands.h"
+#include "tests/flows/Told.h"
+#include "tests/flows/ToldValues.h"
 #include "tests/flows/WireLog.h"
 #include "tests/support/RecordingReporter.h"
 #include "tests/support/ScriptedBus.h"
@@ -23,21 +24,13 @@ using testing::DoubleNear;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pointwise;
-using Kind = RecordingReporter::Kind;
-
-/// A value that nothing sets.
-constexpr int kUntouched = -1;
 
 std::vector<std::uint8_t> newImage() { return demoImage(0x0101); }
 
 class FirmwareUpdate : public testing::Test
 {
 protected:
-    FirmwareUpdate()
-    {
-        LastError = kUntouched;
-        keepRequests(setup.hub(), wire);
-    }
+    FirmwareUpdate() { keepRequests(setup.hub(), wire); }
 
     void load(const std::vector<std::uint8_t>& bytes)
     {
@@ -50,6 +43,12 @@ protected:
     FwImage image;
     RecordingReporter reporter;
     std::vector<WireRequest> wire;
+};
+
+struct FaultyByte {
+    RequestKind request;
+    unsigned piece;
+    unsigned offset;
 };
 
 /// An image of any length from 256 bytes on, with its descriptor block in the last 256.
@@ -95,37 +94,18 @@ TEST_F(FirmwareUpdate, SendsExactlyTheseRequests)
     EXPECT_EQ(setup.hub().flash(), bytes);
 }
 
-TEST_F(FirmwareUpdate, UsesAHubThatRunsItsRomCodeAsItIs)
-{
-    SimulatedHubOptions options;
-    options.mode = HubCode::Rom;
-    SimulatedSetup rom(options);
-    std::vector<std::uint8_t> requests;
-    rom.hub().onRequest = [&](const ControlRequest& request) {
-        requests.push_back(request.bRequest);
-    };
-    load(newImage());
-    EXPECT_TRUE(update());
-    ASSERT_GE(requests.size(), 3U);
-    EXPECT_THAT(std::vector<std::uint8_t>(requests.begin(), requests.begin() + 3),
-                ElementsAre(0x02, 0x09, 0xE8));
-    EXPECT_THAT(requests, testing::Not(testing::Contains(0x00)));
-}
-
-TEST_F(FirmwareUpdate, TellsItsLinesAndValues)
+TEST_F(FirmwareUpdate, TellsItsLinesAndValuesInThisOrder)
 {
     load(newImage());
     EXPECT_TRUE(update());
-    EXPECT_THAT(reporter.texts(Kind::Blue),
-                ElementsAre("FW:demo.bin(size=32768)\n\n", "Erase Flash...\n", "Write Flash...\n",
-                            "Read Flash...\n", "Verify Flash...\n", "Reset to Flash Code...\n",
-                            "Update FW Success\n"));
-    EXPECT_THAT(reporter.texts(Kind::Red), IsEmpty());
-    EXPECT_EQ(reporter.entries.front().kind, Kind::Reset);
-    EXPECT_THAT(reporter.values(Wait::Yes), ElementsAre(0, 10, 100));
-    EXPECT_THAT(reporter.values(Wait::No),
-                ElementsAre(15, 20, 25, 30, 35, 40, 45, 50, 55, 60, 65, 70, 75, 80, 85, 90));
-    EXPECT_FALSE(Hub_IsOpen());
+    EXPECT_THAT(told(reporter),
+                ElementsAre("reset", "0%", "blue FW:demo.bin(size=32768)\n\n",
+                            "blue Erase Flash...\n", "10%", "blue Write Flash...\n", "15% posted",
+                            "20% posted", "25% posted", "30% posted", "35% posted", "40% posted",
+                            "45% posted", "50% posted", "blue Read Flash...\n", "55% posted",
+                            "60% posted", "65% posted", "70% posted", "75% posted", "80% posted",
+                            "85% posted", "90% posted", "blue Verify Flash...\n", "100%",
+                            "blue Reset to Flash Code...\n", "blue Update FW Success\n"));
 }
 
 TEST_F(FirmwareUpdate, PausesOnlyForTheRestartsAndTheErase)
@@ -200,121 +180,37 @@ TEST_F(FirmwareUpdate, SplitsAddressesBeyond64KiBIntoTwoWords)
 TEST_F(FirmwareUpdate, WithoutAnImageShowsAnEmptyHeaderAndFails)
 {
     EXPECT_FALSE(updateFirmware(image, "", reporter));
-    EXPECT_THAT(reporter.texts(Kind::Blue), ElementsAre("FW:(size=0)\n\n"));
-    EXPECT_THAT(reporter.texts(Kind::Red),
-                ElementsAre("Wrong firmware file\n", "Update FW Fail\n"));
+    EXPECT_THAT(told(reporter), ElementsAre("reset", "0%", "blue FW:(size=0)\n\n",
+                                            "red Wrong firmware file\n", "red Update FW Fail\n"));
     EXPECT_THAT(wire, IsEmpty());
 }
 
-TEST_F(FirmwareUpdate, WithoutAHubNamesTheDriver)
+TEST_F(FirmwareUpdate, NamesTheFirstByteThatDiffers)
 {
     load(newImage());
-    setup.hub().unplug();
-    EXPECT_FALSE(update());
-    EXPECT_THAT(
-        reporter.texts(Kind::Red),
-        ElementsAre(
-            "Fail To Open Rom Device\nPlease Load Driver firstly\nThen replugin usb hub device\n",
-            "Update FW Fail\n"));
-    EXPECT_EQ(LastError, 5);
-}
-
-TEST_F(FirmwareUpdate, GivesUpOnAHubThatStaysInItsFlashCode)
-{
-    load(newImage());
-    setup.hub().addFault({.kind = FaultKind::SameMode, .on = {}});
-    EXPECT_FALSE(update());
-    EXPECT_EQ(LastError, 12);
-    EXPECT_FALSE(Hub_IsOpen());
-}
-
-TEST_F(FirmwareUpdate, TriesTheEraseThreeTimes)
-{
-    load(newImage());
-    for (unsigned attempt = 1; attempt <= 3; ++attempt) {
-        setup.hub().addFault(
-            {.kind = FaultKind::Stall, .on = RequestKind::Erase, .position = attempt});
+    unsigned updates = 0;
+    for (const FaultyByte& row : {FaultyByte{RequestKind::Write, 1, 0},
+                                  {RequestKind::Write, 8, 4095},
+                                  {RequestKind::Read, 3, 17},
+                                  {RequestKind::Read, 8, 4095}}) {
+        setup.hub().addFault({.kind = FaultKind::Flip,
+                              .on = row.request,
+                              .position = updates * 8 + row.piece,
+                              .amount = row.offset});
+        ToldValues values;
+        EXPECT_FALSE(updateFirmware(image, "demo.bin", values));
+        EXPECT_EQ(values.result, (FlowResult{Step::Verify, Cause::Different,
+                                             (row.piece - 1) * 4096 + row.offset}));
+        ++updates;
     }
-    EXPECT_FALSE(update());
-    EXPECT_THAT(reporter.texts(Kind::Red),
-                ElementsAre("Fail to Erase Flash\n", "Update FW Fail\n"));
-    EXPECT_EQ(LastError, kUntouched);
-    EXPECT_THAT(setup.clock.pauses(), ElementsAre(1s, 128ms, 128ms, 128ms));
-}
-
-TEST_F(FirmwareUpdate, StopsAtTheFirstPieceThatIsNotWritten)
-{
-    load(newImage());
-    setup.hub().addFault({.kind = FaultKind::Stall, .on = RequestKind::Write, .position = 3});
-    EXPECT_FALSE(update());
-    EXPECT_THAT(reporter.texts(Kind::Red),
-                ElementsAre("Fail to Write Flash\n", "Update FW Fail\n"));
-    EXPECT_EQ(wire.back().wValue, 2 * 4096);
-    EXPECT_EQ(LastError, kUntouched);
-}
-
-TEST_F(FirmwareUpdate, StopsAtTheFirstPieceThatIsNotRead)
-{
-    load(newImage());
-    setup.hub().addFault({.kind = FaultKind::Stall, .on = RequestKind::Read, .position = 8});
-    EXPECT_FALSE(update());
-    EXPECT_THAT(reporter.texts(Kind::Red), ElementsAre("Fail to Read Flash\n", "Update FW Fail\n"));
-    EXPECT_EQ(wire.back().wValue, 7 * 4096);
-    EXPECT_EQ(LastError, kUntouched);
-}
-
-TEST_F(FirmwareUpdate, LeavesAHubThatDoesNotVerifyInItsRomCode)
-{
-    load(newImage());
-    setup.hub().addFault({.kind = FaultKind::Flip, .on = RequestKind::Write, .position = 5});
-    EXPECT_FALSE(update());
-    EXPECT_THAT(reporter.texts(Kind::Red),
-                ElementsAre("Fail to verify flash\n", "Update FW Fail\n"));
-    EXPECT_EQ(setup.hub().runningCode(), HubCode::Rom);
-    EXPECT_EQ(LastError, kUntouched);
-    EXPECT_EQ(reporter.values(Wait::No).back(), 90);
-}
-
-TEST_F(FirmwareUpdate, DoesNotTakeAReadWithoutDataForAnEqualFlash)
-{
-    load(newImage());
-    setup.hub().addFault({.kind = FaultKind::Ignore, .on = RequestKind::Read, .position = 1});
-    EXPECT_FALSE(update());
-    EXPECT_THAT(reporter.texts(Kind::Red),
-                ElementsAre("Fail to verify flash\n", "Update FW Fail\n"));
-}
-
-TEST_F(FirmwareUpdate, SaysSoWhenTheHubDoesNotComeBackFromTheLastRestart)
-{
-    load(newImage());
-    setup.hub().addFault({.kind = FaultKind::Never, .on = {}, .position = 2});
-    EXPECT_FALSE(update());
-    EXPECT_THAT(reporter.texts(Kind::Red),
-                ElementsAre("Fail to Reset to Flash Code\n", "Update FW Fail\n"));
-    std::vector<Clock::Duration> expected{1s, 128ms};
-    expected.insert(expected.end(), 20, 2s);
-    EXPECT_EQ(setup.clock.pauses(), expected);
-    EXPECT_EQ(LastError, 5);
-}
-
-TEST_F(FirmwareUpdate, SendsTheLastRestartOnceEvenWhenItIsRefused)
-{
-    load(newImage());
-    setup.hub().addFault({.kind = FaultKind::Stall, .on = RequestKind::Flash, .position = 1});
-    EXPECT_FALSE(update());
-    EXPECT_THAT(reporter.texts(Kind::Red),
-                ElementsAre("Fail to Reset to Flash Code\n", "Update FW Fail\n"));
-    EXPECT_EQ(wire.back().bRequest, 0xE9); // the closed handle answers the second and third attempt
-    EXPECT_EQ(LastError, kUntouched);
-    EXPECT_THAT(setup.clock.pauses(), ElementsAre(1s, 128ms, 128ms, 128ms, 128ms));
 }
 
 TEST_F(FirmwareUpdate, RefusesNoImageLongerThanTheFlashButFailsHonestly)
 {
     load(imageOfSize(40960));
-    EXPECT_FALSE(update());
-    EXPECT_THAT(reporter.texts(Kind::Red),
-                ElementsAre("Fail to Write Flash\n", "Update FW Fail\n"));
+    ToldValues values;
+    EXPECT_FALSE(updateFirmware(image, "demo.bin", values));
+    EXPECT_EQ(values.result, (FlowResult{Step::Write, Cause::RequestFailed, 32768}));
 }
 
 } // namespace vornadel::test

@@ -5,11 +5,11 @@
 #include "flows/FirmwareUpdate.h"
 #include "flows/FlashErase.h"
 #include "flows/FlashRead.h"
-#include "flows/ScalarUpdate.h"
 #include "standins/sim/DemoImage.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <string_view>
 
@@ -27,12 +27,6 @@ bool runUpdate(SimulatedHub& /*hub*/, FlowReporter& reporter)
     FwImage image;
     EXPECT_TRUE(FwImage_Parse(image, bytes.data(), static_cast<std::int32_t>(bytes.size())));
     return updateFirmware(image, "demo.bin", reporter);
-}
-
-bool runScalar(SimulatedHub& /*hub*/, FlowReporter& reporter)
-{
-    FwImage image;
-    return updateScalarImage(image, EXAMPLES, "demo-1.01.bin", "demo.bin", reporter);
 }
 
 bool runRead(SimulatedHub& hub, FlowReporter& reporter)
@@ -58,16 +52,19 @@ bool runUnload(SimulatedHub& hub, FlowReporter& /*reporter*/)
     return hub.runningCode() == HubCode::Flash;
 }
 
-const std::string kDriverAdvice = "Please Load Driver firstly\nThen replugin usb hub device\n";
-
-const std::vector<StepTexts> kUpdateSteps = {
-    {Step::Open, "FW:demo.bin(size=32768)\n\n", "Fail To Open Rom Device\n" + kDriverAdvice},
-    {Step::Erase, "Erase Flash...\n", "Fail to Erase Flash\n"},
-    {Step::Write, "Write Flash...\n", "Fail to Write Flash\n"},
-    {Step::Read, "Read Flash...\n", "Fail to Read Flash\n"},
-    {Step::Verify, "Verify Flash...\n", "Fail to verify flash\n"},
-    {Step::Reset, "Reset to Flash Code...\n", "Fail to Reset to Flash Code\n"},
-};
+Cause causeOf(Step failed)
+{
+    switch (failed) {
+    case Step::Open:
+        return Cause::NotOpened;
+    case Step::Verify:
+        return Cause::Different;
+    case Step::Restart:
+        return Cause::NotRestarted;
+    default:
+        return Cause::RequestFailed;
+    }
+}
 
 } // namespace
 
@@ -88,27 +85,24 @@ std::string Flow::wireFrom(HubCode runs) const
     return (runs == HubCode::Flash ? "osvmOS" : "os") + std::string(work) + "fH";
 }
 
+bool Flow::writes() const { return std::string_view(work).find('w') != std::string_view::npos; }
+
 const Flow& easyUpdate()
 {
-    static const Flow flow{"Update",
-                           runUpdate,
-                           "ewwwwwwwwrrrrrrrr",
-                           true,
-                           kUpdateSteps,
-                           "Update FW Success\n",
-                           "Update FW Fail\n"};
-    return flow;
-}
-
-const Flow& scalarUpdate()
-{
-    static const Flow flow{"Scalar",
-                           runScalar,
-                           "ewwwwwwwwrrrrrrrr",
-                           true,
-                           kUpdateSteps,
-                           "Update FW Success\n",
-                           "Update FW Fail\n"};
+    static const Flow flow{
+        "Update",
+        runUpdate,
+        "ewwwwwwwwrrrrrrrr",
+        {Step::Open, Step::Erase, Step::Write, Step::Read, Step::Verify, Step::Restart},
+        {{Step::Open,
+          "Fail To Open Rom Device\nPlease Load Driver firstly\nThen replugin usb hub device\n"},
+         {Step::Erase, "Fail to Erase Flash\n"},
+         {Step::Write, "Fail to Write Flash\n"},
+         {Step::Read, "Fail to Read Flash\n"},
+         {Step::Verify, "Fail to verify flash\n"},
+         {Step::Restart, "Fail to Reset to Flash Code\n"}},
+        "Update FW Success\n",
+        "Update FW Fail\n"};
     return flow;
 }
 
@@ -118,10 +112,11 @@ const Flow& flashRead()
         "Read",
         runRead,
         "rrrrrrrr",
-        false,
-        {{Step::Open, "Open Device...\n", "Fail to Open Rom Device\n" + kDriverAdvice},
-         {Step::Read, "Reading Flash...\n", "Fail to Read Flash\n"},
-         {Step::Reset, "Reset to Flash Code...\n", "Fail to Reset to Flash Code\n"}},
+        {Step::Open, Step::Read, Step::Restart},
+        {{Step::Open,
+          "Fail to Open Rom Device\nPlease Load Driver firstly\nThen replugin usb hub device\n"},
+         {Step::Read, "Fail to Read Flash\n"},
+         {Step::Restart, "Fail to Reset to Flash Code\n"}},
         "Read Fw Success\n",
         "Read Fw Fail\n"};
     return flow;
@@ -132,10 +127,10 @@ const Flow& flashErase()
     static const Flow flow{"Erase",
                            runErase,
                            "e",
-                           false,
-                           {{Step::Open, "Open Rom Device...\n", "Fail to Open Rom Device"},
-                            {Step::Erase, "Erase Flash...\n", "Fail to Erase flash"},
-                            {Step::Reset, "Reseting...\n", "Fail to Reset Flash & Wait"}},
+                           {Step::Open, Step::Erase, Step::Restart},
+                           {{Step::Open, "Fail to Open Rom Device"},
+                            {Step::Erase, "Fail to Erase flash"},
+                            {Step::Restart, "Fail to Reset Flash & Wait"}},
                            "Erase FW Success\n",
                            "\nErase FW Fail\n"};
     return flow;
@@ -143,7 +138,7 @@ const Flow& flashErase()
 
 const Flow& driverUnload()
 {
-    static const Flow flow{"Unload", runUnload, "", false, {}, "", ""};
+    static const Flow flow{"Unload", runUnload, "", {}, {}, "", ""};
     return flow;
 }
 
@@ -181,25 +176,22 @@ char observedLetter(const ControlRequest& request)
     }
 }
 
-void expectTold(const Flow& flow, const RecordingReporter& reporter, bool succeeded,
-                std::optional<Step> fails)
+void expectTold(const Flow& flow, const ToldValues& told, bool succeeded, std::optional<Step> fails)
 {
-    using Kind = RecordingReporter::Kind;
-    std::vector<std::string> blue;
-    std::vector<std::string> red;
-    const std::size_t told = reporter.texts(Kind::Blue).size();
-    for (const StepTexts& step : flow.steps) {
-        blue.push_back(step.begins);
-        if (!succeeded && (fails ? step.step == *fails : blue.size() == told)) {
-            red = {step.fails, flow.failure};
-            break;
-        }
+    EXPECT_EQ(told.starts, flow.steps.empty() ? 0 : 1);
+    EXPECT_EQ(told.ends, flow.steps.empty() ? 0 : 1);
+    if (flow.steps.empty()) {
+        return;
     }
-    if (succeeded && !flow.steps.empty()) {
-        blue.emplace_back(flow.success);
+    EXPECT_EQ(told.result.succeeded(), succeeded);
+    ASSERT_FALSE(told.steps.empty());
+    const Step last = succeeded ? flow.steps.back() : fails.value_or(told.steps.back());
+    const auto end = std::find(flow.steps.begin(), flow.steps.end(), last);
+    EXPECT_EQ(told.steps, std::vector<Step>(flow.steps.begin(), end + 1));
+    EXPECT_EQ(told.result.step, last);
+    if (!succeeded) {
+        EXPECT_EQ(told.result.cause, causeOf(last));
     }
-    EXPECT_EQ(reporter.texts(Kind::Blue), blue);
-    EXPECT_EQ(reporter.texts(Kind::Red), red);
 }
 
 Clock::Duration longestFor(const std::string& observed)

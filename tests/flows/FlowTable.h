@@ -3,9 +3,10 @@
 #include "flows/FlowReporter.h"
 #include "platform/Clock.h"
 #include "standins/sim/SimulatedHub.h"
-#include "tests/support/RecordingReporter.h"
+#include "tests/flows/ToldValues.h"
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,35 +25,25 @@ namespace vornadel::test
 // | `m`, `f` | restart into ROM code, into flash code |
 // | `e`, `w`, `r` | erase, write, read |
 
-enum class Step { Open, Erase, Write, Read, Verify, Reset };
-
-/// A step as the user sees it: the line at its beginning, if it has one, and the reason when it
-/// fails.
-struct StepTexts {
-    Step step;
-    std::string begins;
-    std::string fails;
-};
-
 struct Flow {
     const char* name;
     bool (*run)(SimulatedHub& hub, FlowReporter& reporter);
     const char* work; ///< its requests to a hub in ROM code, between opening and restarting it
-    bool writes;      ///< and then compares what it wrote
-    std::vector<StepTexts> steps; ///< none: it tells nothing
-    const char* success;
-    const char* failure;
+    std::vector<Step> steps;             ///< none: it tells nothing
+    std::map<Step, const char*> reasons; ///< the first red text when that step fails
+    const char* success;                 ///< the last blue text
+    const char* failure;                 ///< the last red text
 
     std::string wireFrom(HubCode runs) const;
+    bool writes() const; ///< and then compares what it wrote
 };
 
-const Flow& easyUpdate();   ///< with demoImage(kDemoVersion101)
-const Flow& scalarUpdate(); ///< with the same, from a file
+const Flow& easyUpdate(); ///< with demoImage(kDemoVersion101)
 const Flow& flashRead();
 const Flow& flashErase();
 const Flow& driverUnload();
 
-/// The image that the updates write, and the flash before them.
+/// The image that the update writes, and the flash before it.
 const std::vector<std::uint8_t>& newFlash();
 const std::vector<std::uint8_t>& oldFlash();
 
@@ -61,9 +52,9 @@ const std::vector<std::uint8_t>& oldFlash();
 std::string asObserved(std::string wire);
 char observedLetter(const ControlRequest& request);
 
-/// Whether what was told is a run of the flow with this end, to the letter; without `fails`, any
-/// failing step will do whose line was the last.
-void expectTold(const Flow& flow, const RecordingReporter& reporter, bool succeeded,
+/// Expects a flow to have told the steps up to `fails`, or all of them, and this end; without
+/// `fails`, a failure of whichever step was the last.
+void expectTold(const Flow& flow, const ToldValues& told, bool succeeded,
                 std::optional<Step> fails = std::nullopt);
 
 /// The longest that a flow may have taken whose requests these are, with a hub that needs no time

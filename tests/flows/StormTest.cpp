@@ -60,9 +60,9 @@ protected:
             }
         };
         const Clock::Duration begun = setup.clock.now();
-        RecordingReporter reporter;
-        const bool succeeded = easyUpdate().run(hub, reporter);
-        expectTold(easyUpdate(), reporter, succeeded);
+        ToldValues told;
+        const bool succeeded = easyUpdate().run(hub, told);
+        expectTold(easyUpdate(), told, succeeded);
         EXPECT_EQ(succeeded, succeeds);
         EXPECT_FALSE(Hub_IsOpen());
         EXPECT_LE(setup.clock.now() - begun, longestFor("mf") + 1s);
@@ -71,7 +71,7 @@ protected:
         setup.bus->unwatch();
         EXPECT_GE(departures, 2 * kCycles) << "both devices, each time";
         hub.onRequest = nullptr;
-        RecordingReporter healthy;
+        ToldValues healthy;
         EXPECT_TRUE(easyUpdate().run(hub, healthy));
         EXPECT_TRUE(hub.flash() == newFlash());
     }
@@ -152,9 +152,9 @@ TEST(StormOfPlugs, OnAnotherThreadLeavesUpdatesAndDetectionsTruthful)
     });
     unsigned updates = 0;
     while (!over) {
-        RecordingReporter reporter;
-        const bool succeeded = easyUpdate().run(hub, reporter);
-        expectTold(easyUpdate(), reporter, succeeded);
+        ToldValues told;
+        const bool succeeded = easyUpdate().run(hub, told);
+        expectTold(easyUpdate(), told, succeeded);
         ++updates;
     }
     storm.join();

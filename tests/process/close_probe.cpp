@@ -20,7 +20,6 @@
 #include "app/AppDelegate.h"
 #include "app/Controls.h"
 #include "app/Tool.h"
-#include "flows/ScalarUpdate.h"
 #include "standins/sim/SimulatedBus.h"
 #include "tests/support/FakeSystem.h"
 
@@ -107,7 +106,7 @@ public:
     void sleep(Duration pause) override
     {
         if (m_moment.reached("pause") ||
-            (pause == kScalarFarewell && m_moment.reached("farewell"))) {
+            (pause == std::chrono::seconds(5) && m_moment.reached("farewell"))) {
             Moment::close();
             std::unique_lock lock(m_mutex);
             m_wake.wait(lock, [this] { return m_interrupted; });

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "flows/FlowReporter.h"
+#include "flows/FlowTexts.h"
 
 #include <string>
 #include <utility>
@@ -9,8 +9,8 @@
 namespace vornadel::test
 {
 
-/// Keeps what a flow tells.
-class RecordingReporter final : public FlowReporter
+/// Keeps what a flow shows.
+class RecordingReporter final : public FlowTextReporter
 {
 public:
     enum class Kind { Reset, Blue, Red, Progress };
@@ -20,20 +20,6 @@ public:
         double percent = 0;
         Wait wait = Wait::Yes;
     };
-
-    void resetProgressInfo() override { entries.push_back({Kind::Reset, {}}); }
-    void appendProgressInfo_Blue(const std::string& text) override
-    {
-        entries.push_back({Kind::Blue, text});
-    }
-    void appendProgressInfo_Red(const std::string& text) override
-    {
-        entries.push_back({Kind::Red, text});
-    }
-    void updateProgressBar(double percent, Wait wait) override
-    {
-        entries.push_back({Kind::Progress, {}, percent, wait});
-    }
 
     std::vector<std::string> texts(Kind kind) const
     {
@@ -58,6 +44,21 @@ public:
     }
 
     std::vector<Entry> entries;
+
+private:
+    void resetProgressInfo() override { entries.push_back({Kind::Reset, {}}); }
+    void appendProgressInfo_Blue(const std::string& text) override
+    {
+        entries.push_back({Kind::Blue, text});
+    }
+    void appendProgressInfo_Red(const std::string& text) override
+    {
+        entries.push_back({Kind::Red, text});
+    }
+    void updateProgressBar(double percent, Wait wait) override
+    {
+        entries.push_back({Kind::Progress, {}, percent, wait});
+    }
 };
 
 } // namespace vornadel::test

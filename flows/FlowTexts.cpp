@@ -1,0 +1,152 @@
+#include "flows/FlowTexts.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+
+namespace vornadel
+{
+
+/// How the bar moves in a step.
+enum class Bar {
+    Still,
+    AtTheEnd,       ///< in one go, and waited for
+    AtTheEndPosted, ///< in one go, and not waited for
+    WithThePieces,  ///< with each piece, and not waited for
+};
+
+struct StepTexts {
+    Step step;
+    const char* begins; ///< blue; may be empty
+    const char* fails;  ///< red
+    Bar bar;
+    double percent; ///< of the bar
+};
+
+/// All that is shown of one kind of flow.
+struct FlowTexts {
+    FlowKind flow;
+    std::span<const StepTexts> steps;
+    const char* success; ///< blue
+    const char* failure; ///< red, after the reason
+    bool barBeforeReset;
+    bool barBackTo0;
+};
+
+namespace
+{
+
+constexpr std::array<StepTexts, 6> kUpdateSteps = {{
+    {Step::Open, "",
+     "Fail To Open Rom Device\nPlease Load Driver firstly\nThen replugin usb hub device\n",
+     Bar::Still, 0},
+    {Step::Erase, "Erase Flash...\n", "Fail to Erase Flash\n", Bar::AtTheEnd, 10},
+    {Step::Write, "Write Flash...\n", "Fail to Write Flash\n", Bar::WithThePieces, 40},
+    {Step::Read, "Read Flash...\n", "Fail to Read Flash\n", Bar::WithThePieces, 40},
+    {Step::Verify, "Verify Flash...\n", "Fail to verify flash\n", Bar::AtTheEnd, 10},
+    {Step::Restart, "Reset to Flash Code...\n", "Fail to Reset to Flash Code\n", Bar::Still, 0},
+}};
+
+constexpr std::array<StepTexts, 3> kReadSteps = {{
+    {Step::Open, "Open Device...\n",
+     "Fail to Open Rom Device\nPlease Load Driver firstly\nThen replugin usb hub device\n",
+     Bar::AtTheEndPosted, 10},
+    {Step::Read, "Reading Flash...\n", "Fail to Read Flash\n", Bar::WithThePieces, 80},
+    {Step::Restart, "Reset to Flash Code...\n", "Fail to Reset to Flash Code\n",
+     Bar::AtTheEndPosted, 10},
+}};
+
+constexpr std::array<StepTexts, 3> kEraseSteps = {{
+    {Step::Open, "Open Rom Device...\n", "Fail to Open Rom Device", Bar::Still, 0},
+    {Step::Erase, "Erase Flash...\n", "Fail to Erase flash", Bar::Still, 0},
+    {Step::Restart, "Reseting...\n", "Fail to Reset Flash & Wait", Bar::Still, 0},
+}};
+
+constexpr const char* kWrongImage = "Wrong firmware file\n";
+
+std::string header(const FlowStart& start)
+{
+    return "FW:" + start.imageName + "(size=" + std::to_string(start.imageSize) + ")\n\n";
+}
+
+constexpr std::array<FlowTexts, 3> kFlowTexts = {{
+    {FlowKind::Update, kUpdateSteps, "Update FW Success\n", "Update FW Fail\n", false, false},
+    {FlowKind::Read, kReadSteps, "Read Fw Success\n", "Read Fw Fail\n", true, true},
+    {FlowKind::Erase, kEraseSteps, "Erase FW Success\n", "\nErase FW Fail\n", false, false},
+}};
+
+const FlowTexts& textsOf(FlowKind flow)
+{
+    return *std::find_if(kFlowTexts.begin(), kFlowTexts.end(),
+                         [flow](const FlowTexts& each) { return each.flow == flow; });
+}
+
+const StepTexts& textsOf(const FlowTexts& flow, Step step)
+{
+    return *std::find_if(flow.steps.begin(), flow.steps.end(),
+                         [step](const StepTexts& each) { return each.step == step; });
+}
+
+} // namespace
+
+void FlowTextReporter::started(const FlowStart& start)
+{
+    m_flow = &textsOf(start.flow);
+    if (m_flow->barBeforeReset) {
+        updateProgressBar(0, Wait::Yes);
+        resetProgressInfo();
+    } else {
+        resetProgressInfo();
+        updateProgressBar(0, Wait::Yes);
+    }
+    if (start.flow == FlowKind::Update) {
+        appendProgressInfo_Blue(header(start));
+    }
+}
+
+void FlowTextReporter::stepStarted(Step step)
+{
+    endStep();
+    m_step = &textsOf(*m_flow, step);
+    m_done = 0;
+    if (const std::string text = m_step->begins; !text.empty()) {
+        appendProgressInfo_Blue(text);
+    }
+}
+
+void FlowTextReporter::progressed(std::int32_t done, std::int32_t total)
+{
+    m_percent += static_cast<double>(done - m_done) / total * m_step->percent;
+    m_done = done;
+    updateProgressBar(m_percent, Wait::No);
+}
+
+void FlowTextReporter::finished(const FlowResult& result)
+{
+    if (result.succeeded()) {
+        endStep();
+        appendProgressInfo_Blue(m_flow->success);
+        return;
+    }
+    appendProgressInfo_Red(result.cause == Cause::WrongImage ? kWrongImage
+                                                             : textsOf(*m_flow, result.step).fails);
+    appendProgressInfo_Red(m_flow->failure);
+}
+
+void FlowTextReporter::closed()
+{
+    if (m_flow->barBackTo0) {
+        updateProgressBar(0, Wait::No);
+    }
+}
+
+// A step has succeeded when the next one begins, or when the flow has succeeded.
+void FlowTextReporter::endStep()
+{
+    if (m_step != nullptr && (m_step->bar == Bar::AtTheEnd || m_step->bar == Bar::AtTheEndPosted)) {
+        m_percent += m_step->percent;
+        updateProgressBar(m_percent, m_step->bar == Bar::AtTheEnd ? Wait::Yes : Wait::No);
+    }
+}
+
+} // namespace vornadel
