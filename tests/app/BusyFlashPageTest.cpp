@@ -136,6 +136,25 @@ TEST_F(BusyFlashPage, EndsInTheMiddleOfAnEraseWhenTheWindowCloses)
     expectTheNextReadToSucceed();
 }
 
+TEST_F(BusyFlashPage, ParsesWhatItHasReadOnTheMainThreadAlone)
+{
+    // The main thread stops taking work when the success is on display: what comes after that line
+    // has no thread but the worker.
+    TextView& progress = *tool().nstfUpdateInfo_UpdateFW;
+    QObject::connect(&progress, &QPlainTextEdit::textChanged, &progress, [this] {
+        if (progressText().ends_with("Read Fw Success\n")) {
+            tool().mainThread().stopWaiting();
+        }
+    });
+    holdRead();
+    readGate.open();
+    EXPECT_TRUE(
+        waitFor([this] { return progressText().ends_with("Read Fw Success\n") && !Hub_IsOpen(); }));
+    EXPECT_TRUE(tool().shutDown()) << "the worker has ended";
+    tool().readFinished_FwFlash();
+    EXPECT_EQ(tool().txtVID_FwFlash->text(), "1209") << "of the image before";
+}
+
 TEST_F(BusyFlashPage, EndsWithAListOpenInTheMiddleOfARead)
 {
     holdRead();

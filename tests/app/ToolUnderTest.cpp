@@ -1,6 +1,7 @@
 #include "tests/app/ToolUnderTest.h"
 
 #include "hub/HubTransport.h"
+#include "tests/support/HubGuard.h"
 
 #include <QApplication>
 #include <QDeadlineTimer>
@@ -103,7 +104,14 @@ void ToolUnderTest::end()
     if (m_delegate) {
         EXPECT_TRUE(m_delegate->shutDown());
         m_delegate.reset();
-        m_bus.reset();
+        if (hubIsClosed()) {
+            m_bus.reset();
+        } else {
+            hub().onRequest = nullptr;
+            m_clock->mainThread = nullptr;
+            static_cast<void>(m_bus.release());
+            static_cast<void>(m_clock.release());
+        }
     }
     settleEvents();
 }

@@ -6,6 +6,7 @@
 #include "standins/sim/SimulatedBus.h"
 #include "tests/cli/TemporaryFolder.h"
 #include "tests/support/FakeSystem.h"
+#include "tests/support/HubGuard.h"
 #include "tests/support/VirtualClock.h"
 
 #include <gtest/gtest.h>
@@ -35,6 +36,10 @@ public:
                      std::string_view("[Support Vid Pid]\n"
                                       "VID_00 = 0x1209\nSSPID_00 = 0x0001\nHSPID_00 = 0x0002\n"));
     }
+
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+    ~Session() { hubIsClosed(); }
 
     int run(const CommandLine& commandLine, bool terminal = false)
     {

@@ -27,38 +27,21 @@ constexpr int kWarmUp = 100;
 class Endurance : public testing::Test
 {
 public:
-    Endurance()
-    {
-        // In memory where there is such a place: ten thousand times, a disk would be waited for.
-        const std::filesystem::path memory = "/dev/shm";
-        const bool there = access(memory.c_str(), W_OK) == 0;
-        std::string pattern =
-            (there ? memory : std::filesystem::temp_directory_path()) / "endurance-XXXXXX";
-        m_folder = mkdtemp(pattern.data());
-        SimulatedHubOptions options;
-        options.image = m_folder + "/flash.bin";
-        options.latency = SimulatedLatency::None;
-        std::string error;
-        bus = SimulatedBus::create(options, clock, error);
-        EXPECT_TRUE(bus) << error;
-        SupportedIdList.fill({});
-        SupportedIdList.at(0) = {1, 0x1209, 0x0001, 0x0002};
-        Hub_UsePlatform(*bus, clock);
-    }
+    Endurance() : m_folder(makeFolder()), m_setup(hubIn(m_folder)) {}
     ~Endurance() override { std::filesystem::remove_all(m_folder); }
 
 protected:
     /// The next hub of the line: looked at, updated, looked at again.
     void update()
     {
-        bus->hub().setFlash(oldFlash());
+        m_setup.hub().setFlash(oldFlash());
         EXPECT_TRUE(Hub_Detect().found);
         {
             ToldValues told;
-            EXPECT_TRUE(easyUpdate().run(bus->hub(), told));
+            EXPECT_TRUE(easyUpdate().run(m_setup.hub(), told));
         }
         EXPECT_EQ(Hub_Detect().version, kDemoVersion101);
-        clock.forgetPauses();
+        m_setup.clock.forgetPauses();
     }
 
     /// Does it a thousand times and expects the process to be the same after that as after the
@@ -82,11 +65,28 @@ protected:
         EXPECT_EQ(late.descriptors, early.descriptors);
     }
 
-    VirtualClock clock;
-    std::unique_ptr<SimulatedBus> bus;
-
 private:
+    static std::string makeFolder()
+    {
+        // In memory where there is such a place: ten thousand writes would wait for a disk.
+        const std::filesystem::path memory = "/dev/shm";
+        const bool there = access(memory.c_str(), W_OK) == 0;
+        std::string pattern =
+            (there ? memory : std::filesystem::temp_directory_path()) / "endurance-XXXXXX";
+        return mkdtemp(pattern.data());
+    }
+    static SimulatedHubOptions hubIn(const std::string& folder)
+    {
+        SimulatedHubOptions options;
+        options.image = folder + "/flash.bin";
+        options.latency = SimulatedLatency::None;
+        return options;
+    }
+
     std::string m_folder;
+
+protected:
+    HubSetup m_setup;
 };
 
 TEST_F(Endurance, AThousandUpdatesLeaveNothingBehind)
@@ -97,11 +97,11 @@ TEST_F(Endurance, AThousandUpdatesLeaveNothingBehind)
 TEST_F(Endurance, AThousandFailuresLeaveNothingBehind)
 {
     expectFlat([this] {
-        bus->hub().addFault({.kind = FaultKind::VanishAfter, .on = RequestKind::Write});
+        m_setup.hub().addFault({.kind = FaultKind::VanishAfter, .on = RequestKind::Write});
         ToldValues told;
-        EXPECT_FALSE(easyUpdate().run(bus->hub(), told));
-        bus->hub().replug();
-        clock.forgetPauses();
+        EXPECT_FALSE(easyUpdate().run(m_setup.hub(), told));
+        m_setup.hub().replug();
+        m_setup.clock.forgetPauses();
     });
 }
 

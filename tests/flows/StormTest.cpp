@@ -21,35 +21,23 @@ using namespace std::chrono_literals;
 
 constexpr int kCycles = 100;
 
-/// The hub with the time that a real one takes, so that plugs come loose while it erases and
-/// writes, too.
-class SlowSetup
+/// A hub that takes a hub's time, so that plugs come loose while it erases and writes, too.
+SimulatedHubOptions slowHub(HubCode runs)
 {
-public:
-    explicit SlowSetup(HubCode runs)
-    {
-        SimulatedHubOptions options = hubThatRuns(runs);
-        options.keepInMemory = true;
-        std::string error;
-        bus = SimulatedBus::create(options, clock, error);
-        SupportedIdList.fill({});
-        SupportedIdList.at(0) = {1, 0x1209, 0x0001, 0x0002};
-        Hub_UsePlatform(*bus, clock);
-    }
-
-    VirtualClock clock;
-    std::unique_ptr<SimulatedBus> bus;
-};
+    SimulatedHubOptions options = hubThatRuns(runs);
+    options.keepInMemory = true;
+    return options;
+}
 
 class Storm : public testing::TestWithParam<HubCode>
 {
 protected:
     /// An update in which `storm` begins at a request; whether it succeeded.
-    void updateWith(std::size_t position, const std::function<void(SlowSetup&)>& storm,
+    void updateWith(std::size_t position, const std::function<void(HubSetup&)>& storm,
                     bool succeeds)
     {
         SCOPED_TRACE(position);
-        SlowSetup setup(GetParam());
+        HubSetup setup(slowHub(GetParam()));
         SimulatedHub& hub = setup.bus->hub();
         int departures = 0;
         setup.bus->watch(
@@ -82,7 +70,7 @@ protected:
 TEST_P(Storm, InOneSecondOfAnUpdateLeavesItTruthful)
 {
     const std::string wire = easyUpdate().wireFrom(GetParam());
-    const auto inOneSecond = [](SlowSetup& setup) {
+    const auto inOneSecond = [](HubSetup& setup) {
         SimulatedHub& hub = setup.bus->hub();
         for (int cycle = 0; cycle < kCycles; ++cycle) {
             setup.clock.after(cycle * 10ms, [&hub] { hub.unplug(); });
@@ -99,7 +87,7 @@ TEST_P(Storm, InOneSecondOfAnUpdateLeavesItTruthful)
 TEST_P(Storm, InOneRequestOfAnUpdateLeavesItTruthful)
 {
     const std::size_t requests = easyUpdate().wireFrom(GetParam()).size();
-    const auto atOnce = [](SlowSetup& setup) {
+    const auto atOnce = [](HubSetup& setup) {
         for (int cycle = 0; cycle < kCycles; ++cycle) {
             setup.bus->hub().unplug();
             setup.bus->hub().replug();

@@ -80,6 +80,7 @@ public:
         EXPECT_TRUE(
             FwImage_Parse(m_image, m_bytes.data(), static_cast<std::int32_t>(m_bytes.size())));
     }
+    ~UpdateOnAMac() override { hubIsClosed(); } // before the bus goes
 
 protected:
     bool update() { return updateFirmware(m_image, "demo.bin", m_reporter); }

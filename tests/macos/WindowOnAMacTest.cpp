@@ -8,6 +8,7 @@
 #include "tests/app/ToolUnderTest.h"
 #include "tests/macos/MacTest.h"
 #include "tests/support/FakeMachine.h"
+#include "tests/support/HubGuard.h"
 #include "tests/support/VirtualClock.h"
 
 #include <QAbstractButton>
@@ -49,6 +50,7 @@ public:
         EXPECT_TRUE(m_delegate->shutDown());
         m_delegate.reset();
         settleEvents();
+        hubIsClosed();
     }
 
 protected:

@@ -8,6 +8,7 @@
 #include "platform/linux/LibusbBus.h"
 #include "standins/sim/DemoImage.h"
 #include "tests/platform/UsbTestbed.h"
+#include "tests/support/HubGuard.h"
 #include "tests/support/RecordingReporter.h"
 #include "tests/support/VirtualClock.h"
 
@@ -85,6 +86,7 @@ protected:
         const std::vector<std::uint8_t> bytes = demoImage();
         EXPECT_TRUE(FwImage_Parse(m_image, bytes.data(), static_cast<std::int32_t>(bytes.size())));
     }
+    ~UsbStorm() override { hubIsClosed(); }
 
     void plug()
     {
