@@ -75,8 +75,7 @@ std::vector<std::string> sourcesBelow(const fs::path& root)
 
 bool liesIn(const std::string& path, const std::string& folder)
 {
-    return path.size() > folder.size() && path.starts_with(folder) &&
-           (path[folder.size()] == '/' || path[folder.size()] == '.');
+    return path.size() > folder.size() && path.starts_with(folder) && path[folder.size()] == '/';
 }
 
 /// The room of a path, the innermost one if rooms are nested; null for a path in no room.

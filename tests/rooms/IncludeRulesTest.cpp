@@ -140,16 +140,11 @@ TEST_F(SourceTree, WithGoodIncludesPasses)
 
 TEST_F(SourceTree, NamesTheFileAndTheLineOfABrokenArrow)
 {
-    write("hub/Transport.cpp", "// first\n#include <vector>\n#include \"app/Window.h\"\n");
-    EXPECT_THAT(wrong(), ElementsAre("hub/Transport.cpp:3: room hub may not use room app"));
-}
-
-TEST_F(SourceTree, ReadsEverySourceAndEveryLine)
-{
-    write("hub/a/b/Deep.ipp", "#include \"app/Window.h\"\n#include \"standins/sim/Hub.h\"\n");
+    write("hub/a/b/Deep.ipp",
+          "// first\n#include \"app/Window.h\"\n\n#include \"standins/sim/Hub.h\"\n");
     write("standins/sim/Hub.hpp", "#include \"hub/Transport.h\"\n");
-    EXPECT_THAT(wrong(), ElementsAre("hub/a/b/Deep.ipp:1: room hub may not use room app",
-                                     "hub/a/b/Deep.ipp:2: room hub may not use room sim",
+    EXPECT_THAT(wrong(), ElementsAre("hub/a/b/Deep.ipp:2: room hub may not use room app",
+                                     "hub/a/b/Deep.ipp:4: room hub may not use room sim",
                                      "standins/sim/Hub.hpp:1: room sim may not use room hub"));
 }
 
@@ -189,10 +184,6 @@ TEST_P(BadInclude, IsFound)
 INSTANTIATE_TEST_SUITE_P(
     Samples, BadInclude,
     ::testing::Values(
-        BadSample{"Upwards", "platform/Clock.h", "#include \"hub/T.h\"",
-                  "platform_api may not use room hub"},
-        BadSample{"IntoAnInnerRoom", "platform/Clock.h", "#include \"platform/linux/Bus.h\"",
-                  "platform_api may not use room platform_linux"},
         BadSample{"InAngleBrackets", "standins/sim/Hub.cpp", "#include <hub/T.h>",
                   "sim may not use room hub"},
         BadSample{"WithBlanks", "standins/sim/Hub.cpp", " #\tinclude\"hub/T.h\"",
@@ -204,25 +195,13 @@ INSTANTIATE_TEST_SUITE_P(
         BadSample{"ByMacro", "hub/T.cpp", "#include HEADER", "cannot be checked"},
         BadSample{"PlatformPastMain", "app/Tool.cpp", "#include \"platform/native/Native.h\"",
                   "chosen in main.cpp"},
-        BadSample{"BackEndPastThePlatform", "app/main.cpp", "#include \"platform/linux/Bus.h\"",
-                  "app may not use room platform_linux"},
         BadSample{"SimulatorPastMain", "app/Tool.cpp", "#include \"standins/sim/Hub.h\"",
                   "chosen in main.cpp"},
         BadSample{"Libusb", "hub/T.cpp", "#include <libusb.h>", "hub may not use LibUSB::LibUSB"},
-        BadSample{"LibusbInAFolder", "app/A.cpp", "#include <libusb-1.0/libusb.h>",
-                  "LibUSB::LibUSB"},
-        BadSample{"LibusbQuoted", "standins/sim/Hub.cpp", "#include \"libusb.h\"",
-                  "LibUSB::LibUSB"},
         BadSample{"Qt", "hub/T.h", "#include <QString>", "hub may not use Qt6::Widgets"},
-        BadSample{"QtByModule", "platform/linux/Bus.cpp", "#include <QtCore/QString>",
-                  "Qt6::Widgets"},
-        BadSample{"QtInSmallLetters", "props/P.cpp", "#include <qstring.h>", "Qt6::Widgets"},
         BadSample{"Iniparser", "app/A.cpp", "#include <iniparser/iniparser.h>",
                   "iniparser::iniparser"},
-        BadSample{"CommandLine", "hub/T.cpp", "#include <CLI/CLI.hpp>", "CLI11::CLI11"},
         BadSample{"AppleUsb", "platform/linux/Bus.cpp", "#import <IOKit/usb/IOUSBLib.h>",
-                  "Apple frameworks"},
-        BadSample{"AppleTypes", "hub/T.h", "#include <CoreFoundation/CoreFoundation.h>",
                   "Apple frameworks"},
         BadSample{"GoogleTest", "hub/T.cpp", "#include <gtest/gtest.h>", "GTest::gtest"}),
     [](const ::testing::TestParamInfo<BadSample>& sample) {

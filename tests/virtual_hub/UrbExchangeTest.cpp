@@ -60,6 +60,13 @@ TEST_F(Exchange, AnswersARefusalWithAStall)
     EXPECT_EQ(tell(Submit{13, 0, 1, 0}), answer(13, -32, 0));
 }
 
+TEST_F(Exchange, NeverSendsMoreThanTheHostHasRoomFor)
+{
+    Submit request = deviceDescriptorRequest(14);
+    request.length = 5;
+    EXPECT_EQ(tell(request), answer(14, 0, 5, {kDescriptor.begin(), kDescriptor.begin() + 5}));
+}
+
 TEST_F(Exchange, RefusesASetupPacketThatContradictsTheTransfer)
 {
     EXPECT_EQ(tell(Submit{15, 0, 0, 18, {0x80, 6, 0, 1, 0, 0, 18, 0}, Bytes(18)}),
@@ -103,6 +110,19 @@ TEST_F(Exchange, AnswersWhatIsPendingAndWhatComesWhenTheDeviceLeaves)
     EXPECT_EQ(tell(deviceDescriptorRequest(42)), answer(42, -108, 0));
     EXPECT_EQ(tell(statusRequest(43)), answer(43, -108, 0));
     EXPECT_EQ(tell(unlinkFrame(44, 40)), unlinkAnswer(44, 0));
+}
+
+TEST_F(Exchange, WaitsForTheWholeOfAMessage)
+{
+    const Bytes whole = frame(Submit{9, 0, 0, 6, {0x00, 48, 0, 0, 0, 0, 6, 0}, Bytes(6)});
+    Bytes out;
+    std::size_t taken = 99;
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        EXPECT_EQ(m_exchange.step(ByteView(whole).first(size), taken, out), Step::Waits) << size;
+        EXPECT_EQ(taken, 0U);
+    }
+    EXPECT_EQ(m_exchange.step(whole, taken, out), Step::Answered);
+    EXPECT_EQ(out, answer(9, 0, 6));
 }
 
 TEST_F(Exchange, EndsWithWhoDoesNotKeepToTheProtocol)

@@ -225,6 +225,14 @@ TEST_F(VhciHostTest, GivesUpWhenTheKernelRefuses)
     EXPECT_EQ(m_error, "refused");
 }
 
+TEST_F(VhciHostTest, DoesNotWaitForADeviceThatHasLeftAgain)
+{
+    m_kernel.notices = false;
+    m_present = false;
+    EXPECT_TRUE(attach(1, HubSpeed::SuperSpeed));
+    EXPECT_EQ(m_clock.now(), Clock::Duration(0));
+}
+
 TEST_F(VhciHostTest, DoesNotWaitForeverForAKernelThatTakesNoNotice)
 {
     m_kernel.notices = false;
