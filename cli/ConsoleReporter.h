@@ -27,7 +27,7 @@ private:
     std::ostream& m_err;
     bool m_terminal;
     double m_shown = -1;   // percent
-    bool m_moving = false; // the cursor stands behind a percentage
+    bool m_moving = false; // the cursor is after a percentage
 };
 
 } // namespace vornadel
