@@ -11,7 +11,7 @@ namespace
 {
 
 constexpr Clock::Duration kEraseTime = std::chrono::milliseconds(150);
-constexpr Clock::Duration kProgramTime = std::chrono::microseconds(700); // per 256 bytes begun
+constexpr Clock::Duration kProgramTime = std::chrono::microseconds(700); // per started 256 bytes
 constexpr std::size_t kProgramUnit = 256;
 
 constexpr std::uint8_t kVendorOut = 0x40;
