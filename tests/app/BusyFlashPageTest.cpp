@@ -1,4 +1,4 @@
-// The flash page while the hub is being read or erased: what is typed, opened or closed meanwhile.
+// The flash page during a read or an erase: typing, opening dialogs, closing the window.
 
 #include "hub/HubTransport.h"
 #include "tests/app/FlashPageUnderTest.h"
@@ -13,14 +13,13 @@ namespace vornadel::test
 namespace
 {
 
-constexpr unsigned kPieces = 8; // in which the flash is read
+constexpr unsigned kPieces = 8; // per read of the flash
 
 constexpr const char* kLocked =
     "This Item is Not Editable.  To Change this Item,you should set\n\n Spread Spectrum\n"
     "(Addr 0x09[0:0])\n\nfrom 0 to 1";
 
-/// An image has been read and edited; the hub's flash holds another one by now, which the next read
-/// brings.
+/// An image has been read and edited. Meanwhile the hub's flash has another one for the next read.
 class BusyFlashPage : public FlashPageUnderTest
 {
 protected:
@@ -54,7 +53,7 @@ protected:
         EXPECT_TRUE(progressText().ends_with("Read Fw Success\n")) << progressText();
     }
 
-    /// Does something that brings this alert, and closes it only after the held read has finished
+    /// Does something that opens this alert, and closes it only after the stopped read has finished
     /// behind it.
     void finishReadUnder(const QString& text, const std::function<void()>& action)
     {
@@ -96,9 +95,8 @@ protected:
         expectAlert("No Flash Data", [this] { click(tool().btnSave_FwFlash); });
     }
 
-    /// Closes the window, lets go of the worker and ends the tool, which must not wait for the
-    /// whole flow. The worker may be quick enough for some more of what needs nothing of the main
-    /// thread.
+    /// Closes the window, releases the worker and ends the tool, which must not wait for the whole
+    /// flow. The worker may still do a few steps that do not need the main thread.
     void closeAndEnd(unsigned atMostMore)
     {
         const unsigned requests = hub().requestCount();

@@ -26,7 +26,7 @@ namespace vornadel::test
 namespace
 {
 
-constexpr int kPatienceMs = 10000; // a machine under sanitizers and load needs some
+constexpr int kPatienceMs = 10000; // for sanitizers and a loaded machine
 constexpr std::uint8_t kEraseRequest = 0xE8;
 constexpr std::uint8_t kReadRequest = 0xD8;
 
@@ -186,7 +186,7 @@ std::string ToolUnderTest::progressText()
 bool waitFor(const std::function<bool()>& condition)
 {
     const QDeadlineTimer deadline(kPatienceMs);
-    QTimer look; // for what changes without an event
+    QTimer look; // polls for changes without an event
     look.start(5);
     while (!condition()) {
         if (deadline.hasExpired()) {
@@ -207,7 +207,7 @@ void settleEvents()
 void runAndUse(const std::function<void()>& open, const std::function<void(QDialog&)>& use)
 {
     bool used = false;
-    QTimer look; // looks into the dialog's own event loop
+    QTimer look; // runs inside the dialog's own event loop
     QObject::connect(&look, &QTimer::timeout, &look, [&] {
         auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
         if (!used && dialog != nullptr && dialog->isVisible()) {
@@ -226,7 +226,7 @@ void runAndUse(const std::function<void()>& open, const std::function<void(QDial
     look.start(1);
     giveUp.start(kPatienceMs);
     open();
-    // A sheet comes after the click that asked for it, and goes after its own end.
+    // The sheet opens after the click, and disappears after it has been closed.
     EXPECT_TRUE(waitFor([&used] { return used && QApplication::activeModalWidget() == nullptr; }));
     EXPECT_TRUE(used) << "no dialog came";
 }
@@ -261,7 +261,7 @@ void chooseByTyping(QPushButton* button, const QString& path)
     clickAndUse(button, [&path](QDialog& dialog) {
         auto* name = dialog.findChild<QLineEdit*>("fileNameEdit");
         ASSERT_NE(name, nullptr);
-        // Without the focus the dialog would take the list's view of the name for the typed one.
+        // Without the focus the dialog would use the name selected in the list, not the typed one.
         dialog.activateWindow();
         name->setFocus();
         ASSERT_TRUE(waitFor([name] { return name->hasFocus(); }));
