@@ -31,7 +31,7 @@ public:
     ~Endurance() override { std::filesystem::remove_all(m_folder); }
 
 protected:
-    /// The next hub of the line: looked at, updated, looked at again.
+    /// The next hub: detected, updated, detected again.
     void update()
     {
         m_setup.hub().setFlash(oldFlash());
@@ -44,8 +44,8 @@ protected:
         m_setup.clock.forgetPauses();
     }
 
-    /// Does it a thousand times and expects the process to be the same after that as after the
-    /// first hundred.
+    /// Repeats this a thousand times and expects the same resources at the end as after the first
+    /// hundred.
     void expectFlat(const std::function<void()>& work)
     {
         Resources early{};
@@ -59,8 +59,7 @@ protected:
         std::cout << kUpdates << " times; heap " << early.bytes << " -> " << late.bytes
                   << " bytes, descriptors " << early.descriptors << " -> " << late.descriptors
                   << '\n';
-        // The smallest block that can be left behind has 24 bytes; the heap's own caches breathe by
-        // less in all.
+        // The smallest possible leak is a block of 24 bytes; the heap's own caches vary by less.
         EXPECT_LT(late.bytes, early.bytes + kUpdates);
         EXPECT_EQ(late.descriptors, early.descriptors);
     }

@@ -73,8 +73,8 @@ TEST_F(FirmwareUpdate, SendsExactlyTheseRequests)
     const std::vector<std::uint8_t> bytes = newImage();
     const WireRequest hello{0x40, 0x02, 0x0001, HUB_MAKER_VID, 0, {}};
     const WireRequest status{0xC0, 0x09, 0, 0, 32, {}};
-    // Opened while running flash code: asked for its mode, then for its restart speed, then
-    // restarted.
+    // It runs flash code when opened, so the flow reads its mode and restart speed, then restarts
+    // it.
     std::vector<WireRequest> expected{hello, status, status, {0x40, 0x00, 0, 0, 0, {}},
                                       hello, status};
     expected.push_back({0x40, 0xE8, 0, 0, 0, {}});
@@ -145,7 +145,7 @@ TEST_F(FirmwareUpdate, WritesAnImageOf5000BytesInTwoPieces)
 
 TEST_F(FirmwareUpdate, SplitsAddressesBeyond64KiBIntoTwoWords)
 {
-    ScriptedBus bus; // a hub with a larger flash, in its ROM code: it keeps what is written
+    ScriptedBus bus; // a hub with a larger flash, in ROM code, that stores what is written
     bus.attached = {{0x1209, 0x0001}};
     std::vector<std::uint8_t> flash(0x11000);
     bus.onControl([&](ControlRequest& request) {

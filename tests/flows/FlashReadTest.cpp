@@ -76,7 +76,7 @@ TEST_F(FlashRead, BringsEveryByteOfTheFlashAndLeavesItAsItIs)
 {
     std::vector<std::uint8_t> bytes = demoImage();
     for (std::size_t i = 0; i < 0x5000; ++i) {
-        bytes[i] = static_cast<std::uint8_t>(i * 31 + i / 256); // no two pieces alike
+        bytes[i] = static_cast<std::uint8_t>(i * 31 + i / 256); // all pieces differ
     }
     ASSERT_TRUE(setup.hub().setFlash(bytes));
     EXPECT_TRUE(read());

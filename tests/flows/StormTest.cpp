@@ -1,5 +1,4 @@
-// A loose plug: the hub leaves and comes a hundred times within one second, in the middle of an
-// update.
+// A loose plug: the hub leaves and returns a hundred times within one second, during an update.
 
 #include "hub/HubDetection.h"
 #include "tests/flows/FaultyRun.h"
@@ -32,7 +31,7 @@ SimulatedHubOptions slowHub(HubCode runs)
 class Storm : public testing::TestWithParam<HubCode>
 {
 protected:
-    /// An update in which `storm` begins at a request; whether it succeeded.
+    /// Runs an update in which `storm` begins at a request; returns whether it succeeded.
     void updateWith(std::size_t position, const std::function<void(HubSetup&)>& storm,
                     bool succeeds)
     {
@@ -78,8 +77,7 @@ TEST_P(Storm, InOneSecondOfAnUpdateLeavesItTruthful)
         }
     };
     for (std::size_t index = 0; index < wire.size(); ++index) {
-        // Reading takes the simulated hub no time: a storm that begins there comes when the work is
-        // done.
+        // Reading takes no time on the simulated hub, so a storm that begins there comes after it.
         updateWith(index + 1, inOneSecond, wire.find_first_of("rfH") <= index);
     }
 }
@@ -94,7 +92,7 @@ TEST_P(Storm, InOneRequestOfAnUpdateLeavesItTruthful)
         }
     };
     for (std::size_t position = 1; position <= requests; ++position) {
-        updateWith(position, atOnce, position == requests); // only the last has nothing after it
+        updateWith(position, atOnce, position == requests); // nothing follows the last request
     }
 }
 
@@ -127,7 +125,7 @@ TEST(StormOfPlugs, OnAnotherThreadLeavesUpdatesAndDetectionsTruthful)
         }
         over = true;
     });
-    std::thread detection([&] { // what the window does at every event
+    std::thread detection([&] { // like the window at every event
         int seen = 0;
         while (!over) {
             if (const int events = arrivals + departures; events != seen) {

@@ -28,7 +28,7 @@ TEST(StallFault, HitsTheFifthRequestAndNoOther)
     EXPECT_EQ(bench.hub().requestCount(), 10U);
 }
 
-/// Each request that a fault can name, sent once.
+/// Sends each request that a fault can name once.
 const std::vector<std::pair<const char*, std::function<std::uint32_t(HubBench&)>>>& namedRequests()
 {
     static const std::vector<std::pair<const char*, std::function<std::uint32_t(HubBench&)>>>
@@ -56,7 +56,7 @@ TEST(StallFault, HitsTheSecondRequestOfEveryKindThatCanBeNamed)
 {
     for (const auto& [name, send] : namedRequests()) {
         HubBench bench(withFault("stall@" + std::string(name) + "#2"));
-        // the same two rounds for every kind: one request of it fails, in the second round
+        // The same two rounds for every kind: one request of it fails, in the second round.
         for (int round = 1; round <= 2; ++round) {
             for (const auto& [other, sendOther] : namedRequests()) {
                 bench.hub().unplug();

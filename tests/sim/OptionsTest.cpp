@@ -159,7 +159,7 @@ TEST(FaultText, IsRefusedWithAReason)
     }
 }
 
-/// Sets one variable of the environment, or takes it out, until the end of the scope.
+/// Sets or removes one environment variable until the end of the scope.
 class ScopedVariable
 {
 public:
