@@ -76,8 +76,8 @@ protected:
                            QString::fromStdString(writeFile("demo.bin", newFlash())));
         }
         hub().notifier().unwatch();
-        m_opensBefore = hub().requestCount() / 2; // the window has looked at it: a greeting and a
-                                                  // status each time
+        // Each detection so far sent two requests: open-time and status.
+        m_opensBefore = hub().requestCount() / 2;
         hub().onRequest = [this](const ControlRequest& request) {
             const std::lock_guard lock(m_mutex);
             m_wire += observedLetter(request);

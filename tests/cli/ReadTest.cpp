@@ -132,8 +132,7 @@ TEST(Read, LeavesTheHubAloneWhereNothingCanBeSaved)
         {session.folder.path("file/read.bin"), "Not a directory"},
         {"/dev/full", "it is not a regular file"},
         {session.folder.path("full"), "it is not a regular file"},
-        {"/proc/self/read.bin", "No such file or directory"}, // a folder in which nobody can make a
-                                                              // file
+        {"/proc/self/read.bin", "No such file or directory"}, // nobody can create files there
     };
     const std::size_t files = filesIn(session.folder);
     for (const auto& row : rows) {

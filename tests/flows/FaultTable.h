@@ -64,8 +64,7 @@ unsigned positionOf(FaultKind kind, const std::string& wire, std::size_t index,
 struct Outcome {
     std::string wire;          ///< the requests that reach the hub, the struck one included
     std::optional<Step> fails; ///< the step at which the flow fails; nothing: it succeeds
-    HubCode afterwards = HubCode::Flash; ///< the code with which the hub starts when it is plugged
-                                         ///< in again
+    HubCode afterwards = HubCode::Flash; ///< the code that the hub runs after a new plug
 };
 Outcome outcomeOf(const Flow& flow, HubCode runs, const FaultVariant& variant, std::size_t index);
 

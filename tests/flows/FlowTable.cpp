@@ -196,10 +196,9 @@ void expectTold(const Flow& flow, const ToldValues& told, bool succeeded, std::o
 
 Clock::Duration longestFor(const std::string& observed)
 {
-    constexpr Clock::Duration kPause = 128ms; // after every attempt to erase, and every failed one
-                                              // to restart
-    Clock::Duration longest = 3 * kPause; // attempts that do not reach the hub any more, and end
-                                          // the flow
+    // After every erase request, and after every failed restart request.
+    constexpr Clock::Duration kPause = 128ms;
+    Clock::Duration longest = 3 * kPause; // attempts that no longer reach the hub
     for (const char request : observed) {
         if (request == 'm' || request == 'f') {
             longest += 20 * 2s;
