@@ -9,8 +9,8 @@ namespace vornadel
 
 class AppDelegate;
 
-/// Shows one run of a flow in the window, from the flow's thread, and enables the buttons when the
-/// hub is closed.
+/// Shows one run of a flow in the window, and enables the buttons when the hub is closed. Called on
+/// the flow's thread.
 class WindowReporter final : public FlowTextReporter
 {
 public:

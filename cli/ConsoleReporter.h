@@ -7,9 +7,9 @@
 namespace vornadel
 {
 
-/// Shows one run of a flow on a console. On a terminal the percentage is one line that moves;
-/// elsewhere each value is a line of its own. A value that does not go up is left out: the bar's
-/// way back to 0 at the end would read as if the work were lost. Red lines go to `err`.
+/// Shows one run of a flow on a console. On a terminal the percentage is updated in one line;
+/// elsewhere each value gets its own line. Values that do not increase are left out, because the
+/// bar's return to 0 at the end would look as if the work were lost. Red lines go to `err`.
 class ConsoleReporter final : public FlowTextReporter
 {
 public:

@@ -23,11 +23,12 @@ bool writeAndVerify(const FwImage& image, FlowRun& run)
                                               static_cast<std::size_t>(image.size));
     const std::unique_ptr<std::uint8_t[]> memory(new (std::nothrow) std::uint8_t[bytes.size()]);
     if (!memory) {
-        return run.fail(Step::Open, Cause::WrongImage); // no flash is as large as half the memory
+        return run.fail(Step::Open, Cause::WrongImage); // too large for two copies in memory, so
+                                                        // for any flash
     }
     const std::span<std::uint8_t> readBack(memory.get(), bytes.size());
-    // The buffer starts with bytes that the image does not have: a hub that confirms a read and
-    // delivers nothing must fail the comparison.
+    // Every byte of the buffer starts different from the image, so that a hub which confirms a read
+    // but delivers nothing fails the comparison.
     std::transform(bytes.begin(), bytes.end(), readBack.begin(),
                    [](std::uint8_t byte) { return static_cast<std::uint8_t>(~byte); });
     return run.openRom() && run.erase() && run.write(bytes) && run.read(readBack) &&

@@ -9,12 +9,12 @@ namespace vornadel
 {
 
 /// Writes a whole image to the hub's flash from address 0, reads it back, compares every byte and
-/// restarts the hub into it. `imageName` only goes to the reporter.
+/// restarts the hub into it. `imageName` is only passed to the reporter.
 ///
-/// True only when the flash was read back equal to the image and the hub came back after the
-/// restart. On every way out the hub is closed; after a failure the flash may be erased or partly
-/// written and the hub may still run its ROM code. Blocks for seconds; stops at the next request or
-/// pause after Hub_Abandon().
+/// True only if the flash read back equals the image and the hub came back after the restart. The
+/// hub is closed in any case. After a failure the flash may be erased or partly written, and the
+/// hub may still run its ROM code. Blocks for seconds; stops at the next request or pause after
+/// Hub_Abandon().
 bool updateFirmware(const FwImage& image, const std::string& imageName, FlowReporter& reporter);
 
 } // namespace vornadel

@@ -10,13 +10,13 @@ namespace vornadel
 
 /// Reads the hub's whole flash, from address 0, and restarts the hub into its firmware.
 ///
-/// True only when every piece was read and the hub came back after the restart. `flash` then has
-/// the bytes, from before reporter.finished(); after a failure it is unchanged. The bytes are not
-/// judged: a blank flash is read as well as any other.
+/// True only if every piece was read and the hub came back after the restart. `flash` is set before
+/// reporter.finished() is called; after a failure it is unchanged. The content is not checked: a
+/// blank flash is read like any other.
 ///
-/// A hub that confirms a read and delivers nothing is not noticed; such bytes are 0.
+/// A hub that confirms a read but delivers nothing goes unnoticed; such bytes are 0.
 ///
-/// On every way out the hub is closed; after a failure it may still run its ROM code. Blocks for
+/// The hub is closed in any case; after a failure it may still run its ROM code. Blocks for
 /// seconds; stops at the next request or pause after Hub_Abandon().
 bool readFlash(std::vector<std::uint8_t>& flash, FlowReporter& reporter);
 

@@ -9,40 +9,40 @@ namespace vornadel
 /// What is done to a hub.
 enum class FlowKind { Update, Read, Erase };
 
-/// The steps of the flows, in the order in which they come. Only the update has them all.
+/// The steps of the flows, in order. Only the update has all of them.
 enum class Step { Open, Erase, Write, Read, Verify, Restart };
 
 /// Why a flow failed.
 enum class Cause {
     None,          ///< it succeeded
-    WrongImage,    ///< there is no image to write; nothing was sent to a hub
-    NotOpened,     ///< the hub could not be opened and brought to run its ROM code
+    WrongImage,    ///< no image to write; nothing was sent to a hub
+    NotOpened,     ///< the hub could not be opened, or restarted into its ROM code
     RequestFailed, ///< the hub did not confirm an erase, a write or a read
-    Different,     ///< the flash was not read back as it was written
+    Different,     ///< the data read back differs from the data written
     NotRestarted,  ///< the hub refused the restart, or did not come back from it
 };
 
-/// What a flow is about to do.
+/// What a flow will do.
 struct FlowStart {
     FlowKind flow = FlowKind::Update;
-    std::string imageName = {}; ///< Update: as the caller names the image
-    std::int32_t imageSize = 0; ///< Update: bytes; 0 when no image was loaded
+    std::string imageName = {}; ///< Update: the caller's name for the image
+    std::int32_t imageSize = 0; ///< Update: bytes; 0 if no image was loaded
 };
 
 /// How a flow ended.
 struct FlowResult {
     Step step = Step::Restart; ///< the step that failed; the last one after a success
     Cause cause = Cause::None;
-    std::uint32_t address = 0; ///< in the flash. Write and Read: of the piece that failed; Verify:
-                               ///< of the first byte that differs
+    /// In the flash. Write and Read: of the piece that failed; Verify: of the first different byte.
+    std::uint32_t address = 0;
 
     bool succeeded() const { return cause == Cause::None; }
     bool operator==(const FlowResult&) const = default;
 };
 
-/// What a flow tells while it works: started() once, stepStarted() for each step that it comes to,
+/// Receives a flow's reports: started() once, stepStarted() for each step that it reaches,
 /// progressed() after each piece of a Write or Read step, finished() once, closed() once. All are
-/// called on the flow's own thread, and the flow goes on when they return.
+/// called on the flow's thread, and the flow goes on when they return.
 class FlowReporter
 {
 public:
@@ -52,10 +52,10 @@ public:
     virtual ~FlowReporter() = default;
 
     virtual void started(const FlowStart& start) = 0;
-    virtual void stepStarted(Step step) = 0; ///< the step before it is done
+    virtual void stepStarted(Step step) = 0; ///< the previous step is done
     virtual void progressed(std::int32_t done, std::int32_t total) = 0; ///< bytes of this step
     virtual void finished(const FlowResult& result) = 0;                ///< the hub is still open
-    virtual void closed() = 0; ///< the hub is closed; the flow's last word
+    virtual void closed() = 0; ///< the hub is closed; the last report
 };
 
 } // namespace vornadel

@@ -8,8 +8,8 @@
 namespace vornadel
 {
 
-/// One run of a flow, step by step. Each step tells the reporter that it begins, and answers
-/// whether it succeeded. The first failure ends the flow: the caller takes no further step.
+/// One run of a flow, step by step. Each step reports its start and returns whether it succeeded.
+/// After the first failure the caller takes no further step.
 class FlowRun
 {
 public:
@@ -19,16 +19,16 @@ public:
 
     bool openRom();
     bool erase();
-    bool write(std::span<const std::uint8_t> bytes); ///< to address 0 and on
+    bool write(std::span<const std::uint8_t> bytes); ///< from address 0 on
     bool read(std::span<std::uint8_t> bytes);        ///< from address 0 on
     bool verify(std::span<const std::uint8_t> written, std::span<const std::uint8_t> readBack);
     bool restart();
 
-    /// Notes a failure and answers false.
+    /// Records a failure and returns false.
     bool fail(Step step, Cause cause, std::uint32_t address = 0);
 
-    /// Tells the result, closes the hub, and answers whether the flow succeeded. To be called on
-    /// every way out.
+    /// Reports the result, closes the hub, and returns whether the flow succeeded. Call it on every
+    /// path out.
     bool end();
 
 private:

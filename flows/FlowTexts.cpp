@@ -10,9 +10,9 @@ namespace vornadel
 /// How the bar moves in a step.
 enum class Bar {
     Still,
-    AtTheEnd,       ///< in one go, and waited for
-    AtTheEndPosted, ///< in one go, and not waited for
-    WithThePieces,  ///< with each piece, and not waited for
+    AtTheEnd,       ///< at once, waiting for display
+    AtTheEndPosted, ///< at once, without waiting
+    WithThePieces,  ///< with each piece, without waiting
 };
 
 struct StepTexts {
@@ -23,7 +23,7 @@ struct StepTexts {
     double percent; ///< of the bar
 };
 
-/// All that is shown of one kind of flow.
+/// Everything shown for one kind of flow.
 struct FlowTexts {
     FlowKind flow;
     std::span<const StepTexts> steps;
@@ -140,7 +140,7 @@ void FlowTextReporter::closed()
     }
 }
 
-// A step has succeeded when the next one begins, or when the flow has succeeded.
+// A step has succeeded once the next one begins, or once the flow has succeeded.
 void FlowTextReporter::endStep()
 {
     if (m_step != nullptr && (m_step->bar == Bar::AtTheEnd || m_step->bar == Bar::AtTheEndPosted)) {

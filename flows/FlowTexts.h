@@ -13,9 +13,9 @@ struct StepTexts;
 /// Whether a value of the bar must be on display before the flow goes on.
 enum class Wait { Yes, No };
 
-/// Turns what a flow tells into the tool's texts, their colours and the values of the bar. A front
-/// end says how these are shown: texts carry their own line ends and are on display when the call
-/// returns, values appear in the order in which they were told. One object for each run.
+/// Turns a flow's reports into the tool's texts, their colours and the values of the bar. A front
+/// end shows these: texts contain their line ends and are on display when the call returns; values
+/// appear in the order of the calls. One object for each run.
 class FlowTextReporter : public FlowReporter
 {
 public:
@@ -35,7 +35,7 @@ private:
     void endStep();
 
     const FlowTexts* m_flow = nullptr;
-    const StepTexts* m_step = nullptr; // the one that runs
+    const StepTexts* m_step = nullptr; // the current one
     std::int32_t m_done = 0;           // bytes of it
     double m_percent = 0;
 };

@@ -23,7 +23,7 @@ struct FaultRow {
     FaultKind kind;
     Strikes strikes;
     Argument argument;
-    unsigned least; // of a counted argument
+    unsigned least; // of a numeric argument
     unsigned most;
 };
 

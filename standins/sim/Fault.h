@@ -13,7 +13,7 @@
 namespace vornadel
 {
 
-/// The simulated hub's own reading of a control request.
+/// The kinds of control requests, as the simulated hub decodes them.
 enum class RequestKind {
     OpenTime,
     Status,  ///< reads the status block
@@ -41,12 +41,11 @@ inline constexpr std::size_t kRequestKindCount = 9;
 /// | `never` | a restart | the hub does not come back |
 /// | `late:SECONDS` | a restart | the hub comes back after that time, decimals allowed |
 /// | `same-mode` | a restart | the hub comes back running the kind of code that it ran before |
-/// | `bounce` | a restart | the hub comes back, leaves again after 100 ms and comes back once more
-/// |
+/// | `bounce` | a restart | the hub comes back, leaves after 100 ms and comes back once more |
 ///
-/// The OFFSET of a flip counts from 0 in the data of that request; without it, it is 0, and beyond
-/// the end it is the last byte. A write changes bit 0 and a read bit 1, so that the one does not
-/// hide the other.
+/// The OFFSET of a flip counts from 0 in the data of that request. Without it, it is 0; beyond the
+/// end it means the last byte. A write changes bit 0 and a read bit 1, so that they do not cancel
+/// out.
 enum class FaultKind {
     Stall,
     VanishBefore,
@@ -66,7 +65,7 @@ enum class FaultKind {
 /// restarts.
 struct Fault {
     FaultKind kind = FaultKind::Stall;
-    std::optional<RequestKind> on = std::nullopt; ///< request faults only: count this kind alone
+    std::optional<RequestKind> on = std::nullopt; ///< request faults only: count only this kind
     unsigned position = 0;                        ///< 0: the next one after the fault was added
     unsigned amount = 0;      ///< Torn: bytes programmed; Flip: offset; OpenRefused: opens refused
     Clock::Duration delay{0}; ///< Late: absence from the bus
@@ -74,23 +73,23 @@ struct Fault {
 
 /// Reads `KIND[:ARGUMENT][@POSITION]`. For request faults POSITION is `N`, the N-th request, or
 /// `REQUEST#N`, the N-th of `open-time`, `status`, `rom`, `flash`, `erase`, `write`, `read`;
-/// `REQUEST` alone is the first. It is needed, but for `torn`, which means the first write without
-/// it. A position at which a `torn` meets no write, or a `flip` neither write nor read, passes
-/// without a fault. For open and restart faults POSITION is `N` and the first by default. False and
-/// a sentence in `error` when the text says something else.
+/// `REQUEST` alone is the first. Request faults need a POSITION, except `torn`, whose default is
+/// the first write. A `torn` at another request than a write, or a `flip` at neither a write nor a
+/// read, has no effect. For open and restart faults POSITION is `N`, by default the first. False
+/// and a sentence in `error` if the text is wrong.
 bool parseFault(std::string_view text, Fault& fault, std::string& error);
 
-/// What the faults do to one request. Several may meet; they apply in the order of the members.
+/// The effects of the faults on one request. Several may apply, in the order of the members.
 struct RequestEffects {
     bool vanishBefore = false;
     bool stall = false;
     bool ignore = false;
-    std::optional<std::size_t> torn; // bytes taken
+    std::optional<std::size_t> torn; // bytes programmed
     std::optional<std::size_t> flip; // offset
     bool vanishAfter = false;
 };
 
-/// What the faults do to one restart.
+/// The effects of the faults on one restart.
 struct RestartEffects {
     bool never = false;
     std::optional<Clock::Duration> late;
@@ -98,22 +97,22 @@ struct RestartEffects {
     bool bounce = false;
 };
 
-/// The faults waiting for their positions, and the counters they wait on. Not thread-safe.
+/// The pending faults, and the counters for their positions. Not thread-safe.
 class FaultList
 {
 public:
     void add(const Fault& fault);
 
-    /// Counts one request, open attempt or restart and says what goes wrong with it.
+    /// Counts one request, open attempt or restart and returns the effects of the faults on it.
     RequestEffects countRequest(RequestKind kind);
-    bool countOpen(); ///< true when the open is to be refused
+    bool countOpen(); ///< true if the open must be refused
     RestartEffects countRestart();
 
     unsigned requests() const { return m_requests; }
     unsigned triggered() const { return m_triggered; } ///< faults that have happened
 
 private:
-    std::vector<Fault> m_faults; // positions resolved; a fault leaves the list when it is over
+    std::vector<Fault> m_faults; // positions resolved; finished faults are removed
     std::array<unsigned, kRequestKindCount> m_requestsOfKind{};
     unsigned m_requests = 0;
     unsigned m_opens = 0;

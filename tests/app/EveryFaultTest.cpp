@@ -107,7 +107,7 @@ protected:
     }
 
 private:
-    /// The hub with its old firmware, plugged in as told.
+    /// The hub with its old firmware, plugged in with this code.
     void prepare(HubCode runs)
     {
         EXPECT_TRUE(hub().setFlash(oldFlash()));
@@ -115,7 +115,7 @@ private:
         hub().replug(runs);
     }
 
-    /// What the hub has counted up to now of what the fault strikes.
+    /// The hub's count so far of the events that the fault can strike.
     unsigned base()
     {
         switch (strikes(GetParam().variant.kind)) {
@@ -129,7 +129,7 @@ private:
         return hub().requestCount();
     }
 
-    /// Counts what the last press has made of the hub.
+    /// Counts the results of the last press.
     void settle(char struck)
     {
         const FaultKind kind = GetParam().variant.kind;
@@ -144,7 +144,7 @@ private:
         m_wire.clear();
     }
 
-    /// Back on power, with nothing more to go wrong.
+    /// Powers the hub up again, without faults.
     void recover(char struck)
     {
         hub().replug();
@@ -224,7 +224,7 @@ protected:
                        QString::fromStdString(writeFile("demo.bin", newFlash())));
     }
 
-    /// Whether the fault struck. The window's own requests count as well, and may be the ones.
+    /// Whether the fault struck, be it a request of the flow or of the window.
     bool updateWithFaultAt(unsigned position)
     {
         const unsigned before = hub().faultsTriggered();
@@ -243,7 +243,7 @@ protected:
     }
 
 private:
-    /// One press of the button; whether the window tells a success.
+    /// Presses the button; returns whether the window reports a success.
     bool update()
     {
         QTest::mouseClick(tool().btnUpdate_EasyUpdate, Qt::LeftButton);

@@ -67,7 +67,7 @@ protected:
 private:
     static std::string makeFolder()
     {
-        // In memory where there is such a place: ten thousand writes would wait for a disk.
+        // In memory if possible, because ten thousand writes to a disk are slow.
         const std::filesystem::path memory = "/dev/shm";
         const bool there = access(memory.c_str(), W_OK) == 0;
         std::string pattern =

@@ -1,7 +1,7 @@
-// Two faults of an update: the second one strikes later in the same run or, when the first has
-// ended that run, in the next. Whatever the two are, what must hold holds, and a healthy update
-// succeeds at last. There are many, and so far they have found nothing that single faults had not:
-// a program of its own that runs on request.
+// Two faults of an update: the second one strikes later in the same run or, if the first has ended
+// that run, in the next. The general conditions hold for every pair, and a healthy update succeeds
+// at the end. There are many pairs, and so far they have found nothing that single faults had not,
+// so this is a separate program that runs on request.
 
 #include "tests/flows/FaultyRun.h"
 
@@ -70,8 +70,8 @@ bool isRequestFault(const FaultVariant& variant)
     return strikes(variant.kind) == Strikes::Request;
 }
 
-/// Whether the second fault comes after the first in the requests that the first leaves of a run;
-/// at one and the same request, two of different kinds meet.
+/// Whether the second fault comes after the first in the requests that remain of a run. Two of
+/// different kinds may strike the same request.
 bool canFollow(const FaultVariant& first, std::size_t at, const FaultVariant& second,
                std::size_t index)
 {
@@ -79,7 +79,7 @@ bool canFollow(const FaultVariant& first, std::size_t at, const FaultVariant& se
         return index > at;
     }
     switch (strikes(first.kind)) {
-    case Strikes::Open: // and then the open that is not refused any more, and its request
+    case Strikes::Open: // then the open that succeeds, and its request
         return strikes(second.kind) != Strikes::Restart;
     case Strikes::Request: // the restart comes after the request that takes effect
         return (isRequestFault(second) && second.kind != first.kind) ||
@@ -90,7 +90,7 @@ bool canFollow(const FaultVariant& first, std::size_t at, const FaultVariant& se
     return false;
 }
 
-/// Every second fault of the same run.
+/// All second faults in the same run.
 std::vector<Second> secondsAfter(const FaultVariant& first, std::size_t at, const Outcome& outcome)
 {
     std::vector<Second> seconds;
@@ -105,7 +105,7 @@ std::vector<Second> secondsAfter(const FaultVariant& first, std::size_t at, cons
     return seconds;
 }
 
-/// Every second fault of a run of its own.
+/// All second faults in the next run.
 std::vector<Second> secondsIn(HubCode runs)
 {
     std::vector<Second> seconds;
@@ -118,7 +118,7 @@ std::vector<Second> secondsIn(HubCode runs)
     return seconds;
 }
 
-/// A first fault and all that it is paired with.
+/// A first fault and all its second faults.
 struct Pairs {
     Fault first;
     HubCode afterwards;

@@ -14,16 +14,16 @@ constexpr std::size_t kBlankPiece = 6;    // of the demo image: writing it chang
 constexpr std::size_t kIdentityPiece = 7; // where its descriptor block is ...
 constexpr std::size_t kIdentityEnd = 0x7F00 - 7 * 4096; // ... which ends here in that piece
 
-/// What a request meets when the hub refuses it, leaves the bus in it, or confirms it without doing
-/// it.
+/// The effect when the hub refuses a request, leaves the bus during it, or confirms it without
+/// doing it.
 enum class Effect {
     None,
     Fails,     // the step ends here
-    Again,     // the request is sent once more
+    Again,     // the request is sent again
     RomUnseen, // the hub counts as running flash code
     RomSeen,   // the hub counts as running ROM code
     NoRom,     // the hub still runs flash code after the restart
-    Spoilt,    // what is compared later is not equal
+    Spoilt,    // the later comparison fails
 };
 
 struct RequestRow {
@@ -97,8 +97,8 @@ Effect effectOf(FaultKind kind, char request)
     }
 }
 
-/// Opens at the start are tried once, others 20 times; a restart into ROM code is waited for 20 s,
-/// the other 40 s.
+/// Opens at the start are tried once, others 20 times. The wait for a restart into ROM code is 20
+/// s, for the other 40 s.
 Effect effectOfWaiting(const FaultVariant& variant, char request)
 {
     unsigned patience = 20;
@@ -117,8 +117,8 @@ std::size_t ordinal(const std::string& wire, std::size_t index)
     return static_cast<std::size_t>(std::count(wire.begin(), end, wire[index]));
 }
 
-/// The flash after a flow that sent these requests, the fault at `index`: does the hub find its
-/// firmware in it?
+/// Whether the flash holds valid firmware after a flow that sent these requests, with the fault at
+/// `index`.
 HubCode codeAfter(const Flow& flow, const std::string& wire, const FaultVariant& variant,
                   std::size_t index)
 {

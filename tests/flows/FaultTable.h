@@ -12,12 +12,11 @@ namespace vornadel::test
 
 // What one fault does to a flow.
 
-/// One kind of fault with its argument; its place is still open.
+/// One kind of fault with its argument, without its position.
 struct FaultVariant {
     const char* name;
     FaultKind kind;
-    unsigned amount = 0; ///< bytes programmed, offset of the flipped byte, opens refused, or
-                         ///< seconds late
+    unsigned amount = 0; ///< bytes programmed, offset of a flip, opens refused or seconds late
 
     Fault at(unsigned position) const;
 };
@@ -52,23 +51,22 @@ Strikes strikes(FaultKind kind);
 /// Whether the fault can strike this request, the open before it, or the restart that it causes.
 bool happensAt(FaultKind kind, char request);
 
-/// The places in these requests at which the variant can happen, by index.
+/// The indices of the requests at which the variant can happen.
 std::vector<std::size_t> placesOf(const FaultVariant& variant, const std::string& wire);
 
-/// The position that a fault needs to happen at this index. `refused`: opens that were refused
-/// before it.
+/// The position of a fault that strikes at this index. `refused`: earlier refused opens.
 unsigned positionOf(FaultKind kind, const std::string& wire, std::size_t index,
                     unsigned refused = 0);
 
-/// What becomes of a flow with one fault in it.
+/// The outcome of a flow with one fault.
 struct Outcome {
-    std::string wire;          ///< the requests that reach the hub, the struck one included
-    std::optional<Step> fails; ///< the step at which the flow fails; nothing: it succeeds
+    std::string wire;          ///< the requests that reach the hub, including the struck one
+    std::optional<Step> fails; ///< the step at which the flow fails; unset: it succeeds
     HubCode afterwards = HubCode::Flash; ///< the code that the hub runs after a new plug
 };
 Outcome outcomeOf(const Flow& flow, HubCode runs, const FaultVariant& variant, std::size_t index);
 
-/// The hub confirms what it has not done, or delivers what its flash does not hold.
+/// The hub confirms what it has not done, or delivers data that is not in its flash.
 bool isDishonest(FaultKind kind);
 
 } // namespace vornadel::test

@@ -41,7 +41,7 @@ FaultyRun::FaultyRun(const Flow& flow, SimulatedSetup& setup)
 void expectHealthyUpdate(SimulatedSetup& setup, unsigned opensStillRefused)
 {
     setup.hub().replug();
-    setup.clock.advance(60s); // whatever was late or bouncing is over
+    setup.clock.advance(60s); // late returns and bounces are over
     for (unsigned refused = 0; refused < opensStillRefused && !Hub_OpenDevice(); ++refused) {
     }
     Hub_CloseDevice();

@@ -1,6 +1,5 @@
-// Whatever goes wrong at whatever request of a flow: the flow ends at the step that the table says,
-// tells that step and no false success, sends what the table says and no more, and an update
-// afterwards succeeds.
+// Every fault at every request of a flow: the flow ends at the step in the table, reports that step
+// and no false success, sends exactly the requests in the table, and an update afterwards succeeds.
 
 #include "tests/flows/FaultyRun.h"
 
@@ -27,7 +26,7 @@ void PrintTo(const SweepRow& row, std::ostream* stream)
     *stream << row.flow->name << row.variant.name;
 }
 
-/// Every flow with every fault that its requests can meet.
+/// Every flow with every fault that can strike its requests.
 std::vector<SweepRow> everyRow()
 {
     std::vector<SweepRow> rows;
@@ -44,7 +43,7 @@ std::vector<SweepRow> everyRow()
 class FaultSweep : public testing::TestWithParam<SweepRow>
 {
 protected:
-    /// Tries the fault in every place of the flow.
+    /// Tries the fault at every position of the flow.
     static void sweep(HubCode runs)
     {
         const auto& [flow, variant] = GetParam();
@@ -85,7 +84,7 @@ private:
         EXPECT_EQ(setup.hub().runningCode(), outcome.afterwards);
     }
 
-    /// The place of the piece that failed or, when a bit was flipped, of that byte.
+    /// The address of the piece that failed or, for a flipped bit, of that byte.
     static void expectAddress(const FlowResult& result, const Outcome& outcome)
     {
         const auto piece = [&](char request) {

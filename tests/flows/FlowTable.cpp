@@ -45,7 +45,7 @@ bool runRead(SimulatedHub& hub, FlowReporter& reporter)
 
 bool runErase(SimulatedHub& /*hub*/, FlowReporter& reporter) { return eraseFlash(reporter); }
 
-/// It tells nothing; what the hub runs is all there is to see.
+/// It reports nothing; only the code that the hub runs is visible.
 bool runUnload(SimulatedHub& hub, FlowReporter& /*reporter*/)
 {
     returnHubToFlash();

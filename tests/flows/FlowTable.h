@@ -14,8 +14,8 @@
 namespace vornadel::test
 {
 
-// What each flow sends and says when all goes well. The requests are written as one letter each, by
-// the part they have in a flow:
+// The requests and reports of each flow without a fault. Each request is one letter, by its purpose
+// in the flow:
 //
 // | letter | request |
 // |---|---|
@@ -29,13 +29,13 @@ struct Flow {
     const char* name;
     bool (*run)(SimulatedHub& hub, FlowReporter& reporter);
     const char* work; ///< its requests to a hub in ROM code, between opening and restarting it
-    std::vector<Step> steps;             ///< none: it tells nothing
+    std::vector<Step> steps;             ///< none: it reports nothing
     std::map<Step, const char*> reasons; ///< the first red text when that step fails
     const char* success;                 ///< the last blue text
     const char* failure;                 ///< the last red text
 
     std::string wireFrom(HubCode runs) const;
-    bool writes() const; ///< and then compares what it wrote
+    bool writes() const; ///< and then verifies
 };
 
 const Flow& easyUpdate(); ///< with demoImage(kDemoVersion101)
@@ -47,18 +47,17 @@ const Flow& driverUnload();
 const std::vector<std::uint8_t>& newFlash();
 const std::vector<std::uint8_t>& oldFlash();
 
-/// The requests in the letters of an observer, who sees no parts: `o`, `O`, `H` are `h`, and `v`,
-/// `S` are `s`.
+/// The requests in the letters of an observer, who does not know their purpose: `o`, `O`, `H` are
+/// `h`, and `v`, `S` are `s`.
 std::string asObserved(std::string wire);
 char observedLetter(const ControlRequest& request);
 
-/// Expects a flow to have told the steps up to `fails`, or all of them, and this end; without
-/// `fails`, a failure of whichever step was the last.
+/// Expects a flow to have reported the steps up to `fails`, or all of them, and this end; without
+/// `fails`, a failure of the last reported step.
 void expectTold(const Flow& flow, const ToldValues& told, bool succeeded,
                 std::optional<Step> fails = std::nullopt);
 
-/// The longest that a flow may have taken whose requests these are, with a hub that needs no time
-/// for them.
+/// The longest allowed duration of a flow with these requests, on a hub that takes no time.
 Clock::Duration longestFor(const std::string& observed);
 
 } // namespace vornadel::test

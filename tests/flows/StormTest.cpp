@@ -20,7 +20,7 @@ using namespace std::chrono_literals;
 
 constexpr int kCycles = 100;
 
-/// A hub that takes a hub's time, so that plugs come loose while it erases and writes, too.
+/// A hub with real timing, so that plugs also come loose while it erases and writes.
 SimulatedHubOptions slowHub(HubCode runs)
 {
     SimulatedHubOptions options = hubThatRuns(runs);

@@ -9,8 +9,8 @@
 namespace vornadel::test
 {
 
-/// All that a flow told, in order: "reset", "blue TEXT", "red TEXT", and "10%" for a value, with
-/// "10% posted" for one that was not waited for.
+/// All reports of a flow, in order: "reset", "blue TEXT", "red TEXT", and "10%" for a value, or
+/// "10% posted" for one without waiting.
 inline std::vector<std::string> told(const RecordingReporter& reporter)
 {
     using Kind = RecordingReporter::Kind;

@@ -10,7 +10,7 @@
 namespace vornadel::test
 {
 
-/// Keeps the values that a flow tells, and expects them in their order.
+/// Records the values that a flow reports, and checks their order.
 class ToldValues final : public FlowReporter
 {
 public:

@@ -7,9 +7,9 @@
 namespace vornadel::test
 {
 
-/// For the end of a test, before its bus goes: fails the test when the hub is still open, and
-/// closes it. False when another thread opened it, so that it cannot be closed here: then the bus
-/// and the clock must stay, or the next test would use what is gone.
+/// Call this at the end of a test, before its bus is destroyed: fails the test if the hub is still
+/// open, and closes it. False if another thread opened the hub, so that it cannot be closed here.
+/// Then the bus and the clock must stay alive, or the next test would use destroyed objects.
 inline bool hubIsClosed()
 {
     if (!Hub_IsOpen()) {

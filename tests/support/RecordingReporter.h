@@ -9,7 +9,7 @@
 namespace vornadel::test
 {
 
-/// Keeps what a flow shows.
+/// Records what a flow shows.
 class RecordingReporter final : public FlowTextReporter
 {
 public:

@@ -15,8 +15,7 @@
 namespace vornadel::test
 {
 
-/// The hub room on a simulated hub, with time that passes by sleeping only. A hub that the test
-/// leaves open fails it.
+/// The hub room on a simulated hub, with virtual time. Fails the test if it leaves the hub open.
 class HubSetup
 {
 public:
@@ -50,7 +49,7 @@ public:
     std::unique_ptr<SimulatedBus> bus;
 };
 
-/// The same with a flash in memory, and a hub that needs no time.
+/// The same with a flash in memory and no latency.
 class SimulatedSetup : public HubSetup
 {
 public:
