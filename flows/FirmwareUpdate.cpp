@@ -23,8 +23,7 @@ bool writeAndVerify(const FwImage& image, FlowRun& run)
                                               static_cast<std::size_t>(image.size));
     const std::unique_ptr<std::uint8_t[]> memory(new (std::nothrow) std::uint8_t[bytes.size()]);
     if (!memory) {
-        return run.fail(Step::Open, Cause::WrongImage); // too large for two copies in memory, so
-                                                        // for any flash
+        return run.fail(Step::Open, Cause::WrongImage); // larger than any flash
     }
     const std::span<std::uint8_t> readBack(memory.get(), bytes.size());
     // Every byte of the buffer starts different from the image, so that a hub which confirms a read
