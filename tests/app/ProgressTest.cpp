@@ -186,6 +186,20 @@ TEST_F(GetLog, ReplacesTheCopyOnTheDesktop)
                 ElementsAre("rm ~/Desktop/Vornadel.log", "cp /tmp/Vornadel.log ~/Desktop/"));
 }
 
+TEST_F(GetLog, CopiesNoFileOfAnotherUser)
+{
+    launchAndSettle();
+    shell.commands.clear();
+    shell.existing.push_back("/tmp/Vornadel.log");
+    shell.foreign = {"/tmp/Vornadel.log"};
+    testing::internal::CaptureStderr();
+    QTest::mouseClick(tool().btnGetLog_HelpBox, Qt::LeftButton);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "Entering GetLog\n/tmp/Vornadel.log is not a plain file of your own; it is not "
+              "copied\n");
+    EXPECT_TRUE(shell.commands.empty());
+}
+
 } // namespace
 
 } // namespace vornadel::test
