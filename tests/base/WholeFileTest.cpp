@@ -1,5 +1,6 @@
 #include "base/WholeFile.h"
 #include "tests/support/FullDisk.h"
+#include "tests/support/Resources.h"
 #include "tests/support/WithoutPrivilege.h"
 
 #include <gmock/gmock.h>
