@@ -159,13 +159,15 @@ void makeDeepFolder(const fs::path& top, const std::string& name)
     fs::current_path(before);
 }
 
-TEST_F(PropertyFiles, AreLookedForDownToAReasonableDepth)
+TEST_F(PropertyFiles, AreLookedForDownTo255FoldersDeep)
 {
-    const std::string name(20, 'd');
-    makeDeepFolder(m_folder, name);
-    write("", "A.INI");
-    write("", name + '/' + name + "/B.INI");
-    EXPECT_THAT(found(), UnorderedElementsAre("A.INI", name + '/' + name + "/B.INI"));
+    std::string deepest;
+    for (int depth = 0; depth < 255; ++depth) {
+        deepest += "d/";
+    }
+    write("", deepest + "B.INI");
+    write("", deepest + "d/C.INI");
+    EXPECT_THAT(found(), UnorderedElementsAre(deepest + "B.INI"));
 }
 
 TEST_F(PropertyFiles, AreFoundWithFewDescriptorsLeft)

@@ -260,6 +260,12 @@ std::vector<std::string> namesOf(const PropItemList& items)
     return names;
 }
 
+TEST(PropertyPages, AreSixInTheOrderOfTheWindow)
+{
+    EXPECT_THAT(kPropertyPages,
+                ElementsAre("SSC", "DSP OCP/U1/U2", "System", "USP PHY", "DSP Setting", "DSP PHY"));
+}
+
 TEST(ShippedFiles, AreTwoThatDiffer)
 {
     EXPECT_THAT(findPropertyFiles(VORNADEL_DEFINITIONS),
