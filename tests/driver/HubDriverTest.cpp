@@ -3,6 +3,7 @@
 #include "hub/HubTransport.h"
 #include "tests/support/FakeMachine.h"
 #include "tests/support/SimulatedSetup.h"
+#include "tests/support/WithoutPrivilege.h"
 
 #include <gtest/gtest.h>
 
@@ -150,6 +151,15 @@ TEST_F(DriverCopy, CanBeWrittenToByNobodyElseFromThenOn)
     } else {
         EXPECT_EQ(claimDriverCopy("/usr"), "/usr belongs to another user");
     }
+}
+
+TEST_F(DriverCopy, IsNotUsedIfItHoldsAFolderThatCannotBeLookedThrough)
+{
+    ASSERT_EQ(chmod(m_folder.c_str(), 0777), 0);
+    const WithoutPrivilege nobody;
+    std::filesystem::create_directories(copy() + "/Contents");
+    ASSERT_EQ(chmod((copy() + "/Contents").c_str(), 0300), 0);
+    EXPECT_EQ(claimDriverCopy(copy()), copy() + " cannot be looked through");
 }
 
 TEST(HubDriver, StartsAScriptByItsPathAsItStands)

@@ -1,4 +1,5 @@
 #include "tests/firmware/ImageBytes.h"
+#include "tests/support/Resources.h"
 
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -87,12 +88,23 @@ TEST_F(FwImageFile, LoadsTheSmallestImage)
     EXPECT_EQ(m_image.descriptor, m_image.data.get());
 }
 
+TEST_F(FwImageFile, LeavesNoFileOpen)
+{
+    const std::size_t before = Resources::now().descriptors;
+    EXPECT_TRUE(FwImage_LoadFile(m_image, fileOf(imageWithBlock(256, 0))));
+    EXPECT_EQ(Resources::now().descriptors, before);
+}
+
 TEST_F(FwImageFile, ReplacesTheImageByAFileThatIsTooShort)
 {
-    EXPECT_FALSE(FwImage_LoadFile(m_image, fileOf(ByteList(255, 0x55))));
-    EXPECT_EQ(LastError, 7);
-    expectEmpty(m_image);
-    EXPECT_EQ(m_image.size, 255);
+    for (const std::int32_t size : {1, 255}) {
+        LastError = 0;
+        EXPECT_FALSE(
+            FwImage_LoadFile(m_image, fileOf(ByteList(static_cast<std::size_t>(size), 0x55))));
+        EXPECT_EQ(LastError, 7);
+        expectEmpty(m_image);
+        EXPECT_EQ(m_image.size, size);
+    }
 }
 
 TEST_F(FwImageFile, ReplacesTheImageByAFileWithoutABlock)

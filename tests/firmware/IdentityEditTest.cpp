@@ -97,6 +97,10 @@ TEST_F(IdentityEdit, SetsTheFlagOfEachTextThatChanged)
     EXPECT_EQ(at(42), 0x0E);
     EXPECT_EQ(editTexts("Make", "Hubs", "43", "{ff"), kContainerIdChanged);
     EXPECT_EQ(at(42), 0x0F);
+    EXPECT_EQ(editTexts("Maker", "Hub", "43", "{fe"),
+              kManufacturerChanged | kProductChanged | kContainerIdChanged);
+    EXPECT_EQ(editTexts("Make", "Hubs", "43", "{ff"),
+              kManufacturerChanged | kProductChanged | kContainerIdChanged);
     EXPECT_EQ(bytesAt(m_image.strings, 16),
               (ByteList{6, 3, 'M', 'a', 'k', 'e', 6, 3, 'H', 'u', 'b', 's', 4, 3, '4', '3'}));
 }
@@ -105,6 +109,19 @@ TEST_F(IdentityEdit, SetsNoFlagWhereTheTextsAreTheSame)
 {
     EXPECT_EQ(editTexts("Maker", "Hub", "42"), 0);
     EXPECT_EQ(all(), imageWithBlock(kLength, kBlock));
+}
+
+TEST_F(IdentityEdit, WritesTheContainerIdIntoTheBlock)
+{
+    EXPECT_EQ(editTexts("Maker", "Hub", "42", "{0123}"), 0x01);
+    EXPECT_EQ(bytesAt(m_image.containerId, 3), (ByteList{0x01, 0x23, 0}));
+}
+
+TEST_F(IdentityEdit, WritesTheIdsAndTheVersionOfASave)
+{
+    FwImage_SetIds(m_image, {"1A2B", "3C4D", "5E6F", "7890", "", "", ""});
+    EXPECT_EQ(ids(), (ByteList{0x1A, 0x2B, 0x3C, 0x4D, 0x5E, 0x6F}));
+    EXPECT_EQ(bytesAt(m_image.version, 2), (ByteList{0x78, 0x90}));
 }
 
 TEST_F(IdentityEdit, SetsTheContainerFlagWhereOnlyTheCaseChanged)

@@ -122,6 +122,7 @@ TEST_F(PropertyFile, TakesDecimalNumbersAlone)
     EXPECT_EQ(address("010"), 10U);
     EXPECT_EQ(address("12 34"), 12U);
     EXPECT_EQ(address("twelve"), 0U);
+    EXPECT_EQ(address("~12"), 0U);
     EXPECT_EQ(address(""), 0U);
     EXPECT_EQ(mask("48"), 0x30);
 }
