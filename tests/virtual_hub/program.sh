@@ -22,7 +22,8 @@ fail() {
 start() {
     rm -f "$folder/in" "$folder/out"
     mkfifo "$folder/in" "$folder/out"
-    "$program" "$@" <"$folder/in" >"$folder/out" 2>"$folder/err" &
+    # Even when this script itself was started with the signals ignored, as in the background.
+    env --default-signal=INT,TERM,HUP "$program" "$@" <"$folder/in" >"$folder/out" 2>"$folder/err" &
     pid=$!
     exec 7>"$folder/in" 8<"$folder/out"
 }
