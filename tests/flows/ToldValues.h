@@ -1,7 +1,6 @@
 #pragma once
 
 #include "flows/FlowReporter.h"
-#include "hub/HubTransport.h"
 
 #include <gtest/gtest.h>
 
@@ -38,11 +37,7 @@ public:
         EXPECT_EQ(ends, 0);
         result = told;
     }
-    void closed() override
-    {
-        ++ends;
-        EXPECT_FALSE(Hub_IsOpen());
-    }
+    void closed() override { ++ends; }
 
     int starts = 0;
     std::vector<Step> steps;
