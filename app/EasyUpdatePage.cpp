@@ -4,6 +4,7 @@
 #include "app/FilePanels.h"
 #include "app/WindowReporter.h"
 #include "base/GenFun.h"
+#include "editor/ImageText.h"
 #include "editor/ToolTip.h"
 #include "firmware/IdentityEdit.h"
 #include "flows/FirmwareUpdate.h"
@@ -19,8 +20,6 @@ namespace vornadel
 
 namespace
 {
-
-std::string textOf(const QLineEdit* field) { return field->text().toStdString(); }
 
 std::uint16_t wordAt(const std::uint8_t* position)
 {
@@ -46,9 +45,9 @@ void EasyUpdatePage::choose()
     m_tool.txtSSPID_EasyUpdate->setText(QString::fromStdString(FwImage_IdText(m_image.sspid)));
     m_tool.txtHSPID_EasyUpdate->setText(QString::fromStdString(FwImage_IdText(m_image.hspid)));
     m_tool.txtVer_EasyUpdate->setText(QString::fromStdString(FwImage_IdText(m_image.version)));
-    m_tool.txtManu_EasyUpdate->setText(QString::fromUtf8(m_image.manufacturer.data()));
-    m_tool.txtPro_EasyUpdate->setText(QString::fromUtf8(m_image.product.data()));
-    m_tool.txtSN_EasyUpdate->setText(QString::fromUtf8(m_image.serial.data()));
+    showImageText(*m_tool.txtManu_EasyUpdate, m_image.manufacturer.data());
+    showImageText(*m_tool.txtPro_EasyUpdate, m_image.product.data());
+    showImageText(*m_tool.txtSN_EasyUpdate, m_image.serial.data());
 }
 
 void EasyUpdatePage::start()
@@ -66,10 +65,10 @@ void EasyUpdatePage::run()
 bool EasyUpdatePage::takeFields()
 {
     const IdentityTexts texts{
-        textOf(m_tool.txtVID_EasyUpdate),   textOf(m_tool.txtSSPID_EasyUpdate),
-        textOf(m_tool.txtHSPID_EasyUpdate), textOf(m_tool.txtVer_EasyUpdate),
-        textOf(m_tool.txtManu_EasyUpdate),  textOf(m_tool.txtPro_EasyUpdate),
-        textOf(m_tool.txtSN_EasyUpdate)};
+        idText(*m_tool.txtVID_EasyUpdate),     idText(*m_tool.txtSSPID_EasyUpdate),
+        idText(*m_tool.txtHSPID_EasyUpdate),   idText(*m_tool.txtVer_EasyUpdate),
+        imageText(*m_tool.txtManu_EasyUpdate), imageText(*m_tool.txtPro_EasyUpdate),
+        imageText(*m_tool.txtSN_EasyUpdate)};
     if (!m_image.loaded || !texts.fit()) {
         return false;
     }

@@ -8,6 +8,7 @@
 #include "app/WindowReporter.h"
 #include "base/GenFun.h"
 #include "base/WholeFile.h"
+#include "editor/ImageText.h"
 #include "firmware/IdentityEdit.h"
 #include "flows/FlashErase.h"
 #include "flows/FlashRead.h"
@@ -19,13 +20,6 @@
 
 namespace vornadel
 {
-
-namespace
-{
-
-std::string textOf(const QLineEdit* field) { return field->text().toStdString(); }
-
-} // namespace
 
 void FlashPage::read()
 {
@@ -90,10 +84,10 @@ void FlashPage::save()
         GeneralFunction::AlertString("No Flash Data");
         return;
     }
-    const IdentityTexts texts{textOf(m_tool.txtVID_FwFlash),   textOf(m_tool.txtSSPID_FwFlash),
-                              textOf(m_tool.txtHSPID_FwFlash), textOf(m_tool.txtVer_FwFlash),
-                              textOf(m_tool.txtManu_FwFlash),  textOf(m_tool.txtPro_FwFlash),
-                              textOf(m_tool.txtSN_FwFlash)};
+    const IdentityTexts texts{idText(*m_tool.txtVID_FwFlash),     idText(*m_tool.txtSSPID_FwFlash),
+                              idText(*m_tool.txtHSPID_FwFlash),   idText(*m_tool.txtVer_FwFlash),
+                              imageText(*m_tool.txtManu_FwFlash), imageText(*m_tool.txtPro_FwFlash),
+                              imageText(*m_tool.txtSN_FwFlash)};
     ConsoleLog(QString::asprintf("Length in textfield : %zu-%zu-%zu-%zu-%zu-%zu-%zu\n",
                                  texts.vid.size(), texts.sspid.size(), texts.hspid.size(),
                                  texts.version.size(), texts.manufacturer.size(),

@@ -3,10 +3,12 @@
 #include "app/AppDelegate.h"
 #include "app/ConsoleLog.h"
 #include "app/GeneralFunction.h"
+#include "editor/ImageText.h"
 #include "firmware/IdentityEdit.h"
 
 #include <QLineEdit>
 
+#include <algorithm>
 #include <string>
 
 namespace vornadel
@@ -30,8 +32,6 @@ constexpr Row kRows[] = {
     {&WindowControls::txtContainerID_FwFlash, &AppDelegate::textDidChange_ManuProSN},
 };
 
-std::string textOf(const QLineEdit* field) { return field->text().toStdString(); }
-
 void logBytes(const char* name, const std::uint8_t* position)
 {
     ConsoleLog(QString::asprintf("Old %s : %s", name, FwImage_IdText(position).c_str()));
@@ -45,13 +45,18 @@ void putText(QLineEdit* field, const QString& text)
     field->setCursorPosition(cursor);
 }
 
-/// A character outside the basic plane is two units: both go.
+/// The first characters of a text. One outside the basic plane is two units in a QString.
+QString firstCharacters(const QString& text, std::size_t count)
+{
+    return QString::fromStdU32String(text.toStdU32String().substr(0, count));
+}
+
+std::size_t lengthOf(const QString& text) { return text.toStdU32String().size(); }
+
 void removeLastCharacter(QLineEdit* field)
 {
-    QString text = field->text();
-    const bool pair = text.size() > 1 && text.back().isLowSurrogate();
-    text.chop(pair ? 2 : 1);
-    putText(field, text);
+    putText(field,
+            firstCharacters(field->text(), std::max<std::size_t>(lengthOf(field->text()), 1) - 1));
 }
 
 } // namespace
@@ -97,14 +102,14 @@ void IdentityFields::idChanged(QLineEdit* field)
                                Limit{m_tool.txtSSPID_FwFlash, "SSPID length should be 4."},
                                Limit{m_tool.txtHSPID_FwFlash, "HSPID length should be 4."}}) {
         const QString text = limit.field->text();
-        if (text.size() > static_cast<qsizetype>(kIdDigits)) {
-            putText(limit.field, text.left(kIdDigits));
+        if (lengthOf(text) > kIdDigits) {
+            putText(limit.field, firstCharacters(text, kIdDigits));
             GeneralFunction::AlertString(limit.alert);
             break; // one field per event
         }
     }
-    if (FwImage_EditIds(m_image, textOf(m_tool.txtVID_FwFlash), textOf(m_tool.txtSSPID_FwFlash),
-                        textOf(m_tool.txtHSPID_FwFlash))) {
+    if (FwImage_EditIds(m_image, idText(*m_tool.txtVID_FwFlash), idText(*m_tool.txtSSPID_FwFlash),
+                        idText(*m_tool.txtHSPID_FwFlash))) {
         ConsoleLog("Not Same");
     }
     m_tool.tbViewController->ShowBinary(kIdsBegin, kIdsEnd);
@@ -120,14 +125,14 @@ void IdentityFields::stringChanged(QLineEdit* field)
     }
     ConsoleLog(m_tool.txtManu_FwFlash->text() + "\n" + m_tool.txtPro_FwFlash->text() + "\n" +
                m_tool.txtSN_FwFlash->text() + "\n" + m_tool.txtContainerID_FwFlash->text() + "\n");
-    if (textOf(m_tool.txtManu_FwFlash).size() + textOf(m_tool.txtPro_FwFlash).size() +
-            textOf(m_tool.txtSN_FwFlash).size() >
+    if (imageText(*m_tool.txtManu_FwFlash).size() + imageText(*m_tool.txtPro_FwFlash).size() +
+            imageText(*m_tool.txtSN_FwFlash).size() >
         kMostCharacters) {
         removeLastCharacter(field);
     }
-    const std::uint8_t changed =
-        FwImage_EditTexts(m_image, textOf(m_tool.txtManu_FwFlash), textOf(m_tool.txtPro_FwFlash),
-                          textOf(m_tool.txtSN_FwFlash), textOf(m_tool.txtContainerID_FwFlash));
+    const std::uint8_t changed = FwImage_EditTexts(
+        m_image, imageText(*m_tool.txtManu_FwFlash), imageText(*m_tool.txtPro_FwFlash),
+        imageText(*m_tool.txtSN_FwFlash), imageText(*m_tool.txtContainerID_FwFlash));
     struct Word {
         std::uint8_t flag;
         const char* text;

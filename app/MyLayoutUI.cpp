@@ -2,6 +2,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/Controls.h"
+#include "app/TypedField.h"
 #include "app/WindowTables.h"
 #include "config/Version.h"
 
@@ -75,7 +76,8 @@ void buildBoxes(WindowControls& controls, QWidget* content)
 void buildFields(WindowControls& controls)
 {
     for (const FieldRow& row : kFields) {
-        auto* field = new QLineEdit(controls.*row.box);
+        QWidget* const box = controls.*row.box;
+        QLineEdit* field = row.editable ? new TypedField(box) : new QLineEdit(box);
         field->setReadOnly(!row.editable);
         nameAndPlace(field, row.name, row.accessibleName, row.frame);
         field->setAccessibleDescription((controls.*row.box)->title()); // two boxes have a "VID"

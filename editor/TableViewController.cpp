@@ -2,6 +2,7 @@
 
 #include "base/GenFun.h"
 #include "editor/HexText.h"
+#include "editor/ImageText.h"
 #include "editor/Tone.h"
 #include "firmware/FwImage.h"
 #include "props/PropertyFile.h"
@@ -170,9 +171,9 @@ void TableViewController::UpdateTxt_FwFlash()
     m_views.sspid->setText(fromText(FwImage_IdText(m_image.sspid)));
     m_views.hspid->setText(fromText(FwImage_IdText(m_image.hspid)));
     m_views.version->setText(fromText(FwImage_IdText(m_image.version)));
-    m_views.manufacturer->setText(QString::fromUtf8(m_image.manufacturer.data()));
-    m_views.product->setText(QString::fromUtf8(m_image.product.data()));
-    m_views.serial->setText(QString::fromUtf8(m_image.serial.data()));
+    showImageText(*m_views.manufacturer, m_image.manufacturer.data());
+    showImageText(*m_views.product, m_image.product.data());
+    showImageText(*m_views.serial, m_image.serial.data());
     m_views.containerId->setText(fromText(FwImage_ContainerIdText(m_image.containerId)));
 }
 

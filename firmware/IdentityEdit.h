@@ -9,9 +9,8 @@
 namespace vornadel
 {
 
-// Writes what the user types into the identity fields to an image. Texts are UTF-8 and are counted
-// in bytes, like the string area of the image. Change flags are only set here; the firmware clears
-// them.
+// What a person types into the identity fields, put into an image. A text counts in bytes, as the
+// image's string area does. Change flags are only ever set: the firmware clears them.
 
 /// Bits of the customisation flags (block offset 42) and of the result of FwImage_EditTexts().
 inline constexpr std::uint8_t kContainerIdChanged = 0x01;

@@ -1,6 +1,7 @@
 #include "hub/SupportedIds.h"
 #include "tests/app/FlashPageUnderTest.h"
 
+#include <QAccessible>
 #include <QClipboard>
 #include <QGuiApplication>
 #include <gmock/gmock.h>
@@ -201,6 +202,70 @@ TEST_F(IdentityEditing, WritesTheContainerIdAsItIsTyped)
     EXPECT_EQ(tool().txtContainerID_FwFlash->text(), "ff");
     select(tool().cbPages, 1);
     EXPECT_EQ(tool().txtContainerID_FwFlash->text(), "{ff000000-0000-0000-0000-000000000000}");
+}
+
+TEST_F(IdentityEditing, KeepsTheBytesOfAStringThatIsNotUtf8)
+{
+    // "Caf\xE9" with 29 bytes above 0x7F in the area's other strings, so that no byte may grow.
+    std::vector<std::uint8_t> image = demoImage();
+    const std::string area = "\x06\x03"
+                             "Caf\xE9"
+                             "\x1A\x03" +
+                             std::string(24, '\xFC') +
+                             "\x03\x03"
+                             "1";
+    std::copy(area.begin(), area.end(), image.begin() + kDemoBlock + 43);
+    loadFile(writeFile("latin.bin", image));
+    EXPECT_EQ(tool().txtManu_FwFlash->text(), QString::fromLatin1("Caf\xE9"));
+    EXPECT_EQ(tool().txtPro_FwFlash->text(), QString(24, QChar(0xFC)));
+    EXPECT_EQ(saved(), image);
+
+    tool().txtPro_FwFlash->setFocus();
+    QTest::keyClick(tool().txtPro_FwFlash, Qt::Key_Backspace);
+    EXPECT_EQ(dumped(43 + 6), "19");
+    EXPECT_EQ(dumped(43 + 5), "E9");
+    EXPECT_EQ(dumped(42), "04") << "the other strings have not changed";
+    paste(tool().txtManu_FwFlash, QString::fromUtf8("Caf\xC3\xA9\xE2\x82\xAC"));
+    EXPECT_EQ(tool().txtManu_FwFlash->text(), QString::fromLatin1("Caf\xE9"))
+        << "a character that Latin-1 lacks would take more bytes than are free";
+    EXPECT_EQ(dumped(43) + dumped(43 + 5), "06E9");
+}
+
+TEST_F(IdentityEditing, WritesUtf8IntoAStringThatIsUtf8)
+{
+    paste(tool().txtManu_FwFlash, QString::fromUtf8("M\xC3\xBC"));
+    EXPECT_EQ(dumped(43), "05");
+    EXPECT_EQ(dumped(46) + dumped(47), "C3BC");
+    loadFile(writeFile("utf8.bin", saved()));
+    EXPECT_EQ(tool().txtManu_FwFlash->text(), QString::fromUtf8("M\xC3\xBC"));
+}
+
+TEST_F(IdentityEditing, CountsTheDigitsOfAnIdInCharacters)
+{
+    paste(tool().txtVID_FwFlash, QString::fromUtf8("\xC3\xBC") + "123");
+    EXPECT_EQ(dumped(2) + dumped(3), "0123") << "what is no digit counts as 0";
+    EXPECT_EQ(saved(), demoWith({{2, 0x01}, {3, 0x23}, {10, 0x01}}));
+    paste(tool().txtVID_FwFlash, QString::fromUtf8("\xF0\x9F\x98\x80") + "209");
+    EXPECT_EQ(dumped(2) + dumped(3), "0209") << "four characters, and no alert";
+}
+
+TEST_F(IdentityEditing, HearsWhatAssistiveTechnologyPutsIn)
+{
+    const auto access = [](QLineEdit* field) {
+        QAccessibleInterface* heard = QAccessible::queryAccessibleInterface(field);
+        return heard == nullptr ? nullptr : heard->editableTextInterface();
+    };
+    ASSERT_NE(access(tool().txtVID_FwFlash), nullptr);
+    access(tool().txtVID_FwFlash)->replaceText(0, 2, "ab");
+    EXPECT_EQ(dumped(2) + dumped(3), "AB09");
+    access(tool().txtSN_FwFlash)->deleteText(2, 5);
+    access(tool().txtSN_FwFlash)->insertText(0, "x");
+    EXPECT_EQ(tool().txtSN_FwFlash->text(), "xSN1");
+    EXPECT_EQ(dumped(63), "06");
+    EXPECT_EQ(dumped(42), "02");
+    QAccessible::queryAccessibleInterface(tool().txtSSPID_FwFlash)
+        ->setText(QAccessible::Value, "00cd");
+    EXPECT_EQ(dumped(4) + dumped(5), "00CD");
 }
 
 TEST_F(IdentityEditing, HearsNothingOfWhatTheProgramPutsIn)
