@@ -4,6 +4,7 @@
 #include "app/FilePanels.h"
 #include "app/WindowReporter.h"
 #include "editor/ToolTip.h"
+#include "flows/FirmwareUpdate.h"
 #include "flows/ScalarUpdate.h"
 
 #include <QFile>
@@ -29,9 +30,14 @@ void ScalarPage::choose()
     if (path.isEmpty()) {
         return;
     }
-    m_tool.nstextfd_Scalar->setText(path);
-    m_tool.nstextfd_Scalar->setToolTip(plainToolTip(path)); // it may be longer than the field
+    showFile(path);
     FwImage_LoadFile(m_image, QFile::encodeName(path).toStdString());
+}
+
+void ScalarPage::showFile(const QString& name)
+{
+    m_tool.nstextfd_Scalar->setText(name);
+    m_tool.nstextfd_Scalar->setToolTip(plainToolTip(name)); // it may be longer than the field
 }
 
 void ScalarPage::start()
@@ -42,9 +48,14 @@ void ScalarPage::start()
 
 void ScalarPage::run()
 {
+    if (loadConfiguredImage(m_image, m_tool.place().resourcePath, m_tool.fwbinPath)) {
+        // It goes into the hub whatever was chosen by hand, so the field names it.
+        const QString name = QString::fromStdString(m_tool.fwbinPath);
+        m_tool.mainThread().postAndWait([this, name] { showFile(name); });
+    }
     WindowReporter reporter(m_tool);
-    const bool succeeded = updateScalarImage(m_image, m_tool.place().resourcePath, m_tool.fwbinPath,
-                                             m_tool.textOfField(*m_tool.nstextfd_Scalar), reporter);
+    const bool succeeded =
+        updateFirmware(m_image, m_tool.textOfField(*m_tool.nstextfd_Scalar), reporter);
     if (!succeeded) {
         return;
     }

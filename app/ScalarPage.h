@@ -2,6 +2,8 @@
 
 #include "firmware/FwImage.h"
 
+#include <QString>
+
 namespace vornadel
 {
 
@@ -19,6 +21,8 @@ public:
     void run();    ///< on a flow's thread; a success ends the process after five seconds
 
 private:
+    void showFile(const QString& name);
+
     AppDelegate& m_tool;
     FwImage m_image;
 };

@@ -4,6 +4,7 @@
 #include "standins/sim/DemoImage.h"
 
 #include <QApplication>
+#include <QDialog>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
@@ -93,17 +94,6 @@ TEST_F(StartUpRun, LeavesTheEndToTheWindowThatClosesMeanwhile)
     ASSERT_TRUE(waitFor([this] { return clock().gate.isReached(); }));
     end();
     EXPECT_EQ(ends, 0);
-}
-
-TEST_F(StartUpRun, SucceedsWithAHubThatComesBackLate)
-{
-    bringImage("demo.bin");
-    config = configText("FwBin = demo.bin\n");
-    hubOptions.faults = {
-        {.kind = FaultKind::Late, .on = {}, .position = 1, .delay = std::chrono::seconds(15)}};
-    launchAndSettle();
-    EXPECT_THAT(progressText(), testing::EndsWith("Update FW Success\n"));
-    EXPECT_TRUE(waitFor([this] { return ends == 1; }));
 }
 
 TEST_F(StartUpRun, FailsWithAHubThatComesTooLateAndSucceedsByHandThen)
@@ -216,12 +206,29 @@ TEST_F(StartUpRun, CanBeRepeatedByHandWithTheSameImage)
     EXPECT_EQ(hub().flash(), demoImage(kDemoVersion101));
 }
 
-TEST_F(StartUpRun, CanBeRepeatedByHandWithAChosenImage)
+TEST_F(StartUpRun, TakesTheConfiguredImageBeforeAChosenOneAndNamesIt)
 {
-    config = configText("ScalarMode = 1\n");
+    bringImage("demo.bin");
+    config = configText("ScalarMode = 1\nFwBin = demo.bin\n");
     launchAndSettle();
-    const std::string path = writeFile("elsewhere/demo.bin", demoImage(kDemoVersion101));
+    ASSERT_TRUE(hub().setFlash(demoImage()));
+    const std::string chosen = writeFile("other.bin", demoImage());
+    chooseByTyping(tool().nsbtnSelect_Scalar, QString::fromStdString(chosen));
+    EXPECT_EQ(tool().nstextfd_Scalar->text().toStdString(), chosen);
+    update();
+    EXPECT_EQ(hub().flash(), demoImage(kDemoVersion101));
+    EXPECT_EQ(tool().nstextfd_Scalar->text(), "demo.bin");
+    EXPECT_EQ(progressText(), "FW:demo.bin(size=32768)\n\n" + kSteps + "Update FW Success\n");
+}
+
+TEST_F(StartUpRun, KeepsTheChosenImageWhenTheConfiguredOneIsMissingOrThePanelIsCancelled)
+{
+    config = configText("ScalarMode = 1\nFwBin = missing.bin\n");
+    launchAndSettle();
+    const std::string path = writeFile("chosen.bin", demoImage(kDemoVersion101));
     chooseByTyping(tool().nsbtnSelect_Scalar, QString::fromStdString(path));
+    clickAndUse(tool().nsbtnSelect_Scalar,
+                [](QDialog& panel) { QTest::keyClick(&panel, Qt::Key_Escape); });
     EXPECT_EQ(tool().nstextfd_Scalar->text().toStdString(), path);
     update();
     EXPECT_EQ(progressText(), "FW:" + path + "(size=32768)\n\n" + kSteps + "Update FW Success\n");
