@@ -3,6 +3,7 @@
 #include "standins/sim/DemoImage.h"
 
 #include <QApplication>
+#include <QEvent>
 #include <QPushButton>
 #include <QTest>
 #include <gmock/gmock.h>
@@ -66,6 +67,33 @@ TEST_F(Buttons, SwitchTheTenTogetherAndNoOther)
     }
     tool().SetButtonStatus(true);
     EXPECT_TRUE(allSwitched(true));
+}
+
+TEST_F(Buttons, SwitchInTheirOrder)
+{
+    class Watch final : public QObject
+    {
+    public:
+        bool eventFilter(QObject* watched, QEvent* event) override
+        {
+            if (event->type() == QEvent::EnabledChange) {
+                names.append(watched->objectName());
+            }
+            return false;
+        }
+        QStringList names;
+    };
+    launchAndSettle();
+    Watch watch;
+    for (QPushButton* button : content()->findChildren<QPushButton*>()) {
+        button->installEventFilter(&watch);
+    }
+    tool().SetButtonStatus(false);
+    EXPECT_EQ(watch.names,
+              (QStringList{"nsbtnSelect_Scalar", "btnLoad_FwFlash", "btnSave_FwFlash",
+                           "btnSelect_EasyUpdate", "nsbtnLoadDriver_HelpBox",
+                           "nsbtnUnloadDriver_HelpBox", "btnRead_FwFlash", "btnErase_FwFlash",
+                           "btnUpdate_EasyUpdate", "nsbtnUpdate_Scalar"}));
 }
 
 TEST_F(Buttons, StayDisabledUntilTheRunAtTheStartHasEnded)

@@ -284,59 +284,18 @@ INSTANTIATE_TEST_SUITE_P(
                     0,
                     kNotOpened,
                     0},
-        FailureCase{"NeverBackInRomCode", {{.kind = FaultKind::Never, .on = {}}}, 0, kNotOpened, 0},
-        FailureCase{
-            "BackInTheSameCode", {{.kind = FaultKind::SameMode, .on = {}}}, 0, kNotOpened, 0},
-        FailureCase{"EraseStalls",
-                    {{.kind = FaultKind::Stall, .on = RequestKind::Erase, .position = 1},
-                     {.kind = FaultKind::Stall, .on = RequestKind::Erase, .position = 2},
-                     {.kind = FaultKind::Stall, .on = RequestKind::Erase, .position = 3}},
-                    1,
-                    "Fail to Erase Flash\n",
-                    0},
         FailureCase{"WriteStalls",
                     {{.kind = FaultKind::Stall, .on = RequestKind::Write, .position = 3}},
                     2,
                     "Fail to Write Flash\n",
                     20},
-        FailureCase{
-            "WriteIsTorn",
-            {{.kind = FaultKind::Torn, .on = RequestKind::Write, .position = 1, .amount = 100}},
-            2,
-            "Fail to Write Flash\n",
-            10},
-        FailureCase{"VanishesWhileWriting",
-                    {{.kind = FaultKind::VanishBefore, .on = RequestKind::Write, .position = 8}},
-                    2,
-                    "Fail to Write Flash\n",
-                    45},
-        FailureCase{"ReadStalls",
-                    {{.kind = FaultKind::Stall, .on = RequestKind::Read, .position = 1}},
-                    3,
-                    "Fail to Read Flash\n",
-                    50},
         FailureCase{"WrittenWrong",
                     {{.kind = FaultKind::Flip, .on = RequestKind::Write, .position = 2}},
                     4,
                     "Fail to verify flash\n",
                     90},
-        FailureCase{"ReadWrong",
-                    {{.kind = FaultKind::Flip, .on = RequestKind::Read, .position = 8}},
-                    4,
-                    "Fail to verify flash\n",
-                    90},
-        FailureCase{"ReadNothing",
-                    {{.kind = FaultKind::Ignore, .on = RequestKind::Read, .position = 1}},
-                    4,
-                    "Fail to verify flash\n",
-                    90},
         FailureCase{"RestartIsRefused",
                     {{.kind = FaultKind::Stall, .on = RequestKind::Flash, .position = 1}},
-                    5,
-                    "Fail to Reset to Flash Code\n",
-                    100},
-        FailureCase{"NeverBackInFlashCode",
-                    {{.kind = FaultKind::Never, .on = {}, .position = 2}},
                     5,
                     "Fail to Reset to Flash Code\n",
                     100}),
@@ -370,14 +329,6 @@ TEST_P(EasyUpdateFailure, IsToldInRedAndTheNextRunSucceeds)
     settleEvents();
     update();
     expectSuccess(path, image);
-}
-
-TEST_F(EasyUpdate, LeavesTheHubInRomCodeAfterAMismatch)
-{
-    choose(writeFile("demo.bin", demoImage(kDemoVersion101)));
-    hub().addFault({.kind = FaultKind::Flip, .on = RequestKind::Read});
-    update();
-    EXPECT_EQ(hub().runningCode(), HubCode::Rom);
 }
 
 } // namespace

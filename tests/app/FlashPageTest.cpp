@@ -156,21 +156,6 @@ TEST_F(FlashPage, TellsAFailedEraseInRed)
     EXPECT_FALSE(Hub_IsOpen());
 }
 
-TEST_F(FlashPage, LetsNobodyStartASecondRun)
-{
-    eraseGate.shut();
-    click(tool().btnErase_FwFlash);
-    ASSERT_TRUE(waitFor([this] { return eraseGate.isReached(); }));
-    for (QPushButton* button : switchedButtons()) {
-        QTest::mouseClick(button, Qt::LeftButton);
-    }
-    settleEvents();
-    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
-    EXPECT_EQ(progressText(), "Open Rom Device...\nErase Flash...\n");
-    eraseGate.open();
-    EXPECT_TRUE(waitUntilEnabled());
-}
-
 TEST_F(FlashPage, SavesWhatWasReadByteForByte)
 {
     read();
@@ -183,7 +168,9 @@ TEST_F(FlashPage, SavesWhatWasReadByteForByte)
                                testing::EndsWith(path + "\n")));
     std::fflush(stdout);
     EXPECT_THAT(testing::internal::GetCapturedStdout(),
-                testing::StartsWith("0a 03 56 6f 72 6e 61 64 \n65 6c 0a 03 44 65 6d 6f \n"));
+                testing::StrEq("0a 03 56 6f 72 6e 61 64 \n65 6c 0a 03 44 65 6d 6f \n"
+                               "20 48 75 62 08 03 53 4e \n30 30 30 31 00 00 00 00 \n"
+                               "00 00 00 \n"));
     EXPECT_EQ(bytesOf(path), demoImage());
 }
 
@@ -212,8 +199,10 @@ TEST_F(FlashPage, GivesEveryFileItsSuffix)
     EXPECT_EQ(bytesOf(directory() + "/plain.BIN"), demoImage());
     saveAs(directory() + "/other.txt");
     EXPECT_EQ(bytesOf(directory() + "/other.txt.BIN"), demoImage());
-    saveAs(directory() + "/small.bin");
-    EXPECT_EQ(bytesOf(directory() + "/small.bin"), demoImage());
+    const std::string wide = directory() + "/Gr\xC3\xBC\xC3\x9F"
+                                           "e \xE2\x80\x94 1.bin";
+    saveAs(wide);
+    EXPECT_EQ(bytesOf(wide), demoImage());
 }
 
 TEST_F(FlashPage, SavesNothingUnderANameWithADoubleQuote)
@@ -242,12 +231,18 @@ TEST_F(FlashPage, SavesNothingUnderANameWithADoubleQuote)
 TEST_F(FlashPage, KeepsWhatWasTypedWhenSavingIsCancelled)
 {
     read();
-    tool().txtVer_FwFlash->setText("0123"); // read-only for the user, and nothing else writes it
+    // Set by the program: only the save can put them into the image.
+    tool().txtVID_FwFlash->setText("ABCD");
+    tool().txtSSPID_FwFlash->setText("0A0B");
+    tool().txtHSPID_FwFlash->setText("0C0D");
+    tool().txtVer_FwFlash->setText("0123");
     clickAndUse(tool().btnSave_FwFlash,
                 [](QDialog& panel) { QTest::keyClick(&panel, Qt::Key_Escape); });
     std::vector<std::uint8_t> expected = demoImage();
     expected[kDemoBlock - 7] = 0x01;
     expected[kDemoBlock - 6] = 0x23;
+    const std::vector<std::uint8_t> ids = {0xAB, 0xCD, 0x0A, 0x0B, 0x0C, 0x0D};
+    std::copy(ids.begin(), ids.end(), expected.begin() + kDemoBlock + 2);
     select(tool().cbPages, 1); // fills the fields from the image
     EXPECT_EQ(tool().txtVer_FwFlash->text(), "0123");
     EXPECT_EQ(saved(), expected);
@@ -284,9 +279,11 @@ TEST_F(FlashPage, RefusesToSaveAnIdOfThreeCharacters)
         const QString before = field->text();
         field->setText("120");
         expectAlert("Data Length Error", [this] { click(tool().btnSave_FwFlash); });
-        field->setText(before);
+        select(tool().cbPages, 1 - tool().cbPages->currentIndex()); // shows the image again
+        EXPECT_EQ(fields(), demoFields()) << "nothing was written into the image";
+        EXPECT_EQ(field->text(), before);
     }
-    EXPECT_EQ(saved(), demoImage()) << "nothing was written into the image";
+    EXPECT_EQ(saved(), demoImage());
 }
 
 TEST_F(FlashPage, SavesTwentyNineCharactersAndRefusesThirty)
@@ -302,11 +299,6 @@ TEST_F(FlashPage, SavesTwentyNineCharactersAndRefusesThirty)
     ASSERT_EQ(area.size(), 35U);
     std::copy(area.begin(), area.end(), expected.begin() + kDemoBlock + 43);
     EXPECT_EQ(saved(), expected);
-}
-
-TEST_F(FlashPage, RefusesToSaveWithoutAnImage)
-{
-    expectAlert("No Flash Data", [this] { click(tool().btnSave_FwFlash); });
 }
 
 TEST_F(FlashPage, CannotSaveAnImageWithoutAVersion)

@@ -90,24 +90,6 @@ TEST(FlowWorker, StartsAFlowFromAThreadOfItsOwn)
     EXPECT_TRUE(ran);
 }
 
-TEST(FlowWorker, IsFinishedWithNothingToDo)
-{
-    FlowWorker worker;
-    EXPECT_TRUE(worker.finish(0ms));
-}
-
-TEST(FlowWorker, SaysThatAThreadIsStuck)
-{
-    FlowWorker worker;
-    Gate gate;
-    gate.shut();
-    worker.start([&] { gate.pass(); });
-    waitUntilReached(gate);
-    EXPECT_FALSE(worker.finish(0ms));
-    gate.open();
-    EXPECT_TRUE(worker.finish(kPatience));
-}
-
 TEST(FlowWorker, GivesBackWhatAFlowHeldBeforeItCountsAsEnded)
 {
     FlowWorker worker;

@@ -92,14 +92,6 @@ TEST_F(IdentityEditing, WritesZerosForAClearedSspid)
     EXPECT_EQ(redText(), "12 09 00 00 00 02 - ");
 }
 
-TEST_F(IdentityEditing, SetsNoFlagForTheValueThatIsThere)
-{
-    const std::string console = consoleOf([this] { paste(tool().txtVID_FwFlash, "1209"); });
-    EXPECT_EQ(dumped(10), "00");
-    EXPECT_THAT(console, testing::Not(testing::HasSubstr("Not Same")));
-    EXPECT_EQ(saved(), demoImage());
-}
-
 TEST_F(IdentityEditing, TellsTheConsoleOldAndNewIds)
 {
     const std::string console = consoleOf([this] { paste(tool().txtVID_FwFlash, "ab"); });

@@ -281,12 +281,6 @@ TEST_P(Layout, OpensOneWindowWithItsTitle)
     EXPECT_EQ(tool().window()->windowTitle(), "Bench & Co  1.02 [simulated hub]");
 }
 
-TEST_F(Window, ShowsTheVersionBehindTwoBlanks)
-{
-    launch();
-    EXPECT_EQ(tool().window()->windowTitle(), "Vornadel  1.02");
-}
-
 TEST_F(Window, TakesOneAloneForScalarMode)
 {
     config = configText("ScalarMode = 2\n");
@@ -341,15 +335,6 @@ TEST_F(Window, GivesTheSliderAHundredParts)
     EXPECT_EQ(tool().slider->minimum(), 0);
     EXPECT_EQ(tool().slider->maximum(), 100);
     EXPECT_EQ(tool().slider->orientation(), Qt::Horizontal);
-}
-
-TEST_F(Window, NamesTheColumnsOfTheProperties)
-{
-    launch();
-    const QAbstractItemModel* model = tool().tbProperties_Detail->model();
-    ASSERT_EQ(model->columnCount(), 2);
-    EXPECT_EQ(model->headerData(0, Qt::Horizontal).toString(), "property");
-    EXPECT_EQ(model->headerData(1, Qt::Horizontal).toString(), "curValue");
 }
 
 TEST_F(Window, DrawsABlueBorderAroundTheHelp)

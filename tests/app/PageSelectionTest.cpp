@@ -76,18 +76,6 @@ TEST_F(PageSelection, ShowsANameInItsToolTipToTheLetter)
     EXPECT_EQ(tool().cbICType->itemData(0, Qt::ToolTipRole).toString(), tool().cbICType->toolTip());
 }
 
-TEST_F(PageSelection, OffersTheDefinitionFilesBelowTheToolDirectory)
-{
-    end();
-    writeDefinitions("b.ini", "");
-    writeDefinitions("sub/C.INI", "");
-    launchAndSettle();
-    QStringList found = textsOf(tool().cbICType);
-    found.sort();
-    EXPECT_EQ(found, (QStringList{"demo.INI", "sub/C.INI"}));
-    EXPECT_EQ(tool().cbICType->currentIndex(), 0);
-}
-
 TEST_F(PageSelection, TellsTheConsoleWhichDefinitionFilesItFinds)
 {
     end();
@@ -99,7 +87,8 @@ TEST_F(PageSelection, TellsTheConsoleWhichDefinitionFilesItFinds)
     EXPECT_EQ(found, textsOf(tool().cbICType))
         << "one line each, in their order, and none for b.ini";
     EXPECT_EQ(found.size(), 2);
-    EXPECT_TRUE(found.contains("sub/C.INI"));
+    EXPECT_TRUE(found.contains("sub/C.INI") && found.contains("demo.INI"));
+    EXPECT_EQ(tool().cbICType->currentIndex(), 0);
 }
 
 TEST_F(PageSelection, ListsThePageThatIsSelected)
@@ -159,20 +148,6 @@ TEST_F(PageSelection, ShowsDefaultsAfterAChangeOfTheType)
     EXPECT_EQ(value(2), "2 : Middle");
 }
 
-TEST_F(PageSelection, LeavesTheTypeToTheNextReadWhileThereIsNoImage)
-{
-    end();
-    writeDefinitions("a.INI", "[HubFF_USB_01]\nPageName = SSC\nPropName = Other\n");
-    launchAndSettle();
-    tool().cbICType->setFocus();
-    const int first = tool().cbICType->currentIndex();
-    select(tool().cbICType, 1 - first);
-    EXPECT_EQ(rows(), 0);
-    const bool other = tool().cbICType->currentText() == "a.INI";
-    read();
-    EXPECT_EQ(names().first(), other ? "Other" : "Unbound");
-}
-
 TEST_F(PageSelection, KeepsTheRowsOfTheEarlierTypeWhileThereIsNoImage)
 {
     end();
@@ -193,18 +168,6 @@ TEST_F(PageSelection, KeepsTheRowsOfTheEarlierTypeWhileThereIsNoImage)
     read();
     select(tool().cbPages, 2);
     EXPECT_EQ(names(), QStringList{"Other"}) << "the next read takes the new type";
-}
-
-TEST_F(PageSelection, RebuildsTheRowsWithoutAnImageToo)
-{
-    read();
-    ASSERT_TRUE(hub().setFlash(std::vector<std::uint8_t>(32768, 0xFF)));
-    read();
-    EXPECT_EQ(tool().txtVID_FwFlash->text(), "Err");
-    EXPECT_EQ(rows(), 4) << "a read without an image changes no row";
-    select(tool().cbPages, 2);
-    EXPECT_EQ(names(), QStringList{"Rate"});
-    EXPECT_EQ(tool().txtVID_FwFlash->text(), "Err");
 }
 
 TEST_F(PageSelection, IsEmptyWithoutADefinitionFile)

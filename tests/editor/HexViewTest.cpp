@@ -117,6 +117,17 @@ TEST_F(HexView, ScrollsToTheRedBytesAndToTheTopWithoutAny)
     EXPECT_EQ(m_hex.verticalScrollBar()->value(), 0);
 }
 
+TEST_F(HexView, LeavesAllElseInTheTextColourOfTheView)
+{
+    it().ShowBinary(3, 5);
+    ASSERT_EQ(m_hex.extraSelections().size(), 1);
+    EXPECT_EQ(redText(), "09 33 ");
+    EXPECT_EQ(m_hex.palette().color(QPalette::Text), m_description.palette().color(QPalette::Text));
+    QTextCursor all(m_hex.document());
+    all.select(QTextCursor::Document);
+    EXPECT_EQ(all.charFormat().foreground().style(), Qt::NoBrush);
+}
+
 double luminance(const QColor& color)
 {
     const auto linear = [](double part) {

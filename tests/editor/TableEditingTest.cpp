@@ -146,6 +146,7 @@ TEST_F(TableEditing, NamesTheFirstControllingItemAndNullForNone)
     EXPECT_EQ(m_alerts.value(0),
               "This Item is Not Editable.  To Change this Item,you should set\n\n (null)\n"
               "(Addr 0x112[2:1])\n\nfrom 0 to 1");
+    add(4, 0x112, 0x08).propName = "Another bit of the byte";
     add(2, 0x112, 0x06).propName = "First";
     add(3, 0x112, 0x06).propName = "Second";
     choose(0, 1);

@@ -190,7 +190,9 @@ TEST_F(TableController, LeavesTheReferenceToALaterOne)
 
 TEST_F(TableController, DescribesTheSelectedRow)
 {
-    add(5, 0x112, 0x06);
+    PropItem& first = add(5, 0x112, 0x06);
+    first.pageName = "a page";
+    first.groupName = "a group";
     PropItem& unbound = add(0, 20, 0x01);
     it().reloadTable();
     m_description.setPlainText("before");

@@ -56,6 +56,9 @@ TEST_F(SetStrings, FillsTheAreaWith29Characters)
                                "\x0B\x03"
                                "abcdefghi";
     EXPECT_EQ(area(), ByteList(wanted.begin(), wanted.end()));
+    EXPECT_TRUE(FwImage_SetStrings(m_image, std::string(29, 'm'), "", ""));
+    const std::string one = "\x1F\x03" + std::string(29, 'm') + "\x02\x03\x02\x03";
+    EXPECT_EQ(area(), ByteList(one.begin(), one.end()));
 }
 
 TEST_F(SetStrings, WipesTheAreaWhenTheyAreTooLong)
