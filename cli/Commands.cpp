@@ -21,6 +21,7 @@
 #include <system_error>
 #include <vector>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -66,7 +67,7 @@ std::string whyUnread(const std::string& path)
     if (!S_ISREG(info.st_mode)) {
         return S_ISDIR(info.st_mode) ? "it is a folder" : "it is not a regular file";
     }
-    if (::access(path.c_str(), R_OK) != 0) {
+    if (::faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) != 0) {
         return std::generic_category().message(errno);
     }
     return info.st_size == 0 ? "it is empty" : "it cannot be read, or is too large";

@@ -1,12 +1,14 @@
 #include "hub/HubTransport.h"
 #include "standins/sim/DemoImage.h"
 #include "tests/cli/Session.h"
+#include "tests/support/WithoutPrivilege.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -52,7 +54,9 @@ TEST(InfoOfTheHub, SaysThatItCannotBeOpened)
     ASSERT_EQ(session.bus->search()->next(held), UsbSearch::Step::Device);
     ASSERT_TRUE(held->open());
     EXPECT_EQ(session.info(), kExitFailure);
-    EXPECT_THAT(session.err.str(), HasSubstr("it cannot be opened"));
+    EXPECT_EQ(session.err.str(),
+              "a supported hub is attached, but it cannot be opened: it is in use, "
+              "or permission is missing\n");
     EXPECT_THAT(session.out.str(), IsEmpty());
 }
 
@@ -104,10 +108,10 @@ TEST(InfoOfAnImage, KeepsControlCharactersFromTheTerminal)
 {
     Session session;
     std::vector<std::uint8_t> image = demoImage();
-    const std::string planted = "\x1b[2J\x07\x9b\r\n"; // in place of "Vornadel"
+    const std::string planted = "\x1b~ J\x7F\x9b\r\n"; // in place of "Vornadel"
     std::copy(planted.begin(), planted.end(), image.end() - 512 + 43 + 2);
     EXPECT_EQ(session.info(session.folder.write("planted.bin", image)), kExitSuccess);
-    EXPECT_THAT(session.out.str(), HasSubstr("\nmanufacturer:  ?[2J????\n"));
+    EXPECT_THAT(session.out.str(), HasSubstr("\nmanufacturer:  ?~ J????\n"));
 }
 
 TEST(InfoOfAnImage, RefusesWhatIsNone)
@@ -136,7 +140,13 @@ TEST(InfoOfAnImage, SaysWhyAFileWasNotRead)
         {session.folder.path(), "it is a folder"},
         {"/dev/null", "it is not a regular file"},
         {session.folder.write("empty.bin", std::string()), "it is empty"},
+        {session.folder.write("large.bin", std::string()), "it cannot be read, or is too large"},
+        {session.folder.write("closed.bin", std::string("x")), "Permission denied"},
     };
+    std::filesystem::resize_file(rows[4].file, 1ULL << 31);
+    std::filesystem::permissions(rows[5].file, std::filesystem::perms::none);
+    std::filesystem::permissions(session.folder.path(), std::filesystem::perms{0755});
+    const WithoutPrivilege nobody;
     for (const auto& row : rows) {
         SCOPED_TRACE(row.file);
         EXPECT_EQ(session.info(row.file), kExitFailure);
@@ -151,6 +161,14 @@ TEST(List, MarksTheSupportedHubs)
     EXPECT_EQ(session.list(), kExitSuccess);
     EXPECT_EQ(session.out.str(), "1209:0001  supported hub\n1209:0002  supported hub\n");
     EXPECT_EQ(session.hub().requestCount(), 0U);
+}
+
+TEST(List, FailsIfTheAnswerCannotBeWritten)
+{
+    Session session;
+    session.out.setstate(std::ios::badbit); // as on a full disk
+    EXPECT_EQ(session.list(), kExitFailure);
+    EXPECT_EQ(session.err.str(), "the answer could not be written\n");
 }
 
 TEST(List, TakesTheIdsFromTheConfigFileThatIsNamed)

@@ -1,6 +1,9 @@
 #include "cli/Interruption.h"
 
 #include "cli/CommandLine.h"
+#include "hub/HubCommands.h"
+#include "hub/HubTransport.h"
+#include "tests/cli/Session.h"
 
 #include <gtest/gtest.h>
 
@@ -70,6 +73,39 @@ TEST_P(EndingSignal, InterruptsAFailedCommandAndLeavesASuccessOne)
     EXPECT_EQ(interruption.statusAfter(kExitSuccess), kExitSuccess);
 }
 
+TEST_P(EndingSignal, KeepsTheHubFromFurtherRequests)
+{
+    Session session;
+    ASSERT_EQ(session.list(), kExitSuccess); // fills the supported ids
+    ASSERT_TRUE(Hub_OpenDevice());
+    TellingClock clock;
+    const Interruption interruption(clock);
+    ASSERT_TRUE(isBlocked());
+    ASSERT_EQ(::kill(::getpid(), GetParam()), 0);
+    clock.waitForInterruption();
+    HubStatusBlock block{};
+    EXPECT_EQ(Hub_ReadStatusBlock(block), kHubAbandoned);
+    Hub_CloseDevice();
+}
+
+using EndingSignalDeathTest = EndingSignal;
+
+TEST_P(EndingSignalDeathTest, EndsTheProgramAtOnceWhenItComesTwice)
+{
+    EXPECT_EXIT(
+        {
+            TellingClock clock;
+            const Interruption interruption(clock);
+            ::kill(::getpid(), GetParam());
+            clock.waitForInterruption();
+            ::kill(::getpid(), GetParam());
+            for (;;) {
+                ::pause();
+            }
+        },
+        testing::ExitedWithCode(kExitInterrupted), "");
+}
+
 TEST_P(EndingSignal, IsLeftAloneWhenItIsIgnored)
 {
     std::signal(GetParam(), SIG_IGN);
@@ -79,6 +115,7 @@ TEST_P(EndingSignal, IsLeftAloneWhenItIsIgnored)
 }
 
 INSTANTIATE_TEST_SUITE_P(All, EndingSignal, testing::Values(SIGINT, SIGTERM, SIGHUP));
+INSTANTIATE_TEST_SUITE_P(All, EndingSignalDeathTest, testing::Values(SIGINT, SIGTERM, SIGHUP));
 
 } // namespace
 

@@ -1,3 +1,4 @@
+#include "cli/ConsoleReporter.h"
 #include "hub/HubTransport.h"
 #include "standins/sim/DemoImage.h"
 #include "tests/cli/Session.h"
@@ -7,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -152,6 +154,23 @@ TEST(Update, SendsNothingWhenASignalCameBeforeItsFirstRequest)
     session.interruptBeforeCommands = true;
     EXPECT_EQ(session.update(image), kExitFailure);
     EXPECT_EQ(session.hub().requestCount(), 0U);
+}
+
+TEST(ConsoleReporter, EndsTheMovingLineBeforeAFailureAndAtItsEnd)
+{
+    std::ostringstream screen;
+    {
+        ConsoleReporter console(screen, screen, true);
+        FlowReporter& reporter = console;
+        reporter.started({FlowKind::Update, "a.bin", 8192});
+        reporter.stepStarted(Step::Write);
+        reporter.progressed(4096, 8192);
+        reporter.finished({Step::Write, Cause::RequestFailed, 4096});
+        EXPECT_THAT(screen.str(), HasSubstr("%\nFail to Write Flash\n"));
+        reporter.progressed(8192, 8192);
+        EXPECT_THAT(screen.str(), EndsWith("%"));
+    }
+    EXPECT_THAT(screen.str(), EndsWith("%\n"));
 }
 
 } // namespace vornadel::test

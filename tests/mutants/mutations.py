@@ -328,7 +328,7 @@ class _Source:
             return
         first, last = index + 1, end - 1
         if self.tokens[first].text == "{" or (
-            first == last and (self.tokens[first].kind == "number" or self.tokens[first].text in ("true", "false", "nullptr"))
+            first == last and (self.tokens[first].kind == "number" or self.tokens[first].text in ("true", "false", "nullptr", "kExitSuccess"))
         ):
             return
         level, logical = first, False
