@@ -12,6 +12,14 @@ finish() {
     same flash.bin "$image"
 }
 
+# held_up: the first program is stopped with all its threads, or has ended.
+held_up() {
+    local file stat
+    for file in "/proc/$update_pid"/task/*/stat; do
+        { read -r stat <"$file"; } 2>/dev/null && [[ $stat == *') '[TZ]' '* ]] || return 1
+    done
+}
+
 # hold_at STEP: starts the first program and holds it up there, with the hub in its hands. False when it could not be held
 # before it was through.
 hold_at() {
@@ -22,7 +30,10 @@ hold_at() {
     exec {told}<told
     while IFS= read -r line <&"$told" && echo "$line" >>said_by_first && [ "$line" != "$1" ]; do :; done
     kill -STOP "$update_pid"
-    timeout 0.5 cat <&"$told" >>said_by_first || : # what it had said by then
+    wait_until 20 'the first update to be held up' held_up
+    while read -r -t 0 -u "$told" && IFS= read -r line <&"$told"; do # what it had said by then
+        echo "$line" >>said_by_first
+    done
     says said_by_first "$1" || fail "the first update did not come to '$1'"
     ! says said_by_first 'Reset to Flash Code...'
 }
