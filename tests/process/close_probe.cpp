@@ -1,7 +1,6 @@
 // The window program on a simulated hub, which chooses an image and presses "Update", or presses a
 // button of the flash page, and closes its own window at a moment told on the command line. Only a
-// flow's requests and pauses count, not the detection's. Prints the moment of the closing to
-// standard error, in nanoseconds of the monotonic clock.
+// flow's requests and pauses count, not the detection's.
 //
 //   close_probe FLASH IMAGE request N     while the N-th request after the press is in flight
 //   close_probe FLASH IMAGE stuck N       the same, and that request never ends
@@ -13,9 +12,9 @@
 //   close_probe FLASH IMAGE panel 0       while the flash page asks where to save
 //   close_probe FLASH IMAGE alert 0       while the flash page says that there is nothing to save
 //   close_probe FLASH IMAGE dialog 0      right after the image has been chosen
-//   close_probe FLASH IMAGE launch 0      as soon as the window is there, with the start-up run
-//   going on close_probe FLASH IMAGE end 0         after the last line close_probe FLASH IMAGE loss
-//   0        from a button's slot that loses a kilobyte
+//   close_probe FLASH IMAGE launch 0      as soon as the window is there, in the start-up run
+//   close_probe FLASH IMAGE end 0         after the last line
+//   close_probe FLASH IMAGE loss 0        from a button's slot that loses a kilobyte
 
 #include "app/AppDelegate.h"
 #include "app/Controls.h"
@@ -80,9 +79,6 @@ public:
         const std::lock_guard lock(m_mutex);
         m_closed = true;
         m_changed.notify_all();
-        const auto now = std::chrono::steady_clock::now().time_since_epoch();
-        std::fprintf(stderr, "closed at %lld\n",
-                     static_cast<long long>(std::chrono::nanoseconds(now).count()));
     }
 
 private:
