@@ -80,8 +80,8 @@ public:
 private:
     void plant(std::uint8_t* block)
     {
-        static constexpr std::uint8_t kMarks[][2] = {{0xAA, 0x55}, {0x3C, 0xC3}, {0x55, 0xAA}};
-        std::memcpy(block, kMarks[upTo(m_random, 2)], 2);
+        static constexpr std::uint8_t kAnyMark[][2] = {{0xAA, 0x55}, {0x3C, 0xC3}, {0x55, 0xAA}};
+        std::memcpy(block, kAnyMark[upTo(m_random, 2)], 2);
         std::uint8_t* const area = block + 43;
         for (std::size_t at = 0; at < 35; at += std::max<std::size_t>(area[at], 1)) {
             area[at] = static_cast<std::uint8_t>(upTo(m_random, 14));

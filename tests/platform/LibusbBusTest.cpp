@@ -41,8 +41,6 @@ namespace vornadel::test
 namespace
 {
 
-constexpr std::uint16_t kVendorId = 0x1209;
-constexpr std::uint16_t kProductId = 0x5AB3;
 constexpr std::uint32_t kStalled = 0xFFFFFFF7;
 constexpr std::uint32_t kTimedOut = 0xFFFFFFF9;
 constexpr std::uint32_t kNoDevice = 0xFFFFFFFC;

@@ -19,8 +19,6 @@ namespace
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr std::uint16_t kVendorId = 0x1209;
-constexpr std::uint16_t kProductId = 0x5AB3;
 constexpr Clock::Duration kSecond = std::chrono::seconds(1);
 
 class LibusbWatchTest : public testing::Test

@@ -47,9 +47,6 @@ namespace vornadel::test
 namespace
 {
 
-constexpr std::uint16_t kVendorId = 0x1209;
-constexpr std::uint16_t kProductId = 0x5AB3;
-
 class NodeLock : public testing::Test
 {
 protected:

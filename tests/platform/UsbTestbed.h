@@ -12,6 +12,10 @@
 namespace vornadel::test
 {
 
+/// The ids of the device that most tests plug in.
+inline constexpr std::uint16_t kVendorId = 0x1209;
+inline constexpr std::uint16_t kProductId = 0x5AB3;
+
 /// A USB bus of its own for this process: sysfs, udev events and device nodes, by way of umockdev.
 /// Whatever uses libusb must come after it and go before it.
 class UsbTestbed
