@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <grp.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -28,6 +29,7 @@ using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
 constexpr uid_t kNobody = 65534;
+constexpr gid_t kSharedGroup = 4711;
 
 /// An empty temporary folder.
 class WholeFile : public testing::Test
@@ -135,12 +137,19 @@ TEST_F(WholeFile, KeepsEveryByte)
     expectSaved(path("empty.bin"), "");
 }
 
+TEST_F(WholeFile, LeavesNoFileOpen)
+{
+    const std::size_t before = Resources::now().descriptors;
+    expectSaved(path("new.bin"), "content");
+    EXPECT_EQ(Resources::now().descriptors, before);
+}
+
 TEST_F(WholeFile, KeepsPermissionsAndOwnerOfTheFileThatItReplaces)
 {
     for (const mode_t mode : {0600U, 0640U, 0666U, 0755U, 04711U}) {
         SCOPED_TRACE(mode);
         const std::string file = make("old.bin", "old");
-        ASSERT_TRUE(::geteuid() != 0 || ::chown(file.c_str(), kNobody, kNobody) == 0);
+        ASSERT_TRUE(::geteuid() != 0 || ::chown(file.c_str(), kNobody, kSharedGroup) == 0);
         ASSERT_EQ(::chmod(file.c_str(), mode), 0);
         struct stat before = {};
         ASSERT_EQ(::stat(file.c_str(), &before), 0);
@@ -306,6 +315,28 @@ TEST_F(WholeFile, LeavesAFileThatMayNotBeWrittenThoughItsFolderMay)
     }
     EXPECT_EQ(contentOf(file), "old");
     EXPECT_THAT(names(), UnorderedElementsAre("old.bin", "new.bin"));
+}
+
+TEST_F(WholeFile, KeepsTheGroupOfAForeignFileWhereTheUserIsAMember)
+{
+    const std::string file = make("old.bin", "old");
+    const bool root = ::geteuid() == 0; // without root the file is the user's own
+    const gid_t group = root ? kSharedGroup : ::getegid();
+    std::vector<gid_t> groups(static_cast<std::size_t>(::getgroups(0, nullptr)));
+    ASSERT_GE(::getgroups(static_cast<int>(groups.size()), groups.data()), 0);
+    ASSERT_TRUE(!root || ::setgroups(1, &group) == 0);
+    ASSERT_EQ(::chown(file.c_str(), ::geteuid(), group), 0);
+    ASSERT_EQ(::chmod(file.c_str(), 06777), 0);
+    ASSERT_EQ(::chmod(m_folder.c_str(), 0777), 0);
+    {
+        const WithoutPrivilege ordinary;
+        expectSaved(file, "new");
+    }
+    EXPECT_TRUE(!root || ::setgroups(groups.size(), groups.data()) == 0);
+    EXPECT_EQ(modeOf(file), root ? 02777U : 06777U);
+    struct stat info = {};
+    ASSERT_EQ(::stat(file.c_str(), &info), 0);
+    EXPECT_EQ(info.st_gid, group);
 }
 
 TEST_F(WholeFile, ReplacesAForeignFileThatMayBeWrittenWithoutItsSetIdBits)
