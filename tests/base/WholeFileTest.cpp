@@ -342,14 +342,15 @@ TEST_F(WholeFile, KeepsTheGroupOfAForeignFileWhereTheUserIsAMember)
 TEST_F(WholeFile, ReplacesAForeignFileThatMayBeWrittenWithoutItsSetIdBits)
 {
     const std::string file = make("old.bin", "old");
-    ASSERT_EQ(::chmod(file.c_str(), 04777), 0);
+    ASSERT_TRUE(::geteuid() != 0 || ::chown(file.c_str(), 0, kSharedGroup) == 0);
+    ASSERT_EQ(::chmod(file.c_str(), 06777), 0);
     ASSERT_EQ(::chmod(m_folder.c_str(), 0777), 0);
     const bool foreign = ::geteuid() == 0; // only root can give the file to another user
     {
         const WithoutPrivilege ordinary;
         expectSaved(file, "new");
     }
-    EXPECT_EQ(modeOf(file), foreign ? 0777U : 04777U);
+    EXPECT_EQ(modeOf(file), foreign ? 0777U : 06777U);
 }
 
 } // namespace
