@@ -153,8 +153,8 @@ private:
     // A callback has been posted to the main thread and has not begun yet.
     std::atomic<bool> m_attachPosted = false;
     std::atomic<bool> m_detachPosted = false;
-    std::unique_ptr<QWidget> m_window; // last, so that the controls are destroyed before their
-                                       // users
+    // Last, so that the controls are destroyed before their users.
+    std::unique_ptr<QWidget> m_window;
 };
 
 /// The one delegate, for plain functions; null before launch.

@@ -37,7 +37,7 @@ void EasyUpdatePage::choose()
     m_tool.txtFw_EasyUpdate->setText(path);
     m_tool.txtFw_EasyUpdate->setToolTip(plainToolTip(path)); // it may be longer than the field
     FwImage_LoadFile(m_image, QFile::encodeName(path).toStdString());
-    if (!m_image.loaded) { // a file that cannot be read leaves the image before it loaded
+    if (!m_image.loaded) { // an unreadable file leaves the previous image loaded
         AppDelegate::showAlert("Firmware format error\n");
         return;
     }

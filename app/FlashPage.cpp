@@ -54,7 +54,7 @@ void FlashPage::load()
     const QString path = chooseFile(m_tool.window());
     if (!path.isEmpty()) {
         FwImage_LoadFile(m_image, QFile::encodeName(path).toStdString());
-        if (m_image.loaded) { // a file that cannot be read leaves the image before it loaded
+        if (m_image.loaded) { // an unreadable file leaves the previous image loaded
             m_tool.tbViewController->LoadIni();
             m_tool.tbViewController->RefreshCurValues_8Bit();
         } else {

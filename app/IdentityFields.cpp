@@ -37,7 +37,7 @@ void logBytes(const char* name, const std::uint8_t* position)
     ConsoleLog(QString::asprintf("Old %s : %s", name, FwImage_IdText(position).c_str()));
 }
 
-/// Leaves the cursor where it is, as long as there is a text.
+/// Keeps the cursor position unless the text is empty.
 void putText(QLineEdit* field, const QString& text)
 {
     const int cursor = field->cursorPosition();

@@ -28,7 +28,7 @@ using namespace layout;
 
 constexpr int kPropertyRowHeight = 24;
 
-/// The one place where frames become widget coordinates, whose origin is the upper left corner.
+/// The only place that converts frames to widget coordinates, with their origin at the upper left.
 void place(QWidget* widget, const Frame& frame)
 {
     const double top = widget->parentWidget()->height() - frame.y - frame.height;
@@ -46,7 +46,7 @@ QFont helvetica(int points)
     return font;
 }
 
-/// Gives the widget its frame, its member's name, and the name that a screen reader says.
+/// Sets the widget's frame, its object name (the member's) and its name for screen readers.
 void nameAndPlace(QWidget* widget, const char* name, const char* accessibleName, const Frame& frame)
 {
     widget->setObjectName(name);
@@ -126,7 +126,7 @@ void buildPropertyEditor(WindowControls& controls)
     table->setTabKeyNavigation(false);
     nameAndPlace(table, "tbProperties_Detail", "Properties", {0, 362, 440, 180});
     controls.tbProperties_Detail = table;
-    // A line of the hex view that wraps cannot be read.
+    // A wrapped line of the hex view would be unreadable.
     controls.txtViewBin_Detail->setLineWrapMode(QPlainTextEdit::NoWrap);
     controls.txtViewBin_Detail->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
 }
@@ -146,7 +146,7 @@ void chainTabOrder(QWidget* content)
 /// The window has one size; on a screen smaller than that its content scrolls.
 void fitToScreen(QWidget* window, const QSize& content)
 {
-    // What the window manager puts around a window is not known before it is shown.
+    // The size of the window manager's frame is unknown until the window is shown.
     constexpr QSize kFrameAllowance(10, 40);
     const QSize screen = window->screen()->availableSize() - kFrameAllowance;
     if (content.width() <= screen.width() && content.height() <= screen.height()) {
@@ -170,7 +170,7 @@ void AppDelegate::MyLayoutUI()
     window->setWindowTitle(appTitle + "  " + kToolVersion + m_titleSuffix);
     auto* content = new QWidget;
     content->setFont(helvetica(12));
-    content->resize(size); // the final size at once: every frame is measured from its lower edge
+    content->resize(size); // the final size first, because frames are measured from the lower edge
 
     buildBoxes(*this, content);
     buildFields(*this);

@@ -60,7 +60,7 @@ void ScalarPage::run()
         return;
     }
     m_tool.platform().clock.sleep(kScalarFarewell);
-    if (!m_tool.isShuttingDown()) { // a closed window is ending the process already
+    if (!m_tool.isShuttingDown()) { // otherwise the closed window is already ending the process
         m_tool.endProcess(EXIT_SUCCESS);
     }
 }

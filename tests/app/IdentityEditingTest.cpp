@@ -160,7 +160,7 @@ TEST_F(IdentityEditing, WipesTheStringsAfterAPasteOfFortyCharacters)
     }
     for (int left = 38; left > 15; --left) {
         QTest::keyClick(tool().txtManu_FwFlash, Qt::Key_Backspace);
-        // While the total is too large every event takes one more.
+        // While the total is too large, every event removes one more character.
         if (tool().txtManu_FwFlash->text().size() + 14 > 29) {
             EXPECT_EQ(dumped(43), "00");
         }
@@ -297,7 +297,7 @@ protected:
                        QString::fromStdString(writeFile("demo.bin", demoImage())));
     }
 
-    /// What the update image holds, by way of the hub.
+    /// The content of the update image, read back from the hub.
     std::vector<std::uint8_t> updateImage()
     {
         click(tool().btnUpdate_EasyUpdate);

@@ -133,8 +133,8 @@ TEST(SupportedIdsScript, FindsTheIdsThatTheToolFinds)
         const ToolConfig config = readToolConfig(file.string());
         const std::vector<std::string> printed = linesOf(file.string() + ".out");
         if (!fs::exists(file.string() + ".ok")) {
-            EXPECT_EQ(printed.size(), 1U) << file; // refused, with the reason; the tool may be
-                                                   // laxer
+            // Refused, with the reason; the tool may be more lenient.
+            EXPECT_EQ(printed.size(), 1U) << file;
             continue;
         }
         std::ifstream content(file);

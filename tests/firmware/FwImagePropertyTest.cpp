@@ -23,7 +23,7 @@ bool isMark(unsigned first, unsigned second)
     return word == 0xAA55 || word == 0x3CC3 || word == 0x55AA;
 }
 
-// Where the block is, asked of each offset from the front.
+// The block's position, found by checking each offset from the start.
 std::size_t blockOf(const std::uint8_t* bytes, std::size_t length)
 {
     std::size_t found = kNowhere;
@@ -35,7 +35,7 @@ std::size_t blockOf(const std::uint8_t* bytes, std::size_t length)
     return found;
 }
 
-// The texts that a string area gives, each on top of what was there before.
+// The texts from a string area, each on top of its previous content.
 std::array<std::string, 3> textsOf(std::string area, std::array<std::string, 3> texts)
 {
     for (std::string& text : texts) {
@@ -55,7 +55,7 @@ std::array<std::string, 3> textsOf(const FwImage& image)
     return {textOf(image.manufacturer), textOf(image.product), textOf(image.serial)};
 }
 
-// Random bytes of which every case takes a window, so that most of the time goes into the parsing.
+// Random bytes; each case uses a window of them, so that most of the time goes into parsing.
 class RandomImages
 {
 public:

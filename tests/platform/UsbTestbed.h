@@ -16,8 +16,8 @@ namespace vornadel::test
 inline constexpr std::uint16_t kVendorId = 0x1209;
 inline constexpr std::uint16_t kProductId = 0x5AB3;
 
-/// A USB bus of its own for this process: sysfs, udev events and device nodes, by way of umockdev.
-/// Whatever uses libusb must come after it and go before it.
+/// A private USB bus for this process: sysfs, udev events and device nodes, through umockdev.
+/// Create it before anything that uses libusb, and destroy it after.
 class UsbTestbed
 {
 public:
@@ -26,22 +26,20 @@ public:
     UsbTestbed& operator=(const UsbTestbed&) = delete;
     ~UsbTestbed();
 
-    /// Plugs a device into a port, such as "1-1". Each plugging gives a new address, as the kernel
-    /// does.
+    /// Plugs a device into a port, such as "1-1". Each plug gets a new address, as from the kernel.
     SimulatedNode& plug(const std::string& port, std::uint16_t vendorId, std::uint16_t productId,
                         WireHandler handler = {});
     void unplug(const std::string& port);
 
-    /// Makes two plugged devices the halves of one, as far as sysfs tells: each is what the peer of
-    /// the other's port has.
+    /// Makes two plugged devices the halves of one hub in sysfs: their ports are peers.
     void join(const std::string& port, const std::string& otherPort,
               const std::string& deviceClass);
 
-    /// The event of the arrival once more, without an arrival.
+    /// Sends the arrival event again, without an arrival.
     void repeatArrival(const std::string& port);
 
     std::string nodePath(const std::string& port) const;
-    std::string rootFolder() const; ///< where all of it really lies
+    std::string rootFolder() const; ///< the real location of the tree
 
 private:
     struct Plugged {
@@ -51,11 +49,10 @@ private:
     };
 
     UMockdevTestbed* m_testbed;
-    std::vector<std::unique_ptr<SimulatedNode>> m_nodes; // those of the past too: open files still
-                                                         // reach them
+    std::vector<std::unique_ptr<SimulatedNode>> m_nodes; // also removed ones, for open files
     std::map<std::string, Plugged> m_plugged;
-    // The handlers of these nodes stay to the end: a host that is just opening one would be cut off
-    // by an abort().
+    // The handlers of these nodes stay to the end: without one, a host that is opening the node
+    // would abort().
     std::vector<std::string> m_left;
     unsigned m_lastAddress = 1; // 1 is the root hub's
 };
