@@ -63,7 +63,9 @@ function(vornadel_target_defaults target)
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
     -Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual
-    $<$<BOOL:${VORNADEL_WARNINGS_ARE_ERRORS}>:-Werror>)
+    $<$<BOOL:${VORNADEL_WARNINGS_ARE_ERRORS}>:-Werror>
+    # Files that are compiled together are included ones, whose anonymous namespaces g++ takes for a header's.
+    $<$<AND:$<CXX_COMPILER_ID:GNU>,$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>>:-Wno-subobject-linkage>)
   if(VORNADEL_SANITIZE)
     target_compile_options(${target} PRIVATE
       -fsanitize=${VORNADEL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all
