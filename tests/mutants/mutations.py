@@ -242,6 +242,9 @@ class _Source:
             return  # a pure virtual function
         if token.kind == "number" and self.tokens[index - 1].text in COMPARISONS:
             return  # the boundary's mutant is the same
+        before = [near.text for near in self.tokens[max(0, index - 3) : index]]
+        if before[-2:] == ["char", ","] or (before[-1:] == ["["] and before[:1] == ["char"]):
+            return  # the size of a buffer for text, which has room to spare
         if token.kind == "number":
             around = "".join(near.text for near in self.tokens[max(0, index - 4) : index + 5])
             others = _number(token.text, zlib.crc32(around.encode()) & 1)
@@ -283,6 +286,8 @@ class _Source:
             kind = "arithmetic" if token.text == "|" else "condition"
             ends = ENDS | {token.text}
             first, last = self.operand(index, -1, ends), self.operand(index, 1, ends)
+            if token.text == "|" and self.tokens[index - 1].text == "O_RDONLY":
+                first = None  # is 0
             if first is not None and not (first > 0 and self.tokens[first - 1].text == token.text):
                 self.add(kind, first, index - 1, neutral)
             if last is not None:
