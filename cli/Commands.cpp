@@ -159,6 +159,20 @@ int showImage(const std::string& path, std::ostream& out, std::ostream& err)
     return kExitSuccess;
 }
 
+const char* whyNotOpened(UsbOpenStatus status)
+{
+    switch (status) {
+    case UsbOpenStatus::NoAccess:
+        return "permission is missing";
+    case UsbOpenStatus::Busy:
+        return "another program has it open";
+    case UsbOpenStatus::Gone:
+        return "it has just left";
+    default:
+        return "the system gives no reason";
+    }
+}
+
 int showHub(std::ostream& out, std::ostream& err)
 {
     if (!Hub_FindDevice()) {
@@ -166,9 +180,8 @@ int showHub(std::ostream& out, std::ostream& err)
         return kExitFailure;
     }
     if (!Hub_OpenDevice()) {
-        err << "a supported hub is attached, but it cannot be opened: it is in use, or permission "
-               "is "
-               "missing\n";
+        err << "a supported hub is attached, but it cannot be opened: "
+            << whyNotOpened(Hub_LastOpenStatus()) << '\n';
         return kExitFailure;
     }
     HubStatusBlock status{};

@@ -128,19 +128,28 @@ std::unique_ptr<UsbDevice> nextSupported(UsbSearch& search)
     }
 }
 
-// The first supported hub, opened; or null, with LastError set.
-std::unique_ptr<UsbDevice> openFirstSupported()
+thread_local UsbOpenStatus lastOpenStatus = UsbOpenStatus::Other;
+
+// Opens the first supported hub. `hub` is set when it is open; otherwise LastError is.
+UsbOpenStatus openFirstSupported(std::unique_ptr<UsbDevice>& hub)
 {
     const std::unique_ptr<UsbSearch> search = beginSearch();
     if (search == nullptr) {
-        return nullptr;
+        return UsbOpenStatus::Other;
     }
-    std::unique_ptr<UsbDevice> hub = nextSupported(*search);
-    if (hub == nullptr || transport().abandoned || !hub->open()) {
+    std::unique_ptr<UsbDevice> found = nextSupported(*search);
+    UsbOpenStatus status = UsbOpenStatus::Gone;
+    if (transport().abandoned) {
+        status = UsbOpenStatus::Other;
+    } else if (found != nullptr) {
+        status = found->open();
+    }
+    if (status == UsbOpenStatus::Opened) {
+        hub = std::move(found);
+    } else {
         LastError = kNoHubOpened;
-        return nullptr;
     }
-    return hub;
+    return status;
 }
 
 } // namespace
@@ -171,10 +180,12 @@ bool Hub_FindDevice()
 bool Hub_OpenDevice()
 {
     if (transport().abandoned || !claim()) {
+        lastOpenStatus = transport().abandoned ? UsbOpenStatus::Other : UsbOpenStatus::Busy;
         LastError = kNoHubOpened;
         return false;
     }
-    std::unique_ptr<UsbDevice> hub = openFirstSupported();
+    std::unique_ptr<UsbDevice> hub;
+    lastOpenStatus = openFirstSupported(hub);
     if (hub == nullptr) {
         endClaim();
         return false;
@@ -187,6 +198,8 @@ bool Hub_OpenDevice()
     Hub_ControlRequest(openTime);
     return true;
 }
+
+UsbOpenStatus Hub_LastOpenStatus() { return lastOpenStatus; }
 
 void Hub_CloseDevice()
 {

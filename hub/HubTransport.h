@@ -37,6 +37,10 @@ bool Hub_FindDevice();
 /// stays open and unused until the process ends.
 bool Hub_OpenDevice();
 
+/// How the calling thread's last Hub_OpenDevice() ended. Gone also when no supported hub was there,
+/// Busy also when another thread had it, Other also without a device list and after Hub_Abandon().
+UsbOpenStatus Hub_LastOpenStatus();
+
 /// Closes the hub that the calling thread opened; does nothing otherwise.
 void Hub_CloseDevice();
 

@@ -26,6 +26,15 @@ struct ControlRequest {
     }
 };
 
+/// How the open of a device ended.
+enum class UsbOpenStatus {
+    Opened,
+    NoAccess, ///< the user lacks the permission
+    Busy,     ///< another party holds the device
+    Gone,     ///< the device has left the bus
+    Other     ///< the platform failed for another reason
+};
+
 /// One attached USB device, as the platform lists it. Not thread-safe: one owner, one call at a
 /// time. Destroying an open device gives it back to the platform as close() does.
 class UsbDevice
@@ -41,9 +50,8 @@ public:
     virtual std::uint16_t productId() const = 0; ///< idProduct, known without opening; 0 when it
                                                  ///< cannot be read
 
-    /// Exclusive open; false when another party holds the device, access is denied or the device
-    /// has left. Not to be called on a device object that is open already.
-    virtual bool open() = 0;
+    /// Exclusive open. Not to be called on a device object that is open already.
+    virtual UsbOpenStatus open() = 0;
 
     /// One synchronous control transfer on an open device. 0 when it went well, which on Linux
     /// means that the whole data stage moved (macOS also counts a read that ended early); any other

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
 #include <fstream>
@@ -35,7 +36,42 @@ std::string nodeOf(unsigned bus, unsigned address)
     return path.data();
 }
 
-/// The open node, or -1.
+UsbOpenStatus statusOfErrno(int error)
+{
+    switch (error) {
+    case EACCES:
+    case EPERM:
+        return UsbOpenStatus::NoAccess;
+    case ENOENT:
+    case ENODEV:
+    case ENXIO:
+        return UsbOpenStatus::Gone;
+    case EWOULDBLOCK: // of a lock
+    case EBUSY:
+        return UsbOpenStatus::Busy;
+    default:
+        return UsbOpenStatus::Other;
+    }
+}
+
+UsbOpenStatus statusOfLibusb(int result)
+{
+    switch (result) {
+    case LIBUSB_SUCCESS:
+        return UsbOpenStatus::Opened;
+    case LIBUSB_ERROR_ACCESS:
+        return UsbOpenStatus::NoAccess;
+    case LIBUSB_ERROR_BUSY:
+        return UsbOpenStatus::Busy;
+    case LIBUSB_ERROR_NO_DEVICE:
+    case LIBUSB_ERROR_NOT_FOUND:
+        return UsbOpenStatus::Gone;
+    default:
+        return UsbOpenStatus::Other;
+    }
+}
+
+/// The open node, or -1 and errno.
 int openNode(const std::string& path, int flags)
 {
     if (access(path.c_str(), flags == O_RDWR ? R_OK | W_OK : R_OK) != 0) {
@@ -44,7 +80,8 @@ int openNode(const std::string& path, int flags)
     return ::open(path.c_str(), flags | O_CLOEXEC);
 }
 
-/// False when anyone holds the lock, this process included. A node that is not open needs none.
+/// False and errno when anyone holds the lock, this process included. A node that is not open needs
+/// none.
 bool lockNode(int node) { return node < 0 || flock(node, LOCK_EX | LOCK_NB) == 0; }
 
 /// The number in a file of sysfs; nothing when it is not there.
@@ -93,17 +130,17 @@ std::uint16_t LibusbDevice::vendorId() const { return descriptorOf(m_device).idV
 
 std::uint16_t LibusbDevice::productId() const { return descriptorOf(m_device).idProduct; }
 
-bool LibusbDevice::open()
+UsbOpenStatus LibusbDevice::open()
 {
     if (m_handle != nullptr) {
-        return true;
+        return UsbOpenStatus::Opened;
     }
     const std::string path =
         nodeOf(libusb_get_bus_number(m_device), libusb_get_device_address(m_device));
     const std::string otherPath = nodeOfOtherHalf(m_device);
     m_node = openNode(path, O_RDWR);
     if (m_node < 0) {
-        return false;
+        return statusOfErrno(errno);
     }
     // The lock is on both halves of a hub: another program may see them in another order, and would
     // open the other one. A half that cannot be opened is one that has left, or that nobody with
@@ -114,15 +151,17 @@ bool LibusbDevice::open()
     const auto [first, second] =
         std::minmax({std::pair(path, m_node), std::pair(otherPath, m_otherNode)});
     if (!lockNode(first.second) || !lockNode(second.second)) {
+        const UsbOpenStatus status = statusOfErrno(errno);
         close();
-        return false;
+        return status;
     }
-    if (libusb_wrap_sys_device(m_context->get(), m_node, &m_handle) != LIBUSB_SUCCESS) {
+    const UsbOpenStatus status =
+        statusOfLibusb(libusb_wrap_sys_device(m_context->get(), m_node, &m_handle));
+    if (status != UsbOpenStatus::Opened) {
         m_handle = nullptr;
         close();
-        return false;
     }
-    return true;
+    return status;
 }
 
 std::uint32_t LibusbDevice::control(ControlRequest& request)

@@ -47,9 +47,11 @@ constexpr std::uint32_t bits(IOReturn status) { return static_cast<std::uint32_t
 
 static_assert(kIOReturnSuccess == 0 && noErr == 0 && errAuthorizationSuccess == 0);
 static_assert(bits(kIOReturnError) == 0xE00002BC && bits(kIOReturnNoMemory) == 0xE00002BD);
-static_assert(bits(kIOReturnNoDevice) == 0xE00002C0);
+static_assert(bits(kIOReturnNoDevice) == 0xE00002C0 && bits(kIOReturnNotPrivileged) == 0xE00002C1);
 static_assert(bits(kIOReturnBadArgument) == 0xE00002C2 &&
               bits(kIOReturnExclusiveAccess) == 0xE00002C5);
+static_assert(bits(kIOReturnBusy) == 0xE00002D5 && bits(kIOReturnNotAttached) == 0xE00002D9 &&
+              bits(kIOReturnNotPermitted) == 0xE00002E2);
 static_assert(bits(kIOReturnNotOpen) == 0xE00002CD && bits(kIOReturnNotFound) == 0xE00002F0);
 static_assert(IO_OBJECT_NULL == 0);
 static_assert(kAuthorizationFlagDefaults == 0 &&

@@ -25,10 +25,25 @@ std::uint16_t IokitDevice::productId() const
     return id;
 }
 
-bool IokitDevice::open()
+UsbOpenStatus IokitDevice::open()
 {
-    m_open = (*m_interface)->USBDeviceOpen(m_interface) == kIOReturnSuccess;
-    return m_open;
+    const IOReturn result = (*m_interface)->USBDeviceOpen(m_interface);
+    m_open = result == kIOReturnSuccess;
+    switch (result) {
+    case kIOReturnSuccess:
+        return UsbOpenStatus::Opened;
+    case kIOReturnNotPrivileged:
+    case kIOReturnNotPermitted:
+        return UsbOpenStatus::NoAccess;
+    case kIOReturnExclusiveAccess:
+    case kIOReturnBusy:
+        return UsbOpenStatus::Busy;
+    case kIOReturnNoDevice:
+    case kIOReturnNotAttached:
+        return UsbOpenStatus::Gone;
+    default:
+        return UsbOpenStatus::Other;
+    }
 }
 
 std::uint32_t IokitDevice::control(ControlRequest& request)

@@ -21,7 +21,7 @@ public:
 
     std::uint16_t vendorId() const override;
     std::uint16_t productId() const override;
-    bool open() override;
+    UsbOpenStatus open() override;
     std::uint32_t control(ControlRequest& request) override;
     void close() override;
 

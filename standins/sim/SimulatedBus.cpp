@@ -22,13 +22,14 @@ public:
     std::uint16_t vendorId() const override { return m_half.vendorId; }
     std::uint16_t productId() const override { return m_half.productId; }
 
-    bool open() override
+    UsbOpenStatus open() override
     {
         if (m_open) {
-            return false;
+            return UsbOpenStatus::Busy;
         }
-        m_open = m_hub->open(m_half);
-        return m_open;
+        const UsbOpenStatus status = m_hub->open(m_half);
+        m_open = status == UsbOpenStatus::Opened;
+        return status;
     }
 
     std::uint32_t control(ControlRequest& request) override

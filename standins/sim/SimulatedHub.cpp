@@ -136,28 +136,31 @@ std::vector<AttachedHalf> SimulatedHub::attachedHalves() const
     return attached;
 }
 
-bool SimulatedHub::open(const AttachedHalf& device)
+UsbOpenStatus SimulatedHub::open(const AttachedHalf& device)
 {
     const std::lock_guard lock(m_mutex);
     Half& half = m_halves[indexOf(device.speed)];
-    if (device.session != m_session || !half.attached || m_faults.countOpen() || half.opened) {
-        return false;
+    if (device.session != m_session || !half.attached) {
+        return UsbOpenStatus::Gone;
+    }
+    if (m_faults.countOpen() || half.opened) {
+        return UsbOpenStatus::Busy;
     }
     // The lock is the whole hub's: the first of its devices takes it.
     if (m_file && !m_file->locked()) {
         std::vector<std::uint8_t> bytes;
         std::string unread;
         if (!m_file->lock()) {
-            return false;
+            return UsbOpenStatus::Busy;
         }
         if (!m_file->load(bytes, unread)) {
             m_file->unlock();
-            return false;
+            return UsbOpenStatus::Other;
         }
         m_flash.assign(std::move(bytes)); // another program may have changed it meanwhile
     }
     half.opened = true;
-    return true;
+    return UsbOpenStatus::Opened;
 }
 
 void SimulatedHub::close(const AttachedHalf& device)

@@ -84,8 +84,8 @@ public:
 
     // What the bus is made of:
     std::vector<AttachedHalf> attachedHalves() const; ///< in the order of enumeration
-    bool open(const AttachedHalf& device);  ///< exclusive, here and across programs that share the
-                                            ///< file
+    /// Exclusive, here and across programs that share the file.
+    UsbOpenStatus open(const AttachedHalf& device);
     void close(const AttachedHalf& device); ///< only by who opened it
     std::uint32_t control(const AttachedHalf& device, ControlRequest& request);
     Notifier& notifier() { return m_notifier; }

@@ -38,7 +38,7 @@ VirtualHub::~VirtualHub()
 bool VirtualHub::start(std::string& error)
 {
     for (const AttachedHalf& half : m_hub->attachedHalves()) {
-        if (!m_hub->open(half)) {
+        if (m_hub->open(half) != UsbOpenStatus::Opened) {
             error = "the flash file of hub " + std::to_string(m_number) +
                     " is in use by another hub or another program; image=FILE names another one";
             return false;
@@ -159,7 +159,8 @@ std::uint32_t VirtualHub::vendorRequest(const AttachedHalf& half, ControlRequest
     if (status != kSimulatedNoDevice || !stays(half)) {
         return status;
     }
-    return m_hub->open(half) ? m_hub->control(half, request) : kSimulatedStall;
+    return m_hub->open(half) == UsbOpenStatus::Opened ? m_hub->control(half, request)
+                                                      : kSimulatedStall;
 }
 
 } // namespace vornadel

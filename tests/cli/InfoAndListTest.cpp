@@ -52,11 +52,10 @@ TEST(InfoOfTheHub, SaysThatItCannotBeOpened)
     Session session;
     std::unique_ptr<UsbDevice> held;
     ASSERT_EQ(session.bus->search()->next(held), UsbSearch::Step::Device);
-    ASSERT_TRUE(held->open());
+    ASSERT_EQ(held->open(), UsbOpenStatus::Opened);
     EXPECT_EQ(session.info(), kExitFailure);
-    EXPECT_EQ(session.err.str(),
-              "a supported hub is attached, but it cannot be opened: it is in use, "
-              "or permission is missing\n");
+    EXPECT_EQ(session.err.str(), "a supported hub is attached, but it cannot be opened: "
+                                 "another program has it open\n");
     EXPECT_THAT(session.out.str(), IsEmpty());
 }
 

@@ -51,7 +51,7 @@ TEST_F(Detection, OpensNothingWithoutASupportedHub)
 
 TEST_F(Detection, KeepsTheVersionAtAllOnesForAHubThatRefuses)
 {
-    m_bus.attached = {{kVendor, kSuperSpeed, false}};
+    m_bus.attached = {{kVendor, kSuperSpeed, UsbOpenStatus::NoAccess}};
     const HubDetection detection = Hub_Detect();
     EXPECT_TRUE(detection.found);
     EXPECT_EQ(detection.version, 0xFFFF);

@@ -116,9 +116,9 @@ TEST_F(SwitchMode, DoesNotReachTheHubWithItsSecondAndThirdAttempt)
 TEST_F(SwitchMode, TriesAgainWhenAReopenMeetsABusyHub)
 {
     open();
-    m_bus.attached = {{kVendor, kSuperSpeed, false}};
+    m_bus.attached = {{kVendor, kSuperSpeed, UsbOpenStatus::Busy}};
     m_clock.onSleep = [this, sleeps = 0](Clock::Duration) mutable {
-        m_bus.attached[0].opens = ++sleeps == 2;
+        m_bus.attached[0].openStatus = ++sleeps == 2 ? UsbOpenStatus::Opened : UsbOpenStatus::Busy;
     };
     EXPECT_TRUE(Hub_SwitchMode(HUB_MODE_FLASH));
     EXPECT_EQ(m_clock.pauses(), times(2, 2s));

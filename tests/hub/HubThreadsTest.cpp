@@ -90,7 +90,7 @@ TEST_F(HubThreads, MayOpenTheHubOnceAnotherHasClosedIt)
 
 TEST_F(HubThreads, MayOpenTheHubAfterAnOpenOfAnotherFailed)
 {
-    m_bus.attached = {{kVendor, kSuperSpeed, false}};
+    m_bus.attached = {{kVendor, kSuperSpeed, UsbOpenStatus::Busy}};
     EXPECT_FALSE(Hub_OpenDevice());
     m_bus.attached = {{kVendor, kSuperSpeed, true}};
     onAnotherThread([] {

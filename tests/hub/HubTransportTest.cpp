@@ -166,7 +166,7 @@ TEST_F(OpenDevice, TakesTheFirstOfTwoHubs)
 
 TEST_F(OpenDevice, DoesNotTryTheSecondHubWhenTheFirstRefuses)
 {
-    m_bus.attached = {{kVendor, kHighSpeed, false}, {kVendor, kSuperSpeed}};
+    m_bus.attached = {{kVendor, kHighSpeed, UsbOpenStatus::Busy}, {kVendor, kSuperSpeed}};
     EXPECT_FALSE(Hub_OpenDevice());
     EXPECT_EQ(LastError, 5);
     EXPECT_FALSE(Hub_IsOpen());
@@ -174,11 +174,34 @@ TEST_F(OpenDevice, DoesNotTryTheSecondHubWhenTheFirstRefuses)
     EXPECT_THAT(m_bus.requests(), IsEmpty());
 }
 
+TEST_F(OpenDevice, TellsWhyTheHubWasNotOpened)
+{
+    for (const UsbOpenStatus status : {UsbOpenStatus::NoAccess, UsbOpenStatus::Busy,
+                                       UsbOpenStatus::Gone, UsbOpenStatus::Other}) {
+        m_bus.attached = {{kVendor, kSuperSpeed, status}};
+        EXPECT_FALSE(Hub_OpenDevice());
+        EXPECT_EQ(LastError, 5);
+        EXPECT_EQ(Hub_LastOpenStatus(), status);
+    }
+    m_bus.attached.clear();
+    EXPECT_FALSE(Hub_OpenDevice());
+    EXPECT_EQ(Hub_LastOpenStatus(), UsbOpenStatus::Gone);
+    m_bus.attached = {{kVendor, kSuperSpeed}};
+    EXPECT_TRUE(Hub_OpenDevice());
+    EXPECT_EQ(Hub_LastOpenStatus(), UsbOpenStatus::Opened);
+    onAnotherThread([] {
+        EXPECT_FALSE(Hub_OpenDevice());
+        EXPECT_EQ(Hub_LastOpenStatus(), UsbOpenStatus::Busy);
+    });
+    EXPECT_EQ(Hub_LastOpenStatus(), UsbOpenStatus::Opened) << "the other thread's is its own";
+}
+
 TEST_F(OpenDevice, SetsCodeTwoWithoutADeviceList)
 {
     m_bus.givesList = false;
     EXPECT_FALSE(Hub_OpenDevice());
     EXPECT_EQ(LastError, 2);
+    EXPECT_EQ(Hub_LastOpenStatus(), UsbOpenStatus::Other);
 }
 
 TEST_F(OpenDevice, EndsWithCodeFiveAfterDevicesWithoutAccess)

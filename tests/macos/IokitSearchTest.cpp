@@ -172,6 +172,23 @@ TEST_F(IokitSearch, ReleasesABusyHubAndTriesNoOther)
     EXPECT_THAT(mac.alive(), ElementsAre("iterator 1"));
 }
 
+TEST_F(IokitSearch, TellsWhyTheHubWasNotOpened)
+{
+    const std::vector<std::pair<IOReturn, UsbOpenStatus>> statuses = {
+        {kIOReturnNotPrivileged, UsbOpenStatus::NoAccess},
+        {kIOReturnNotPermitted, UsbOpenStatus::NoAccess},
+        {kIOReturnExclusiveAccess, UsbOpenStatus::Busy},
+        {kIOReturnBusy, UsbOpenStatus::Busy},
+        {kIOReturnNoDevice, UsbOpenStatus::Gone},
+        {kIOReturnNotAttached, UsbOpenStatus::Gone},
+        {kIOReturnNoMemory, UsbOpenStatus::Other}};
+    for (const auto& [result, status] : statuses) {
+        mac.attach({with(kHub, [result](MacDevice& hub) { hub.openResult = result; })});
+        EXPECT_FALSE(Hub_OpenDevice());
+        EXPECT_EQ(Hub_LastOpenStatus(), status) << std::hex << result;
+    }
+}
+
 TEST_F(IokitSearch, ClosesAndThenReleases)
 {
     mac.attach({kHub});
@@ -391,7 +408,7 @@ TEST_F(IokitSearch, TellsHowMuchWasMovedWhateverTheStatus)
     std::unique_ptr<UsbDevice> device;
     const auto search = m_bus.search();
     ASSERT_EQ(search->next(device), UsbSearch::Step::Device);
-    ASSERT_TRUE(device->open());
+    ASSERT_EQ(device->open(), UsbOpenStatus::Opened);
     std::array<std::uint8_t, 8> buffer{};
     ControlRequest request{.bmRequestType = 0xC0, .bRequest = 0xD8, .in = buffer};
     EXPECT_EQ(device->control(request), 0U);

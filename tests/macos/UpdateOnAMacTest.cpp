@@ -50,7 +50,8 @@ private:
     {
         MacDevice device{.vendorId = simulated->vendorId(), .productId = simulated->productId()};
         device.onOpen = [simulated] {
-            return simulated->open() ? kIOReturnSuccess : kIOReturnExclusiveAccess;
+            return simulated->open() == UsbOpenStatus::Opened ? kIOReturnSuccess
+                                                              : kIOReturnExclusiveAccess;
         };
         device.onClose = [simulated] { simulated->close(); };
         device.onRequest = [simulated, cutReads = m_cutReads](IOUSBDevRequest& transfer) {

@@ -53,7 +53,7 @@ protected:
     {
         m_node = &m_testbed.plug("1-1", kVendorId, kProductId, std::move(handler));
         std::unique_ptr<UsbDevice> device = find();
-        return device && device->open() ? std::move(device) : nullptr;
+        return device && device->open() == UsbOpenStatus::Opened ? std::move(device) : nullptr;
     }
 
     std::unique_ptr<UsbDevice> find() { return findDevice(m_bus, kVendorId, kProductId); }
@@ -166,7 +166,7 @@ TEST_F(LibusbBusTest, DevicesAndSearchesOutliveTheBus)
     const auto search = bus->search();
     bus.reset();
     ASSERT_NE(device, nullptr);
-    EXPECT_TRUE(device->open());
+    EXPECT_EQ(device->open(), UsbOpenStatus::Opened);
     ControlRequest request{.bmRequestType = 0x40};
     EXPECT_EQ(device->control(request), 0U);
     EXPECT_EQ(search->next(device), UsbSearch::Step::Device);
@@ -178,7 +178,7 @@ TEST_F(LibusbBusTest, FailedOpensLeaveNothingBehind)
     const auto gone = find();
     m_testbed.unplug("1-1");
     for (int i = 0; i < 200; ++i) {
-        EXPECT_FALSE(gone->open());
+        EXPECT_EQ(gone->open(), UsbOpenStatus::Gone);
     }
     EXPECT_NE(openDevice(), nullptr);
 }
@@ -300,7 +300,8 @@ TEST_F(LibusbBusTest, WaitsThirtySecondsUnlessToldOtherwise)
     LibusbBus patient(m_clock);
     m_testbed.plug("1-1", kVendorId, kProductId);
     const auto device = findDevice(patient, kVendorId, kProductId);
-    ASSERT_TRUE(device && device->open());
+    ASSERT_NE(device, nullptr);
+    ASSERT_EQ(device->open(), UsbOpenStatus::Opened);
     ControlRequest request{.bmRequestType = 0x40};
     EXPECT_EQ(device->control(request), 0U);
     EXPECT_EQ(lastTimeout, 30000U);
@@ -313,7 +314,7 @@ TEST_F(LibusbBusTest, EndsATransferInFlightWhenTheDeviceLeaves)
                              [](const WireRequest&) { return WireAnswer{.never = true}; });
     const auto device = findDevice(patient, kVendorId, kProductId);
     ASSERT_NE(device, nullptr);
-    ASSERT_TRUE(device->open());
+    ASSERT_EQ(device->open(), UsbOpenStatus::Opened);
     ControlRequest request{.bmRequestType = 0x40};
     std::uint32_t status = 0;
     std::thread flow([&] { status = device->control(request); });

@@ -33,7 +33,7 @@ protected:
     {
         const auto device = findDevice(bus, kVendorId, kProductId);
         ASSERT_NE(device, nullptr);
-        ASSERT_TRUE(device->open());
+        ASSERT_EQ(device->open(), UsbOpenStatus::Opened);
         ControlRequest request{.bmRequestType = 0x40};
         EXPECT_EQ(device->control(request), 0U);
     }
@@ -168,7 +168,8 @@ TEST_F(HotplugWatchTest, EndsWhileATransferIsInFlight)
         "1-1", kVendorId, kProductId, [](const WireRequest&) { return WireAnswer{.never = true}; });
     ASSERT_TRUE(m_bus.watch(m_events.listener()));
     const auto device = findDevice(m_bus, kVendorId, kProductId);
-    ASSERT_TRUE(device && device->open());
+    ASSERT_NE(device, nullptr);
+    ASSERT_EQ(device->open(), UsbOpenStatus::Opened);
     ControlRequest request{.bmRequestType = 0x40};
     std::uint32_t status = 0;
     std::thread flow([&] { status = device->control(request); });

@@ -110,7 +110,7 @@ TEST_F(NodeLock, LocksTheNodeWhileOpen)
     plug();
     const auto device = find();
     ASSERT_NE(device, nullptr);
-    ASSERT_TRUE(device->open());
+    ASSERT_EQ(device->open(), UsbOpenStatus::Opened);
     const std::string path = m_testbed.nodePath("1-1");
     EXPECT_FALSE(lockedInAnotherProcess(path));
     device->close();
@@ -125,9 +125,19 @@ TEST_F(NodeLock, DoesNotOpenANodeThatAnotherPartyHasLocked)
     const int other = ::open(m_testbed.nodePath("1-1").c_str(), O_RDWR | O_CLOEXEC);
     ASSERT_GE(other, 0);
     ASSERT_EQ(flock(other, LOCK_EX | LOCK_NB), 0);
-    EXPECT_FALSE(device->open());
+    EXPECT_EQ(device->open(), UsbOpenStatus::Busy);
     ::close(other);
-    EXPECT_TRUE(device->open());
+    EXPECT_EQ(device->open(), UsbOpenStatus::Opened);
+}
+
+TEST_F(NodeLock, TellsThatTheNodeMayNotBeOpened)
+{
+    plug();
+    const auto device = find();
+    ASSERT_NE(device, nullptr);
+    const std::string root = m_testbed.rootFolder();
+    const OrdinaryUser user(root, root + m_testbed.nodePath("1-1"));
+    EXPECT_EQ(device->open(), UsbOpenStatus::NoAccess);
 }
 
 TEST_F(NodeLock, LocksTheOtherHalfOfAHubToo)
@@ -136,14 +146,14 @@ TEST_F(NodeLock, LocksTheOtherHalfOfAHubToo)
     const std::string path = m_testbed.nodePath("1-2");
     const auto device = find();
     ASSERT_NE(device, nullptr);
-    ASSERT_TRUE(device->open());
+    ASSERT_EQ(device->open(), UsbOpenStatus::Opened);
     EXPECT_FALSE(lockedInAnotherProcess(path));
     const auto otherHalf = findDevice(m_bus, kVendorId, kProductId + 1);
     ASSERT_NE(otherHalf, nullptr);
-    EXPECT_FALSE(otherHalf->open());
+    EXPECT_EQ(otherHalf->open(), UsbOpenStatus::Busy);
     device->close();
     EXPECT_TRUE(lockedInAnotherProcess(path));
-    EXPECT_TRUE(otherHalf->open());
+    EXPECT_EQ(otherHalf->open(), UsbOpenStatus::Opened);
 }
 
 TEST_F(NodeLock, GivesAHubToOneOfTwoThatOpenDifferentHalvesAtOnce)
@@ -163,7 +173,7 @@ TEST_F(NodeLock, GivesAHubToOneOfTwoThatOpenDifferentHalvesAtOnce)
                 secondTries.arrive_and_wait();
             };
         };
-        opened = device.open();
+        opened = device.open() == UsbOpenStatus::Opened;
         if (!triedAgain) {
             secondTries.count_down();
         }
@@ -184,7 +194,7 @@ TEST_F(NodeLock, OpensAHubWhoseOtherHalfHasJustLeft)
     ASSERT_NE(device, nullptr);
     std::filesystem::remove(m_testbed.rootFolder() + m_testbed.nodePath("1-2")); // sysfs has not
                                                                                  // followed yet
-    EXPECT_TRUE(device->open());
+    EXPECT_EQ(device->open(), UsbOpenStatus::Opened);
     EXPECT_FALSE(lockedInAnotherProcess(m_testbed.nodePath("1-1")));
 }
 
@@ -196,7 +206,7 @@ TEST_F(NodeLock, OpensAHubWhoseOtherHalfItMayNotRead)
     const std::string root = m_testbed.rootFolder();
     const OrdinaryUser user(root, root + m_testbed.nodePath("1-2"));
     ASSERT_NE(access(m_testbed.nodePath("1-2").c_str(), R_OK), 0);
-    EXPECT_TRUE(device->open());
+    EXPECT_EQ(device->open(), UsbOpenStatus::Opened);
     EXPECT_FALSE(lockedInAnotherProcess(m_testbed.nodePath("1-1")));
 }
 
@@ -207,7 +217,7 @@ TEST_F(NodeLock, LeavesAloneWhatIsNoHubOnTheSameConnector)
     m_testbed.join("1-1", "1-2", "08");
     const auto device = find();
     ASSERT_NE(device, nullptr);
-    ASSERT_TRUE(device->open());
+    ASSERT_EQ(device->open(), UsbOpenStatus::Opened);
     EXPECT_TRUE(lockedInAnotherProcess(m_testbed.nodePath("1-2")));
 }
 

@@ -72,7 +72,7 @@ public:
             return false;
         }
         device = std::move(devices.front());
-        return device->open();
+        return device->open() == UsbOpenStatus::Opened;
     }
 
     std::uint32_t send(ControlRequest request)

@@ -43,15 +43,15 @@ TEST(SimulatedBus, OpensEachDeviceForOneOwner)
     HubBench bench;
     auto owner = listDevices(*bench.bus);
     auto other = listDevices(*bench.bus);
-    EXPECT_TRUE(owner[0]->open());
-    EXPECT_FALSE(owner[0]->open());
-    EXPECT_FALSE(other[0]->open());
-    EXPECT_TRUE(other[1]->open()); // the high-speed one is a device of its own
+    EXPECT_EQ(owner[0]->open(), UsbOpenStatus::Opened);
+    EXPECT_EQ(owner[0]->open(), UsbOpenStatus::Busy);
+    EXPECT_EQ(other[0]->open(), UsbOpenStatus::Busy);
+    EXPECT_EQ(other[1]->open(), UsbOpenStatus::Opened); // the high-speed one is a device of its own
     owner[0]->close();
     owner[0]->close();
-    EXPECT_TRUE(other[0]->open());
+    EXPECT_EQ(other[0]->open(), UsbOpenStatus::Opened);
     other[0].reset();
-    EXPECT_TRUE(owner[0]->open());
+    EXPECT_EQ(owner[0]->open(), UsbOpenStatus::Opened);
 }
 
 TEST(SimulatedBus, ReachesTheSameControllerThroughBothDevices)
@@ -59,9 +59,9 @@ TEST(SimulatedBus, ReachesTheSameControllerThroughBothDevices)
     HubBench bench;
     auto devices = listDevices(*bench.bus);
     bench.device = std::move(devices[1]);
-    ASSERT_TRUE(bench.device->open());
+    ASSERT_EQ(bench.device->open(), UsbOpenStatus::Opened);
     EXPECT_EQ(bench.erase(), 0U);
-    ASSERT_TRUE(devices[0]->open());
+    ASSERT_EQ(devices[0]->open(), UsbOpenStatus::Opened);
     Bytes buffer(1);
     ControlRequest request{0xC0, 0xD8, 0, 0, {}, buffer};
     EXPECT_EQ(devices[0]->control(request), 0U);
@@ -97,19 +97,19 @@ TEST(Restart, KillsEveryHandle)
 {
     HubBench bench;
     auto stale = listDevices(*bench.bus);
-    ASSERT_TRUE(stale[1]->open());
+    ASSERT_EQ(stale[1]->open(), UsbOpenStatus::Opened);
     ASSERT_TRUE(bench.open());
     EXPECT_EQ(bench.restartIntoRom(), 0U);
     EXPECT_NE(bench.openTime(), 0U);
     ControlRequest request{0x40, 0xE8, 0, 0};
     EXPECT_EQ(stale[1]->control(request), kSimulatedNoDevice);
-    EXPECT_FALSE(stale[0]->open());
+    EXPECT_EQ(stale[0]->open(), UsbOpenStatus::Gone);
     EXPECT_EQ(bench.hub().flash(), demoImage());
 
     auto fresh = listDevices(*bench.bus);
-    EXPECT_TRUE(fresh[1]->open());
+    EXPECT_EQ(fresh[1]->open(), UsbOpenStatus::Opened);
     stale[1]->close(); // does not give the new one's device back
-    EXPECT_FALSE(listDevices(*bench.bus)[1]->open());
+    EXPECT_EQ(listDevices(*bench.bus)[1]->open(), UsbOpenStatus::Busy);
 }
 
 TEST(Restart, TakesTheIdsOfTheNewImage)

@@ -18,7 +18,7 @@ constexpr int kRounds = 200;
 bool visit(UsbBus& bus, ControlRequest request)
 {
     for (const auto& device : listDevices(bus)) {
-        if (device->open()) {
+        if (device->open() == UsbOpenStatus::Opened) {
             device->control(request);
             device->close();
             return true;

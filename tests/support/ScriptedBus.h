@@ -20,7 +20,7 @@ namespace vornadel::test
 struct ScriptedDevice {
     std::uint16_t vendorId = 0;
     std::uint16_t productId = 0;
-    bool opens = true;
+    UsbOpenStatus openStatus = UsbOpenStatus::Opened;
     UsbSearch::Step step = UsbSearch::Step::Device;
 };
 
@@ -112,14 +112,14 @@ private:
         std::uint16_t vendorId() const override { return m_device.vendorId; }
         std::uint16_t productId() const override { return m_device.productId; }
 
-        bool open() override
+        UsbOpenStatus open() override
         {
             m_script->note("open " + m_place);
             if (m_script->onOpen) {
                 m_script->onOpen();
             }
-            m_open = m_device.opens;
-            return m_open;
+            m_open = m_device.openStatus == UsbOpenStatus::Opened;
+            return m_device.openStatus;
         }
 
         std::uint32_t control(ControlRequest& request) override

@@ -86,7 +86,7 @@ protected:
     {
         plug();
         std::unique_ptr<UsbDevice> device = find();
-        return device && device->open() ? std::move(device) : nullptr;
+        return device && device->open() == UsbOpenStatus::Opened ? std::move(device) : nullptr;
     }
 
     std::unique_ptr<BusUnderTest> m_subject = GetParam().make();
@@ -148,7 +148,7 @@ TEST_P(UsbBusContract, DevicesOutliveTheirSearch)
     plug();
     auto device = find(); // its search is over
     ASSERT_NE(device, nullptr);
-    EXPECT_TRUE(device->open());
+    EXPECT_EQ(device->open(), UsbOpenStatus::Opened);
     ControlRequest request = m_subject->readRequest({});
     EXPECT_EQ(device->control(request), 0U);
 }
@@ -159,10 +159,10 @@ TEST_P(UsbBusContract, OpensForOneOwnerAtATime)
     const auto second = find();
     ASSERT_NE(first, nullptr);
     ASSERT_NE(second, nullptr);
-    EXPECT_FALSE(second->open());
+    EXPECT_EQ(second->open(), UsbOpenStatus::Busy);
     first->close();
-    EXPECT_TRUE(second->open());
-    EXPECT_FALSE(first->open());
+    EXPECT_EQ(second->open(), UsbOpenStatus::Opened);
+    EXPECT_EQ(first->open(), UsbOpenStatus::Busy);
 }
 
 TEST_P(UsbBusContract, GivesADestroyedDeviceBack)
@@ -172,7 +172,7 @@ TEST_P(UsbBusContract, GivesADestroyedDeviceBack)
     first.reset();
     const auto second = find();
     ASSERT_NE(second, nullptr);
-    EXPECT_TRUE(second->open());
+    EXPECT_EQ(second->open(), UsbOpenStatus::Opened);
 }
 
 TEST_P(UsbBusContract, ClosesTwiceWithoutHarm)
@@ -181,7 +181,7 @@ TEST_P(UsbBusContract, ClosesTwiceWithoutHarm)
     ASSERT_NE(device, nullptr);
     device->close();
     device->close();
-    EXPECT_TRUE(device->open());
+    EXPECT_EQ(device->open(), UsbOpenStatus::Opened);
 }
 
 TEST_P(UsbBusContract, MovesDataFromTheDevice)
@@ -240,7 +240,7 @@ TEST_P(UsbBusContract, OpensNoDeviceThatHasLeft)
     const auto device = find();
     ASSERT_NE(device, nullptr);
     m_subject->unplug();
-    EXPECT_FALSE(device->open());
+    EXPECT_EQ(device->open(), UsbOpenStatus::Gone);
 }
 
 TEST_P(UsbBusContract, FailsOnTheOldDeviceWhenItHasReturned)
@@ -254,7 +254,7 @@ TEST_P(UsbBusContract, FailsOnTheOldDeviceWhenItHasReturned)
     old->close();
     const auto returned = find();
     ASSERT_NE(returned, nullptr);
-    EXPECT_TRUE(returned->open());
+    EXPECT_EQ(returned->open(), UsbOpenStatus::Opened);
 }
 
 TEST_P(UsbBusContract, ReportsWhatComesAndGoes)

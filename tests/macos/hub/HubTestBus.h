@@ -112,12 +112,28 @@ private:
                                           : std::string();
     }
 
+    static IOReturn resultOf(UsbOpenStatus status)
+    {
+        switch (status) {
+        case UsbOpenStatus::Opened:
+            return kIOReturnSuccess;
+        case UsbOpenStatus::NoAccess:
+            return kIOReturnNotPermitted;
+        case UsbOpenStatus::Busy:
+            return kIOReturnExclusiveAccess;
+        case UsbOpenStatus::Gone:
+            return kIOReturnNoDevice;
+        default:
+            return kIOReturnError;
+        }
+    }
+
     MacDevice macDevice(const ScriptedDevice& device)
     {
         MacDevice made{.vendorId = device.vendorId, .productId = device.productId};
         made.givesPlugIn = device.step != UsbSearch::Step::NoPlugIn;
         made.givesInterface = device.step != UsbSearch::Step::NoInterface;
-        made.openResult = device.opens ? kIOReturnSuccess : kIOReturnExclusiveAccess;
+        made.openResult = resultOf(device.openStatus);
         made.onOpen = [script = m_script] {
             if (script->onOpen) {
                 script->onOpen();

@@ -21,9 +21,13 @@ using IOServiceMatchingCallback = void (*)(void* reference, io_iterator_t iterat
 #define kIOReturnError (static_cast<IOReturn>(0xE00002BC))
 #define kIOReturnNoMemory (static_cast<IOReturn>(0xE00002BD))
 #define kIOReturnNoDevice (static_cast<IOReturn>(0xE00002C0))
+#define kIOReturnNotPrivileged (static_cast<IOReturn>(0xE00002C1))
 #define kIOReturnBadArgument (static_cast<IOReturn>(0xE00002C2))
 #define kIOReturnExclusiveAccess (static_cast<IOReturn>(0xE00002C5))
 #define kIOReturnNotOpen (static_cast<IOReturn>(0xE00002CD))
+#define kIOReturnBusy (static_cast<IOReturn>(0xE00002D5))
+#define kIOReturnNotAttached (static_cast<IOReturn>(0xE00002D9))
+#define kIOReturnNotPermitted (static_cast<IOReturn>(0xE00002E2))
 #define kIOReturnNotFound (static_cast<IOReturn>(0xE00002F0))
 
 #define kIOFirstMatchNotification "IOServiceFirstMatch"
