@@ -9,9 +9,9 @@
 #include "app/PropertySelection.h"
 #include "app/ScalarPage.h"
 #include "app/WindowControls.h"
-#include "config/ToolPlace.h"
 #include "editor/TableViewController.h"
 #include "platform/Platform.h"
+#include "platform/ToolPlace.h"
 
 #include <QObject>
 #include <QString>

@@ -10,27 +10,16 @@
 namespace vornadel
 {
 
-namespace
+void DeviceAddedCallback()
 {
-
-void detectAfter(const char* line, UsbServices& services)
-{
-    ConsoleLog(line);
-    while (services.next()) {
-    }
+    ConsoleLog("Enter Device Added\n");
     AppDelegateRef->DeviceNotification();
 }
 
-} // namespace
-
-void DeviceAddedCallback(void* /*reference*/, UsbServices& services)
+void DeviceRemovedCallback()
 {
-    detectAfter("Enter Device Added\n", services);
-}
-
-void DeviceRemovedCallback(void* /*reference*/, UsbServices& services)
-{
-    detectAfter("Enter Device Removed\n", services);
+    ConsoleLog("Enter Device Removed\n");
+    AppDelegateRef->DeviceNotification();
 }
 
 void AppDelegate::RegisterNotifycation()
@@ -41,14 +30,13 @@ void AppDelegate::RegisterNotifycation()
         if (posted.exchange(true)) {
             return; // a pending callback will handle this device too
         }
-        m_mainThread.post([this, event, attached, &posted] {
+        m_mainThread.post([attached, &posted] {
             posted = false;
-            (attached ? DeviceAddedCallback
-                      : DeviceRemovedCallback)(nullptr, m_platform.usb.services(event));
+            attached ? DeviceAddedCallback() : DeviceRemovedCallback();
         });
     });
-    DeviceAddedCallback(nullptr, m_platform.usb.services(UsbEvent::Attached));
-    DeviceRemovedCallback(nullptr, m_platform.usb.services(UsbEvent::Detached));
+    DeviceAddedCallback();
+    DeviceRemovedCallback();
 }
 
 void AppDelegate::DeviceNotification()

@@ -2,7 +2,6 @@
 
 #include "app/AppDelegate.h"
 #include "app/LeaveProcess.h"
-#include "config/ToolPlace.h"
 #include "hub/HubTransport.h"
 
 #include <QApplication>
@@ -10,14 +9,14 @@
 namespace vornadel
 {
 
-int runTool(Platform& platform, const MainBundle& bundle, const QString& titleSuffix,
+int runTool(Platform& platform, const ToolPlace& place, const QString& titleSuffix,
             const std::function<void(AppDelegate&)>& launched)
 {
     QApplication::setQuitOnLastWindowClosed(
         AppDelegate::applicationShouldTerminateAfterLastWindowClosed());
     Hub_UsePlatform(platform.usb, platform.clock);
 
-    AppDelegate delegate(platform, toolPlaceOf(bundle), titleSuffix);
+    AppDelegate delegate(platform, place, titleSuffix);
     delegate.applicationDidFinishLaunching();
     if (launched) {
         launched(delegate);

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/MainBundle.h"
 #include "platform/Platform.h"
+#include "platform/ToolPlace.h"
 
 #include <QString>
 
@@ -16,9 +16,9 @@ class AppDelegate;
 /// the exit status. If a worker is still blocked in a transfer at the end, it ends the process
 /// instead of returning.
 ///
-/// `bundle` is where the program lies. `launched` is called once after the launch sequence, before
+/// `launched` is called once after the launch sequence, before
 /// the event loop.
-int runTool(Platform& platform, const MainBundle& bundle, const QString& titleSuffix,
+int runTool(Platform& platform, const ToolPlace& place, const QString& titleSuffix,
             const std::function<void(AppDelegate&)>& launched = {});
 
 } // namespace vornadel

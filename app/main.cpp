@@ -74,9 +74,9 @@ int chooseAndRun(int argc, char** argv)
 
     NativePlatform machine;
     Platform real = machine.platform();
-    const MainBundle bundle = mainBundle(argv[0]);
+    const ToolPlace place = thisToolsPlace(argv[0]);
     if (!simulatedHub) {
-        return runTool(real, bundle, {});
+        return runTool(real, place, {});
     }
     std::string error;
     const std::unique_ptr<SimulatedBus> bus =
@@ -86,7 +86,7 @@ int chooseAndRun(int argc, char** argv)
         return kExitUsage;
     }
     Platform platform{*bus, real.shell, real.privileged, real.systemVersion, real.clock};
-    return runTool(platform, bundle, " [simulated hub]");
+    return runTool(platform, place, " [simulated hub]");
 }
 
 } // namespace

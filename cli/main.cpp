@@ -1,7 +1,6 @@
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
 #include "cli/Interruption.h"
-#include "config/ToolPlace.h"
 #include "hub/HubTransport.h"
 #include "platform/native/NativePlatform.h"
 #include "platform/posix/StandardFiles.h"
@@ -26,8 +25,8 @@ int run(const CommandLine& commandLine, Platform platform, const char* argv0)
     Hub_UsePlatform(platform.usb, platform.clock);
     const Interruption interruption(platform.clock);
     const int status = interruption.statusAfter(
-        runCommand(commandLine, platform, toolPlaceOf(mainBundle(argv0)).resourcePath, std::cout,
-                   std::cerr, isatty(STDOUT_FILENO) == 1));
+        runCommand(commandLine, platform, thisToolsPlace(argv0).resourcePath, std::cout, std::cerr,
+                   isatty(STDOUT_FILENO) == 1));
     if (status == kExitInterrupted) {
         std::cerr << "Interrupted\n";
     }

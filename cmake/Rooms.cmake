@@ -36,7 +36,7 @@ set(ROOM_MAY_USE_props          base)
 set(ROOM_MAY_USE_editor         props firmware base)
 set(ROOM_MAY_USE_firmware       base)
 set(ROOM_MAY_USE_hub            platform_api base)
-set(ROOM_MAY_USE_config         hub base platform_api)
+set(ROOM_MAY_USE_config         hub base)
 set(ROOM_MAY_USE_flows          hub firmware platform_api)
 set(ROOM_MAY_USE_driver         hub base platform_api)
 set(ROOM_MAY_USE_app            platform_api platform_posix platform_native base sim props editor firmware

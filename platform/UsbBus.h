@@ -92,27 +92,13 @@ public:
 
 enum class UsbEvent { Attached, Detached };
 
-/// The devices of one kind of plug event that nobody has taken yet, as a platform lists them that
-/// notifies by lists.
-class UsbServices
-{
-public:
-    UsbServices() = default;
-    UsbServices(const UsbServices&) = delete;
-    UsbServices& operator=(const UsbServices&) = delete;
-    virtual ~UsbServices() = default;
-
-    /// Takes one and gives it back to the platform without a look at it; false when none is left.
-    virtual bool next() = 0;
-};
-
 /// The platform's USB: listing, opening, watching. search() may be called from any thread.
 class UsbBus
 {
 public:
-    /// Called for every device that comes or goes, on a thread of the back end's, or where the run
-    /// loop of the thread that watches tells (macOS) on that one; must only post and return. One
-    /// arrival may be reported twice.
+    /// Called when devices come or go: on macOS on the thread that called watch(), by its run loop,
+    /// elsewhere on a thread of the back end's. Must only post and return. One arrival may be
+    /// reported twice; several at once may be reported together.
     using Listener = std::function<void(UsbEvent)>;
 
     UsbBus() = default;
@@ -125,14 +111,7 @@ public:
 
     /// Reports every attach and detach from now on; what is attached already is not reported. One
     /// listener per bus. False when the platform can neither notify nor be polled.
-    ///
-    /// A platform that notifies by lists reports a kind of event only once its list has been taken
-    /// to the end: take both lists after this call, and each again after an event of its kind.
     virtual bool watch(Listener listener) = 0;
-
-    /// The list of a kind of event; after watch(), on the thread that called it, and as long as the
-    /// bus lives. Empty where events come one by one.
-    virtual UsbServices& services(UsbEvent event);
 
     /// Ends the watch. After the return the listener is neither running nor called again.
     /// Not to be called from the listener.

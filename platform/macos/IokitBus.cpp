@@ -107,9 +107,4 @@ void IokitBus::unwatch()
     }
 }
 
-UsbServices& IokitBus::services(UsbEvent event)
-{
-    return m_notifications ? m_notifications->services(event) : UsbBus::services(event);
-}
-
 } // namespace vornadel

@@ -14,7 +14,7 @@ class PlugNotifications;
 /// Only release() frees the list of a search. Without it, one small kernel object for each search
 /// stays until the process ends.
 ///
-/// watch(), unwatch() and services() belong to one thread, the one whose run loop tells the events;
+/// watch() and unwatch() belong to one thread, the one whose run loop tells the events;
 /// the listener runs on it. The system is asked for notifications once, by the first watch(), and
 /// sends them until the process ends; unwatch() only stops listening. Of several buses the one that
 /// watched last is told.
@@ -27,7 +27,6 @@ public:
     std::unique_ptr<UsbSearch> search() override;
     bool watch(Listener listener) override;
     void unwatch() override;
-    UsbServices& services(UsbEvent event) override;
 
 private:
     std::unique_ptr<PlugNotifications> m_notifications; // from the first watch() on

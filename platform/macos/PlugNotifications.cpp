@@ -3,6 +3,7 @@
 #include "platform/macos/IokitNames.h"
 
 #include <CoreFoundation/CoreFoundation.h>
+#include <IOKit/IOKitLib.h>
 
 #include <utility>
 
@@ -21,9 +22,25 @@ void notify(UsbEvent event)
     }
 }
 
-// The list is not read here: the listener reads it later on this thread.
-void devicesAdded(void* /*reference*/, io_iterator_t /*added*/) { notify(UsbEvent::Attached); }
-void devicesRemoved(void* /*reference*/, io_iterator_t /*removed*/) { notify(UsbEvent::Detached); }
+// Releases every device in the list. The next notification comes only after its end was reached.
+void drain(io_iterator_t devices)
+{
+    while (const io_service_t device = IOIteratorNext(devices)) {
+        IOObjectRelease(device);
+    }
+}
+
+void devicesAdded(void* /*reference*/, io_iterator_t added)
+{
+    drain(added);
+    notify(UsbEvent::Attached);
+}
+
+void devicesRemoved(void* /*reference*/, io_iterator_t removed)
+{
+    drain(removed);
+    notify(UsbEvent::Detached);
+}
 
 CFRunLoopSourceRef sourceOf(IONotificationPortRef port)
 {
@@ -37,28 +54,20 @@ void add(CFRunLoopSourceRef source, CFRunLoopRef runLoop)
     }
 }
 
-// Consumes the dictionary.
-void registerFor(const char* kind, IONotificationPortRef port, CFMutableDictionaryRef devices,
-                 IOServiceMatchingCallback callback, io_iterator_t& list)
+// Consumes the dictionary. The list, null when the registration was refused, is never released.
+io_iterator_t registerFor(const char* kind, IONotificationPortRef port,
+                          CFMutableDictionaryRef devices, IOServiceMatchingCallback callback)
 {
+    io_iterator_t list = IO_OBJECT_NULL;
     if (port != nullptr) {
         IOServiceAddMatchingNotification(port, kind, devices, callback, nullptr, &list);
     } else if (devices != nullptr) {
         CFRelease(devices);
     }
+    return list;
 }
 
 } // namespace
-
-bool NotifiedServices::next()
-{
-    const io_service_t service = IOIteratorNext(iterator);
-    if (service == IO_OBJECT_NULL) {
-        return false;
-    }
-    IOObjectRelease(service);
-    return true;
-}
 
 PlugNotifications::PlugNotifications()
 {
@@ -71,11 +80,14 @@ PlugNotifications::PlugNotifications()
     const CFRunLoopRef runLoop = CFRunLoopGetCurrent();
     add(addedSource, runLoop);
     add(removedSource, runLoop);
-    registerFor(kIOFirstMatchNotification, addedPort, toAdd, devicesAdded, m_added.iterator);
-    registerFor(kIOTerminatedNotification, removedPort, toRemove, devicesRemoved,
-                m_removed.iterator);
-    m_reporting = (addedSource != nullptr && m_added.iterator != IO_OBJECT_NULL) ||
-                  (removedSource != nullptr && m_removed.iterator != IO_OBJECT_NULL);
+    const io_iterator_t added =
+        registerFor(kIOFirstMatchNotification, addedPort, toAdd, devicesAdded);
+    const io_iterator_t removed =
+        registerFor(kIOTerminatedNotification, removedPort, toRemove, devicesRemoved);
+    drain(added); // which arms the notification
+    drain(removed);
+    m_reporting = (addedSource != nullptr && added != IO_OBJECT_NULL) ||
+                  (removedSource != nullptr && removed != IO_OBJECT_NULL);
 }
 
 PlugNotifications::~PlugNotifications()

@@ -1,20 +1,20 @@
 #include "platform/native/NativePlatform.h"
 
 #if defined(__APPLE__)
-#include "platform/macos/CoreBundle.h"
+#include "platform/macos/MacToolPlace.h"
 #else
-#include "platform/linux/ExecutableBundle.h"
+#include "platform/linux/LinuxToolPlace.h"
 #endif
 
 namespace vornadel
 {
 
-MainBundle mainBundle(const char* argv0)
+ToolPlace thisToolsPlace(const char* argv0)
 {
 #if defined(__APPLE__)
-    return coreBundle(argv0);
+    return macToolPlace(argv0);
 #else
-    return executableBundle(argv0);
+    return linuxToolPlace(argv0);
 #endif
 }
 

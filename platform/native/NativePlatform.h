@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/MainBundle.h"
+#include "platform/ToolPlace.h"
 
 #if defined(__APPLE__)
 #include "platform/macos/MacPlatform.h"
@@ -18,7 +18,7 @@ using NativePlatform = MacPlatform;
 using NativePlatform = LinuxPlatform;
 #endif
 
-/// The bundle of the running program. `argv0` is the fallback if the system does not know.
-MainBundle mainBundle(const char* argv0);
+/// The place of the running program. `argv0` is the fallback if the system does not know.
+ToolPlace thisToolsPlace(const char* argv0);
 
 } // namespace vornadel

@@ -1,12 +1,10 @@
 #include "tests/app/ToolUnderTest.h"
 
-#include "app/Detection.h"
 #include "hub/HubTransport.h"
 #include "standins/sim/DemoImage.h"
 
 #include <gmock/gmock.h>
 
-#include <cstdio>
 #include <string>
 #include <thread>
 
@@ -237,30 +235,6 @@ TEST_F(Detection, DropsAnEventThatWaitsWhenTheToolEnds)
               }),
               "");
     EXPECT_EQ(hubInfo(), kDemo100);
-}
-
-/// A list of devices that tells on the console when it was asked.
-class ListedServices final : public UsbServices
-{
-public:
-    explicit ListedServices(int waiting) : m_waiting(waiting) {}
-
-    bool next() override
-    {
-        std::fputs(m_waiting > 0 ? "a device\n" : "no more\n", stderr);
-        return m_waiting-- > 0;
-    }
-
-private:
-    int m_waiting;
-};
-
-TEST_F(Detection, TakesEveryWaitingDeviceInOneCallback)
-{
-    launchAndSettle();
-    ListedServices services(3);
-    EXPECT_EQ(consoleOf([&] { DeviceRemovedCallback(nullptr, services); }),
-              "Enter Device Removed\na device\na device\na device\nno more\n");
 }
 
 } // namespace

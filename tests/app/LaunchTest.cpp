@@ -198,8 +198,8 @@ TEST(RunTool, EndsWhenItsWindowIsClosed)
 
     QString title;
     testing::internal::CaptureStderr();
-    const int status =
-        runTool(platform, {"/opt/Vornadel.app", true}, " [bench]", [&](AppDelegate& tool) {
+    const int status = runTool(
+        platform, toolPlaceInBundle("/opt/Vornadel.app"), " [bench]", [&](AppDelegate& tool) {
             title = tool.window()->windowTitle();
             QMetaObject::invokeMethod(tool.window(), "close", Qt::QueuedConnection);
         });

@@ -92,7 +92,7 @@ TEST_F(HubThreads, MayOpenTheHubAfterAnOpenOfAnotherFailed)
 {
     m_bus.attached = {{kVendor, kSuperSpeed, UsbOpenStatus::Busy}};
     EXPECT_FALSE(Hub_OpenDevice());
-    m_bus.attached = {{kVendor, kSuperSpeed, true}};
+    m_bus.attached = {{kVendor, kSuperSpeed}};
     onAnotherThread([] {
         EXPECT_TRUE(Hub_OpenDevice());
         Hub_CloseDevice();

@@ -14,8 +14,8 @@ using ::testing::IsEmpty;
 using Step = UsbSearch::Step;
 
 const ScriptedDevice kStranger{0x2222, 0x0001};
-const ScriptedDevice kNoWayIn{kVendor, kSuperSpeed, true, Step::NoPlugIn};
-const ScriptedDevice kNoFace{kVendor, kSuperSpeed, true, Step::NoInterface};
+const ScriptedDevice kNoWayIn{.step = Step::NoPlugIn};
+const ScriptedDevice kNoFace{.step = Step::NoInterface};
 
 class FindDevice : public HubTest
 {

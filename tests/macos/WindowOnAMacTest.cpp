@@ -138,7 +138,7 @@ std::vector<std::string> detection(int dictionary)
                                  "interface 0 USBDeviceClose", "interface 0 Release"});
 }
 
-TEST_F(WindowOnAMac, RegistersAndArmsBothNotificationsByTheirCallbacksInOrder)
+TEST_F(WindowOnAMac, RegistersAndArmsBothNotificationsAndDetectsTwice)
 {
     mac.plug(hubOfVersion(0x0105));
     const std::string console = launch();
@@ -147,7 +147,7 @@ TEST_F(WindowOnAMac, RegistersAndArmsBothNotificationsByTheirCallbacksInOrder)
                                          "IOIteratorNext(iterator 1) = none"};
     const std::vector<std::string> removed{"IOIteratorNext(iterator 2) = none"};
     EXPECT_THAT(registrationFrom(mac.calls()),
-                ElementsAreArray(oneAfterTheOther(registrationCalls(), added, detection(3), removed,
+                ElementsAreArray(oneAfterTheOther(registrationCalls(), added, removed, detection(3),
                                                   detection(5))));
     EXPECT_EQ(hubInfo(), "Detect Zel Hub : Success\nfwVer:0105");
     const std::size_t addedLine = console.find("Enter Device Added\n");
@@ -198,7 +198,7 @@ TEST_F(WindowOnAMac, MissesNothingThatComesDuringADetection)
     mac.turnRunLoop();
     settleEvents();
     EXPECT_EQ(hubInfo(), "Detect Zel Hub : Success\nfwVer:0102")
-        << "its list was taken, and it reports again";
+        << "its list was emptied, and it reports again";
 }
 
 TEST_F(WindowOnAMac, FallsBackWhenTheSystemDoesNotTellItsVersion)

@@ -260,6 +260,6 @@ int main(int argc, char** argv)
     test::IdlePrivilegedRun privileged;
     test::FixedSystemVersion version;
     Platform platform{*bus, shell, privileged, version, clock};
-    return runTool(platform, bundleAround(std::filesystem::canonical(argv[0])), {},
+    return runTool(platform, toolPlaceOf(std::filesystem::canonical(argv[0])), {},
                    [&](AppDelegate& delegate) { use(delegate, moment, image); });
 }

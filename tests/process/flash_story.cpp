@@ -158,13 +158,12 @@ int main(int argc, char** argv)
     MouseMachine machine;
     const std::vector<std::uint8_t> before = machine.hub().flash();
     MouseScript script;
-    const int status =
-        runTool(machine.platform(), bundleAround(std::filesystem::canonical(argv[0])),
-                " [simulated hub]", [&](AppDelegate& tool) {
-                    machine.use(tool);
-                    writeScript(script, tool, path);
-                    script.start();
-                });
+    const int status = runTool(machine.platform(), toolPlaceOf(std::filesystem::canonical(argv[0])),
+                               " [simulated hub]", [&](AppDelegate& tool) {
+                                   machine.use(tool);
+                                   writeScript(script, tool, path);
+                                   script.start();
+                               });
     QFile file(path);
     if (status != 0 || !script.finished() || !file.open(QIODevice::ReadOnly)) {
         std::fprintf(stderr, "flash_story: the story was not played to its end\n");

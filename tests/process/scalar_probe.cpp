@@ -36,7 +36,7 @@ int main(int argc, char** argv)
     test::IdlePrivilegedRun privileged;
     test::FixedSystemVersion version;
     Platform platform{*bus, shell, privileged, version, clock};
-    runTool(platform, bundleAround(std::filesystem::canonical(argv[0])), {},
+    runTool(platform, toolPlaceOf(std::filesystem::canonical(argv[0])), {},
             [&clock](AppDelegate& tool) { clock.mainThread = &tool.mainThread(); });
     return 66; // somebody else has ended it
 }

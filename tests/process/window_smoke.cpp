@@ -56,13 +56,12 @@ int main(int argc, char** argv)
     const QString image = QFile::decodeName(argv[1]);
     MouseMachine machine;
     MouseScript script;
-    const int status =
-        runTool(machine.platform(), bundleAround(std::filesystem::canonical(argv[0])),
-                " [simulated hub]", [&](AppDelegate& tool) {
-                    machine.use(tool);
-                    writeScript(script, tool, image);
-                    script.start();
-                });
+    const int status = runTool(machine.platform(), toolPlaceOf(std::filesystem::canonical(argv[0])),
+                               " [simulated hub]", [&](AppDelegate& tool) {
+                                   machine.use(tool);
+                                   writeScript(script, tool, image);
+                                   script.start();
+                               });
     QFile file(image);
     const bool read = file.open(QIODevice::ReadOnly);
     const std::vector<std::uint8_t> flash = machine.hub().flash();

@@ -69,17 +69,7 @@ protected:
     void plug() { m_subject->plug(kVendorId, kProductId); }
     std::unique_ptr<UsbDevice> find() { return findDevice(bus(), kVendorId, kProductId); }
 
-    /// Watches as the tool does: what the platform lists before the first event is taken, so that
-    /// it reports.
-    bool watch(PlugEvents& events)
-    {
-        const bool watching = bus().watch(events.listener());
-        for (const UsbEvent kind : {UsbEvent::Attached, UsbEvent::Detached}) {
-            while (bus().services(kind).next()) {
-            }
-        }
-        return watching;
-    }
+    bool watch(PlugEvents& events) { return bus().watch(events.listener()); }
 
     /// Plugged and open; null when that failed.
     std::unique_ptr<UsbDevice> openDevice()

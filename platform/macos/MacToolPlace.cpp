@@ -1,4 +1,4 @@
-#include "platform/macos/CoreBundle.h"
+#include "platform/macos/MacToolPlace.h"
 
 #include <CoreFoundation/CoreFoundation.h>
 
@@ -37,14 +37,16 @@ std::string mainBundlePath()
 
 } // namespace
 
-MainBundle coreBundle(const char* argv0)
+ToolPlace macToolPlace(const char* argv0)
 {
     const std::string path = mainBundlePath();
     if (path.empty()) {
         std::error_code failed;
-        return bundleAround(fs::weakly_canonical(argv0 != nullptr ? argv0 : "", failed));
+        return toolPlaceOf(fs::weakly_canonical(argv0 != nullptr ? argv0 : "", failed));
     }
-    return {path, fs::path(path).extension() == ".app"};
+    std::error_code failed;
+    return fs::is_directory(path + "/Contents", failed) ? toolPlaceInBundle(path)
+                                                        : toolPlaceOutsideBundle(path);
 }
 
 } // namespace vornadel

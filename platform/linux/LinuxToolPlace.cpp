@@ -1,4 +1,4 @@
-#include "platform/linux/ExecutableBundle.h"
+#include "platform/linux/LinuxToolPlace.h"
 
 #include <filesystem>
 #include <system_error>
@@ -8,14 +8,14 @@ namespace vornadel
 
 namespace fs = std::filesystem;
 
-MainBundle executableBundle(const char* argv0)
+ToolPlace linuxToolPlace(const char* argv0)
 {
     std::error_code failed;
     fs::path executable = fs::canonical("/proc/self/exe", failed);
     if (failed) {
         executable = fs::weakly_canonical(argv0 != nullptr ? argv0 : "", failed);
     }
-    return bundleAround(executable);
+    return toolPlaceOf(executable);
 }
 
 } // namespace vornadel
