@@ -18,7 +18,6 @@ namespace
 
 struct UserClient {
     void* table; // first, so that a pointer to this points to the table pointer
-    void* tableAfterEnd;
     std::shared_ptr<MacState> state;
     DevicePointer device;
     std::string name;
@@ -30,10 +29,10 @@ UserClient& of(void* self) { return *static_cast<UserClient*>(self); }
 void destroy(void* self) { delete &of(self); }
 
 /// Starts with one reference. The mutex must be held.
-UserClient* makeClient(void* table, void* tableAfterEnd, const std::shared_ptr<MacState>& state,
+UserClient* makeClient(void* table, const std::shared_ptr<MacState>& state,
                        const DevicePointer& device, const std::string& name)
 {
-    auto* const client = new UserClient{table, tableAfterEnd, state, device, name};
+    auto* const client = new UserClient{table, state, device, name};
     state->clients[client] = destroy;
     state->made(name);
     return client;
@@ -75,21 +74,9 @@ ULONG release(void* self)
     const ULONG left = --client.references;
     if (left == 0) {
         state->clients.erase(self);
-        client.table = client.tableAfterEnd;
-        client.state.reset();
-        state->kept.push_back(std::shared_ptr<UserClient>(&client));
+        destroy(self);
     }
     return left;
-}
-
-/// Fills every slot of a client that has been released for good.
-template <typename Result, typename... Arguments>
-Result afterTheEnd(void* self, Arguments... /*arguments*/)
-{
-    const auto state = mac();
-    const std::lock_guard lock(state->mutex);
-    state->wrong("a call of " + of(self).name + " after its end");
-    return Result();
 }
 
 /// Whether a request reaches the device.
@@ -204,23 +191,9 @@ IOUSBDeviceInterface deviceTable()
     return table;
 }
 
-IOUSBDeviceInterface deviceTableAfterTheEnd()
-{
-    IOUSBDeviceInterface table{};
-    table.AddRef = afterTheEnd<ULONG>;
-    table.Release = afterTheEnd<ULONG>;
-    table.USBDeviceOpen = afterTheEnd<IOReturn>;
-    table.USBDeviceClose = afterTheEnd<IOReturn>;
-    table.GetDeviceVendor = afterTheEnd<IOReturn, UInt16*>;
-    table.GetDeviceProduct = afterTheEnd<IOReturn, UInt16*>;
-    table.DeviceRequest = afterTheEnd<IOReturn, IOUSBDevRequest*>;
-    return table;
-}
-
 HRESULT queryInterface(void* self, REFIID iid, LPVOID* interface)
 {
     static IOUSBDeviceInterface table = deviceTable();
-    static IOUSBDeviceInterface ended = deviceTableAfterTheEnd();
     const UserClient& plugIn = of(self);
     const std::string place = plugIn.name.substr(plugIn.name.find_last_of(' ') + 1);
     const bool given = plugIn.device->behaviour.givesInterface && nameOf(iid) == "device interface";
@@ -229,7 +202,7 @@ HRESULT queryInterface(void* self, REFIID iid, LPVOID* interface)
     const Call call(self, "QueryInterface(" + nameOf(iid) + ')' + (given ? " = " + name : "") +
                               statusText(result));
     if (given) {
-        *interface = makeClient(&table, &ended, plugIn.state, plugIn.device, name);
+        *interface = makeClient(&table, plugIn.state, plugIn.device, name);
     }
     return result;
 }
@@ -243,24 +216,14 @@ IOCFPlugInInterface plugInTable()
     return table;
 }
 
-IOCFPlugInInterface plugInTableAfterTheEnd()
-{
-    IOCFPlugInInterface table{};
-    table.QueryInterface = afterTheEnd<HRESULT, REFIID, LPVOID*>;
-    table.AddRef = afterTheEnd<ULONG>;
-    table.Release = afterTheEnd<ULONG>;
-    return table;
-}
-
 } // namespace
 
 IOCFPlugInInterface** makePlugIn(const std::shared_ptr<MacState>& state,
                                  const DevicePointer& device)
 {
     static IOCFPlugInInterface table = plugInTable();
-    static IOCFPlugInInterface ended = plugInTableAfterTheEnd();
     auto* const plugIn =
-        makeClient(&table, &ended, state, device, "plug-in " + std::to_string(device->place));
+        makeClient(&table, state, device, "plug-in " + std::to_string(device->place));
     return reinterpret_cast<IOCFPlugInInterface**>(&plugIn->table);
 }
 

@@ -1,14 +1,15 @@
 #pragma once
 
-#include "HubTestBus.h"
 #include "base/LastError.h"
 #include "hub/HubTransport.h"
 #include "hub/SupportedIds.h"
+#include "tests/support/ScriptedBus.h"
 #include "tests/support/VirtualClock.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <thread>
 #include <utility>
@@ -25,6 +26,15 @@ inline constexpr std::uint16_t kHighSpeed = 0x2200;
 inline const SeenRequest kOpenTime{
     {0x40, 0x02, 0x01, 0x00, HUB_MAKER_VID & 0xFF, HUB_MAKER_VID >> 8 & 0xFF, 0x00, 0x00}};
 
+/// Keeps an object until the process ends: a defect may leave the hub open or claimed, and then the
+/// next tests use the bus and the clock of this one. They must fail, not crash.
+template <typename Object>
+Object& keptForGood()
+{
+    static auto& kept = *new std::vector<std::unique_ptr<Object>>;
+    return *kept.emplace_back(std::make_unique<Object>());
+}
+
 /// One supported hub on a scripted bus, and a virtual clock.
 class HubTest : public ::testing::Test
 {
@@ -33,6 +43,8 @@ public:
     {
         Hub_CloseDevice();
         EXPECT_FALSE(Hub_IsOpen());
+        m_bus.forgetHooks();
+        m_clock.onSleep = nullptr;
         SupportedIdList = {};
         HubMakerVid = 0;
     }
@@ -61,8 +73,8 @@ protected:
         thread.join();
     }
 
-    HubTestBus m_bus;
-    VirtualClock m_clock;
+    ScriptedBus& m_bus = keptForGood<ScriptedBus>();
+    VirtualClock& m_clock = keptForGood<VirtualClock>();
 };
 
 } // namespace vornadel::test

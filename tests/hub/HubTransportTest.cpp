@@ -360,8 +360,8 @@ TEST_F(Abandon, IsTakenBackByANewPlatform)
 
 TEST_F(UsePlatform, ReplacesBusAndClock)
 {
-    HubTestBus other;
-    VirtualClock otherClock;
+    auto& other = keptForGood<ScriptedBus>();
+    auto& otherClock = keptForGood<VirtualClock>();
     other.attached = m_bus.attached;
     Hub_UsePlatform(other, otherClock);
     EXPECT_TRUE(Hub_OpenDevice());
@@ -377,11 +377,7 @@ TEST_F(UsePlatform, ChangesNothingWhileAHubIsOpen)
 {
     open();
     Hub_Abandon();
-    {
-        HubTestBus other;
-        VirtualClock otherClock;
-        Hub_UsePlatform(other, otherClock);
-    }
+    Hub_UsePlatform(keptForGood<ScriptedBus>(), keptForGood<VirtualClock>());
     EXPECT_EQ(Hub_ControlRequest({0x40, 0xE8}), kHubAbandoned);
     EXPECT_TRUE(Hub_FindDevice());
     EXPECT_THAT(m_bus.events(), ElementsAre("search", "drop 0", "end of list"));

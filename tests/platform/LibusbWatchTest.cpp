@@ -226,15 +226,6 @@ TEST_F(PollingWatchTest, SeesAReturnBetweenTwoLooks)
     EXPECT_THAT(m_events.all(), ElementsAre(UsbEvent::Detached, UsbEvent::Attached));
 }
 
-TEST_F(PollingWatchTest, StaysSilentAfterTheWatch)
-{
-    ASSERT_TRUE(m_bus.watch(m_events.listener()));
-    m_bus.unwatch();
-    plug("1-1");
-    m_clock.advance(3 * kSecond);
-    EXPECT_THAT(m_events.all(), IsEmpty());
-}
-
 TEST_F(PollingWatchTest, TheClockMayOutliveTheBus)
 {
     {

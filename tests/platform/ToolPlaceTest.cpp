@@ -4,9 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 namespace vornadel::test
@@ -45,40 +43,6 @@ TEST(LinuxToolPlace, IsThisProgramsOwn)
     const fs::path own = fs::canonical("/proc/self/exe").parent_path();
     EXPECT_EQ(linuxToolPlace("somewhere/else").bundlePath, own.string());
     EXPECT_EQ(linuxToolPlace(nullptr).bundlePath, own.string());
-}
-
-/// The bundle that a copy of this program tells of itself when it is started by way of `link`.
-std::string bundleToldBy(const fs::path& link, const fs::path& answer)
-{
-    const std::string command = "VORNADEL_TELL_BUNDLE='" + answer.string() + "' '" + link.string() +
-                                "' --gtest_filter='BundleTeller.*' >/dev/null 2>&1";
-    EXPECT_EQ(std::system(command.c_str()), 0);
-    std::string line;
-    std::ifstream file(answer);
-    std::getline(file, line);
-    return line;
-}
-
-TEST(BundleTeller, TellsItsBundleWhenAsked)
-{
-    if (const char* answer = std::getenv("VORNADEL_TELL_BUNDLE")) {
-        const ToolPlace place = linuxToolPlace("x");
-        std::ofstream(answer) << place.bundlePath << '|' << place.bundled << '\n';
-    }
-}
-
-TEST(LinuxToolPlace, IsTheRealOneWhenStartedByALink)
-{
-    std::string pattern = (fs::temp_directory_path() / "platform_tests-XXXXXX").string();
-    const fs::path directory = fs::canonical(mkdtemp(pattern.data()));
-    const fs::path program = directory / "V.app/Contents/MacOS/V";
-    fs::create_directories(program.parent_path());
-    fs::create_directories(directory / "bin");
-    fs::copy_file("/proc/self/exe", program);
-    fs::create_symlink(program, directory / "bin/v");
-    EXPECT_EQ(bundleToldBy(directory / "bin/v", directory / "answer"),
-              (directory / "V.app").string() + "|1");
-    fs::remove_all(directory);
 }
 
 } // namespace

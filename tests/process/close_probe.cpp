@@ -1,20 +1,22 @@
-// The window program on a simulated hub, which chooses an image and presses "Update", or presses a
-// button of the flash page, and closes its own window at a moment told on the command line. Only a
-// flow's requests and pauses count, not the detection's.
+// The window program on a simulated hub. It chooses an image and presses "Update", or presses a
+// button of the flash page, and closes its own window at a moment given on the command line. Only
+// requests and pauses of a flow count, not those of the detection.
 //
-//   close_probe FLASH IMAGE request N     while the N-th request after the press is in flight
-//   close_probe FLASH IMAGE stuck N       the same, and that request never ends
-//   close_probe FLASH IMAGE pause N       while the flow sleeps for the N-th time after the press
-//   close_probe FLASH IMAGE start-up N    while the N-th request of the start-up run is in flight
-//   close_probe FLASH IMAGE farewell 1    in the five seconds after the success of the start-up run
-//   close_probe FLASH IMAGE read N        while the N-th request of a flash read is in flight
-//   close_probe FLASH IMAGE erase N       while the N-th request of a flash erase is in flight
-//   close_probe FLASH IMAGE panel 0       while the flash page asks where to save
-//   close_probe FLASH IMAGE alert 0       while the flash page says that there is nothing to save
-//   close_probe FLASH IMAGE dialog 0      right after the image has been chosen
-//   close_probe FLASH IMAGE launch 0      as soon as the window is there, in the start-up run
-//   close_probe FLASH IMAGE end 0         after the last line
-//   close_probe FLASH IMAGE loss 0        from a button's slot that loses a kilobyte
+//   close_probe FLASH IMAGE MOMENT N
+//
+//   request    while the N-th request after the press is in flight
+//   stuck      the same, and that request never ends
+//   pause      while the flow sleeps for the N-th time after the press
+//   start-up   while the N-th request of the start-up run is in flight
+//   farewell   in the five seconds after the success of the start-up run
+//   read       while the N-th request of a flash read is in flight
+//   erase      while the N-th request of a flash erase is in flight
+//   panel      while the flash page asks where to save
+//   alert      while the flash page says that there is nothing to save
+//   dialog     right after the image has been chosen
+//   launch     as soon as the window is there, while the start-up run goes on
+//   end        after the last line
+//   loss       from a button's slot that loses a kilobyte
 
 #include "app/AppDelegate.h"
 #include "app/Controls.h"

@@ -57,6 +57,15 @@ public:
         return m_script->requests;
     }
 
+    /// Drops the hooks, and with them what they refer to.
+    void forgetHooks()
+    {
+        m_script->onSearch = nullptr;
+        m_script->onOpen = nullptr;
+        m_script->onClose = nullptr;
+        m_script->onControl = nullptr;
+    }
+
     /// Forgets what happened so far.
     void forget()
     {
