@@ -1,6 +1,5 @@
 #include "standins/sim/DemoImage.h"
 
-#include "standins/sim/NorFlash.h"
 #include "tests/sim/HubBench.h"
 
 #include <fstream>
@@ -22,20 +21,6 @@ TEST(DemoImage, EqualsTheFilesInExamples)
 {
     EXPECT_EQ(contentOf(VORNADEL_EXAMPLES "/demo-1.00.bin"), demoImage(0x0100));
     EXPECT_EQ(contentOf(VORNADEL_EXAMPLES "/demo-1.01.bin"), demoImage(0x0101));
-}
-
-TEST(DemoImage, CarriesVersionAndIds)
-{
-    for (const std::uint16_t version : {std::uint16_t{0x0100}, std::uint16_t{0x0101}}) {
-        const Bytes image = demoImage(version);
-        ASSERT_EQ(image.size(), kFlashSize);
-        const auto identity = findFlashIdentity(image);
-        ASSERT_TRUE(identity);
-        EXPECT_EQ(identity->version, version);
-        EXPECT_EQ(identity->vendorId, 0x1209);
-        EXPECT_EQ(identity->superSpeedId, 0x0001);
-        EXPECT_EQ(identity->highSpeedId, 0x0002);
-    }
 }
 
 } // namespace

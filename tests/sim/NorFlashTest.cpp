@@ -36,21 +36,6 @@ TEST(NorFlash, CoversItsOwnAddressesOnly)
     EXPECT_FALSE(NorFlash::covers(0xFFFFFFFF, 2));
 }
 
-TEST(FlashIdentity, IsReadHighByteFirst)
-{
-    Bytes image = imageWithBlockAt(0x100, 0xAA, 0x55);
-    image[0xF9] = 0x12;
-    image[0xFA] = 0x34;
-    const Bytes ids = {0x56, 0x78, 0x9A, 0xBC, 0xDE, 0xF0};
-    std::copy(ids.begin(), ids.end(), image.begin() + 0x102);
-    const auto identity = findFlashIdentity(image);
-    ASSERT_TRUE(identity);
-    EXPECT_EQ(identity->version, 0x1234);
-    EXPECT_EQ(identity->vendorId, 0x5678);
-    EXPECT_EQ(identity->superSpeedId, 0x9ABC);
-    EXPECT_EQ(identity->highSpeedId, 0xDEF0);
-}
-
 TEST(FlashIdentity, IsFoundByEachOfTheThreeSignatures)
 {
     EXPECT_TRUE(findFlashIdentity(imageWithBlockAt(0x7F00, 0xAA, 0x55)));

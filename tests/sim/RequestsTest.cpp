@@ -56,46 +56,6 @@ TEST(SimulatedHub, AcknowledgesTheOpenTimeRequestOfAnyMaker)
     EXPECT_NE(bench.send({0x40, 0x02, 0x0002, 0x1209}), 0U);
 }
 
-TEST(SimulatedHub, RefusesFlashRequestsWhileFlashCodeRuns)
-{
-    HubBench bench(flashOptions());
-    ASSERT_TRUE(bench.open());
-    Bytes buffer(16, 0xEE);
-    EXPECT_EQ(bench.erase(), kSimulatedStall);
-    EXPECT_EQ(bench.write(0, Bytes(16, 0)), kSimulatedStall);
-    EXPECT_EQ(bench.read(0, buffer), kSimulatedStall);
-    EXPECT_EQ(bench.transferred, 0U);
-    EXPECT_EQ(buffer, Bytes(16, 0xEE));
-    EXPECT_EQ(bench.hub().flash(), demoImage());
-}
-
-TEST(SimulatedHub, ErasesWritesAndReadsItsFlashInRomCode)
-{
-    HubBench bench;
-    ASSERT_TRUE(bench.open());
-    EXPECT_EQ(bench.erase(), 0U);
-    EXPECT_EQ(bench.hub().flash(), Bytes(kFlashSize, 0xFF));
-    EXPECT_EQ(bench.write(0x7FFE, {0x12, 0x34}), 0U);
-    EXPECT_EQ(bench.transferred, 2U);
-    Bytes buffer(3);
-    EXPECT_EQ(bench.read(0x7FFD, buffer), 0U);
-    EXPECT_EQ(buffer, (Bytes{0xFF, 0x12, 0x34}));
-}
-
-TEST(SimulatedHub, StallsBeyondTheEndOfItsFlash)
-{
-    HubBench bench;
-    ASSERT_TRUE(bench.open());
-    const Bytes before = bench.hub().flash();
-    Bytes buffer(2, 0xEE);
-    for (const std::uint32_t address : {0x7FFFU, 0x8000U, 0x10000U, 0xFFFFFFFFU}) {
-        EXPECT_EQ(bench.write(address, {0, 0}), kSimulatedStall) << address;
-        EXPECT_EQ(bench.read(address, buffer), kSimulatedStall) << address;
-    }
-    EXPECT_EQ(bench.hub().flash(), before);
-    EXPECT_EQ(buffer, Bytes(2, 0xEE));
-}
-
 TEST(SimulatedHub, StallsWhatItDoesNotKnow)
 {
     HubBench bench;

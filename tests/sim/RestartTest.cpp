@@ -38,22 +38,6 @@ TEST(SimulatedBus, ListsTheSuperSpeedDeviceFirst)
     EXPECT_EQ(idsOn(*bench.bus), (Ids{{0x1209, 0x0001}, {0x1209, 0x0002}}));
 }
 
-TEST(SimulatedBus, OpensEachDeviceForOneOwner)
-{
-    HubBench bench;
-    auto owner = listDevices(*bench.bus);
-    auto other = listDevices(*bench.bus);
-    EXPECT_EQ(owner[0]->open(), UsbOpenStatus::Opened);
-    EXPECT_EQ(owner[0]->open(), UsbOpenStatus::Busy);
-    EXPECT_EQ(other[0]->open(), UsbOpenStatus::Busy);
-    EXPECT_EQ(other[1]->open(), UsbOpenStatus::Opened); // the high-speed one is a device of its own
-    owner[0]->close();
-    owner[0]->close();
-    EXPECT_EQ(other[0]->open(), UsbOpenStatus::Opened);
-    other[0].reset();
-    EXPECT_EQ(owner[0]->open(), UsbOpenStatus::Opened);
-}
-
 TEST(SimulatedBus, ReachesTheSameControllerThroughBothDevices)
 {
     HubBench bench;
@@ -66,31 +50,6 @@ TEST(SimulatedBus, ReachesTheSameControllerThroughBothDevices)
     ControlRequest request{0xC0, 0xD8, 0, 0, {}, buffer};
     EXPECT_EQ(devices[0]->control(request), 0U);
     EXPECT_EQ(buffer[0], 0xFF);
-}
-
-TEST(Restart, LeavesTheBusAndComesBackInRomCode)
-{
-    HubBench bench(realOptions(HubCode::Flash));
-    ASSERT_TRUE(bench.open());
-    EXPECT_FALSE(bench.runsRom());
-    EXPECT_EQ(bench.restartIntoRom(), 0U);
-    EXPECT_TRUE(listDevices(*bench.bus).empty());
-    bench.clock.advance(699ms);
-    EXPECT_TRUE(listDevices(*bench.bus).empty());
-    bench.clock.advance(1ms);
-    ASSERT_TRUE(bench.open());
-    EXPECT_TRUE(bench.runsRom());
-}
-
-TEST(Restart, FallsIntoRomCodeWithoutAValidImage)
-{
-    HubBench bench;
-    ASSERT_TRUE(bench.open());
-    bench.erase();
-    EXPECT_EQ(bench.restartIntoFlash(), 0U);
-    ASSERT_TRUE(bench.open());
-    EXPECT_TRUE(bench.runsRom());
-    EXPECT_EQ(bench.version(), 0x0001);
 }
 
 TEST(Restart, KillsEveryHandle)
@@ -125,21 +84,6 @@ TEST(Restart, TakesTheIdsOfTheNewImage)
     EXPECT_EQ(idsOn(*bench.bus), (Ids{{0x1A2B, 0x3C4D}, {0x1A2B, 0x5E6F}}));
 }
 
-TEST(Notification, ReportsEachDeviceThatLeavesAndReturns)
-{
-    HubBench bench(realOptions(HubCode::Flash));
-    Events events;
-    ASSERT_TRUE(bench.bus->watch([&](UsbEvent event) { events.push_back(event); }));
-    EXPECT_FALSE(bench.bus->watch([](UsbEvent) {}));
-    EXPECT_TRUE(events.empty());
-    ASSERT_TRUE(bench.open());
-    bench.restartIntoRom();
-    EXPECT_EQ(events, (Events{kDetached, kDetached}));
-    bench.clock.advance(1s);
-    EXPECT_EQ(events, (Events{kDetached, kDetached, kAttached, kAttached}));
-    bench.bus->unwatch();
-}
-
 TEST(Notification, KeepsItsOrderWhenTheListenerCausesMore)
 {
     HubBench bench;
@@ -153,21 +97,6 @@ TEST(Notification, KeepsItsOrderWhenTheListenerCausesMore)
     bench.hub().unplug();
     EXPECT_EQ(events, (Events{kDetached, kDetached, kAttached, kAttached}));
     bench.bus->unwatch();
-}
-
-TEST(Plug, IsPulledAndPutBack)
-{
-    HubBench bench;
-    ASSERT_TRUE(bench.open());
-    bench.hub().unplug();
-    bench.hub().unplug();
-    EXPECT_TRUE(listDevices(*bench.bus).empty());
-    EXPECT_EQ(bench.openTime(), kSimulatedNoDevice);
-    bench.hub().replug();
-    EXPECT_EQ(listDevices(*bench.bus).size(), 2U);
-    EXPECT_EQ(bench.openTime(), kSimulatedNoDevice);
-    ASSERT_TRUE(bench.open());
-    EXPECT_FALSE(bench.runsRom()); // power was off
 }
 
 TEST(Plug, PulledBetweenTheTwoDevicesBringsOnlyTheFirst)
