@@ -16,31 +16,14 @@ namespace vornadel::test
 namespace
 {
 
-constexpr std::size_t kParts = 4; // of a flow's requests; one test for each
-
 struct PairRow {
     FaultVariant first;
     HubCode runs;
-    std::size_t part; ///< where the first fault happens
 };
-
-std::vector<std::size_t> placesOf(const PairRow& row)
-{
-    const std::string wire = easyUpdate().wireFrom(row.runs);
-    std::vector<std::size_t> places;
-    for (const std::size_t at : placesOf(row.first, wire)) {
-        if (at * kParts / wire.size() == row.part) {
-            places.push_back(at);
-        }
-    }
-    return places;
-}
 
 std::string nameOf(const PairRow& row)
 {
-    return std::string(row.first.name) +
-           (row.runs == HubCode::Flash ? "InFlashCode" : "InRomCode") +
-           std::to_string(row.part + 1);
+    return std::string(row.first.name) + (row.runs == HubCode::Flash ? "InFlashCode" : "InRomCode");
 }
 
 void PrintTo(const PairRow& row, std::ostream* stream) { *stream << nameOf(row); }
@@ -50,11 +33,7 @@ std::vector<PairRow> everyRow()
     std::vector<PairRow> rows;
     for (const FaultVariant& variant : kFaultVariants) {
         for (const HubCode runs : {HubCode::Flash, HubCode::Rom}) {
-            for (std::size_t part = 0; part < kParts; ++part) {
-                if (const PairRow row{variant, runs, part}; !placesOf(row).empty()) {
-                    rows.push_back(row);
-                }
-            }
+            rows.push_back({variant, runs});
         }
     }
     return rows;
@@ -130,7 +109,7 @@ std::vector<Pairs> pairsOf(const PairRow& row)
 {
     std::vector<Pairs> all;
     const std::string wire = easyUpdate().wireFrom(row.runs);
-    for (const std::size_t at : placesOf(row)) {
+    for (const std::size_t at : placesOf(row.first, wire)) {
         const Outcome outcome = outcomeOf(easyUpdate(), row.runs, row.first, at);
         all.push_back({row.first.at(positionOf(row.first.kind, wire, at)), outcome.afterwards,
                        secondsAfter(row.first, at, outcome),

@@ -5,7 +5,6 @@
 #include "tests/flows/ToldValues.h"
 #include "tests/flows/WireLog.h"
 #include "tests/support/RecordingReporter.h"
-#include "tests/support/ScriptedBus.h"
 #include "tests/support/SimulatedSetup.h"
 
 #include <gmock/gmock.h>
@@ -141,40 +140,6 @@ TEST_F(FirmwareUpdate, WritesAnImageOf5000BytesInTwoPieces)
     EXPECT_THAT(reporter.values(Wait::No),
                 Pointwise(DoubleNear(1e-9),
                           {10 + 40 * 4096 / 5000.0, 50.0, 50 + 40 * 4096 / 5000.0, 90.0}));
-}
-
-TEST_F(FirmwareUpdate, SplitsAddressesBeyond64KiBIntoTwoWords)
-{
-    ScriptedBus bus; // a hub with a larger flash, in ROM code, that stores what is written
-    bus.attached = {{0x1209, 0x0001}};
-    std::vector<std::uint8_t> flash(0x11000);
-    bus.onControl([&](ControlRequest& request) {
-        const std::size_t address = request.wIndex * std::size_t{0x10000} + request.wValue;
-        if (request.bRequest == 0xC8) {
-            std::copy(request.out.begin(), request.out.end(),
-                      flash.begin() + static_cast<std::ptrdiff_t>(address));
-        } else if (request.bRequest == 0xD8) {
-            std::copy_n(flash.begin() + static_cast<std::ptrdiff_t>(address), request.in.size(),
-                        request.in.begin());
-        }
-        return 0U;
-    });
-    VirtualClock clock;
-    Hub_UsePlatform(bus, clock);
-    const std::vector<std::uint8_t> bytes = imageOfSize(0x10000 + 1000);
-    load(bytes);
-    EXPECT_TRUE(update());
-    EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(), flash.begin()));
-
-    const std::vector<SeenRequest> requests = bus.requests();
-    // Open-time request, status, erase, 17 writes, 17 reads, restart, open-time request.
-    ASSERT_EQ(requests.size(), 3U + 17 + 17 + 2);
-    using Setup = std::array<std::uint8_t, 8>;
-    EXPECT_EQ(requests[3 + 15].setup, (Setup{0x40, 0xC8, 0x00, 0xF0, 0x00, 0x00, 0x00, 0x10}));
-    EXPECT_EQ(requests[3 + 16].setup, (Setup{0x40, 0xC8, 0x00, 0x00, 0x01, 0x00, 0xE8, 0x03}));
-    EXPECT_EQ(requests[20 + 15].setup, (Setup{0xC0, 0xD8, 0x00, 0xF0, 0x00, 0x00, 0x00, 0x10}));
-    EXPECT_EQ(requests[20 + 16].setup, (Setup{0xC0, 0xD8, 0x00, 0x00, 0x01, 0x00, 0xE8, 0x03}));
-    EXPECT_EQ(requests[3 + 16].sent.size(), 1000U);
 }
 
 TEST_F(FirmwareUpdate, WithoutAnImageShowsAnEmptyHeaderAndFails)

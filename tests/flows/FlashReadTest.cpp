@@ -1,14 +1,12 @@
 #include "flows/FlashRead.h"
 
 #include "tests/flows/Told.h"
-#include "tests/flows/WireLog.h"
 #include "tests/support/SimulatedSetup.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 
 namespace vornadel::test
 {
@@ -16,20 +14,16 @@ namespace vornadel::test
 namespace
 {
 
-using namespace std::chrono_literals;
 using testing::ElementsAre;
 
 class FlashRead : public testing::Test
 {
 protected:
-    FlashRead() { keepRequests(setup.hub(), wire); }
-
     bool read() { return readFlash(flash, reporter); }
 
     SimulatedSetup setup;
     std::vector<std::uint8_t> flash{1, 2, 3}; // what was there before
     RecordingReporter reporter;
-    std::vector<WireRequest> wire;
 };
 
 /// Looks at the flash when the flow has its result.
@@ -54,23 +48,6 @@ private:
 };
 
 } // namespace
-
-TEST_F(FlashRead, SendsExactlyTheseRequests)
-{
-    EXPECT_TRUE(read());
-
-    const WireRequest hello{0x40, 0x02, 0x0001, HUB_MAKER_VID, 0, {}};
-    const WireRequest status{0xC0, 0x09, 0, 0, 32, {}};
-    std::vector<WireRequest> expected{hello, status, status, {0x40, 0x00, 0, 0, 0, {}},
-                                      hello, status};
-    for (std::uint16_t address = 0; address < 0x8000;
-         address = static_cast<std::uint16_t>(address + 4096)) {
-        expected.push_back({0xC0, 0xD8, address, 0, 4096, {}});
-    }
-    expected.push_back({0x40, 0xE9, 0x0101, 0, 0, {}});
-    expected.push_back(hello);
-    EXPECT_EQ(wire, expected);
-}
 
 TEST_F(FlashRead, BringsEveryByteOfTheFlashAndLeavesItAsItIs)
 {
@@ -105,12 +82,6 @@ TEST_F(FlashRead, TellsAFailureInThisOrder)
                 ElementsAre("0%", "reset", "blue Open Device...\n", "10% posted",
                             "blue Reading Flash...\n", "20% posted", "30% posted",
                             "red Fail to Read Flash\n", "red Read Fw Fail\n", "0% posted"));
-}
-
-TEST_F(FlashRead, PausesOnlyForTheRestarts)
-{
-    EXPECT_TRUE(read());
-    EXPECT_THAT(setup.clock.pauses(), ElementsAre(1s, 2s));
 }
 
 TEST_F(FlashRead, HandsTheFlashOverWhileTheHubIsOpen)

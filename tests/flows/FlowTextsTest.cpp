@@ -1,9 +1,11 @@
-// The red lines of each failure; the lines of a success are in the tests of each flow.
+// The red lines of each failure, and the lines of an erase; the other flows have their own tests.
 
 #include "flows/FlowTexts.h"
+#include "flows/FlashErase.h"
 
 #include "tests/flows/FlowTable.h"
 #include "tests/flows/Told.h"
+#include "tests/support/SimulatedSetup.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -38,21 +40,6 @@ TEST(FlowTexts, NameTheStepThatFailedAndThenTheFlow)
     }
 }
 
-TEST(FlowTexts, MoveTheBarWithThePiecesOfAStepThatFails)
-{
-    RecordingReporter reporter;
-    reporter.started({FlowKind::Read});
-    reporter.stepStarted(Step::Open);
-    reporter.stepStarted(Step::Read);
-    reporter.progressed(4096, 32768);
-    reporter.finished({Step::Read, Cause::RequestFailed, 4096});
-    reporter.closed();
-    EXPECT_THAT(told(reporter),
-                ElementsAre("0%", "reset", "blue Open Device...\n", "10% posted",
-                            "blue Reading Flash...\n", "20% posted", "red Fail to Read Flash\n",
-                            "red Read Fw Fail\n", "0% posted"));
-}
-
 TEST(FlowTexts, DoNotMoveTheBarForAStepThatFailed)
 {
     RecordingReporter reporter;
@@ -64,6 +51,16 @@ TEST(FlowTexts, DoNotMoveTheBarForAStepThatFailed)
     EXPECT_THAT(told(reporter), ElementsAre("reset", "0%", "blue FW:demo.bin(size=32768)\n\n",
                                             "blue Erase Flash...\n", "red Fail to Erase Flash\n",
                                             "red Update FW Fail\n"));
+}
+
+TEST(FlowTexts, OfAnEraseComeInThisOrderAndLeaveTheBarAt0)
+{
+    const SimulatedSetup setup;
+    RecordingReporter reporter;
+    EXPECT_TRUE(eraseFlash(reporter));
+    EXPECT_THAT(told(reporter),
+                ElementsAre("reset", "0%", "blue Open Rom Device...\n", "blue Erase Flash...\n",
+                            "blue Reseting...\n", "blue Erase FW Success\n"));
 }
 
 } // namespace

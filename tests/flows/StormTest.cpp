@@ -83,20 +83,6 @@ TEST_P(Storm, InOneSecondOfAnUpdateLeavesItTruthful)
     }
 }
 
-TEST_P(Storm, InOneRequestOfAnUpdateLeavesItTruthful)
-{
-    const std::size_t requests = easyUpdate().wireFrom(GetParam()).size();
-    const auto atOnce = [](HubSetup& setup) {
-        for (int cycle = 0; cycle < kCycles; ++cycle) {
-            setup.bus->hub().unplug();
-            setup.bus->hub().replug();
-        }
-    };
-    for (std::size_t position = 1; position <= requests; ++position) {
-        updateWith(position, atOnce, position == requests); // nothing follows the last request
-    }
-}
-
 INSTANTIATE_TEST_SUITE_P(OfPlugs, Storm, testing::Values(HubCode::Flash, HubCode::Rom),
                          [](const auto& runs) {
                              return std::string(runs.param == HubCode::Flash ? "FromFlashCode"
