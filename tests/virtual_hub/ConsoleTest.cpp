@@ -27,11 +27,8 @@ protected:
     void SetUp() override
     {
         for (unsigned number = 1; number <= 2; ++number) {
-            SimulatedHubOptions options;
-            options.keepInMemory = true;
-            options.latency = SimulatedLatency::None;
             std::string error;
-            m_sims.push_back(SimulatedHub::create(options, m_clock, error));
+            m_sims.push_back(hubInMemory("latency=none", m_clock));
             m_hubs.push_back(std::make_unique<VirtualHub>(
                 number, m_sims.back(), m_hosts.at(number - 1), [](const std::string&) {}));
             ASSERT_TRUE(m_hubs.back()->start(error)) << error;
