@@ -144,22 +144,6 @@ TEST_F(DropDown, OpensAndAppliesByKey)
     EXPECT_EQ(m_table.currentIndex().row(), 1) << "without Alt it is the next row";
 }
 
-TEST_F(DropDown, ChangesNothingWhenItIsDismissed)
-{
-    const ByteList before = allBytes();
-    click(0);
-    ASSERT_TRUE(isOpen());
-    QTest::keyClick(list()->view(), Qt::Key_Down);
-    QTest::keyClick(list()->view(), Qt::Key_Escape);
-    ASSERT_TRUE(waitFor([this] { return list() == nullptr; }));
-    click(0);
-    ASSERT_TRUE(isOpen());
-    QApplication::activePopupWidget()->close();
-    ASSERT_TRUE(waitFor([this] { return list() == nullptr; }));
-    EXPECT_EQ(allBytes(), before);
-    EXPECT_EQ(cell(0), "0 : Off");
-}
-
 TEST_F(DropDown, TakesADoubleClickForOne)
 {
     m_singleClicks.reset();
@@ -172,22 +156,6 @@ TEST_F(DropDown, TakesADoubleClickForOne)
     QApplication::processEvents();
     EXPECT_TRUE(isOpen());
     EXPECT_EQ(byte(20), 0x02);
-}
-
-TEST_F(DropDown, LeavesALockedRowAsItWas)
-{
-    click(2);
-    pick(1);
-    ASSERT_EQ(m_alerts.size(), 1);
-    EXPECT_TRUE(m_alerts[0].contains(" Master\n(Addr 0x17[7:7])"));
-    EXPECT_EQ(cell(2), "0 : Off");
-    EXPECT_EQ(allBytes(), imageWithBlock(kLength, kBlock));
-    click(3);
-    pick(1);
-    click(2);
-    pick(1);
-    EXPECT_EQ(byte(22), 0x01);
-    EXPECT_EQ(m_alerts.size(), 1);
 }
 
 TEST_F(DropDown, StaysShutForAConstantAndForTheName)

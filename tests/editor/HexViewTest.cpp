@@ -59,13 +59,6 @@ TEST_F(HexView, ColoursFromTheFirstToTheLastDigit)
     }
 }
 
-TEST_F(HexView, ColoursTheTextsWithEverythingBetweenThem)
-{
-    it().ShowBinary(43, 94);
-    EXPECT_TRUE(redText().startsWith("07 03 4D 61 6B \n0130h:65 72 05 "));
-    EXPECT_TRUE(redText().endsWith("\n0150h:22 33 44 55 66 77 88 99 - AA BB CC DD EE FF "));
-}
-
 TEST_F(HexView, ColoursNothingInAnEmptyRangeOrBehindTheBlock)
 {
     for (const auto& [begin, end] :

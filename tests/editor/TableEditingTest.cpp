@@ -25,16 +25,6 @@ TEST_F(TableEditing, TellsTheTableOfChangedCells)
     EXPECT_EQ(m_table.model()->index(0, 1).data().toString(), "1 : On");
 }
 
-TEST_F(TableEditing, WritesThePositionThatWasChosen)
-{
-    load();
-    PropItem& item = add(1, 20, 0x06);
-    choose(0, 2);
-    EXPECT_EQ(byte(20), 0x04) << "the third entry writes 2";
-    EXPECT_EQ(item.curValue, "2");
-    EXPECT_EQ(redText(), "04 ");
-}
-
 TEST_F(TableEditing, WritesThePositionWhateverTheDataTextsAre)
 {
     load();
@@ -168,20 +158,6 @@ TEST_F(TableEditing, NeverLocksWithoutAnEnablingAddressOrMask)
     EXPECT_TRUE(m_alerts.isEmpty());
 }
 
-TEST_F(TableEditing, MarksTheBytesAtTheEndsOfHalfLinesAndOfTheBlock)
-{
-    load();
-    add(1, 7, 0xFF);
-    add(2, 15, 0xFF);
-    add(3, 255, 0xFF);
-    choose(0, 1);
-    EXPECT_EQ(redText(), "01 - ");
-    choose(1, 2);
-    EXPECT_EQ(redText(), "02 \n0110h:");
-    choose(2, 2);
-    EXPECT_EQ(redText(), "02 \n") << "to the end of the text";
-}
-
 TEST_F(TableEditing, StaysInsideTheImage)
 {
     load();
@@ -224,21 +200,6 @@ TEST_F(TableEditing, IgnoresEditsOfRowsAndColumnsThatAreNone)
     choose(-1, 2);
     it().tableView_setObjectValue_forTableColumn_row(2, kName, 0);
     EXPECT_EQ(allBytes(), imageWithBlock(kLength, kBlock));
-}
-
-TEST_F(TableEditing, TakesEditsOfTheValueAlone)
-{
-    load();
-    add(1, 20, 3);
-    it().reloadTable();
-    QAbstractItemModel& model = *m_table.model();
-    const ByteList before = allBytes();
-    EXPECT_FALSE(model.setData(model.index(0, 0), 1, Qt::EditRole));
-    EXPECT_FALSE(model.setData(model.index(0, 1), 1, Qt::DisplayRole));
-    EXPECT_FALSE(model.setData({}, 1, Qt::EditRole));
-    EXPECT_EQ(allBytes(), before);
-    EXPECT_TRUE(model.setData(model.index(0, 1), 1, Qt::EditRole));
-    EXPECT_EQ(byte(20) & 3, 1);
 }
 
 } // namespace

@@ -159,35 +159,6 @@ TEST_F(TableController, KeepsTheSelectionOverAReloadOfTheSameItems)
     EXPECT_EQ(m_table.model()->rowCount(), 1);
 }
 
-TEST_F(TableController, OffersATableOfOneLevel)
-{
-    add(1, 20, 3);
-    it().reloadTable();
-    const QAbstractItemModel& model = *m_table.model();
-    const QModelIndex name = model.index(0, 0);
-    EXPECT_EQ(model.rowCount(), 1);
-    EXPECT_EQ(model.rowCount(name), 0);
-    EXPECT_EQ(model.columnCount(name), 0);
-    EXPECT_FALSE(model.data({}, Qt::DisplayRole).isValid());
-    EXPECT_EQ(model.headerData(0, Qt::Vertical), 1);
-}
-
-TEST_F(TableController, LeavesTheReferenceToALaterOne)
-{
-    {
-        FwImage image;
-        QTableView table;
-        PropertyViews views;
-        views.table = &table;
-        views.hex = &m_hex;
-        TableViewController second(views, image, "", {});
-        EXPECT_EQ(TableControllerRef, &second);
-        m_controller.reset();
-        EXPECT_EQ(TableControllerRef, &second);
-    }
-    EXPECT_EQ(TableControllerRef, nullptr);
-}
-
 TEST_F(TableController, DescribesTheSelectedRow)
 {
     PropItem& first = add(5, 0x112, 0x06);

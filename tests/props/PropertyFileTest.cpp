@@ -49,22 +49,14 @@ protected:
     }
 };
 
-TEST_F(PropertyFile, WithOneSectionAndANameHoldsOneProperty)
-{
-    const PropItemList items = read("[HubFF_USB_05]\nPropName = Five\n");
-    ASSERT_EQ(items.size(), 1U);
-    EXPECT_EQ(items[0]->key, 5);
-    EXPECT_EQ(items[0]->propName, "Five");
-    EXPECT_EQ(items[0]->property, "Five");
-    EXPECT_EQ(problem, "");
-}
-
 TEST_F(PropertyFile, FillsEveryField)
 {
     const PropItem item =
         property("PageName = DSP OCP/U1/U2\nGroupName = Over-current\nPropDesp = \"Watch; react\"\n"
                  "PropAddr = 14\nPropMask = 6\nBaseOnAddr = 12\nBaseOnMask = 16\n"
                  "PropOption_00 = Off\nDataOption_00 = 3\nPropOption_0F = On\n");
+    EXPECT_EQ(item.property, "Five");
+    EXPECT_EQ(item.propName, "Five");
     EXPECT_EQ(item.pageName, "DSP OCP/U1/U2");
     EXPECT_EQ(item.groupName, "Over-current");
     EXPECT_EQ(item.propDesc, "Watch; react");
@@ -77,13 +69,6 @@ TEST_F(PropertyFile, FillsEveryField)
     EXPECT_EQ(item.curValue, "3");
     EXPECT_EQ(item.curDataValue, "");
     EXPECT_EQ(item.curPropValue, "");
-}
-
-TEST_F(PropertyFile, LeavesMissingKeysEmpty)
-{
-    const PropItem item = property("");
-    EXPECT_EQ(item.pageName + item.groupName + item.propDesc, "");
-    EXPECT_EQ(item.addr + item.mask + item.baseOnAddr + item.baseOnMask, 0U);
 }
 
 TEST_F(PropertyFile, IsReadInTheOrderOfNumbersWithGaps)
@@ -154,18 +139,10 @@ TEST_F(PropertyFile, CutsNumbersToTheirWidth)
 
 TEST_F(PropertyFile, SkipsASlotWithoutALabelAndReadsTheLaterOnes)
 {
-    const PropItem item = property("PropOption_00 = Off\nPropOption_02 = On\n");
+    const PropItem item = property("PropOption_00 = Off\nDataOption_01 = 7\nPropOption_02 = On\n");
     EXPECT_THAT(item.propList, ElementsAre("Off", "On"));
     EXPECT_THAT(item.dataList, ElementsAre("0", "2"));
     EXPECT_EQ(item.curValue, "0");
-}
-
-TEST_F(PropertyFile, PairsADataTextWithItsLabel)
-{
-    const PropItem item = property("PropOption_03 = Auto\nDataOption_03 = 7\nDataOption_04 = 1\n");
-    EXPECT_THAT(item.propList, ElementsAre("Auto"));
-    EXPECT_THAT(item.dataList, ElementsAre("7"));
-    EXPECT_EQ(item.curValue, "7");
 }
 
 TEST_F(PropertyFile, KeepsADataTextAsText)
@@ -197,35 +174,6 @@ TEST_F(PropertyFile, WithoutOptionsHoldsAConstant)
     EXPECT_EQ(item.curValue, "Const Value");
     EXPECT_THAT(item.propList, IsEmpty());
     EXPECT_THAT(item.dataList, IsEmpty());
-}
-
-TEST_F(PropertyFile, TakesTextsAsTheReaderGivesThem)
-{
-    const PropItem item = property("PageName = system \nGroupName = 'SSC '\nPropDesp = one ; two\n"
-                                   "PropOption_00 = \"50 % # half\"\n");
-    EXPECT_EQ(item.pageName, "system");
-    EXPECT_EQ(item.groupName, "SSC ");
-    EXPECT_EQ(item.propDesc, "one");
-    EXPECT_THAT(item.propList, ElementsAre("50 % # half"));
-}
-
-TEST_F(PropertyFile, MayHaveTheLineEndsOfAnotherSystem)
-{
-    const PropItemList items = read("[HubFF_USB_05]\r\nPropName = Five\r\nPropMask = 48\r\n");
-    ASSERT_EQ(items.size(), 1U);
-    EXPECT_EQ(items[0]->propName, "Five");
-    EXPECT_EQ(items[0]->mask, 48);
-}
-
-TEST_F(PropertyFile, ReadTwiceGivesTheSameList)
-{
-    write("[HubFF_USB_05]\nPropName = Five\nPropOption_00 = Off\n[HubFF_USB_06]\nPropName = Six\n");
-    const PropItemList first = readFile();
-    const PropItemList second = readFile();
-    EXPECT_THAT(keysOf(first), ElementsAre(5, 6));
-    EXPECT_THAT(keysOf(second), ElementsAre(5, 6));
-    EXPECT_EQ(second[0]->propList, first[0]->propList);
-    EXPECT_NE(second[0], first[0]) << "an edit of the one would show in the other";
 }
 
 } // namespace

@@ -48,14 +48,6 @@ protected:
     std::string m_closed;
 };
 
-TEST_F(PropertyFiles, AreThoseWithTheExactExtensionInAnyFolder)
-{
-    write("", "A.INI");
-    write("", "b.ini");
-    write("", "sub/C.INI");
-    EXPECT_THAT(found(), UnorderedElementsAre("A.INI", "sub/C.INI"));
-}
-
 TEST_F(PropertyFiles, HaveTheExtensionAtTheirEnd)
 {
     for (const char* name :
@@ -129,21 +121,6 @@ TEST_F(PropertyFiles, BehindAClosedFolderStayUnseenAndTheRestIsFound)
     setPermissions("closed", fs::perms::none);
     const WithoutPrivilege nobody;
     EXPECT_THAT(found(), UnorderedElementsAre("open/B.INI", "C.INI"));
-}
-
-TEST_F(PropertyFiles, AreNamedWithoutALookAtThem)
-{
-    write("", "listed/A.INI");
-    write("", "listed/inner/B.INI");
-    write("", "C.INI");
-    // Its names can be read, but nothing behind them can be reached.
-    setPermissions("listed",
-                   fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
-    const WithoutPrivilege nobody;
-    struct stat status {
-    };
-    ASSERT_NE(stat(path("listed/A.INI").c_str(), &status), 0);
-    EXPECT_THAT(found(), UnorderedElementsAre("listed/A.INI", "C.INI"));
 }
 
 /// Creates nested folders, 300 deep; one at a time, because the whole path would be too long.

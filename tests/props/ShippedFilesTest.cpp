@@ -5,7 +5,6 @@
 #include "standins/sim/DemoImage.h"
 
 #include <gmock/gmock.h>
-#include <iniparser/iniparser.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -25,7 +24,6 @@ namespace
 {
 
 using ::testing::Contains;
-using ::testing::ElementsAre;
 using ::testing::Ge;
 using ::testing::Not;
 using ::testing::SizeIs;
@@ -41,43 +39,6 @@ bool isConfiguration(std::uint32_t offset)
 }
 
 using Field = std::pair<std::uint32_t, std::uint8_t>;
-
-/// The slot numbers of the options in one section, as written in the file.
-struct OptionSlots {
-    std::set<unsigned> labels;
-    std::set<unsigned> data;
-};
-
-/// The option slots of every section of an included file, by the section's name in lower case (as
-/// the INI reader stores it). The lists from readPropertyFile() do not show a skipped slot.
-std::map<std::string, OptionSlots> optionSlots(const std::string& name)
-{
-    const std::unique_ptr<dictionary, void (*)(dictionary*)> file(
-        iniparser_load((std::string(VORNADEL_DEFINITIONS "/") + name).c_str()), iniparser_freedict);
-    std::map<std::string, OptionSlots> slots;
-    if (!file) {
-        ADD_FAILURE() << name << " cannot be read";
-        return slots;
-    }
-    for (int i = 0; i < iniparser_getnsec(file.get()); ++i) {
-        const std::string section = iniparser_getsecname(file.get(), i);
-        std::vector<const char*> keys(
-            static_cast<std::size_t>(iniparser_getsecnkeys(file.get(), section.c_str())));
-        iniparser_getseckeys(file.get(), section.c_str(), keys.data());
-        for (const std::string key : keys) {
-            const std::string option = key.substr(section.size() + 1);
-            const auto number = [&option] {
-                return std::stoul(option.substr(option.rfind('_') + 1), nullptr, 16);
-            };
-            if (option.starts_with("propoption_")) {
-                slots[section].labels.insert(static_cast<unsigned>(number()));
-            } else if (option.starts_with("dataoption_")) {
-                slots[section].data.insert(static_cast<unsigned>(number()));
-            }
-        }
-    }
-    return slots;
-}
 
 /// One included file. Items that are not bound to the image have no field in it.
 class ShippedFile : public ::testing::TestWithParam<const char*>
@@ -188,61 +149,6 @@ TEST_P(ShippedFile, KnowsEveryValueOfTheDemoImage)
     }
 }
 
-TEST_P(ShippedFile, ShowsSomethingInTheDemoImageAndLocksSomething)
-{
-    const std::vector<std::uint8_t> image = demoImage();
-    std::set<std::string> values;
-    int locked = 0;
-    for (const auto& item : bound) {
-        values.insert(std::to_string(GF_GetMaskValue(&image.at(kBlock + item->addr), item->mask)));
-        const std::uint8_t base = image.at(kBlock + item->baseOnAddr);
-        locked += item->baseOnAddr != 0 && GF_GetMaskValue(&base, item->baseOnMask) == 0 ? 1 : 0;
-    }
-    EXPECT_THAT(values, SizeIs(Ge(8U)));
-    EXPECT_GT(locked, 0);
-}
-
-TEST_P(ShippedFile, HasEveryKindOfProperty)
-{
-    int unbound = 0;
-    int constants = 0;
-    int singleBits = 0;
-    int groups = 0;
-    for (const auto& item : items) {
-        unbound += item->key == 0 ? 1 : 0;
-        constants += item->curValue == kConstValue ? 1 : 0;
-        (item->mask & (item->mask - 1)) == 0 ? ++singleBits : ++groups;
-    }
-    EXPECT_EQ(unbound, 1);
-    EXPECT_GT(constants, 1);
-    EXPECT_GT(singleBits, 20);
-    EXPECT_GT(groups, 20);
-}
-
-TEST_P(ShippedFile, SkipsTheMiddleSlotOfThree)
-{
-    const OptionSlots slots = optionSlots(GetParam())["hubff_usb_1b"];
-    EXPECT_THAT(slots.labels, ElementsAre(0U, 2U));
-    EXPECT_THAT(slots.data, ElementsAre(0U, 2U));
-    const auto item = std::find_if(items.begin(), items.end(),
-                                   [](const auto& each) { return each->key == 0x1B; });
-    ASSERT_NE(item, items.end());
-    EXPECT_THAT((*item)->propList, ElementsAre("Individual", "Ganged"));
-    EXPECT_THAT((*item)->dataList, ElementsAre("0", "1"));
-}
-
-TEST_P(ShippedFile, HasPropertiesWithAllDataTextsAndWithNone)
-{
-    int all = 0;
-    int none = 0;
-    for (const auto& [section, slots] : optionSlots(GetParam())) {
-        all += !slots.labels.empty() && slots.data == slots.labels ? 1 : 0;
-        none += !slots.labels.empty() && slots.data.empty() ? 1 : 0;
-    }
-    EXPECT_GT(all, 1) << "besides the one with the skipped slot";
-    EXPECT_GT(none, 0);
-}
-
 INSTANTIATE_TEST_SUITE_P(Of, ShippedFile, ::testing::Values("SimHub-A.INI", "SimHub-B.INI"),
                          [](const auto& file) { return std::string(1, file.param[7]); });
 
@@ -258,12 +164,6 @@ std::vector<std::string> namesOf(const PropItemList& items)
     std::transform(items.begin(), items.end(), std::back_inserter(names),
                    [](const auto& item) { return item->propName; });
     return names;
-}
-
-TEST(PropertyPages, AreSixInTheOrderOfTheWindow)
-{
-    EXPECT_THAT(kPropertyPages,
-                ElementsAre("SSC", "DSP OCP/U1/U2", "System", "USP PHY", "DSP Setting", "DSP PHY"));
 }
 
 TEST(ShippedFiles, AreTwoThatDiffer)
