@@ -1,11 +1,7 @@
-// The flash page during a read or an erase: typing, opening dialogs, closing the window.
+// The flash page during a read: typing, open dialogs, closing the window.
 
 #include "hub/HubTransport.h"
 #include "tests/app/FlashPageUnderTest.h"
-
-#include <QPointer>
-
-#include <filesystem>
 
 namespace vornadel::test
 {
@@ -39,12 +35,6 @@ protected:
         readGate.shut();
         click(tool().btnRead_FwFlash);
         ASSERT_TRUE(waitFor([this] { return readGate.isReached(); }));
-    }
-    void holdErase()
-    {
-        eraseGate.shut();
-        click(tool().btnErase_FwFlash);
-        ASSERT_TRUE(waitFor([this] { return eraseGate.isReached(); }));
     }
     void letReadFinish()
     {
@@ -102,19 +92,11 @@ protected:
         const unsigned requests = hub().requestCount();
         EXPECT_TRUE(tool().window()->close());
         readGate.open();
-        eraseGate.open();
         EXPECT_TRUE(tool().shutDown());
         EXPECT_LE(hub().requestCount(), requests + atMostMore)
             << "the hub is not told to restart any more";
         end();
         EXPECT_FALSE(Hub_IsOpen());
-    }
-
-    void expectTheNextReadToSucceed()
-    {
-        launchAndSettle();
-        read();
-        EXPECT_EQ(fields(), demoFields());
     }
 
     std::vector<std::uint8_t> otherFlash = demoImage();
@@ -124,14 +106,9 @@ TEST_F(BusyFlashPage, EndsInTheMiddleOfAReadWhenTheWindowCloses)
 {
     holdRead();
     closeAndEnd(kPieces - 1);
-    expectTheNextReadToSucceed();
-}
-
-TEST_F(BusyFlashPage, EndsInTheMiddleOfAnEraseWhenTheWindowCloses)
-{
-    holdErase();
-    closeAndEnd(0);
-    expectTheNextReadToSucceed();
+    launchAndSettle();
+    read();
+    EXPECT_EQ(fields(), demoFields());
 }
 
 TEST_F(BusyFlashPage, ParsesWhatItHasReadOnTheMainThreadAlone)
@@ -153,30 +130,6 @@ TEST_F(BusyFlashPage, ParsesWhatItHasReadOnTheMainThreadAlone)
     EXPECT_EQ(tool().txtVID_FwFlash->text(), "1209") << "of the image before";
 }
 
-TEST_F(BusyFlashPage, EndsWithAListOpenInTheMiddleOfARead)
-{
-    holdRead();
-    openCell(1);
-    ASSERT_NE(openList(), nullptr);
-    closeAndEnd(kPieces - 1);
-    expectTheNextReadToSucceed();
-}
-
-TEST_F(BusyFlashPage, EndsWithTheSavePanelOpen)
-{
-    click(tool().btnSave_FwFlash);
-    ASSERT_TRUE(waitFor([] { return QApplication::activeModalWidget() != nullptr; }));
-    const QPointer<QWidget> panel = QApplication::activeModalWidget();
-    const auto files = [this] {
-        return std::distance(std::filesystem::directory_iterator(directory()), {});
-    };
-    const auto before = files();
-    end();
-    EXPECT_EQ(panel, nullptr);
-    EXPECT_EQ(files(), before);
-    expectTheNextReadToSucceed();
-}
-
 TEST_F(BusyFlashPage, TakesTheNewImageUnderTheAlertOfALongId)
 {
     holdRead();
@@ -192,14 +145,6 @@ TEST_F(BusyFlashPage, LosesItsImageUnderTheAlertOfALongId)
     expectNoImage();
 }
 
-TEST_F(BusyFlashPage, TakesTheNewImageUnderTheAlertOfALockedRow)
-{
-    select(tool().cbPages, 2);
-    holdRead();
-    finishReadUnder(kLocked, [this] { choose(0, 1); });
-    expectTheOtherImage();
-}
-
 TEST_F(BusyFlashPage, LosesItsImageUnderTheAlertOfALockedRow)
 {
     blankTheFlash();
@@ -209,18 +154,6 @@ TEST_F(BusyFlashPage, LosesItsImageUnderTheAlertOfALockedRow)
     EXPECT_EQ(names(), QStringList{"Rate"}) << "a read without an image changes no row";
     EXPECT_EQ(value(0), "0 : Slow");
     expectNoImage();
-}
-
-TEST_F(BusyFlashPage, ClosesAnOpenListWhenTheNewImageComes)
-{
-    holdRead();
-    openCell(1);
-    ASSERT_NE(openList(), nullptr);
-    QTest::keyClick(openList()->view(), Qt::Key_Down);
-    letReadFinish();
-    EXPECT_TRUE(waitFor([this] { return openList() == nullptr; }));
-    EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
-    expectTheOtherImage();
 }
 
 TEST_F(BusyFlashPage, IgnoresWhatIsChosenInAListThatOutlivesTheImage)

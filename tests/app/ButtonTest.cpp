@@ -10,18 +10,12 @@
 
 #include <algorithm>
 #include <string>
-#include <utility>
-#include <vector>
 
 namespace vornadel::test
 {
 
 namespace
 {
-
-using testing::ElementsAre;
-
-const char* const kUpdateUpToErase = "(size=32768)\n\nErase Flash...\n";
 
 class Buttons : public ToolUnderTest
 {
@@ -96,24 +90,6 @@ TEST_F(Buttons, SwitchInTheirOrder)
                            "btnUpdate_EasyUpdate", "nsbtnUpdate_Scalar"}));
 }
 
-TEST_F(Buttons, StayDisabledUntilTheRunAtTheStartHasEnded)
-{
-    config = configText("FwBin = demo.bin\n");
-    launchAndHold();
-    EXPECT_TRUE(allSwitched(false));
-    EXPECT_TRUE(tool().btnGetLog_HelpBox->isEnabled());
-    eraseGate.open();
-    EXPECT_TRUE(waitUntilEnabled());
-    EXPECT_THAT(progressText(), testing::EndsWith("Update FW Success\n"));
-}
-
-TEST_F(Buttons, AreEnabledAgainWithoutAnImageToWrite)
-{
-    launch();
-    EXPECT_TRUE(waitFor([this] { return !progressText().empty(); }));
-    EXPECT_TRUE(waitUntilEnabled());
-}
-
 struct HoldCase {
     const char* name;
     const char* mode;
@@ -133,6 +109,7 @@ TEST_P(ButtonsDuringAnUpdate, DoNothing)
 {
     config = configText(GetParam().mode + std::string("FwBin = demo.bin\n"));
     launchAndHold();
+    EXPECT_TRUE(allSwitched(false));
     const std::string text = progressText();
     const unsigned requests = hub().requestCount();
     const auto commands = shell.commands;
@@ -151,20 +128,6 @@ TEST_P(ButtonsDuringAnUpdate, DoNothing)
     settleEvents();
     EXPECT_THAT(progressText(), testing::EndsWith("Update FW Success\n"))
         << "and no second run follows";
-}
-
-TEST_P(ButtonsDuringAnUpdate, LetTheLogBeCollected)
-{
-    config = configText(GetParam().mode + std::string("FwBin = demo.bin\n"));
-    launchAndHold();
-    shell.commands.clear();
-    testing::internal::CaptureStderr();
-    QTest::mouseClick(tool().btnGetLog_HelpBox, Qt::LeftButton);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Entering GetLog\n");
-    EXPECT_THAT(shell.commands,
-                ElementsAre("rm ~/Desktop/Vornadel.log", "cp /tmp/Vornadel.log ~/Desktop/"));
-    EXPECT_TRUE(eraseGate.isReached());
-    EXPECT_THAT(progressText(), testing::EndsWith(kUpdateUpToErase));
 }
 
 } // namespace

@@ -6,7 +6,6 @@
 #include <gmock/gmock.h>
 
 #include <string>
-#include <thread>
 
 namespace vornadel::test
 {
@@ -69,13 +68,6 @@ TEST_F(Detection, ShowsAMissingHubInRed)
     EXPECT_EQ(hub().requestCount(), 0U);
 }
 
-TEST_F(Detection, ShowsTheVersionInFourDigits)
-{
-    hubOptions.initialFlash = demoImage(0x0105);
-    launch();
-    expectShown("Detect Zel Hub : Success\nfwVer:0105", kBlueHue);
-}
-
 TEST_F(Detection, ShowsTheVersionInLowerCase)
 {
     hubOptions.initialFlash = demoImage(0xABCD);
@@ -101,13 +93,6 @@ TEST_F(Detection, AsksForTheDriverWhenTheStatusCannotBeRead)
     EXPECT_FALSE(Hub_IsOpen());
 }
 
-TEST_F(Detection, ShowsVersionZeroAsOneThatCannotBeRead)
-{
-    hubOptions.initialFlash = demoImage(0x0000);
-    launch();
-    expectShown(kUnread, kBlueHue);
-}
-
 TEST_F(Detection, RunsAgainForADeviceThatIsNoHub)
 {
     launchAndSettle();
@@ -129,18 +114,6 @@ TEST_F(Detection, FollowsTheHubOffTheBusAndBack)
     hub().setFlash(demoImage(kDemoVersion101));
     EXPECT_THAT(consoleOf([this] { hub().replug(); }), HasSubstr("Enter Device Added\n"));
     expectShown(kDemo101, kBlueHue);
-}
-
-TEST_F(Detection, RecoversFromARefusedOpenWithTheNextEvent)
-{
-    launchAndSettle();
-    hub().addFault({.kind = FaultKind::OpenRefused, .on = {}, .amount = 1});
-    strangerComesOrGoes(UsbEvent::Attached);
-    settleEvents();
-    expectShown(kHeld, kBlueHue);
-    strangerComesOrGoes(UsbEvent::Detached);
-    settleEvents();
-    expectShown(kDemo100, kBlueHue);
 }
 
 TEST_F(Detection, ShowsADepartureInMidFlowAtOnce)
@@ -174,56 +147,6 @@ TEST_F(Detection, NeverTakesTheHubFromAFlow)
     EXPECT_EQ(hub().flash(), demoImage(kDemoVersion101));
     settleEvents();
     expectShown(kDemo101, kBlueHue);
-}
-
-class DetectionStorm : public Detection, public testing::WithParamInterface<bool>
-{
-};
-
-INSTANTIATE_TEST_SUITE_P(Ends, DetectionStorm, testing::Bool(),
-                         [](const auto& end) { return end.param ? "Attached" : "Detached"; });
-
-TEST_P(DetectionStorm, EndsInTheRightState)
-{
-    launchAndSettle();
-    testing::internal::CaptureStderr();
-    bool done = false; // set on the main thread
-    std::thread plug([this, &done] {
-        for (int i = 0; i < 100; ++i) {
-            hub().unplug();
-            hub().replug();
-        }
-        if (!GetParam()) {
-            hub().unplug();
-        }
-        tool().mainThread().post([&done] { done = true; });
-    });
-    EXPECT_TRUE(waitFor([&done] { return done; }));
-    plug.join();
-    settleEvents();
-    const std::string console = testing::internal::GetCapturedStderr();
-    EXPECT_THAT(console, HasSubstr("Enter Device Added\n"));
-    EXPECT_THAT(console, HasSubstr("Enter Device Removed\n"));
-    if (GetParam()) {
-        expectShown(kDemo100, kBlueHue);
-    } else {
-        expectShown(kFail, kRedHue);
-    }
-    EXPECT_FALSE(Hub_IsOpen());
-}
-
-TEST_F(Detection, EndsWithTheTool)
-{
-    launchAndSettle();
-    tool().shutDown();
-    const unsigned before = hub().requestCount();
-    EXPECT_EQ(consoleOf([this] {
-                  hub().unplug();
-                  strangerComesOrGoes(UsbEvent::Attached);
-              }),
-              "");
-    EXPECT_EQ(hub().requestCount(), before);
-    EXPECT_EQ(hubInfo(), kDemo100) << "the last text stays";
 }
 
 TEST_F(Detection, DropsAnEventThatWaitsWhenTheToolEnds)

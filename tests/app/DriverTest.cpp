@@ -31,6 +31,7 @@ protected:
     {
         systemVersion.numbers = version;
         launchAndSettle();
+        ASSERT_TRUE(waitFor([this] { return privileged.holds == 0; })); // of the run at start
         shell.commands.clear();
         EXPECT_EQ(tool().driverCopy, "/tmp/HubUpdaterDriver.kext");
         tool().driverCopy = QString::fromStdString(directory() + "/copy");

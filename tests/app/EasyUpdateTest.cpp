@@ -6,16 +6,12 @@
 #include <QApplication>
 #include <QDialog>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
-#include <QTimer>
-#include <gmock/gmock.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -113,25 +109,6 @@ std::vector<std::uint8_t> smallestImage()
     return image;
 }
 
-TEST_F(EasyUpdate, ShowsWhoseImageWasChosen)
-{
-    const std::string path = EXAMPLES "/demo-1.01.bin";
-    choose(path);
-    EXPECT_EQ(shown(), demoIdentity(path, "0101"));
-    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
-}
-
-TEST_F(EasyUpdate, ShowsUpperCaseDigits)
-{
-    std::vector<std::uint8_t> image = smallestImage();
-    image.insert(image.begin(), 256, 0xFF);
-    image[256 - 7] = 0xFE;
-    image[256 - 6] = 0x0D;
-    const std::string path = writeFile("upper.bin", image);
-    choose(path);
-    EXPECT_EQ(shown(), (Identity{path, "ABCD", "0EF0", "1234", "FE0D", "", "", ""}));
-}
-
 TEST_F(EasyUpdate, ChangesNothingWhenTheDialogIsCancelled)
 {
     const std::string path = writeFile("good.bin", demoImage(kDemoVersion101));
@@ -154,13 +131,6 @@ TEST_F(EasyUpdate, RefusesAFileWithoutADescriptorBlock)
     EXPECT_EQ(shown(), demoIdentity(bad, "0101")) << "the path changes, the fields stay";
     update();
     EXPECT_EQ(progressText(), header(bad, 1000) + "Wrong firmware file\nUpdate FW Fail\n");
-}
-
-TEST_F(EasyUpdate, RefusesAFileThatIsTooShort)
-{
-    const std::string bad = writeFile("bad.bin", std::vector<std::uint8_t>(255, 0xAA));
-    chooseRefused(bad);
-    EXPECT_EQ(shown(), (Identity{bad, "", "", "", "", "", "", ""}));
 }
 
 TEST_F(EasyUpdate, KeepsTheImageBeforeAFileThatCannotBeRead)
@@ -209,20 +179,6 @@ TEST_F(EasyUpdate, WritesTheChosenImage)
     EXPECT_EQ(hubInfo(), "Detect Zel Hub : Success\nfwVer:0101");
 }
 
-TEST_F(EasyUpdate, WritesAShortImageWhole)
-{
-    std::vector<std::uint8_t> image(5000, 0x5A);
-    const std::vector<std::uint8_t> block = smallestImage();
-    std::copy(block.begin(), block.end(), image.end() - 256);
-    const std::string path = writeFile("short.bin", image);
-    choose(path);
-    update();
-    EXPECT_EQ(progressText(), header(path, 5000) + kSteps + "Update FW Success\n");
-    EXPECT_DOUBLE_EQ(tool().slider->doubleValue(), 100);
-    const std::vector<std::uint8_t> flash = hub().flash();
-    EXPECT_TRUE(std::equal(image.begin(), image.end(), flash.begin()));
-}
-
 TEST_F(EasyUpdate, FailsWithNothingChosen)
 {
     update();
@@ -244,91 +200,6 @@ TEST_F(EasyUpdate, StartsEveryRunWithAnEmptyTextAndSlider)
     EXPECT_EQ(tool().slider->doubleValue(), 0);
     eraseGate.open();
     EXPECT_TRUE(waitUntilEnabled());
-}
-
-TEST_F(EasyUpdate, EndsInTheMiddleWhenTheWindowCloses)
-{
-    choose(writeFile("good.bin", demoImage(kDemoVersion101)));
-    QTest::mouseClick(tool().btnUpdate_EasyUpdate, Qt::LeftButton);
-    EXPECT_TRUE(waitFor([this] { return progressText().find("Erase") != std::string::npos; }));
-    tool().window()->close();
-    end();
-    EXPECT_FALSE(Hub_IsOpen());
-}
-
-struct FailureCase {
-    const char* name;
-    std::vector<Fault> faults; ///< counted from the click
-    std::size_t steps;         ///< the number of reported steps
-    const char* reason;
-    double slider;
-};
-
-const std::array<const char*, 5> kStepLines = {"Erase Flash...\n", "Write Flash...\n",
-                                               "Read Flash...\n", "Verify Flash...\n",
-                                               "Reset to Flash Code...\n"};
-const char* const kNotOpened =
-    "Fail To Open Rom Device\nPlease Load Driver firstly\nThen replugin usb hub device\n";
-
-void PrintTo(const FailureCase& failure, std::ostream* out) { *out << failure.name; }
-
-class EasyUpdateFailure : public EasyUpdate, public testing::WithParamInterface<FailureCase>
-{
-};
-
-INSTANTIATE_TEST_SUITE_P(
-    Faults, EasyUpdateFailure,
-    testing::Values(
-        FailureCase{"OpenRefused",
-                    {{.kind = FaultKind::OpenRefused, .on = {}, .amount = 1}},
-                    0,
-                    kNotOpened,
-                    0},
-        FailureCase{"WriteStalls",
-                    {{.kind = FaultKind::Stall, .on = RequestKind::Write, .position = 3}},
-                    2,
-                    "Fail to Write Flash\n",
-                    20},
-        FailureCase{"WrittenWrong",
-                    {{.kind = FaultKind::Flip, .on = RequestKind::Write, .position = 2}},
-                    4,
-                    "Fail to verify flash\n",
-                    90},
-        FailureCase{"RestartIsRefused",
-                    {{.kind = FaultKind::Stall, .on = RequestKind::Flash, .position = 1}},
-                    5,
-                    "Fail to Reset to Flash Code\n",
-                    100}),
-    [](const auto& failure) { return failure.param.name; });
-
-TEST_P(EasyUpdateFailure, IsToldInRedAndTheNextRunSucceeds)
-{
-    const FailureCase& failure = GetParam();
-    const std::vector<std::uint8_t> image = demoImage(kDemoVersion101);
-    const std::string path = writeFile("demo.bin", image);
-    choose(path);
-    for (const Fault& fault : failure.faults) {
-        hub().addFault(fault);
-    }
-    update();
-
-    std::string steps;
-    for (std::size_t i = 0; i < failure.steps; ++i) {
-        steps += kStepLines.at(i);
-    }
-    EXPECT_EQ(progressText(),
-              header(path, image.size()) + steps + failure.reason + "Update FW Fail\n");
-    EXPECT_EQ(hueOf(*tool().nstfUpdateInfo_UpdateFW), kRedHue);
-    EXPECT_NEAR(tool().slider->doubleValue(), failure.slider, 1e-9);
-    EXPECT_TRUE(allSwitched(true));
-    EXPECT_FALSE(Hub_IsOpen());
-    EXPECT_EQ(hub().faultsTriggered(), failure.faults.size());
-    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
-
-    hub().replug();
-    settleEvents();
-    update();
-    expectSuccess(path, image);
 }
 
 } // namespace

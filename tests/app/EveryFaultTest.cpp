@@ -1,8 +1,7 @@
 // Every fault of every flow, started by a button of the window: the last lines are the right ones
 // to the letter, the buttons are enabled again, the hub is closed, and the next press succeeds.
 //
-// In most of these tests the window does not look for hubs by itself, so that every request is the
-// flow's. In the last one it does, beside the update.
+// The window does not look for hubs by itself, so that every request is the flow's.
 
 #include "tests/app/ToolUnderTest.h"
 
@@ -210,69 +209,5 @@ INSTANTIATE_TEST_SUITE_P(OfEveryButton, EveryFault, testing::ValuesIn(everyRow()
                              return std::string(row.param.action->flow.name) +
                                     row.param.variant.name;
                          });
-
-namespace
-{
-
-class UpdateWithDetections : public ToolUnderTest, public testing::WithParamInterface<FaultVariant>
-{
-protected:
-    void SetUp() override
-    {
-        launchAndSettle();
-        chooseByTyping(tool().btnSelect_EasyUpdate,
-                       QString::fromStdString(writeFile("demo.bin", newFlash())));
-    }
-
-    /// Whether the fault struck, be it a request of the flow or of the window.
-    bool updateWithFaultAt(unsigned position)
-    {
-        const unsigned before = hub().faultsTriggered();
-        hub().addFault(GetParam().at(hub().requestCount() + position));
-        if (update()) {
-            EXPECT_TRUE(hub().flash() == newFlash());
-        }
-        if (hub().faultsTriggered() == before) {
-            return false;
-        }
-        hub().replug();
-        settleEvents();
-        EXPECT_TRUE(update());
-        EXPECT_TRUE(hub().flash() == newFlash());
-        return true;
-    }
-
-private:
-    /// Presses the button; returns whether the window reports a success.
-    bool update()
-    {
-        QTest::mouseClick(tool().btnUpdate_EasyUpdate, Qt::LeftButton);
-        EXPECT_TRUE(waitUntilEnabled());
-        settleEvents();
-        const bool success = progressText().ends_with("Update FW Success\n");
-        EXPECT_TRUE(success || progressText().ends_with("Update FW Fail\n")) << progressText();
-        EXPECT_EQ(hueOf(*tool().nstfUpdateInfo_UpdateFW), success ? kBlueHue : kRedHue);
-        EXPECT_FALSE(Hub_IsOpen());
-        return success;
-    }
-};
-
-} // namespace
-
-TEST_P(UpdateWithDetections, TellsTheTruthAndTheNextPressSucceeds)
-{
-    unsigned position = 1;
-    while (updateWithFaultAt(position) && !HasFailure()) {
-        ++position;
-    }
-    EXPECT_GT(position, 25U) << "the requests of an update";
-}
-
-INSTANTIATE_TEST_SUITE_P(OfFaults, UpdateWithDetections,
-                         testing::Values(FaultVariant{"Stall", FaultKind::Stall},
-                                         FaultVariant{"VanishBefore", FaultKind::VanishBefore},
-                                         FaultVariant{"VanishAfter", FaultKind::VanishAfter},
-                                         FaultVariant{"Ignore", FaultKind::Ignore}),
-                         [](const auto& variant) { return std::string(variant.param.name); });
 
 } // namespace vornadel::test

@@ -4,7 +4,6 @@
 
 #include <QDialog>
 #include <QFileDialog>
-#include <QFileInfo>
 #include <gmock/gmock.h>
 
 #include <filesystem>
@@ -103,33 +102,6 @@ TEST_F(FlashPage, EmptiesThePropertiesWhenAFileIsNoImage)
     expectAlert("No Flash Data", [this] { click(tool().btnSave_FwFlash); });
 }
 
-TEST_F(FlashPage, LeavesNothingRedWhenThePaletteChangesAfterARefusedFile)
-{
-    read();
-    choose(2, 3);
-    ASSERT_EQ(redText(), "B5 ");
-    loadRefused(writeFile("bad.bin", std::vector<std::uint8_t>(1000, 0x11)));
-    EXPECT_EQ(redText(), "");
-    QPalette dark = tool().txtViewBin_Detail->palette();
-    dark.setColor(QPalette::Base, Qt::black);
-    dark.setColor(QPalette::Text, Qt::white);
-    tool().txtViewBin_Detail->setPalette(dark);
-    settleEvents();
-    for (const QTextEdit::ExtraSelection& range : tool().txtViewBin_Detail->extraSelections()) {
-        EXPECT_FALSE(range.cursor.hasSelection());
-    }
-    EXPECT_EQ(hexText(), "Binary Data\n");
-}
-
-TEST_F(FlashPage, KeepsTheImageBeforeAFileThatCannotBeRead)
-{
-    read();
-    retype(tool().txtSN_FwFlash, "SN0002");
-    loadFile(writeFile("empty.bin", {}));
-    EXPECT_EQ(tool().txtSN_FwFlash->text(), "SN0002");
-    EXPECT_EQ(rows(), 4);
-}
-
 TEST_F(FlashPage, ErasesTheFlashAndLeavesTheImageAlone)
 {
     read();
@@ -144,16 +116,6 @@ TEST_F(FlashPage, ErasesTheFlashAndLeavesTheImageAlone)
     EXPECT_FALSE(Hub_IsOpen());
     EXPECT_EQ(fields(), demoFields());
     EXPECT_EQ(saved(), demoImage());
-}
-
-TEST_F(FlashPage, TellsAFailedEraseInRed)
-{
-    hub().addFault({.kind = FaultKind::Never, .on = {}});
-    click(tool().btnErase_FwFlash);
-    EXPECT_TRUE(waitUntilEnabled());
-    EXPECT_EQ(progressText(), "Open Rom Device...\nFail to Open Rom Device\nErase FW Fail\n");
-    EXPECT_EQ(hueOf(*tool().nstfUpdateInfo_UpdateFW), kRedHue);
-    EXPECT_FALSE(Hub_IsOpen());
 }
 
 TEST_F(FlashPage, SavesWhatWasReadByteForByte)
@@ -299,16 +261,6 @@ TEST_F(FlashPage, SavesTwentyNineCharactersAndRefusesThirty)
     ASSERT_EQ(area.size(), 35U);
     std::copy(area.begin(), area.end(), expected.begin() + kDemoBlock + 43);
     EXPECT_EQ(saved(), expected);
-}
-
-TEST_F(FlashPage, CannotSaveAnImageWithoutAVersion)
-{
-    std::vector<std::uint8_t> image(256, 0);
-    image[0] = 0x55;
-    image[1] = 0xAA;
-    loadFile(writeFile("low.bin", image));
-    EXPECT_EQ(tool().txtVer_FwFlash->text(), "");
-    expectAlert("Data Length Error", [this] { click(tool().btnSave_FwFlash); });
 }
 
 } // namespace

@@ -9,7 +9,6 @@
 #include <atomic>
 #include <chrono>
 #include <memory>
-#include <string>
 #include <thread>
 
 namespace vornadel::test
@@ -27,19 +26,6 @@ void waitUntilReached(Gate& gate)
     while (!gate.isReached()) {
         std::this_thread::yield();
     }
-}
-
-TEST(FlowWorker, RunsOnAnotherThread)
-{
-    FlowWorker worker;
-    std::thread::id flow;
-    std::thread::id beside;
-    worker.start([&] { flow = std::this_thread::get_id(); });
-    ASSERT_TRUE(worker.finish(kPatience));
-    worker.startBeside([&] { beside = std::this_thread::get_id(); });
-    ASSERT_TRUE(worker.finish(kPatience));
-    EXPECT_NE(flow, std::this_thread::get_id());
-    EXPECT_NE(beside, std::this_thread::get_id());
 }
 
 TEST(FlowWorker, LetsASecondFlowWaitForTheFirst)

@@ -7,8 +7,6 @@
 #include <QWidget>
 #include <gmock/gmock.h>
 
-#include <algorithm>
-#include <filesystem>
 #include <string>
 
 namespace vornadel::test
@@ -81,34 +79,23 @@ struct VersionCase {
     bool needsSigning;
 };
 
-class LaunchOnVersion : public ToolUnderTest, public testing::WithParamInterface<VersionCase>
+TEST_F(Launch, DecidesOnTheDriverSignatureByTheVersion)
 {
-};
-
-TEST_P(LaunchOnVersion, DecidesOnTheDriverSignature)
-{
-    systemVersion.numbers = GetParam().numbers;
-    EXPECT_THAT(consoleOfLaunch(), testing::StartsWith("Current System Version: " +
-                                                       std::string(GetParam().text) + "\n"));
-    EXPECT_EQ(tool()._bNeedSignDriver, GetParam().needsSigning);
-    EXPECT_EQ(shell.commands.front(),
-              "echo " + std::string(GetParam().text) + " >> /tmp/Vornadel.log");
+    const VersionCase kCases[] = {
+        {{10, 10, 0, 0}, "10.10.0", true},   {{10, 10, 5, 0}, "10.10.5", true},
+        {{110, 10, 1, 0}, "110.10.1", true}, {{9, 10, 10, 0}, "9.10.10", true},
+        {{10, 1, 0, 0}, "10.1.0", false},    {{10, 11, 0, 0}, "10.11.0", false},
+        {{10, 9, 5, 0}, "10.9.5", false},    {{12, 0, 0, 0}, "12.0.0", false}};
+    for (const VersionCase& each : kCases) {
+        systemVersion.numbers = each.numbers;
+        EXPECT_THAT(consoleOfLaunch(), testing::StartsWith("Current System Version: " +
+                                                           std::string(each.text) + "\n"));
+        EXPECT_EQ(tool()._bNeedSignDriver, each.needsSigning) << each.text;
+        EXPECT_EQ(shell.commands.back(),
+                  "echo " + std::string(each.text) + " >> /tmp/Vornadel.log");
+        end();
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Versions, LaunchOnVersion,
-                         testing::Values(VersionCase{{10, 10, 0, 0}, "10.10.0", true},
-                                         VersionCase{{10, 10, 5, 0}, "10.10.5", true},
-                                         VersionCase{{110, 10, 1, 0}, "110.10.1", true},
-                                         VersionCase{{9, 10, 10, 0}, "9.10.10", true},
-                                         VersionCase{{10, 1, 0, 0}, "10.1.0", false},
-                                         VersionCase{{10, 11, 0, 0}, "10.11.0", false},
-                                         VersionCase{{10, 9, 5, 0}, "10.9.5", false},
-                                         VersionCase{{12, 0, 0, 0}, "12.0.0", false}),
-                         [](const auto& version) {
-                             std::string name = version.param.text;
-                             std::replace(name.begin(), name.end(), '.', '_');
-                             return name;
-                         });
 
 TEST_F(Launch, FallsBackWhenTheSystemHasNoVersion)
 {
@@ -152,24 +139,6 @@ TEST_F(Launch, GoesOnWithoutAConfiguration)
     EXPECT_EQ(hubInfo(), "Detect Zel Hub: Fail\nPlease Insert Zel Hub Device");
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
     EXPECT_TRUE(waitUntilEnabled());
-}
-
-TEST_F(Launch, SaysWhichConfigurationItDidNotRead)
-{
-    config.reset();
-    std::filesystem::create_directories(resources() + "/config.ini");
-    EXPECT_THAT(consoleOfLaunch(),
-                HasSubstr(resources() + "/config.ini is not a regular file and was not read\n"
-                                        "App title: Vornadel\n"));
-}
-
-TEST_F(Launch, CanBeReachedByPlainFunctions)
-{
-    EXPECT_EQ(AppDelegateRef, nullptr);
-    launch();
-    EXPECT_EQ(AppDelegateRef, &tool());
-    end();
-    EXPECT_EQ(AppDelegateRef, nullptr);
 }
 
 TEST_F(Launch, DoesNotWaitForTheRunThatItStarts)

@@ -2,7 +2,6 @@
 
 #include <QComboBox>
 #include <QDialog>
-#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -294,12 +293,6 @@ TEST_F(Window, ShowsTheConfiguredImageInTheScalarBox)
     config = configText("FwBin = build 7 & 8.bin\n");
     launch();
     EXPECT_EQ(tool().nstextfd_Scalar->text(), "build 7 & 8.bin");
-}
-
-TEST_F(Window, LeavesTheScalarFieldEmptyWithoutAnImage)
-{
-    launch();
-    EXPECT_EQ(tool().nstextfd_Scalar->text(), "");
 }
 
 TEST_F(Window, WritesInHelvetica)

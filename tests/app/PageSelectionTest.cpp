@@ -1,11 +1,8 @@
 #include "tests/app/FlashPageUnderTest.h"
 
 #include <QRegularExpression>
-#include <QTextDocument>
 #include <QWheelEvent>
 #include <gmock/gmock.h>
-
-#include <filesystem>
 
 namespace vornadel::test
 {
@@ -62,18 +59,6 @@ TEST_F(PageSelection, LetsTheWheelPass)
         EXPECT_FALSE(turn.isAccepted()) << combo->objectName().toStdString();
         EXPECT_EQ(combo->currentIndex(), 0);
     }
-}
-
-TEST_F(PageSelection, ShowsANameInItsToolTipToTheLetter)
-{
-    end();
-    std::filesystem::remove(directory() + "/demo.INI");
-    writeDefinitions("<b>x&amp;.INI", "");
-    launchAndSettle();
-    QTextDocument shown;
-    shown.setHtml(tool().cbICType->toolTip());
-    EXPECT_EQ(shown.toPlainText(), "<b>x&amp;.INI");
-    EXPECT_EQ(tool().cbICType->itemData(0, Qt::ToolTipRole).toString(), tool().cbICType->toolTip());
 }
 
 TEST_F(PageSelection, TellsTheConsoleWhichDefinitionFilesItFinds)
@@ -180,15 +165,6 @@ TEST_F(PageSelection, IsEmptyWithoutADefinitionFile)
     read();
     EXPECT_EQ(rows(), 0);
     EXPECT_EQ(fields(), demoFields());
-}
-
-TEST_F(PageSelection, HearsNoOtherSender)
-{
-    read();
-    QComboBox other;
-    testing::internal::CaptureStderr();
-    tool().comboBoxSelectionDidChange(&other);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 } // namespace

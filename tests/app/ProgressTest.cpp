@@ -1,17 +1,11 @@
 #include "tests/app/ToolUnderTest.h"
 
-#include "app/GeneralFunction.h"
-
 #include <QMessageBox>
 #include <QPushButton>
 #include <QScrollBar>
-#include <QSlider>
-#include <QStyle>
-#include <QStyleOptionSlider>
 #include <QTest>
 #include <gmock/gmock.h>
 
-#include <functional>
 #include <string>
 
 namespace vornadel::test
@@ -29,22 +23,6 @@ protected:
     {
         launchAndSettle();
         tool().resetProgressInfo();
-    }
-
-    /// Left edge of the handle, in the slider.
-    int handle()
-    {
-        const QSlider& slider = *tool().slider;
-        QStyleOptionSlider option;
-        option.initFrom(&slider);
-        option.orientation = slider.orientation();
-        option.minimum = slider.minimum();
-        option.maximum = slider.maximum();
-        option.sliderPosition = slider.sliderPosition();
-        option.sliderValue = slider.value();
-        return slider.style()
-            ->subControlRect(QStyle::CC_Slider, &option, QStyle::SC_SliderHandle, &slider)
-            .left();
     }
 };
 
@@ -68,15 +46,6 @@ TEST_F(Progress, GivesTheWholeTextTheLastColour)
     EXPECT_EQ(hueOf(*tool().nstfUpdateInfo_UpdateFW), kBlueHue);
 }
 
-TEST_F(Progress, EmptiesTheTextOnReset)
-{
-    tool().appendProgressInfo_Red("A\n");
-    tool().resetProgressInfo();
-    EXPECT_EQ(progressText(), "");
-    tool().appendProgressInfo_Blue("B\n");
-    EXPECT_EQ(progressText(), "B\n");
-}
-
 TEST_F(Progress, KeepsItsTextForTheNextLineWhateverIsSelected)
 {
     tool().appendProgressInfo_Blue("one\n");
@@ -98,21 +67,6 @@ TEST_F(Progress, DoesNotScrollWhatIsBeingRead)
     EXPECT_EQ(bar.value(), 7);
 }
 
-TEST_F(Progress, MovesTheSliderFromEndToEnd)
-{
-    tool().updateProgressBar(0);
-    EXPECT_EQ(tool().slider->doubleValue(), 0);
-    EXPECT_EQ(tool().slider->value(), tool().slider->minimum());
-    const int left = handle();
-    tool().updateProgressBar(50);
-    const int middle = handle();
-    tool().updateProgressBar(100);
-    EXPECT_EQ(tool().slider->doubleValue(), 100);
-    EXPECT_EQ(tool().slider->value(), tool().slider->maximum());
-    EXPECT_LT(left, middle);
-    EXPECT_LT(middle, handle());
-}
-
 TEST_F(Progress, KeepsFractionsOfAPercent)
 {
     tool().updateProgressBar(12.625);
@@ -123,19 +77,9 @@ TEST_F(Progress, KeepsFractionsOfAPercent)
     EXPECT_EQ(tool().slider->value(), 99);
 }
 
-struct AlertCase {
-    const char* name;
-    void (*show)(const QString&);
-};
-
-class Alert : public ToolUnderTest, public testing::WithParamInterface<AlertCase>
+class Alert : public ToolUnderTest
 {
 };
-
-INSTANTIATE_TEST_SUITE_P(Ways, Alert,
-                         testing::Values(AlertCase{"ShowAlert", AppDelegate::showAlert},
-                                         AlertCase{"AlertString", GeneralFunction::AlertString}),
-                         [](const auto& way) { return way.param.name; });
 
 void expectPlainAlert(QDialog& dialog, const QString& text)
 {
@@ -148,10 +92,10 @@ void expectPlainAlert(QDialog& dialog, const QString& text)
     EXPECT_EQ(alert->buttons().front()->text(), "OK");
 }
 
-TEST_P(Alert, ShowsItsTextAndOneButtonUntilAKeyIsPressed)
+TEST_F(Alert, ShowsItsTextAndOneButtonUntilAKeyIsPressed)
 {
     bool closed = false;
-    runAndUse([&] { GetParam().show("<b>Firmware</b> & format error\n"); },
+    runAndUse([&] { AppDelegate::showAlert("<b>Firmware</b> & format error\n"); },
               [&](QDialog& dialog) {
                   expectPlainAlert(dialog, "<b>Firmware</b> & format error\n");
                   EXPECT_FALSE(closed);
@@ -161,13 +105,13 @@ TEST_P(Alert, ShowsItsTextAndOneButtonUntilAKeyIsPressed)
     EXPECT_TRUE(closed);
 }
 
-TEST_P(Alert, ClosesByItsButtonAndByEscape)
+TEST_F(Alert, ClosesByItsButtonAndByEscape)
 {
-    runAndUse([&] { GetParam().show("text"); },
+    runAndUse([&] { AppDelegate::showAlert("text"); },
               [](QDialog& dialog) {
                   QTest::mouseClick(dialog.findChild<QPushButton*>(), Qt::LeftButton);
               });
-    runAndUse([&] { GetParam().show("text"); },
+    runAndUse([&] { AppDelegate::showAlert("text"); },
               [](QDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
 }
 

@@ -229,73 +229,22 @@ protected:
         EXPECT_EQ(hueOf(view), hue) << ground;
         EXPECT_GE(contrastOf(view), 4.5) << ground;
     }
+};
 
-    void expectReadableBothWays()
-    {
+TEST_F(Colours, FollowThePaletteReadablyAndKeepTheirHue)
+{
+    launchAndSettle();
+    for (const auto& [ground, text] : kGrounds) {
+        const ProgramPalette palette(ground, text);
+        EXPECT_EQ(tool().nstfUpdateInfo_UpdateFW->palette().color(QPalette::Base), ground);
+        expectReadable(kRedHue); // what was shown before the change
+        EXPECT_EQ(hueOf(*tool().nstfHubInfo_UpdateFW), kBlueHue);
+        EXPECT_GE(contrastOf(*tool().nstfHubInfo_UpdateFW), 4.5);
         tool().appendProgressInfo_Blue("Step\n");
         expectReadable(kBlueHue);
         tool().appendProgressInfo_Red("Fail\n");
         expectReadable(kRedHue);
     }
-};
-
-TEST_F(Colours, AreReadableAndKeepTheirHueOnAnyGround)
-{
-    for (const auto& [ground, text] : kGrounds) {
-        const ProgramPalette palette(ground, text);
-        launchAndSettle();
-        EXPECT_EQ(tool().nstfUpdateInfo_UpdateFW->palette().color(QPalette::Base), ground);
-        expectReadableBothWays();
-        end();
-    }
-}
-
-TEST_F(Colours, FollowAChangeOfThePalette)
-{
-    launchAndSettle();
-    const ProgramPalette light(Qt::white, Qt::black);
-    tool().appendProgressInfo_Red("Fail\n");
-    const QColor onLight = tool().nstfUpdateInfo_UpdateFW->palette().color(QPalette::Text);
-    {
-        const ProgramPalette dark(QColor(0x20, 0x20, 0x20), Qt::white);
-        EXPECT_EQ(tool().nstfUpdateInfo_UpdateFW->palette().color(QPalette::Base),
-                  QColor(0x20, 0x20, 0x20));
-        expectReadable(kRedHue);
-        EXPECT_GE(contrastOf(*tool().nstfHubInfo_UpdateFW), 4.5);
-        EXPECT_EQ(hueOf(*tool().nstfHubInfo_UpdateFW), kBlueHue);
-    }
-    EXPECT_EQ(tool().nstfUpdateInfo_UpdateFW->palette().color(QPalette::Text), onLight);
-}
-
-/// The number of pixels in the view that are clearly of this hue.
-int pixelsOfHue(TextView& view, int hue)
-{
-    const QImage image = view.viewport()->grab().toImage();
-    int count = 0;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
-            const QColor color = image.pixelColor(x, y);
-            const int apart = std::abs(color.hslHue() - hue);
-            count += color.hslHue() >= 0 && color.hslSaturation() > 128 &&
-                             std::min(apart, 360 - apart) < 20
-                         ? 1
-                         : 0;
-        }
-    }
-    return count;
-}
-
-TEST_F(Colours, CoverTheWholeTextOnTheScreen)
-{
-    launchAndSettle();
-    TextView& view = *tool().nstfUpdateInfo_UpdateFW;
-    tool().resetProgressInfo();
-    tool().appendProgressInfo_Blue("Write Flash...\n");
-    EXPECT_GT(pixelsOfHue(view, kBlueHue), 50);
-    EXPECT_EQ(pixelsOfHue(view, kRedHue), 0);
-    tool().appendProgressInfo_Red("Fail to Write Flash\n");
-    EXPECT_EQ(pixelsOfHue(view, kBlueHue), 0);
-    EXPECT_GT(pixelsOfHue(view, kRedHue), 100);
 }
 
 } // namespace

@@ -2,7 +2,6 @@
 
 #include <QApplication>
 #include <QComboBox>
-#include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -38,21 +37,12 @@ TEST_F(SmallScreen, ScrollsTheContentInsteadOfCuttingIt)
     EXPECT_LE(tool().window()->height(), screen.height());
     EXPECT_TRUE(area().horizontalScrollBar()->isVisible());
     EXPECT_EQ(area().horizontalScrollBar()->maximum(), 1200 - area().viewport()->width());
+    EXPECT_EQ(area().verticalScrollBar()->maximum(), 660 - area().viewport()->height());
 
     EXPECT_TRUE(tool().cbICType->visibleRegion().isEmpty());
     area().horizontalScrollBar()->setValue(area().horizontalScrollBar()->maximum());
     settleEvents();
     EXPECT_EQ(tool().cbICType->visibleRegion().boundingRect(), tool().cbICType->rect());
-}
-
-TEST_F(SmallScreen, HidesNothingBehindAScrollBar)
-{
-    launchAndSettle();
-    EXPECT_EQ(area().verticalScrollBar()->maximum(), 660 - area().viewport()->height());
-    area().verticalScrollBar()->setValue(area().verticalScrollBar()->maximum());
-    settleEvents();
-    EXPECT_EQ(tool().btnGetLog_HelpBox->visibleRegion().boundingRect(),
-              tool().btnGetLog_HelpBox->rect());
 }
 
 TEST_F(SmallScreen, FollowsTheFocus)
@@ -71,25 +61,6 @@ TEST_F(SmallScreen, FollowsTheFocus)
             << here->objectName().toStdString();
     }
     EXPECT_EQ(visited.size(), 33U);
-}
-
-TEST_F(SmallScreen, CannotBeMadeLargerThanItsContent)
-{
-    launchAndSettle();
-    tool().window()->resize(3000, 3000);
-    settleEvents();
-    EXPECT_EQ(tool().window()->size(), QSize(1200, 660));
-    EXPECT_FALSE(area().horizontalScrollBar()->isVisible());
-    EXPECT_FALSE(area().verticalScrollBar()->isVisible());
-}
-
-TEST_F(SmallScreen, HoldsTheSmallWindowWhole)
-{
-    config = configText("ScalarMode = 1\n");
-    launchAndSettle();
-    EXPECT_EQ(tool().window()->size(), QSize(360, 670));
-    EXPECT_FALSE(area().horizontalScrollBar()->isVisible());
-    EXPECT_FALSE(area().verticalScrollBar()->isVisible());
 }
 
 } // namespace

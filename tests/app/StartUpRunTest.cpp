@@ -8,12 +8,9 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
-#include <QThread>
 #include <gmock/gmock.h>
 
 #include <filesystem>
-#include <mutex>
-#include <set>
 #include <string>
 
 namespace vornadel::test
@@ -96,34 +93,6 @@ TEST_F(StartUpRun, LeavesTheEndToTheWindowThatClosesMeanwhile)
     EXPECT_EQ(ends, 0);
 }
 
-TEST_F(StartUpRun, FailsWithAHubThatComesTooLateAndSucceedsByHandThen)
-{
-    bringImage("demo.bin");
-    config = configText("ScalarMode = 1\nFwBin = demo.bin\n");
-    // It leaves at the first request.
-    hubOptions.faults = {{.kind = FaultKind::VanishBefore, .on = {}, .position = 1}};
-    launchAndSettle();
-    EXPECT_THAT(progressText(), testing::HasSubstr("Fail To Open Rom Device\n"));
-    hub().replug();
-    EXPECT_TRUE(waitFor([this] { return hubInfo() == "Detect Zel Hub : Success\nfwVer:0100"; }));
-    EXPECT_EQ(ends, 0);
-    update();
-    EXPECT_THAT(progressText(), testing::EndsWith("Update FW Success\n"));
-    EXPECT_TRUE(waitFor([this] { return ends == 1; }));
-}
-
-TEST_F(StartUpRun, StaysOpenWhenTheHubIsUnpluggedHalfWay)
-{
-    bringImage("demo.bin");
-    config = configText("FwBin = demo.bin\n");
-    hubOptions.faults = {
-        {.kind = FaultKind::VanishBefore, .on = RequestKind::Write, .position = 4}};
-    launchAndSettle();
-    EXPECT_THAT(progressText(), testing::EndsWith("Fail to Write Flash\nUpdate FW Fail\n"));
-    end();
-    EXPECT_EQ(ends, 0);
-}
-
 TEST_F(StartUpRun, EndsTheProcessAfterASuccessByHandToo)
 {
     config = configText("ScalarMode = 1\n");
@@ -135,15 +104,6 @@ TEST_F(StartUpRun, EndsTheProcessAfterASuccessByHandToo)
     EXPECT_TRUE(waitFor([this] { return ends == 1; }));
 }
 
-TEST_F(StartUpRun, LooksBelowTheResourceDirectoryWhateverTheNameBeginsWith)
-{
-    bringImage("images/demo.bin");
-    config = configText("FwBin = /images/demo.bin\n");
-    launchAndSettle();
-    EXPECT_THAT(progressText(), testing::StartsWith("FW:/images/demo.bin(size=32768)\n\n"));
-    EXPECT_THAT(progressText(), testing::EndsWith("Update FW Success\n"));
-}
-
 TEST_F(StartUpRun, FailsWithoutAnImage)
 {
     launchAndSettle();
@@ -152,46 +112,6 @@ TEST_F(StartUpRun, FailsWithoutAnImage)
     EXPECT_TRUE(tool().window()->isVisible());
     end();
     EXPECT_EQ(ends, 0);
-}
-
-TEST_F(StartUpRun, FailsWhenTheConfiguredImageIsMissing)
-{
-    config = configText("FwBin = missing.bin\n");
-    launchAndSettle();
-    EXPECT_EQ(progressText(), "FW:missing.bin(size=0)\n\nWrong firmware file\nUpdate FW Fail\n");
-    end();
-    EXPECT_EQ(ends, 0);
-}
-
-TEST_F(StartUpRun, FailsWithoutAHubAndLeavesTheToolRunning)
-{
-    bringImage("demo.bin");
-    config = "[DumpTool Config]\nFwBin = demo.bin\n"
-             "[Support Vid Pid]\nVID_00 = 0x1209\nSSPID_00 = 0x0701\nHSPID_00 = 0x0702\n";
-    launchAndSettle();
-    EXPECT_EQ(progressText(),
-              "FW:demo.bin(size=32768)\n\nFail To Open Rom Device\nPlease Load Driver firstly\n"
-              "Then replugin usb hub device\nUpdate FW Fail\n");
-    EXPECT_TRUE(tool().window()->isVisible());
-    EXPECT_TRUE(allSwitched(true));
-    end();
-    EXPECT_EQ(ends, 0);
-}
-
-TEST_F(StartUpRun, LeavesTheMainThreadFree)
-{
-    bringImage("demo.bin");
-    config = configText("ScalarMode = 1\nFwBin = demo.bin\n");
-    eraseGate.shut();
-    launch();
-    ASSERT_TRUE(waitFor([this] { return eraseGate.isReached(); }));
-    EXPECT_EQ(progressText(), "FW:demo.bin(size=32768)\n\nErase Flash...\n");
-    EXPECT_TRUE(Hub_IsOpen());
-    strangerComesOrGoes(UsbEvent::Attached); // the main thread still works
-    settleEvents();
-    EXPECT_EQ(hubInfo(), "Detect Zel Hub : Success\nfwVer:ffff");
-    eraseGate.open();
-    EXPECT_TRUE(waitUntilEnabled());
 }
 
 TEST_F(StartUpRun, CanBeRepeatedByHandWithTheSameImage)

@@ -106,6 +106,8 @@ TEST_F(PropertyFile, TakesDecimalNumbersAlone)
     EXPECT_EQ(address("1F"), 1U);
     EXPECT_EQ(address("010"), 10U);
     EXPECT_EQ(address("12 34"), 12U);
+    EXPECT_EQ(address("7/8"), 7U);
+    EXPECT_EQ(address("7:8"), 7U);
     EXPECT_EQ(address("twelve"), 0U);
     EXPECT_EQ(address("~12"), 0U);
     EXPECT_EQ(address(""), 0U);
