@@ -39,7 +39,7 @@ std::string hex4(unsigned number)
     return text.str();
 }
 
-/// Two stored bytes, high byte first; a dash for a position that is not there.
+/// Two stored bytes, high byte first; a dash for a null position.
 std::string storedNumber(const std::uint8_t* position)
 {
     return position == nullptr ? "-" : hex4(static_cast<unsigned>(position[0] << 8 | position[1]));
@@ -57,7 +57,7 @@ std::string printable(const FwText& text)
     return shown;
 }
 
-/// What keeps an image file from being read.
+/// Why an image file could not be read.
 std::string whyUnread(const std::string& path)
 {
     struct stat info = {};
@@ -73,8 +73,8 @@ std::string whyUnread(const std::string& path)
     return info.st_size == 0 ? "it is empty" : "it cannot be read, or is too large";
 }
 
-/// Loads an image into a fresh record. Says why a file could not be read: to the flows it is a
-/// wrong firmware file like any other.
+/// Loads an image into a fresh record. Reports why a file could not be read, because the flows
+/// would only call it a wrong firmware file.
 bool loadImage(FwImage& image, const std::string& path, std::ostream& err)
 {
     const bool loaded = FwImage_LoadFile(image, path);
@@ -111,7 +111,7 @@ int scalar(const std::string& configFile, const ToolConfig& config, std::ostream
 int readInto(const std::string& path, std::ostream& out, std::ostream& err, bool terminal)
 {
     std::string problem;
-    // Before the read: it restarts the hub, and everything plugged into it.
+    // Before the read, because a read restarts the hub and disconnects everything behind it.
     if (!canBeSaved(path, problem)) {
         err << "the flash was not read, as it could not be saved: " << problem << '\n';
         return kExitFailure;

@@ -27,15 +27,15 @@ struct Transport {
     std::atomic<Clock*> clock{nullptr};
     std::atomic<bool> abandoned{false};
 
-    std::mutex mutex; // guards what follows; not held while the bus is at work
+    std::mutex mutex; // guards what follows; not held during calls of the bus
     std::unique_ptr<UsbDevice> HubDevice;
     bool claimed = false;  // from the beginning of an open to the end of the close
     std::thread::id owner; // of the claim
     std::vector<std::unique_ptr<UsbDevice>> overwritten;
 };
 
-// Lives until the process is gone: a flow may be in a transfer when main() returns, and the devices
-// in it may outlast the bus they came from, so nothing of it is ever destroyed.
+// Never destroyed: a flow may be in a transfer when main() returns, and the devices in here may
+// outlive the bus that they came from.
 Transport& transport()
 {
     static Transport& instance = *new Transport;
@@ -72,8 +72,7 @@ void store(std::unique_ptr<UsbDevice> hub)
     self.HubDevice = std::move(hub);
 }
 
-// The open hub, when it is the calling thread's; it stays valid as long as that thread does not
-// close it.
+// The open hub, if the calling thread owns it; it stays valid until that thread closes it.
 UsbDevice* ownHub()
 {
     Transport& self = transport();
@@ -102,7 +101,7 @@ std::unique_ptr<UsbSearch> beginSearch()
     return search;
 }
 
-// The next supported hub of the walk, or null at its end.
+// The next supported hub of the search, or null at its end.
 std::unique_ptr<UsbDevice> nextSupported(UsbSearch& search)
 {
     for (;;) {

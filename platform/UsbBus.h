@@ -36,7 +36,7 @@ enum class UsbOpenStatus {
 };
 
 /// One attached USB device, as the platform lists it. Not thread-safe: one owner, one call at a
-/// time. Destroying an open device gives it back to the platform as close() does.
+/// time. Destroying an open device closes it.
 class UsbDevice
 {
 public:
@@ -45,38 +45,36 @@ public:
     UsbDevice& operator=(const UsbDevice&) = delete;
     virtual ~UsbDevice() = default;
 
-    virtual std::uint16_t vendorId() const = 0;  ///< idVendor, known without opening; 0 when it
-                                                 ///< cannot be read
-    virtual std::uint16_t productId() const = 0; ///< idProduct, known without opening; 0 when it
-                                                 ///< cannot be read
+    /// idVendor, known without opening; 0 if it cannot be read
+    virtual std::uint16_t vendorId() const = 0;
+    /// idProduct, known without opening; 0 if it cannot be read
+    virtual std::uint16_t productId() const = 0;
 
-    /// Exclusive open. Not to be called on a device object that is open already.
+    /// Exclusive open. Must not be called on a device object that is already open.
     virtual UsbOpenStatus open() = 0;
 
-    /// One synchronous control transfer on an open device. 0 when it went well, which on Linux
-    /// means that the whole data stage moved (macOS also counts a read that ended early); any other
-    /// value is the platform's status code. Blocks until the transfer ends or the back end's
-    /// time-out is over.
+    /// One synchronous control transfer on an open device. Returns 0 on success: on Linux only if
+    /// the whole data stage moved, on macOS also for a short read. Any other value is the
+    /// platform's status code. Blocks until the transfer ends or times out.
     virtual std::uint32_t control(ControlRequest& request) = 0;
 
-    /// Gives the device back. Harmless when it is not open.
+    /// Closes the device. No effect if it is not open.
     virtual void close() = 0;
 };
 
-/// A walk over the devices that were attached when the search began, in the platform's enumeration
+/// Goes through the devices that were attached when the search began, in the platform's enumeration
 /// order.
 ///
-/// release() gives the platform's list back. Without it, Linux's back end gives it back at the end
-/// of the search, and macOS's leaves it with the system. Devices already handed out stay usable
-/// either way.
+/// release() frees the platform's list. Without it, the Linux back end frees it at the end of the
+/// search, and the macOS back end never does. Devices already handed out stay usable either way.
 class UsbSearch
 {
 public:
-    /// What one step of the walk met.
+    /// The result of one step.
     enum class Step {
         Device,      ///< `device` is set
-        NoPlugIn,    ///< a device is there, but the platform gives no way to talk to it
-        NoInterface, ///< the way is there, but it does not offer the device interface
+        NoPlugIn,    ///< a device, but the platform has no plug-in for it
+        NoInterface, ///< a plug-in, but without the device interface
         End          ///< no further device
     };
 
@@ -85,9 +83,9 @@ public:
     UsbSearch& operator=(const UsbSearch&) = delete;
     virtual ~UsbSearch() = default;
 
-    /// Goes one device further. Sets `device` for Step::Device and empties it otherwise.
+    /// Goes to the next device. Sets `device` for Step::Device and clears it otherwise.
     virtual Step next(std::unique_ptr<UsbDevice>& device) = 0;
-    virtual void release() = 0; ///< gives the list back; next() answers End afterwards
+    virtual void release() = 0; ///< frees the list; afterwards next() returns End
 };
 
 enum class UsbEvent { Attached, Detached };
@@ -96,8 +94,8 @@ enum class UsbEvent { Attached, Detached };
 class UsbBus
 {
 public:
-    /// Called when devices come or go: on macOS on the thread that called watch(), by its run loop,
-    /// elsewhere on a thread of the back end's. Must only post and return. One arrival may be
+    /// Called when devices come or go: on macOS by the run loop of the thread that called watch(),
+    /// elsewhere on a thread of the back end. Must only post and return. One arrival may be
     /// reported twice; several at once may be reported together.
     using Listener = std::function<void(UsbEvent)>;
 
@@ -106,15 +104,15 @@ public:
     UsbBus& operator=(const UsbBus&) = delete;
     virtual ~UsbBus() = default;
 
-    /// Begins a walk over the attached devices; null when the platform gives no list.
+    /// Begins a search through the attached devices; null if the platform gives no list.
     virtual std::unique_ptr<UsbSearch> search() = 0;
 
-    /// Reports every attach and detach from now on; what is attached already is not reported. One
-    /// listener per bus. False when the platform can neither notify nor be polled.
+    /// Reports every attach and detach from now on, but not the devices already attached. One
+    /// listener per bus. False if the platform can neither notify nor be polled.
     virtual bool watch(Listener listener) = 0;
 
-    /// Ends the watch. After the return the listener is neither running nor called again.
-    /// Not to be called from the listener.
+    /// Ends the watch. After it returns, the listener is neither running nor called again. Must not
+    /// be called from the listener.
     virtual void unwatch() = 0;
 };
 

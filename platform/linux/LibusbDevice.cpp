@@ -80,11 +80,11 @@ int openNode(const std::string& path, int flags)
     return ::open(path.c_str(), flags | O_CLOEXEC);
 }
 
-/// False and errno when anyone holds the lock, this process included. A node that is not open needs
-/// none.
+/// False and errno if anyone holds the lock, including this process. A node that is not open needs
+/// no lock.
 bool lockNode(int node) { return node < 0 || flock(node, LOCK_EX | LOCK_NB) == 0; }
 
-/// The number in a file of sysfs; nothing when it is not there.
+/// The number in a sysfs file; empty if there is no such file.
 std::optional<unsigned> numberIn(const std::string& file, std::ios_base& (*base)(std::ios_base&))
 {
     std::ifstream stream(file);
@@ -92,8 +92,8 @@ std::optional<unsigned> numberIn(const std::string& file, std::ios_base& (*base)
     return stream >> base >> number ? std::optional(number) : std::nullopt;
 }
 
-/// Node of the same hub's half at the other speed: a connector has a port on either bus, and the
-/// kernel knows which two belong together. Empty when there is none, or something else than a hub.
+/// Node of the same hub's half at the other speed: a connector has a port on each of the two buses,
+/// and the kernel knows which two belong together. Empty if there is none, or if it is not a hub.
 std::string nodeOfOtherHalf(libusb_device* device)
 {
     constexpr unsigned kHubClass = 9;
@@ -142,12 +142,12 @@ UsbOpenStatus LibusbDevice::open()
     if (m_node < 0) {
         return statusOfErrno(errno);
     }
-    // The lock is on both halves of a hub: another program may see them in another order, and would
-    // open the other one. A half that cannot be opened is one that has left, or that nobody with
-    // our rights can open either.
+    // Locks both halves of a hub, because another program may see them in another order and would
+    // open the other one. If a half cannot be opened, it has left, or no program with our rights
+    // can open it.
     m_otherNode = openNode(otherPath, O_RDONLY);
-    // Always in the same order, or two programs that open different halves at once would each lock
-    // the other out.
+    // Always in the same order; otherwise two programs that open different halves at once would
+    // lock each other out.
     const auto [first, second] =
         std::minmax({std::pair(path, m_node), std::pair(otherPath, m_otherNode)});
     if (!lockNode(first.second) || !lockNode(second.second)) {
@@ -170,7 +170,7 @@ std::uint32_t LibusbDevice::control(ControlRequest& request)
     if (m_handle == nullptr) {
         return static_cast<std::uint32_t>(LIBUSB_ERROR_NO_DEVICE);
     }
-    // libusb wants a buffer that can be written in both directions.
+    // libusb wants a writable buffer in both directions.
     std::vector<std::uint8_t> copyOfOut(request.out.begin(), request.out.end());
     const int result = libusb_control_transfer(
         m_handle, request.bmRequestType, request.bRequest, request.wValue, request.wIndex,

@@ -11,21 +11,20 @@ struct libusb_device_handle;
 namespace vornadel
 {
 
-/// A device of libusb's list. It is opened by way of its node below /dev/bus/usb under an advisory
-/// lock (flock), because the kernel itself lets any number of programs open a device; with a hub
-/// the node of its half at the other speed is locked too. No interface is claimed and no kernel
-/// driver detached: vendor requests to the device need neither, and everything behind a hub would
-/// drop off the bus without the hub driver.
+/// A device of libusb's list. An open locks its node below /dev/bus/usb (flock), because the kernel
+/// lets any number of programs open a device. For a hub, the node of its half at the other speed is
+/// locked too. No interface is claimed and no kernel driver detached: vendor requests to the device
+/// need neither, and without the hub driver everything behind the hub would drop off the bus.
 class LibusbDevice final : public UsbDevice
 {
 public:
-    /// A control() status of this back end's own: the data stage was shorter than wLength. Every
-    /// other status is a libusb error code, which are negative, as 32 bits (LIBUSB_ERROR_PIPE, a
-    /// stall, is 0xFFFFFFF7).
+    /// A control() status of this back end: the data stage was shorter than wLength. Every other
+    /// status is a (negative) libusb error code as 32 bits: LIBUSB_ERROR_PIPE, a stall, is
+    /// 0xFFFFFFF7.
     static constexpr std::uint32_t kShortTransfer = 1;
 
-    /// Takes a reference of its own on `device`. `timeout` ends a control transfer; 0 would mean
-    /// never.
+    /// Takes its own reference on `device`. `timeout` limits a control transfer; 0 would mean no
+    /// limit.
     LibusbDevice(std::shared_ptr<LibusbContext> context, libusb_device* device,
                  std::chrono::milliseconds timeout);
     ~LibusbDevice() override;

@@ -1,6 +1,6 @@
-// What this folder relies on of the platform: types, constants, layouts and identifiers. Compiled
-// wherever the folder is, on a Mac with the platform's own headers, elsewhere with the stand-ins
-// that the tests bring, so that neither can drift from the other. Nothing here is run.
+// This folder's assumptions about the platform: types, constants, layouts and identifiers. Compiled
+// with the platform's own headers on a Mac, and with the tests' stand-in headers elsewhere, so that
+// the two cannot drift apart. Nothing here runs.
 
 #include <CoreFoundation/CoreFoundation.h>
 #include <CoreServices/CoreServices.h>
@@ -116,7 +116,8 @@ static_assert(kIs<decltype(IOUSBDeviceInterface::GetDeviceProduct), GetWord>);
 static_assert(
     kIs<decltype(IOUSBDeviceInterface::DeviceRequest), IOReturn (*)(void*, IOUSBDevRequest*)>);
 
-// Identifiers. Each is a macro that calls for its bytes one by one, so its text is read.
+// Identifiers. Each is a macro that lists its bytes as arguments of a call; the text of it is
+// parsed.
 
 #define TEXT_OF_TEXT(X) #X
 #define TEXT_OF(X) TEXT_OF_TEXT(X)
@@ -128,8 +129,8 @@ constexpr unsigned hexDigit(char digit)
     return static_cast<unsigned>(digit <= '9' ? digit - '0' : (digit | 0x20) - 'a' + 10);
 }
 
-/// The bytes in the text of a call whose first argument is the allocator and whose others are the
-/// bytes, each written in hexadecimal.
+/// The bytes in the text of a call: its first argument is the allocator, the others are the bytes
+/// in hexadecimal.
 constexpr IdBytes bytesOf(std::string_view call)
 {
     IdBytes bytes{};
@@ -139,8 +140,8 @@ constexpr IdBytes bytesOf(std::string_view call)
             byte = byte * 16 + hexDigit(call.front());
         }
     }
-    return call.find("0x") == std::string_view::npos ? bytes : IdBytes{}; // one too many is none at
-                                                                          // all
+    // With more bytes than expected the result is empty.
+    return call.find("0x") == std::string_view::npos ? bytes : IdBytes{};
 }
 
 constexpr std::string_view afterAllocator(std::string_view call)

@@ -14,10 +14,10 @@ class PlugNotifications;
 /// Only release() frees the list of a search. Without it, one small kernel object for each search
 /// stays until the process ends.
 ///
-/// watch() and unwatch() belong to one thread, the one whose run loop tells the events;
-/// the listener runs on it. The system is asked for notifications once, by the first watch(), and
-/// sends them until the process ends; unwatch() only stops listening. Of several buses the one that
-/// watched last is told.
+/// Call watch() and unwatch() on one thread; its run loop delivers the events, and the listener
+/// runs on it. The first watch() registers for notifications, which the system sends until the
+/// process ends; unwatch() only stops listening. With several buses, the last one to watch gets the
+/// events.
 class IokitBus final : public UsbBus
 {
 public:

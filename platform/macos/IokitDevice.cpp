@@ -48,7 +48,7 @@ UsbOpenStatus IokitDevice::open()
 
 std::uint32_t IokitDevice::control(ControlRequest& request)
 {
-    // IOKit wants a buffer that can be written in both directions.
+    // IOKit wants a writable buffer in both directions.
     std::vector<std::uint8_t> copyOfOut(request.out.begin(), request.out.end());
     IOUSBDevRequest transfer{};
     transfer.bmRequestType = request.bmRequestType;

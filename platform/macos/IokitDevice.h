@@ -7,11 +7,11 @@
 namespace vornadel
 {
 
-/// A device by way of its device interface. An ordinary open: it fails while another program has
-/// the device, and takes nothing from a kernel driver.
+/// A device through its device interface. The open is an ordinary one: it fails while another
+/// program has the device, and does not take it from a kernel driver.
 ///
-/// The status of control() is the system's own, unchanged, and so is its time-out. The system also
-/// calls a transfer good in which the device sent less than it was asked for; `transferred` tells.
+/// control() returns the system's status unchanged and uses its time-out. The system also counts a
+/// transfer as good if the device sent less than requested; `transferred` shows how much.
 class IokitDevice final : public UsbDevice
 {
 public:

@@ -22,7 +22,7 @@ void notify(UsbEvent event)
     }
 }
 
-// Releases every device in the list. The next notification comes only after its end was reached.
+// Releases every device in the list. The next notification comes only after the end of the list.
 void drain(io_iterator_t devices)
 {
     while (const io_service_t device = IOIteratorNext(devices)) {
@@ -54,7 +54,7 @@ void add(CFRunLoopSourceRef source, CFRunLoopRef runLoop)
     }
 }
 
-// Consumes the dictionary. The list, null when the registration was refused, is never released.
+// Consumes the dictionary. The list, null if the registration was refused, is never released.
 io_iterator_t registerFor(const char* kind, IONotificationPortRef port,
                           CFMutableDictionaryRef devices, IOServiceMatchingCallback callback)
 {

@@ -6,10 +6,9 @@ namespace vornadel
 {
 
 /// The system's notifications of USB devices that come and go. Everything belongs to the thread
-/// that makes the object: its run loop brings the notifications, and the listener runs there.
+/// that creates the object: its run loop delivers the notifications, and the listener runs there.
 ///
-/// Ports and lists stay with the system until the process ends; the end of the object is only the
-/// end of listening.
+/// Ports and lists are kept until the process ends; destroying the object only stops listening.
 class PlugNotifications
 {
 public:
@@ -21,8 +20,8 @@ public:
     /// Whether the system reports at least one of the two kinds.
     bool reporting() const { return m_reporting; }
 
-    /// Notifies this listener from now on, and no longer that of another object. An empty one ends
-    /// that, and leaves another object's alone.
+    /// From now on notifies this listener instead of another object's. An empty one stops this
+    /// object's listening and does not affect another object's.
     void listen(UsbBus::Listener listener);
     void tell(UsbEvent event) const;
 

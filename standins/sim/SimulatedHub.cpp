@@ -146,7 +146,7 @@ UsbOpenStatus SimulatedHub::open(const AttachedHalf& device)
     if (m_faults.countOpen() || half.opened) {
         return UsbOpenStatus::Busy;
     }
-    // The lock is the whole hub's: the first of its devices takes it.
+    // The lock covers the whole hub; the first device to be opened takes it.
     if (m_file && !m_file->locked()) {
         std::vector<std::uint8_t> bytes;
         std::string unread;
@@ -182,7 +182,7 @@ bool SimulatedHub::isOpen(const AttachedHalf& device) const
     return device.session == m_session && half.attached && half.opened;
 }
 
-/// Both devices at once: every handle dies, and a return that was under way is called off.
+/// Takes both devices off at once: every handle becomes invalid, and a pending return is cancelled.
 void SimulatedHub::leaveBus()
 {
     ++m_session;
@@ -228,7 +228,7 @@ Clock::Duration SimulatedHub::restartTime() const
     return m_latency == SimulatedLatency::None ? Clock::Duration(0) : kRestartTime;
 }
 
-/// Runs the task after `delay`, at once when there is none, and not at all once the hub is gone.
+/// Runs the task after `delay`, at once if that is zero, and not at all once the hub is destroyed.
 void SimulatedHub::schedule(Clock::Duration delay, std::function<void(SimulatedHub&)> task)
 {
     if (delay <= Clock::Duration(0)) {
@@ -257,7 +257,7 @@ void SimulatedHub::comeBack(const Restart& restart)
     }
 }
 
-/// Brings the devices of one stay onto the bus, each with its own event.
+/// Puts the devices of one session on the bus, each with its own event.
 void SimulatedHub::attach(std::uint64_t session)
 {
     for (Half& half : m_halves) {
@@ -273,7 +273,7 @@ void SimulatedHub::attach(std::uint64_t session)
     }
 }
 
-/// A badly seated plug: once more away and back, into the same code.
+/// A loose plug: leaves and returns once more, with the same code.
 void SimulatedHub::bounce(const Restart& restart)
 {
     Restart second = restart;

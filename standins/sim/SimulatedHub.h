@@ -19,11 +19,10 @@
 namespace vornadel
 {
 
-/// How a request to the simulated hub can fail.
+// How a request to the simulated hub can fail.
 inline constexpr std::uint32_t kSimulatedStall = 1;    ///< the hub refused the request
-inline constexpr std::uint32_t kSimulatedNoDevice = 2; ///< the hub has left the bus since the
-                                                       ///< device was opened
-inline constexpr std::uint32_t kSimulatedShort = 3;    ///< fewer bytes than asked for moved
+inline constexpr std::uint32_t kSimulatedNoDevice = 2; ///< the hub has left since it was opened
+inline constexpr std::uint32_t kSimulatedShort = 3;    ///< fewer bytes moved than requested
 inline constexpr std::uint32_t kSimulatedNotOpen = 4;  ///< the device is not open; nothing was sent
 
 /// Version word in the status block while the flash holds no valid image.
@@ -36,7 +35,7 @@ inline constexpr std::size_t kHubSpeedCount = 2;
 /// One of the hub's devices between one arrival on the bus and the next departure.
 struct AttachedHalf {
     HubSpeed speed = HubSpeed::SuperSpeed;
-    std::uint64_t session = 0; ///< which stay on the bus
+    std::uint64_t session = 0; ///< counts the hub's stays on the bus
     std::uint16_t vendorId = 0;
     std::uint16_t productId = 0;
     std::uint16_t otherProductId = 0; ///< of the device at the other speed
@@ -44,49 +43,48 @@ struct AttachedHalf {
 
 /// A hub controller with its flash, as seen from the bus.
 ///
-/// It runs the firmware in its flash ("flash code") or its built-in "ROM code", and starts the
-/// latter on its own when the flash holds no valid image. Status block (32 bytes): version of the
-/// image in the flash at 10 and 11, high byte first (0x0001 without a valid image), restart speed
-/// at 13, bit 1 of byte 15 set while flash code runs; all other bytes are 0. Flash requests are
-/// refused while flash code runs, and so are an erase at another address than 0, addresses beyond
-/// the flash, and every request that is not in its table. A restart takes both devices off the bus;
-/// they come back SuperSpeed first, with the ids of the image in the flash.
+/// It runs the firmware in its flash ("flash code") or its built-in "ROM code"; without a valid
+/// image in the flash it always starts ROM code. Status block (32 bytes): version of the image in
+/// the flash at 10 and 11, high byte first (0x0001 without a valid image), restart speed at 13, bit
+/// 1 of byte 15 set while flash code runs; all other bytes are 0. The hub refuses flash requests
+/// while flash code runs, an erase at any address but 0, addresses beyond the flash, and every
+/// request that is not in its table. A restart takes both devices off the bus. They come back
+/// SuperSpeed first, with the ids of the image in the flash.
 ///
 /// All members may be called from any thread. No lock is held while the clock, the listener or
 /// onRequest is called.
 class SimulatedHub : public std::enable_shared_from_this<SimulatedHub>
 {
 public:
-    /// A hub attached to the bus. Null and a sentence in `error` when its flash file cannot be
-    /// used. The clock outlives the hub.
+    /// A hub attached to the bus. Null and a sentence in `error` if its flash file cannot be used.
+    /// The clock must outlive the hub.
     static std::shared_ptr<SimulatedHub> create(const SimulatedHubOptions& options, Clock& clock,
                                                 std::string& error);
 
-    /// Called before each request takes effect, on the requester's thread. To be set before the
+    /// Called before each request takes effect, on the requester's thread. Set it before the
     /// threads start.
     std::function<void(const ControlRequest&)> onRequest;
 
     void addFault(const Fault& fault);
-    void unplug(); ///< takes the hub off the bus until replug(), also in mid-restart
-    /// Powers an absent hub up again, as if with its boot button held for HubCode::Rom; harmless
-    /// while it is attached.
+    void unplug(); ///< takes the hub off the bus until replug(), even during a restart
+    /// Powers an absent hub up again; HubCode::Rom is like holding its boot button. No effect while
+    /// it is attached.
     void replug(HubCode code = HubCode::Flash);
 
     std::vector<std::uint8_t> flash() const; ///< a copy
-    /// Reprograms the flash past the controller, which reads its ids again when it next starts.
-    /// False when the size is not that of the flash or the file cannot be written; the flash is
-    /// unchanged then.
+    /// Reprograms the flash directly; the controller reads its ids when it next starts. False, with
+    /// the flash unchanged, if the size is wrong or the file cannot be written.
     bool setFlash(std::vector<std::uint8_t> bytes);
 
     HubCode runningCode() const;
     unsigned requestCount() const;    ///< requests that reached the hub since its creation
     unsigned faultsTriggered() const; ///< faults that have happened
 
-    // What the bus is made of:
+    // For the bus:
     std::vector<AttachedHalf> attachedHalves() const; ///< in the order of enumeration
     /// Exclusive, here and across programs that share the file.
     UsbOpenStatus open(const AttachedHalf& device);
-    void close(const AttachedHalf& device); ///< only by who opened it
+    void close(const AttachedHalf& device); ///< call only for a device you opened
     std::uint32_t control(const AttachedHalf& device, ControlRequest& request);
     Notifier& notifier() { return m_notifier; }
 
@@ -147,8 +145,7 @@ private:
     HubCode m_code = HubCode::Flash;
     SimulatedIds m_ids;
     std::array<Half, kHubSpeedCount> m_halves{};
-    std::uint64_t m_session = 1; // one per stay on the bus; older handles and pending returns are
-                                 // void
+    std::uint64_t m_session = 1; // one per stay on the bus; older handles and returns are invalid
 };
 
 } // namespace vornadel

@@ -66,7 +66,7 @@ bool VirtualHub::start(std::string& error)
 void VirtualHub::waitUntilShown()
 {
     std::unique_lock lock(m_mutex);
-    m_behind = true; // the hub's own event may still be on its way
+    m_behind = true; // the hub's own event may still be pending
     m_changed.notify_all();
     m_changed.wait(lock, [this] { return !m_behind && !m_busy; });
 }
@@ -92,8 +92,8 @@ void VirtualHub::follow()
     }
 }
 
-/// Makes the bus show what the hub is now: first everything off that has left, then on what has
-/// come, in its order.
+/// Brings the bus up to date with the hub: first detaches what has left, then attaches what has
+/// come, in order.
 bool VirtualHub::catchUp(std::string& error)
 {
     const std::vector<AttachedHalf> there = m_hub->attachedHalves();
@@ -124,10 +124,10 @@ void VirtualHub::detach(const std::function<bool(HubSpeed)>& leaves)
 
 bool VirtualHub::attach(const AttachedHalf& half, std::string& error)
 {
-    if (!stays(half)) { // it has left again; there is another event for that
+    if (!stays(half)) { // it has left again; another event will handle that
         return true;
     }
-    m_hub->open(half); // a flash that somebody else has now is tried again at the next request
+    m_hub->open(half); // if another program has the flash, the next request tries again
     const VirtualDevice device = {
         m_number,
         half.speed,
@@ -151,8 +151,8 @@ bool VirtualHub::stays(const AttachedHalf& half) const
     });
 }
 
-/// The simulated hub answers who has opened it. On a real bus nobody opens a hub, so that is done
-/// here, once for each stay; a hub whose flash another program has meanwhile refuses.
+/// The simulated hub answers only after an open. On a real bus nobody opens a hub, so it is opened
+/// here, once per session. If another program has its flash by now, the hub refuses the request.
 std::uint32_t VirtualHub::vendorRequest(const AttachedHalf& half, ControlRequest& request)
 {
     const std::uint32_t status = m_hub->control(half, request);

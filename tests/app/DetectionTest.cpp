@@ -31,7 +31,7 @@ protected:
         EXPECT_EQ(hueOf(*tool().nstfHubInfo_UpdateFW), hue);
     }
 
-    /// The console lines of what happens in `change` and of the events that follow.
+    /// The console lines from `change` and from the events that follow.
     std::string consoleOf(const std::function<void()>& change)
     {
         testing::internal::CaptureStderr();
@@ -40,7 +40,7 @@ protected:
         return testing::internal::GetCapturedStderr();
     }
 
-    /// The run at the start stands before the erase, with the hub open.
+    /// The update at start, stopped before the erase, with the hub open.
     void launchAndHold()
     {
         eraseGate.shut();
@@ -153,7 +153,7 @@ TEST_F(Detection, DropsAnEventThatWaitsWhenTheToolEnds)
 {
     launchAndSettle();
     EXPECT_EQ(consoleOf([this] {
-                  hub().unplug(); // posted, and not looked at yet
+                  hub().unplug(); // posted, but not handled yet
                   tool().shutDown();
               }),
               "");

@@ -218,7 +218,7 @@ TEST(AnyCommand, GoesOnWithoutTheToolsOwnConfigFileAndSaysSo)
     EXPECT_EQ(session.out.str(), "1209:0001\n1209:0002\n");
 }
 
-/// A platform that gives no device list, or devices without access.
+/// A platform without a device list, or with devices that give no access.
 class PoorBus final : public UsbBus
 {
 public:

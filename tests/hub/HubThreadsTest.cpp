@@ -13,7 +13,7 @@ using ::testing::IsEmpty;
 class HubThreads : public HubTest
 {
 protected:
-    // What a thread meets whose hub is another one's.
+    // The results for a thread while another one owns the hub.
     static void expectBusy()
     {
         LastError = 0;

@@ -1,4 +1,4 @@
-// Finding, opening, asking and closing the hub, call for call.
+// Finding, opening, sending requests and closing the hub, call by call.
 
 #include "base/LastError.h"
 #include "hub/HubTransport.h"
@@ -28,7 +28,7 @@ constexpr std::uint16_t kHighSpeed = 0x0002;
 const MacDevice kHub{.vendorId = kVendor, .productId = kSuperSpeed};
 const MacDevice kStranger{.vendorId = 0x2222, .productId = kSuperSpeed};
 
-constexpr kern_return_t kSendFailed = 0x10000003; // of the kernel's messages, above zero
+constexpr kern_return_t kSendFailed = 0x10000003; // a kernel message error, above zero
 
 MacDevice with(MacDevice device, const std::function<void(MacDevice&)>& change)
 {
@@ -76,8 +76,8 @@ protected:
         return {"interface " + std::to_string(place) + " USBDeviceOpen", openTimeRequest(place)};
     }
 
-    /// Both searches pass such a device by, with these calls after it was met, and go on to the hub
-    /// behind it. Each leaves `left` with the system.
+    /// Both searches skip such a device, with these calls, and go on to the hub after it. Each
+    /// leaks the objects in `left`.
     void expectPassedBy(const MacDevice& device, const Calls& calls, int code,
                         const Calls& left = {})
     {
@@ -286,7 +286,7 @@ TEST_F(IokitSearch, PassesByADeviceWhoseServiceCannotBeGivenBack)
                    {"IOCreatePlugInInterfaceForService(service 0, device user client, plug-in "
                     "interface) = plug-in 0",
                     "IOObjectRelease(service 0) = 0xE00002BC"},
-                   3, {"plug-in 0"}); // nothing more is asked of that device
+                   3, {"plug-in 0"}); // no further call on that device
 }
 
 TEST_F(IokitSearch, DoesNotMindWhatTheCreationSaysOfAPlugInThatIsThere)

@@ -1,4 +1,4 @@
-// Notifications of devices that come and go, call for call.
+// Notifications of devices that come and go, call by call.
 
 #include "tests/macos/MacTest.h"
 

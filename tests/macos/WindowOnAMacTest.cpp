@@ -1,5 +1,5 @@
-// The window program with the macOS back end under it: the registration at its start, and the
-// administrator scripts.
+// The window program on the macOS back end: the registration at its start, and the administrator
+// scripts.
 
 #include "app/AppDelegate.h"
 #include "hub/HubTransport.h"
@@ -75,7 +75,7 @@ protected:
         return hub;
     }
 
-    /// Starts the tool; what the launch wrote to the console is the result.
+    /// Starts the tool and returns the console output of the launch.
     std::string launch()
     {
         Hub_UsePlatform(m_bus, m_clock);

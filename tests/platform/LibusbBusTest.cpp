@@ -18,12 +18,11 @@
 namespace
 {
 
-std::atomic<unsigned> lastTimeout; // in milliseconds, of the control transfer that went to libusb
-                                   // last
+std::atomic<unsigned> lastTimeout; // in milliseconds, of the last control transfer
 
 } // namespace
 
-/// Stands before libusb's own, which does the work.
+/// Replaces libusb's function and calls it.
 extern "C" int libusb_control_transfer(libusb_device_handle* handle, std::uint8_t requestType,
                                        std::uint8_t request, std::uint16_t value,
                                        std::uint16_t index, unsigned char* data,
@@ -47,7 +46,7 @@ constexpr std::uint32_t kNoDevice = 0xFFFFFFFC;
 class LibusbBusTest : public testing::Test
 {
 protected:
-    /// A plugged and open device that answers by `handler`; null when it did not open.
+    /// A plugged and open device whose `handler` answers; null if it did not open.
     std::unique_ptr<UsbDevice> openDevice(WireHandler handler = {})
     {
         m_node = &m_testbed.plug("1-1", kVendorId, kProductId, std::move(handler));
@@ -72,7 +71,7 @@ std::vector<std::uint8_t> pattern(std::size_t length)
     return data;
 }
 
-/// While it lives, this process can open no further file.
+/// While it lives, this process cannot open another file.
 class NoMoreFiles
 {
 public:
@@ -267,7 +266,7 @@ TEST_F(LibusbBusTest, WaitsThirtySecondsUnlessToldOtherwise)
 
 TEST_F(LibusbBusTest, EndsATransferInFlightWhenTheDeviceLeaves)
 {
-    LibusbBus patient(m_clock); // its own time-out is too long for this test
+    LibusbBus patient(m_clock); // the default time-out is too long for this test
     m_node = &m_testbed.plug("1-1", kVendorId, kProductId,
                              [](const WireRequest&) { return WireAnswer{.never = true}; });
     const auto device = findDevice(patient, kVendorId, kProductId);

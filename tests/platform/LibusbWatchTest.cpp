@@ -28,7 +28,7 @@ protected:
 
     void plug(const std::string& port) { m_testbed.plug(port, kVendorId, kProductId); }
 
-    /// Opens the device and lets a request pass, in which libusb handles its events on this thread.
+    /// Opens the device and sends a request, during which libusb handles events on this thread.
     void exchangeRequest(LibusbBus& bus)
     {
         const auto device = findDevice(bus, kVendorId, kProductId);
@@ -141,7 +141,7 @@ TEST_F(HotplugWatchTest, TheEndOfTheWatchWaitsForTheListener)
         while (!leaving) {
             std::this_thread::yield();
         }
-        for (int i = 0; i < 10000; ++i) { // long enough for an end that does not wait
+        for (int i = 0; i < 10000; ++i) { // long enough to notice an end that does not wait
             std::this_thread::yield();
         }
         ended = true;

@@ -1,5 +1,5 @@
-// One program at a time has the hub: an open device holds the locks of its node and of the other
-// half's.
+// Only one program at a time has the hub: an open device holds the locks of its node and of the
+// other half's.
 
 #include "platform/linux/LibusbBus.h"
 #include "tests/platform/UsbTestbed.h"
@@ -24,11 +24,11 @@
 namespace
 {
 
-thread_local std::function<void()> afterNextLock; // of this thread, whether it got it or not
+thread_local std::function<void()> afterNextLock; // called on this thread, locked or not
 
 } // namespace
 
-/// Stands before the C library's own, which does the work.
+/// Replaces the C library's function and calls it.
 extern "C" int flock(int file, int operation) noexcept
 {
     static const auto real = reinterpret_cast<decltype(&flock)>(dlsym(RTLD_NEXT, "flock"));
@@ -67,7 +67,7 @@ protected:
     LibusbBus m_bus{m_clock};
 };
 
-/// Whether a process of its own gets the lock on the node.
+/// Whether another process gets the lock on the node.
 bool lockedInAnotherProcess(const std::string& path)
 {
     const pid_t child = fork();
@@ -80,8 +80,7 @@ bool lockedInAnotherProcess(const std::string& path)
     return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-/// While it lives, a test that root runs is one of a user who may do everything in a folder, except
-/// with one file.
+/// While it lives, root runs as a user who may do everything in a folder, except with one file.
 class OrdinaryUser
 {
 public:
@@ -163,7 +162,7 @@ TEST_F(NodeLock, GivesAHubToOneOfTwoThatOpenDifferentHalvesAtOnce)
     const auto otherHalf = findDevice(m_bus, kVendorId, kProductId + 1);
     ASSERT_TRUE(half && otherHalf);
     std::latch firstTries(2);
-    std::latch secondTries(2); // a party that gives up after the first makes none
+    std::latch secondTries(2); // not reached by one that gives up after the first
     const auto open = [&](UsbDevice& device, bool& opened) {
         bool triedAgain = false;
         afterNextLock = [&] {
@@ -192,8 +191,8 @@ TEST_F(NodeLock, OpensAHubWhoseOtherHalfHasJustLeft)
     plugBothHalves();
     const auto device = find();
     ASSERT_NE(device, nullptr);
-    std::filesystem::remove(m_testbed.rootFolder() + m_testbed.nodePath("1-2")); // sysfs has not
-                                                                                 // followed yet
+    // Sysfs is not up to date yet.
+    std::filesystem::remove(m_testbed.rootFolder() + m_testbed.nodePath("1-2"));
     EXPECT_EQ(device->open(), UsbOpenStatus::Opened);
     EXPECT_FALSE(lockedInAnotherProcess(m_testbed.nodePath("1-1")));
 }

@@ -45,7 +45,8 @@ namespace
 
 using namespace vornadel;
 
-/// What the command line asks for, and the means to hold a worker until the window has been closed.
+/// The moment from the command line, and the means to hold a worker until the window has been
+/// closed.
 class Moment
 {
 public:
@@ -68,7 +69,7 @@ public:
             qApp, [] { qApp->closeAllWindows(); }, Qt::QueuedConnection);
     }
 
-    /// Has the window closed and does not return before that has happened.
+    /// Closes the window and returns when that has happened.
     void closeAndWait(bool forEver)
     {
         close();
@@ -93,7 +94,7 @@ private:
     bool m_closed = false;
 };
 
-/// No pause takes time, but for the one in which the window closes: that one lasts until it is
+/// No pause takes time, except the one in which the window closes: it lasts until it is
 /// interrupted.
 class ProbeClock final : public Clock
 {
@@ -150,7 +151,7 @@ void whenIdle(AppDelegate& delegate, const std::function<void()>& then)
     QTimer::singleShot(1, &delegate, [&delegate, then] { whenIdle(delegate, then); });
 }
 
-/// Closes the window when something modal stands before it.
+/// Closes the window when a modal dialog is open.
 void closeBehindADialog(AppDelegate& delegate)
 {
     if (QApplication::activeModalWidget() != nullptr) {
@@ -160,7 +161,7 @@ void closeBehindADialog(AppDelegate& delegate)
     QTimer::singleShot(1, &delegate, [&delegate] { closeBehindADialog(delegate); });
 }
 
-/// True when the moment is one of the flash page's.
+/// Whether the moment is one of the flash page.
 bool useFlashPage(AppDelegate& delegate, Moment& moment)
 {
     if (moment.is("read") || moment.is("erase")) {
@@ -184,7 +185,7 @@ bool useFlashPage(AppDelegate& delegate, Moment& moment)
     return false;
 }
 
-/// Not to be optimised away.
+/// Must not be optimised away.
 char* volatile lost = nullptr;
 
 void use(AppDelegate& delegate, Moment& moment, const QString& image)

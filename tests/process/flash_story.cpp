@@ -1,7 +1,7 @@
-// A person at the mouse changes a hub: reads its flash, types a new serial number, chooses two
-// values in the property table, saves, updates with the saved file and reads again. Exactly what
-// was changed must be different in the hub. The events come from the X server, so this runs on a
-// display of its own; only the hub and its clock are not real.
+// A user with a mouse changes a hub: reads its flash, types a new serial number, chooses two values
+// in the property table, saves, updates with the saved file and reads again. Exactly these changes
+// must be in the hub. The events come from the X server, so this runs on a separate display; only
+// the hub and its clock are simulated.
 //
 //   flash_story FOLDER       the image is saved there
 
@@ -32,17 +32,16 @@ using namespace vornadel::test;
 
 constexpr std::size_t kFlashSize = 32768;
 constexpr std::size_t kBlock = 0x7E00;            // of the demo image
-constexpr std::size_t kSerial = kBlock + 43 + 22; // after "Vornadel" and "Demo Hub", each behind 2
-                                                  // bytes
+constexpr std::size_t kSerial = kBlock + 43 + 22; // two strings of 10 bytes and a header
 const std::map<std::size_t, std::uint8_t> kChanged = {
     {kBlock + 11, 0x0B}, // "SSC Mode" from 3 to 1, bits 2 and 1 of 0x0F
     {kBlock + 12, 0x22}, // "U1 Enable" from 1 to 0, bit 4 of 0x32
-    {kBlock + 42, 0x02}, // the serial number is not the factory's any more
+    {kBlock + 42, 0x02}, // the serial number has been edited
     {kSerial + 4, '4'},  // SN0001 became SN0042
     {kSerial + 5, '2'},
 };
 
-/// Presses a value cell of the property table, waits for its list and presses an entry of that.
+/// Presses a value cell of the property table, waits for its list and presses an entry.
 void choose(MouseScript& script, AppDelegate& tool, int row, const QString& name, int position,
             const QString& shown)
 {
@@ -128,7 +127,7 @@ void writeScript(MouseScript& script, AppDelegate& tool, const QString& path)
         [&tool] { tool.window()->close(); });
 }
 
-/// What differs, offset by offset, over the whole flash.
+/// The differences by offset, over the whole flash.
 bool onlyTheChangesDiffer(const std::vector<std::uint8_t>& before,
                           const std::vector<std::uint8_t>& after)
 {

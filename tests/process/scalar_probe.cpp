@@ -1,5 +1,5 @@
-// The window program with an image configured, on a simulated hub whose flash is a file and on time
-// that takes none: it updates the hub and ends by itself.
+// The window program with a configured image, on a simulated hub with its flash in a file and
+// virtual time: it updates the hub and ends by itself.
 //
 //   scalar_probe FLASH
 
@@ -38,5 +38,5 @@ int main(int argc, char** argv)
     Platform platform{*bus, shell, privileged, version, clock};
     runTool(platform, toolPlaceOf(std::filesystem::canonical(argv[0])), {},
             [&clock](AppDelegate& tool) { clock.mainThread = &tool.mainThread(); });
-    return 66; // somebody else has ended it
+    return 66; // something else has ended it
 }

@@ -1,6 +1,6 @@
-// A person at the mouse: selects an image, presses "Update" and reads what the window says. The
-// events come from the X server, so this runs on a display of its own; only the hub and its clock
-// are not real.
+// A user with a mouse: selects an image, presses "Update" and reads the window's text. The events
+// come from the X server, so this runs on a separate display; only the hub and its clock are
+// simulated.
 //
 //   window_smoke IMAGE
 

@@ -19,7 +19,7 @@ using namespace std::chrono_literals;
 
 inline constexpr std::size_t kFlashSize = 32768;
 
-/// In memory, without latency, running ROM code: ready for flash requests.
+/// In memory, without latency, running ROM code, so ready for flash requests.
 inline SimulatedHubOptions romOptions()
 {
     SimulatedHubOptions options;
@@ -39,7 +39,7 @@ inline SimulatedHubOptions withFault(const std::string& text,
     return options;
 }
 
-/// Every device on the bus, in the order of enumeration.
+/// All devices on the bus, in the order of enumeration.
 inline std::vector<std::unique_ptr<UsbDevice>> listDevices(UsbBus& bus)
 {
     std::vector<std::unique_ptr<UsbDevice>> devices;
@@ -52,7 +52,7 @@ inline std::vector<std::unique_ptr<UsbDevice>> listDevices(UsbBus& bus)
     return devices;
 }
 
-/// The bus with a simulated hub, and the hub's requests spelled out byte by byte.
+/// The bus with a simulated hub, and the hub's requests written byte by byte.
 class HubBench
 {
 public:
@@ -64,7 +64,7 @@ public:
 
     SimulatedHub& hub() const { return bus->hub(); }
 
-    /// Opens the first listed device; false when there is none or it cannot be opened.
+    /// Opens the first listed device; false if there is none or it cannot be opened.
     bool open()
     {
         std::vector<std::unique_ptr<UsbDevice>> devices = listDevices(*bus);
@@ -104,8 +104,7 @@ public:
                      data});
     }
 
-    /// Version word and running code as the status block tells them; all zero when it cannot be
-    /// read.
+    /// Version word and running code from the status block; all zero if it cannot be read.
     std::uint16_t version()
     {
         std::array<std::uint8_t, 32> block{};

@@ -67,7 +67,7 @@ TEST(Restart, KillsEveryHandle)
 
     auto fresh = listDevices(*bench.bus);
     EXPECT_EQ(fresh[1]->open(), UsbOpenStatus::Opened);
-    stale[1]->close(); // does not give the new one's device back
+    stale[1]->close(); // does not close the new handle's device
     EXPECT_EQ(listDevices(*bench.bus)[1]->open(), UsbOpenStatus::Busy);
 }
 

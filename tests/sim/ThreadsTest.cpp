@@ -22,7 +22,7 @@ TEST(SimulatedBusThreads, UnwatchWaitsForTheListener)
         while (!ending) {
             std::this_thread::yield();
         }
-        for (int i = 0; i < 10000; ++i) { // long enough for an unwatch() that does not wait
+        for (int i = 0; i < 10000; ++i) { // long enough to notice an unwatch() that does not wait
             std::this_thread::yield();
         }
         finished = true;

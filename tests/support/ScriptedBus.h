@@ -16,7 +16,7 @@
 namespace vornadel::test
 {
 
-/// What a step of a search meets at one place of the bus.
+/// The result of a search step at one position of the bus.
 struct ScriptedDevice {
     std::uint16_t vendorId = 0;
     std::uint16_t productId = 0;
@@ -24,12 +24,12 @@ struct ScriptedDevice {
     UsbSearch::Step step = UsbSearch::Step::Device;
 };
 
-/// A bus that does as it is told and writes down what happens on it. Set the script before the
-/// threads start. Devices may outlive their bus.
+/// A scripted bus that records its events. Set the script before the threads start. Devices may
+/// outlive their bus.
 class ScriptedBus final : public UsbBus
 {
 public:
-    std::vector<ScriptedDevice> attached; ///< as the next search meets them
+    std::vector<ScriptedDevice> attached; ///< the devices for the next search
     bool givesList = true;
 
     ScriptedBus() = default;
@@ -37,14 +37,14 @@ public:
     void onSearch(std::function<void()> hook) { m_script->onSearch = std::move(hook); }
     void onOpen(std::function<void()> hook) { m_script->onOpen = std::move(hook); }
     void onClose(std::function<void()> hook) { m_script->onClose = std::move(hook); }
-    /// Answers the requests; without it every request succeeds and leaves its data alone.
+    /// Answers the requests; if unset, every request succeeds without changing its data.
     void onControl(std::function<std::uint32_t(ControlRequest&)> hook)
     {
         m_script->onControl = std::move(hook);
     }
 
-    /// "search", "end of list" (released), and "open 0", "close 0", "drop 0" with the place of the
-    /// device.
+    /// "search", "end of list" (released), and "open 0", "close 0", "drop 0" with the device's
+    /// position.
     std::vector<std::string> events() const
     {
         const std::lock_guard lock(m_script->mutex);
@@ -66,7 +66,7 @@ public:
         m_script->onControl = nullptr;
     }
 
-    /// Forgets what happened so far.
+    /// Clears the record.
     void forget()
     {
         const std::lock_guard lock(m_script->mutex);

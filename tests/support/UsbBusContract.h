@@ -16,8 +16,8 @@
 namespace vornadel::test
 {
 
-/// What the contract needs of a back end: the bus, one device that can be plugged in and out, and
-/// which requests that device understands.
+/// What the contract needs from a back end: the bus, one device that can be plugged and unplugged,
+/// and the requests that this device understands.
 class BusUnderTest
 {
 public:
@@ -30,19 +30,18 @@ public:
     virtual void plug(std::uint16_t vendorId, std::uint16_t productId) = 0;
     virtual void unplug() = 0;
 
-    /// A request whose answer fills `in`, and the answer. Asked for 0, 32 and
-    /// 4096 bytes.
+    /// A request whose answer fills `in`, and the answer. Called for 0, 32 and 4096 bytes.
     virtual ControlRequest readRequest(std::span<std::uint8_t> in) = 0;
     virtual std::vector<std::uint8_t> expectedRead(std::size_t length) = 0;
 
-    /// A request with which the device takes `out`, and the data stage as the device last saw it.
+    /// A request that sends `out`, and the data stage that the device last received.
     virtual ControlRequest writeRequest(std::span<const std::uint8_t> out) = 0;
     virtual std::vector<std::uint8_t> lastWritten() = 0;
 
-    /// A request that the device stalls; without data stage.
+    /// A request without data stage that the device stalls.
     virtual ControlRequest stalledRequest() = 0;
 
-    /// Delivers the plug events where they do not come by themselves: a virtual clock, a run loop.
+    /// Delivers the plug events if something must drive them: a virtual clock, a run loop.
     virtual void deliverEvents() {}
 };
 
@@ -51,14 +50,13 @@ struct BusFactory {
     std::function<std::unique_ptr<BusUnderTest>()> make;
 };
 
-/// gtest would print the bytes of the record, which differ from run to run.
+/// Otherwise gtest would print the bytes of the record, which differ from run to run.
 inline void PrintTo(const BusFactory& factory, std::ostream* out) { *out << factory.name; }
 
-/// What every USB back end keeps, whatever is behind it. A test program instantiates it once:
+/// The contract of every USB back end. A test program instantiates it once:
 ///
-///     INSTANTIATE_TEST_SUITE_P(Embedded, UsbBusContract, testing::Values(BusFactory{"Embedded",
-///     makeBus}),
-///                              busName);
+///     INSTANTIATE_TEST_SUITE_P(Embedded, UsbBusContract,
+///                              testing::Values(BusFactory{"Embedded", makeBus}), busName);
 class UsbBusContract : public testing::TestWithParam<BusFactory>
 {
 protected:
@@ -71,7 +69,7 @@ protected:
 
     bool watch(PlugEvents& events) { return bus().watch(events.listener()); }
 
-    /// Plugged and open; null when that failed.
+    /// A plugged and open device; null on failure.
     std::unique_ptr<UsbDevice> openDevice()
     {
         plug();

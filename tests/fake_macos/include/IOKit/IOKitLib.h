@@ -1,4 +1,4 @@
-// What the macOS back end uses of IOKit; see CoreFoundation.h beside it.
+// The part of IOKit that the macOS back end uses; see CoreFoundation.h beside it.
 
 #pragma once
 
