@@ -1,6 +1,7 @@
 #include "hub/HubTransport.h"
 #include "standins/sim/DemoImage.h"
 #include "tests/cli/Session.h"
+#include "tests/support/ScriptedBus.h"
 #include "tests/support/WithoutPrivilege.h"
 
 #include <gmock/gmock.h>
@@ -22,20 +23,16 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-TEST(InfoOfTheHub, ShowsTheVersionAndThatFlashCodeRuns)
+TEST(InfoOfTheHub, ShowsTheVersionAndWhichCodeRuns)
 {
-    Session session;
-    EXPECT_EQ(session.info(), kExitSuccess);
-    EXPECT_EQ(session.out.str(), "firmware version: 0100\nrunning:          flash code\n");
-    EXPECT_THAT(session.err.str(), IsEmpty());
-    EXPECT_FALSE(Hub_IsOpen());
-}
-
-TEST(InfoOfTheHub, ShowsThatRomCodeRuns)
-{
-    Session session("mode=rom");
-    EXPECT_EQ(session.info(), kExitSuccess);
-    EXPECT_EQ(session.out.str(), "firmware version: 0100\nrunning:          ROM code\n");
+    for (const std::string mode : {"flash", "rom"}) {
+        Session session("mode=" + mode);
+        EXPECT_EQ(session.info(), kExitSuccess);
+        EXPECT_EQ(session.out.str(), "firmware version: 0100\nrunning:          " +
+                                         std::string(mode == "rom" ? "ROM" : "flash") + " code\n");
+        EXPECT_THAT(session.err.str(), IsEmpty());
+        EXPECT_FALSE(Hub_IsOpen());
+    }
 }
 
 TEST(InfoOfTheHub, SaysThatNoneIsAttached)
@@ -218,37 +215,11 @@ TEST(AnyCommand, GoesOnWithoutTheToolsOwnConfigFileAndSaysSo)
     EXPECT_EQ(session.out.str(), "1209:0001\n1209:0002\n");
 }
 
-/// A platform without a device list, or with devices that give no access.
-class PoorBus final : public UsbBus
-{
-public:
-    explicit PoorBus(bool hasList) : m_hasList(hasList) {}
-
-    std::unique_ptr<UsbSearch> search() override
-    {
-        return m_hasList ? std::make_unique<PoorSearch>() : nullptr;
-    }
-    bool watch(Listener /*listener*/) override { return false; }
-    void unwatch() override {}
-
-private:
-    struct PoorSearch final : UsbSearch {
-        Step next(std::unique_ptr<UsbDevice>& device) override
-        {
-            device.reset();
-            return ++steps == 1 ? Step::NoPlugIn : steps == 2 ? Step::NoInterface : Step::End;
-        }
-        void release() override {}
-        int steps = 0;
-    };
-
-    bool m_hasList;
-};
-
 TEST(List, FailsWithoutADeviceList)
 {
     Session session;
-    PoorBus bus(false);
+    ScriptedBus bus;
+    bus.givesList = false;
     EXPECT_EQ(session.runOn(bus, {CommandLine::Verb::List, {}, {}, {}}), kExitFailure);
     EXPECT_EQ(session.err.str(), "the USB devices cannot be listed\n");
 }
@@ -256,7 +227,8 @@ TEST(List, FailsWithoutADeviceList)
 TEST(List, LeavesOutDevicesThatGiveNoAccess)
 {
     Session session;
-    PoorBus bus(true);
+    ScriptedBus bus;
+    bus.attached = {{.step = UsbSearch::Step::NoPlugIn}, {.step = UsbSearch::Step::NoInterface}};
     EXPECT_EQ(session.runOn(bus, {CommandLine::Verb::List, {}, {}, {}}), kExitSuccess);
     EXPECT_THAT(session.out.str() + session.err.str(), IsEmpty());
 }

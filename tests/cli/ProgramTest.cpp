@@ -99,18 +99,6 @@ TEST_F(ProgramTest, SavesWhatItUpdatedAndErasesIt)
     EXPECT_EQ(flash(), std::vector<std::uint8_t>(32768, 0xFF));
 }
 
-TEST_F(ProgramTest, LeavesTheFileWhenAReadIsInterrupted)
-{
-    const std::string file = m_folder.write("read.bin", std::string("earlier"));
-    Program interrupted({hub("mode=rom"), "read", file});
-    ASSERT_TRUE(interrupted.waitFor("Reading Flash...\n"));
-    interrupted.send(SIGINT);
-    EXPECT_EQ(interrupted.finish(), kExitInterrupted);
-    EXPECT_THAT(interrupted.err(), EndsWith("Read Fw Fail\nInterrupted\n"));
-    const std::vector<std::uint8_t> left = m_folder.read("read.bin");
-    EXPECT_EQ(std::string(left.begin(), left.end()), "earlier");
-}
-
 TEST_F(ProgramTest, EndsThePausesOfARestartWhenTerminated)
 {
     Program terminated({hub("mode=rom,latency=none,fault=never@1"), "update", m_image});
