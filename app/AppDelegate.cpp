@@ -25,6 +25,8 @@ namespace
 /// How long a transfer in flight may delay the end of the program.
 constexpr std::chrono::seconds kShutDownGrace{3};
 
+constexpr const char* kNoThread = "the system has no thread left";
+
 } // namespace
 
 AppDelegate::AppDelegate(Platform& platform, ToolPlace place, QString titleSuffix)
@@ -63,7 +65,7 @@ void AppDelegate::applicationDidFinishLaunching()
     // before.
     SetButtonStatus(false);
     if (!m_worker.startBeside([this] { MP_UpdateScalar(); })) {
-        sayThatNothingStarts();
+        sayThatNothingStarts(kNoThread);
     }
 }
 
@@ -71,16 +73,18 @@ void AppDelegate::startFlow(std::function<void()> flow)
 {
     // No script takes the access to the hub away in the middle of the flow.
     std::shared_ptr<HubHold> hold = m_platform.privileged.holdHub();
-    if (!m_worker.start([hold = std::move(hold), flow = std::move(flow)] { flow(); })) {
-        sayThatNothingStarts();
+    if (hold == nullptr) {
+        sayThatNothingStarts("the access to the hub is being taken away");
+    } else if (!m_worker.start([hold = std::move(hold), flow = std::move(flow)] { flow(); })) {
+        sayThatNothingStarts(kNoThread);
     }
 }
 
-void AppDelegate::sayThatNothingStarts()
+void AppDelegate::sayThatNothingStarts(const char* why)
 {
-    m_mainThread.postAndWait([this] {
+    m_mainThread.postAndWait([this, why] {
         resetProgressInfo();
-        appendProgressInfo_Red("Fail to start: the system has no thread left\n");
+        appendProgressInfo_Red(QString("Fail to start: %1\n").arg(why));
         SetButtonStatus(true);
     });
 }

@@ -134,7 +134,7 @@ private:
     void takeBootArgumentsSnapshot();
 
     void wirePropertyEditor();
-    void sayThatNothingStarts();
+    void sayThatNothingStarts(const char* why);
     void runScript(const char* name);
 
     Platform& m_platform;

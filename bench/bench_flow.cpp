@@ -76,8 +76,8 @@ bool update(FlowReporter& reporter)
 bool scalarUpdate(FlowReporter& reporter)
 {
     FwImage image;
-    return updateScalarImage(image, VORNADEL_RESOURCES, "../examples/demo-1.01.bin",
-                             "demo-1.01.bin", reporter);
+    return loadConfiguredImage(image, VORNADEL_RESOURCES, "../examples/demo-1.01.bin") &&
+           updateFirmware(image, "demo-1.01.bin", reporter);
 }
 
 bool read(FlowReporter& reporter)

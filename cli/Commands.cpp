@@ -7,6 +7,7 @@
 #include "flows/FirmwareUpdate.h"
 #include "flows/FlashErase.h"
 #include "flows/FlashRead.h"
+#include "flows/ScalarUpdate.h"
 #include "hub/HubCommands.h"
 #include "hub/HubDetection.h"
 #include "hub/HubTransport.h"
@@ -100,9 +101,12 @@ int scalar(const std::string& configFile, const ToolConfig& config, std::ostream
     const std::string folder = beside.empty() ? "." : beside.string();
     FwImage image;
     if (config.fwbinPath.empty()) {
-        err << configFile << ": FwBin names no image\n";
-    } else {
-        loadImage(image, folder + '/' + config.fwbinPath, err);
+        if (config.problem.empty()) { // otherwise that has been told
+            err << configFile << ": FwBin names no image\n";
+        }
+    } else if (!loadConfiguredImage(image, folder, config.fwbinPath)) {
+        const std::string path = folder + '/' + config.fwbinPath;
+        err << path << ": " << whyUnread(path) << '\n';
     }
     ConsoleReporter reporter(out, err, terminal);
     return updateFirmware(image, config.fwbinPath, reporter) ? kExitSuccess : kExitFailure;

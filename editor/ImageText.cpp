@@ -18,7 +18,8 @@ constexpr const char* kOneByteCharacters = "oneByteCharacters"; // a field that 
 
 void showImageText(QLineEdit& field, const char* bytes)
 {
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless |
+                                                     QStringDecoder::Flag::ConvertInitialBom);
     const QString text = decoder(QByteArrayView(bytes));
     const bool oneByte = decoder.hasError();
     field.setProperty(kOneByteCharacters, oneByte);

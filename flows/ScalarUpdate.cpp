@@ -1,22 +1,17 @@
 #include "flows/ScalarUpdate.h"
 
-#include "flows/FirmwareUpdate.h"
-
 namespace vornadel
 {
 
 bool loadConfiguredImage(FwImage& image, const std::string& resourcePath,
                          const std::string& fwbinPath)
 {
-    return !fwbinPath.empty() && FwImage_LoadFile(image, resourcePath + "//" + fwbinPath);
-}
-
-bool updateScalarImage(FwImage& image, const std::string& resourcePath,
-                       const std::string& fwbinPath, const std::string& imageName,
-                       FlowReporter& reporter)
-{
-    loadConfiguredImage(image, resourcePath, fwbinPath);
-    return updateFirmware(image, imageName, reporter);
+    if (fwbinPath.empty()) {
+        return false;
+    }
+    // A file that cannot be read leaves the record as it was: loaded, or without data.
+    return FwImage_LoadFile(image, resourcePath + "//" + fwbinPath) ||
+           (!image.loaded && image.data != nullptr);
 }
 
 } // namespace vornadel

@@ -31,7 +31,8 @@ protected:
     {
         systemVersion.numbers = version;
         launchAndSettle();
-        ASSERT_TRUE(waitFor([this] { return privileged.holds == 0; })); // of the run at start
+        // The buttons are enabled a moment before the flow's thread lets go of the hub.
+        ASSERT_TRUE(waitFor([this] { return privileged.holds == 0; }));
         shell.commands.clear();
         EXPECT_EQ(tool().driverCopy, "/tmp/HubUpdaterDriver.kext");
         tool().driverCopy = QString::fromStdString(directory() + "/copy");
@@ -274,6 +275,17 @@ TEST_F(DriverButtons, KeepTheAccessWhileAFlowRuns)
     QTest::mouseClick(tool().btnRead_FwFlash, Qt::LeftButton);
     ASSERT_TRUE(waitUntilEnabled());
     ASSERT_TRUE(waitFor([this] { return privileged.holds == 0; }));
+}
+
+TEST_F(DriverButtons, StartNoFlowWhileTheAccessIsTakenAway)
+{
+    launchOn(kModern, "");
+    privileged.scriptAtWork = true;
+    const std::size_t requests = hub().requestCount();
+    QTest::mouseClick(tool().btnErase_FwFlash, Qt::LeftButton);
+    EXPECT_EQ(progressText(), "Fail to start: the access to the hub is being taken away\n");
+    EXPECT_TRUE(allSwitched(true));
+    EXPECT_EQ(hub().requestCount(), requests);
 }
 
 TEST_F(DriverButtons, KeepNoPressForTheTimeAfter)

@@ -1,6 +1,7 @@
 #include "flows/ScalarUpdate.h"
 
 #include "base/LastError.h"
+#include "flows/FirmwareUpdate.h"
 #include "tests/support/RecordingReporter.h"
 #include "tests/support/SimulatedSetup.h"
 
@@ -49,13 +50,14 @@ protected:
 
     bool update(const std::string& fwbinPath)
     {
-        return updateScalarImage(m_image, m_resources.string(), fwbinPath, "shown name",
-                                 m_reporter);
+        m_taken = loadConfiguredImage(m_image, m_resources.string(), fwbinPath);
+        return updateFirmware(m_image, "shown name", m_reporter);
     }
 
     fs::path m_resources;
     SimulatedSetup m_setup;
     FwImage m_image;
+    bool m_taken = false; // the configured image is the one in m_image
     RecordingReporter m_reporter;
 };
 
@@ -64,6 +66,7 @@ TEST_F(ScalarUpdate, WritesTheConfiguredImageOfTheResourceFolder)
     fs::create_directory(m_resources / "sub");
     keep("sub/new.bin", demoImage(kDemoVersion101));
     EXPECT_TRUE(update("sub/new.bin"));
+    EXPECT_TRUE(m_taken);
     EXPECT_EQ(m_setup.hub().flash(), demoImage(kDemoVersion101));
     EXPECT_EQ(m_reporter.texts(Kind::Blue).front(), "FW:shown name(size=32768)\n\n");
 }
@@ -80,12 +83,14 @@ TEST_F(ScalarUpdate, WithoutAConfiguredImageWritesWhatIsLoaded)
     const std::vector<std::uint8_t> bytes = demoImage(kDemoVersion101);
     ASSERT_TRUE(FwImage_Parse(m_image, bytes.data(), static_cast<std::int32_t>(bytes.size())));
     EXPECT_TRUE(update(""));
+    EXPECT_FALSE(m_taken);
     EXPECT_EQ(m_setup.hub().flash(), bytes);
 }
 
 TEST_F(ScalarUpdate, WithAnImageThatIsMissingSendsNothing)
 {
     EXPECT_FALSE(update("missing.bin"));
+    EXPECT_FALSE(m_taken);
     EXPECT_THAT(m_reporter.texts(Kind::Red),
                 ElementsAre("Wrong firmware file\n", "Update FW Fail\n"));
     EXPECT_EQ(LastError, 6);
@@ -98,6 +103,7 @@ TEST_F(ScalarUpdate, WithAnImageThatIsNoneSendsNothingThoughOneWasLoadedBefore)
     ASSERT_TRUE(FwImage_Parse(m_image, bytes.data(), static_cast<std::int32_t>(bytes.size())));
     keep("none.bin", std::vector<std::uint8_t>(1024, 0xFF));
     EXPECT_FALSE(update("none.bin"));
+    EXPECT_TRUE(m_taken) << "its name belongs to the failure";
     EXPECT_THAT(m_reporter.texts(Kind::Red),
                 ElementsAre("Wrong firmware file\n", "Update FW Fail\n"));
     EXPECT_EQ(m_setup.hub().requestCount(), 0U);
