@@ -4,7 +4,7 @@
 #include "cli/CommandLine.h"
 #include "standins/sim/DemoImage.h"
 #include "tests/cli/Session.h"
-#include "tests/cli/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

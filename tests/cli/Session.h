@@ -4,9 +4,9 @@
 #include "hub/HubTransport.h"
 #include "platform/Platform.h"
 #include "standins/sim/SimulatedBus.h"
-#include "tests/cli/TemporaryFolder.h"
 #include "tests/support/FakeSystem.h"
 #include "tests/support/HubGuard.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/support/VirtualClock.h"
 
 #include <gtest/gtest.h>

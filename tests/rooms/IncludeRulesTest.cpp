@@ -1,9 +1,9 @@
 #include "RoomTable.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -25,20 +25,6 @@ using ::testing::Not;
 /// A temporary source tree for each test.
 class SourceTree : public ::testing::Test
 {
-public:
-    SourceTree()
-    {
-        std::string name = (fs::temp_directory_path() / "rooms.XXXXXX").string();
-        m_root = mkdtemp(name.data());
-    }
-    SourceTree(const SourceTree&) = delete;
-    SourceTree& operator=(const SourceTree&) = delete;
-    ~SourceTree() override
-    {
-        std::error_code ignored;
-        fs::remove_all(m_root, ignored);
-    }
-
 protected:
     void write(const std::string& file, const std::string& text)
     {
@@ -48,7 +34,8 @@ protected:
 
     std::vector<std::string> wrong() const { return wrongIncludes(m_root, kRooms); }
 
-    fs::path m_root;
+    const TemporaryFolder m_folder;
+    const fs::path m_root = m_folder.path();
 };
 
 TEST(Includes, OfTheWholeHouseFollowItsArrows)

@@ -2,10 +2,10 @@
 #include "standins/sim/FlashFile.h"
 #include "tests/sim/HubBench.h"
 #include "tests/support/FullDisk.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/support/WithoutPrivilege.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
@@ -24,26 +24,8 @@ using testing::HasSubstr;
 
 class FlashFileTest : public testing::Test
 {
-public:
-    FlashFileTest()
-    {
-        std::string name = (fs::temp_directory_path() / "vornadel-sim-XXXXXX").string();
-        EXPECT_NE(::mkdtemp(name.data()), nullptr);
-        m_folder = name;
-    }
-    ~FlashFileTest() override
-    {
-        std::error_code ignored;
-        fs::remove_all(m_folder, ignored);
-    }
-    FlashFileTest(const FlashFileTest&) = delete;
-    FlashFileTest& operator=(const FlashFileTest&) = delete;
-
 protected:
-    std::string path(const std::string& name = "hub.bin") const
-    {
-        return (m_folder / name).string();
-    }
+    std::string path(const std::string& name = "hub.bin") const { return m_folder.path(name); }
 
     SimulatedHubOptions options(const std::string& name = "hub.bin") const
     {
@@ -78,7 +60,7 @@ protected:
         return refusal(options());
     }
 
-    fs::path m_folder;
+    const TemporaryFolder m_folder;
     VirtualClock m_clock;
 };
 
@@ -118,7 +100,7 @@ TEST_F(FlashFileTest, IsReplacedInOneStep)
     EXPECT_EQ(info.st_mode & 0777, 0640U);
     bench.device->close();
     std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(m_folder)) {
+    for (const auto& entry : fs::directory_iterator(m_folder.path())) {
         names.push_back(entry.path().filename().string());
     }
     EXPECT_THAT(names, testing::UnorderedElementsAre("hub.bin", "hub.bin.lock"));
@@ -181,7 +163,7 @@ TEST_F(FlashFileTest, OnAFullDiskFailsTheRequestAndStaysAsItWas)
 TEST_F(FlashFileTest, ThatMayNotBeReadOrWrittenIsRefused)
 {
     put(path(), demoImage());
-    ASSERT_EQ(::chmod(m_folder.c_str(), 0777), 0);
+    ASSERT_EQ(::chmod(m_folder.path().c_str(), 0777), 0);
     ASSERT_EQ(::chmod(path().c_str(), 0200), 0);
     EXPECT_THAT(refusalWithoutPrivilege(), HasSubstr("cannot read " + path()));
     ASSERT_EQ(::chmod(path().c_str(), 0444), 0);
@@ -211,10 +193,9 @@ TEST_F(FlashFileTest, InAFolderThatMayNotBeChangedIsRefused)
     put(path("hub.bin.lock"), {});
     ASSERT_EQ(::chmod(path().c_str(), 0666), 0);
     ASSERT_EQ(::chmod(path("hub.bin.lock").c_str(), 0666), 0);
-    ASSERT_EQ(::chmod(m_folder.c_str(), 0555), 0);
-    EXPECT_THAT(refusalWithoutPrivilege(),
-                HasSubstr("cannot replace files in " + m_folder.string()));
-    ASSERT_EQ(::chmod(m_folder.c_str(), 0700), 0);
+    ASSERT_EQ(::chmod(m_folder.path().c_str(), 0555), 0);
+    EXPECT_THAT(refusalWithoutPrivilege(), HasSubstr("cannot replace files in " + m_folder.path()));
+    ASSERT_EQ(::chmod(m_folder.path().c_str(), 0700), 0);
 }
 
 TEST_F(FlashFileTest, ThatWasSpoiledFailsTheOpen)

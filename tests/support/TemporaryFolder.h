@@ -19,7 +19,7 @@ public:
     TemporaryFolder()
     {
         std::string name =
-            (std::filesystem::temp_directory_path() / "vornadelctl-test-XXXXXX").string();
+            (std::filesystem::temp_directory_path() / "vornadel-test-XXXXXX").string();
         m_path = ::mkdtemp(name.data()) != nullptr ? name : std::string();
     }
     TemporaryFolder(const TemporaryFolder&) = delete;
