@@ -60,27 +60,11 @@ TEST_F(Detection, RunsTwiceAtTheStart)
     EXPECT_FALSE(Hub_IsOpen());
 }
 
-TEST_F(Detection, ShowsAMissingHubInRed)
-{
-    config = "[Support Vid Pid]\nVID_00 = 0x1209\nSSPID_00 = 0x0701\nHSPID_00 = 0x0702\n";
-    launch();
-    expectShown(kFail, kRedHue);
-    EXPECT_EQ(hub().requestCount(), 0U);
-}
-
 TEST_F(Detection, ShowsTheVersionInLowerCase)
 {
     hubOptions.initialFlash = demoImage(0xABCD);
     launch();
     expectShown("Detect Zel Hub : Success\nfwVer:abcd", kBlueHue);
-}
-
-TEST_F(Detection, ShowsAHubThatRefusesToBeOpened)
-{
-    hubOptions.faults = {{.kind = FaultKind::OpenRefused, .on = {}, .position = 1, .amount = 2}};
-    launch();
-    expectShown(kHeld, kBlueHue);
-    EXPECT_EQ(hub().requestCount(), 0U);
 }
 
 TEST_F(Detection, AsksForTheDriverWhenTheStatusCannotBeRead)

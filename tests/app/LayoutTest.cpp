@@ -393,19 +393,6 @@ TEST_F(Window, LetsTheChosenPathsBeSelectedButNotTheHelp)
     EXPECT_FALSE(help->textInteractionFlags() & Qt::TextEditable);
 }
 
-TEST_F(Window, ReadsAnAmpersandAsACharacter)
-{
-    launch();
-    // No button has one today; a mnemonic would show as a shortcut.
-    for (const QPushButton* button : content()->findChildren<QPushButton*>()) {
-        EXPECT_TRUE(button->shortcut().isEmpty()) << button->text().toStdString();
-    }
-    for (const QLabel* label : content()->findChildren<QLabel*>()) {
-        EXPECT_EQ(label->textFormat(), Qt::PlainText);
-        EXPECT_EQ(label->buddy(), nullptr) << "turns an ampersand into a shortcut";
-    }
-}
-
 } // namespace
 
 } // namespace vornadel::test

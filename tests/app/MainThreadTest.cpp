@@ -74,17 +74,6 @@ TEST(MainThread, FreesAWaiterAtTheEndAndRunsNothingMore)
     EXPECT_FALSE(ran);
 }
 
-TEST(MainThread, MayGoWhileATaskIsOnItsWay)
-{
-    bool ran = false;
-    {
-        MainThread main;
-        main.post([&] { ran = true; });
-    }
-    settleEvents();
-    EXPECT_FALSE(ran);
-}
-
 } // namespace
 
 } // namespace vornadel::test

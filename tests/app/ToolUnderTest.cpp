@@ -1,6 +1,7 @@
 #include "tests/app/ToolUnderTest.h"
 
 #include "hub/HubTransport.h"
+#include "tests/support/Contrast.h"
 #include "tests/support/HubGuard.h"
 
 #include <QApplication>
@@ -16,7 +17,6 @@
 #include <QTimer>
 
 #include <algorithm>
-#include <cmath>
 #include <filesystem>
 #include <fstream>
 
@@ -274,25 +274,9 @@ void chooseByTyping(QPushButton* button, const QString& path)
     });
 }
 
-namespace
-{
-
-double luminance(const QColor& color)
-{
-    const auto linear = [](double part) {
-        return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
-           0.0722 * linear(color.blueF());
-}
-
-} // namespace
-
 double contrastOf(const TextView& view)
 {
-    const double text = luminance(view.palette().color(QPalette::Text));
-    const double base = luminance(view.palette().color(QPalette::Base));
-    return (std::max(text, base) + 0.05) / (std::min(text, base) + 0.05);
+    return contrast(view.palette().color(QPalette::Text), view.palette().color(QPalette::Base));
 }
 
 int hueOf(const TextView& view) { return view.palette().color(QPalette::Text).hslHue(); }

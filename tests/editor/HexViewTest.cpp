@@ -1,10 +1,10 @@
 #include "editor/HexText.h"
 #include "editor/Tone.h"
 #include "tests/editor/PropertyPage.h"
+#include "tests/support/Contrast.h"
 
 #include <QScrollBar>
 
-#include <cmath>
 #include <limits>
 
 namespace vornadel::test
@@ -121,15 +121,6 @@ TEST_F(HexView, LeavesAllElseInTheTextColourOfTheView)
     EXPECT_EQ(all.charFormat().foreground().style(), Qt::NoBrush);
 }
 
-double luminance(const QColor& color)
-{
-    const auto linear = [](double part) {
-        return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
-           0.0722 * linear(color.blueF());
-}
-
 TEST_F(HexView, HasARedThatCanBeReadOnAnyGround)
 {
     it().ShowBinary(3, 4);
@@ -141,10 +132,7 @@ TEST_F(HexView, HasARedThatCanBeReadOnAnyGround)
         m_hex.setPalette(palette); // with the text on show
         const QColor red = m_hex.extraSelections().at(0).format.foreground().color();
         EXPECT_EQ(red.hslHue(), 0) << ground.name().toStdString();
-        const double one = luminance(red);
-        const double other = luminance(ground);
-        EXPECT_GE((std::max(one, other) + 0.05) / (std::min(one, other) + 0.05), 4.5)
-            << ground.name().toStdString();
+        EXPECT_GE(contrast(red, ground), 4.5) << ground.name().toStdString();
     }
     EXPECT_EQ(redText(), "09 ");
 }
