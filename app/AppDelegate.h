@@ -28,7 +28,7 @@ namespace vornadel
 {
 
 /// The one application object, on the main thread: start-up, window, actions. The controls are its
-/// own members. One object for each box of the window carries out the actions.
+/// own members. The pages and fields have objects of their own, which carry out the actions.
 class AppDelegate final : public QObject, public WindowControls
 {
 public:

@@ -30,7 +30,7 @@ std::string claim(const std::string& path, bool mayBeFile)
     struct stat found {
     };
     if (lstat(path.c_str(), &found) != 0) {
-        return path + " cannot be made or looked at";
+        return path + " can be neither created nor examined";
     }
     if (S_ISDIR(found.st_mode) || (mayBeFile && S_ISREG(found.st_mode))) {
         if (found.st_uid != geteuid()) {

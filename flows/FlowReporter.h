@@ -54,8 +54,8 @@ public:
     virtual void started(const FlowStart& start) = 0;
     virtual void stepStarted(Step step) = 0; ///< the previous step is done
     virtual void progressed(std::int32_t done, std::int32_t total) = 0; ///< bytes of this step
-    virtual void finished(const FlowResult& result) = 0;                ///< the hub is still open
-    virtual void closed() = 0; ///< the hub is closed; the last report
+    virtual void finished(const FlowResult& result) = 0; ///< an open hub is not closed yet
+    virtual void closed() = 0;                           ///< the hub is closed; the last report
 };
 
 } // namespace vornadel

@@ -5,7 +5,7 @@
 namespace vornadel
 {
 
-/// The system shell, and the one file query that goes with it.
+/// The system shell, and the file queries that go with it.
 class Shell
 {
 public:

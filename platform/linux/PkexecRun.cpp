@@ -94,7 +94,7 @@ std::optional<pid_t> spawn(std::string program, std::string script, const Descri
 }
 
 /// -1 if a signal ended it.
-std::optional<int> exitStatusOf(pid_t child)
+int exitStatusOf(pid_t child)
 {
     int status = 0;
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
@@ -134,7 +134,8 @@ void PkexecRun::workThrough(const std::shared_ptr<Shared>& shared, int child)
 {
     std::optional<pid_t> running = child;
     for (bool more = true; more;) {
-        const std::optional<int> status = running ? exitStatusOf(*running) : std::nullopt;
+        const bool started = running.has_value();
+        const int status = started ? exitStatusOf(*running) : 0;
         std::string script;
         {
             const std::lock_guard lock(shared->mutex);
@@ -143,9 +144,9 @@ void PkexecRun::workThrough(const std::shared_ptr<Shared>& shared, int child)
             more = !shared->scripts.empty();
             running = more ? shared->spawnFront() : std::nullopt;
         }
-        if (!status) {
+        if (!started) {
             shared->tell(script + " could not be started");
-        } else if (*status == kNotRun) {
+        } else if (status == kNotRun) {
             shared->tell(script + " ended with 127: no authorization, no agent to ask for it, or a "
                                   "command is missing");
         }

@@ -99,7 +99,7 @@ TEST_F(DriverCopy, IsMadeOnceAndUsedAgain)
     std::ofstream(copy() + "/Contents/MacOS/driver") << "driver";
     EXPECT_EQ(claimDriverCopy(copy()), "");
     EXPECT_EQ(claimDriverCopy(m_folder + "/no/such/place"),
-              m_folder + "/no/such/place cannot be made or looked at");
+              m_folder + "/no/such/place can be neither created nor examined");
 }
 
 TEST_F(DriverCopy, IsNotWrittenToThroughALinkOrIntoAPipe)
