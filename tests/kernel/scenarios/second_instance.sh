@@ -64,7 +64,7 @@ for step in 'Erase Flash...' 'Write Flash...' 'Read Flash...'; do
         [ $((tries += 1)) -lt 5 ] || fail "the first update could not be held at '$step'"
     done
     ! { may_be_locked "$super_speed" && may_be_locked "$high_speed"; } || fail 'neither half is locked during the first update'
-    expect 1 'it is in use' "${ctl[@]}" info
+    expect 1 'another program has it open' "${ctl[@]}" info
     expect 1 'Fail To Open Rom Device' "${ctl[@]}" update "${images[(round + 1) % 2]}"
     finish
     wait_for_hub

@@ -73,7 +73,7 @@ window_lane() {
         wait_for_hub
         echo "--- the window: ${ends[i]} at ${ends[i + 2]}"
         open_window tool
-        window_shows flow "${ends[i + 2]}"
+        update_at_start_shows "${ends[i + 2]}"
         kill "-${ends[i]}" "$window_pid"
         end_of_window "${ends[i + 1]}"
         ! says window.out 'Update FW Success' || fail 'the window claimed a success'
