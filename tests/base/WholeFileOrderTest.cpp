@@ -34,6 +34,7 @@ std::vector<std::string>& calls()
 
 } // namespace
 
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker's option --wrap wants these names.
 extern "C" {
 
 ssize_t __real_write(int file, const void* bytes, std::size_t count);
@@ -65,6 +66,7 @@ int __wrap_rename(const char* from, const char* to)
     return __real_rename(from, to);
 }
 }
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace vornadel::test
 {

@@ -182,10 +182,10 @@ TEST_F(IokitSearch, TellsWhyTheHubWasNotOpened)
         {kIOReturnNoDevice, UsbOpenStatus::Gone},
         {kIOReturnNotAttached, UsbOpenStatus::Gone},
         {kIOReturnNoMemory, UsbOpenStatus::Other}};
-    for (const auto& [result, status] : statuses) {
-        mac.attach({with(kHub, [result](MacDevice& hub) { hub.openResult = result; })});
+    for (const auto& row : statuses) { // clang 14 captures no structured binding
+        mac.attach({with(kHub, [&row](MacDevice& hub) { hub.openResult = row.first; })});
         EXPECT_FALSE(Hub_OpenDevice());
-        EXPECT_EQ(Hub_LastOpenStatus(), status) << std::hex << result;
+        EXPECT_EQ(Hub_LastOpenStatus(), row.second) << std::hex << row.first;
     }
 }
 

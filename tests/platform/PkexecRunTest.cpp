@@ -133,7 +133,7 @@ TEST_F(PkexecRunTest, LetsAScriptWaitUntilTheHubIsNoLongerHeld)
     // Of different names: the same one is not started again before the thread knows of its end.
     const auto startAndHear = [&](const char* script) {
         EXPECT_TRUE(run.start(script));
-        const std::string heard = hear();
+        std::string heard = hear();
         waitUntilChildless();
         return heard;
     };
