@@ -77,6 +77,11 @@ private:
 
 class UsbStorm : public testing::TestWithParam<bool>
 {
+public:
+    UsbStorm(const UsbStorm&) = delete;
+    UsbStorm& operator=(const UsbStorm&) = delete;
+    ~UsbStorm() override { hubIsClosed(); }
+
 protected:
     UsbStorm()
     {
@@ -86,7 +91,6 @@ protected:
         const std::vector<std::uint8_t> bytes = demoImage();
         EXPECT_TRUE(FwImage_Parse(m_image, bytes.data(), static_cast<std::int32_t>(bytes.size())));
     }
-    ~UsbStorm() override { hubIsClosed(); }
 
     void plug()
     {
