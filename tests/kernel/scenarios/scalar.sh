@@ -5,7 +5,7 @@ bundle tool demo-1.01.bin
 start_hub
 wait_for_hub
 open_window tool
-update_at_start_shows 'Update FW Success'
+window_shows flow 'Update FW Success'
 same flash.bin "$new_image"
 ! gone "$window_pid" || fail 'the window ended before it could be read'
 end_of_window 0
