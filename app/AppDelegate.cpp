@@ -61,8 +61,7 @@ void AppDelegate::applicationDidFinishLaunching()
     initFromIni();
     MyLayoutUI();
     RegisterNotifycation();
-    // The update disables the buttons too, but from its own thread, and nobody may press one
-    // before.
+    // The update disables the buttons too, but from its own thread, which may be too late.
     SetButtonStatus(false);
     if (!m_worker.startBeside([this] { MP_UpdateScalar(); })) {
         sayThatNothingStarts(kNoThread);

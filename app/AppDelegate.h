@@ -32,8 +32,8 @@ namespace vornadel
 class AppDelegate final : public QObject, public WindowControls
 {
 public:
-    /// `titleSuffix` follows the version in the window title. Nothing happens before
-    /// applicationDidFinishLaunching().
+    /// `titleSuffix` follows the version in the window title. applicationDidFinishLaunching() does
+    /// the rest of the start-up.
     AppDelegate(Platform& platform, ToolPlace place, QString titleSuffix);
     ~AppDelegate() override;
 
@@ -82,8 +82,7 @@ public:
     void chooseScalarUpdateFw() { m_scalar.choose(); }
     void MP_UpdateScalar() { m_scalar.start(); } ///< from any thread
     void updateScalar() { m_scalar.run(); }      ///< on a flow's thread
-    /// Ends the process at once with a status, from any thread. Called after a successful scalar
-    /// update.
+    /// Ends the process at once, from any thread. Called after a successful scalar update.
     std::function<void(int status)> endProcess = leaveProcess;
 
     // Driver. They block the main thread.

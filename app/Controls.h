@@ -48,7 +48,7 @@ private:
 };
 
 /// A list to pick from that shows ten entries when open. The chosen entry may be longer than the
-/// box, so it is the tool tip too. It ignores the mouse wheel, which would change the choice by
+/// box, so it is the tool tip too. The mouse wheel does nothing: it would change the choice by
 /// accident.
 class PickList final : public QComboBox
 {

@@ -3,8 +3,7 @@
 namespace vornadel
 {
 
-/// The two notification callbacks, on the main thread. Any USB device, hub or not, triggers the
-/// detection.
+/// The two notification callbacks, on the main thread. Any USB device triggers the detection.
 void DeviceAddedCallback();
 void DeviceRemovedCallback();
 

@@ -7,8 +7,7 @@ namespace vornadel
 
 class AppDelegate;
 
-/// The easy-update box: choose an image, check its ids, write it to the hub. Main thread, except
-/// run().
+/// The easy-update box: choose an image, check its ids, write it. Main thread, except run().
 class EasyUpdatePage
 {
 public:

@@ -16,8 +16,7 @@ class AppDelegate;
 /// the exit status. If a worker is still blocked in a transfer at the end, it ends the process
 /// instead of returning.
 ///
-/// `launched` is called once after the launch sequence, before
-/// the event loop.
+/// `launched` is called once, after the launch sequence and before the event loop.
 int runTool(Platform& platform, const ToolPlace& place, const QString& titleSuffix,
             const std::function<void(AppDelegate&)>& launched = {});
 

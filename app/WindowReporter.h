@@ -14,8 +14,7 @@ class AppDelegate;
 class WindowReporter final : public FlowTextReporter
 {
 public:
-    /// `onSuccess` runs on the main thread after the line of a success, while the hub is still
-    /// open.
+    /// `onSuccess` runs on the main thread after the line of a success, before the hub is closed.
     explicit WindowReporter(AppDelegate& delegate, std::function<void()> onSuccess = {});
 
     void finished(const FlowResult& result) override;

@@ -24,8 +24,8 @@ using namespace vornadel;
 
 constexpr int kExitUsage = 2;
 
-/// Writes messages to standard error: Debian's Qt would write them to the journal if that is no
-/// terminal.
+/// Writes messages to standard error. Debian's Qt writes them there only if it is a terminal, and
+/// to the journal otherwise.
 void writeToStandardError(QtMsgType type, const QMessageLogContext& /*context*/,
                           const QString& message)
 {

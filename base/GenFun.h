@@ -38,8 +38,8 @@ std::uint8_t GF_Char2Value(char c);
 char GF_Value2HexChar(std::uint8_t value);
 
 /// Prints `count` bytes to standard output as "%02x ", eight to a line, and a newline at the end.
-/// So a count divisible by 8 ends with an empty line. Null prints nothing, a count below 1 only the
-/// newline.
+/// So a count divisible by 8 ends with an empty line. A count below 1 prints only the newline, null
+/// nothing at all.
 void GF_PrintHex(const std::uint8_t* bytes, std::int32_t count);
 
 /// `text` with a backslash before each character that is special to the shell. The text may have

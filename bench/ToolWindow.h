@@ -36,8 +36,7 @@ class ToolWindow
 public:
     static constexpr int kQuietMilliseconds = 20; ///< for the detection after a flow
 
-    /// The hub uses `hubClock`, the tool `flowClock`; they may be the same. `bundle` need not
-    /// exist.
+    /// The hub uses `hubClock`, the tool `flowClock`; both may be one. `bundle` need not exist.
     ToolWindow(const std::string& bundle, Clock& flowClock, Clock& hubClock,
                SimulatedLatency latency);
     ToolWindow(const ToolWindow&) = delete;

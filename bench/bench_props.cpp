@@ -1,5 +1,4 @@
-// Reading, or refusing, the most expensive property files; and finding property files among many
-// others.
+// Reading or refusing the costliest property files, and finding property files among many others.
 
 #include "bench/Table.h"
 #include "props/PropertyFile.h"

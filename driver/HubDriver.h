@@ -28,8 +28,7 @@ void copyDriverBundle(Shell& shell, const std::string& resourcePath);
 /// why nothing may be copied there, or an empty text.
 std::string claimDriverCopy(const std::string& folder);
 
-/// Starts a script of the resource directory as administrator. False if the platform cannot do
-/// this.
+/// Starts a script of the resource directory as administrator. False if the platform cannot.
 bool startScript(PrivilegedRun& privileged, const std::string& resourcePath, const char* name);
 
 /// Restarts a hub that was left in its ROM code into the firmware in its flash, and closes it. Does

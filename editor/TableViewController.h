@@ -45,8 +45,7 @@ struct PropertyVoices {
     std::function<void(const QString&)> alert; ///< a modal alert; returns when it has closed
 };
 
-/// A value cell: the entries of its list, its text when closed, and the chosen position, -1 for
-/// none.
+/// A value cell: the entries of its list, its text when closed, and the chosen position (-1: none).
 struct ValueCell {
     QStringList entries;
     QString text;
@@ -74,8 +73,7 @@ public:
     /// neither table nor image.
     void LoadIni();
 
-    /// Sets `curValue` of every item with a non-zero key from the image. Does nothing without an
-    /// image.
+    /// Sets `curValue` of every item with a non-zero key from the image, if there is one.
     void RefreshCurValues();
     /// The same for the first items only: as many as the low 8 bits of their number say. Used when
     /// a file is loaded.

@@ -102,8 +102,7 @@ struct FileCloser {
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
-// Null for anything but a regular file: opening a pipe or a device could block or have side
-// effects.
+// Null for anything but a regular file: opening a pipe or a device could block.
 File openImage(const std::string& path)
 {
     std::error_code ignored;

@@ -10,8 +10,7 @@
 namespace vornadel
 {
 
-/// NUL-terminated text of at most 63 characters. The bytes after the NUL are left over from earlier
-/// texts.
+/// NUL-terminated text of at most 63 characters. Earlier texts may leave bytes after the NUL.
 using FwText = std::array<char, 64>;
 
 /// The most bytes that manufacturer, product and serial number may have together.
@@ -57,8 +56,7 @@ struct FwImage {
 bool FwImage_LoadFile(FwImage& image, const std::string& path);
 
 /// Copies `length` bytes into the record and looks for the descriptor block, from the end of the
-/// image towards its start in steps of 256. A text keeps its content if the image has no string for
-/// it.
+/// image towards its start in steps of 256. A text without a string in the image stays as it is.
 ///
 /// False with LastError 6 for a length below 1, null bytes or no memory for the copy; with
 /// LastError 7 below 256 bytes; with LastError unchanged if there is no block. In the last two

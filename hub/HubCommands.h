@@ -15,8 +15,7 @@ namespace vornadel
 // the bus for a while.
 
 /// The status block as the hub sends it. Bytes 10-11: firmware version, high byte first. Byte 13: 1
-/// if the hub is back quickly after a restart into ROM code. Byte 15, bit 1: clear while ROM code
-/// runs.
+/// if a restart into ROM code is quick. Byte 15, bit 1: clear while ROM code runs.
 using HubStatusBlock = std::array<std::uint8_t, 32>;
 
 /// The firmware version in a status block.
@@ -29,8 +28,7 @@ bool romCodeRunsBy(const HubStatusBlock& block);
 inline constexpr std::uint8_t HUB_MODE_ROM = 0x21;   ///< restart into the ROM code
 inline constexpr std::uint8_t HUB_MODE_FLASH = 0x22; ///< restart into the firmware in the flash
 
-/// Reads as many bytes of the status block as fit into `buffer`. All callers pass a zeroed
-/// HubStatusBlock.
+/// Reads as much of the status block as fits into `buffer`. All callers pass a zeroed block.
 std::uint32_t Hub_ReadStatusBlock(std::span<std::uint8_t> buffer);
 
 /// Whether the hub runs its ROM code; false if the status block cannot be read.
@@ -54,8 +52,7 @@ bool Hub_SwitchMode(std::uint8_t mode);
 /// ROM code.
 bool Hub_OpenRomDevice();
 
-/// Erases the flash: up to three requests, each followed by a pause of 128 ms, even the one that
-/// succeeds.
+/// Erases the flash: up to three requests, with 128 ms after each, even after a success.
 bool Hub_EraseFlash();
 
 /// Writes at most 65535 bytes to the flash at a byte address, in one request.

@@ -25,12 +25,10 @@ public:
     virtual bool exists(const std::string& path) = 0;
 
     // In a folder such as /tmp, another user may have put a link or a pipe where a file is
-    // expected. These two look without opening anything that is there, and without following a
-    // link.
+    // expected. These two open nothing that is there, and follow no link.
 
     /// Whether a command may append to the file: a plain file of the caller's own with no second
-    /// name. Creates an empty one where nothing is, so that nobody else can before the command
-    /// does.
+    /// name. Creates an empty one if nothing is there, so that nobody else can do so first.
     virtual bool mayAppend(const std::string& path) = 0;
 
     /// Whether the file may be opened for reading: a plain file of the caller's or of root's. False

@@ -13,8 +13,7 @@ struct ToolPlace {
     std::string bundlePath;
     /// Whether the program lies in a bundle, as BUNDLE/Contents/MacOS/PROGRAM.
     bool bundled = false;
-    /// Directory of config.ini: BUNDLE/Contents/Resources, or the program's own directory outside a
-    /// bundle.
+    /// Directory of config.ini: BUNDLE/Contents/Resources; outside a bundle the program's own.
     std::string resourcePath;
 };
 

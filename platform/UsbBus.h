@@ -62,8 +62,7 @@ public:
     virtual void close() = 0;
 };
 
-/// Goes through the devices that were attached when the search began, in the platform's enumeration
-/// order.
+/// Goes through the devices that were attached when the search began, in the platform's order.
 ///
 /// release() frees the platform's list. Without it, the Linux back end frees it at the end of the
 /// search, and the macOS back end never does. Devices already handed out stay usable either way.

@@ -174,8 +174,7 @@ bool PkexecRun::start(const std::string& script)
     try {
         std::thread(workThrough, m_shared, *child).detach();
     } catch (const std::system_error&) {
-        // No thread available. The script runs all the same; it stays a zombie until this process
-        // ends.
+        // No thread available. The script runs all the same, and stays a zombie until we end.
         scripts.clear();
     }
     return true;

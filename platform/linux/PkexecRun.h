@@ -9,8 +9,7 @@
 namespace vornadel
 {
 
-/// Administrator rights through polkit's `pkexec`, which asks for the credentials itself. Any
-/// thread.
+/// Administrator rights through polkit's `pkexec`, which asks for the credentials. Any thread.
 ///
 /// Runs one script at a time; otherwise several password prompts would cover each other. A script
 /// that is started while another one runs, or waits for its password, starts when that has ended.

@@ -10,8 +10,7 @@ namespace vornadel
 namespace
 {
 
-/// How many devices of `list` are missing in `other`. Both lists hold references, so addresses are
-/// unique.
+/// How many devices of `list` `other` lacks. Both hold references, so addresses are unique.
 std::ptrdiff_t countMissing(const LibusbDeviceList& list, const LibusbDeviceList& other)
 {
     return std::ranges::count_if(list.devices(), [&other](libusb_device* device) {

@@ -5,8 +5,7 @@
 namespace vornadel
 {
 
-/// Administrator rights through Authorization services, which ask for the credentials. Main thread
-/// only.
+/// Administrator rights through Authorization services, which ask for the credentials. Main thread.
 ///
 /// Returns once the script has been started or the user has refused; the two look the same.
 class AuthorizedRun final : public PrivilegedRun

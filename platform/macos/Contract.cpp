@@ -116,8 +116,7 @@ static_assert(kIs<decltype(IOUSBDeviceInterface::GetDeviceProduct), GetWord>);
 static_assert(
     kIs<decltype(IOUSBDeviceInterface::DeviceRequest), IOReturn (*)(void*, IOUSBDevRequest*)>);
 
-// Identifiers. Each is a macro that lists its bytes as arguments of a call; the text of it is
-// parsed.
+// Identifiers. Each is a macro that lists its bytes as arguments of a call; its text is parsed.
 
 #define TEXT_OF_TEXT(X) #X
 #define TEXT_OF(X) TEXT_OF_TEXT(X)

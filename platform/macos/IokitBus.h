@@ -16,8 +16,7 @@ class PlugNotifications;
 ///
 /// Call watch() and unwatch() on one thread; its run loop delivers the events, and the listener
 /// runs on it. The first watch() registers for notifications, which the system sends until the
-/// process ends; unwatch() only stops listening. With several buses, the last one to watch gets the
-/// events.
+/// process ends; unwatch() only stops listening. Of several buses, the last to watch gets them.
 class IokitBus final : public UsbBus
 {
 public:

@@ -44,8 +44,7 @@ inline constexpr std::size_t kRequestKindCount = 9;
 /// | `bounce` | a restart | the hub comes back, leaves after 100 ms and comes back once more |
 ///
 /// The OFFSET of a flip counts from 0 in the data of that request. Without it, it is 0; beyond the
-/// end it means the last byte. A write changes bit 0 and a read bit 1, so that they do not cancel
-/// out.
+/// end it means the last byte. A write changes bit 0 and a read bit 1, so two never cancel out.
 enum class FaultKind {
     Stall,
     VanishBefore,
@@ -61,8 +60,7 @@ enum class FaultKind {
 };
 
 /// One thing that goes wrong once. Positions count from 1 at the hub's creation: requests that
-/// reach the hub (all, or those of the kind `on`), open attempts on an attached device, or
-/// restarts.
+/// reach the hub (all, or those of the kind `on`), opens of an attached device, or restarts.
 struct Fault {
     FaultKind kind = FaultKind::Stall;
     std::optional<RequestKind> on = std::nullopt; ///< request faults only: count only this kind

@@ -44,8 +44,7 @@ public:
     std::span<const std::uint8_t> read(std::uint32_t address, std::size_t length) const;
 
     const std::vector<std::uint8_t>& bytes() const { return m_bytes; }
-    /// Replaces the content, like an external programmer; false unless the size is that of the
-    /// flash.
+    /// Replaces the content, like an external programmer; false if the size is wrong.
     bool assign(std::vector<std::uint8_t> bytes);
 
 private:

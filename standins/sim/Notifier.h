@@ -16,8 +16,7 @@ class Notifier
 {
 public:
     bool watch(UsbBus::Listener listener); ///< false if there is a listener already
-    /// After the return the listener is neither running nor called again. Not to be called from the
-    /// listener.
+    /// Afterwards the listener is neither running nor called again. The listener must not call it.
     void unwatch();
 
     /// Queues one event, or drops it if nobody watches. The caller may hold locks.

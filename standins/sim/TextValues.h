@@ -8,8 +8,7 @@
 namespace vornadel
 {
 
-/// The whole text as an unsigned number in the given base, at most `limit`; empty for anything
-/// else.
+/// The whole text as an unsigned number in the given base, at most `limit`; otherwise empty.
 inline std::optional<unsigned> wholeNumber(std::string_view text, int base, unsigned limit)
 {
     unsigned value = 0;

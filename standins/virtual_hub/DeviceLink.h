@@ -12,8 +12,8 @@
 namespace vornadel
 {
 
-/// A conversation over a stream socket, on its own thread. leave() and join() may be called
-/// from any thread.
+/// A conversation over a stream socket, on its own thread. leave() and join() may be called from
+/// any thread.
 class DeviceLink
 {
 public:

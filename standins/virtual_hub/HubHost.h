@@ -7,8 +7,7 @@
 namespace vornadel
 {
 
-/// A place that puts the halves of hubs onto a bus. Any thread, but one call at a time for each
-/// hub.
+/// Puts the halves of hubs onto a bus. Any thread, but one call at a time for each hub.
 class HubHost
 {
 public:

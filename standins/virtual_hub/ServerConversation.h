@@ -25,8 +25,7 @@ public:
     virtual OperationStatus import(const std::string& busId, ExportedDevice& device) = 0;
 };
 
-/// A client of the server: it asks for the list, once, or imports a device and then sends its
-/// transfers.
+/// A client of the server: asks for the list, once, or imports a device and then sends transfers.
 class ServerConversation final : public Conversation
 {
 public:

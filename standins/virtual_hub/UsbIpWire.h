@@ -44,8 +44,7 @@ void writeUnlinkReply(ByteBuffer& to, std::uint32_t sequence, std::int32_t statu
 enum class Operation : std::uint16_t { ListDevices = 0x8005, Import = 0x8003 };
 enum class OperationStatus : std::uint32_t { Ok = 0, Busy = 2, NoDevice = 4, Error = 5 };
 
-/// Reads the first 8 bytes of an operation; empty for another protocol version or an unknown
-/// operation.
+/// Reads the first 8 bytes of an operation; empty if its code or the protocol version is unknown.
 std::optional<Operation> readOperation(ByteView bytes);
 
 /// A device as a server exports it.

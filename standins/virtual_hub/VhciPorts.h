@@ -48,8 +48,7 @@ public:
     VhciPorts& operator=(const VhciPorts&) = delete;
     virtual ~VhciPorts() = default;
 
-    /// All ports, ordered by number. Empty and a sentence in `error` if the module is missing or
-    /// unusable.
+    /// All ports, ordered by number. Empty and a sentence in `error` if the module is unusable.
     std::vector<Port> list(std::string& error) const;
 
     /// Attaches the device at the other end of `socket` to a port; the kernel takes its own
@@ -57,8 +56,7 @@ public:
     virtual Attach attach(const Port& port, int socket, std::uint32_t device,
                           std::string& error) const;
 
-    /// The kernel's name for a device in that port, for example "3-1"; empty if the port has no
-    /// bus.
+    /// The kernel's name for a device in that port, such as "3-1"; empty if the port has no bus.
     std::string busId(const Port& port) const;
     bool occupied(const Port& port) const; ///< whether the kernel has a device there
     bool taken(const Port& port) const;    ///< whether the port exists and is not free
