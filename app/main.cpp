@@ -85,7 +85,7 @@ int chooseAndRun(int argc, char** argv)
         std::cerr << "--simulated-hub: " << error << '\n';
         return kExitUsage;
     }
-    Platform platform{*bus, real.shell, real.privileged, real.systemVersion, real.clock};
+    Platform platform = bus->replaceBusOf(real);
     return runTool(platform, place, " [simulated hub]");
 }
 

@@ -51,8 +51,7 @@ int chooseAndRun(int argc, char** argv)
         std::cerr << "--simulated-hub: " << error << '\n';
         return kExitUsage;
     }
-    return run(commandLine, {*bus, real.shell, real.privileged, real.systemVersion, real.clock},
-               argv[0]);
+    return run(commandLine, bus->replaceBusOf(real), argv[0]);
 }
 
 } // namespace

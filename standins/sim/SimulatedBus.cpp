@@ -109,4 +109,9 @@ bool SimulatedBus::watch(Listener listener) { return m_hub->notifier().watch(std
 
 void SimulatedBus::unwatch() { m_hub->notifier().unwatch(); }
 
+Platform SimulatedBus::replaceBusOf(const Platform& machine)
+{
+    return {*this, machine.shell, machine.privileged, machine.systemVersion, machine.clock};
+}
+
 } // namespace vornadel

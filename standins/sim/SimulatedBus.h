@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Platform.h"
 #include "platform/UsbBus.h"
 #include "standins/sim/SimulatedHub.h"
 
@@ -29,6 +30,9 @@ public:
     void unwatch() override;
 
     SimulatedHub& hub() { return *m_hub; }
+
+    /// `machine` with this bus in place of its own.
+    Platform replaceBusOf(const Platform& machine);
 
 private:
     explicit SimulatedBus(std::shared_ptr<SimulatedHub> hub);
