@@ -144,14 +144,14 @@ int showImage(const std::string& path, std::ostream& out, std::ostream& err)
     FwImage image;
     if (!loadImage(image, path, err)) {
         if (image.data != nullptr) {
-            err << "Firmware format error\n";
+            err << path << ": Firmware format error\n";
         }
         return kExitFailure;
     }
+    const auto block = static_cast<unsigned>(image.descriptor - image.data.get());
     out << "file:          " << path << '\n'
         << "size:          " << image.size << " bytes\n"
-        << "block at:      0x" << hex4(static_cast<unsigned>(image.descriptor - image.data.get()))
-        << '\n'
+        << "block at:      0x" << hex4(block) << '\n'
         << "version:       " << storedNumber(image.version) << '\n'
         << "VID:           " << storedNumber(image.vid) << '\n'
         << "SSPID:         " << storedNumber(image.sspid) << '\n'

@@ -120,7 +120,7 @@ TEST(InfoOfAnImage, RefusesWhatIsNone)
     for (const std::string& file : files) {
         SCOPED_TRACE(file);
         EXPECT_EQ(session.info(file), kExitFailure);
-        EXPECT_EQ(session.err.str(), "Firmware format error\n");
+        EXPECT_EQ(session.err.str(), file + ": Firmware format error\n");
         EXPECT_THAT(session.out.str(), IsEmpty());
     }
 }
