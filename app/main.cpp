@@ -32,8 +32,7 @@ void writeToStandardError(QtMsgType type, const QMessageLogContext& /*context*/,
     std::fprintf(stderr, "%s\n", qUtf8Printable(message));
     if (type == QtFatalMsg && QCoreApplication::startingUp()) {
         // Without a display Qt would abort and leave a core file.
-        std::fputs("Vornadel: no window can be opened here; vornadelctl works without one\n",
-                   stderr);
+        std::fputs("Vornadel: cannot open a window here; vornadelctl works without one\n", stderr);
         std::_Exit(EXIT_FAILURE);
     }
 }
@@ -43,7 +42,7 @@ void writeToStandardError(QtMsgType type, const QMessageLogContext& /*context*/,
 std::optional<int> readArguments(int argc, char** argv, bool strict,
                                  std::optional<std::string>& simulatedHubOptions)
 {
-    CLI::App app("Keeps the firmware of USB 3 hubs.", "Vornadel");
+    CLI::App app("Updates and edits the firmware of USB 3 hubs.", "Vornadel");
     app.set_version_flag("--version", std::string("Vornadel ") + kToolVersion);
     app.allow_extras(!strict);
     const SimulatedHubFlag simulatedHub(app);

@@ -19,38 +19,38 @@ std::string refuseEmpty(const std::string& name) { return name.empty() ? "the na
 std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLine& commandLine,
                                     std::ostream& out, std::ostream& err)
 {
-    CLI::App app("Keeps the firmware of USB 3 hubs: without a window, for scripts and terminals.",
+    CLI::App app("Updates, reads and erases the firmware of USB 3 hubs, without a window.",
                  "vornadelctl");
     app.set_version_flag("--version", std::string("vornadelctl ") + kToolVersion);
     app.require_subcommand(1);
     app.fallthrough();
     app.add_option("--config", commandLine.configFile,
-                   "Read this file instead of the config.ini beside the tool")
+                   "Use this file instead of the tool's config.ini")
         ->check(refuseEmpty);
     const SimulatedHubFlag simulatedHub(app);
 
     CLI::App* update = app.add_subcommand(
-        "update", "Write an image to the hub's flash, verify it and restart the hub");
+        "update", "Write an image to the hub's flash, verify it and\nrestart the hub");
     update->add_option("IMAGE", commandLine.image, "Firmware image (*.bin)")
         ->required()
         ->check(refuseEmpty);
-    const CLI::App* scalar = app.add_subcommand(
-        "scalar",
-        "The unattended update: what update does, with the image that config.ini names as FwBin");
-    CLI::App* read = app.add_subcommand("read", "Read the hub's whole flash, save it to a file and "
-                                                "restart the hub; without success FILE stays "
-                                                "as it is");
-    read->add_option("FILE", commandLine.image, "Where to save it (*.bin); replaced when it exists")
+    const CLI::App* scalar =
+        app.add_subcommand("scalar", "The unattended update: like update, with the image\n"
+                                     "that config.ini names as FwBin");
+    CLI::App* read =
+        app.add_subcommand("read", "Read the hub's whole flash, save it to a file and\n"
+                                   "restart the hub. If anything fails, an existing\n"
+                                   "file stays as it is");
+    read->add_option("FILE", commandLine.image,
+                     "Where to save it (*.bin); an existing file is\nreplaced")
         ->required()
         ->check(refuseEmpty);
     const CLI::App* erase = app.add_subcommand(
-        "erase", "Erase the hub's whole flash, without asking, and restart the hub");
+        "erase", "Erase the hub's whole flash, without asking, and\nrestart the hub");
     CLI::App* info = app.add_subcommand("info", "Show the attached hub, or a firmware image");
-    info->add_option("IMAGE", commandLine.image,
-                     "Firmware image (*.bin); without it the hub is asked")
+    info->add_option("IMAGE", commandLine.image, "Firmware image (*.bin); without it, show the hub")
         ->check(refuseEmpty);
-    app.add_subcommand("list",
-                       "List the attached USB devices and which of them are supported hubs");
+    app.add_subcommand("list", "List the attached USB devices, and say which are\nsupported hubs");
 
     try {
         app.parse(argc, argv);

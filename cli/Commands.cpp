@@ -117,7 +117,7 @@ int readInto(const std::string& path, std::ostream& out, std::ostream& err, bool
     std::string problem;
     // Before the read, because a read restarts the hub and disconnects everything behind it.
     if (!canBeSaved(path, problem)) {
-        err << "the flash was not read, as it could not be saved: " << problem << '\n';
+        err << "the flash was not read, because it could not be saved: " << problem << '\n';
         return kExitFailure;
     }
     std::vector<std::uint8_t> flash;
@@ -173,7 +173,7 @@ const char* whyNotOpened(UsbOpenStatus status)
     case UsbOpenStatus::Gone:
         return "it has just left";
     default:
-        return "the system gives no reason";
+        return "the system gave no reason";
     }
 }
 
@@ -211,10 +211,10 @@ int list(UsbBus& bus, std::ostream& out, std::ostream& err)
     for (auto step = search->next(device); step != UsbSearch::Step::End;
          step = search->next(device)) {
         if (step == UsbSearch::Step::Device) {
-            out << hex4(device->vendorId()) << ':' << hex4(device->productId())
-                << (FindSupportedId(device->vendorId(), device->productId()) ? "  supported hub"
-                                                                             : "")
-                << '\n';
+            const std::uint16_t vendor = device->vendorId();
+            const std::uint16_t product = device->productId();
+            const char* const mark = FindSupportedId(vendor, product) ? "  supported hub" : "";
+            out << hex4(vendor) << ':' << hex4(product) << mark << '\n';
         }
     }
     search->release();
@@ -257,7 +257,7 @@ int runCommand(const CommandLine& commandLine, Platform& platform, const std::st
         break;
     }
     if (!out.flush()) {
-        err << "the answer could not be written\n";
+        err << "the output could not be written\n";
         return kExitFailure;
     }
     return status;

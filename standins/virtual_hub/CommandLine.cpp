@@ -52,7 +52,7 @@ bool readPort(const std::string& text, std::uint16_t& port)
 bool faultFitsABus(const Fault& fault, std::string& error)
 {
     if (fault.kind == FaultKind::OpenRefused) {
-        error = "open-refused is no fault of a virtual hub: nobody opens a hub on a real bus";
+        error = "a virtual hub cannot have the fault open-refused: it does not see opens";
         return false;
     }
     return true;
@@ -62,27 +62,26 @@ std::optional<int> parseVirtualHubCommandLine(int argc, const char* const* argv,
                                               VirtualHubCommandLine& commandLine, std::ostream& out,
                                               std::ostream& err)
 {
-    CLI::App app("Puts simulated hubs onto the USB of this machine, or serves them over USB/IP.\n"
-                 "Standard input takes commands, one a line: plug [N], plug-rom [N], unplug [N], "
-                 "fault FAULT [N], "
-                 "status [N], quit.",
+    CLI::App app("Puts simulated hubs onto this machine's USB, or serves them over USB/IP.\n"
+                 "It reads commands from standard input, one per line:\n"
+                 "  plug [N], plug-rom [N], unplug [N], fault FAULT [N], status [N], quit.",
                  "vornadel-virtual-hub");
     app.set_version_flag("--version", std::string("vornadel-virtual-hub ") + VORNADEL_VERSION);
     std::vector<std::string> hubs;
     app.add_option("--hub", hubs,
-                   "One hub, KEY=VALUE,... with the keys image, latency, mode, ids, fault; may be "
-                   "repeated, up to 15 "
-                   "times. Without it there is one hub with the usual flash file")
+                   "One hub: KEY=VALUE,... with the keys image,\n"
+                   "latency, mode, ids and fault. Up to 15 times;\n"
+                   "without it: one hub with the default flash file")
         ->type_name("OPTIONS")
         ->allow_extra_args(false);
     bool attach = false;
     CLI::Option* const attached = app.add_flag(
         "--attach", attach,
-        "Put the hubs into virtual ports of the kernel (module vhci_hcd); the default");
+        "Attach the hubs to virtual ports of the kernel\n(module vhci_hcd); the default");
     std::string port;
     CLI::Option* const serve = app.add_flag(
         "--serve{3240}", port,
-        "Serve the hubs over USB/IP on 127.0.0.1; =PORT for another port, 0 for any free one");
+        "Serve the hubs over USB/IP on 127.0.0.1; =PORT\nfor another port, 0 for any free one");
     serve->multi_option_policy(CLI::MultiOptionPolicy::Throw);
     serve->excludes(attached);
 
@@ -101,7 +100,7 @@ std::optional<int> parseVirtualHubCommandLine(int argc, const char* const* argv,
     if (serve->count() > 0) {
         std::uint16_t number = 0;
         if (!readPort(port, number)) {
-            err << "--serve: \"" << port << "\" is no port; it is a number up to 65535\n";
+            err << "--serve: \"" << port << "\" is not a port; give a number up to 65535\n";
             return kBadUsage;
         }
         commandLine.servePort = number;

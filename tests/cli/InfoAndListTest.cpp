@@ -164,7 +164,7 @@ TEST(List, FailsIfTheAnswerCannotBeWritten)
     Session session;
     session.out.setstate(std::ios::badbit); // as on a full disk
     EXPECT_EQ(session.list(), kExitFailure);
-    EXPECT_EQ(session.err.str(), "the answer could not be written\n");
+    EXPECT_EQ(session.err.str(), "the output could not be written\n");
 }
 
 TEST(List, TakesTheIdsFromTheConfigFileThatIsNamed)

@@ -120,7 +120,7 @@ TEST(Read, LeavesTheHubAloneWhereNothingCanBeSaved)
     for (const auto& row : rows) {
         SCOPED_TRACE(row.file);
         EXPECT_EQ(session.read(row.file), kExitFailure);
-        EXPECT_EQ(session.err.str(), "the flash was not read, as it could not be saved: " +
+        EXPECT_EQ(session.err.str(), "the flash was not read, because it could not be saved: " +
                                          row.file + ": " + row.why + '\n');
         EXPECT_THAT(session.out.str(), IsEmpty());
     }
