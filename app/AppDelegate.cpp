@@ -25,7 +25,7 @@ namespace
 /// How long a transfer in flight may delay the end of the program.
 constexpr std::chrono::seconds kShutDownGrace{3};
 
-constexpr const char* kNoThread = "the system has no thread left";
+constexpr const char* kNoThread = "the system cannot start a thread";
 
 } // namespace
 
@@ -73,7 +73,7 @@ void AppDelegate::startFlow(std::function<void()> flow)
     // No script takes the access to the hub away in the middle of the flow.
     std::shared_ptr<HubHold> hold = m_platform.privileged.holdHub();
     if (hold == nullptr) {
-        sayThatNothingStarts("the access to the hub is being taken away");
+        sayThatNothingStarts("access to the hub is being withdrawn");
     } else if (!m_worker.start([hold = std::move(hold), flow = std::move(flow)] { flow(); })) {
         sayThatNothingStarts(kNoThread);
     }

@@ -59,7 +59,7 @@ void SavePanel::accept()
     auto* name = findChild<QLineEdit*>("fileNameEdit");
     if (name->text().contains('"')) {
         // The panel takes the text between two double quotes for the whole name.
-        GeneralFunction::AlertString("The name of the file cannot hold a double quote.");
+        GeneralFunction::AlertString("A file name cannot contain a double quote.");
         return;
     }
     const QFileInfo chosen(selectedFiles().value(0));

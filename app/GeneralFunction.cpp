@@ -28,8 +28,8 @@ void appendToLog(Shell& shell, const char* before, const std::string& text)
     if (shell.mayAppend(kLogFile)) {
         shell.run(command);
     } else {
-        ConsoleLog(
-            QString("%1 is not a plain file of your own; nothing is written to it").arg(kLogFile));
+        ConsoleLog(QString("%1 is not a plain file of your own, so nothing is written to it")
+                       .arg(kLogFile));
     }
 }
 

@@ -48,7 +48,7 @@ void AppDelegate::LoadUpdateDriver()
 {
     ConsoleLog("Enter LoadUpdateDriver");
     if (!isFitForShell(m_place.resourcePath)) {
-        ConsoleLog("the path of the tool holds a line break, a tab or another control character, "
+        ConsoleLog("the tool's path contains a line break, a tab or another control character, "
                    "which the shell would misread; move the tool to another folder");
         return;
     }
@@ -76,7 +76,7 @@ void AppDelegate::UnloadUpdateDriver()
     if (hold) {
         returnHubToFlash();
     } else {
-        ConsoleLog("the access to the hub is being taken away; the hub is left as it is");
+        ConsoleLog("access to the hub is being withdrawn; the hub is left as it is");
     }
 }
 
@@ -119,9 +119,8 @@ void AppDelegate::Reboot() { runScript("reboot"); }
 void AppDelegate::runScript(const char* name)
 {
     if (!startScript(m_platform.privileged, m_place.resourcePath, name)) {
-        ConsoleLog(
-            QString("there is no way to ask for administrator rights here; run \"%1/%2\" as root")
-                .arg(resourcePath, QString(name)));
+        ConsoleLog(QString("cannot ask for administrator rights here; run \"%1/%2\" as root")
+                       .arg(resourcePath, QString(name)));
     }
 }
 
@@ -129,7 +128,8 @@ void AppDelegate::GetLog()
 {
     ConsoleLog("Entering GetLog");
     if (m_platform.shell.exists(kLogFile) && !m_platform.shell.mayRead(kLogFile)) {
-        ConsoleLog(QString("%1 is not a plain file of your own; it is not copied").arg(kLogFile));
+        ConsoleLog(
+            QString("%1 is not a plain file of your own, so it is not copied").arg(kLogFile));
         return;
     }
     m_platform.shell.run("rm ~/Desktop/Vornadel.log");

@@ -146,7 +146,7 @@ constexpr ButtonRow kButtons[] = {
      "UnloadUpdateDriver",
      {175, 115, 130, 20},
      perform<&AppDelegate::UnloadUpdateDriver>,
-     "Asks for an administrator's password and takes the access back"},
+     "Asks for an administrator's password and withdraws access to the hub"},
     {&W::boxHelp,
      MEMBER(btnGetLog_HelpBox),
      "Get Log",

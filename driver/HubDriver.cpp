@@ -30,19 +30,19 @@ std::string claim(const std::string& path, bool mayBeFile)
     struct stat found {
     };
     if (lstat(path.c_str(), &found) != 0) {
-        return path + " can be neither created nor examined";
+        return path + " cannot be created or examined";
     }
     if (S_ISDIR(found.st_mode) || (mayBeFile && S_ISREG(found.st_mode))) {
         if (found.st_uid != geteuid()) {
             return path + " belongs to another user";
         }
         if (!S_ISDIR(found.st_mode)) {
-            return found.st_nlink == 1 ? "" : path + " has a second name";
+            return found.st_nlink == 1 ? "" : path + " has a second hard link";
         }
         const mode_t wanted = found.st_mode & 07777 & ~kOthersMayWrite;
         return (found.st_mode & kOthersMayWrite) == 0 || chmod(path.c_str(), wanted) == 0
                    ? ""
-                   : path + " can be written to by others";
+                   : path + " is writable by others";
     }
     return path + (mayBeFile ? " is neither a folder nor a plain file" : " is not a folder");
 }
@@ -79,7 +79,7 @@ std::string claimDriverCopy(const std::string& folder)
             return problem;
         }
     }
-    return failed ? folder + " cannot be looked through" : "";
+    return failed ? folder + " cannot be searched" : "";
 }
 
 bool startScript(PrivilegedRun& privileged, const std::string& resourcePath, const char* name)

@@ -181,7 +181,7 @@ std::string faultBeforeReading(const std::string& path)
     std::error_code failed;
     const fs::file_status status = fs::status(path, failed);
     if (!fs::exists(status)) {
-        return "is missing or out of reach";
+        return "does not exist or cannot be reached";
     }
     if (!fs::is_regular_file(status)) {
         return "is not a regular file"; // opening it could block for ever
@@ -198,11 +198,11 @@ std::string faultBeforeReading(const std::string& path)
         return "is larger than 1 MiB";
     }
     if (content.find('\0') != std::string::npos) {
-        return "is no text";
+        return "is not a text file";
     }
     if (entryLines(content) > kMostPropertyLines) {
         return "has more than " + std::to_string(kMostPropertyLines) +
-               " lines that are no comments";
+               " lines that are not comments";
     }
     return {};
 }

@@ -147,8 +147,8 @@ void PkexecRun::workThrough(const std::shared_ptr<Shared>& shared, int child)
         if (!started) {
             shared->tell(script + " could not be started");
         } else if (status == kNotRun) {
-            shared->tell(script + " ended with 127: no authorization, no agent to ask for it, or a "
-                                  "command is missing");
+            shared->tell(script + " ended with status 127: not authorized, no agent to ask for "
+                                  "the password, or a missing command");
         }
     }
 }

@@ -15,8 +15,8 @@ namespace vornadel
 /// that is started while another one runs, or waits for its password, starts when that has ended.
 /// The script that was started last is not started again before it has ended; a line says so.
 ///
-/// pkexec's exit status 127 is reported in one line too: no authorization, no agent to ask for it,
-/// or a command missing in the script. A cancelled password dialog is not reported.
+/// pkexec's exit status 127 is reported in one line too: not authorized, no agent to ask for the
+/// password, or a command missing in the script. A cancelled password dialog is not reported.
 ///
 /// A script's standard input is an anonymous file. A HubHold is a shared lock on it. The script
 /// takes the exclusive lock before it withdraws access, and keeps it to its end. Nobody else can

@@ -140,11 +140,11 @@ bool parsePosition(const FaultRow& row, std::string_view text, Fault& fault, std
             std::find_if(kRequestNames.begin(), kRequestNames.end(),
                          [&](const RequestName& candidate) { return candidate.name == name; });
         if (request == kRequestNames.end()) {
-            why = "no request is called \"" + std::string(name) + '"';
+            why = "unknown request \"" + std::string(name) + '"';
             return false;
         }
         if (!fits(row.kind, request->kind)) {
-            why = "no flash data moves in that request";
+            why = "that request moves no flash data";
             return false;
         }
         fault.on = request->kind;
@@ -154,7 +154,7 @@ bool parsePosition(const FaultRow& row, std::string_view text, Fault& fault, std
     }
     const std::optional<unsigned> position = wholeNumber(number, 10, kMostPositions);
     if (!position || *position == 0) {
-        why = "the position is a number from 1 on";
+        why = "the position must be a whole number above 0";
         return false;
     }
     fault.position = *position;
@@ -175,7 +175,7 @@ bool parseFault(std::string_view text, Fault& fault, std::string& error)
         std::find_if(kFaultRows.begin(), kFaultRows.end(),
                      [&](const FaultRow& candidate) { return candidate.name == name; });
     if (row == kFaultRows.end()) {
-        return refuse(error, text, "no fault has this name");
+        return refuse(error, text, "unknown fault");
     }
     Fault parsed;
     parsed.kind = row->kind;

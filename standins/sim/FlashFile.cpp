@@ -148,7 +148,7 @@ bool FlashFile::fill(const std::vector<std::uint8_t>& initial, std::string& erro
     const std::string folder = folderOf(m_path);
     fs::create_directories(folder, code);
     if (code) {
-        return fail(error, "cannot make the folder " + folder, code.message());
+        return fail(error, "cannot create the folder " + folder, code.message());
     }
     // Under the lock, so that two programs that start at the same moment do not overwrite each
     // other. Waits for the lock, because the other program may be filling the file right now.
@@ -169,14 +169,14 @@ bool FlashFile::load(std::vector<std::uint8_t>& bytes, std::string& error) const
         return fail(error, "cannot read " + m_path, because(errno));
     }
     if (S_ISDIR(info.st_mode)) {
-        return fail(error, m_path, "a folder, not a flash image");
+        return fail(error, m_path, "it is a folder");
     }
     if (!S_ISREG(info.st_mode)) {
-        return fail(error, m_path, "not a regular file");
+        return fail(error, m_path, "it is not a regular file");
     }
     if (info.st_size != static_cast<off_t>(kSimulatedFlashSize)) {
         return fail(error, m_path,
-                    std::to_string(info.st_size) + " bytes long, a flash image has " +
+                    "it is " + std::to_string(info.st_size) + " bytes long; a flash image has " +
                         std::to_string(kSimulatedFlashSize));
     }
     bytes.assign(kSimulatedFlashSize, 0);

@@ -41,7 +41,8 @@ std::shared_ptr<SimulatedHub> SimulatedHub::create(const SimulatedHubOptions& op
     if (!options.keepInMemory) {
         const std::string path = options.image.empty() ? defaultFlashFile() : options.image;
         if (path.empty()) {
-            error = "no folder is known for the simulated hub's flash; name a file with image=FILE";
+            error =
+                "no default folder for the simulated hub's flash; choose a file with image=FILE";
             return nullptr;
         }
         file = FlashFile::openOrCreate(path, bytes, error);

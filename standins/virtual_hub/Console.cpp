@@ -60,7 +60,7 @@ std::string Console::answer(std::string_view line)
     }
     VirtualHub* const hub = hubNumbered(number.empty() ? "1" : number);
     if (hub == nullptr) {
-        return refusal("no hub has the number " + number + "; there are " +
+        return refusal("there is no hub " + number + "; the hubs have the numbers 1 to " +
                        std::to_string(m_hubs.size()));
     }
     return (this->*row->carryOut)(*hub, argument);
@@ -85,7 +85,7 @@ std::string Console::plug(VirtualHub& hub, const std::string& /*argument*/)
 std::string Console::plugRom(VirtualHub& hub, const std::string& /*argument*/)
 {
     if (!hub.hub().attachedHalves().empty()) {
-        return refusal("the hub is plugged in");
+        return refusal("the hub is already plugged in");
     }
     hub.hub().replug(HubCode::Rom);
     hub.waitUntilShown();

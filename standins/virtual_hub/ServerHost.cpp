@@ -130,13 +130,13 @@ bool ServerHost::listen(std::uint16_t port, std::string& error)
     m_port = ntohs(address.sin_port);
     m_wakeUp = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     if (m_wakeUp < 0) {
-        error = "no event for the server: " + std::string(std::strerror(errno));
+        error = "cannot create an event for the server: " + std::string(std::strerror(errno));
         return false;
     }
     try {
         m_thread = std::thread([this] { acceptClients(); });
     } catch (const std::system_error& problem) {
-        error = "no thread for the server: " + std::string(problem.what());
+        error = "cannot start a thread for the server: " + std::string(problem.what());
         return false;
     }
     return true;

@@ -36,7 +36,7 @@ bool VhciHost::attach(const VirtualDevice& device, std::string& error)
     {
         const VhciPorts::Turn turn(m_ports);
         if (!waitUntil([&] { return turn.come(); }, 10s)) {
-            error = "another program does not stop taking ports of vhci_hcd";
+            error = "another program keeps taking ports of vhci_hcd";
             return false;
         }
         const std::lock_guard lock(m_mutex);
@@ -143,7 +143,7 @@ bool VhciHost::plugIn(const VirtualDevice& device, VhciPorts::Port& port, std::s
     const Half half = {device.hub, device.half};
     std::array<int, 2> ends{};
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
-        error = "no socket for the device: " + std::string(std::strerror(errno));
+        error = "cannot create a socket for the device: " + std::string(std::strerror(errno));
         return false;
     }
     VhciPorts::Attach outcome = VhciPorts::Attach::Taken;
@@ -169,7 +169,7 @@ bool VhciHost::plugIn(const VirtualDevice& device, VhciPorts::Port& port, std::s
         link =
             std::make_shared<DeviceLink>(ends[1], std::make_unique<UrbExchange>(device), m_clock);
     } catch (const std::exception& problem) {
-        error = "no thread for the device: " + std::string(problem.what());
+        error = "cannot start a thread for the device: " + std::string(problem.what());
         close(ends[1]); // the kernel frees the port
         return false;
     }

@@ -87,7 +87,7 @@ std::vector<VhciPorts::Port> VhciPorts::list(std::string& error) const
     if (ports.empty()) {
         error = "the kernel module vhci_hcd is not loaded; \"sudo modprobe vhci-hcd\" loads it";
     } else if (faccessat(AT_FDCWD, attachFile().c_str(), W_OK, AT_EACCESS) != 0) {
-        error = "no right to attach virtual devices; only root may, so run the program with sudo";
+        error = "only root can attach virtual devices; run the program with sudo";
         ports.clear();
     }
     return ports;

@@ -40,7 +40,7 @@ bool VirtualHub::start(std::string& error)
     for (const AttachedHalf& half : m_hub->attachedHalves()) {
         if (m_hub->open(half) != UsbOpenStatus::Opened) {
             error = "the flash file of hub " + std::to_string(m_number) +
-                    " is in use by another hub or another program; image=FILE names another one";
+                    " is in use by another hub or program; choose another file with image=FILE";
             return false;
         }
     }
@@ -57,7 +57,7 @@ bool VirtualHub::start(std::string& error)
     try {
         m_thread = std::thread([this] { follow(); });
     } catch (const std::system_error& problem) {
-        error = "no thread for hub " + std::to_string(m_number) + ": " + problem.what();
+        error = "cannot start a thread for hub " + std::to_string(m_number) + ": " + problem.what();
         return false;
     }
     return true;

@@ -137,7 +137,7 @@ TEST_F(DriverButtons, RunNothingWithAPathThatTheShellWouldMisread)
         testing::internal::CaptureStderr();
         pressLoad();
         EXPECT_EQ(testing::internal::GetCapturedStderr(),
-                  "Enter LoadUpdateDriver\nthe path of the tool holds a line break, a tab or "
+                  "Enter LoadUpdateDriver\nthe tool's path contains a line break, a tab or "
                   "another control character, which the shell would misread; move the tool to "
                   "another folder\n");
         EXPECT_EQ(shell.commands, std::vector<std::string>{});
@@ -153,10 +153,9 @@ TEST_F(DriverButtons, SayWhereNobodyCanBeAskedForRights)
     privileged.able = false;
     testing::internal::CaptureStderr();
     pressLoad();
-    EXPECT_EQ(
-        testing::internal::GetCapturedStderr(),
-        "Enter LoadUpdateDriver\nthere is no way to ask for administrator rights here; run \"" +
-            resources() + "/load\" as root\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "Enter LoadUpdateDriver\ncannot ask for administrator rights here; run \"" +
+                  resources() + "/load\" as root\n");
     EXPECT_TRUE(allSwitched(true));
 }
 
@@ -259,8 +258,8 @@ TEST_F(DriverButtons, LeaveTheHubAloneWhileItsAccessIsTakenAway)
     testing::internal::CaptureStderr();
     QTest::mouseClick(tool().nsbtnUnloadDriver_HelpBox, Qt::LeftButton);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "Enter UnloadUpdateDriver\nthe access to the hub is being taken away; the hub is "
-              "left as it is\n");
+              "Enter UnloadUpdateDriver\naccess to the hub is being withdrawn; the hub is left as "
+              "it is\n");
     EXPECT_EQ(hub().runningCode(), HubCode::Rom);
     EXPECT_EQ(privileged.scripts.size(), 1U);
 }
@@ -283,7 +282,7 @@ TEST_F(DriverButtons, StartNoFlowWhileTheAccessIsTakenAway)
     privileged.scriptAtWork = true;
     const std::size_t requests = hub().requestCount();
     QTest::mouseClick(tool().btnErase_FwFlash, Qt::LeftButton);
-    EXPECT_EQ(progressText(), "Fail to start: the access to the hub is being taken away\n");
+    EXPECT_EQ(progressText(), "Fail to start: access to the hub is being withdrawn\n");
     EXPECT_TRUE(allSwitched(true));
     EXPECT_EQ(hub().requestCount(), requests);
 }

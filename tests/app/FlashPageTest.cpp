@@ -182,7 +182,7 @@ TEST_F(FlashPage, SavesNothingUnderANameWithADoubleQuote)
         name->setFocus();
         ASSERT_TRUE(waitFor([name] { return name->hasFocus(); }));
         QTest::keyClicks(name, QString::fromStdString(path));
-        expectAlertWithin("The name of the file cannot hold a double quote.",
+        expectAlertWithin("A file name cannot contain a double quote.",
                           [name] { QTest::keyClick(name, Qt::Key_Return); });
         EXPECT_TRUE(panel.isVisible()) << "for another name";
         QTest::keyClick(&panel, Qt::Key_Escape);

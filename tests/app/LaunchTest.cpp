@@ -61,8 +61,8 @@ TEST_F(Launch, WritesToNoFileOfAnotherUser)
     shell.existing.clear();
     shell.foreign = {"/tmp/Vornadel.log", "/tmp/nvram_setting.dat"};
     EXPECT_THAT(consoleOfLaunch(),
-                HasSubstr("/tmp/Vornadel.log is not a plain file of your own; nothing is written "
-                          "to it\n"));
+                HasSubstr("/tmp/Vornadel.log is not a plain file of your own, so nothing is "
+                          "written to it\n"));
     EXPECT_THAT(shell.commands, IsEmpty());
 }
 

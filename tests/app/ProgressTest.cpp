@@ -139,7 +139,7 @@ TEST_F(GetLog, CopiesNoFileOfAnotherUser)
     testing::internal::CaptureStderr();
     QTest::mouseClick(tool().btnGetLog_HelpBox, Qt::LeftButton);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "Entering GetLog\n/tmp/Vornadel.log is not a plain file of your own; it is not "
+              "Entering GetLog\n/tmp/Vornadel.log is not a plain file of your own, so it is not "
               "copied\n");
     EXPECT_TRUE(shell.commands.empty());
 }

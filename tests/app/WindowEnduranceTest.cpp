@@ -107,7 +107,7 @@ TEST_F(WindowEndurance, AFlowThatFindsNoThreadIsToldAndMayBePressedAgain)
         const NoMoreThreads none;
         QTest::mouseClick(button, Qt::LeftButton);
         EXPECT_TRUE(allSwitched(true));
-        EXPECT_EQ(progressText(), "Fail to start: the system has no thread left\n");
+        EXPECT_EQ(progressText(), "Fail to start: the system cannot start a thread\n");
         EXPECT_EQ(hueOf(*tool().nstfUpdateInfo_UpdateFW), kRedHue);
     }
     update();

@@ -99,7 +99,7 @@ TEST_F(DriverCopy, IsMadeOnceAndUsedAgain)
     std::ofstream(copy() + "/Contents/MacOS/driver") << "driver";
     EXPECT_EQ(claimDriverCopy(copy()), "");
     EXPECT_EQ(claimDriverCopy(m_folder + "/no/such/place"),
-              m_folder + "/no/such/place can be neither created nor examined");
+              m_folder + "/no/such/place cannot be created or examined");
 }
 
 TEST_F(DriverCopy, IsNotWrittenToThroughALinkOrIntoAPipe)
@@ -122,8 +122,11 @@ TEST_F(DriverCopy, IsNotWrittenToThroughALinkOrIntoAPipe)
         std::filesystem::remove(copy());
     }
     const std::string odd = " is neither a folder nor a plain file";
-    for (const auto& [make, why] : std::vector<std::pair<Make, std::string>>{
-             {link, odd}, {folderLink, odd}, {pipe, odd}, {secondName, " has a second name"}}) {
+    for (const auto& [make, why] :
+         std::vector<std::pair<Make, std::string>>{{link, odd},
+                                                   {folderLink, odd},
+                                                   {pipe, odd},
+                                                   {secondName, " has a second hard link"}}) {
         for (const char* place : {"/hub-access.rules", "/Contents/MacOS/driver"}) {
             std::filesystem::create_directories(copy() + "/Contents/MacOS");
             make(copy() + place);
@@ -159,7 +162,7 @@ TEST_F(DriverCopy, IsNotUsedIfItHoldsAFolderThatCannotBeLookedThrough)
     const WithoutPrivilege nobody;
     std::filesystem::create_directories(copy() + "/Contents");
     ASSERT_EQ(chmod((copy() + "/Contents").c_str(), 0300), 0);
-    EXPECT_EQ(claimDriverCopy(copy()), copy() + " cannot be looked through");
+    EXPECT_EQ(claimDriverCopy(copy()), copy() + " cannot be searched");
 }
 
 TEST(HubDriver, StartsAScriptByItsPathAsItStands)

@@ -83,9 +83,8 @@ TEST_F(PkexecRunTest, TellsOfTheStatusThatIsNotTheUsersDoing)
     for (const char* status : {"/0", "/1", "/126", "/127"}) { // 126: the user refused, and knows it
         EXPECT_TRUE(run.start(status));
     }
-    EXPECT_EQ(
-        told.get_future().get(),
-        "/127 ended with 127: no authorization, no agent to ask for it, or a command is missing");
+    EXPECT_EQ(told.get_future().get(), "/127 ended with status 127: not authorized, no agent to "
+                                       "ask for the password, or a missing command");
     waitUntilChildless();
 }
 

@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 
 using ::testing::IsEmpty;
 
-constexpr const char* kMissing = " is missing or out of reach and was not read";
+constexpr const char* kMissing = " does not exist or cannot be reached and was not read";
 constexpr const char* kGood = "[HubFF_USB_05]\nPropName = Five\n";
 
 class HostileFile : public DefinitionFolder
@@ -82,7 +82,8 @@ TEST_F(HostileFile, ThatIsEmptyHoldsNothing) { expectAccepted("", 0); }
 
 TEST_F(HostileFile, ThatIsBinaryIsRefused)
 {
-    expectRefused(std::string(kGood) + std::string(1, '\0') + "\n", " is no text and was not read");
+    expectRefused(std::string(kGood) + std::string(1, '\0') + "\n",
+                  " is not a text file and was not read");
     expectRefused("\x7F"
                   "ELF\x02\x01\x01\n\xFF\xFE\xFD\n",
                   byTheReader("syntax error", 1));
@@ -136,7 +137,7 @@ TEST_F(HostileFile, WithMoreLinesThanAnyDefinitionNeedsIsRefused)
     expectAccepted(distinctKeys(kMostPropertyLines), 0);
     expectAccepted(distinctKeys(kMostPropertyLines) + "\n  \n; comment\n \t# comment\n", 0);
     expectRefused(distinctKeys(kMostPropertyLines) + "one more=\n",
-                  " has more than 11000 lines that are no comments and was not read");
+                  " has more than 11000 lines that are not comments and was not read");
 }
 
 } // namespace

@@ -85,7 +85,7 @@ TEST_F(ConsoleTest, AddsAFault)
 
 TEST_F(ConsoleTest, PlugsWithRomCodeOnlyWhatIsUnplugged)
 {
-    EXPECT_EQ(m_console.answer("plug-rom"), "error: the hub is plugged in");
+    EXPECT_EQ(m_console.answer("plug-rom"), "error: the hub is already plugged in");
     EXPECT_EQ(m_sims[0]->runningCode(), HubCode::Flash);
     EXPECT_EQ(m_console.answer("plug"), "ok");
 }

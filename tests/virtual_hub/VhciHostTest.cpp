@@ -214,7 +214,7 @@ TEST_F(VhciHostTest, DoesNotWaitForeverForItsTurn)
     const VhciPorts::Turn otherProgram(m_kernel);
     ASSERT_TRUE(otherProgram.come());
     EXPECT_FALSE(attach(1, HubSpeed::SuperSpeed));
-    EXPECT_EQ(m_error, "another program does not stop taking ports of vhci_hcd");
+    EXPECT_EQ(m_error, "another program keeps taking ports of vhci_hcd");
     EXPECT_TRUE(m_kernel.sockets.empty());
 }
 

@@ -139,7 +139,7 @@ TEST_F(VirtualHubTest, DoesNotStartWithTheFlashOfAnotherHub)
     VirtualHub second(2, m_sim, m_host, [](const std::string&) {});
     std::string error;
     EXPECT_FALSE(second.start(error)); // its hub is already open, like a locked file
-    EXPECT_THAT(error, HasSubstr("in use by another hub or another program"));
+    EXPECT_THAT(error, HasSubstr("in use by another hub or program"));
 }
 
 } // namespace
