@@ -1,7 +1,7 @@
 # Reads config.ini as the tool does, and prints the ids of each supported hub: a line "VID PID" for
-# SuperSpeed and one for high speed, four hexadecimal digits each. Numbers are checked more strictly:
-# one that the tool would cut off or read as 0 ends the program with status 1, and the only line
-# printed says why. Expects LC_ALL=C, so that characters are bytes.
+# SuperSpeed and one for high speed, four hexadecimal digits each. It is stricter about numbers: one
+# that the tool would cut off or read as 0 ends the program with status 1, and the only line printed
+# says why. Expects LC_ALL=C, so that characters are bytes.
 
 function strip(text) {
     gsub(/^[ \t\r\013\014]+|[ \t\r\013\014]+$/, "", text)
@@ -28,7 +28,7 @@ function valueOf(text) {
     return text == "\"\"" || text == "\047\047" ? "" : text
 }
 
-function take(line,    equals) {
+function take(line,    equals, key) {
     line = strip(line)
     if (line == "" || line ~ /^[#;]/)
         return
@@ -40,10 +40,11 @@ function take(line,    equals) {
     equals = index(line, "=")
     if (equals < 2)
         stop("line " NR " is neither a section, a key with its value nor a comment")
-    value[section ":" tolower(strip(substr(line, 1, equals - 1)))] = valueOf(strip(substr(line, equals + 1)))
+    key = section ":" tolower(strip(substr(line, 1, equals - 1)))
+    value[key] = valueOf(strip(substr(line, equals + 1)))
 }
 
-# The 16-bit number of a key, 0 when there is none.
+# The 16-bit number of a key; 0 if there is none.
 function number(key,    text, base, digits, result, i) {
     text = tolower(value["support vid pid:" tolower(key)])
     if (text == "")

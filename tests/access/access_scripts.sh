@@ -265,7 +265,7 @@ read_the_configuration() {
     expect_refused 'names no supported hub'
     printf '[Support Vid Pid]\nVID_00 = 1\0\n' >"$root$here/config.ini"
     run load
-    expect_refused 'no text'
+    expect_refused 'not a text file'
     head -c 70000 /dev/zero | tr '\0' '\n' >"$root$here/config.ini"
     run load
     expect_refused 'larger than 64 KiB'
@@ -303,7 +303,7 @@ know_the_caller() {
     run_with -- "$here/load"
     expect_refused "another user (uid $caller)"
     run_with PKEXEC_UID='4711 -o' -- "$here/load"
-    expect_refused 'who has called'
+    expect_refused 'who called'
     copy_bundle 0
     run load
     expect_rule 1209:0001 1209:0002
@@ -341,7 +341,7 @@ refuse_another_copy() {
     refuse_file 'plain files' mkdir "$copy/folder"
     refuse_file 'plain files' ln -sf "$here/HubUpdaterDriver.kext/README.txt" "$copy/README.txt"
     refuse_file 'plain files' mkfifo "$copy/pipe"
-    refuse_file 'second name' ln "$copy/README.txt" "$root/tmp/second"
+    refuse_file 'second hard link' ln "$copy/README.txt" "$root/tmp/second"
     refuse_file 'is missing' rm -r "$copy"
     install -o "$caller" -m 644 /dev/null "$copy"
     run load
@@ -376,7 +376,7 @@ refuse_a_damaged_bundle() {
     mv "$bundle/hub-access.rules" "$root/kept"
     copy_bundle
     run load
-    expect_refused 'holds no rule'
+    expect_refused 'contains no rule'
     ln -s README.txt "$bundle/hub-access.rules"
     run load
     expect_refused 'damaged'
@@ -418,8 +418,8 @@ continue_after_a_failure() {
         udev_fails $word
         run unload
         case $word in
-        control) expect_said "$is_gone, but udev does not answer; call this again or restart the machine" ;;
-        trigger) expect_said "$is_gone; call this again or unplug the hub" ;;
+        control) expect_said "$is_gone, but udev does not answer; run this again or restart the machine" ;;
+        trigger) expect_said "$is_gone; run this again or unplug the hub" ;;
         esac
         expect_equal "$(stat -c %a "$leaving")" 644
         recorder udevadm
@@ -433,7 +433,7 @@ continue_after_a_failure() {
     ids 0x0009 0x0002
     udev_fails trigger
     run load
-    expect_said "$in_place; hubs no longer named stay open until unplugged"
+    expect_said "$in_place; hubs that it no longer names stay accessible until they are unplugged"
     open_nodes
     recorder udevadm
     run load
@@ -507,12 +507,12 @@ wait_for_the_tool_and_each_other() {
     input=$root/input
     echo 0 >"$root/lock"
     run unload
-    expect_said '0 unload: the hub has been in use for two minutes; going on without waiting longer'
+    expect_said '0 unload: the hub has been in use for two minutes; not waiting any longer'
     expect_gone
     expect_equal "$(grep flock "$root/calls")" $'flock -x -w 120 0\nflock -x -w 300 9'
     echo 9 >"$root/lock"
     run load
-    expect_equal "$status $said" '1 load: another load or unload does not end; try again later'
+    expect_equal "$status $said" '1 load: another load or unload is still running; try again later'
     # load waits for the tool only when it takes access away.
     echo none >"$root/lock"
     run load

@@ -233,9 +233,9 @@ know_the_caller() {
     as_root_with 0 -- "$here/load"
     expect_refused 'belongs to another user'
     as_root_with 0 'SUDO_UID=4711 -o -name x' -- "$here/load"
-    expect_refused 'who has called'
+    expect_refused 'who called'
     as_root_with 0 'SUDO_UID=' -- "$here/load"
-    expect_refused 'who has called'
+    expect_refused 'who called'
     as_root_with 0 'SUDO_UID=4294967296' -- "$here/load" # more than a user id can be
     expect_refused ''
     for place in '' Contents Contents/MacOS/HubUpdaterDriver; do
@@ -295,10 +295,10 @@ refuse_another_copy() {
     refuse_copy differs touch "$copy/Contents/MacOS/more"
     refuse_copy differs mkdir "$copy/Contents/more"
     refuse_copy differs rm "$copy/Contents/_CodeSignature/CodeResources"
-    refuse_copy 'something else than files and folders' \
+    refuse_copy 'something other than files and folders' \
         ln -sf "$here/HubUpdaterDriver.kext/Contents/Info.plist" "$copy/Contents/Info.plist"
-    refuse_copy 'something else than files and folders' mkfifo "$copy/pipe"
-    refuse_copy 'second name' ln "$copy/README.txt" "$root/private/tmp/second"
+    refuse_copy 'something other than files and folders' mkfifo "$copy/pipe"
+    refuse_copy 'second hard link' ln "$copy/README.txt" "$root/private/tmp/second"
     refuse_copy 'is missing' rm -r "$copy"
     install -o "$caller" -m 644 /dev/null "$copy"
     run load
@@ -324,28 +324,28 @@ refuse_a_damaged_bundle() {
     sed -i 's,</string>,.other</string>,' "$bundle/Contents/Info.plist"
     copy_bundle
     run load
-    expect_refused "another driver than $identifier"
+    expect_refused "another driver, not $identifier"
     install_tool "$here"
     copy_bundle
     ln -s Info.plist "$bundle/Contents/more"
     run load
-    expect_refused 'beside this script holds something else'
+    expect_refused 'beside this script contains something other'
     rm "$bundle/Contents/more"
     mkfifo "$bundle/Contents/more"
     run load
-    expect_refused 'beside this script holds something else'
+    expect_refused 'beside this script contains something other'
     rm "$bundle/Contents/more"
     mv "$bundle" "$bundle.real"
     ln -s HubUpdaterDriver.kext.real "$bundle"
     run load
-    expect_refused 'missing beside this script'
+    expect_refused 'beside this script is missing'
     rm "$bundle" && mv "$bundle.real" "$bundle"
     : >"$bundle/Contents/MacOS/HubUpdaterDriver"
     run load
-    expect_refused 'holds no driver, Contents/MacOS/HubUpdaterDriver'
+    expect_refused 'has no driver, Contents/MacOS/HubUpdaterDriver'
     rm -r "$bundle/Contents" # as it is shipped
     run load
-    expect_refused 'holds no Contents/Info.plist'
+    expect_refused 'has no Contents/Info.plist'
 }
 
 refuse_a_place_that_others_can_write_to() {
@@ -354,13 +354,13 @@ refuse_a_place_that_others_can_write_to() {
         for folder in / /private /private/var /private/var/db; do
             chmod $change "$root$folder"
             run load
-            expect_refused "others than root can write to $folder,"
+            expect_refused "users other than root can write to $folder,"
             chmod go-w "$root$folder"
         done
     done
     chown "$caller" "$store"
     run load
-    expect_refused 'others than root can write to /private/var/db,'
+    expect_refused 'users other than root can write to /private/var/db,'
 }
 
 # --- what fails -----------------------------------------------------------------------------------
@@ -369,15 +369,15 @@ say_why_load_fails() {
     local command what
     touch "$root/state/refuse/kextload"
     run load
-    expect_equal "$status $said" $'1 kextload: refused\nload: the system does not take the driver; its reason stands above'
+    expect_equal "$status $said" $'1 kextload: refused\nload: the system refused the driver; its reason is above'
     nothing_is_kept
     echo 10.10.5 >"$root/state/version"
     run load
-    expect_equal "$status $last" '1 load: kext-dev-mode=1 is set and counts from the next start on; restart the machine and load again'
+    expect_equal "$status $last" '1 load: kext-dev-mode=1 is set, but takes effect only after a restart; restart the machine and load again'
     nothing_is_kept
     expect_equal "$(boot_arguments)" '-v  debug=0x144 kext-dev-mode=1'
     run load
-    expect_equal "$status $last" '1 load: the system does not take the driver; its reason stands above'
+    expect_equal "$status $last" '1 load: the system refused the driver; its reason is above'
     nothing_is_kept
     printf 'boot-args\t-v  debug=0x144\n' >"$root/state/nvram"
     while IFS='|' read -r command what; do
@@ -390,7 +390,7 @@ say_why_load_fails() {
     done <<'COMMANDS'
 nvram-set|the boot argument kext-dev-mode=1 cannot be set
 nvram-p|the boot arguments cannot be read
-sw_vers|the version of the system cannot be told
+sw_vers|cannot find out the system's version
 mktemp|cannot write to /private/var/db
 cp|the driver bundle HubUpdaterDriver.kext cannot be copied to /private/var/db
 mkdir|cannot write to /private/var/db
@@ -405,7 +405,7 @@ say_why_unload_fails() {
     run load
     touch "$root/state/refuse/kextunload"
     run unload
-    expect_equal "$status $last" "1 unload: the system does not let go of $identifier; unplug the hub and call this again"
+    expect_equal "$status $last" "1 unload: the system does not release $identifier; unplug the hub and run this again"
     expect_calls 'kextstat -l' "kextunload -b $identifier"
     [ -n "$(ls -A "$store"/*/HubUpdaterDriver.kext/Contents)" ] || complain 'the files of a loaded driver are gone'
     touch "$root/state/refuse/kextstat"
@@ -415,7 +415,7 @@ say_why_unload_fails() {
     rm "$root"/state/refuse/*
     touch "$root/state/refuse/rm"
     run unload
-    expect_equal "$status $last" '1 unload: the driver is not loaded any more; what was kept of it, /private/var/db/org.vornadel.driver.*, cannot be removed'
+    expect_equal "$status $last" '1 unload: the driver is no longer loaded, but its copy, /private/var/db/org.vornadel.driver.*, cannot be removed'
 }
 
 # Until the system is asked to load or unload, a signal ends the script, and nothing stays behind. From
@@ -466,7 +466,7 @@ want_root_and_no_arguments() {
     expect_calls 'shutdown -r now'
     touch "$root/state/refuse/shutdown"
     run reboot
-    expect_equal "$status $last" '1 reboot: the system does not restart'
+    expect_equal "$status $last" '1 reboot: the system refused to restart'
 }
 
 chroot=$(command -v chroot)
