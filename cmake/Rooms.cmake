@@ -4,8 +4,8 @@
 # against it.
 
 set(VORNADEL_ROOMS
-  platform_api platform_posix platform_linux platform_macos platform_native base sim props firmware editor
-  hub config flows driver app cli virtual_hub)
+  platform_api platform_posix platform_linux platform_macos platform_native base sim props firmware
+  editor hub config flows driver app cli virtual_hub)
 
 set(ROOM_FOLDER_platform_api   platform)
 set(ROOM_FOLDER_platform_posix platform/posix)
@@ -64,12 +64,13 @@ function(vornadel_target_defaults target)
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
     -Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual
     $<$<BOOL:${VORNADEL_WARNINGS_ARE_ERRORS}>:-Werror>
-    # Files that are compiled together are included ones, whose anonymous namespaces g++ takes for a header's.
+    # A unity build includes the files, and g++ takes their anonymous namespaces for a header's.
     $<$<AND:$<CXX_COMPILER_ID:GNU>,$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>>:-Wno-subobject-linkage>)
   if(VORNADEL_SANITIZE)
     target_compile_options(${target} PRIVATE
       -fsanitize=${VORNADEL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all
-      $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>) # false positives of g++ 12 in the standard library
+      # False positives of g++ 12 in the standard library.
+      $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
     target_link_options(${target} PUBLIC -fsanitize=${VORNADEL_SANITIZE})
   endif()
 endfunction()
