@@ -181,7 +181,7 @@ std::string faultBeforeReading(const std::string& path)
     std::error_code failed;
     const fs::file_status status = fs::status(path, failed);
     if (!fs::exists(status)) {
-        return "does not exist or cannot be reached";
+        return "cannot be found";
     }
     if (!fs::is_regular_file(status)) {
         return "is not a regular file"; // opening it could block for ever

@@ -21,21 +21,21 @@ bool readImage(std::string_view value, SimulatedHubOptions& options, std::string
 
 bool readLatency(std::string_view value, SimulatedHubOptions& options, std::string& error)
 {
-    error = "latency is real or none, not \"" + std::string(value) + '"';
+    error = "latency must be real or none, not \"" + std::string(value) + '"';
     options.latency = value == "none" ? SimulatedLatency::None : SimulatedLatency::Real;
     return value == "none" || value == "real";
 }
 
 bool readMode(std::string_view value, SimulatedHubOptions& options, std::string& error)
 {
-    error = "mode is flash or rom, not \"" + std::string(value) + '"';
+    error = "mode must be flash or rom, not \"" + std::string(value) + '"';
     options.mode = value == "rom" ? HubCode::Rom : HubCode::Flash;
     return value == "rom" || value == "flash";
 }
 
 bool readIds(std::string_view value, SimulatedHubOptions& options, std::string& error)
 {
-    error = "ids are VID:SSPID:HSPID in hex, not \"" + std::string(value) + '"';
+    error = "ids must be VID:SSPID:HSPID in hex, not \"" + std::string(value) + '"';
     if (std::count(value.begin(), value.end(), ':') != 2) {
         return false;
     }
@@ -96,13 +96,13 @@ bool parseSimulatedHubOptions(std::string_view text, SimulatedHubOptions& option
             return candidate.key == key;
         });
         if (row == kKeys.end()) {
-            error = "the simulated hub has no option \"" + option +
-                    "\"; it knows image, latency, mode, ids and fault";
+            error = "unknown option \"" + option +
+                    "\"; the options are image, latency, mode, ids and fault";
             return false;
         }
         if (key.size() == option.size()) {
             error = option;
-            error += " needs a value after an equals sign";
+            error += " needs a value: " + option + "=VALUE";
             return false;
         }
         if (!seen.insert(row->key).second && !row->repeats) {

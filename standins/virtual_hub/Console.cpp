@@ -48,8 +48,8 @@ std::string Console::answer(std::string_view line)
         std::find_if(kCommands.begin(), kCommands.end(),
                      [&](const CommandRow& candidate) { return candidate.name == name; });
     if (row == kCommands.end()) {
-        return refusal("the commands are plug [N], plug-rom [N], unplug [N], fault FAULT [N], "
-                       "status [N], quit");
+        return refusal("unknown command; use plug [N], plug-rom [N], unplug [N], fault FAULT [N], "
+                       "status [N] or quit");
     }
     if (row->takesArgument && !(words >> argument)) {
         return refusal(name + " needs an argument");

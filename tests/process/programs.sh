@@ -33,8 +33,8 @@ for program in "$vornadel" "$vornadelctl"; do
 done
 expect 2 "nonsense" "$vornadel" --nonsense
 expect 2 "nonsense" "$vornadelctl" --nonsense list
-expect 2 "it knows image" "$vornadel" --simulated-hub=colour=red
-expect 2 "it knows image" "$vornadelctl" --simulated-hub=colour=red list
+expect 2 "options are image" "$vornadel" --simulated-hub=colour=red
+expect 2 "options are image" "$vornadelctl" --simulated-hub=colour=red list
 expect 1 "vornadelctl works without one" env -u DISPLAY -u WAYLAND_DISPLAY QT_QPA_PLATFORM=xcb "$vornadel" --simulated-hub
 expect 1 "vornadelctl works without one" env QT_QPA_PLATFORM=nonsense "$vornadel" --simulated-hub
 expect 2 "" "$vornadelctl"

@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 
 using ::testing::IsEmpty;
 
-constexpr const char* kMissing = " does not exist or cannot be reached and was not read";
+constexpr const char* kMissing = " cannot be found and was not read";
 constexpr const char* kGood = "[HubFF_USB_05]\nPropName = Five\n";
 
 class HostileFile : public DefinitionFolder

@@ -54,8 +54,8 @@ TEST(SimulatedHubOptions, ReadsEveryKey)
 
 TEST(SimulatedHubOptions, NamesWhatItDoesNotUnderstand)
 {
-    EXPECT_THAT(refusal("speed=high"), HasSubstr("no option \"speed=high\""));
-    EXPECT_THAT(refusal("latency=none,"), HasSubstr("no option \"\""));
+    EXPECT_THAT(refusal("speed=high"), HasSubstr("unknown option \"speed=high\""));
+    EXPECT_THAT(refusal("latency=none,"), HasSubstr("unknown option \"\""));
     EXPECT_THAT(refusal("mode"), HasSubstr("mode needs a value"));
     EXPECT_THAT(refusal("image=x,image=y"), HasSubstr("image is given twice"));
     EXPECT_THAT(refusal("image="), HasSubstr("file name"));
