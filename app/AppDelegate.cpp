@@ -70,7 +70,7 @@ void AppDelegate::applicationDidFinishLaunching()
 
 void AppDelegate::startFlow(std::function<void()> flow)
 {
-    // No script takes the access to the hub away in the middle of the flow.
+    // No script withdraws access to the hub in the middle of the flow.
     std::shared_ptr<HubHold> hold = m_platform.privileged.holdHub();
     if (hold == nullptr) {
         sayThatNothingStarts("access to the hub is being withdrawn");
