@@ -2,18 +2,12 @@
 //
 // An input is a byte with how many bytes arrive at a time less one, and what arrives.
 
-#include "standins/sim/DemoImage.h"
-#include "standins/virtual_hub/Console.h"
 #include "standins/virtual_hub/LineReader.h"
 #include "tests/fuzz/FuzzInput.h"
-#include "tests/support/VirtualClock.h"
+#include "tests/virtual_hub/RecordingHost.h"
 
 #include <algorithm>
-#include <map>
-#include <memory>
-#include <mutex>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace vornadel::test
@@ -22,55 +16,10 @@ namespace vornadel::test
 namespace
 {
 
-/// A bus that takes whatever is put onto it.
-class EasyBus final : public HubHost
-{
-public:
-    bool attach(const VirtualDevice& device, std::string& /*error*/) override
-    {
-        const std::lock_guard lock(m_mutex);
-        m_there[{device.hub, device.half}] = true;
-        return true;
-    }
-    void beginDetach(unsigned hub, HubSpeed half) override
-    {
-        const std::lock_guard lock(m_mutex);
-        m_there[{hub, half}] = false;
-    }
-    void finishDetach(unsigned /*hub*/, HubSpeed /*half*/) override {}
-    std::string busId(unsigned hub, HubSpeed half) override
-    {
-        const std::lock_guard lock(m_mutex);
-        return m_there[{hub, half}] ? "1-" + std::to_string(hub) : std::string();
-    }
-
-private:
-    std::mutex m_mutex;
-    std::map<std::pair<unsigned, HubSpeed>, bool> m_there;
-};
-
 /// Two hubs with their console, and what it answers.
 class Bench
 {
 public:
-    Bench()
-    {
-        static const std::vector<std::uint8_t> demo = demoImage();
-        for (unsigned number = 1; number <= 2; ++number) {
-            SimulatedHubOptions options;
-            options.initialFlash = demo;
-            options.keepInMemory = true;
-            options.latency = SimulatedLatency::None;
-            std::string error;
-            m_sims.push_back(SimulatedHub::create(options, m_clock, error));
-            m_hubs.push_back(
-                std::make_unique<VirtualHub>(number, m_sims.back(), m_bus, [](const std::string&) {
-                    require(false, "a hub finds its bus");
-                }));
-            require(m_hubs.back()->start(error), "a hub starts");
-        }
-    }
-
     std::vector<std::string> answers(std::span<const std::uint8_t> bytes, std::size_t atATime)
     {
         std::vector<std::string> all;
@@ -95,12 +44,12 @@ private:
                 all.emplace_back("too long");
                 continue;
             }
-            const bool quit = m_console.quit();
-            const std::string answer = m_console.answer(line->text);
+            const bool quit = m_two.console.quit();
+            const std::string answer = m_two.console.answer(line->text);
             const bool ok = answer == "ok" || answer.rfind("ok ", 0) == 0;
             require(ok || answer.rfind("error: ", 0) == 0, "a line is carried out or refused");
-            require(ok || m_console.quit() == quit, "what is refused has no effect");
-            for (const auto& sim : m_sims) {
+            require(ok || m_two.console.quit() == quit, "what is refused has no effect");
+            for (const auto& sim : m_two.sims) {
                 const std::size_t on = sim->attachedHalves().size();
                 require(on == 0 || on == 2, "a hub is on the bus with both halves, or not at all");
             }
@@ -108,11 +57,7 @@ private:
         }
     }
 
-    VirtualClock m_clock;
-    EasyBus m_bus;
-    std::vector<std::shared_ptr<SimulatedHub>> m_sims;
-    std::vector<std::unique_ptr<VirtualHub>> m_hubs;
-    Console m_console{m_hubs};
+    TwoHubs m_two;
 };
 
 } // namespace

@@ -4,11 +4,9 @@
 // An input is a byte whose bit 0 says whether the hub runs its ROM code, a byte with the number of
 // bytes that arrive at a time, minus one, and the bytes themselves.
 
-#include "standins/sim/DemoImage.h"
-#include "standins/sim/SimulatedHub.h"
 #include "standins/virtual_hub/ServerConversation.h"
 #include "tests/fuzz/FuzzInput.h"
-#include "tests/support/VirtualClock.h"
+#include "tests/virtual_hub/RecordingHost.h"
 
 #include <algorithm>
 #include <memory>
@@ -34,19 +32,7 @@ constexpr auto kGone = static_cast<std::uint32_t>(-108);
 class OfferedHub : public ExportList
 {
 public:
-    explicit OfferedHub(HubCode code)
-    {
-        // Made once, because that takes longer than all the rest.
-        static const std::vector<std::uint8_t> demo = demoImage();
-        SimulatedHubOptions options;
-        options.initialFlash = demo;
-        options.keepInMemory = true;
-        options.latency = SimulatedLatency::None;
-        options.mode = code;
-        std::string error;
-        m_hub = SimulatedHub::create(options, m_clock, error);
-        require(m_hub != nullptr, "there is a simulated hub");
-    }
+    explicit OfferedHub(HubCode code) : m_hub(hubInMemory(m_clock, SimulatedLatency::None, code)) {}
 
     std::vector<ExportedDevice> devices() override
     {

@@ -42,7 +42,19 @@ public:
         return path(name);
     }
 
+    std::string write(std::string_view name, const char* text) const
+    {
+        return write(name, std::string_view(text));
+    }
+
     std::vector<std::uint8_t> read(std::string_view name) const
+    {
+        std::ifstream file(m_path / name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    }
+
+    /// The content of a text file.
+    std::string text(std::string_view name) const
     {
         std::ifstream file(m_path / name, std::ios::binary);
         return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};

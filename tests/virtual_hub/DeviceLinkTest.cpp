@@ -3,8 +3,8 @@
 #include "standins/virtual_hub/UrbExchange.h"
 #include "tests/support/VirtualClock.h"
 #include "tests/virtual_hub/Frames.h"
-#include "tests/virtual_hub/HalfBench.h"
 #include "tests/virtual_hub/Peer.h"
+#include "tests/virtual_hub/SomeDevice.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,6 +12,7 @@
 #include <array>
 #include <atomic>
 #include <future>
+#include <memory>
 #include <sys/socket.h>
 
 namespace vornadel::test
@@ -26,65 +27,42 @@ using testing::Each;
 class DeviceLinkTest : public testing::Test
 {
 protected:
-    DeviceLinkTest() : DeviceLinkTest(pair()) {}
+    std::unique_ptr<DeviceLink> link()
+    {
+        return std::make_unique<DeviceLink>(m_ends[1], std::make_unique<UrbExchange>(m_device),
+                                            m_clock);
+    }
 
-    VirtualClock m_clock;
-    Peer m_peer;
-    std::atomic<int> m_ended = 0;
-    DeviceLink m_link;
+    /// The device leaves; returns once the link has hung up.
+    void leave()
+    {
+        const std::unique_ptr<DeviceLink> leaving = link();
+        leaving->leave();
+        leaving->join();
+    }
 
 private:
-    static std::array<int, 2> pair()
+    static std::array<int, 2> socketPair()
     {
         std::array<int, 2> ends{};
         EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
         return ends;
     }
-    explicit DeviceLinkTest(std::array<int, 2> ends)
-        : m_peer(ends[0]),
-          m_link(ends[1], std::make_unique<UrbExchange>(someDevice(HubSpeed::SuperSpeed)), m_clock,
-                 [this] { ++m_ended; })
-    {
-    }
+
+    const std::array<int, 2> m_ends = socketPair();
+
+protected:
+    VirtualDevice m_device = someDevice(HubSpeed::SuperSpeed);
+    VirtualClock m_clock;
+    Peer m_peer{m_ends[0]};
 };
 
-TEST_F(DeviceLinkTest, AnswersManyAtOnceAndInPieces)
+TEST_F(DeviceLinkTest, CarriesOutNothingMoreOnceTheDeviceLeaves)
 {
-    Bytes many;
-    Bytes answers;
-    for (std::uint32_t sequence = 1; sequence <= 500; ++sequence) {
-        many = many + frame({sequence, 1, 0, 1, {0x80, 8, 0, 0, 0, 0, 1, 0}});
-        answers = answers + answer(sequence, 0, 1, {0});
-    }
-    m_peer.send({many.begin(), many.begin() + 1000});
-    m_peer.send({many.begin() + 1000, many.begin() + 1001});
-    m_peer.send({many.begin() + 1001, many.end()});
-    EXPECT_EQ(m_peer.receive(answers.size()), answers);
-}
-
-TEST_F(DeviceLinkTest, AnswersWithAnErrorBeforeItHangsUp)
-{
-    m_peer.send(frame(statusRequest(1)));
-    m_peer.send(frame({2, 1, 0, 1, {0x80, 8, 0, 0, 0, 0, 1, 0}}));
-    EXPECT_EQ(m_peer.receive(49), answer(2, 0, 1, {0}));
-    m_link.leave();
-    EXPECT_EQ(m_peer.receive(48), answer(1, -108, 0));
-    EXPECT_TRUE(m_peer.hasEnded());
-    m_link.join();
-    EXPECT_EQ(m_ended, 1);
-}
-
-TEST(DeviceLinkQueue, CarriesOutNothingMoreOnceTheDeviceLeaves)
-{
-    std::array<int, 2> ends{};
-    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
-    const Peer peer(ends[0]);
-    VirtualClock clock;
     std::promise<void> reached;
     std::promise<void> left;
     std::atomic<int> carriedOut = 0;
-    VirtualDevice device = someDevice(HubSpeed::SuperSpeed);
-    device.vendorRequest = [&](ControlRequest&) { // the first one lasts until the device leaves
+    m_device.vendorRequest = [&](ControlRequest&) { // the first one lasts until the device leaves
         if (++carriedOut == 1) {
             reached.set_value();
             left.get_future().wait();
@@ -97,13 +75,13 @@ TEST(DeviceLinkQueue, CarriesOutNothingMoreOnceTheDeviceLeaves)
         many = many + frame({sequence, 0, 0, 0, {0x40, 2, 0, 0, 0, 0, 0, 0}});
         answers = sequence == 1 ? answers : answers + answer(sequence, -108, 0);
     }
-    peer.send(many);
-    DeviceLink link(ends[1], std::make_unique<UrbExchange>(device), clock);
+    m_peer.send(many);
+    const std::unique_ptr<DeviceLink> leaving = link();
     reached.get_future().wait();
-    link.leave();
+    leaving->leave();
     left.set_value();
-    EXPECT_EQ(peer.receive(answers.size()), answers);
-    EXPECT_TRUE(peer.hasEnded());
+    EXPECT_EQ(m_peer.receive(answers.size()), answers);
+    EXPECT_TRUE(m_peer.hasEnded());
     EXPECT_EQ(carriedOut, 1);
 }
 
@@ -116,8 +94,7 @@ TEST_F(DeviceLinkTest, HangsUpOnlyAfterASilence)
             m_peer.send(frame(statusRequest(static_cast<std::uint32_t>(sleeps))));
         }
     };
-    m_link.leave();
-    m_link.join();
+    leave();
     EXPECT_EQ(m_peer.receive(std::size_t{3} * 48),
               answer(1, -108, 0) + answer(2, -108, 0) + answer(3, -108, 0));
     EXPECT_TRUE(m_peer.hasEnded());
@@ -128,16 +105,7 @@ TEST_F(DeviceLinkTest, HangsUpOnlyAfterASilence)
 TEST_F(DeviceLinkTest, HangsUpOnWhoNeverFallsSilent)
 {
     m_clock.onSleep = [&](Clock::Duration) { m_peer.send(frame(statusRequest(1))); };
-    m_link.leave();
-    m_link.join();
-    EXPECT_LE(m_clock.now(), Clock::Duration(1s));
-}
-
-TEST_F(DeviceLinkTest, HangsUpOnWhoNeverListens)
-{
-    m_peer.sendUntilFull(frame({1, 1, 0, 18, {0x80, 6, 0, 1, 0, 0, 18, 0}}));
-    m_link.leave();
-    m_link.join();
+    leave();
     EXPECT_LE(m_clock.now(), Clock::Duration(1s));
 }
 

@@ -1,13 +1,10 @@
 #pragma once
 
-#include "standins/virtual_hub/VhciPorts.h"
+#include "tests/support/TemporaryFolder.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <iomanip>
-#include <iterator>
 #include <map>
 #include <string>
 
@@ -24,22 +21,12 @@ public:
 
     FakeSysfs()
     {
-        std::string name =
-            (std::filesystem::temp_directory_path() / "vornadel-vhci-test-XXXXXX").string();
-        m_root = ::mkdtemp(name.data()) != nullptr ? name : std::string();
         for (unsigned bus = 1; bus <= 2 * kControllers; ++bus) {
             std::filesystem::create_directories(busFolder(bus));
             std::ofstream(busFolder(bus) / "speed") << (bus % 2 == 0 ? "5000\n" : "480\n");
         }
         std::ofstream(m_root / "vhci_hcd.0/attach").flush();
         writeStatus();
-    }
-    FakeSysfs(const FakeSysfs&) = delete;
-    FakeSysfs& operator=(const FakeSysfs&) = delete;
-    ~FakeSysfs()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_root, ignored);
     }
 
     const std::filesystem::path& root() const { return m_root; }
@@ -56,15 +43,11 @@ public:
         std::filesystem::create_directory(deviceFolder(busId));
     }
     void hide(const std::string& busId) const { std::filesystem::remove(deviceFolder(busId)); }
-    bool shows(const std::string& busId) const
+    /// Only root may attach devices.
+    void makeReadOnly() const
     {
-        return std::filesystem::exists(deviceFolder(busId));
-    }
-
-    std::string attached() const
-    {
-        std::ifstream file(m_root / "vhci_hcd.0/attach");
-        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+        std::filesystem::permissions(m_root, std::filesystem::perms(0755));
+        std::filesystem::permissions(m_root / "vhci_hcd.0/attach", std::filesystem::perms(0444));
     }
 
 private:
@@ -95,7 +78,8 @@ private:
         }
     }
 
-    std::filesystem::path m_root;
+    const TemporaryFolder m_folder;
+    const std::filesystem::path m_root = m_folder.path();
     std::map<unsigned, unsigned> m_states;
 };
 

@@ -52,30 +52,12 @@ inline Bytes frame(const Submit& submit)
            word(0) + submit.setup + submit.data;
 }
 
-inline Bytes unlinkFrame(std::uint32_t sequence, std::uint32_t unlinked)
-{
-    return word(2) + word(sequence) + word(kDevice) + word(0) + word(0) + word(unlinked) +
-           Bytes(24);
-}
-
 /// The answer to a transfer.
 inline Bytes answer(std::uint32_t sequence, std::int32_t status, std::uint32_t moved,
                     const Bytes& data = {})
 {
     return word(3) + word(sequence) + Bytes(12) + word(static_cast<std::uint32_t>(status)) +
            word(moved) + Bytes(20) + data;
-}
-
-inline Bytes unlinkAnswer(std::uint32_t sequence, std::int32_t status)
-{
-    return word(4) + word(sequence) + Bytes(12) + word(static_cast<std::uint32_t>(status)) +
-           Bytes(24);
-}
-
-/// Asks for `length` bytes of the device descriptor.
-inline Submit deviceDescriptorRequest(std::uint32_t sequence, std::uint8_t length = 18)
-{
-    return {sequence, 1, 0, length, {0x80, 6, 0, 1, 0, 0, length, 0}};
 }
 
 /// A transfer that waits for a change on the ports.

@@ -38,14 +38,6 @@ public:
         EXPECT_EQ(::send(m_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL),
                   static_cast<ssize_t>(bytes.size()));
     }
-    /// Sends the same bytes repeatedly until the socket is full, and reads nothing.
-    void sendUntilFull(const Bytes& bytes) const
-    {
-        pollfd room = {m_socket, POLLOUT, 0};
-        while (poll(&room, 1, 200) == 1 &&
-               ::send(m_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT) > 0) {
-        }
-    }
     /// Exactly `size` bytes, or fewer if the connection ends first.
     Bytes receive(std::size_t size) const
     {

@@ -1,13 +1,18 @@
 #pragma once
 
+#include "standins/sim/DemoImage.h"
 #include "standins/sim/SimulatedHub.h"
+#include "standins/virtual_hub/Console.h"
 #include "standins/virtual_hub/HubHost.h"
+#include "tests/support/VirtualClock.h"
 
-#include <gtest/gtest.h>
+#include <array>
+#include <cstdlib>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vornadel::test
@@ -85,17 +90,42 @@ private:
     std::string m_refusal;
 };
 
-/// A hub with its flash in memory, configured as on a command line. On error: null, and a test
-/// failure.
-inline std::shared_ptr<SimulatedHub> hubInMemory(const std::string& options, Clock& clock)
+/// A hub with the demo image in its flash, in memory.
+inline std::shared_ptr<SimulatedHub> hubInMemory(Clock& clock,
+                                                 SimulatedLatency latency = SimulatedLatency::None,
+                                                 HubCode code = HubCode::Flash)
 {
-    SimulatedHubOptions parsed;
+    // Made once, because that takes longer than all the rest.
+    static const std::vector<std::uint8_t> demo = demoImage();
+    SimulatedHubOptions options;
+    options.initialFlash = demo;
+    options.keepInMemory = true;
+    options.latency = latency;
+    options.mode = code;
     std::string error;
-    EXPECT_TRUE(parseSimulatedHubOptions(options, parsed, error)) << error;
-    parsed.keepInMemory = true;
-    std::shared_ptr<SimulatedHub> hub = SimulatedHub::create(parsed, clock, error);
-    EXPECT_NE(hub, nullptr) << error;
-    return hub;
+    return SimulatedHub::create(options, clock, error);
 }
+
+/// Two hubs, each on its own bus, and their console.
+struct TwoHubs {
+    TwoHubs()
+    {
+        for (unsigned number = 1; number <= 2; ++number) {
+            std::string error;
+            sims.push_back(hubInMemory(clock));
+            hubs.push_back(std::make_unique<VirtualHub>(number, sims.back(), hosts.at(number - 1),
+                                                        [](const std::string&) { std::abort(); }));
+            if (!hubs.back()->start(error)) {
+                std::abort();
+            }
+        }
+    }
+
+    VirtualClock clock;
+    std::array<RecordingHost, 2> hosts;
+    std::vector<std::shared_ptr<SimulatedHub>> sims;
+    std::vector<std::unique_ptr<VirtualHub>> hubs;
+    Console console{hubs};
+};
 
 } // namespace vornadel::test

@@ -1,6 +1,5 @@
 #include "standins/virtual_hub/VirtualHub.h"
 
-#include "tests/support/VirtualClock.h"
 #include "tests/virtual_hub/RecordingHost.h"
 
 #include <gmock/gmock.h>
@@ -18,17 +17,15 @@ namespace
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 class VirtualHubTest : public testing::Test
 {
 protected:
-    void plugIn(const std::string& options)
+    void plugIn(SimulatedLatency latency = SimulatedLatency::None)
     {
         std::string error;
-        m_sim = hubInMemory(options, m_clock);
-        ASSERT_NE(m_sim, nullptr);
+        m_sim = hubInMemory(m_clock, latency);
         m_hub = std::make_unique<VirtualHub>(1, m_sim, m_host, [this](const std::string& problem) {
             const std::lock_guard lock(m_mutex);
             m_complaints.push_back(problem);
@@ -37,10 +34,10 @@ protected:
     }
     void TearDown() override { m_hub.reset(); }
 
-    /// A request from the host to the half that is on the bus now.
-    std::uint32_t send(std::uint8_t bRequest, std::uint16_t wValue = 0)
+    /// Sends the request to the half that is on the bus now.
+    std::uint32_t restartIntoRom()
     {
-        ControlRequest request = {0x40, bRequest, wValue, 0};
+        ControlRequest request = {0x40, 0x00, 0, 0};
         return m_host.device(HubSpeed::SuperSpeed).vendorRequest(request);
     }
     std::vector<std::string> told()
@@ -57,22 +54,11 @@ protected:
     std::unique_ptr<VirtualHub> m_hub;
 };
 
-TEST_F(VirtualHubTest, GoesOntoTheBusSuperSpeedFirst)
-{
-    plugIn("latency=none");
-    EXPECT_THAT(told(), ElementsAre("attach super", "attach high"));
-    EXPECT_EQ(m_host.device(HubSpeed::SuperSpeed).productId, 0x0001);
-    EXPECT_EQ(m_host.device(HubSpeed::HighSpeed).productId, 0x0002);
-    EXPECT_EQ(m_host.device(HubSpeed::SuperSpeed).otherProductId, 0x0002);
-    EXPECT_EQ(m_host.device(HubSpeed::HighSpeed).otherProductId, 0x0001);
-    EXPECT_EQ(m_host.device(HubSpeed::HighSpeed).vendorId, 0x1209);
-}
-
 TEST_F(VirtualHubTest, LeavesWithBothHalvesAndComesBackAtARestart)
 {
-    plugIn("latency=real");
+    plugIn(SimulatedLatency::Real);
     told();
-    EXPECT_EQ(send(0x00), 0U);
+    EXPECT_EQ(restartIntoRom(), 0U);
     EXPECT_THAT(told(), ElementsAre("begin super", "begin high", "finish super", "finish high"));
     m_clock.advance(699ms);
     EXPECT_THAT(told(), IsEmpty());
@@ -83,16 +69,16 @@ TEST_F(VirtualHubTest, LeavesWithBothHalvesAndComesBackAtARestart)
 
 TEST_F(VirtualHubTest, IsSeenToLeaveEvenWhenItIsBackAtOnce)
 {
-    plugIn("latency=none");
+    plugIn();
     told();
-    send(0x00);
+    restartIntoRom();
     EXPECT_THAT(told(), ElementsAre("begin super", "begin high", "finish super", "finish high",
                                     "attach super", "attach high"));
 }
 
 TEST_F(VirtualHubTest, AnswersNobodyOfAnEarlierStay)
 {
-    plugIn("latency=none");
+    plugIn();
     const VirtualDevice before = m_host.device(HubSpeed::SuperSpeed);
     EXPECT_TRUE(before.present());
     m_sim->unplug();
@@ -104,23 +90,9 @@ TEST_F(VirtualHubTest, AnswersNobodyOfAnEarlierStay)
     EXPECT_EQ(m_host.device(HubSpeed::SuperSpeed).vendorRequest(openTime), 0U);
 }
 
-TEST_F(VirtualHubTest, RefusesRequestsOnlyWhileAnotherProgramHasItsFlash)
-{
-    plugIn("latency=none");
-    // As if it had come back while the file was locked.
-    m_sim->close(m_sim->attachedHalves().front());
-    m_sim->addFault({.kind = FaultKind::OpenRefused, .amount = 1});
-    ControlRequest openTime = {0x40, 0x02, 1, 0x1209};
-    const VirtualDevice device = m_host.device(HubSpeed::SuperSpeed);
-    EXPECT_EQ(device.vendorRequest(openTime), kSimulatedStall);
-    EXPECT_EQ(device.vendorRequest(openTime), 0U);
-    EXPECT_EQ(device.vendorRequest(openTime), 0U);
-    EXPECT_TRUE(device.present());
-}
-
 TEST_F(VirtualHubTest, ComplainsWhenItCannotComeBack)
 {
-    plugIn("latency=none");
+    plugIn();
     told();
     m_sim->unplug();
     told();
@@ -130,16 +102,6 @@ TEST_F(VirtualHubTest, ComplainsWhenItCannotComeBack)
     const std::lock_guard lock(m_mutex);
     ASSERT_FALSE(m_complaints.empty());
     EXPECT_EQ(m_complaints.front(), "no free port");
-}
-
-TEST_F(VirtualHubTest, DoesNotStartWithTheFlashOfAnotherHub)
-{
-    plugIn("latency=none");
-    const std::vector<AttachedHalf> ports = m_sim->attachedHalves();
-    VirtualHub second(2, m_sim, m_host, [](const std::string&) {});
-    std::string error;
-    EXPECT_FALSE(second.start(error)); // its hub is already open, like a locked file
-    EXPECT_THAT(error, HasSubstr("in use by another hub or program"));
 }
 
 } // namespace
