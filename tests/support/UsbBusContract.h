@@ -8,9 +8,11 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
+#include <mutex>
 #include <ostream>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vornadel::test
@@ -43,6 +45,49 @@ public:
 
     /// Delivers the plug events if something must drive them: a virtual clock, a run loop.
     virtual void deliverEvents() {}
+};
+
+/// A back end whose device answers reads with a pattern, stores writes and stalls all else.
+class PatternBusUnderTest : public BusUnderTest
+{
+public:
+    ControlRequest readRequest(std::span<std::uint8_t> in) override
+    {
+        return {.bmRequestType = 0xC0, .bRequest = kRead, .in = in};
+    }
+    std::vector<std::uint8_t> expectedRead(std::size_t length) override
+    {
+        std::vector<std::uint8_t> data(length);
+        for (std::size_t i = 0; i < data.size(); ++i) {
+            data[i] = static_cast<std::uint8_t>(i ^ (i >> 8));
+        }
+        return data;
+    }
+    ControlRequest writeRequest(std::span<const std::uint8_t> out) override
+    {
+        return {.bmRequestType = 0x40, .bRequest = kWrite, .out = out};
+    }
+    std::vector<std::uint8_t> lastWritten() override
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_written;
+    }
+    ControlRequest stalledRequest() override { return {.bmRequestType = 0x40, .bRequest = kStall}; }
+
+protected:
+    static constexpr std::uint8_t kRead = 0x21;
+    static constexpr std::uint8_t kWrite = 0x22;
+    static constexpr std::uint8_t kStall = 0x23;
+
+    void store(std::vector<std::uint8_t> written)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_written = std::move(written);
+    }
+
+private:
+    std::mutex m_mutex;
+    std::vector<std::uint8_t> m_written;
 };
 
 struct BusFactory {
@@ -85,23 +130,12 @@ inline std::string busName(const testing::TestParamInfo<BusFactory>& info)
     return info.param.name;
 }
 
-TEST_P(UsbBusContract, ListsTheIdsOfAnAttachedDevice)
+TEST_P(UsbBusContract, ListsWhatIsAttachedAlsoWhileAnotherPartyHoldsIt)
 {
     EXPECT_EQ(find(), nullptr);
-    plug();
-    EXPECT_NE(find(), nullptr);
-}
-
-TEST_P(UsbBusContract, ListsADeviceThatAnotherPartyHolds)
-{
     const auto holder = openDevice();
     ASSERT_NE(holder, nullptr);
     EXPECT_NE(find(), nullptr);
-}
-
-TEST_P(UsbBusContract, ListsNothingThatHasLeft)
-{
-    plug();
     m_subject->unplug();
     EXPECT_EQ(find(), nullptr);
 }
@@ -131,45 +165,19 @@ TEST_P(UsbBusContract, EndsTheWalkWhenTheListIsGivenBack)
     EXPECT_EQ(device, nullptr);
 }
 
-TEST_P(UsbBusContract, DevicesOutliveTheirSearch)
-{
-    plug();
-    auto device = find(); // its search is over
-    ASSERT_NE(device, nullptr);
-    EXPECT_EQ(device->open(), UsbOpenStatus::Opened);
-    ControlRequest request = m_subject->readRequest({});
-    EXPECT_EQ(device->control(request), 0U);
-}
-
 TEST_P(UsbBusContract, OpensForOneOwnerAtATime)
 {
     const auto first = openDevice();
-    const auto second = find();
+    auto second = find();
     ASSERT_NE(first, nullptr);
     ASSERT_NE(second, nullptr);
     EXPECT_EQ(second->open(), UsbOpenStatus::Busy);
     first->close();
+    first->close();
     EXPECT_EQ(second->open(), UsbOpenStatus::Opened);
     EXPECT_EQ(first->open(), UsbOpenStatus::Busy);
-}
-
-TEST_P(UsbBusContract, GivesADestroyedDeviceBack)
-{
-    auto first = openDevice();
-    ASSERT_NE(first, nullptr);
-    first.reset();
-    const auto second = find();
-    ASSERT_NE(second, nullptr);
-    EXPECT_EQ(second->open(), UsbOpenStatus::Opened);
-}
-
-TEST_P(UsbBusContract, ClosesTwiceWithoutHarm)
-{
-    const auto device = openDevice();
-    ASSERT_NE(device, nullptr);
-    device->close();
-    device->close();
-    EXPECT_EQ(device->open(), UsbOpenStatus::Opened);
+    second.reset();
+    EXPECT_EQ(first->open(), UsbOpenStatus::Opened);
 }
 
 TEST_P(UsbBusContract, MovesDataFromTheDevice)
@@ -237,12 +245,13 @@ TEST_P(UsbBusContract, FailsOnTheOldDeviceWhenItHasReturned)
     ASSERT_NE(old, nullptr);
     m_subject->unplug();
     plug();
-    ControlRequest request = m_subject->readRequest({});
-    EXPECT_NE(old->control(request), 0U);
-    old->close();
     const auto returned = find();
     ASSERT_NE(returned, nullptr);
     EXPECT_EQ(returned->open(), UsbOpenStatus::Opened);
+    ControlRequest request = m_subject->readRequest({});
+    EXPECT_NE(old->control(request), 0U);
+    old->close();
+    EXPECT_EQ(returned->control(request), 0U);
 }
 
 TEST_P(UsbBusContract, ReportsWhatComesAndGoes)
@@ -272,7 +281,7 @@ TEST_P(UsbBusContract, ReportsNothingThatWasThereBeforeTheWatch)
     EXPECT_EQ(events.all().front(), UsbEvent::Detached);
 }
 
-TEST_P(UsbBusContract, ReportsNothingAfterTheWatch)
+TEST_P(UsbBusContract, ReportsNothingAfterTheWatchUntilTheNext)
 {
     PlugEvents events;
     ASSERT_TRUE(watch(events));
@@ -281,14 +290,8 @@ TEST_P(UsbBusContract, ReportsNothingAfterTheWatch)
     plug();
     m_subject->deliverEvents();
     EXPECT_NE(find(), nullptr);
+    m_subject->unplug();
     EXPECT_TRUE(events.all().empty());
-}
-
-TEST_P(UsbBusContract, WatchesAgain)
-{
-    PlugEvents events;
-    ASSERT_TRUE(watch(events));
-    bus().unwatch();
     ASSERT_TRUE(watch(events));
     plug();
     m_subject->deliverEvents();
