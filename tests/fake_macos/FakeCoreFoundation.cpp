@@ -43,15 +43,11 @@ const __CFString defaultMode{};
 __CFBundle mainBundle;
 
 /// The published identifiers.
-const std::map<std::string, std::string>& knownIds()
-{
-    static const std::map<std::string, std::string> known = {
-        {"9DC7B780-9EC0-11D4-A54F-000A27052861", "device user client"},
-        {"C244E858-109C-11D4-91D4-0050E4C6426F", "plug-in interface"},
-        {"5C8187D0-9EF3-11D4-8B45-000A27052861", "device interface"},
-    };
-    return known;
-}
+const std::map<std::string, std::string> kKnownIds = {
+    {"9DC7B780-9EC0-11D4-A54F-000A27052861", "device user client"},
+    {"C244E858-109C-11D4-91D4-0050E4C6426F", "plug-in interface"},
+    {"5C8187D0-9EF3-11D4-8B45-000A27052861", "device interface"},
+};
 
 } // namespace
 
@@ -72,8 +68,8 @@ std::string nameOf(const CFUUIDBytes& bytes)
         text += i == 4 || i == 6 || i == 8 || i == 10 ? "-" : "";
         text += {kDigits[all[i] >> 4], kDigits[all[i] & 0xF]};
     }
-    const auto known = knownIds().find(text);
-    return known != knownIds().end() ? known->second : "an unknown id";
+    const auto known = kKnownIds.find(text);
+    return known != kKnownIds.end() ? known->second : "an unknown id";
 }
 
 std::string nameOf(CFUUIDRef uuid) { return uuid != nullptr ? nameOf(uuid->bytes) : "none"; }
@@ -99,8 +95,7 @@ const CFRunLoopMode kCFRunLoopDefaultMode = &defaultMode;
 
 void CFRelease(CFTypeRef object)
 {
-    const auto state = mac();
-    const std::lock_guard lock(state->mutex);
+    const CurrentMac state;
     if (object == nullptr) {
         state->wrong("CFRelease of nothing");
         return;
@@ -116,16 +111,14 @@ void CFRelease(CFTypeRef object)
 
 CFBundleRef CFBundleGetMainBundle()
 {
-    const auto state = mac();
-    const std::lock_guard lock(state->mutex);
+    const CurrentMac state;
     state->call("CFBundleGetMainBundle()");
     return state->machine->bundlePath ? &mainBundle : nullptr;
 }
 
 CFURLRef CFBundleCopyBundleURL(CFBundleRef bundle)
 {
-    const auto state = mac();
-    const std::lock_guard lock(state->mutex);
+    const CurrentMac state;
     state->call("CFBundleCopyBundleURL(main bundle)");
     if (bundle != &mainBundle) {
         state->wrong("the URL of no bundle");
@@ -141,8 +134,7 @@ CFURLRef CFBundleCopyBundleURL(CFBundleRef bundle)
 Boolean CFURLGetFileSystemRepresentation(CFURLRef url, Boolean absolute, UInt8* buffer,
                                          CFIndex size)
 {
-    const auto state = mac();
-    const std::lock_guard lock(state->mutex);
+    const CurrentMac state;
     state->call("CFURLGetFileSystemRepresentation(" + url->name + ", " +
                 (absolute != 0 ? "absolute" : "as it is") + ')');
     if (state->handedOut.count(url) == 0) {
@@ -158,16 +150,14 @@ Boolean CFURLGetFileSystemRepresentation(CFURLRef url, Boolean absolute, UInt8* 
 
 CFRunLoopRef CFRunLoopGetCurrent()
 {
-    const auto state = mac();
-    const std::lock_guard lock(state->mutex);
+    const CurrentMac state;
     state->call("CFRunLoopGetCurrent()");
     return ownRunLoop();
 }
 
 void CFRunLoopAddSource(CFRunLoopRef runLoop, CFRunLoopSourceRef source, CFRunLoopMode mode)
 {
-    const auto state = mac();
-    const std::lock_guard lock(state->mutex);
+    const CurrentMac state;
     state->call(std::string("CFRunLoopAddSource(") +
                 (runLoop == ownRunLoop() ? "own run loop" : "another run loop") + ", " +
                 nameOf(source) + ", " +

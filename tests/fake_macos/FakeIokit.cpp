@@ -61,8 +61,7 @@ const mach_port_t kIOMasterPortDefault = kMainPort;
 
 CFMutableDictionaryRef IOServiceMatching(const char* name)
 {
-    const auto state = mac();
-    const std::lock_guard lock(state->mutex);
+    const CurrentMac state;
     __CFDictionary* dictionary = nullptr;
     if (state->machine->givesDictionaries) {
         dictionary = state->madeAt(new __CFDictionary(state->nextName("dictionary")));
@@ -74,8 +73,7 @@ CFMutableDictionaryRef IOServiceMatching(const char* name)
 kern_return_t IOServiceGetMatchingServices(mach_port_t port, CFDictionaryRef matching,
                                            io_iterator_t* existing)
 {
-    const auto state = mac();
-    const std::lock_guard lock(state->mutex);
+    const CurrentMac state;
     std::string text =
         "IOServiceGetMatchingServices(" + portName(port) + ", " + nameOf(matching) + ')';
     kern_return_t result =
@@ -93,8 +91,7 @@ kern_return_t IOServiceGetMatchingServices(mach_port_t port, CFDictionaryRef mat
 
 io_object_t IOIteratorNext(io_iterator_t iterator)
 {
-    const auto state = mac();
-    const std::lock_guard lock(state->mutex);
+    const CurrentMac state;
     const auto found = state->objects.find(iterator);
     io_object_t next = IO_OBJECT_NULL;
     const std::string name = state->nameOf(iterator);
@@ -117,8 +114,7 @@ io_object_t IOIteratorNext(io_iterator_t iterator)
 
 kern_return_t IOObjectRelease(io_object_t object)
 {
-    const auto state = mac();
-    const std::lock_guard lock(state->mutex);
+    const CurrentMac state;
     const auto found = state->objects.find(object);
     const std::string name = state->nameOf(object);
     kern_return_t result = kIOReturnBadArgument;
@@ -141,8 +137,7 @@ kern_return_t IOCreatePlugInInterfaceForService(io_service_t service, CFUUIDRef 
                                                 CFUUIDRef interfaceType,
                                                 IOCFPlugInInterface*** interface, SInt32* score)
 {
-    const auto state = mac();
-    const std::lock_guard lock(state->mutex);
+    const CurrentMac state;
     std::string text = "IOCreatePlugInInterfaceForService(" + state->nameOf(service) + ", " +
                        nameOf(pluginType) + ", " + nameOf(interfaceType) + ')';
     const auto found = state->objects.find(service);
@@ -153,7 +148,7 @@ kern_return_t IOCreatePlugInInterfaceForService(io_service_t service, CFUUIDRef 
     }
     const DevicePointer device = found->second.devices.front();
     if (device->behaviour.givesPlugIn) {
-        *interface = makePlugIn(state, device);
+        *interface = makePlugIn(state.shared(), device);
         *score = 0x1000;
         text += " = plug-in " + std::to_string(device->place);
     }
@@ -163,8 +158,7 @@ kern_return_t IOCreatePlugInInterfaceForService(io_service_t service, CFUUIDRef 
 
 IONotificationPortRef IONotificationPortCreate(mach_port_t mainPort)
 {
-    const auto state = mac();
-    const std::lock_guard lock(state->mutex);
+    const CurrentMac state;
     IONotificationPort* made = nullptr;
     const std::string name = state->nextName("port");
     if (state->machine->refusedPorts.count(state->counted["port"]) == 0) {
@@ -181,8 +175,7 @@ IONotificationPortRef IONotificationPortCreate(mach_port_t mainPort)
 
 CFRunLoopSourceRef IONotificationPortGetRunLoopSource(IONotificationPortRef notify)
 {
-    const auto state = mac();
-    const std::lock_guard lock(state->mutex);
+    const CurrentMac state;
     std::string text = "IONotificationPortGetRunLoopSource(";
     if (notify == nullptr) {
         state->wrong("the source of no port");
@@ -203,8 +196,7 @@ kern_return_t IOServiceAddMatchingNotification(IONotificationPortRef notify,
                                                IOServiceMatchingCallback callback, void* reference,
                                                io_iterator_t* notification)
 {
-    const auto state = mac();
-    const std::lock_guard lock(state->mutex);
+    const CurrentMac state;
     if (notify == nullptr) {
         state->wrong("a notification without a port");
         return kIOReturnBadArgument;

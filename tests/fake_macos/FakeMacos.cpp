@@ -17,14 +17,17 @@ std::shared_ptr<MacState> current;
 
 } // namespace
 
-std::shared_ptr<MacState> mac()
+CurrentMac::CurrentMac()
 {
-    const std::lock_guard lock(currentMutex);
-    if (!current) {
+    {
+        const std::lock_guard lock(currentMutex);
+        m_state = current;
+    }
+    if (!m_state) {
         std::fputs("a function of macOS was called, and there is no machine\n", stderr);
         std::abort();
     }
-    return current;
+    m_lock = std::unique_lock(m_state->mutex);
 }
 
 std::string statusText(std::int64_t status)
@@ -66,6 +69,13 @@ std::string MacState::nameOf(io_object_t object) const
     return found != objects.end() ? found->second.name : "something unknown";
 }
 
+DevicePointer MacState::attach(MacDevice device)
+{
+    const auto made = std::make_shared<AttachedDevice>(std::move(device), attached.size());
+    attached.push_back(made);
+    return made;
+}
+
 void MacState::notify(const std::string& kind, const DevicePointer& device)
 {
     for (const Notification& each : notifications) {
@@ -75,7 +85,11 @@ void MacState::notify(const std::string& kind, const DevicePointer& device)
     }
 }
 
-FakeMacos::FakeMacos() : m_state(std::make_shared<MacState>(this)) { use(); }
+FakeMacos::FakeMacos() : m_state(std::make_shared<MacState>(this))
+{
+    const std::lock_guard lock(currentMutex);
+    current = m_state;
+}
 
 FakeMacos::~FakeMacos()
 {
@@ -87,12 +101,6 @@ FakeMacos::~FakeMacos()
     if (current == m_state) {
         current.reset();
     }
-}
-
-void FakeMacos::use()
-{
-    const std::lock_guard lock(currentMutex);
-    current = m_state;
 }
 
 std::vector<std::string> FakeMacos::calls() const
@@ -135,11 +143,7 @@ void FakeMacos::reclaim()
 void FakeMacos::plug(MacDevice device)
 {
     const std::lock_guard lock(m_state->mutex);
-    auto attached = std::make_shared<AttachedDevice>();
-    attached->behaviour = std::move(device);
-    attached->place = m_state->attached.size();
-    m_state->attached.push_back(attached);
-    m_state->notify(kIOFirstMatchNotification, attached);
+    m_state->notify(kIOFirstMatchNotification, m_state->attach(std::move(device)));
 }
 
 void FakeMacos::unplug(std::size_t place)
@@ -156,10 +160,7 @@ void FakeMacos::attach(std::vector<MacDevice> devices)
     const std::lock_guard lock(m_state->mutex);
     m_state->attached.clear();
     for (MacDevice& device : devices) {
-        auto attached = std::make_shared<AttachedDevice>();
-        attached->behaviour = std::move(device);
-        attached->place = m_state->attached.size();
-        m_state->attached.push_back(std::move(attached));
+        m_state->attach(std::move(device));
     }
 }
 

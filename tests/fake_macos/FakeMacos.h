@@ -42,7 +42,7 @@ struct MacDevice {
 
 /// A fake Mac for the back end: it behaves as configured, logs every call, and tracks the objects
 /// it has handed out. The functions of the headers beside this file use the machine that was
-/// created or used last; there must be one.
+/// created last; there must be one.
 ///
 /// Objects are named by kind and number: "dictionary 1", "port 2" and "iterator 1" count from their
 /// creation; "service 0", "plug-in 0" and "interface 0" have the position of their device among
@@ -56,9 +56,6 @@ public:
     FakeMacos(const FakeMacos&) = delete;
     FakeMacos& operator=(const FakeMacos&) = delete;
     ~FakeMacos();
-
-    /// Makes this the machine that the functions use.
-    void use();
 
     /// The calls in order, for example "IOObjectRelease(service 0)" or "IOIteratorNext(iterator 1)
     /// = none".

@@ -36,8 +36,7 @@ OSStatus AuthorizationCreate(const AuthorizationRights* rights,
                              const AuthorizationEnvironment* environment, AuthorizationFlags flags,
                              AuthorizationRef* authorization)
 {
-    const auto state = mac();
-    const std::lock_guard lock(state->mutex);
+    const CurrentMac state;
     std::string text = std::string("AuthorizationCreate(") +
                        (rights == nullptr ? "no rights" : "rights") + ", " +
                        (environment == nullptr ? "no environment" : "an environment") + ", flags " +
@@ -57,8 +56,7 @@ OSStatus AuthorizationExecuteWithPrivileges(AuthorizationRef authorization, cons
                                             AuthorizationFlags options, char* const* arguments,
                                             std::FILE** communicationsPipe)
 {
-    const auto state = mac();
-    const std::lock_guard lock(state->mutex);
+    const CurrentMac state;
     if (authorization != nullptr && state->handedOut.count(authorization) == 0) {
         state->wrong("a script run with something that is no authorization any more");
     }
@@ -72,8 +70,7 @@ OSStatus AuthorizationExecuteWithPrivileges(AuthorizationRef authorization, cons
 
 OSStatus AuthorizationFree(AuthorizationRef authorization, AuthorizationFlags flags)
 {
-    const auto state = mac();
-    const std::lock_guard lock(state->mutex);
+    const CurrentMac state;
     state->call("AuthorizationFree(" + nameOf(authorization) + ", flags " + std::to_string(flags) +
                 ')');
     if (authorization == nullptr) {
@@ -85,8 +82,7 @@ OSStatus AuthorizationFree(AuthorizationRef authorization, AuthorizationFlags fl
 
 OSErr Gestalt(OSType selector, SInt32* response)
 {
-    const auto state = mac();
-    const std::lock_guard lock(state->mutex);
+    const CurrentMac state;
     std::string name;
     for (const unsigned shift : {24U, 16U, 8U, 0U}) {
         name += static_cast<char>(selector >> shift & 0xFF);

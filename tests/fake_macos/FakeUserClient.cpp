@@ -21,14 +21,13 @@ struct UserClient {
     std::shared_ptr<MacState> state;
     DevicePointer device;
     std::string name;
-    ULONG references = 1;
 };
 
 UserClient& of(void* self) { return *static_cast<UserClient*>(self); }
 
 void destroy(void* self) { delete &of(self); }
 
-/// Starts with one reference. The mutex must be held.
+/// The mutex must be held.
 UserClient* makeClient(void* table, const std::shared_ptr<MacState>& state,
                        const DevicePointer& device, const std::string& name)
 {
@@ -54,29 +53,19 @@ private:
     std::unique_lock<std::mutex> m_lock;
 };
 
-ULONG addReference(void* self)
-{
-    const Call call(self, "AddRef");
-    of(self).state->made(of(self).name);
-    return ++of(self).references;
-}
-
 ULONG release(void* self)
 {
     UserClient& client = of(self);
-    const std::shared_ptr<MacState> state = client.state; // this may be the last reference
+    const std::shared_ptr<MacState> state = client.state; // which may go with the client
     Call call(self, "Release");
     if (client.device->holder == self) {
         state->wrong(client.name + " released while it was open");
         client.device->holder = nullptr;
     }
     state->gone(client.name, "release");
-    const ULONG left = --client.references;
-    if (left == 0) {
-        state->clients.erase(self);
-        destroy(self);
-    }
-    return left;
+    state->clients.erase(self);
+    destroy(self);
+    return 0;
 }
 
 /// Whether a request reaches the device.
@@ -181,7 +170,6 @@ IOReturn request(void* self, IOUSBDevRequest* transfer)
 IOUSBDeviceInterface deviceTable()
 {
     IOUSBDeviceInterface table{};
-    table.AddRef = addReference;
     table.Release = release;
     table.USBDeviceOpen = openDevice;
     table.USBDeviceClose = closeDevice;
@@ -211,7 +199,6 @@ IOCFPlugInInterface plugInTable()
 {
     IOCFPlugInInterface table{};
     table.QueryInterface = queryInterface;
-    table.AddRef = addReference;
     table.Release = release;
     return table;
 }

@@ -9,6 +9,7 @@
 #include <mutex>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vornadel::test
@@ -16,6 +17,8 @@ namespace vornadel::test
 
 /// The machine's record of a device.
 struct AttachedDevice {
+    AttachedDevice(MacDevice its, std::size_t at) : behaviour(std::move(its)), place(at) {}
+
     MacDevice behaviour;
     std::size_t place = 0;
     bool present = true;
@@ -97,11 +100,25 @@ struct MacState {
     bool gone(const std::string& name, const std::string& how);
     io_object_t add(RegistryObject object);
     std::string nameOf(io_object_t object) const;
+    /// Puts a device at the end of the list.
+    DevicePointer attach(MacDevice device);
     void notify(const std::string& kind, const DevicePointer& device);
 };
 
-/// The machine that the platform's functions use.
-std::shared_ptr<MacState> mac();
+/// The machine that the platform's functions use, locked.
+class CurrentMac
+{
+public:
+    CurrentMac();
+
+    MacState* operator->() const { return m_state.get(); }
+    MacState& operator*() const { return *m_state; }
+    const std::shared_ptr<MacState>& shared() const { return m_state; }
+
+private:
+    std::shared_ptr<MacState> m_state;
+    std::unique_lock<std::mutex> m_lock;
+};
 
 /// The calling thread's run loop.
 CFRunLoopRef ownRunLoop();

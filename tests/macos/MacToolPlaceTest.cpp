@@ -1,7 +1,7 @@
 #include "platform/macos/MacToolPlace.h"
 
 #include "tests/macos/MacTest.h"
-#include "tests/platform/TempFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <filesystem>
 #include <string>
@@ -24,12 +24,12 @@ protected:
         return m_folder.path(name);
     }
 
-    TempFolder m_folder;
+    TemporaryFolder m_folder;
 };
 
 TEST_F(MacToolPlaceTest, IsTheMainBundleByTheseCalls)
 {
-    mac.bundlePath = makeBundle("a b.app");
+    mac.bundlePath = makeBundle("a b");
     const ToolPlace place = macToolPlace("unused");
     EXPECT_EQ(place.bundlePath, mac.bundlePath);
     EXPECT_TRUE(place.bundled);
@@ -39,12 +39,6 @@ TEST_F(MacToolPlaceTest, IsTheMainBundleByTheseCalls)
                             "CFURLGetFileSystemRepresentation(url 1, absolute)",
                             "CFRelease(url 1)"));
     EXPECT_THAT(mac.alive(), IsEmpty());
-}
-
-TEST_F(MacToolPlaceTest, IsABundleWhateverItsName)
-{
-    mac.bundlePath = makeBundle("Vornadel");
-    EXPECT_TRUE(macToolPlace("").bundled);
 }
 
 TEST_F(MacToolPlaceTest, IsTheProgramsFolderOutsideABundle)
@@ -71,14 +65,10 @@ TEST_F(MacToolPlaceTest, IsFoundByTheProgramsNameWhereTheSystemDoesNotTell)
 
 TEST_F(MacToolPlaceTest, LosesEverySlashAtItsEndButTheOnlyOne)
 {
-    for (const char* path : {"/usr/local/bin/", "/usr/local/bin///"}) {
-        mac.bundlePath = path;
-        EXPECT_EQ(macToolPlace("").bundlePath, "/usr/local/bin") << path;
-    }
-    for (const char* path : {"/", "///"}) {
-        mac.bundlePath = path;
-        EXPECT_EQ(macToolPlace("/a/b").bundlePath, "/") << path;
-    }
+    mac.bundlePath = "/usr/local/bin///";
+    EXPECT_EQ(macToolPlace("").bundlePath, "/usr/local/bin");
+    mac.bundlePath = "///";
+    EXPECT_EQ(macToolPlace("/a/b").bundlePath, "/");
 }
 
 TEST_F(MacToolPlaceTest, IsNeverCutShort)

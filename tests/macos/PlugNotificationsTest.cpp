@@ -2,7 +2,6 @@
 
 #include "tests/macos/MacTest.h"
 
-#include <memory>
 #include <vector>
 
 namespace vornadel::test
@@ -10,11 +9,8 @@ namespace vornadel::test
 namespace
 {
 
-using testing::AllOf;
-using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Not;
 
 class PlugNotificationsTest : public MacTest
 {
@@ -46,7 +42,6 @@ TEST_F(PlugNotificationsTest, RegisterAndAreArmedByTheseCalls)
 TEST_F(PlugNotificationsTest, ReportEachKindAndEmptyItsListForTheNext)
 {
     watch();
-    mac.forgetCalls();
     for (const int round : {1, 2}) {
         m_events.clear();
         mac.plug({});
@@ -78,14 +73,6 @@ TEST_F(PlugNotificationsTest, AddNoSourceThatIsNotThere)
         << "the other kind is reported all the same";
 }
 
-TEST_F(PlugNotificationsTest, AddNoSourceAtAllWhenThereIsNone)
-{
-    mac.portsWithoutSource = {1, 2};
-    EXPECT_FALSE(watch()) << "nobody would be told";
-    EXPECT_THAT(mac.calls(),
-                testing::Not(testing::Contains(testing::StartsWith("CFRunLoopAddSource("))));
-}
-
 TEST_F(PlugNotificationsTest, OutliveTheRefusalOfTheSecondRegistration)
 {
     mac.attach({{}});
@@ -96,21 +83,6 @@ TEST_F(PlugNotificationsTest, OutliveTheRefusalOfTheSecondRegistration)
     mac.turnRunLoop();
     EXPECT_THAT(m_events, ElementsAre(UsbEvent::Attached));
     EXPECT_THAT(mac.alive(), ElementsAre("iterator 1", "port 1", "port 2"));
-}
-
-TEST_F(PlugNotificationsTest, AreNoneWhenEachKindLacksSomething)
-{
-    mac.portsWithoutSource = {1};
-    mac.refusedNotifications = {{kIOTerminatedNotification, kIOReturnError}};
-    EXPECT_FALSE(watch());
-}
-
-TEST_F(PlugNotificationsTest, OutliveTheRefusalOfBothRegistrations)
-{
-    mac.refusedNotifications = {{kIOFirstMatchNotification, kIOReturnError},
-                                {kIOTerminatedNotification, kIOReturnError}};
-    EXPECT_FALSE(watch());
-    EXPECT_THAT(mac.alive(), ElementsAre("port 1", "port 2"));
 }
 
 TEST_F(PlugNotificationsTest, GiveTheDictionaryBackThatNoPortUsesUp)
@@ -154,62 +126,6 @@ TEST_F(PlugNotificationsTest, ReachNobodyAfterTheEndOfTheBus)
     mac.plug({});
     mac.turnRunLoop();
     EXPECT_THAT(m_events, IsEmpty());
-}
-
-TEST_F(PlugNotificationsTest, GoToTheListenerThatCameLast)
-{
-    watch();
-    mac.forgetCalls();
-    int heard = 0;
-    m_bus.watch([&heard](UsbEvent) { ++heard; });
-    mac.plug({});
-    mac.turnRunLoop();
-    EXPECT_EQ(heard, 1);
-    EXPECT_THAT(m_events, IsEmpty());
-}
-
-TEST_F(PlugNotificationsTest, StayWithTheBusThatWatchedLastWhenAnEarlierOneEnds)
-{
-    auto earlier = std::make_unique<IokitBus>();
-    earlier->watch([](UsbEvent) { ADD_FAILURE() << "the earlier bus was told"; });
-    watch();
-    mac.forgetCalls();
-    earlier.reset();
-    mac.plug({});
-    mac.turnRunLoop();
-    EXPECT_THAT(m_events, AllOf(Not(IsEmpty()), Each(UsbEvent::Attached)));
-}
-
-TEST_F(PlugNotificationsTest, StayWithTheBusThatWatchedLastWhenAnEarlierOneEndsItsWatch)
-{
-    IokitBus earlier;
-    earlier.watch([](UsbEvent) { ADD_FAILURE() << "the earlier bus was told"; });
-    watch();
-    mac.forgetCalls();
-    earlier.unwatch();
-    mac.plug({});
-    mac.turnRunLoop();
-    EXPECT_THAT(m_events, AllOf(Not(IsEmpty()), Each(UsbEvent::Attached)));
-}
-
-TEST_F(PlugNotificationsTest, ComeBackToABusThatWatchesAgain)
-{
-    watch();
-    {
-        IokitBus other;
-        other.watch([](UsbEvent) {});
-    }
-    watch();
-    mac.forgetCalls();
-    mac.plug({});
-    mac.turnRunLoop();
-    EXPECT_THAT(m_events, AllOf(Not(IsEmpty()), Each(UsbEvent::Attached)));
-}
-
-TEST_F(PlugNotificationsTest, NeedNoWatchToBeUnwatched)
-{
-    m_bus.unwatch();
-    EXPECT_THAT(mac.calls(), IsEmpty());
 }
 
 } // namespace
