@@ -4,7 +4,6 @@
 #include "tests/support/VirtualClock.h"
 
 #include <cerrno>
-#include <mutex>
 
 namespace vornadel::test
 {
@@ -12,12 +11,7 @@ namespace vornadel::test
 namespace
 {
 
-constexpr std::uint8_t kRead = 0x21;
-constexpr std::uint8_t kWrite = 0x22;
-constexpr std::uint8_t kStall = 0x23;
-
-/// libusb with a simulated device that answers reads with a pattern and stores writes.
-class LibusbUnderTest final : public BusUnderTest
+class LibusbUnderTest final : public PatternBusUnderTest
 {
 public:
     explicit LibusbUnderTest(bool polling) : m_bus(m_clock, {.forcePolling = polling})
@@ -35,33 +29,6 @@ public:
 
     void unplug() override { m_testbed.unplug("1-1"); }
 
-    ControlRequest readRequest(std::span<std::uint8_t> in) override
-    {
-        return {.bmRequestType = 0xC0, .bRequest = kRead, .in = in};
-    }
-
-    std::vector<std::uint8_t> expectedRead(std::size_t length) override
-    {
-        std::vector<std::uint8_t> data(length);
-        for (std::size_t i = 0; i < data.size(); ++i) {
-            data[i] = static_cast<std::uint8_t>(i ^ (i >> 8));
-        }
-        return data;
-    }
-
-    ControlRequest writeRequest(std::span<const std::uint8_t> out) override
-    {
-        return {.bmRequestType = 0x40, .bRequest = kWrite, .out = out};
-    }
-
-    std::vector<std::uint8_t> lastWritten() override
-    {
-        const std::lock_guard lock(m_mutex);
-        return m_written;
-    }
-
-    ControlRequest stalledRequest() override { return {.bmRequestType = 0x40, .bRequest = kStall}; }
-
     void deliverEvents() override { m_clock.advance(std::chrono::seconds(1)); }
 
 private:
@@ -71,8 +38,7 @@ private:
             return {.in = expectedRead(request.wLength)};
         }
         if (request.bRequest == kWrite) {
-            const std::lock_guard lock(m_mutex);
-            m_written = request.out;
+            store(request.out);
             return {};
         }
         return {.error = -EPIPE};
@@ -81,8 +47,6 @@ private:
     UsbTestbed m_testbed;
     VirtualClock m_clock;
     LibusbBus m_bus;
-    std::mutex m_mutex;
-    std::vector<std::uint8_t> m_written;
 };
 
 INSTANTIATE_TEST_SUITE_P(

@@ -55,34 +55,6 @@ protected:
     LibusbBus m_bus{m_clock};
 };
 
-TEST_F(HotplugWatchTest, ReportsEveryArrivalAndDeparture)
-{
-    ASSERT_TRUE(m_bus.watch(m_events.listener()));
-    plug("1-1");
-    ASSERT_TRUE(m_events.waitFor(UsbEvent::Attached));
-    m_testbed.unplug("1-1");
-    ASSERT_TRUE(m_events.waitFor(UsbEvent::Detached, m_events.all().size() - 1));
-    const std::size_t before = m_events.all().size();
-    plug("1-1");
-    EXPECT_TRUE(m_events.waitFor(UsbEvent::Attached, before));
-    m_bus.unwatch();
-}
-
-TEST_F(HotplugWatchTest, TakesAnArrivalToldTwiceWithoutHarm)
-{
-    ASSERT_TRUE(m_bus.watch(m_events.listener()));
-    plug("1-1");
-    m_testbed.repeatArrival("1-1");
-    m_testbed.repeatArrival("1-1");
-    ASSERT_TRUE(m_events.waitFor(UsbEvent::Attached));
-    EXPECT_EQ(allDevices(m_bus).size(), 2U);
-    exchangeRequest(m_bus);
-    m_testbed.unplug("1-1");
-    EXPECT_TRUE(m_events.waitFor(UsbEvent::Detached));
-    EXPECT_EQ(allDevices(m_bus).size(), 1U);
-    m_bus.unwatch();
-}
-
 TEST_F(HotplugWatchTest, NeverReportsOnTheThreadOfATransfer)
 {
     ASSERT_TRUE(m_bus.watch(m_events.listener()));
@@ -120,17 +92,6 @@ TEST_F(HotplugWatchTest, ForgetsWhatCameBetweenTwoWatches)
     EXPECT_THAT(m_events.all(), ElementsAre(UsbEvent::Detached));
 }
 
-TEST_F(HotplugWatchTest, ASecondWatchReplacesTheFirst)
-{
-    PlugEvents first;
-    ASSERT_TRUE(m_bus.watch(first.listener()));
-    ASSERT_TRUE(m_bus.watch(m_events.listener()));
-    plug("1-1");
-    EXPECT_TRUE(m_events.waitFor(UsbEvent::Attached));
-    m_bus.unwatch();
-    EXPECT_THAT(first.all(), IsEmpty());
-}
-
 TEST_F(HotplugWatchTest, TheEndOfTheWatchWaitsForTheListener)
 {
     std::promise<void> entered;
@@ -153,15 +114,6 @@ TEST_F(HotplugWatchTest, TheEndOfTheWatchWaitsForTheListener)
     EXPECT_TRUE(ended);
 }
 
-TEST_F(HotplugWatchTest, StartsAndEndsInQuickSuccession)
-{
-    for (int i = 0; i < 100; ++i) {
-        ASSERT_TRUE(m_bus.watch(m_events.listener()));
-        m_bus.unwatch();
-    }
-    EXPECT_THAT(m_events.all(), IsEmpty());
-}
-
 TEST_F(HotplugWatchTest, EndsWhileATransferIsInFlight)
 {
     SimulatedNode& node = m_testbed.plug(
@@ -177,7 +129,7 @@ TEST_F(HotplugWatchTest, EndsWhileATransferIsInFlight)
     m_bus.unwatch(); // long before the time-out of the transfer
     m_testbed.unplug("1-1");
     flow.join();
-    EXPECT_NE(status, 0U);
+    EXPECT_EQ(status, 0xFFFFFFFCU); // no device
 }
 
 TEST_F(HotplugWatchTest, TheEndOfTheBusEndsTheWatch)

@@ -1,5 +1,5 @@
 #include "platform/linux/OsRelease.h"
-#include "tests/platform/TempFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <cerrno>
 #include <gtest/gtest.h>
@@ -24,7 +24,7 @@ protected:
         return OsRelease({m_folder.write("os-release", text)}).read();
     }
 
-    TempFolder m_folder;
+    TemporaryFolder m_folder;
 };
 
 TEST_F(OsReleaseTest, ReadsOneTwoOrThreeNumbers)

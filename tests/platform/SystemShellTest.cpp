@@ -1,5 +1,5 @@
 #include "platform/posix/SystemShell.h"
-#include "tests/platform/TempFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -14,11 +14,11 @@ namespace
 
 TEST(SystemShell, RunsACommandLineAndWaitsForIt)
 {
-    const TempFolder folder;
+    const TemporaryFolder folder;
     SystemShell shell;
     const std::string log = folder.path("log");
     EXPECT_EQ(shell.run("echo one   two >> " + log + "; echo three >> " + log), 0);
-    EXPECT_EQ(folder.read("log"), "one two\nthree\n");
+    EXPECT_EQ(folder.text("log"), "one two\nthree\n");
 }
 
 TEST(SystemShell, PassesTheResultOn)
@@ -32,18 +32,18 @@ TEST(SystemShell, PassesTheResultOn)
 
 TEST(SystemShell, KeepsStandardErrorFromTheTerminalWhenAsked)
 {
-    const TempFolder folder;
+    const TemporaryFolder folder;
     SystemShell shell;
     testing::internal::CaptureStderr();
     shell.run("echo loud >&2");
     shell.runQuietly("echo quiet >&2; echo one >> " + folder.path("log") + "; no-such-command");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "loud\n");
-    EXPECT_EQ(folder.read("log"), "one\n");
+    EXPECT_EQ(folder.text("log"), "one\n");
 }
 
 TEST(SystemShell, TellsWhetherANameExists)
 {
-    const TempFolder folder;
+    const TemporaryFolder folder;
     SystemShell shell;
     const std::string file = folder.write("file", "");
     std::filesystem::permissions(file, std::filesystem::perms::none);
@@ -56,7 +56,7 @@ TEST(SystemShell, TellsWhetherANameExists)
 
 TEST(SystemShell, OpensOnlyPlainFilesOfTheCallersOwn)
 {
-    const TempFolder folder;
+    const TemporaryFolder folder;
     SystemShell shell;
     const std::string made = folder.path("made");
     EXPECT_FALSE(shell.mayRead(made));
@@ -67,7 +67,7 @@ TEST(SystemShell, OpensOnlyPlainFilesOfTheCallersOwn)
     const std::string own = folder.write("own", "text");
     EXPECT_TRUE(shell.mayAppend(own));
     EXPECT_TRUE(shell.mayRead(own));
-    EXPECT_EQ(folder.read("own"), "text");
+    EXPECT_EQ(folder.text("own"), "text");
 
     std::filesystem::create_symlink(own, folder.path("link"));
     std::filesystem::create_symlink(folder.path("none"), folder.path("dangling"));

@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <initializer_list>
 #include <utility>
 
 namespace vornadel::test
@@ -34,46 +33,9 @@ std::string formatted(const char* format, Values... values)
 /// description.
 std::string descriptors(unsigned vendorId, unsigned productId)
 {
-    std::string hex;
-    for (const unsigned byte : std::initializer_list<unsigned>{18,
-                                                               1,
-                                                               0x20,
-                                                               0x03,
-                                                               0xFF,
-                                                               0,
-                                                               0,
-                                                               9,
-                                                               vendorId & 0xFF,
-                                                               vendorId >> 8,
-                                                               productId & 0xFF,
-                                                               productId >> 8,
-                                                               0,
-                                                               1,
-                                                               0,
-                                                               0,
-                                                               0,
-                                                               1,
-                                                               9,
-                                                               2,
-                                                               18,
-                                                               0,
-                                                               1,
-                                                               1,
-                                                               0,
-                                                               0x80,
-                                                               50,
-                                                               9,
-                                                               4,
-                                                               0,
-                                                               0,
-                                                               0,
-                                                               0xFF,
-                                                               0,
-                                                               0,
-                                                               0}) {
-        hex += formatted("%02X", byte);
-    }
-    return hex;
+    return formatted("12012003FF000009%02X%02X%02X%02X000100000001"
+                     "0902120001010080320904000000FF000000",
+                     vendorId & 0xFF, vendorId >> 8, productId & 0xFF, productId >> 8);
 }
 
 } // namespace
@@ -144,11 +106,6 @@ void UsbTestbed::join(const std::string& port, const std::string& otherPort,
         std::filesystem::create_directories(folder / "port/peer");
         std::filesystem::create_directory_symlink("../../../" + other, folder / "port/peer/device");
     }
-}
-
-void UsbTestbed::repeatArrival(const std::string& port)
-{
-    umockdev_testbed_uevent(m_testbed, m_plugged.at(port).systemPath.c_str(), "add");
 }
 
 std::string UsbTestbed::nodePath(const std::string& port) const

@@ -35,9 +35,6 @@ public:
     void join(const std::string& port, const std::string& otherPort,
               const std::string& deviceClass);
 
-    /// Sends the arrival event again, without an arrival.
-    void repeatArrival(const std::string& port);
-
     std::string nodePath(const std::string& port) const;
     std::string rootFolder() const; ///< the real location of the tree
 
