@@ -80,33 +80,6 @@ TEST(FlipFault, ChangesOneBitOfTheByteThatIsProgrammed)
     }
 }
 
-TEST(RestartFault, BounceComesBackTwice)
-{
-    SimulatedHubOptions options = withFault("bounce");
-    options.latency = SimulatedLatency::Real;
-    HubBench bench(options);
-    std::vector<std::pair<Clock::Duration, UsbEvent>> events;
-    ASSERT_TRUE(
-        bench.bus->watch([&](UsbEvent event) { events.emplace_back(bench.clock.now(), event); }));
-    ASSERT_TRUE(bench.open());
-    bench.restartIntoFlash();
-    bench.clock.advance(750ms);
-    ASSERT_TRUE(bench.open());
-    EXPECT_EQ(bench.openTime(), 0U);
-    bench.clock.advance(10s);
-    EXPECT_EQ(bench.openTime(), kSimulatedNoDevice);
-    ASSERT_TRUE(bench.open());
-    EXPECT_FALSE(bench.runsRom());
-    const std::vector<std::pair<Clock::Duration, UsbEvent>> expected = {
-        {0ms, UsbEvent::Detached},    {0ms, UsbEvent::Detached},    {700ms, UsbEvent::Attached},
-        {700ms, UsbEvent::Attached},  {800ms, UsbEvent::Detached},  {800ms, UsbEvent::Detached},
-        {1500ms, UsbEvent::Attached}, {1500ms, UsbEvent::Attached},
-    };
-    EXPECT_EQ(events, expected);
-    EXPECT_EQ(bench.hub().faultsTriggered(), 1U);
-    bench.bus->unwatch();
-}
-
 TEST(AddedFault, WithoutPositionHitsTheNext)
 {
     HubBench bench;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "standins/sim/SimulatedBus.h"
+#include "tests/support/UsbDevices.h"
 #include "tests/support/VirtualClock.h"
 
 #include <array>
@@ -39,19 +40,6 @@ inline SimulatedHubOptions withFault(const std::string& text,
     return options;
 }
 
-/// All devices on the bus, in the order of enumeration.
-inline std::vector<std::unique_ptr<UsbDevice>> listDevices(UsbBus& bus)
-{
-    std::vector<std::unique_ptr<UsbDevice>> devices;
-    const std::unique_ptr<UsbSearch> search = bus.search();
-    std::unique_ptr<UsbDevice> device;
-    while (search->next(device) == UsbSearch::Step::Device) {
-        devices.push_back(std::move(device));
-    }
-    search->release();
-    return devices;
-}
-
 /// The bus with a simulated hub, and the hub's requests written byte by byte.
 class HubBench
 {
@@ -67,7 +55,7 @@ public:
     /// Opens the first listed device; false if there is none or it cannot be opened.
     bool open()
     {
-        std::vector<std::unique_ptr<UsbDevice>> devices = listDevices(*bus);
+        std::vector<std::unique_ptr<UsbDevice>> devices = allDevices(*bus);
         if (devices.empty()) {
             return false;
         }

@@ -117,35 +117,20 @@ TEST(FaultText, IsRefusedWithAReason)
 {
     const std::vector<std::pair<const char*, const char*>> rows = {
         {"", "unknown fault"},
-        {"stal@5", "unknown fault"},
         {"stall", "needs a position"},
-        {"flip", "needs a position"},
-        {"stall:3@5", "takes no argument"},
         {"stall@", "unknown request"},
         {"stall@0", "above 0"},
-        {"stall@5x", "above 0"},
-        {"stall@-1", "unknown request"},
-        {"stall@99999999999", "above 0"},
         {"stall@wriite#2", "\"wriite\""},
-        {"stall@write#", "above 0"},
         {"stall@write#0", "above 0"},
         {"torn@write", "number from 0"},
-        {"torn:@write", "number from 0"},
         {"torn:65536", "number from 0"},
         {"torn:5@read", "no flash data"},
         {"flip@erase", "no flash data"},
-        {"flip:@write", "number from 0"},
-        {"flip:65536@write", "number from 0"},
         {"open-refused", "number from 1"},
         {"open-refused:0", "number from 1"},
         {"open-refused:1@write", "above 0"},
-        {"never@x", "above 0"},
         {"never:1", "takes no argument"},
         {"late", "needs seconds"},
-        {"late:", "needs seconds"},
-        {"late:1.", "needs seconds"},
-        {"late:.5", "needs seconds"},
-        {"late:1.1234567", "needs seconds"},
         {"late:-1", "needs seconds"},
     };
     for (const auto& [text, reason] : rows) {
@@ -159,40 +144,18 @@ TEST(FaultText, IsRefusedWithAReason)
     }
 }
 
-/// Sets or removes one environment variable until the end of the scope.
-class ScopedVariable
-{
-public:
-    ScopedVariable(const char* name, const char* value) : m_name(name)
-    {
-        const char* const before = std::getenv(name);
-        m_had = before != nullptr;
-        m_before = m_had ? before : "";
-        value != nullptr ? ::setenv(name, value, 1) : ::unsetenv(name);
-    }
-    ScopedVariable(const ScopedVariable&) = delete;
-    ScopedVariable& operator=(const ScopedVariable&) = delete;
-    ~ScopedVariable() { m_had ? ::setenv(m_name, m_before.c_str(), 1) : ::unsetenv(m_name); }
-
-private:
-    const char* m_name;
-    std::string m_before;
-    bool m_had = false;
-};
-
 TEST(DefaultFlashFile, FollowsTheStateFolderThenTheHome)
 {
-    const ScopedVariable home("HOME", "/home/someone");
-    {
-        const ScopedVariable state("XDG_STATE_HOME", "/var/state");
-        EXPECT_EQ(defaultFlashFile(), "/var/state/vornadel/simulated-hub.bin");
-    }
-    for (const char* unusable : {static_cast<const char*>(nullptr), "", "relative"}) {
-        const ScopedVariable state("XDG_STATE_HOME", unusable);
+    ::setenv("HOME", "/home/someone", 1); // of this process only
+    ::setenv("XDG_STATE_HOME", "/var/state", 1);
+    EXPECT_EQ(defaultFlashFile(), "/var/state/vornadel/simulated-hub.bin");
+    for (const char* unusable : {"", "relative"}) {
+        ::setenv("XDG_STATE_HOME", unusable, 1);
         EXPECT_EQ(defaultFlashFile(), "/home/someone/.local/state/vornadel/simulated-hub.bin");
     }
-    const ScopedVariable state("XDG_STATE_HOME", nullptr);
-    const ScopedVariable noHome("HOME", nullptr);
+    ::unsetenv("XDG_STATE_HOME");
+    EXPECT_EQ(defaultFlashFile(), "/home/someone/.local/state/vornadel/simulated-hub.bin");
+    ::unsetenv("HOME");
     EXPECT_EQ(defaultFlashFile(), "");
 }
 

@@ -34,19 +34,6 @@ TEST(SimulatedHub, ServesItsStatusBlock)
     EXPECT_EQ(block, expected);
 }
 
-TEST(SimulatedHub, MovesNoMoreThanItsStatusBlockHolds)
-{
-    HubBench bench;
-    ASSERT_TRUE(bench.open());
-    Bytes buffer(40, 0xEE);
-    EXPECT_EQ(bench.send({0xC0, 0x09, 0, 0, {}, buffer}), kSimulatedShort);
-    EXPECT_EQ(bench.transferred, 32U);
-    EXPECT_EQ(buffer[31], 0x00);
-    EXPECT_EQ(buffer[32], 0xEE);
-    EXPECT_EQ(bench.send({0xC0, 0x09, 0, 0, {}, std::span(buffer).first(12)}), 0U);
-    EXPECT_EQ(bench.transferred, 12U);
-}
-
 TEST(SimulatedHub, AcknowledgesTheOpenTimeRequestOfAnyMaker)
 {
     HubBench bench(flashOptions());
@@ -94,15 +81,6 @@ TEST(SimulatedHub, TakesTimeToEraseAndProgram)
     Bytes buffer(4096);
     bench.read(0, buffer);
     EXPECT_EQ(bench.clock.pauses(), (std::vector<Clock::Duration>{150ms, 11200us, 1400us}));
-}
-
-TEST(SimulatedHub, FailsARequestUnderWhichTheObserverPullsThePlug)
-{
-    HubBench bench;
-    bench.hub().onRequest = [&](const ControlRequest&) { bench.hub().unplug(); };
-    ASSERT_TRUE(bench.open());
-    EXPECT_EQ(bench.erase(), kSimulatedNoDevice);
-    EXPECT_EQ(bench.hub().flash(), demoImage());
 }
 
 } // namespace
