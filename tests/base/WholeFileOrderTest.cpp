@@ -2,6 +2,7 @@
 // the calls below to this file.
 
 #include "base/WholeFile.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -9,9 +10,7 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -79,31 +78,21 @@ using Calls = std::vector<std::string>;
 class WholeFileOrder : public testing::Test
 {
 public:
-    ~WholeFileOrder() override
-    {
-        ::umask(m_umask);
-        fs::remove_all(m_folder);
-    }
+    ~WholeFileOrder() override { ::umask(m_umask); }
 
 protected:
-    WholeFileOrder() : m_umask(::umask(022))
-    {
-        std::string pattern = testing::TempDir() + "wholefile_XXXXXX";
-        EXPECT_NE(::mkdtemp(pattern.data()), nullptr);
-        m_folder = pattern;
-    }
-
     Calls callsOfSave() const
     {
         const std::vector<std::uint8_t> bytes(1000, 0x5A);
         std::string problem;
         calls().clear();
-        EXPECT_TRUE(saveWholeFile((m_folder / "file.bin").string(), bytes, problem)) << problem;
+        EXPECT_TRUE(saveWholeFile(m_file, bytes, problem)) << problem;
         return calls();
     }
 
-    mode_t m_umask;
-    fs::path m_folder;
+    const mode_t m_umask = ::umask(022);
+    const TemporaryFolder m_folder;
+    const std::string m_file = m_folder.path("file.bin");
 };
 
 TEST_F(WholeFileOrder, PutsTheContentOnDiskBeforeTheNameAndTheNameAtLast)
@@ -113,9 +102,9 @@ TEST_F(WholeFileOrder, PutsTheContentOnDiskBeforeTheNameAndTheNameAtLast)
 
 TEST_F(WholeFileOrder, LetsNobodyElseReadAReplacedFileBeforeItIsComplete)
 {
-    std::ofstream(m_folder / "file.bin") << "secret";
+    m_folder.write("file.bin", "secret");
     for (const auto& [mode, text] : {std::pair{0600, "0600"}, std::pair{0664, "0664"}}) {
-        fs::permissions(m_folder / "file.bin", static_cast<fs::perms>(mode));
+        fs::permissions(m_file, static_cast<fs::perms>(mode));
         EXPECT_EQ(callsOfSave(),
                   (Calls{"write 0600", std::string("sync 1000 ") + text, "rename", "sync folder"}));
     }

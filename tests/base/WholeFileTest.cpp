@@ -1,6 +1,7 @@
 #include "base/WholeFile.h"
 #include "tests/support/FullDisk.h"
 #include "tests/support/Resources.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/support/WithoutPrivilege.h"
 
 #include <gmock/gmock.h>
@@ -10,12 +11,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace vornadel::test
@@ -31,30 +30,14 @@ using testing::UnorderedElementsAre;
 constexpr uid_t kNobody = 65534;
 constexpr gid_t kSharedGroup = 4711;
 
-/// An empty temporary folder.
 class WholeFile : public testing::Test
 {
-public:
-    ~WholeFile() override
-    {
-        std::error_code ignored;
-        fs::remove_all(m_folder, ignored);
-    }
-
 protected:
-    WholeFile()
-    {
-        std::string pattern = testing::TempDir() + "wholefile_XXXXXX";
-        EXPECT_NE(::mkdtemp(pattern.data()), nullptr);
-        m_folder = pattern;
-    }
-
-    std::string path(const std::string& name) const { return m_folder + '/' + name; }
+    std::string path(const std::string& name) const { return m_folder.path(name); }
 
     std::string make(const std::string& name, const std::string& content) const
     {
-        std::ofstream(path(name)) << content;
-        return path(name);
+        return m_folder.write(name, content);
     }
 
     static std::string contentOf(const std::string& file)
@@ -73,7 +56,7 @@ protected:
     std::vector<std::string> names() const
     {
         std::vector<std::string> found;
-        for (const auto& entry : fs::directory_iterator(m_folder)) {
+        for (const auto& entry : fs::directory_iterator(m_folder.path())) {
             found.push_back(entry.path().filename().string());
         }
         return found;
@@ -98,13 +81,6 @@ protected:
         EXPECT_EQ(contentOf(file), content);
     }
 
-    /// Another thread may save the same file right afterwards.
-    static void expectSavedQuietly(const std::string& file, const std::string& content)
-    {
-        std::string problem;
-        EXPECT_TRUE(save(file, content, problem)) << problem;
-    }
-
     static void expectRefused(const std::string& file, const std::string& why)
     {
         std::string problem;
@@ -115,7 +91,7 @@ protected:
         EXPECT_EQ(asked, problem);
     }
 
-    std::string m_folder;
+    const TemporaryFolder m_folder;
 };
 
 TEST_F(WholeFile, MakesANewFileThatTheUmaskAllows)
@@ -166,7 +142,7 @@ TEST_F(WholeFile, KeepsPermissionsAndOwnerOfTheFileThatItReplaces)
 TEST_F(WholeFile, WritesIntoTheWorkingFolderWhenTheNameHasNone)
 {
     const fs::path before = fs::current_path();
-    fs::current_path(m_folder);
+    fs::current_path(m_folder.path());
     expectSaved("here.bin", "content");
     fs::current_path(before);
     EXPECT_EQ(contentOf(path("here.bin")), "content");
@@ -292,13 +268,13 @@ TEST_F(WholeFile, LeavesTheOldFileInAFolderThatMayNotBeWritten)
 {
     const std::string file = make("old.bin", "old");
     ASSERT_EQ(::chmod(file.c_str(), 0666), 0);
-    ASSERT_EQ(::chmod(m_folder.c_str(), 0555), 0);
+    ASSERT_EQ(::chmod(m_folder.path().c_str(), 0555), 0);
     {
         const WithoutPrivilege ordinary;
         expectRefused(file, "Permission denied");
         expectRefused(path("new.bin"), "Permission denied");
     }
-    ASSERT_EQ(::chmod(m_folder.c_str(), 0755), 0);
+    ASSERT_EQ(::chmod(m_folder.path().c_str(), 0755), 0);
     EXPECT_EQ(contentOf(file), "old");
     EXPECT_THAT(names(), ElementsAre("old.bin"));
 }
@@ -307,7 +283,7 @@ TEST_F(WholeFile, LeavesAFileThatMayNotBeWrittenThoughItsFolderMay)
 {
     const std::string file = make("old.bin", "old");
     ASSERT_EQ(::chmod(file.c_str(), 0444), 0);
-    ASSERT_EQ(::chmod(m_folder.c_str(), 0777), 0);
+    ASSERT_EQ(::chmod(m_folder.path().c_str(), 0777), 0);
     {
         const WithoutPrivilege ordinary;
         expectRefused(file, "Permission denied");
@@ -327,7 +303,7 @@ TEST_F(WholeFile, KeepsTheGroupOfAForeignFileWhereTheUserIsAMember)
     ASSERT_TRUE(!root || ::setgroups(1, &group) == 0);
     ASSERT_EQ(::chown(file.c_str(), ::geteuid(), group), 0);
     ASSERT_EQ(::chmod(file.c_str(), 06777), 0);
-    ASSERT_EQ(::chmod(m_folder.c_str(), 0777), 0);
+    ASSERT_EQ(::chmod(m_folder.path().c_str(), 0777), 0);
     {
         const WithoutPrivilege ordinary;
         expectSaved(file, "new");
@@ -344,7 +320,7 @@ TEST_F(WholeFile, ReplacesAForeignFileThatMayBeWrittenWithoutItsSetIdBits)
     const std::string file = make("old.bin", "old");
     ASSERT_TRUE(::geteuid() != 0 || ::chown(file.c_str(), 0, kSharedGroup) == 0);
     ASSERT_EQ(::chmod(file.c_str(), 06777), 0);
-    ASSERT_EQ(::chmod(m_folder.c_str(), 0777), 0);
+    ASSERT_EQ(::chmod(m_folder.path().c_str(), 0777), 0);
     const bool foreign = ::geteuid() == 0; // only root can give the file to another user
     {
         const WithoutPrivilege ordinary;
