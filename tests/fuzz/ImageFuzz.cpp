@@ -4,7 +4,6 @@
 // ids and the version, of the three strings and of the Container ID, each after a byte with its
 // length; the image.
 
-#include "base/WholeFile.h"
 #include "editor/HexText.h"
 #include "firmware/FwImage.h"
 #include "firmware/IdentityEdit.h"
@@ -17,7 +16,6 @@
 #include <array>
 #include <cctype>
 #include <cstring>
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -27,34 +25,9 @@ namespace vornadel::test
 namespace
 {
 
-namespace fs = std::filesystem;
 using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::size_t kBlockSize = 256;
-
-/// A folder to save into, removed at the end of the process.
-class SaveFolder
-{
-public:
-    SaveFolder()
-    {
-        std::string pattern = (fs::temp_directory_path() / "fuzz-image-XXXXXX").string();
-        require(mkdtemp(pattern.data()) != nullptr, "there is a folder for temporary files");
-        m_folder = pattern;
-    }
-    SaveFolder(const SaveFolder&) = delete;
-    SaveFolder& operator=(const SaveFolder&) = delete;
-    ~SaveFolder()
-    {
-        std::error_code ignored;
-        fs::remove_all(m_folder, ignored);
-    }
-
-    std::string file() const { return (m_folder / "saved.bin").string(); }
-
-private:
-    fs::path m_folder;
-};
 
 Bytes bytesOf(const FwImage& image)
 {
@@ -118,19 +91,6 @@ void requireWellFormed(const FwImage& image, const Bytes& bytes)
          {&image.manufacturer, &image.product, &image.serial, &image.containerIdText}) {
         require(std::find(text->begin(), text->end(), '\0') != text->end(), "texts have an end");
     }
-}
-
-void requireSavedAsItIs(const FwImage& image)
-{
-    static const SaveFolder folder;
-    std::string problem;
-    require(saveWholeFile(folder.file(), {image.data.get(), static_cast<std::size_t>(image.size)},
-                          problem),
-            "what was loaded can be saved");
-    FwImage again;
-    require(FwImage_LoadFile(again, folder.file()), "what was saved can be loaded");
-    require(bytesOf(again) == bytesOf(image), "and has the same bytes");
-    require(FwImage_IdText(again.version) == FwImage_IdText(image.version), "and the same version");
 }
 
 /// Checks that only the given bytes of the block have changed, and in byte `flags` only the bits in
@@ -301,7 +261,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     }
     requireTextsOf(image);
-    requireSavedAsItIs(image);
     requireHexOf(image, begin, end);
     editIds(image, texts);
     editTexts(image, texts, containerId);
@@ -311,7 +270,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         {"", "", "", "", image.product.data(), image.serial.data(), image.manufacturer.data()},
         image.containerIdText.data());
     requireHexOf(image, end, begin);
-    requireSavedAsItIs(image);
     requireWellFormed(image, bytesOf(image));
     return 0;
 }
