@@ -3,7 +3,7 @@
 #include "app/AppDelegate.h"
 #include "platform/Clock.h"
 #include "standins/sim/SimulatedBus.h"
-#include "tests/support/FakeSystem.h"
+#include "tests/support/FakeMachine.h"
 
 #include <QTemporaryDir>
 
@@ -51,9 +51,9 @@ public:
     QString choose(QPushButton& button, const std::vector<std::uint8_t>& content);
 
 private:
-    test::IdleShell m_shell;
-    test::IdlePrivilegedRun m_privileged;
-    test::FixedSystemVersion m_version;
+    test::FakeShell m_shell;
+    test::FakePrivilegedRun m_privileged;
+    test::FakeSystemVersion m_version;
     QTemporaryDir m_folder;
     std::unique_ptr<SimulatedBus> m_bus;
     std::unique_ptr<Platform> m_platform;

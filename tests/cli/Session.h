@@ -4,7 +4,7 @@
 #include "hub/HubTransport.h"
 #include "platform/Platform.h"
 #include "standins/sim/SimulatedBus.h"
-#include "tests/support/FakeSystem.h"
+#include "tests/support/FakeMachine.h"
 #include "tests/support/HubGuard.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/VirtualClock.h"
@@ -86,9 +86,9 @@ public:
     std::ostringstream err;
 
 private:
-    IdleShell shell;
-    IdlePrivilegedRun privileged;
-    FixedSystemVersion version;
+    FakeShell shell;
+    FakePrivilegedRun privileged;
+    FakeSystemVersion version;
 };
 
 } // namespace vornadel::test

@@ -4,7 +4,7 @@
 #include "platform/Platform.h"
 #include "standins/sim/SimulatedBus.h"
 #include "tests/app/PatientClock.h"
-#include "tests/support/FakeSystem.h"
+#include "tests/support/FakeMachine.h"
 
 #include <QObject>
 #include <QPoint>
@@ -76,9 +76,9 @@ public:
 private:
     PatientClock m_clock;
     std::unique_ptr<SimulatedBus> m_bus;
-    IdleShell m_shell;
-    IdlePrivilegedRun m_privileged;
-    FixedSystemVersion m_version;
+    FakeShell m_shell;
+    FakePrivilegedRun m_privileged;
+    FakeSystemVersion m_version;
     std::unique_ptr<Platform> m_platform;
 };
 

@@ -22,7 +22,7 @@
 #include "app/Controls.h"
 #include "app/Tool.h"
 #include "standins/sim/SimulatedBus.h"
-#include "tests/support/FakeSystem.h"
+#include "tests/support/FakeMachine.h"
 
 #include <QApplication>
 #include <QFileDialog>
@@ -259,9 +259,9 @@ int main(int argc, char** argv)
             moment.closeAndWait(true);
         }
     };
-    test::IdleShell shell;
-    test::IdlePrivilegedRun privileged;
-    test::FixedSystemVersion version;
+    test::FakeShell shell;
+    test::FakePrivilegedRun privileged;
+    test::FakeSystemVersion version;
     Platform platform{*bus, shell, privileged, version, clock};
     return runTool(platform, toolPlaceOf(std::filesystem::canonical(argv[0])), {},
                    [&](AppDelegate& delegate) { use(delegate, moment, image); });

@@ -7,7 +7,7 @@
 #include "app/Tool.h"
 #include "standins/sim/SimulatedBus.h"
 #include "tests/app/PatientClock.h"
-#include "tests/support/FakeSystem.h"
+#include "tests/support/FakeMachine.h"
 
 #include <QApplication>
 
@@ -32,9 +32,9 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "%s\n", error.c_str());
         return 65;
     }
-    test::IdleShell shell;
-    test::IdlePrivilegedRun privileged;
-    test::FixedSystemVersion version;
+    test::FakeShell shell;
+    test::FakePrivilegedRun privileged;
+    test::FakeSystemVersion version;
     Platform platform{*bus, shell, privileged, version, clock};
     runTool(platform, toolPlaceOf(std::filesystem::canonical(argv[0])), {},
             [&clock](AppDelegate& tool) { clock.mainThread = &tool.mainThread(); });
