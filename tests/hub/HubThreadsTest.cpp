@@ -78,32 +78,25 @@ TEST_F(HubThreads, AreNotHeldUpByATransferOfAnother)
     EXPECT_THAT(m_bus.events(), ElementsAre("search", "drop 0", "end of list"));
 }
 
-TEST_F(HubThreads, MayOpenTheHubOnceAnotherHasClosedIt)
+TEST_F(HubThreads, MayOpenTheHubOnceAnotherHasClosedItOrFailed)
 {
+    const auto anotherMayOpen = [] {
+        onAnotherThread([] {
+            EXPECT_TRUE(Hub_OpenDevice());
+            Hub_CloseDevice();
+        });
+    };
     open();
     Hub_CloseDevice();
-    onAnotherThread([] {
-        EXPECT_TRUE(Hub_OpenDevice());
-        Hub_CloseDevice();
-    });
-}
-
-TEST_F(HubThreads, MayOpenTheHubAfterAnOpenOfAnotherFailed)
-{
-    m_bus.attached = {{kVendor, kSuperSpeed, UsbOpenStatus::Busy}};
+    anotherMayOpen();
+    m_bus.attached[0].openStatus = UsbOpenStatus::Busy;
     EXPECT_FALSE(Hub_OpenDevice());
-    m_bus.attached = {{kVendor, kSuperSpeed}};
-    onAnotherThread([] {
-        EXPECT_TRUE(Hub_OpenDevice());
-        Hub_CloseDevice();
-    });
+    m_bus.attached[0].openStatus = UsbOpenStatus::Opened;
+    anotherMayOpen();
     m_bus.givesList = false;
     EXPECT_FALSE(Hub_OpenDevice());
     m_bus.givesList = true;
-    onAnotherThread([] {
-        EXPECT_TRUE(Hub_OpenDevice());
-        Hub_CloseDevice();
-    });
+    anotherMayOpen();
 }
 
 TEST_F(HubThreads, NeverShareTheHub)

@@ -16,12 +16,6 @@ protected:
     SupportedIds() { SupportedIdList = {}; }
 };
 
-TEST_F(SupportedIds, AreSixtyFourEntriesOfFourWords)
-{
-    EXPECT_EQ(SupportedIdList.size(), 64U);
-    EXPECT_EQ(sizeof(SupportedIdList), 64U * 8U);
-}
-
 TEST_F(SupportedIds, MatchADeviceByEitherProductId)
 {
     SupportedIdList[5] = {1, 0x1111, 0x3300, 0x2200};
