@@ -3,6 +3,7 @@
 
 #include "config/ToolConfig.h"
 #include "hub/SupportedIds.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -11,9 +12,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -23,7 +23,6 @@ namespace vornadel::test
 namespace
 {
 
-namespace fs = std::filesystem;
 using Random = std::mt19937;
 
 constexpr int kFiles = 400;
@@ -103,9 +102,9 @@ std::vector<std::string> supportedPairs()
     return pairs;
 }
 
-std::vector<std::string> linesOf(const fs::path& file)
+std::vector<std::string> linesOf(const std::string& text)
 {
-    std::ifstream stream(file);
+    std::istringstream stream(text);
     std::vector<std::string> lines;
     for (std::string line; std::getline(stream, line);) {
         lines.push_back(line);
@@ -115,36 +114,31 @@ std::vector<std::string> linesOf(const fs::path& file)
 
 TEST(SupportedIdsScript, FindsTheIdsThatTheToolFinds)
 {
-    std::string pattern = (fs::temp_directory_path() / "config_tests-XXXXXX").string();
-    const fs::path folder = ::mkdtemp(pattern.data());
+    const TemporaryFolder folder;
     Random random(20);
     for (int number = 0; number < kFiles; ++number) {
-        std::ofstream(folder / (std::to_string(number) + ".ini"), std::ios::binary)
-            << anyFile(random);
+        folder.write(std::to_string(number) + ".ini", anyFile(random));
     }
-    const std::string command = "cd '" + folder.string() +
+    const std::string command = "cd '" + folder.path() +
                                 "' && for file in *.ini; do LC_ALL=C awk -f '" SUPPORTED_IDS
                                 "' \"$file\" >\"$file.out\" && : >\"$file.ok\"; done; :";
     ASSERT_EQ(std::system(command.c_str()), 0);
 
     int granted = 0;
     for (int number = 0; number < kFiles; ++number) {
-        const fs::path file = folder / (std::to_string(number) + ".ini");
-        const ToolConfig config = readToolConfig(file.string());
-        const std::vector<std::string> printed = linesOf(file.string() + ".out");
-        if (!fs::exists(file.string() + ".ok")) {
+        const std::string file = std::to_string(number) + ".ini";
+        const ToolConfig config = readToolConfig(folder.path(file));
+        const std::vector<std::string> printed = linesOf(folder.text(file + ".out"));
+        if (!std::filesystem::exists(folder.path(file + ".ok"))) {
             // Refused, with the reason; the tool may be more lenient.
             EXPECT_EQ(printed.size(), 1U) << file;
             continue;
         }
-        std::ifstream content(file);
-        EXPECT_EQ(printed, supportedPairs())
-            << std::string(std::istreambuf_iterator<char>(content), {}) << config.problem;
+        EXPECT_EQ(printed, supportedPairs()) << folder.text(file) << config.problem;
         granted += printed.empty() ? 0 : 1;
     }
     EXPECT_GT(granted, kFiles / 8) << "files of both kinds are needed";
     EXPECT_LT(granted, kFiles);
-    fs::remove_all(folder);
 }
 
 } // namespace

@@ -1,15 +1,12 @@
 #include "driver/HubDriver.h"
 
-#include "hub/HubTransport.h"
 #include "tests/support/FakeMachine.h"
-#include "tests/support/SimulatedSetup.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/support/WithoutPrivilege.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <string>
 #include <utility>
@@ -40,18 +37,12 @@ std::string pathForACommandOf(std::size_t bytes)
     return std::string(bytes - rest, 'p');
 }
 
-TEST(HubDriver, TakesACommandThatJustFits)
-{
-    FakeShell shell;
-    copyDriverBundle(shell, pathForACommandOf(511));
-    ASSERT_EQ(shell.commands.size(), 1U);
-    EXPECT_EQ(shell.commands.front().size(), 511U);
-}
-
 TEST(HubDriverDeathTest, EndsTheProcessRatherThanCutACommand)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     FakeShell shell;
+    copyDriverBundle(shell, pathForACommandOf(511));
+    EXPECT_EQ(shell.commands.at(0).size(), 511U);
     EXPECT_EXIT(copyDriverBundle(shell, pathForACommandOf(512)),
                 testing::ExitedWithCode(EXIT_FAILURE),
                 "a shell command of 512 bytes does not fit into 511");
@@ -65,51 +56,39 @@ TEST(HubDriver, KnowsWhichPathsTheShellWouldMisread)
     }
 }
 
-/// A temporary folder.
+/// A copy of the driver, made with the umask of a user who has a private group.
 class DriverCopy : public testing::Test
 {
 public:
-    DriverCopy()
-    {
-
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "driver_test-XXXXXX").string();
-        m_folder = mkdtemp(pattern.data());
-    }
-    ~DriverCopy() override
-    {
-        std::filesystem::remove_all(m_folder);
-        umask(m_umask);
-    }
+    DriverCopy() = default;
+    ~DriverCopy() override { umask(m_umask); }
 
 protected:
-    std::string copy() const { return m_folder + "/copy"; }
+    std::string copy() const { return m_folder.path("copy"); }
 
-    std::string m_folder;
+    const TemporaryFolder m_folder;
 
 private:
-    mode_t m_umask = umask(0002); // as on systems where every user has a private group
+    const mode_t m_umask = umask(0002);
 };
 
 TEST_F(DriverCopy, IsMadeOnceAndUsedAgain)
 {
     EXPECT_EQ(claimDriverCopy(copy()), "");
     EXPECT_EQ(std::filesystem::status(copy()).permissions(), std::filesystem::perms{0755});
-    std::filesystem::create_directories(copy() + "/Contents/MacOS");
-    std::ofstream(copy() + "/Contents/MacOS/driver") << "driver";
+    m_folder.write("copy/Contents/MacOS/driver", "driver");
     EXPECT_EQ(claimDriverCopy(copy()), "");
-    EXPECT_EQ(claimDriverCopy(m_folder + "/no/such/place"),
-              m_folder + "/no/such/place cannot be created or examined");
+    const std::string nowhere = m_folder.path("no/such/place");
+    EXPECT_EQ(claimDriverCopy(nowhere), nowhere + " cannot be created or examined");
 }
 
 TEST_F(DriverCopy, IsNotWrittenToThroughALinkOrIntoAPipe)
 {
     using Make = std::function<void(const std::string&)>;
-    const std::string mine = m_folder + "/mine";
-    std::ofstream(mine) << "precious";
+    const std::string mine = m_folder.write("mine", "precious");
     const Make link = [&](const std::string& name) { std::filesystem::create_symlink(mine, name); };
     const Make folderLink = [&](const std::string& name) {
-        std::filesystem::create_directory_symlink(m_folder, name);
+        std::filesystem::create_directory_symlink(m_folder.path(), name);
     };
     const Make secondName = [&](const std::string& name) {
         std::filesystem::create_hard_link(mine, name);
@@ -158,7 +137,7 @@ TEST_F(DriverCopy, CanBeWrittenToByNobodyElseFromThenOn)
 
 TEST_F(DriverCopy, IsNotUsedIfItHoldsAFolderThatCannotBeLookedThrough)
 {
-    ASSERT_EQ(chmod(m_folder.c_str(), 0777), 0);
+    ASSERT_EQ(chmod(m_folder.path().c_str(), 0777), 0);
     const WithoutPrivilege nobody;
     std::filesystem::create_directories(copy() + "/Contents");
     ASSERT_EQ(chmod((copy() + "/Contents").c_str(), 0300), 0);
@@ -172,33 +151,6 @@ TEST(HubDriver, StartsAScriptByItsPathAsItStands)
     EXPECT_EQ(privileged.scripts, std::vector<std::string>{"/opt/a b/(x)/load"});
     privileged.able = false;
     EXPECT_FALSE(startScript(privileged, "/x", "reboot"));
-}
-
-TEST(HubDriver, SendsAHubInItsRomCodeBackToItsFlash)
-{
-    SimulatedHubOptions options;
-    options.mode = HubCode::Rom;
-    SimulatedSetup setup(options);
-    returnHubToFlash();
-    EXPECT_EQ(setup.hub().runningCode(), HubCode::Flash);
-    EXPECT_FALSE(Hub_IsOpen());
-}
-
-TEST(HubDriver, LeavesTheHubClosedWhenItDoesNotComeBack)
-{
-    SimulatedSetup setup;
-    setup.hub().addFault({.kind = FaultKind::Never, .on = {}, .position = 2});
-    returnHubToFlash();
-    EXPECT_EQ(setup.hub().faultsTriggered(), 1U) << "it was restarted twice";
-    EXPECT_FALSE(Hub_IsOpen());
-}
-
-TEST(HubDriver, SendsNothingWithoutAHub)
-{
-    SimulatedSetup setup;
-    setup.hub().unplug();
-    returnHubToFlash();
-    EXPECT_EQ(setup.hub().requestCount(), 0U);
 }
 
 TEST(HubDriver, NeedsARebootOnlyWhereTheBootArgumentIsWantedAndMissing)

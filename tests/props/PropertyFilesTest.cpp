@@ -1,5 +1,6 @@
 #include "props/PropertyFiles.h"
 #include "tests/props/DefinitionFolder.h"
+#include "tests/support/WithoutPrivilege.h"
 
 #include <gmock/gmock.h>
 #include <sys/resource.h>
@@ -25,27 +26,8 @@ using ::testing::UnorderedElementsAre;
 
 class PropertyFiles : public DefinitionFolder
 {
-public:
-    PropertyFiles() = default;
-    PropertyFiles(const PropertyFiles&) = delete;
-    PropertyFiles& operator=(const PropertyFiles&) = delete;
-    ~PropertyFiles() override
-    {
-        if (!m_closed.empty()) {
-            fs::permissions(m_closed, fs::perms::owner_all);
-        }
-    }
-
 protected:
-    std::vector<std::string> found() const { return findPropertyFiles(m_folder.string()); }
-
-    void setPermissions(const std::string& name, fs::perms permissions)
-    {
-        m_closed = path(name);
-        fs::permissions(m_closed, permissions);
-    }
-
-    std::string m_closed;
+    std::vector<std::string> found() const { return findPropertyFiles(m_folder.path()); }
 };
 
 TEST_F(PropertyFiles, HaveTheExtensionAtTheirEnd)
@@ -79,9 +61,9 @@ TEST_F(PropertyFiles, ComeInTheOrderOfTheWalk)
     }
     // The library's own walk also uses the order in which the system lists folders.
     std::vector<std::string> walked;
-    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(m_folder)) {
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(m_folder.path())) {
         if (entry.path().extension() == ".INI") {
-            walked.push_back(entry.path().lexically_relative(m_folder).string());
+            walked.push_back(entry.path().lexically_relative(m_folder.path()).string());
         }
     }
     EXPECT_THAT(walked, SizeIs(6));
@@ -100,7 +82,7 @@ TEST_F(PropertyFiles, AreTakenByNameWhateverTheyAre)
 TEST_F(PropertyFiles, AreNotLookedForBehindLinks)
 {
     write("", "real/A.INI");
-    fs::create_directory_symlink(m_folder, path("real/back"));
+    fs::create_directory_symlink(m_folder.path(), path("real/back"));
     fs::create_directory_symlink("self", path("self"));
     fs::create_directory_symlink("real", path("other"));
     EXPECT_THAT(found(), ElementsAre("real/A.INI"));
@@ -118,9 +100,12 @@ TEST_F(PropertyFiles, BehindAClosedFolderStayUnseenAndTheRestIsFound)
     write("", "closed/A.INI");
     write("", "open/B.INI");
     write("", "C.INI");
-    setPermissions("closed", fs::perms::none);
-    const WithoutPrivilege nobody;
-    EXPECT_THAT(found(), UnorderedElementsAre("open/B.INI", "C.INI"));
+    fs::permissions(path("closed"), fs::perms::none);
+    {
+        const WithoutPrivilege nobody;
+        EXPECT_THAT(found(), UnorderedElementsAre("open/B.INI", "C.INI"));
+    }
+    fs::permissions(path("closed"), fs::perms::owner_all); // or it could not be removed
 }
 
 /// Creates nested folders, 300 deep; one at a time, because the whole path would be too long.
@@ -149,8 +134,7 @@ TEST_F(PropertyFiles, AreLookedForDownTo255FoldersDeep)
 
 TEST_F(PropertyFiles, AreFoundWithFewDescriptorsLeft)
 {
-    const std::string name(20, 'd');
-    makeDeepFolder(m_folder, name);
+    makeDeepFolder(m_folder.path(), std::string(20, 'd'));
     write("", "A.INI");
     write("", "other/B.INI");
     rlimit limit{};
