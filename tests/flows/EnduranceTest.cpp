@@ -4,15 +4,12 @@
 #include "tests/flows/FlowTable.h"
 #include "tests/support/Resources.h"
 #include "tests/support/SimulatedSetup.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <functional>
 #include <iostream>
-
-#include <unistd.h>
 
 namespace vornadel::test
 {
@@ -26,10 +23,6 @@ constexpr int kWarmUp = 100;
 /// A hub whose flash is a file, so that every open takes a lock and every write replaces the file.
 class Endurance : public testing::Test
 {
-public:
-    Endurance() : m_folder(makeFolder()), m_setup(hubIn(m_folder)) {}
-    ~Endurance() override { std::filesystem::remove_all(m_folder); }
-
 protected:
     /// The next hub: detected, updated, detected again.
     void update()
@@ -65,27 +58,18 @@ protected:
     }
 
 private:
-    static std::string makeFolder()
-    {
-        // In memory if possible, because ten thousand writes to a disk are slow.
-        const std::filesystem::path memory = "/dev/shm";
-        const bool there = access(memory.c_str(), W_OK) == 0;
-        std::string pattern =
-            (there ? memory : std::filesystem::temp_directory_path()) / "endurance-XXXXXX";
-        return mkdtemp(pattern.data());
-    }
-    static SimulatedHubOptions hubIn(const std::string& folder)
+    static SimulatedHubOptions hubIn(const TemporaryFolder& folder)
     {
         SimulatedHubOptions options;
-        options.image = folder + "/flash.bin";
+        options.image = folder.path("flash.bin");
         options.latency = SimulatedLatency::None;
         return options;
     }
 
-    std::string m_folder;
+    const TemporaryFolder m_folder{placeInMemory()};
 
 protected:
-    HubSetup m_setup;
+    HubSetup m_setup{hubIn(m_folder)};
 };
 
 TEST_F(Endurance, AThousandUpdatesLeaveNothingBehind)

@@ -147,16 +147,7 @@ HubCode codeAfter(const Flow& flow, const std::string& wire, const FaultVariant&
                                                                              : HubCode::Rom;
 }
 
-} // namespace
-
-Fault FaultVariant::at(unsigned position) const
-{
-    return {.kind = kind,
-            .on = {},
-            .position = position,
-            .amount = amount,
-            .delay = std::chrono::seconds(amount)};
-}
+enum class Strikes { Request, Open, Restart };
 
 Strikes strikes(FaultKind kind)
 {
@@ -187,6 +178,17 @@ bool happensAt(FaultKind kind, char request)
            (kind == FaultKind::Flip && request == 'r');
 }
 
+} // namespace
+
+Fault FaultVariant::at(unsigned position) const
+{
+    return {.kind = kind,
+            .on = {},
+            .position = position,
+            .amount = amount,
+            .delay = std::chrono::seconds(amount)};
+}
+
 std::vector<std::size_t> placesOf(const FaultVariant& variant, const std::string& wire)
 {
     std::vector<std::size_t> places;
@@ -198,7 +200,7 @@ std::vector<std::size_t> placesOf(const FaultVariant& variant, const std::string
     return places;
 }
 
-unsigned positionOf(FaultKind kind, const std::string& wire, std::size_t index, unsigned refused)
+unsigned positionOf(FaultKind kind, const std::string& wire, std::size_t index)
 {
     const auto upTo = wire.begin() + static_cast<std::ptrdiff_t>(index) + 1;
     const auto count = [&](std::string_view letters) {
@@ -207,7 +209,7 @@ unsigned positionOf(FaultKind kind, const std::string& wire, std::size_t index, 
     };
     switch (strikes(kind)) {
     case Strikes::Open:
-        return count(kOpens) + refused;
+        return count(kOpens);
     case Strikes::Restart:
         return count(kRestarts);
     case Strikes::Request:

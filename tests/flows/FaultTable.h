@@ -45,18 +45,12 @@ inline constexpr std::array<FaultVariant, 21> kFaultVariants = {{
     {"Bounce", FaultKind::Bounce},
 }};
 
-enum class Strikes { Request, Open, Restart };
-Strikes strikes(FaultKind kind);
-
-/// Whether the fault can strike this request, the open before it, or the restart that it causes.
-bool happensAt(FaultKind kind, char request);
-
-/// The indices of the requests at which the variant can happen.
+/// The indices of the requests that the variant can strike, or the open before it, or the restart
+/// that it causes.
 std::vector<std::size_t> placesOf(const FaultVariant& variant, const std::string& wire);
 
-/// The position of a fault that strikes at this index. `refused`: earlier refused opens.
-unsigned positionOf(FaultKind kind, const std::string& wire, std::size_t index,
-                    unsigned refused = 0);
+/// The position of a fault that strikes at this index.
+unsigned positionOf(FaultKind kind, const std::string& wire, std::size_t index);
 
 /// The outcome of a flow with one fault.
 struct Outcome {

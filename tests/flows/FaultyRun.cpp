@@ -38,13 +38,18 @@ FaultyRun::FaultyRun(const Flow& flow, SimulatedSetup& setup)
     }
 }
 
-void expectHealthyUpdate(SimulatedSetup& setup, unsigned opensStillRefused)
+void powerUp(SimulatedSetup& setup, unsigned opensStillRefused)
 {
     setup.hub().replug();
     setup.clock.advance(60s); // late returns and bounces are over
     for (unsigned refused = 0; refused < opensStillRefused && !Hub_OpenDevice(); ++refused) {
     }
     Hub_CloseDevice();
+}
+
+void expectHealthyUpdate(SimulatedSetup& setup, unsigned opensStillRefused)
+{
+    powerUp(setup, opensStillRefused);
     const FaultyRun run(easyUpdate(), setup);
     EXPECT_TRUE(run.succeeded);
     expectTold(easyUpdate(), run.told, true);

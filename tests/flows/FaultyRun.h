@@ -23,7 +23,10 @@ struct FaultyRun {
     std::string wire; ///< the requests that reached the hub, in the letters of an observer
 };
 
-/// Powers the hub up again without faults, and expects an update to succeed.
+/// Powers the hub up again, and lets it refuse the rest of the opens.
+void powerUp(SimulatedSetup& setup, unsigned opensStillRefused = 0);
+
+/// The same, and expects an update to succeed then.
 void expectHealthyUpdate(SimulatedSetup& setup, unsigned opensStillRefused = 0);
 
 } // namespace vornadel::test

@@ -1,10 +1,9 @@
 #include "flows/FirmwareUpdate.h"
 
 #include "hub/HubCommands.h"
-#include "tests/flows/Told.h"
 #include "tests/flows/ToldValues.h"
-#include "tests/flows/WireLog.h"
 #include "tests/support/RecordingReporter.h"
+#include "tests/support/SeenRequest.h"
 #include "tests/support/SimulatedSetup.h"
 
 #include <gmock/gmock.h>
@@ -19,17 +18,21 @@ namespace
 {
 
 using namespace std::chrono_literals;
-using testing::DoubleNear;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Pointwise;
+using testing::IsSupersetOf;
 
 std::vector<std::uint8_t> newImage() { return demoImage(0x0101); }
 
 class FirmwareUpdate : public testing::Test
 {
 protected:
-    FirmwareUpdate() { keepRequests(setup.hub(), wire); }
+    FirmwareUpdate()
+    {
+        setup.hub().onRequest = [this](const ControlRequest& request) {
+            wire.push_back(seenOf(request));
+        };
+    }
 
     void load(const std::vector<std::uint8_t>& bytes)
     {
@@ -41,7 +44,7 @@ protected:
     SimulatedSetup setup;
     FwImage image;
     RecordingReporter reporter;
-    std::vector<WireRequest> wire;
+    std::vector<SeenRequest> wire;
 };
 
 struct FaultyByte {
@@ -69,25 +72,22 @@ TEST_F(FirmwareUpdate, SendsExactlyTheseRequests)
     load(newImage());
     EXPECT_TRUE(update());
 
-    const std::vector<std::uint8_t> bytes = newImage();
-    const WireRequest hello{0x40, 0x02, 0x0001, HUB_MAKER_VID, 0, {}};
-    const WireRequest status{0xC0, 0x09, 0, 0, 32, {}};
+    std::vector<std::uint8_t> bytes = newImage();
+    const SeenRequest hello = seenOf({0x40, 0x02, 0x0001, HUB_MAKER_VID});
+    const SeenRequest status{{0xC0, 0x09, 0, 0, 0, 0, 32, 0}};
     // It runs flash code when opened, so the flow reads its mode and restart speed, then restarts
     // it.
-    std::vector<WireRequest> expected{hello, status, status, {0x40, 0x00, 0, 0, 0, {}},
-                                      hello, status};
-    expected.push_back({0x40, 0xE8, 0, 0, 0, {}});
-    for (std::uint16_t address = 0; address < 0x8000;
-         address = static_cast<std::uint16_t>(address + 4096)) {
-        expected.push_back(
-            {0x40, 0xC8, address, 0, 4096,
-             std::vector<std::uint8_t>(bytes.begin() + address, bytes.begin() + address + 4096)});
+    std::vector<SeenRequest> expected{
+        hello, status, status, seenOf({0x40, 0x00}), hello, status, seenOf({0x40, 0xE8})};
+    for (std::size_t at = 0; at < 0x8000; at += 4096) {
+        const auto address = static_cast<std::uint16_t>(at);
+        expected.push_back(seenOf({0x40, 0xC8, address, 0, {bytes.data() + at, 4096}}));
     }
-    for (std::uint16_t address = 0; address < 0x8000;
-         address = static_cast<std::uint16_t>(address + 4096)) {
-        expected.push_back({0xC0, 0xD8, address, 0, 4096, {}});
+    for (std::size_t at = 0; at < 0x8000; at += 4096) {
+        const auto address = static_cast<std::uint16_t>(at);
+        expected.push_back(seenOf({0xC0, 0xD8, address, 0, {}, {bytes.data(), 4096}}));
     }
-    expected.push_back({0x40, 0xE9, 0x0101, 0, 0, {}});
+    expected.push_back(seenOf({0x40, 0xE9, 0x0101}));
     expected.push_back(hello);
     EXPECT_EQ(wire, expected);
     EXPECT_EQ(setup.hub().flash(), bytes);
@@ -97,7 +97,7 @@ TEST_F(FirmwareUpdate, TellsItsLinesAndValuesInThisOrder)
 {
     load(newImage());
     EXPECT_TRUE(update());
-    EXPECT_THAT(told(reporter),
+    EXPECT_THAT(reporter.lines(),
                 ElementsAre("reset", "0%", "blue FW:demo.bin(size=32768)\n\n",
                             "blue Erase Flash...\n", "10%", "blue Write Flash...\n", "15% posted",
                             "20% posted", "25% posted", "30% posted", "35% posted", "40% posted",
@@ -119,34 +119,23 @@ TEST_F(FirmwareUpdate, WritesAnImageOf5000BytesInTwoPieces)
     load(imageOfSize(5000));
     EXPECT_TRUE(update());
 
-    std::vector<WireRequest> writes;
-    std::vector<WireRequest> reads;
-    for (const WireRequest& request : wire) {
-        if (request.bRequest == 0xC8) {
-            writes.push_back(request);
-        } else if (request.bRequest == 0xD8) {
-            reads.push_back(request);
-        }
-    }
+    std::vector<std::uint8_t> bytes = imageOfSize(5000);
     const std::vector<std::uint8_t> flash = setup.hub().flash();
-    const std::vector<std::uint8_t> bytes = imageOfSize(5000);
     EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(), flash.begin()));
-    EXPECT_THAT(
-        writes,
-        ElementsAre(WireRequest{0x40, 0xC8, 0, 0, 4096, {bytes.begin(), bytes.begin() + 4096}},
-                    WireRequest{0x40, 0xC8, 4096, 0, 904, {bytes.begin() + 4096, bytes.end()}}));
-    EXPECT_THAT(reads, ElementsAre(WireRequest{0xC0, 0xD8, 0, 0, 4096, {}},
-                                   WireRequest{0xC0, 0xD8, 4096, 0, 904, {}}));
-    EXPECT_THAT(reporter.values(Wait::No),
-                Pointwise(DoubleNear(1e-9),
-                          {10 + 40 * 4096 / 5000.0, 50.0, 50 + 40 * 4096 / 5000.0, 90.0}));
+    const std::vector<SeenRequest> transfers(wire.end() - 6, wire.end() - 2);
+    EXPECT_THAT(transfers, ElementsAre(seenOf({0x40, 0xC8, 0, 0, {bytes.data(), 4096}}),
+                                       seenOf({0x40, 0xC8, 4096, 0, {bytes.data() + 4096, 904}}),
+                                       seenOf({0xC0, 0xD8, 0, 0, {}, {bytes.data(), 4096}}),
+                                       seenOf({0xC0, 0xD8, 4096, 0, {}, {bytes.data(), 904}})));
+    EXPECT_THAT(reporter.lines(),
+                IsSupersetOf({"42.768% posted", "50% posted", "82.768% posted", "90% posted"}));
 }
 
 TEST_F(FirmwareUpdate, WithoutAnImageShowsAnEmptyHeaderAndFails)
 {
     EXPECT_FALSE(updateFirmware(image, "", reporter));
-    EXPECT_THAT(told(reporter), ElementsAre("reset", "0%", "blue FW:(size=0)\n\n",
-                                            "red Wrong firmware file\n", "red Update FW Fail\n"));
+    EXPECT_THAT(reporter.lines(), ElementsAre("reset", "0%", "blue FW:(size=0)\n\n",
+                                              "red Wrong firmware file\n", "red Update FW Fail\n"));
     EXPECT_THAT(wire, IsEmpty());
 }
 

@@ -1,6 +1,6 @@
 #include "flows/FlashRead.h"
 
-#include "tests/flows/Told.h"
+#include "tests/support/RecordingReporter.h"
 #include "tests/support/SimulatedSetup.h"
 
 #include <gmock/gmock.h>
@@ -26,27 +26,6 @@ protected:
     RecordingReporter reporter;
 };
 
-/// Looks at the flash when the flow has its result.
-class Handover final : public FlowReporter
-{
-public:
-    explicit Handover(const std::vector<std::uint8_t>& flash) : m_flash(flash) {}
-
-    void started(const FlowStart& /*start*/) override {}
-    void stepStarted(Step /*step*/) override {}
-    void progressed(std::int32_t /*done*/, std::int32_t /*total*/) override {}
-    void finished(const FlowResult& result) override
-    {
-        EXPECT_TRUE(result.succeeded());
-        EXPECT_EQ(m_flash, demoImage());
-        EXPECT_TRUE(Hub_IsOpen());
-    }
-    void closed() override { EXPECT_FALSE(Hub_IsOpen()); }
-
-private:
-    const std::vector<std::uint8_t>& m_flash;
-};
-
 } // namespace
 
 TEST_F(FlashRead, BringsEveryByteOfTheFlashAndLeavesItAsItIs)
@@ -66,7 +45,7 @@ TEST_F(FlashRead, BringsEveryByteOfTheFlashAndLeavesItAsItIs)
 TEST_F(FlashRead, TellsItsLinesAndValuesInThisOrder)
 {
     EXPECT_TRUE(read());
-    EXPECT_THAT(told(reporter),
+    EXPECT_THAT(reporter.lines(),
                 ElementsAre("0%", "reset", "blue Open Device...\n", "10% posted",
                             "blue Reading Flash...\n", "20% posted", "30% posted", "40% posted",
                             "50% posted", "60% posted", "70% posted", "80% posted", "90% posted",
@@ -78,16 +57,10 @@ TEST_F(FlashRead, TellsAFailureInThisOrder)
 {
     setup.hub().addFault({.kind = FaultKind::Stall, .on = RequestKind::Read, .position = 3});
     EXPECT_FALSE(read());
-    EXPECT_THAT(told(reporter),
+    EXPECT_THAT(reporter.lines(),
                 ElementsAre("0%", "reset", "blue Open Device...\n", "10% posted",
                             "blue Reading Flash...\n", "20% posted", "30% posted",
                             "red Fail to Read Flash\n", "red Read Fw Fail\n", "0% posted"));
-}
-
-TEST_F(FlashRead, HandsTheFlashOverWhileTheHubIsOpen)
-{
-    Handover handover(flash);
-    EXPECT_TRUE(readFlash(flash, handover));
 }
 
 TEST_F(FlashRead, TakesBytesThatWereNotDeliveredFor0)

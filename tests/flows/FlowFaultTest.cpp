@@ -109,17 +109,6 @@ INSTANTIATE_TEST_SUITE_P(EveryRequest, FaultSweep, testing::ValuesIn(everyRow())
                              return std::string(row.param.flow->name) + row.param.variant.name;
                          });
 
-TEST(FaultSweepInAll, HasThisManyFaults)
-{
-    std::size_t faults = 0;
-    for (const SweepRow& row : everyRow()) {
-        for (const HubCode runs : {HubCode::Flash, HubCode::Rom}) {
-            faults += placesOf(row.variant, row.flow->wireFrom(runs)).size();
-        }
-    }
-    EXPECT_EQ(faults, 748U);
-}
-
 namespace
 {
 

@@ -4,7 +4,7 @@
 #include "flows/FlashErase.h"
 
 #include "tests/flows/FlowTable.h"
-#include "tests/flows/Told.h"
+#include "tests/support/RecordingReporter.h"
 #include "tests/support/SimulatedSetup.h"
 
 #include <gmock/gmock.h>
@@ -48,9 +48,9 @@ TEST(FlowTexts, DoNotMoveTheBarForAStepThatFailed)
     reporter.stepStarted(Step::Erase);
     reporter.finished({Step::Erase, Cause::RequestFailed});
     reporter.closed();
-    EXPECT_THAT(told(reporter), ElementsAre("reset", "0%", "blue FW:demo.bin(size=32768)\n\n",
-                                            "blue Erase Flash...\n", "red Fail to Erase Flash\n",
-                                            "red Update FW Fail\n"));
+    EXPECT_THAT(reporter.lines(), ElementsAre("reset", "0%", "blue FW:demo.bin(size=32768)\n\n",
+                                              "blue Erase Flash...\n", "red Fail to Erase Flash\n",
+                                              "red Update FW Fail\n"));
 }
 
 TEST(FlowTexts, OfAnEraseComeInThisOrderAndLeaveTheBarAt0)
@@ -58,7 +58,7 @@ TEST(FlowTexts, OfAnEraseComeInThisOrderAndLeaveTheBarAt0)
     const SimulatedSetup setup;
     RecordingReporter reporter;
     EXPECT_TRUE(eraseFlash(reporter));
-    EXPECT_THAT(told(reporter),
+    EXPECT_THAT(reporter.lines(),
                 ElementsAre("reset", "0%", "blue Open Rom Device...\n", "blue Erase Flash...\n",
                             "blue Reseting...\n", "blue Erase FW Success\n"));
 }

@@ -4,15 +4,10 @@
 #include "flows/FirmwareUpdate.h"
 #include "tests/support/RecordingReporter.h"
 #include "tests/support/SimulatedSetup.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 
 namespace vornadel::test
 {
@@ -20,41 +15,19 @@ namespace vornadel::test
 namespace
 {
 
-namespace fs = std::filesystem;
 using testing::ElementsAre;
 using Kind = RecordingReporter::Kind;
 
 class ScalarUpdate : public testing::Test
 {
-public:
-    ScalarUpdate(const ScalarUpdate&) = delete;
-    ScalarUpdate& operator=(const ScalarUpdate&) = delete;
-    ~ScalarUpdate() override
-    {
-        std::error_code ignored;
-        fs::remove_all(m_resources, ignored);
-    }
-
 protected:
-    ScalarUpdate()
-    {
-        std::string pattern = (fs::temp_directory_path() / "flows_test-XXXXXX").string();
-        m_resources = mkdtemp(pattern.data());
-    }
-
-    void keep(const std::string& name, const std::vector<std::uint8_t>& bytes)
-    {
-        std::ofstream file(m_resources / name, std::ios::binary);
-        std::copy(bytes.begin(), bytes.end(), std::ostreambuf_iterator<char>(file));
-    }
-
     bool update(const std::string& fwbinPath)
     {
-        m_taken = loadConfiguredImage(m_image, m_resources.string(), fwbinPath);
+        m_taken = loadConfiguredImage(m_image, m_resources.path(), fwbinPath);
         return updateFirmware(m_image, "shown name", m_reporter);
     }
 
-    fs::path m_resources;
+    const TemporaryFolder m_resources;
     SimulatedSetup m_setup;
     FwImage m_image;
     bool m_taken = false; // the configured image is the one in m_image
@@ -63,8 +36,7 @@ protected:
 
 TEST_F(ScalarUpdate, WritesTheConfiguredImageOfTheResourceFolder)
 {
-    fs::create_directory(m_resources / "sub");
-    keep("sub/new.bin", demoImage(kDemoVersion101));
+    m_resources.write("sub/new.bin", demoImage(kDemoVersion101));
     EXPECT_TRUE(update("sub/new.bin"));
     EXPECT_TRUE(m_taken);
     EXPECT_EQ(m_setup.hub().flash(), demoImage(kDemoVersion101));
@@ -73,7 +45,7 @@ TEST_F(ScalarUpdate, WritesTheConfiguredImageOfTheResourceFolder)
 
 TEST_F(ScalarUpdate, TakesAPathFromTheRootForOneInTheResourceFolder)
 {
-    keep("new.bin", demoImage(kDemoVersion101));
+    m_resources.write("new.bin", demoImage(kDemoVersion101));
     EXPECT_TRUE(update("/new.bin"));
     EXPECT_EQ(m_setup.hub().flash(), demoImage(kDemoVersion101));
 }
@@ -101,7 +73,7 @@ TEST_F(ScalarUpdate, WithAnImageThatIsNoneSendsNothingThoughOneWasLoadedBefore)
 {
     const std::vector<std::uint8_t> bytes = demoImage();
     ASSERT_TRUE(FwImage_Parse(m_image, bytes.data(), static_cast<std::int32_t>(bytes.size())));
-    keep("none.bin", std::vector<std::uint8_t>(1024, 0xFF));
+    m_resources.write("none.bin", std::vector<std::uint8_t>(1024, 0xFF));
     EXPECT_FALSE(update("none.bin"));
     EXPECT_TRUE(m_taken) << "its name belongs to the failure";
     EXPECT_THAT(m_reporter.texts(Kind::Red),

@@ -2,6 +2,7 @@
 
 #include "flows/FlowTexts.h"
 
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -32,15 +33,30 @@ public:
         return found;
     }
 
-    std::vector<double> values(Wait wait) const
+    /// All entries, in order: "reset", "blue TEXT", "red TEXT", and "10%" for a value, or "10%
+    /// posted" for one without waiting.
+    std::vector<std::string> lines() const
     {
-        std::vector<double> found;
+        std::vector<std::string> all;
         for (const Entry& entry : entries) {
-            if (entry.kind == Kind::Progress && entry.wait == wait) {
-                found.push_back(entry.percent);
+            std::ostringstream line;
+            switch (entry.kind) {
+            case Kind::Reset:
+                line << "reset";
+                break;
+            case Kind::Blue:
+                line << "blue " << entry.text;
+                break;
+            case Kind::Red:
+                line << "red " << entry.text;
+                break;
+            case Kind::Progress:
+                line << entry.percent << '%' << (entry.wait == Wait::Yes ? "" : " posted");
+                break;
             }
+            all.push_back(line.str());
         }
-        return found;
+        return all;
     }
 
     std::vector<Entry> entries;
