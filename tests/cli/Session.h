@@ -32,9 +32,8 @@ public:
         read.keepInMemory = true;
         bus = SimulatedBus::create(read, clock, error);
         EXPECT_NE(bus, nullptr) << error;
-        folder.write("config.ini",
-                     std::string_view("[Support Vid Pid]\n"
-                                      "VID_00 = 0x1209\nSSPID_00 = 0x0001\nHSPID_00 = 0x0002\n"));
+        folder.write("config.ini", "[Support Vid Pid]\n"
+                                   "VID_00 = 0x1209\nSSPID_00 = 0x0001\nHSPID_00 = 0x0002\n");
     }
 
     Session(const Session&) = delete;

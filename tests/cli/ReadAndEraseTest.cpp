@@ -24,12 +24,6 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 
-std::string textIn(const TemporaryFolder& folder, const std::string& name)
-{
-    const std::vector<std::uint8_t> bytes = folder.read(name);
-    return {bytes.begin(), bytes.end()};
-}
-
 std::size_t filesIn(const TemporaryFolder& folder)
 {
     const fs::directory_iterator begin(folder.path());
@@ -65,45 +59,25 @@ TEST(Read, KeepsEveryByteOfTheNameInAnyLocale)
     }
 }
 
-struct Failure {
-    const char* options;
-    const char* reason;
-};
-
-constexpr const char* kNotOpened =
-    "Fail to Open Rom Device\nPlease Load Driver firstly\nThen replugin usb hub device\n";
-
-class FailingRead : public testing::TestWithParam<Failure>
+TEST(Read, TellsTheReasonOnStandardErrorAndLeavesTheFile)
 {
-};
-
-TEST_P(FailingRead, TellsTheReasonOnStandardErrorAndLeavesTheFile)
-{
-    Session session(GetParam().options);
-    const std::string file = session.folder.write("read.bin", std::string("earlier"));
+    Session session("latency=none,mode=rom,fault=stall@read#1");
+    const std::string file = session.folder.write("read.bin", "earlier");
     const std::size_t files = filesIn(session.folder);
     EXPECT_EQ(session.read(file), kExitFailure);
-    EXPECT_EQ(session.err.str(), std::string(GetParam().reason) + "Read Fw Fail\n");
+    EXPECT_EQ(session.err.str(), "Fail to Read Flash\nRead Fw Fail\n");
     EXPECT_THAT(session.out.str(), StartsWith("0%\nOpen Device...\n"));
     EXPECT_THAT(session.out.str(), Not(HasSubstr("\n0%\n")));
     EXPECT_THAT(session.out.str(), Not(HasSubstr("Success")));
-    EXPECT_EQ(textIn(session.folder, "read.bin"), "earlier");
+    EXPECT_EQ(session.folder.text("read.bin"), "earlier");
     EXPECT_EQ(filesIn(session.folder), files);
-    EXPECT_GT(session.hub().faultsTriggered(), 0U);
     EXPECT_FALSE(Hub_IsOpen());
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Faults, FailingRead,
-    testing::Values(Failure{"latency=none,mode=rom,fault=open-refused:1", kNotOpened},
-                    Failure{"latency=none,mode=rom,fault=stall@read#1", "Fail to Read Flash\n"},
-                    Failure{"latency=none,mode=rom,fault=stall@flash",
-                            "Fail to Reset to Flash Code\n"}));
 
 TEST(Read, LeavesTheHubAloneWhereNothingCanBeSaved)
 {
     Session session("latency=none");
-    session.folder.write("file", std::string("earlier"));
+    session.folder.write("file", "earlier");
     fs::create_symlink("/dev/full", session.folder.path("full"));
     const struct {
         std::string file;
@@ -125,14 +99,14 @@ TEST(Read, LeavesTheHubAloneWhereNothingCanBeSaved)
         EXPECT_THAT(session.out.str(), IsEmpty());
     }
     EXPECT_EQ(session.hub().requestCount(), 0U);
-    EXPECT_EQ(textIn(session.folder, "file"), "earlier");
+    EXPECT_EQ(session.folder.text("file"), "earlier");
     EXPECT_EQ(filesIn(session.folder), files);
 }
 
 TEST(Read, LeavesTheFileWhenTheDiskIsFull)
 {
     Session session("latency=none");
-    const std::string file = session.folder.write("read.bin", std::string("earlier"));
+    const std::string file = session.folder.write("read.bin", "earlier");
     const std::size_t files = filesIn(session.folder);
 
     int status = kExitSuccess;
@@ -144,8 +118,32 @@ TEST(Read, LeavesTheFileWhenTheDiskIsFull)
     EXPECT_EQ(status, kExitFailure);
     EXPECT_EQ(session.err.str(),
               "the flash was read but could not be saved: " + file + ": File too large\n");
-    EXPECT_EQ(textIn(session.folder, "read.bin"), "earlier");
+    EXPECT_EQ(session.folder.text("read.bin"), "earlier");
     EXPECT_EQ(filesIn(session.folder), files);
+}
+
+TEST(Erase, LeavesABlankFlashAndTellsItsSteps)
+{
+    Session session("latency=none");
+    EXPECT_EQ(session.erase(), kExitSuccess);
+    EXPECT_EQ(session.out.str(), "0%\n"
+                                 "Open Rom Device...\n"
+                                 "Erase Flash...\n"
+                                 "Reseting...\n"
+                                 "Erase FW Success\n");
+    EXPECT_THAT(session.err.str(), IsEmpty());
+    EXPECT_EQ(session.hub().flash(), std::vector<std::uint8_t>(32768, 0xFF));
+    EXPECT_EQ(session.hub().runningCode(), HubCode::Rom) << "there is no other left";
+    EXPECT_FALSE(Hub_IsOpen());
+}
+
+TEST(Erase, TellsTheReasonOfAFailureOnStandardErrorAndExitsWithOne)
+{
+    Session session("latency=none,fault=stall@erase#1,fault=stall@erase#2,fault=stall@erase#3");
+    EXPECT_EQ(session.erase(), kExitFailure);
+    EXPECT_EQ(session.err.str(), "Fail to Erase flash\nErase FW Fail\n");
+    EXPECT_THAT(session.out.str(), Not(HasSubstr("Success")));
+    EXPECT_EQ(session.hub().flash(), demoImage());
 }
 
 } // namespace
