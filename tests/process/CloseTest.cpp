@@ -4,13 +4,12 @@
 #include "flows/FirmwareUpdate.h"
 #include "tests/support/RecordingReporter.h"
 #include "tests/support/SimulatedSetup.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <sys/wait.h>
 
 namespace vornadel::test
@@ -19,64 +18,45 @@ namespace vornadel::test
 namespace
 {
 
-namespace fs = std::filesystem;
-
 class ClosingTheWindow : public testing::Test
 {
-public:
+protected:
     ClosingTheWindow()
     {
-        std::string pattern = (fs::temp_directory_path() / "close-XXXXXX").string();
-        folder = mkdtemp(pattern.data());
         // A copy of the probe outside any bundle, so its config.ini lies beside it.
-        fs::copy_file(CLOSE_PROBE, folder / "probe");
-        std::ofstream(folder / "config.ini")
-            << "[Support Vid Pid]\nVID_00 = 0x1209\nSSPID_00 = 1\nHSPID_00 = 2\n";
-        std::ofstream(folder / "new.bin", std::ios::binary)
-            .write(reinterpret_cast<const char*>(image.data()),
-                   static_cast<std::streamsize>(image.size()));
+        std::filesystem::copy_file(CLOSE_PROBE, folder.path("probe"));
+        folder.write("new.bin", image);
+        configure("");
     }
-    ~ClosingTheWindow() override { fs::remove_all(folder); }
 
-protected:
+    void configure(const std::string& settings)
+    {
+        folder.write("config.ini", "[Support Vid Pid]\nVID_00 = 0x1209\nSSPID_00 = 1\n"
+                                   "HSPID_00 = 2\n[DumpTool Config]\n" +
+                                       settings);
+    }
+
     /// Runs the probe and returns its exit status, 124 if it does not end, or 128 plus the signal
     /// that ended it.
     int closeAt(const std::string& kind, unsigned number)
     {
-        const std::string command = "QT_QPA_PLATFORM=offscreen timeout 60 " +
-                                    (folder / "probe").string() + " " + flashFile().string() + " " +
-                                    (folder / "new.bin").string() + " " + kind + " " +
-                                    std::to_string(number) + " 2>" + (folder / "log").string();
+        const std::string command =
+            "cd " + folder.path() + " && QT_QPA_PLATFORM=offscreen timeout 60 ./probe flash.bin " +
+            folder.path("new.bin") + " " + kind + " " + std::to_string(number) + " 2>log";
         const int status = std::system(command.c_str());
         return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     }
 
-    std::string log() const
-    {
-        std::ifstream file(folder / "log");
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
-    fs::path flashFile() const { return folder / "flash.bin"; }
-
-    std::vector<std::uint8_t> flash() const
-    {
-        std::ifstream file(flashFile(), std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    std::string log() const { return folder.text("log"); }
+    std::vector<std::uint8_t> flash() const { return folder.read("flash.bin"); }
 
     /// Updates the hub that the probe left behind.
     void expectTheNextUpdateToSucceed()
     {
         SimulatedHubOptions options;
-        options.image = flashFile().string();
+        options.image = folder.path("flash.bin");
         options.latency = SimulatedLatency::None;
-        VirtualClock clock;
-        std::string error;
-        const auto bus = SimulatedBus::create(options, clock, error);
-        ASSERT_TRUE(bus) << error;
-        SupportedIdList.at(0) = {1, 0x1209, 0x0001, 0x0002};
-        Hub_UsePlatform(*bus, clock);
+        const HubSetup setup(options);
         FwImage next;
         ASSERT_TRUE(FwImage_Parse(next, image.data(), static_cast<std::int32_t>(image.size())));
         RecordingReporter reporter;
@@ -85,7 +65,7 @@ protected:
     }
 
     const std::vector<std::uint8_t> image = demoImage(0x0101);
-    fs::path folder;
+    const TemporaryFolder folder;
 };
 
 struct Point {
@@ -121,8 +101,7 @@ std::vector<Point> points()
 TEST_P(InEveryPhase, EndsTheProcessAndSparesTheNextUpdate)
 {
     if (const std::string kind = GetParam().kind; kind == "start-up" || kind == "farewell") {
-        std::ofstream(folder / "config.ini", std::ios::app)
-            << "[DumpTool Config]\nFwBin = new.bin\n";
+        configure("FwBin = new.bin\n");
     }
     EXPECT_EQ(closeAt(GetParam().kind, GetParam().number), 0) << log();
     expectTheNextUpdateToSucceed();
@@ -139,6 +118,16 @@ TEST_F(ClosingTheWindow, AfterTheUpdateLeavesTheNewFirmware)
 {
     EXPECT_EQ(closeAt("end", 0), 0) << log();
     EXPECT_EQ(flash(), image);
+}
+
+TEST_F(ClosingTheWindow, IsNotNeededForAnUnattendedUpdateWhichEndsWithStatusZeroEveryTime)
+{
+    configure("FwBin = new.bin\n");
+    for (int run = 0; run < 50 && !HasFailure(); ++run) {
+        std::filesystem::remove(folder.path("flash.bin"));
+        EXPECT_EQ(closeAt("unattended", 0), 0) << log();
+        EXPECT_EQ(flash(), image);
+    }
 }
 
 TEST_F(ClosingTheWindow, IsNotHeldUpByATransferThatNeverEnds)

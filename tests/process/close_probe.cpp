@@ -9,6 +9,7 @@
 //   pause      while the flow sleeps for the N-th time after the press
 //   start-up   while the N-th request of the start-up run is in flight
 //   farewell   in the five seconds after the success of the start-up run
+//   unattended never; the start-up run ends the program
 //   read       while the N-th request of a flash read is in flight
 //   erase      while the N-th request of a flash erase is in flight
 //   panel      while the flash page asks where to save
@@ -22,7 +23,9 @@
 #include "app/Controls.h"
 #include "app/Tool.h"
 #include "standins/sim/SimulatedBus.h"
+#include "tests/app/PatientClock.h"
 #include "tests/support/FakeMachine.h"
+#include "tests/support/Gate.h"
 
 #include <QApplication>
 #include <QFileDialog>
@@ -33,12 +36,12 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <mutex>
+#include <functional>
 #include <string>
+#include <utility>
 
 namespace
 {
@@ -50,7 +53,10 @@ using namespace vornadel;
 class Moment
 {
 public:
-    Moment(std::string kind, unsigned number) : m_kind(std::move(kind)), m_number(number) {}
+    Moment(std::string kind, unsigned number) : m_kind(std::move(kind)), m_number(number)
+    {
+        m_closed.shut();
+    }
 
     bool is(const std::string& kind) const { return m_kind == kind; }
 
@@ -69,19 +75,18 @@ public:
             qApp, [] { qApp->closeAllWindows(); }, Qt::QueuedConnection);
     }
 
-    /// Closes the window and returns when that has happened.
-    void closeAndWait(bool forEver)
+    /// Closes the window and returns when that has happened, or never.
+    void closeAndWait()
     {
         close();
-        std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [&] { return m_closed && !forEver; });
+        m_closed.pass();
     }
 
     void windowHasClosed()
     {
-        const std::lock_guard lock(m_mutex);
-        m_closed = true;
-        m_changed.notify_all();
+        if (m_kind != "stuck") {
+            m_closed.open();
+        }
     }
 
 private:
@@ -89,43 +94,28 @@ private:
     const unsigned m_number;
     std::atomic<bool> m_armed = false;
     std::atomic<unsigned> m_count = 0;
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    bool m_closed = false;
+    test::Gate m_closed;
 };
 
 /// No pause takes time, except the one in which the window closes: it lasts until it is
 /// interrupted.
-class ProbeClock final : public Clock
+class ProbeClock final : public test::PatientClock
 {
 public:
-    explicit ProbeClock(Moment& moment) : m_moment(moment) {}
+    explicit ProbeClock(Moment& moment) : m_moment(moment) { gate.shut(); }
 
-    Duration now() override { return m_now.load(); }
     void sleep(Duration pause) override
     {
         if (m_moment.reached("pause") ||
             (pause == std::chrono::seconds(5) && m_moment.reached("farewell"))) {
             Moment::close();
-            std::unique_lock lock(m_mutex);
-            m_wake.wait(lock, [this] { return m_interrupted; });
+            gate.pass();
         }
-        m_now = m_now.load() + pause;
-    }
-    void after(Duration /*delay*/, std::function<void()> task) override { task(); }
-    void interrupt() override
-    {
-        const std::lock_guard lock(m_mutex);
-        m_interrupted = true;
-        m_wake.notify_all();
+        PatientClock::sleep(pause);
     }
 
 private:
-    std::mutex m_mutex;
-    std::condition_variable m_wake;
-    bool m_interrupted = false;
     Moment& m_moment;
-    std::atomic<Duration> m_now = Duration(0);
 };
 
 void chooseInDialog(const QString& image)
@@ -194,7 +184,7 @@ void use(AppDelegate& delegate, Moment& moment, const QString& image)
         QTimer::singleShot(0, &delegate, [&delegate] { delegate.window()->close(); });
         return;
     }
-    if (moment.is("start-up") || moment.is("farewell")) {
+    if (moment.is("start-up") || moment.is("farewell") || moment.is("unattended")) {
         return;
     }
     if (moment.is("loss")) {
@@ -242,27 +232,28 @@ int main(int argc, char** argv)
     }
 
     ProbeClock clock(moment);
-    SimulatedHubOptions options;
-    options.image = argv[1];
-    options.latency = SimulatedLatency::None;
     std::string error;
-    const auto bus = SimulatedBus::create(options, clock, error);
+    const auto bus =
+        SimulatedBus::create(std::string("latency=none,image=") + argv[1], clock, error);
     if (!bus) {
         std::fprintf(stderr, "%s\n", error.c_str());
         return 65;
     }
     bus->hub().onRequest = [&](const ControlRequest&) {
-        if (moment.reached("request") || moment.reached("start-up") || moment.reached("read") ||
-            moment.reached("erase")) {
-            moment.closeAndWait(false);
-        } else if (moment.reached("stuck")) {
-            moment.closeAndWait(true);
+        for (const char* kind : {"request", "start-up", "read", "erase", "stuck"}) {
+            if (moment.reached(kind)) {
+                moment.closeAndWait();
+            }
         }
     };
     test::FakeShell shell;
     test::FakePrivilegedRun privileged;
     test::FakeSystemVersion version;
     Platform platform{*bus, shell, privileged, version, clock};
-    return runTool(platform, toolPlaceOf(std::filesystem::canonical(argv[0])), {},
-                   [&](AppDelegate& delegate) { use(delegate, moment, image); });
+    const int status = runTool(platform, toolPlaceOf(std::filesystem::canonical(argv[0])), {},
+                               [&](AppDelegate& delegate) {
+                                   clock.mainThread = &delegate.mainThread();
+                                   use(delegate, moment, image);
+                               });
+    return moment.is("unattended") ? 66 : status; // something else has ended it
 }

@@ -1,27 +1,38 @@
 // A user with a mouse changes a hub: reads its flash, types a new serial number, chooses two values
 // in the property table, saves, updates with the saved file and reads again. Exactly these changes
-// must be in the hub. The events come from the X server, so this runs on a separate display; only
-// the hub and its clock are simulated.
+// must be in the hub. The events come from the X server, so this runs on a separate display; the
+// script only says when. Only the hub and its clock are simulated.
 //
 //   flash_story FOLDER       the image is saved there
 
 #include "app/AppDelegate.h"
 #include "app/Controls.h"
 #include "app/Tool.h"
-#include "tests/process/MouseScript.h"
+#include "standins/sim/SimulatedBus.h"
+#include "tests/app/PatientClock.h"
+#include "tests/support/FakeMachine.h"
 
-#include <QAbstractItemModel>
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
+#include <QElapsedTimer>
 #include <QFile>
+#include <QFileDialog>
 #include <QLineEdit>
+#include <QProcess>
 #include <QPushButton>
 #include <QTableView>
+#include <QTimer>
 
 #include <cstdint>
 #include <cstdio>
+#include <deque>
 #include <filesystem>
+#include <functional>
 #include <map>
+#include <memory>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace
@@ -29,6 +40,10 @@ namespace
 
 using namespace vornadel;
 using namespace vornadel::test;
+
+constexpr int kPollMilliseconds = 20;
+constexpr int kPatienceMilliseconds = 30000; ///< for one step, even on a busy machine
+constexpr int kPollsBeforeTypingAgain = 5000 / kPollMilliseconds;
 
 constexpr std::size_t kFlashSize = 32768;
 constexpr std::size_t kBlock = 0x7E00;            // of the demo image
@@ -39,6 +54,145 @@ const std::map<std::size_t, std::uint8_t> kChanged = {
     {kBlock + 42, 0x02}, // the serial number has been edited
     {kSerial + 4, '4'},  // SN0001 became SN0042
     {kSerial + 5, '2'},
+};
+
+void xdotool(const QStringList& arguments) { QProcess::startDetached("xdotool", arguments); }
+
+void clickAt(const QPoint& onScreen)
+{
+    xdotool(
+        {"mousemove", QString::number(onScreen.x()), QString::number(onScreen.y()), "click", "1"});
+}
+
+void click(const QWidget* widget) { clickAt(widget->mapToGlobal(widget->rect().center())); }
+
+void typeOver(const QString& text) { xdotool({"key", "ctrl+a", "type", "--delay", "5", text}); }
+
+/// The dialog with the keyboard focus; a completer's list may be the active window for a moment.
+QFileDialog* openDialog()
+{
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (auto* dialog = qobject_cast<QFileDialog*>(widget);
+            dialog != nullptr && dialog->isActiveWindow()) {
+            return dialog;
+        }
+    }
+    return nullptr;
+}
+
+QLineEdit* nameIn(const QFileDialog* dialog)
+{
+    return dialog->findChild<QLineEdit*>("fileNameEdit");
+}
+
+/// Runs steps one after the other, each as soon as its condition is true.
+class MouseScript final : public QObject
+{
+public:
+    using Condition = std::function<bool()>;
+    using Step = std::function<void()>;
+
+    /// If the condition never becomes true, the application ends with status 1 and prints `name`.
+    void when(std::string name, Condition condition, Step step)
+    {
+        m_entries.push_back({std::move(name), std::move(condition), std::move(step)});
+    }
+
+    /// Types a path into the next file dialog and confirms.
+    void answerFileDialog(const QString& path)
+    {
+        when(
+            "the file dialog", [] { return openDialog() != nullptr; },
+            [path] {
+                // Qt's completer reads the folders in the path, and its list takes the keyboard
+                // focus. With a large folder and a busy machine it swallows keys typed meanwhile.
+                nameIn(openDialog())->setCompleter(nullptr);
+                typeOver(path);
+            });
+        when(
+            "the path in the dialog",
+            [path, polls = 0]() mutable {
+                const QFileDialog* dialog = openDialog();
+                if (dialog == nullptr) {
+                    return false;
+                }
+                const QString typed = nameIn(dialog)->text();
+                // Types again if keys were lost, as a user would.
+                if (typed != path && ++polls % kPollsBeforeTypingAgain == 0) {
+                    std::fprintf(stderr, "typed again, for the dialog has: %s\n",
+                                 qUtf8Printable(typed));
+                    typeOver(path);
+                }
+                return typed == path;
+            },
+            [] {
+                xdotool({"key", "Return"});
+            });
+        when(
+            "the file dialog to close", [] { return openDialog() == nullptr; }, [] {});
+    }
+
+    /// Presses an entry of the list that opens. `combo` may be null until then.
+    void chooseEntry(const std::string& name, const std::function<QComboBox*()>& combo,
+                     int position)
+    {
+        const auto open = std::make_shared<QElapsedTimer>();
+        when(
+            name,
+            [combo, open] {
+                const QComboBox* const box = combo();
+                if (box == nullptr || !box->view()->isVisible()) {
+                    return false;
+                }
+                if (!open->isValid()) {
+                    open->start();
+                }
+                // Any sooner, and the list takes it for the second click of a double click.
+                return open->hasExpired(QApplication::doubleClickInterval());
+            },
+            [combo, position] {
+                const QAbstractItemView& view = *combo()->view();
+                clickAt(view.viewport()->mapToGlobal(
+                    view.visualRect(view.model()->index(position, 0)).center()));
+            });
+    }
+
+    void start()
+    {
+        QObject::connect(&m_timer, &QTimer::timeout, this, [this] { poll(); });
+        m_timer.start(kPollMilliseconds);
+    }
+
+    bool finished() const { return m_entries.empty(); }
+
+private:
+    struct Entry {
+        std::string name;
+        Condition condition;
+        Step step;
+    };
+
+    void poll()
+    {
+        if (m_entries.empty()) {
+            return;
+        }
+        if (m_entries.front().condition()) {
+            const Step step = std::move(m_entries.front().step);
+            m_entries.pop_front();
+            m_polls = 0;
+            step();
+            return;
+        }
+        if (++m_polls > kPatienceMilliseconds / kPollMilliseconds) {
+            std::fprintf(stderr, "waited in vain: %s\n", m_entries.front().name.c_str());
+            QApplication::exit(1);
+        }
+    }
+
+    std::deque<Entry> m_entries;
+    QTimer m_timer;
+    int m_polls = 0;
 };
 
 /// Presses a value cell of the property table, waits for its list and presses an entry.
@@ -154,12 +308,23 @@ int main(int argc, char** argv)
     }
     const QApplication application(argc, argv);
     const QString path = QFile::decodeName(argv[1]) + "/changed.bin";
-    MouseMachine machine;
-    const std::vector<std::uint8_t> before = machine.hub().flash();
+    PatientClock clock;
+    std::string error;
+    const auto bus =
+        SimulatedBus::create("latency=none,image=" + path.toStdString() + ".flash", clock, error);
+    if (!bus) {
+        std::fprintf(stderr, "%s\n", error.c_str());
+        return 1;
+    }
+    FakeShell shell;
+    FakePrivilegedRun privileged;
+    FakeSystemVersion version;
+    Platform platform{*bus, shell, privileged, version, clock};
+    const std::vector<std::uint8_t> before = bus->hub().flash();
     MouseScript script;
-    const int status = runTool(machine.platform(), toolPlaceOf(std::filesystem::canonical(argv[0])),
+    const int status = runTool(platform, toolPlaceOf(std::filesystem::canonical(argv[0])),
                                " [simulated hub]", [&](AppDelegate& tool) {
-                                   machine.use(tool);
+                                   clock.mainThread = &tool.mainThread();
                                    writeScript(script, tool, path);
                                    script.start();
                                });
@@ -170,7 +335,7 @@ int main(int argc, char** argv)
     }
     const QByteArray saved = file.readAll();
     return onlyTheChangesDiffer(before, {saved.begin(), saved.end()}) &&
-                   onlyTheChangesDiffer(before, machine.hub().flash())
+                   onlyTheChangesDiffer(before, bus->hub().flash())
                ? 0
                : 1;
 }

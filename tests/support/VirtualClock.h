@@ -12,7 +12,7 @@ namespace vornadel::test
 {
 
 /// A clock on which only sleeping makes time pass, and without delay. Records the requested pauses.
-class VirtualClock final : public Clock
+class VirtualClock : public Clock
 {
 public:
     Duration now() override
