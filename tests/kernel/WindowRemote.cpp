@@ -14,10 +14,9 @@
 //   where NAME      answers "at NAME: X Y", the middle of the control on the screen
 //   close           closes the window
 
-#include "tests/kernel/WindowRemote.h"
-
 #include <QApplication>
 #include <QFileDialog>
+#include <QGenericPlugin>
 #include <QHash>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -195,9 +194,20 @@ private:
 
 } // namespace
 
-QObject* WindowRemotePlugin::create(const QString& name, const QString& /*argument*/)
+/// Qt loads it with QT_QPA_GENERIC_PLUGINS=windowremote and QT_PLUGIN_PATH set to the folder above
+/// `generic`.
+class WindowRemotePlugin final : public QGenericPlugin
 {
-    return name == "windowremote" ? new WindowRemote : nullptr;
-}
+    Q_OBJECT
+    Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "window_remote.json")
+
+public:
+    QObject* create(const QString& name, const QString& /*argument*/) override
+    {
+        return name == "windowremote" ? new WindowRemote : nullptr;
+    }
+};
 
 } // namespace vornadel::test
+
+#include "WindowRemote.moc"
