@@ -3,6 +3,8 @@
 #include "hub/HubTransport.h"
 #include "tests/app/FlashPageUnderTest.h"
 
+#include <QMessageBox>
+
 namespace vornadel::test
 {
 
@@ -85,27 +87,20 @@ protected:
         expectAlert("No Flash Data", [this] { click(tool().btnSave_FwFlash); });
     }
 
-    /// Closes the window, releases the worker and ends the tool, which must not wait for the whole
-    /// flow. The worker may still do a few steps that do not need the main thread.
-    void closeAndEnd(unsigned atMostMore)
-    {
-        const unsigned requests = hub().requestCount();
-        EXPECT_TRUE(tool().window()->close());
-        readGate.open();
-        EXPECT_TRUE(tool().shutDown());
-        EXPECT_LE(hub().requestCount(), requests + atMostMore)
-            << "the hub is not told to restart any more";
-        end();
-        EXPECT_FALSE(Hub_IsOpen());
-    }
-
     std::vector<std::uint8_t> otherFlash = demoImage();
 };
 
 TEST_F(BusyFlashPage, EndsInTheMiddleOfAReadWhenTheWindowCloses)
 {
     holdRead();
-    closeAndEnd(kPieces - 1);
+    const unsigned requests = hub().requestCount();
+    EXPECT_TRUE(tool().window()->close());
+    readGate.open();
+    EXPECT_TRUE(tool().shutDown());
+    // The worker may still read the other pieces, which needs no main thread.
+    EXPECT_LT(hub().requestCount(), requests + kPieces)
+        << "the hub is not told to restart any more";
+    end();
     launchAndSettle();
     read();
     EXPECT_EQ(fields(), demoFields());
@@ -135,14 +130,6 @@ TEST_F(BusyFlashPage, TakesTheNewImageUnderTheAlertOfALongId)
     holdRead();
     finishReadUnder("VID length should be 4.", [this] { type(tool().txtVID_FwFlash, "5"); });
     expectTheOtherImage();
-}
-
-TEST_F(BusyFlashPage, LosesItsImageUnderTheAlertOfALongId)
-{
-    blankTheFlash();
-    holdRead();
-    finishReadUnder("VID length should be 4.", [this] { type(tool().txtVID_FwFlash, "5"); });
-    expectNoImage();
 }
 
 TEST_F(BusyFlashPage, LosesItsImageUnderTheAlertOfALockedRow)

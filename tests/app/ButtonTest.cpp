@@ -1,7 +1,5 @@
 #include "tests/app/ToolUnderTest.h"
 
-#include "standins/sim/DemoImage.h"
-
 #include <QApplication>
 #include <QEvent>
 #include <QPushButton>
@@ -20,15 +18,6 @@ namespace
 class Buttons : public ToolUnderTest
 {
 protected:
-    /// An update stopped before the erase: the update at start, with the hub open.
-    void launchAndHold()
-    {
-        eraseGate.shut();
-        writeFile("Vornadel.app/Contents/Resources/demo.bin", demoImage(kDemoVersion101));
-        launch();
-        ASSERT_TRUE(waitFor([this] { return eraseGate.isReached(); }));
-    }
-
     /// Real clicks on all visible ones of the ten.
     void clickWhatIsThere(int expected)
     {
@@ -107,8 +96,7 @@ INSTANTIATE_TEST_SUITE_P(Modes, ButtonsDuringAnUpdate,
 
 TEST_P(ButtonsDuringAnUpdate, DoNothing)
 {
-    config = configText(GetParam().mode + std::string("FwBin = demo.bin\n"));
-    launchAndHold();
+    launchAndHold(GetParam().mode);
     EXPECT_TRUE(allSwitched(false));
     const std::string text = progressText();
     const unsigned requests = hub().requestCount();

@@ -39,32 +39,15 @@ protected:
         settleEvents();
         return testing::internal::GetCapturedStderr();
     }
-
-    /// The update at start, stopped before the erase, with the hub open.
-    void launchAndHold()
-    {
-        eraseGate.shut();
-        writeFile("Vornadel.app/Contents/Resources/demo.bin", demoImage(kDemoVersion101));
-        config = configText("FwBin = demo.bin\n");
-        launch();
-        ASSERT_TRUE(waitFor([this] { return eraseGate.isReached(); }));
-        settleEvents();
-    }
 };
 
-TEST_F(Detection, RunsTwiceAtTheStart)
-{
-    EXPECT_THAT(consoleOfLaunch(), EndsWith("Enter Device Added\nEnter Device Removed\n"));
-    EXPECT_EQ(hub().requestCount(), 4U) << "open-time request and status, twice";
-    expectShown(kDemo100, kBlueHue);
-    EXPECT_FALSE(Hub_IsOpen());
-}
-
-TEST_F(Detection, ShowsTheVersionInLowerCase)
+TEST_F(Detection, RunsTwiceAtTheStartAndShowsTheVersionInLowerCase)
 {
     hubOptions.initialFlash = demoImage(0xABCD);
-    launch();
+    EXPECT_THAT(consoleOfLaunch(), EndsWith("Enter Device Added\nEnter Device Removed\n"));
+    EXPECT_EQ(hub().requestCount(), 4U) << "open-time request and status, twice";
     expectShown("Detect Zel Hub : Success\nfwVer:abcd", kBlueHue);
+    EXPECT_FALSE(Hub_IsOpen());
 }
 
 TEST_F(Detection, AsksForTheDriverWhenTheStatusCannotBeRead)

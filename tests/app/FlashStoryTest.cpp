@@ -8,23 +8,21 @@ namespace vornadel::test
 namespace
 {
 
-class FlashStory : public FlashPageUnderTest
+using FlashStory = FlashPageUnderTest;
+
+/// The differences by offset.
+std::map<std::size_t, std::uint8_t> difference(const std::vector<std::uint8_t>& before,
+                                               const std::vector<std::uint8_t>& after)
 {
-protected:
-    /// The differences by offset.
-    static std::map<std::size_t, std::uint8_t> difference(const std::vector<std::uint8_t>& before,
-                                                          const std::vector<std::uint8_t>& after)
-    {
-        std::map<std::size_t, std::uint8_t> changed;
-        EXPECT_EQ(before.size(), after.size());
-        for (std::size_t i = 0; i < before.size(); ++i) {
-            if (before[i] != after[i]) {
-                changed[i] = after[i];
-            }
+    std::map<std::size_t, std::uint8_t> changed;
+    EXPECT_EQ(before.size(), after.size());
+    for (std::size_t i = 0; i < before.size(); ++i) {
+        if (before[i] != after[i]) {
+            changed[i] = after[i];
         }
-        return changed;
     }
-};
+    return changed;
+}
 
 TEST_F(FlashStory, ChangesInTheHubWhatWasChangedInTheWindowAndNothingElse)
 {
@@ -58,24 +56,6 @@ TEST_F(FlashStory, ChangesInTheHubWhatWasChangedInTheWindowAndNothingElse)
                                                           {kDemoBlock + 43 + 22 + 5, '2'}};
     EXPECT_EQ(difference(before, hub().flash()), expected);
     EXPECT_EQ(difference(before, bytesOf(path)), expected);
-}
-
-TEST_F(FlashStory, UnlocksARowThroughTheRowThatLocksIt)
-{
-    read();
-    select(tool().cbPages, 2);
-    expectAlert(
-        "This Item is Not Editable.  To Change this Item,you should set\n\n Spread Spectrum\n"
-        "(Addr 0x09[0:0])\n\nfrom 0 to 1",
-        [this] { choose(0, 1); });
-    EXPECT_EQ(value(0), "0 : Slow");
-    EXPECT_EQ(redText(), "");
-    select(tool().cbPages, 0);
-    choose(1, 1);
-    select(tool().cbPages, 2);
-    choose(0, 1);
-    EXPECT_EQ(value(0), "1 : Fast");
-    EXPECT_EQ(redText(), "7D ");
 }
 
 } // namespace

@@ -18,14 +18,9 @@ namespace
 
 using testing::ElementsAre;
 
-class LogFile : public testing::Test
+TEST(LogFile, GetsTheTextAsItStands)
 {
-protected:
     FakeShell shell;
-};
-
-TEST_F(LogFile, GetsTheTextAsItStands)
-{
     GeneralFunction::PrintNormalLog(shell, "a  'b'; gr\u00FC\u00DFe 100%s %n");
     LogShellOutput(shell, "echo %s");
     RunBufferedCommand(shell, "echo %s %n");
@@ -36,36 +31,26 @@ TEST_F(LogFile, GetsTheTextAsItStands)
 
 constexpr std::size_t kLongestCommand = 1023; // and its terminator
 
-TEST_F(LogFile, TakesACommandThatJustFits)
+TEST(LogFileDeathTest, EndsTheProcessRatherThanCutACommand)
 {
-    const std::size_t frame = std::string("echo  >> /tmp/Vornadel.log").size();
-    GeneralFunction::PrintNormalLog(shell,
-                                    QString(static_cast<qsizetype>(kLongestCommand - frame), 'x'));
-    LogShellOutput(
-        shell,
-        std::string(kLongestCommand - std::string(" >> /tmp/Vornadel.log").size(), 'x').c_str());
-    RunBufferedCommand(shell, std::string(kLongestCommand, 'x').c_str());
-    for (const std::string& command : shell.commands) {
-        EXPECT_EQ(command.size(), kLongestCommand);
-    }
-    EXPECT_EQ(shell.commands[2], std::string(kLongestCommand, 'x'));
-}
-
-using LogFileDeathTest = LogFile;
-
-TEST_F(LogFileDeathTest, EndsTheProcessRatherThanCutACommand)
-{
+    FakeShell shell;
     const std::string frame = " >> /tmp/Vornadel.log";
     const std::string why = "command of 1024 bytes does not fit";
     const testing::ExitedWithCode failed(EXIT_FAILURE);
-    const std::size_t textLength = kLongestCommand - frame.size() - std::string("echo ").size() + 1;
+    const std::string command(kLongestCommand, 'x');
+    const std::string logged(kLongestCommand - frame.size(), 'x');
     QString text = QString("\u00FC").repeated(490); // two bytes each
-    text += QString(static_cast<qsizetype>(textLength - 980), 'x');
-    EXPECT_EXIT(GeneralFunction::PrintNormalLog(shell, text), failed, why);
-    EXPECT_EXIT(LogShellOutput(shell, std::string(kLongestCommand - frame.size() + 1, 'x').c_str()),
-                failed, why);
-    EXPECT_EXIT(RunBufferedCommand(shell, std::string(kLongestCommand + 1, 'x').c_str()), failed,
-                why);
+    text += QString(static_cast<qsizetype>(logged.size() - std::string("echo ").size() - 980), 'x');
+    GeneralFunction::PrintNormalLog(shell, text);
+    LogShellOutput(shell, logged.c_str());
+    RunBufferedCommand(shell, command.c_str());
+    ASSERT_EQ(shell.commands.size(), 3U);
+    for (const std::string& each : shell.commands) {
+        EXPECT_EQ(each.size(), kLongestCommand);
+    }
+    EXPECT_EXIT(GeneralFunction::PrintNormalLog(shell, text + 'x'), failed, why);
+    EXPECT_EXIT(LogShellOutput(shell, (logged + 'x').c_str()), failed, why);
+    EXPECT_EXIT(RunBufferedCommand(shell, (command + 'x').c_str()), failed, why);
 }
 
 class TextFile : public testing::Test

@@ -19,14 +19,12 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-class Launch : public ToolUnderTest
-{
-};
+using Launch = ToolUnderTest;
 
 TEST_F(Launch, TellsItsStepsOnTheConsoleInOrder)
 {
     shell.existing.clear();
-    config = "[DumpTool Config]\nAppTitle = Bench 7\nScalarMode = 0x1\nFwBin = none.bin\n"
+    config = "[DumpTool Config]\nAppTitle = Bench & Co\nScalarMode = 0x1\nFwBin = none.bin\n"
              "[Support Vid Pid]\n"
              "VID_3F = 0xABCD\nSSPID_3F = 0x0F03\nHSPID_3F = 0xf04\n"
              "VID_00 = 4617\nSSPID_00 = 01\nHSPID_00 = 0x0002\n"
@@ -40,11 +38,12 @@ TEST_F(Launch, TellsItsStepsOnTheConsoleInOrder)
                                      "/Vornadel.app/Contents/Resources \n"
                                      "vid:0x1209   ;    sspid:0x1 ;    hspid:0x2 \n"
                                      "vid:0xabcd   ;    sspid:0xf03 ;    hspid:0xf04 \n"
-                                     "App title: Bench 7\n"
+                                     "App title: Bench & Co\n"
                                      "Fw Bin: none.bin\n"
                                      "ScalarMode: 1\n"
                                      "Enter Device Added\n"
                                      "Enter Device Removed\n");
+    EXPECT_EQ(tool().window()->windowTitle(), "Bench & Co  1.02");
 }
 
 TEST_F(Launch, LogsTheVersionThenSavesTheBootArguments)

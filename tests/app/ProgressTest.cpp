@@ -77,27 +77,20 @@ TEST_F(Progress, KeepsFractionsOfAPercent)
     EXPECT_EQ(tool().slider->value(), 99);
 }
 
-class Alert : public ToolUnderTest
-{
-};
-
-void expectPlainAlert(QDialog& dialog, const QString& text)
-{
-    auto* alert = qobject_cast<QMessageBox*>(&dialog);
-    ASSERT_NE(alert, nullptr);
-    EXPECT_TRUE(alert->isModal());
-    EXPECT_EQ(alert->text(), text);
-    EXPECT_EQ(alert->informativeText(), "");
-    ASSERT_EQ(alert->buttons().size(), 1);
-    EXPECT_EQ(alert->buttons().front()->text(), "OK");
-}
+using Alert = ToolUnderTest;
 
 TEST_F(Alert, ShowsItsTextAndOneButtonUntilAKeyIsPressed)
 {
     bool closed = false;
     runAndUse([&] { AppDelegate::showAlert("<b>Firmware</b> & format error\n"); },
               [&](QDialog& dialog) {
-                  expectPlainAlert(dialog, "<b>Firmware</b> & format error\n");
+                  auto* alert = qobject_cast<QMessageBox*>(&dialog);
+                  ASSERT_NE(alert, nullptr);
+                  EXPECT_TRUE(alert->isModal());
+                  EXPECT_EQ(alert->text(), "<b>Firmware</b> & format error\n");
+                  EXPECT_EQ(alert->informativeText(), "");
+                  ASSERT_EQ(alert->buttons().size(), 1);
+                  EXPECT_EQ(alert->buttons().front()->text(), "OK");
                   EXPECT_FALSE(closed);
                   closed = true;
                   QTest::keyClick(&dialog, Qt::Key_Return);
@@ -105,19 +98,7 @@ TEST_F(Alert, ShowsItsTextAndOneButtonUntilAKeyIsPressed)
     EXPECT_TRUE(closed);
 }
 
-TEST_F(Alert, ClosesByItsButtonAndByEscape)
-{
-    runAndUse([&] { AppDelegate::showAlert("text"); },
-              [](QDialog& dialog) {
-                  QTest::mouseClick(dialog.findChild<QPushButton*>(), Qt::LeftButton);
-              });
-    runAndUse([&] { AppDelegate::showAlert("text"); },
-              [](QDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
-}
-
-class GetLog : public ToolUnderTest
-{
-};
+using GetLog = ToolUnderTest;
 
 TEST_F(GetLog, ReplacesTheCopyOnTheDesktop)
 {

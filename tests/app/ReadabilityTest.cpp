@@ -1,4 +1,5 @@
 #include "tests/app/ToolUnderTest.h"
+#include "tests/support/Contrast.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -160,7 +161,8 @@ int inkWidth(TitledBox& box)
 TEST_P(Readability, DrawsEveryBoxTitleWhole)
 {
     launch();
-    for (TitledBox* box : boxes()) {
+    for (TitledBox* box : {tool().boxHelp, tool().boxScalar, tool().boxUpdate, tool().boxEasyUpdate,
+                           tool().boxFwFlash, tool().boxDetail}) {
         const int needed = QFontMetrics(box->font()).horizontalAdvance(box->title());
         EXPECT_LE(needed, box->width() - 16) << box->title().toStdString();
         // Without its "&" the title would be narrower.
@@ -219,31 +221,29 @@ const std::pair<QColor, QColor> kGrounds[] = {
     {Qt::black, Qt::white},
 };
 
-class Colours : public ToolUnderTest
+void expectReadable(const TextView& view, int hue)
 {
-protected:
-    void expectReadable(int hue)
-    {
-        const TextView& view = *tool().nstfUpdateInfo_UpdateFW;
-        const std::string ground = view.palette().color(QPalette::Base).name().toStdString();
-        EXPECT_EQ(hueOf(view), hue) << ground;
-        EXPECT_GE(contrastOf(view), 4.5) << ground;
-    }
-};
+    const QColor ground = view.palette().color(QPalette::Base);
+    EXPECT_EQ(hueOf(view), hue) << ground.name().toStdString();
+    EXPECT_GE(contrast(view.palette().color(QPalette::Text), ground), 4.5)
+        << ground.name().toStdString();
+}
+
+using Colours = ToolUnderTest;
 
 TEST_F(Colours, FollowThePaletteReadablyAndKeepTheirHue)
 {
     launchAndSettle();
     for (const auto& [ground, text] : kGrounds) {
         const ProgramPalette palette(ground, text);
-        EXPECT_EQ(tool().nstfUpdateInfo_UpdateFW->palette().color(QPalette::Base), ground);
-        expectReadable(kRedHue); // what was shown before the change
-        EXPECT_EQ(hueOf(*tool().nstfHubInfo_UpdateFW), kBlueHue);
-        EXPECT_GE(contrastOf(*tool().nstfHubInfo_UpdateFW), 4.5);
+        const TextView& progress = *tool().nstfUpdateInfo_UpdateFW;
+        EXPECT_EQ(progress.palette().color(QPalette::Base), ground);
+        expectReadable(progress, kRedHue); // what was shown before the change
+        expectReadable(*tool().nstfHubInfo_UpdateFW, kBlueHue);
         tool().appendProgressInfo_Blue("Step\n");
-        expectReadable(kBlueHue);
+        expectReadable(progress, kBlueHue);
         tool().appendProgressInfo_Red("Fail\n");
-        expectReadable(kRedHue);
+        expectReadable(progress, kRedHue);
     }
 }
 

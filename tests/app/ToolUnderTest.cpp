@@ -1,7 +1,7 @@
 #include "tests/app/ToolUnderTest.h"
 
 #include "hub/HubTransport.h"
-#include "tests/support/Contrast.h"
+#include "standins/sim/DemoImage.h"
 #include "tests/support/HubGuard.h"
 
 #include <QApplication>
@@ -90,6 +90,16 @@ void ToolUnderTest::launchAndSettle()
     settleEvents();
 }
 
+void ToolUnderTest::launchAndHold(const std::string& settings)
+{
+    eraseGate.shut();
+    writeFile("Vornadel.app/Contents/Resources/demo.bin", demoImage(kDemoVersion101));
+    config = configText(settings + "FwBin = demo.bin\n");
+    launch();
+    ASSERT_TRUE(waitFor([this] { return eraseGate.isReached(); }));
+    settleEvents();
+}
+
 std::string ToolUnderTest::consoleOfLaunch()
 {
     testing::internal::CaptureStderr();
@@ -119,30 +129,6 @@ void ToolUnderTest::end()
 QWidget* ToolUnderTest::content() const
 {
     return qobject_cast<QScrollArea*>(m_delegate->window())->widget();
-}
-
-std::array<TitledBox*, 6> ToolUnderTest::boxes()
-{
-    AppDelegate& it = tool();
-    return {it.boxHelp, it.boxScalar, it.boxUpdate, it.boxEasyUpdate, it.boxFwFlash, it.boxDetail};
-}
-
-std::array<TextView*, 4> ToolUnderTest::textViews()
-{
-    AppDelegate& it = tool();
-    return {it.nstfHubInfo_UpdateFW, it.nstfUpdateInfo_UpdateFW, it.txtViewDesc_Detail,
-            it.txtViewBin_Detail};
-}
-
-std::string ToolUnderTest::writeFile(const std::string& name,
-                                     const std::vector<std::uint8_t>& bytes) const
-{
-    const std::filesystem::path path = std::filesystem::path(directory()) / name;
-    std::filesystem::create_directories(path.parent_path());
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()),
-               static_cast<std::streamsize>(bytes.size()));
-    return path.string();
 }
 
 std::array<QPushButton*, kSwitchedCount> ToolUnderTest::switchedButtons()
@@ -236,7 +222,7 @@ void clickAndUse(QPushButton* button, const std::function<void(QDialog&)>& use)
     runAndUse([button] { QTest::mouseClick(button, Qt::LeftButton); }, use);
 }
 
-void expectAlertWithin(const QString& text, const std::function<void()>& action)
+void expectAlert(const QString& text, const std::function<void()>& action)
 {
     int alerts = 0;
     QTimer look;
@@ -272,11 +258,6 @@ void chooseByTyping(QPushButton* button, const QString& path)
         EXPECT_EQ(name->text(), path);
         QTest::keyClick(name, Qt::Key_Return);
     });
-}
-
-double contrastOf(const TextView& view)
-{
-    return contrast(view.palette().color(QPalette::Text), view.palette().color(QPalette::Base));
 }
 
 int hueOf(const TextView& view) { return view.palette().color(QPalette::Text).hslHue(); }

@@ -6,9 +6,9 @@
 #include "tests/app/PatientClock.h"
 #include "tests/support/FakeMachine.h"
 #include "tests/support/Gate.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <QColor>
-#include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 #include <array>
@@ -45,6 +45,9 @@ protected:
     void launch();
     /// The same, but waits for the end of the update at start, when the buttons are enabled.
     void launchAndSettle();
+    /// Launches the tool with an image to write, and stops that update before its erase, with the
+    /// hub open.
+    void launchAndHold(const std::string& settings = "");
     /// The standard error output of the launch.
     std::string consoleOfLaunch();
     void end(); ///< as after the window has closed
@@ -53,13 +56,14 @@ protected:
     SimulatedHub& hub() { return m_bus->hub(); }
     PatientClock& clock() { return *m_clock; }
     QWidget* content() const;
-    std::array<TitledBox*, 6> boxes();
-    std::array<TextView*, 4> textViews();
 
-    std::string directory() const { return m_directory.path().toStdString(); }
+    std::string directory() const { return m_folder.path(); }
     std::string resources() const { return place.resourcePath; }
     /// Writes a file into the test's folder and returns its path.
-    std::string writeFile(const std::string& name, const std::vector<std::uint8_t>& bytes) const;
+    std::string writeFile(const std::string& name, const std::vector<std::uint8_t>& bytes) const
+    {
+        return m_folder.write(name, bytes);
+    }
 
     std::array<QPushButton*, kSwitchedCount> switchedButtons();
     bool allSwitched(bool enabled);
@@ -83,7 +87,7 @@ protected:
     Gate readGate;             ///< stops before a flow reads the flash
 
 private:
-    QTemporaryDir m_directory;
+    const TemporaryFolder m_folder;
     std::unique_ptr<PatientClock> m_clock; // one per launch, because an end interrupts it for good
     std::unique_ptr<SimulatedBus> m_bus;
     std::unique_ptr<Platform> m_platform;
@@ -100,14 +104,12 @@ void settleEvents();
 void clickAndUse(QPushButton* button, const std::function<void(QDialog&)>& use);
 void runAndUse(const std::function<void()>& open, const std::function<void(QDialog&)>& use);
 
-/// Does something in another dialog that opens an alert with this text, and closes the alert.
-void expectAlertWithin(const QString& text, const std::function<void()>& action);
+/// Does something that opens an alert with this text, perhaps in another dialog, and closes it.
+void expectAlert(const QString& text, const std::function<void()>& action);
 
 /// Clicks on a button that opens a file dialog, types a path there and confirms.
 void chooseByTyping(QPushButton* button, const QString& path);
 
-/// The contrast of a view's text against its background, 1 to 21.
-double contrastOf(const TextView& view);
 int hueOf(const TextView& view);
 
 inline constexpr int kBlueHue = 240;
