@@ -2,11 +2,9 @@
 #include "tests/support/SingleClicks.h"
 
 #include <QAbstractItemView>
-#include <QDeadlineTimer>
 #include <QImage>
 #include <QTest>
 
-#include <functional>
 #include <optional>
 
 namespace vornadel::test
@@ -14,16 +12,6 @@ namespace vornadel::test
 
 namespace
 {
-
-bool waitFor(const std::function<bool()>& condition)
-{
-    const QDeadlineTimer deadline(10000);
-    while (!condition() && !deadline.hasExpired()) {
-        QApplication::processEvents(QEventLoop::AllEvents, 10);
-        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    }
-    return condition();
-}
 
 /// A visible table with five rows: the fourth locks the third, the fifth is a constant.
 class DropDown : public PropertyPage
@@ -72,7 +60,7 @@ protected:
         QApplication::processEvents();
         QTest::mouseMove(view->viewport(), entry);
         QTest::mouseClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, entry);
-        ASSERT_TRUE(waitFor([this] { return list() == nullptr; }));
+        ASSERT_TRUE(QTest::qWaitFor([this] { return list() == nullptr; }));
     }
 
     std::optional<SingleClicks> m_singleClicks;
@@ -126,7 +114,7 @@ TEST_F(DropDown, OpensAndAppliesByKey)
         ASSERT_TRUE(isOpen()) << each.key;
         QTest::keyClick(list()->view(), Qt::Key_Down);
         QTest::keyClick(list()->view(), Qt::Key_Return);
-        ASSERT_TRUE(waitFor([this] { return list() == nullptr; }));
+        ASSERT_TRUE(QTest::qWaitFor([this] { return list() == nullptr; }));
         EXPECT_EQ(byte(20), ++expected) << each.key;
     }
     for (const Opening& each :
@@ -136,7 +124,7 @@ TEST_F(DropDown, OpensAndAppliesByKey)
         ASSERT_TRUE(isOpen()) << each.key;
         QTest::keyClick(list()->view(), Qt::Key_Down);
         QTest::keyClick(list()->view(), Qt::Key_Escape);
-        ASSERT_TRUE(waitFor([this] { return list() == nullptr; }));
+        ASSERT_TRUE(QTest::qWaitFor([this] { return list() == nullptr; }));
         EXPECT_EQ(byte(20), expected) << "dismissed";
     }
     EXPECT_EQ(m_table.currentIndex().row(), 0);
@@ -175,7 +163,7 @@ TEST_F(DropDown, ClosesWhenTheRowsBecomeOthers)
     ASSERT_TRUE(isOpen());
     it().propItemList.erase(it().propItemList.begin());
     it().reloadTable();
-    ASSERT_TRUE(waitFor([this] { return list() == nullptr; }));
+    ASSERT_TRUE(QTest::qWaitFor([this] { return list() == nullptr; }));
     EXPECT_FALSE(isOpen());
     EXPECT_EQ(allBytes(), imageWithBlock(kLength, kBlock));
 }

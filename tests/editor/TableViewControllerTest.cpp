@@ -1,3 +1,4 @@
+#include "editor/MyTableView.h"
 #include "tests/editor/PropertyPage.h"
 
 #include <QScrollBar>
@@ -11,11 +12,7 @@ namespace vornadel::test
 namespace
 {
 
-class TableController : public PropertyPage
-{
-protected:
-    void select(int row) { m_table.selectRow(row); }
-};
+using TableController = PropertyPage;
 
 TEST_F(TableController, StartsWithTwoEmptyListsAndIsTheOne)
 {
@@ -60,7 +57,8 @@ TEST_F(TableController, TakesTheRoomOfAScrollBarFromTheNames)
 
 TEST_F(TableController, ShowsNameAndMatchingOption)
 {
-    add(1, 20, 3).curValue = "2";
+    PropItem& item = add(1, 20, 3);
+    item.curValue = "2";
     EXPECT_EQ(it().tableView_objectValueForTableColumn_row(kName, 0), "Property 1");
     EXPECT_EQ(cell(0), "2 : Auto");
     EXPECT_EQ(it().valueCell(0).entries, (QStringList{"0 : Off", "1 : On", "2 : Auto"}));
@@ -68,6 +66,14 @@ TEST_F(TableController, ShowsNameAndMatchingOption)
     EXPECT_EQ(it().tableView_objectValueForTableColumn_row("group", 0), "Empty Value");
     EXPECT_EQ(cell(7), "Empty Value");
     EXPECT_EQ(cell(-1), "Empty Value");
+    item.dataList = {"1", "2", "2"};
+    EXPECT_EQ(cell(0), "2 : On") << "the first of two with this value";
+    item.propList.clear();
+    item.dataList.clear();
+    item.curValue = "Const Value";
+    EXPECT_EQ(cell(0), "Empty Value");
+    EXPECT_TRUE(it().valueCell(0).entries.isEmpty());
+    EXPECT_EQ(it().valueCell(0).chosen, -1);
 }
 
 TEST_F(TableController, ShowsMarkupToTheLetterInToolTips)
@@ -79,25 +85,6 @@ TEST_F(TableController, ShowsMarkupToTheLetterInToolTips)
     shown.setHtml(m_table.model()->index(0, 0).data(Qt::ToolTipRole).toString());
     EXPECT_EQ(shown.toPlainText(), "<b>Bold</b> &amp; plain");
     EXPECT_EQ(m_table.model()->index(1, 0).data(Qt::ToolTipRole).toString(), "Less < more & more");
-}
-
-TEST_F(TableController, ShowsTheFirstOfTwoOptionsWithOneValue)
-{
-    PropItem& item = add(1, 20, 3);
-    item.dataList = {"1", "1", "1"};
-    item.curValue = "1";
-    EXPECT_EQ(cell(0), "1 : Off");
-}
-
-TEST_F(TableController, ShowsAnEmptyValueForAConstantWithNothingToChoose)
-{
-    PropItem& item = add(1, 20, 3);
-    item.propList.clear();
-    item.dataList.clear();
-    item.curValue = "Const Value";
-    EXPECT_EQ(cell(0), "Empty Value");
-    EXPECT_TRUE(it().valueCell(0).entries.isEmpty());
-    EXPECT_EQ(it().valueCell(0).chosen, -1);
 }
 
 struct ChosenCase {
@@ -149,7 +136,7 @@ TEST_F(TableController, KeepsTheSelectionOverAReloadOfTheSameItems)
     add(1, 20, 1);
     add(2, 21, 1);
     it().reloadTable();
-    select(1);
+    m_table.selectRow(1);
     choose(1, 1);
     ASSERT_EQ(m_table.selectionModel()->selectedRows().size(), 1);
     EXPECT_EQ(m_table.selectionModel()->selectedRows().front().row(), 1);
@@ -167,10 +154,10 @@ TEST_F(TableController, DescribesTheSelectedRow)
     PropItem& unbound = add(0, 20, 0x01);
     it().reloadTable();
     m_description.setPlainText("before");
-    select(0);
+    m_table.selectRow(0);
     EXPECT_EQ(m_description.toPlainText(),
               "(addr:0x12  mask:0x06)\nWhat it does : \n0 : Off\n1 : On\n2 : Auto\n");
-    select(1);
+    m_table.selectRow(1);
     EXPECT_EQ(m_description.toPlainText(), "0 : Off\n1 : On\n2 : Auto\n")
         << "key 0: its options alone";
     unbound.propList.clear();
@@ -190,7 +177,7 @@ TEST_F(TableController, TellsTheConsoleWhichRowIsSelected)
     item.property = "not this one";
     it().reloadTable();
     m_log.clear();
-    select(1);
+    m_table.selectRow(1);
     const QString line =
         "key:5\nbaseOnAddr:12\nbaseOnMask:16\npageName:System\ngroupName:Ports\nPropName:Gain\n"
         "PropDesc:What it does\naddr:274\nmask:6\n";
@@ -201,9 +188,11 @@ TEST_F(TableController, TellsTheConsoleWhichRowIsSelected)
 
 TEST_F(TableController, RefreshesBoundItemsAlone)
 {
+    add(1, 20, 0x30);
+    it().RefreshCurValues();
+    EXPECT_EQ(it().allItemList[0]->curValue, "0") << "without an image";
     load();
     byte(20) = 0xA5;
-    add(1, 20, 0x30);
     add(2, 0x120 + 0x14 - 0x20, 0x0F); // only eight bits of the address count
     add(0, 20, 0xFF).curValue = "7";
     it().RefreshCurValues();
@@ -224,13 +213,6 @@ TEST_F(TableController, CountsInEightBitsWhenAFileIsLoaded)
     EXPECT_EQ(it().allItemList[4]->curValue, "0");
     it().RefreshCurValues();
     EXPECT_EQ(it().allItemList[259]->curValue, "1");
-}
-
-TEST_F(TableController, RefreshesNothingWithoutAnImage)
-{
-    add(1, 20, 0x01).curValue = "7";
-    it().RefreshCurValues();
-    EXPECT_EQ(it().allItemList[0]->curValue, "7");
 }
 
 TEST_F(TableController, FillsTheIdentityFields)
@@ -277,6 +259,20 @@ TEST_F(TableController, LoadsTheSelectedDefinitionFile)
     it().LoadIni();
     EXPECT_TRUE(it().allItemList.empty());
     EXPECT_EQ(m_log.size(), 2) << "and one line that says why";
+}
+
+TEST(MyTableView, HasThreeRowsAndChangesNothing)
+{
+    QStringList log;
+    MyTableView view([&log](const QString& line) { log.append(line); });
+    EXPECT_EQ(view.tableView, nullptr);
+    EXPECT_EQ(view.numberOfRowsInTableView(), 3);
+    EXPECT_EQ(MyTableView::tableView_objectValueForTableColumn_row("property", 0), "Empty Value");
+    view.tableView_setObjectValue_forTableColumn_row(1, "curValue", 2);
+    view.tableViewSelectionDidChange();
+    EXPECT_EQ(MyTableView::tableView_objectValueForTableColumn_row("curValue", 2), "Empty Value");
+    EXPECT_EQ(log, (QStringList{"Enter numberOfRowsInTableView", "setObjectValue",
+                                "selectionDidChange"}));
 }
 
 } // namespace
