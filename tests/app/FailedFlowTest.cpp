@@ -58,7 +58,9 @@ protected:
         settleEvents();
         EXPECT_TRUE(progressText().ends_with(lastLines)) << progressText();
         EXPECT_EQ(hueOf(*tool().nstfUpdateInfo_UpdateFW), hue);
-        EXPECT_DOUBLE_EQ(tool().slider->doubleValue(), bar);
+        // A read's last value comes after the buttons are enabled.
+        EXPECT_TRUE(waitFor([this, bar] { return tool().slider->doubleValue() == bar; }))
+            << tool().slider->doubleValue();
         EXPECT_TRUE(allSwitched(true));
         EXPECT_FALSE(Hub_IsOpen());
     }
