@@ -132,7 +132,7 @@ TEST_F(DriverButtons, RunNothingWithAPathThatTheShellWouldMisread)
 {
     const std::string bundle = directory() + "/line\nbreak/Vornadel.app";
     place = {bundle, true, bundle + "/Contents/Resources"};
-    launchOn(kWantsBootArgument, "");
+    launchOn(kModern, "");
     testing::internal::CaptureStderr();
     pressLoad();
     EXPECT_EQ(
