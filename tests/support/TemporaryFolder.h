@@ -56,11 +56,6 @@ public:
         return write(name, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
     }
 
-    std::string write(std::string_view name, const char* text) const
-    {
-        return write(name, std::string_view(text));
-    }
-
     std::vector<std::uint8_t> read(std::string_view name) const
     {
         std::ifstream file(m_path / name, std::ios::binary);
@@ -70,13 +65,6 @@ public:
     {
         const std::vector<std::uint8_t> bytes = read(name);
         return {bytes.begin(), bytes.end()};
-    }
-
-    /// The content of a text file.
-    std::string text(std::string_view name) const
-    {
-        std::ifstream file(m_path / name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     }
 
 private:
