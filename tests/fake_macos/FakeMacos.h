@@ -34,10 +34,8 @@ struct MacDevice {
     IOReturn openResult = kIOReturnSuccess;
 
     /// Answers a request on the open device; if unset, every request succeeds and moves all its
-    /// bytes. Called without any lock, like the two below.
+    /// bytes. Called without any lock.
     std::function<IOReturn(IOUSBDevRequest&)> onRequest{};
-    std::function<IOReturn()> onOpen{}; ///< its result is used if `openResult` is a success
-    std::function<void()> onClose{};
 };
 
 /// A fake Mac for the back end: it behaves as configured, logs every call, and tracks the objects

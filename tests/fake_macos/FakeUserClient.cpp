@@ -81,17 +81,11 @@ IOReturn openDevice(void* self)
 {
     UserClient& client = of(self);
     AttachedDevice& device = *client.device;
-    Call call(self, "USBDeviceOpen");
+    const Call call(self, "USBDeviceOpen");
     if (device.holder == self) {
         client.state->wrong(client.name + " opened twice");
     }
     IOReturn result = device.behaviour.openResult;
-    if (device.behaviour.onOpen) {
-        call.let();
-        const IOReturn told = device.behaviour.onOpen();
-        call.takeBack();
-        result = result == kIOReturnSuccess ? told : result;
-    }
     if (!device.present) {
         result = kIOReturnNoDevice;
     } else if (device.holder != nullptr) {
@@ -106,12 +100,7 @@ IOReturn openDevice(void* self)
 IOReturn closeDevice(void* self)
 {
     AttachedDevice& device = *of(self).device;
-    Call call(self, "USBDeviceClose");
-    if (device.behaviour.onClose) {
-        call.let();
-        device.behaviour.onClose();
-        call.takeBack();
-    }
+    const Call call(self, "USBDeviceClose");
     if (device.holder != self) {
         of(self).state->wrong(of(self).name + " closed while it was not open");
         return kIOReturnNotOpen;

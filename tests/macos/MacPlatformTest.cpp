@@ -8,9 +8,7 @@ namespace vornadel::test
 namespace
 {
 
-class MacPlatformTest : public MacTest
-{
-};
+using MacPlatformTest = MacTest;
 
 TEST_F(MacPlatformTest, BundlesTheRealMac)
 {

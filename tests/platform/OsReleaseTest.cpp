@@ -84,6 +84,9 @@ TEST_F(OsReleaseTest, TellsWhyNoFileCanBeRead)
 {
     EXPECT_EQ(OsRelease({m_folder.path("none")}).read().error, ENOENT);
     EXPECT_EQ(OsRelease({m_folder.path("")}).read().error, EISDIR);
+    const std::string pipe = m_folder.path("pipe"); // opening it to read would block
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_EQ(OsRelease({pipe}).read().error, EINVAL);
     EXPECT_EQ(OsRelease(std::vector<std::string>{}).read().error, ENOENT);
 }
 
@@ -99,13 +102,6 @@ TEST_F(OsReleaseTest, SurvivesHostileFiles)
     EXPECT_EQ(readText(std::string(2000, 'x') + "\nVERSION_ID=12\n").major, 12U);
     EXPECT_EQ(readText("VERSION_ID=" + std::string(2000, '1') + "\n").error, EINVAL);
     EXPECT_EQ(readText("VERSION_ID=12\n" + std::string(3'000'000, 'x')).error, EFBIG);
-}
-
-TEST_F(OsReleaseTest, DoesNotWaitAtAPipe)
-{
-    const std::string pipe = m_folder.path("pipe");
-    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    EXPECT_EQ(OsRelease({pipe}).read().error, EINVAL);
 }
 
 } // namespace

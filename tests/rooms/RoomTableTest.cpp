@@ -40,6 +40,7 @@ const Room& roomNamed(const std::string& name)
 TEST(RoomTable, KeepsLibrariesFromOutsideWhereTheyBelong)
 {
     EXPECT_THAT(usersOf("LibUSB::LibUSB"), ElementsAre("platform_linux"));
+    EXPECT_THAT(usersOf("MacOS::Interfaces"), ElementsAre("platform_macos"));
     EXPECT_THAT(usersOf("Qt6::Widgets"), IsSubsetOf({"app", "editor"}));
     EXPECT_THAT(usersOf("iniparser::iniparser"), IsSubsetOf({"config", "props"}));
     EXPECT_THAT(usersOf("Qt6::Widgets"), Contains("app"));

@@ -43,6 +43,7 @@ TEST(FlashIdentity, IsFoundByEachOfTheThreeSignatures)
     EXPECT_TRUE(findFlashIdentity(imageWithBlockAt(0x7F00, 0x55, 0xAA)));
     EXPECT_FALSE(findFlashIdentity(imageWithBlockAt(0x7F00, 0xC3, 0x3C)));
     EXPECT_FALSE(findFlashIdentity(imageWithBlockAt(0x7F00, 0xAA, 0xC3)));
+    EXPECT_FALSE(findFlashIdentity(imageWithBlockAt(0, 0xAA, 0x55))); // no room for firmware
 }
 
 TEST(FlashIdentity, ComesFromTheBlockNearestTheEnd)
@@ -55,11 +56,6 @@ TEST(FlashIdentity, ComesFromTheBlockNearestTheEnd)
     const auto identity = findFlashIdentity(image);
     ASSERT_TRUE(identity);
     EXPECT_EQ(identity->vendorId & 0xFF, 0x02);
-}
-
-TEST(FlashIdentity, NeedsRoomForFirmwareBeforeTheBlock)
-{
-    EXPECT_FALSE(findFlashIdentity(imageWithBlockAt(0, 0xAA, 0x55)));
 }
 
 } // namespace

@@ -1,7 +1,6 @@
 #include "standins/sim/DemoImage.h"
 #include "standins/sim/FlashFile.h"
 #include "tests/sim/HubBench.h"
-#include "tests/support/FullDisk.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WithoutPrivilege.h"
 
@@ -129,22 +128,7 @@ TEST_F(FlashFileTest, ThatCannotBeReplacedFailsTheRequest)
     EXPECT_FALSE(bench.hub().setFlash(demoImage(0x0101)));
 }
 
-TEST_F(FlashFileTest, OnAFullDiskFailsTheRequestAndStaysAsItWas)
-{
-    HubBench bench(options());
-    ASSERT_TRUE(bench.open());
-    {
-        const FullDisk disk(kFlashSize - 1);
-        EXPECT_EQ(bench.erase(), kSimulatedStall);
-        EXPECT_EQ(bench.write(0, {0x00}), kSimulatedStall);
-        EXPECT_FALSE(bench.hub().setFlash(demoImage(0x0101)));
-    }
-    EXPECT_EQ(bench.hub().flash(), demoImage());
-    EXPECT_EQ(content(), demoImage());
-    EXPECT_EQ(bench.erase(), 0U); // there is space again
-}
-
-TEST_F(FlashFileTest, ThatMayNotBeReadOrWrittenIsRefused)
+TEST_F(FlashFileTest, ThatMayNotBeReadWrittenOrReplacedIsRefused)
 {
     put(demoImage());
     ASSERT_EQ(::chmod(m_folder.path().c_str(), 0777), 0);
@@ -152,6 +136,12 @@ TEST_F(FlashFileTest, ThatMayNotBeReadOrWrittenIsRefused)
     EXPECT_THAT(refusalWithoutPrivilege(), HasSubstr("cannot read " + path()));
     ASSERT_EQ(::chmod(path().c_str(), 0444), 0);
     EXPECT_THAT(refusalWithoutPrivilege(), HasSubstr("cannot write " + path()));
+    put({}, "hub.bin.lock");
+    ASSERT_EQ(::chmod(path().c_str(), 0666), 0);
+    ASSERT_EQ(::chmod(path("hub.bin.lock").c_str(), 0666), 0);
+    ASSERT_EQ(::chmod(m_folder.path().c_str(), 0555), 0);
+    EXPECT_THAT(refusalWithoutPrivilege(), HasSubstr("cannot replace files in " + m_folder.path()));
+    ASSERT_EQ(::chmod(m_folder.path().c_str(), 0700), 0);
     EXPECT_EQ(content(), demoImage());
 }
 
@@ -169,17 +159,6 @@ TEST_F(FlashFileTest, WhoseLockCannotBeOpenedIsRefused)
     fs::create_symlink(path("planted"), path("hub.bin.lock"));
     EXPECT_FALSE(bench.open());
     EXPECT_FALSE(fs::exists(path("planted")));
-}
-
-TEST_F(FlashFileTest, InAFolderThatMayNotBeChangedIsRefused)
-{
-    put(demoImage());
-    put({}, "hub.bin.lock");
-    ASSERT_EQ(::chmod(path().c_str(), 0666), 0);
-    ASSERT_EQ(::chmod(path("hub.bin.lock").c_str(), 0666), 0);
-    ASSERT_EQ(::chmod(m_folder.path().c_str(), 0555), 0);
-    EXPECT_THAT(refusalWithoutPrivilege(), HasSubstr("cannot replace files in " + m_folder.path()));
-    ASSERT_EQ(::chmod(m_folder.path().c_str(), 0700), 0);
 }
 
 TEST_F(FlashFileTest, ThatWasSpoiledFailsTheOpen)

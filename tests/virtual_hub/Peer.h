@@ -19,7 +19,7 @@ public:
     explicit Peer(int socket) : m_socket(socket) {}
     Peer(const Peer&) = delete;
     Peer& operator=(const Peer&) = delete;
-    ~Peer() { hangUp(); }
+    ~Peer() { close(m_socket); }
 
     /// A socket connected to a port on 127.0.0.1.
     static int connectTo(std::uint16_t port)
@@ -65,13 +65,6 @@ public:
         char byte = 0;
         return recv(m_socket, &byte, 1, MSG_PEEK | MSG_DONTWAIT) == 0;
     }
-    void hangUp()
-    {
-        if (m_socket >= 0) {
-            close(m_socket);
-        }
-        m_socket = -1;
-    }
 
 private:
     bool waitForInput() const
@@ -82,7 +75,7 @@ private:
         return there;
     }
 
-    int m_socket;
+    const int m_socket;
 };
 
 } // namespace vornadel::test
