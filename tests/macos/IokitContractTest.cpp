@@ -24,6 +24,7 @@ public:
     }
     void unplug() override { m_mac.unplug(); }
     void deliverEvents() override { m_mac.turnRunLoop(); }
+    bool reportsOnOtherThreads() override { return false; } // only from its own run loop
 
 private:
     IOReturn answer(IOUSBDevRequest& transfer)

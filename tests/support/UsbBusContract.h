@@ -4,6 +4,7 @@
 #include "tests/support/PlugEvents.h"
 #include "tests/support/UsbDevices.h"
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <gtest/gtest.h>
@@ -12,6 +13,7 @@
 #include <ostream>
 #include <span>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -45,6 +47,8 @@ public:
 
     /// Delivers the plug events if something must drive them: a virtual clock, a run loop.
     virtual void deliverEvents() {}
+    /// Whether events can arrive while this thread ends the watch.
+    virtual bool reportsOnOtherThreads() { return true; }
 };
 
 /// A back end whose device answers reads with a pattern, stores writes and stalls all else.
@@ -297,6 +301,37 @@ TEST_P(UsbBusContract, ReportsNothingAfterTheWatchUntilTheNext)
     m_subject->deliverEvents();
     EXPECT_TRUE(events.waitFor(UsbEvent::Attached));
     bus().unwatch();
+}
+
+TEST_P(UsbBusContract, EndsTheWatchOnlyWhenTheListenerHasEnded)
+{
+    if (!m_subject->reportsOnOtherThreads()) {
+        return;
+    }
+    std::atomic<int> entered = 0;
+    std::atomic<bool> leaving = false;
+    std::atomic<bool> ended = false;
+    ASSERT_TRUE(bus().watch([&](UsbEvent) {
+        ++entered;
+        entered.notify_all();
+        leaving.wait(false);
+        for (int i = 0; i < 10000; ++i) { // long enough to notice an end that does not wait
+            std::this_thread::yield();
+        }
+        ended = true;
+    }));
+    std::thread world([this] {
+        plug();
+        m_subject->deliverEvents();
+    });
+    entered.wait(0);
+    leaving = true;
+    leaving.notify_all();
+    bus().unwatch();
+    EXPECT_TRUE(ended);
+    const int calls = entered;
+    world.join();
+    EXPECT_EQ(entered, calls);
 }
 
 } // namespace vornadel::test
