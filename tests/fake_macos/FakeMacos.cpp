@@ -71,7 +71,7 @@ std::string MacState::nameOf(io_object_t object) const
 
 DevicePointer MacState::attach(MacDevice device)
 {
-    const auto made = std::make_shared<AttachedDevice>(std::move(device), attached.size());
+    auto made = std::make_shared<AttachedDevice>(std::move(device), attached.size());
     attached.push_back(made);
     return made;
 }

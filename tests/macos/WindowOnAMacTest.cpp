@@ -67,7 +67,7 @@ protected:
         m_delegate->bootArgumentsFile = QString::fromStdString(m_folder.path("snapshot"));
         testing::internal::CaptureStderr();
         m_delegate->applicationDidFinishLaunching();
-        const std::string console = testing::internal::GetCapturedStderr();
+        std::string console = testing::internal::GetCapturedStderr();
         EXPECT_TRUE(waitFor([this] { return m_delegate->nsbtnLoadDriver_HelpBox->isEnabled(); }));
         settleEvents();
         return console;
