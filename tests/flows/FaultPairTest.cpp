@@ -3,7 +3,7 @@
 // at the end. There are many pairs, and so far they have found nothing that single faults had not,
 // so this is a separate program that runs on request.
 
-#include "tests/flows/FaultyRun.h"
+#include "tests/flows/FaultTable.h"
 
 #include <gtest/gtest.h>
 

@@ -10,9 +10,7 @@ namespace vornadel::test
 namespace
 {
 
-constexpr std::size_t kBlankPiece = 6;    // of the demo image: writing it changes nothing
-constexpr std::size_t kIdentityPiece = 7; // where its descriptor block is ...
-constexpr std::size_t kIdentityEnd = 0x7F00 - 7 * 4096; // ... which ends here in that piece
+constexpr std::size_t kBlankPiece = 6; // of the demo image: writing it changes nothing
 
 /// The effect when the hub refuses a request, leaves the bus during it, or confirms it without
 /// doing it.
@@ -115,36 +113,6 @@ std::size_t ordinal(const std::string& wire, std::size_t index)
 {
     const auto end = wire.begin() + static_cast<std::ptrdiff_t>(index);
     return static_cast<std::size_t>(std::count(wire.begin(), end, wire[index]));
-}
-
-/// Whether the flash holds valid firmware after a flow that sent these requests, with the fault at
-/// `index`.
-HubCode codeAfter(const Flow& flow, const std::string& wire, const FaultVariant& variant,
-                  std::size_t index)
-{
-    const char struck = index < wire.size() ? wire[index] : '\0';
-    const bool undone =
-        variant.kind == FaultKind::Ignore || variant.kind == FaultKind::VanishBefore;
-    const auto happened = [&](char request) {
-        const auto sent = static_cast<std::size_t>(std::count(wire.begin(), wire.end(), request));
-        const bool lost = struck == request && (undone || variant.kind == FaultKind::Stall);
-        return sent - (lost ? 1 : 0);
-    };
-    const bool refusedByFlashCode =
-        wire.find("oseee") == 0 && variant.kind == FaultKind::Ignore && index == 1;
-    if (happened('e') == 0 || refusedByFlashCode) {
-        return HubCode::Flash;
-    }
-    if (!flow.writes() ||
-        std::count(wire.begin(), wire.end(), 'w') <= static_cast<int>(kIdentityPiece)) {
-        return HubCode::Rom;
-    }
-    if (struck != 'w' || ordinal(wire, index) != kIdentityPiece ||
-        variant.kind == FaultKind::Flip || variant.kind == FaultKind::VanishAfter) {
-        return HubCode::Flash;
-    }
-    return variant.kind == FaultKind::Torn && variant.amount >= kIdentityEnd ? HubCode::Flash
-                                                                             : HubCode::Rom;
 }
 
 enum class Strikes { Request, Open, Restart };
@@ -256,7 +224,6 @@ Outcome outcomeOf(const Flow& flow, HubCode runs, const FaultVariant& variant, s
         }
         break;
     }
-    outcome.afterwards = codeAfter(flow, outcome.wire, variant, index);
     return outcome;
 }
 

@@ -56,7 +56,6 @@ unsigned positionOf(FaultKind kind, const std::string& wire, std::size_t index);
 struct Outcome {
     std::string wire;          ///< the requests that reach the hub, including the struck one
     std::optional<Step> fails; ///< the step at which the flow fails; unset: it succeeds
-    HubCode afterwards = HubCode::Flash; ///< the code that the hub runs after a new plug
 };
 Outcome outcomeOf(const Flow& flow, HubCode runs, const FaultVariant& variant, std::size_t index);
 

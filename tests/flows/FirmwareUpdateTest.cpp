@@ -1,7 +1,7 @@
 #include "flows/FirmwareUpdate.h"
 
 #include "hub/HubCommands.h"
-#include "tests/flows/ToldValues.h"
+#include "tests/flows/FlowTable.h"
 #include "tests/support/RecordingReporter.h"
 #include "tests/support/SeenRequest.h"
 #include "tests/support/SimulatedSetup.h"

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "flows/FlowReporter.h"
-#include "platform/Clock.h"
-#include "standins/sim/SimulatedHub.h"
-#include "tests/flows/ToldValues.h"
+#include "tests/support/SimulatedSetup.h"
+
+#include <gtest/gtest.h>
 
 #include <cstdint>
 #include <map>
@@ -13,6 +13,46 @@
 
 namespace vornadel::test
 {
+
+/// Records the values that a flow reports, and checks their order.
+class ToldValues final : public FlowReporter
+{
+public:
+    void started(const FlowStart& /*start*/) override
+    {
+        ++starts;
+        EXPECT_TRUE(steps.empty());
+    }
+    void stepStarted(Step step) override
+    {
+        EXPECT_EQ(starts, 1);
+        EXPECT_EQ(m_done, m_total) << "the step before is not done";
+        m_done = m_total = 0;
+        steps.push_back(step);
+    }
+    void progressed(std::int32_t done, std::int32_t total) override
+    {
+        EXPECT_GT(done, m_done);
+        EXPECT_LE(done, total);
+        m_done = done;
+        m_total = total;
+    }
+    void finished(const FlowResult& told) override
+    {
+        EXPECT_EQ(ends, 0);
+        result = told;
+    }
+    void closed() override { ++ends; }
+
+    int starts = 0;
+    std::vector<Step> steps;
+    FlowResult result;
+    int ends = 0;
+
+private:
+    std::int32_t m_done = 0; // of the step
+    std::int32_t m_total = 0;
+};
 
 // The requests and reports of each flow without a fault. Each request is one letter, by its purpose
 // in the flow:
@@ -59,5 +99,25 @@ void expectTold(const Flow& flow, const ToldValues& told, bool succeeded,
 
 /// The longest allowed duration of a flow with these requests, on a hub that takes no time.
 Clock::Duration longestFor(const std::string& observed);
+
+/// A hub with its flash in memory, which starts with this code.
+SimulatedHubOptions hubThatRuns(HubCode code, const std::vector<std::uint8_t>& flash = oldFlash());
+
+/// Runs a flow and checks what must hold with every fault: it ends in time, the hub is closed,
+/// success means that the image is in the flash and the hub came back, and nothing was sent before
+/// the first step was reported.
+struct FaultyRun {
+    FaultyRun(const Flow& flow, SimulatedSetup& setup);
+
+    bool succeeded = false;
+    ToldValues told;
+    std::string wire; ///< the requests that reached the hub, in the letters of an observer
+};
+
+/// Powers the hub up again, and lets it refuse the rest of the opens.
+void powerUp(SimulatedSetup& setup, unsigned opensStillRefused = 0);
+
+/// The same, and expects an update to succeed then.
+void expectHealthyUpdate(SimulatedSetup& setup, unsigned opensStillRefused = 0);
 
 } // namespace vornadel::test

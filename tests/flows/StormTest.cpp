@@ -1,7 +1,7 @@
 // A loose plug: the hub leaves and returns a hundred times within one second, during an update.
 
 #include "hub/HubDetection.h"
-#include "tests/flows/FaultyRun.h"
+#include "tests/flows/FlowTable.h"
 
 #include <gtest/gtest.h>
 
