@@ -107,15 +107,6 @@ TEST_F(Configuration, MatchesNamesInAnyCase)
     EXPECT_EQ(SupportedIdList[10], (SupportedIdEntry{1, 1, 2, 3}));
 }
 
-TEST_F(Configuration, KeepsUtf8AndQuotedTexts)
-{
-    const ToolConfig config = read("[DumpTool Config]\nAppTitle = Pr\xC3\xBC"
-                                   "fstand\nFwBin = \"a;b#c.bin\"\n");
-    EXPECT_EQ(config.appTitle, "Pr\xC3\xBC"
-                               "fstand");
-    EXPECT_EQ(config.fwbinPath, "a;b#c.bin");
-}
-
 TEST_F(Configuration, IsAllDefaultsWhenTheFileIsMissing)
 {
     const ToolConfig config = readFile();

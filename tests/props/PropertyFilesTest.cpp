@@ -86,13 +86,8 @@ TEST_F(PropertyFiles, AreNotLookedForBehindLinks)
     fs::create_directory_symlink("self", path("self"));
     fs::create_directory_symlink("real", path("other"));
     EXPECT_THAT(found(), ElementsAre("real/A.INI"));
-}
-
-TEST_F(PropertyFiles, AreFoundThroughAToolDirectoryThatIsALink)
-{
-    write("", "real/A.INI");
-    fs::create_directory_symlink("real", path("link"));
-    EXPECT_THAT(findPropertyFiles(path("link")), ElementsAre("A.INI"));
+    EXPECT_THAT(findPropertyFiles(path("other")), ElementsAre("A.INI"))
+        << "it may be a link itself";
 }
 
 TEST_F(PropertyFiles, BehindAClosedFolderStayUnseenAndTheRestIsFound)
