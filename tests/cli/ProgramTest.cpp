@@ -67,20 +67,6 @@ TEST_F(ProgramTest, TellsByItsExitStatusHowItWent)
     }
 }
 
-TEST_F(ProgramTest, EndsInGoodOrderWhenInterruptedAndTheNextRunSucceeds)
-{
-    Program interrupted({hub("mode=rom"), "update", m_image});
-    ASSERT_TRUE(interrupted.waitFor("Write Flash...\n"));
-    interrupted.send(SIGINT);
-    EXPECT_EQ(interrupted.finish(), kExitInterrupted);
-    EXPECT_THAT(interrupted.err(), EndsWith("Update FW Fail\nInterrupted\n"));
-    EXPECT_THAT(interrupted.out(), Not(HasSubstr("Success")));
-
-    Program next({hub("latency=none"), "update", m_image});
-    EXPECT_EQ(next.finish(), kExitSuccess) << next.err();
-    EXPECT_EQ(flash(), demoImage(kDemoVersion101));
-}
-
 TEST_F(ProgramTest, SavesWhatItUpdatedAndErasesIt)
 {
     Program update({hub("latency=none,mode=rom"), "update", m_image});
