@@ -48,13 +48,11 @@ protected:
         action();
         return testing::internal::GetCapturedStderr();
     }
-    qsizetype dumpAt(std::size_t offset)
+    QString dumped(qsizetype offset)
     {
-        const std::size_t at =
-            offset / 16 * 57 + 6 + 3 * (offset % 16) + (offset % 16 >= 8 ? 2 : 0);
-        return static_cast<qsizetype>(at);
+        const qsizetype at = offset / 16 * 57 + 6 + 3 * (offset % 16) + (offset % 16 >= 8 ? 2 : 0);
+        return hexText().mid(at, 2);
     }
-    QString dumped(std::size_t offset) { return hexText().mid(dumpAt(offset), 2); }
 };
 
 TEST_F(IdentityEditing, CutsAFifthCharacterAndSaysSo)
@@ -142,7 +140,7 @@ TEST_F(IdentityEditing, WipesTheStringsAfterAPasteOfFortyCharacters)
     paste(tool().txtManu_FwFlash, QString(40, 'm'));
     EXPECT_EQ(tool().txtManu_FwFlash->text(), QString(39, 'm'))
         << "one character is taken away, no more";
-    for (std::size_t offset = 43; offset < 78; ++offset) {
+    for (qsizetype offset = 43; offset < 78; ++offset) {
         EXPECT_EQ(dumped(offset), "00") << offset;
     }
     const QString before = tool().txtContainerID_FwFlash->text();
@@ -267,6 +265,16 @@ TEST_F(UpdateImageFromTheFields, TakesIdsVersionAndStrings)
 
 TEST_F(UpdateImageFromTheFields, RefusesIdsThatAreNotSupportedButKeepsThem)
 {
+    tool().txtVer_EasyUpdate->setText("01000");
+    EXPECT_FALSE(tool().modifyFwBuffer_from_UI()) << "a digit too many";
+    tool().txtVer_EasyUpdate->setText("0101");
+    tool().txtSN_EasyUpdate->setText(QString(14, 's'));
+    EXPECT_FALSE(tool().modifyFwBuffer_from_UI()) << "30 characters";
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr) << "without a word";
+    EXPECT_EQ(updateImage(), demoImage());
+
+    tool().txtVer_EasyUpdate->setText("0100");
+    tool().txtSN_EasyUpdate->setText("SN0001");
     tool().txtHSPID_EasyUpdate->setText("0003");
     tool().txtManu_EasyUpdate->setText("Other");
     EXPECT_FALSE(tool().modifyFwBuffer_from_UI());
@@ -274,17 +282,6 @@ TEST_F(UpdateImageFromTheFields, RefusesIdsThatAreNotSupportedButKeepsThem)
     expected[kDemoBlock + 7] = 0x03;
     updateImage();
     EXPECT_EQ(hub().flash(), expected);
-}
-
-TEST_F(UpdateImageFromTheFields, RefusesWrongLengthsWithoutAWord)
-{
-    tool().txtVer_EasyUpdate->setText("01000");
-    EXPECT_FALSE(tool().modifyFwBuffer_from_UI());
-    tool().txtVer_EasyUpdate->setText("0101");
-    tool().txtSN_EasyUpdate->setText(QString(14, 's'));
-    EXPECT_FALSE(tool().modifyFwBuffer_from_UI());
-    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
-    EXPECT_EQ(updateImage(), demoImage());
 }
 
 TEST_F(FlashPageUnderTest, RefusesToModifyAnUpdateImageThatIsNotThere)

@@ -1,6 +1,5 @@
 #include "tests/app/ToolUnderTest.h"
 
-#include "app/Tool.h"
 #include "hub/SupportedIds.h"
 
 #include <QApplication>
@@ -148,36 +147,6 @@ TEST_F(Launch, DoesNotWaitForTheRunThatItStarts)
     EXPECT_TRUE(tool().window()->isVisible());
     EXPECT_EQ(progressText(), "") << "lines come by the event loop alone";
     EXPECT_TRUE(waitUntilEnabled());
-}
-
-TEST(RunTool, EndsWhenItsWindowIsClosed)
-{
-    FakeShell shell;
-    FakeSystemVersion version;
-    FakePrivilegedRun privileged;
-    VirtualClock clock;
-    std::string error;
-    SimulatedHubOptions options;
-    options.keepInMemory = true;
-    const auto bus = SimulatedBus::create(options, clock, error);
-    ASSERT_NE(bus, nullptr) << error;
-    Platform platform{*bus, shell, privileged, version, clock};
-    const bool before = QApplication::quitOnLastWindowClosed();
-
-    QString title;
-    testing::internal::CaptureStderr();
-    const int status = runTool(
-        platform, toolPlaceInBundle("/opt/Vornadel.app"), " [bench]", [&](AppDelegate& tool) {
-            title = tool.window()->windowTitle();
-            QMetaObject::invokeMethod(tool.window(), "close", Qt::QueuedConnection);
-        });
-    testing::internal::GetCapturedStderr();
-
-    EXPECT_EQ(status, 0);
-    EXPECT_EQ(title, "Vornadel  1.02 [bench]");
-    EXPECT_EQ(AppDelegateRef, nullptr);
-    EXPECT_THAT(privileged.scripts, IsEmpty());
-    QApplication::setQuitOnLastWindowClosed(before);
 }
 
 } // namespace

@@ -172,7 +172,7 @@ using Window = ToolUnderTest;
 class Layout : public ToolUnderTest, public testing::WithParamInterface<bool>
 {
 protected:
-    Layout() { config = configText(scalar() ? "ScalarMode = 1\n" : "ScalarMode = 0\n"); }
+    Layout() { config = configText(scalar() ? "ScalarMode = 1\n" : "ScalarMode = 2\n"); }
     static bool scalar() { return GetParam(); }
 };
 
@@ -261,14 +261,6 @@ TEST_P(Layout, HasOneSize)
     const auto* area = qobject_cast<QScrollArea*>(window);
     EXPECT_FALSE(area->horizontalScrollBar()->isVisible());
     EXPECT_FALSE(area->verticalScrollBar()->isVisible());
-}
-
-TEST_F(Window, TakesOneAloneForScalarMode)
-{
-    config = configText("ScalarMode = 2\n");
-    launch();
-    EXPECT_EQ(content()->size(), QSize(1200, 660));
-    EXPECT_FALSE(tool().boxScalar->isVisible());
 }
 
 TEST_F(Window, WritesInHelvetica)
