@@ -73,6 +73,9 @@ TEST_F(FwImageFile, ReplacesTheImageByAFileWithoutABlock)
     EXPECT_FALSE(FwImage_LoadFile(m_image, fileOf(ByteList(4096, 0))));
     EXPECT_EQ(LastError, 0);
     expectEmpty(m_image);
+    EXPECT_FALSE(FwImage_LoadFile(m_image, fileOf({0x55})));
+    EXPECT_EQ(LastError, 7);
+    EXPECT_EQ(m_image.size, 1);
 }
 
 TEST_F(FwImageFile, KeepsTheImageWhenTheFileIsEmpty)

@@ -44,6 +44,7 @@ TEST(FwImageParse, HasAVersionOnlyWhenSevenBytesComeBeforeTheBlock)
     FwImage image;
     ASSERT_TRUE(parse(image, imageWithBlock(262, 6)));
     EXPECT_EQ(image.version, nullptr);
+    EXPECT_EQ(FwImage_IdText(image.version), "");
     ASSERT_TRUE(parse(image, imageWithBlock(263, 7)));
     EXPECT_EQ(image.version, image.data.get());
 }
@@ -59,6 +60,9 @@ TEST(FwImageParse, RefusesA255ByteImageWithCodeSeven)
     expectEmpty(image);
     EXPECT_EQ(image.size, 255);
     EXPECT_EQ(bytesAt(image.data.get(), 255), bytes);
+    LastError = 0;
+    EXPECT_FALSE(parse(image, {0x55}));
+    EXPECT_EQ(LastError, 7);
 }
 
 TEST(FwImageParse, RefusesNoBytesWithCodeSix)
