@@ -238,12 +238,6 @@ read_the_configuration() {
         'VID_10 = 4617' 'SSPID_10 = 0x1' 'HSPID_10 = 0X2' 'VID_3F=0x00001209' 'SSPID_3F=7' 'HSPID_3F=\' '8' 'VID_40=1' \
         'SSPID_40=1' 'HSPID_40=1' '[]' 'VID_00=1' 'SSPID_00=1' 'HSPID_00=1')" \
         $'0008 abcd\n0008 ffff\n1209 0001\n1209 0002\n1209 0007\n1209 0008'
-    expect_equal "$(ids_of '[DumpTool Config]' 'VID_00 = 0x1111' 'SSPID_00 = 1' 'HSPID_00 = 1' '[Support Vid Pid]' \
-        'VID_01 = 0x2222' 'SSPID_01 = 1' 'VID_02 = 0' 'SSPID_02 = 2' 'HSPID_02 = 3' 'VID_03 =' 'SSPID_03 = 2' \
-        'HSPID_03 = 3' 'VID_04 = ""' 'SSPID_04 = 2' 'HSPID_04 = 3' 'VID_05 = 0x1209' 'SSPID_05 = 5' 'HSPID_05 = 5' \
-        'VID_06 = 0x1209' 'SSPID_06 = 5' 'HSPID_06 = 6')" $'1209 0005\n1209 0006'
-    expect_equal "$(ids_of '[Support Vid Pid]' 'VID_00 = 1' 'SSPID_00 = 2' 'HSPID_00 = 3' 'VID_00 = 0x1209' \
-        '[support vid pid]' 'sspid_00=5')" $'1209 0005\n1209 0003'
     for value in '0x1209", RUN+="/bin/sh' '0x10000' '65536' '-1' '+1' '0x' '08' '0x12g9' '1209h' '0x1209 0x1209' \
         '$(id)' '`id`' '18446744073709556233' '" 0x1209"' '0x11209'; do
         ids_of '[Support Vid Pid]' "VID_00 = $value" 'VID_01 = 0x1209' 'SSPID_01 = 3' 'HSPID_01 = 4' >"$root/ids" &&
