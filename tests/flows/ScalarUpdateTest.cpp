@@ -50,13 +50,25 @@ TEST_F(ScalarUpdate, TakesAPathFromTheRootForOneInTheResourceFolder)
     EXPECT_EQ(m_setup.hub().flash(), demoImage(kDemoVersion101));
 }
 
-TEST_F(ScalarUpdate, WithoutAConfiguredImageWritesWhatIsLoaded)
+TEST_F(ScalarUpdate, WritesWhatIsLoadedIfNoneIsConfiguredOrItIsMissing)
 {
-    const std::vector<std::uint8_t> bytes = demoImage(kDemoVersion101);
-    ASSERT_TRUE(FwImage_Parse(m_image, bytes.data(), static_cast<std::int32_t>(bytes.size())));
-    EXPECT_TRUE(update(""));
+    for (const char* const fwbinPath : {"", "missing.bin"}) {
+        const std::vector<std::uint8_t> bytes =
+            demoImage(*fwbinPath == '\0' ? kDemoVersion101 : kDemoVersion100);
+        ASSERT_TRUE(FwImage_Parse(m_image, bytes.data(), static_cast<std::int32_t>(bytes.size())));
+        EXPECT_TRUE(update(fwbinPath));
+        EXPECT_FALSE(m_taken);
+        EXPECT_EQ(m_setup.hub().flash(), bytes);
+    }
+}
+
+TEST_F(ScalarUpdate, SendsNothingIfNoneIsConfiguredAndWhatWasChosenIsNone)
+{
+    const std::vector<std::uint8_t> none(1024, 0xFF);
+    ASSERT_FALSE(FwImage_Parse(m_image, none.data(), static_cast<std::int32_t>(none.size())));
+    EXPECT_FALSE(update(""));
     EXPECT_FALSE(m_taken);
-    EXPECT_EQ(m_setup.hub().flash(), bytes);
+    EXPECT_EQ(m_setup.hub().requestCount(), 0U);
 }
 
 TEST_F(ScalarUpdate, WithAnImageThatIsMissingSendsNothing)
