@@ -38,16 +38,6 @@ TEST_F(StatusBlock, GivesTheVersionHighByteFirst)
     EXPECT_THAT(m_bus.requests(), ElementsAre(kReadStatus));
 }
 
-TEST_F(StatusBlock, GivesVersionZeroWhenItCannotBeRead)
-{
-    open();
-    m_status[10] = 0x12;
-    m_readResults = {kStalled};
-    EXPECT_EQ(Hub_GetFwVersion(), 0);
-    Hub_CloseDevice();
-    EXPECT_EQ(Hub_GetFwVersion(), 0);
-}
-
 TEST_F(StatusBlock, TellsRomCodeByBitOneOfByteFifteenAlone)
 {
     open();
@@ -61,13 +51,16 @@ TEST_F(StatusBlock, TellsRomCodeByBitOneOfByteFifteenAlone)
     EXPECT_FALSE(Hub_IsRomMode());
 }
 
-TEST_F(StatusBlock, IsNoRomCodeWhenItCannotBeRead)
+TEST_F(StatusBlock, IsVersionZeroAndNoRomCodeWhenItCannotBeRead)
 {
     open();
+    m_status[10] = 0x12;
     runRomCode();
-    m_readResults = {kStalled};
+    m_readResults = {kStalled, kStalled};
+    EXPECT_EQ(Hub_GetFwVersion(), 0);
     EXPECT_FALSE(Hub_IsRomMode());
     Hub_CloseDevice();
+    EXPECT_EQ(Hub_GetFwVersion(), 0);
     EXPECT_FALSE(Hub_IsRomMode());
 }
 
