@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
-#include <map>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -50,13 +49,9 @@ void closePipe(int& pipe)
 
 } // namespace
 
-Program::Program(std::vector<std::string> arguments, std::vector<std::string> environment,
-                 std::initializer_list<int> ignored)
+Program::Program(std::vector<std::string> arguments)
 {
     arguments.insert(arguments.begin(), program());
-    for (char** variable = environ; *variable != nullptr; ++variable) {
-        environment.emplace_back(*variable);
-    }
     std::array<int, 2> out{};
     std::array<int, 2> err{};
     EXPECT_EQ(::pipe2(out.data(), O_CLOEXEC), 0);
@@ -66,26 +61,18 @@ Program::Program(std::vector<std::string> arguments, std::vector<std::string> en
     posix_spawn_file_actions_adddup2(&files, out[1], STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&files, err[1], STDERR_FILENO);
 
-    std::map<int, void (*)(int)> before;
     sigset_t atDefault;
     sigemptyset(&atDefault);
     for (const int each : {SIGINT, SIGTERM, SIGHUP}) {
         sigaddset(&atDefault, each);
-    }
-    for (const int each : ignored) {
-        before[each] = std::signal(each, SIG_IGN); // ignored signals stay ignored across exec
-        sigdelset(&atDefault, each);
     }
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
     posix_spawnattr_setsigdefault(&attributes, &atDefault);
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
     EXPECT_EQ(::posix_spawn(&m_pid, program(), &files, &attributes, pointersTo(arguments).data(),
-                            pointersTo(environment).data()),
+                            environ),
               0);
-    for (const auto& [each, handler] : before) {
-        std::signal(each, handler);
-    }
     posix_spawn_file_actions_destroy(&files);
     ::close(out[1]);
     ::close(err[1]);

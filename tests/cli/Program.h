@@ -1,6 +1,5 @@
 #pragma once
 
-#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,11 +14,9 @@ namespace vornadel::test
 class Program
 {
 public:
-    /// `environment` is added to the test's own. The child ignores the signals in `ignored`, as
-    /// under nohup(1), and no other ending signal, even if the test inherited them as ignored, as a
+    /// The child ignores no ending signal, even if the test inherited them as ignored, as a
     /// script's background job does.
-    explicit Program(std::vector<std::string> arguments, std::vector<std::string> environment = {},
-                     std::initializer_list<int> ignored = {});
+    explicit Program(std::vector<std::string> arguments);
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
     ~Program();
