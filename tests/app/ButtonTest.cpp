@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 namespace vornadel::test
 {
@@ -63,43 +64,33 @@ TEST_F(Buttons, SwitchInTheirOrderAndAlone)
     EXPECT_TRUE(allSwitched(true));
 }
 
-struct HoldCase {
-    const char* name;
-    const char* mode;
-    int visible;
-};
-
-class ButtonsDuringAnUpdate : public Buttons, public testing::WithParamInterface<HoldCase>
+TEST_F(Buttons, DoNothingDuringAnUpdate)
 {
-};
+    const std::pair<const char*, int> visibleIn[] = {{"ScalarMode = 0\n", 8},
+                                                     {"ScalarMode = 1\n", 4}};
+    for (const auto& [mode, visible] : visibleIn) {
+        launchAndHold(mode);
+        EXPECT_TRUE(allSwitched(false));
+        const std::string text = progressText();
+        const unsigned requests = hub().requestCount();
+        const auto commands = shell.commands;
 
-INSTANTIATE_TEST_SUITE_P(Modes, ButtonsDuringAnUpdate,
-                         testing::Values(HoldCase{"Normal", "ScalarMode = 0\n", 8},
-                                         HoldCase{"Scalar", "ScalarMode = 1\n", 4}),
-                         [](const auto& hold) { return hold.param.name; });
+        testing::internal::CaptureStderr();
+        clickWhatIsThere(visible);
+        settleEvents();
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+        EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+        EXPECT_EQ(progressText(), text);
+        EXPECT_EQ(hub().requestCount(), requests);
+        EXPECT_EQ(shell.commands, commands);
 
-TEST_P(ButtonsDuringAnUpdate, DoNothing)
-{
-    launchAndHold(GetParam().mode);
-    EXPECT_TRUE(allSwitched(false));
-    const std::string text = progressText();
-    const unsigned requests = hub().requestCount();
-    const auto commands = shell.commands;
-
-    testing::internal::CaptureStderr();
-    clickWhatIsThere(GetParam().visible);
-    settleEvents();
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
-    EXPECT_EQ(progressText(), text);
-    EXPECT_EQ(hub().requestCount(), requests);
-    EXPECT_EQ(shell.commands, commands);
-
-    eraseGate.open();
-    EXPECT_TRUE(waitUntilEnabled());
-    settleEvents();
-    EXPECT_THAT(progressText(), testing::EndsWith("Update FW Success\n"))
-        << "and no second run follows";
+        eraseGate.open();
+        EXPECT_TRUE(waitUntilEnabled());
+        settleEvents();
+        EXPECT_THAT(progressText(), testing::EndsWith("Update FW Success\n"))
+            << "and no second run follows";
+        end();
+    }
 }
 
 } // namespace

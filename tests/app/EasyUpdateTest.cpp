@@ -23,29 +23,21 @@ namespace
 const std::string kSteps =
     "Erase Flash...\nWrite Flash...\nRead Flash...\nVerify Flash...\nReset to Flash Code...\n";
 
-struct Identity {
-    std::string file, vid, sspid, hspid, version, manufacturer, product, serial;
-    bool operator==(const Identity&) const = default;
-};
-
-void PrintTo(const Identity& it, std::ostream* out)
-{
-    *out << it.file << ": " << it.vid << ' ' << it.sspid << ' ' << it.hspid << ' ' << it.version
-         << " \"" << it.manufacturer << "\" \"" << it.product << "\" \"" << it.serial << '"';
-}
-
 class EasyUpdate : public ToolUnderTest
 {
 protected:
     void SetUp() override { launchAndSettle(); }
 
-    Identity shown()
+    QStringList shown()
     {
-        const auto text = [](const QLineEdit* field) { return field->text().toStdString(); };
-        return {text(tool().txtFw_EasyUpdate),    text(tool().txtVID_EasyUpdate),
-                text(tool().txtSSPID_EasyUpdate), text(tool().txtHSPID_EasyUpdate),
-                text(tool().txtVer_EasyUpdate),   text(tool().txtManu_EasyUpdate),
-                text(tool().txtPro_EasyUpdate),   text(tool().txtSN_EasyUpdate)};
+        QStringList texts;
+        for (const QLineEdit* field :
+             {tool().txtFw_EasyUpdate, tool().txtVID_EasyUpdate, tool().txtSSPID_EasyUpdate,
+              tool().txtHSPID_EasyUpdate, tool().txtVer_EasyUpdate, tool().txtManu_EasyUpdate,
+              tool().txtPro_EasyUpdate, tool().txtSN_EasyUpdate}) {
+            texts.append(field->text());
+        }
+        return texts;
     }
 
     void choose(const std::string& path)
@@ -86,9 +78,11 @@ protected:
     }
 };
 
-Identity demoIdentity(const std::string& path, const std::string& version)
+QStringList demoIdentity(const std::string& path, const char* version)
 {
-    return {path, "1209", "0001", "0002", version, "Vornadel", "Demo Hub", "SN0001"};
+    QStringList texts{"1209", "0001", "0002", version, "Vornadel", "Demo Hub", "SN0001"};
+    texts.prepend(QString::fromStdString(path));
+    return texts;
 }
 
 /// The smallest image, 256 bytes: its block is at offset 0, without room for a version before it.
@@ -143,8 +137,8 @@ TEST_F(EasyUpdate, ShowsNoVersionWhereThereIsNoRoomForOne)
     choose(writeFile("good.bin", demoImage(kDemoVersion101)));
     const std::string path = writeFile("low.bin", smallestImage());
     choose(path);
-    EXPECT_EQ(shown(),
-              (Identity{path, "ABCD", "0EF0", "1234", "", "Vornadel", "Demo Hub", "SN0001"}))
+    EXPECT_EQ(shown(), (QStringList{QString::fromStdString(path), "ABCD", "0EF0", "1234", "",
+                                    "Vornadel", "Demo Hub", "SN0001"}))
         << "texts that an image lacks stay those of the image before";
 }
 
