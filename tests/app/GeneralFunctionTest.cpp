@@ -2,12 +2,11 @@
 #include "app/ConsoleLog.h"
 
 #include "tests/support/FakeMachine.h"
+#include "tests/support/TemporaryFolder.h"
 
-#include <QTemporaryDir>
 #include <gmock/gmock.h>
 
 #include <cstdlib>
-#include <fstream>
 #include <string>
 
 namespace vornadel::test
@@ -58,12 +57,11 @@ class TextFile : public testing::Test
 protected:
     QString read(const std::string& bytes) const
     {
-        const std::string path = m_directory.filePath("text").toStdString();
-        std::ofstream(path, std::ios::binary) << bytes;
-        return GeneralFunction::GetStringFromFile(QString::fromStdString(path));
+        return GeneralFunction::GetStringFromFile(
+            QString::fromStdString(m_folder.write("text", bytes)));
     }
 
-    QTemporaryDir m_directory;
+    const TemporaryFolder m_folder;
 };
 
 TEST_F(TextFile, IsReadWhole)
@@ -76,10 +74,11 @@ TEST_F(TextFile, IsReadWhole)
 
 TEST_F(TextFile, IsEmptyAndThereWhenItIsMissing)
 {
-    const QString missing = GeneralFunction::GetStringFromFile(m_directory.filePath("missing"));
+    const QString folder = QString::fromStdString(m_folder.path());
+    const QString missing = GeneralFunction::GetStringFromFile(folder + "/missing");
     EXPECT_TRUE(missing.isEmpty());
     EXPECT_FALSE(missing.isNull());
-    EXPECT_TRUE(GeneralFunction::GetStringFromFile(m_directory.path()).isEmpty()) << "a folder";
+    EXPECT_TRUE(GeneralFunction::GetStringFromFile(folder).isEmpty()) << "a folder";
 }
 
 TEST_F(TextFile, IsNullWhenItIsNoUtf8)

@@ -26,9 +26,10 @@ protected:
     }
 };
 
-TEST_F(Progress, AppendsTheTextAsItStands)
+TEST_F(Progress, AppendsTheTextAsItStandsWhateverIsSelected)
 {
     tool().appendProgressInfo_Blue("one");
+    QTest::keyClick(tool().nstfUpdateInfo_UpdateFW, Qt::Key_A, Qt::ControlModifier);
     tool().appendProgressInfo_Blue(" and two\n\n");
     tool().appendProgressInfo_Blue("<b>three</b> & four\n");
     EXPECT_EQ(progressText(), "one and two\n\n<b>three</b> & four\n");
@@ -44,14 +45,6 @@ TEST_F(Progress, GivesTheWholeTextTheLastColour)
     tool().appendProgressInfo_Blue("C\n");
     EXPECT_EQ(progressText(), "A\nB\nC\n");
     EXPECT_EQ(hueOf(*tool().nstfUpdateInfo_UpdateFW), kBlueHue);
-}
-
-TEST_F(Progress, KeepsItsTextForTheNextLineWhateverIsSelected)
-{
-    tool().appendProgressInfo_Blue("one\n");
-    QTest::keyClick(tool().nstfUpdateInfo_UpdateFW, Qt::Key_A, Qt::ControlModifier);
-    tool().appendProgressInfo_Blue("two\n");
-    EXPECT_EQ(progressText(), "one\ntwo\n");
 }
 
 TEST_F(Progress, DoesNotScrollWhatIsBeingRead)

@@ -61,14 +61,8 @@ public:
     {
         return run({CommandLine::Verb::Update, image, {}, {}}, terminal);
     }
-    int read(const std::string& file, bool terminal = false)
-    {
-        return run({CommandLine::Verb::Read, file, {}, {}}, terminal);
-    }
-    int erase(bool terminal = false)
-    {
-        return run({CommandLine::Verb::Erase, {}, {}, {}}, terminal);
-    }
+    int read(const std::string& file) { return run({CommandLine::Verb::Read, file, {}, {}}); }
+    int erase() { return run({CommandLine::Verb::Erase, {}, {}, {}}); }
     int info(const std::string& image = {})
     {
         return run({CommandLine::Verb::Info, image, {}, {}});

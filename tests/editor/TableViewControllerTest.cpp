@@ -2,6 +2,7 @@
 #include "tests/editor/PropertyPage.h"
 
 #include <QScrollBar>
+#include <QTest>
 #include <QTextDocument>
 
 #include <fstream>
@@ -27,7 +28,7 @@ TEST_F(TableController, StartsWithTwoEmptyListsAndIsTheOne)
     EXPECT_EQ(TableControllerRef, nullptr);
 }
 
-TEST_F(TableController, HasTwoColumnsOfTheirWidths)
+TEST_F(TableController, HasTwoColumnsAndTakesTheRoomOfAScrollBarFromTheNames)
 {
     EXPECT_EQ(m_table.model()->columnCount(), 2);
     EXPECT_EQ(m_table.model()->headerData(0, Qt::Horizontal).toString(), "property");
@@ -37,18 +38,11 @@ TEST_F(TableController, HasTwoColumnsOfTheirWidths)
     QApplication::processEvents();
     EXPECT_EQ(m_table.columnWidth(0), 266);
     EXPECT_EQ(m_table.columnWidth(1), 170);
-}
-
-TEST_F(TableController, TakesTheRoomOfAScrollBarFromTheNames)
-{
     for (std::uint8_t key = 1; key <= 40; ++key) {
         add(key, key, 1);
     }
     it().reloadTable();
-    m_table.resize(440, 180);
-    m_table.show();
-    QApplication::processEvents();
-    ASSERT_TRUE(m_table.verticalScrollBar()->isVisible());
+    ASSERT_TRUE(QTest::qWaitFor([this] { return m_table.verticalScrollBar()->isVisible(); }));
     EXPECT_FALSE(m_table.horizontalScrollBar()->isVisible());
     EXPECT_EQ(m_table.columnWidth(1), 170);
     EXPECT_LT(m_table.columnWidth(0), 266);

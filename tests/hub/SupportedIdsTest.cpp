@@ -51,11 +51,5 @@ TEST_F(SupportedIds, AreSearchedToTheLastEntryAcrossGaps)
     EXPECT_TRUE(FindSupportedTriple(0xFFFF, 0xFFFE, 0xFFFD));
 }
 
-TEST_F(SupportedIds, MatchNothingWhileTheListIsEmpty)
-{
-    EXPECT_FALSE(FindSupportedId(0, 0));
-    EXPECT_FALSE(FindSupportedTriple(0, 0, 0));
-}
-
 } // namespace
 } // namespace vornadel::test
