@@ -146,6 +146,7 @@ TEST(CommandLine, ExplainsWhatItDoesNotUnderstand)
         {{"list", "a.bin"}, "a.bin"},
         {{"--nonsense", "list"}, "--nonsense"},
         {{"list", "--config", ""}, "empty"},
+        {{"list", "--simulated-hub=latency=none", "--simulated-hub"}, "--simulated-hub"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(testing::PrintToString(row.words));

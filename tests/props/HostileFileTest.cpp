@@ -90,12 +90,13 @@ TEST_F(HostileFile, ThatIsBinaryIsRefused)
 
 TEST_F(HostileFile, LargerThanAMebibyteIsRefused)
 {
+    constexpr std::size_t kMebibyte = 1'048'576;
     std::string text = kGood;
     const std::string comment = ";" + std::string(98, 'x') + "\n";
-    while (text.size() + comment.size() <= kLargestPropertyFile) {
+    while (text.size() + comment.size() <= kMebibyte) {
         text += comment;
     }
-    text.append(kLargestPropertyFile - text.size(), '\n');
+    text.append(kMebibyte - text.size(), '\n');
     expectAccepted(text, 1);
     expectRefused(text + "\n", " is larger than 1 MiB and was not read");
 }
