@@ -1,8 +1,8 @@
-"""Small defects to seed in C++ sources, one at a time.
+"""Finds the mutants of C++ sources: small changes that each make a defect.
 
-The sources are read as tokens, not parsed: what looks like a mutation and is none does not compile, and then does
-not count. The layout of clang-format is relied on, which sets a space on both sides of a binary operator and none
-before the brackets of a template or behind a type.
+The sources are split into tokens, not parsed. So some of the changes do not compile; these do not
+count. The layout must be clang-format's: a space on both sides of a binary operator, none before
+the brackets of a template or after a type.
 """
 
 import bisect
@@ -11,20 +11,20 @@ import re
 import zlib
 from collections import Counter, namedtuple
 
-# start, end: the place in the source; before, after: its text and what stands there instead; id: the file and a
-# number that follows from the code around the place, so edits elsewhere in the file do not change it.
+# start, end: the place in the source; before, after: its text and the replacement; id: the file and
+# a hash of the code around the place, so that edits elsewhere in the file do not change it.
 Mutant = namedtuple("Mutant", "id file line function kind start end before after")
 
 KINDS = {
-    "condition": "always true, never true or negated; one side of 'and' and 'or' left out",
-    "boundary": "'<' for '<=' and the like",
+    "condition": "always true, always false or negated; one side of && or || left out",
+    "boundary": "< for <=, and so on",
     "constant": "a number one higher or lower, true for false, another character",
     "text": "one character too many",
-    "arithmetic": "'-' for '+' and the like, a flag left out",
-    "call": "a call left out; one to the hub made twice",
+    "arithmetic": "- for +, and so on; a flag left out",
+    "call": "a call left out; a call to the hub made twice",
     "assignment": "an assignment left out",
     "jump": "break, continue or return left out",
-    "arguments": "two neighbours change places",
+    "arguments": "two neighbouring arguments swapped",
     "return": "another value",
 }
 
@@ -42,13 +42,14 @@ TOKEN = re.compile(
 )
 
 KEYWORDS = set(
-    """alignas auto bool break case catch char class const constexpr continue default delete do double else enum
-    explicit extern for friend if inline int namespace new noexcept operator private protected public return sizeof
-    static static_assert static_cast reinterpret_cast const_cast struct switch template throw try typename union
-    unsigned using virtual void while""".split()
+    """alignas auto bool break case catch char class const constexpr continue default delete do
+    double else enum explicit extern for friend if inline int namespace new noexcept operator
+    private protected public return sizeof static static_assert static_cast reinterpret_cast
+    const_cast struct switch template throw try typename union unsigned using virtual void
+    while""".split()
 )
-SYMMETRIC = {"min", "max", "memcmp"}  # their arguments may change places
-REQUEST = re.compile("send|Hub_(?!Close|Use|Is|Find|Detect|Abandon|Pause)")  # calls that a hub hears twice
+SYMMETRIC = {"min", "max", "memcmp"}  # swapped arguments change nothing
+REQUEST = re.compile("send|Hub_(?!Close|Use|Is|Find|Detect|Abandon|Pause)")  # calls that reach the hub
 OPENING = {"(": ")", "[": "]", "{": "}"}
 OTHER_BINARY = {
     "<": "<=", "<=": "<", ">": ">=", ">=": ">",
@@ -57,7 +58,7 @@ OTHER_BINARY = {
 }  # fmt: skip
 COMPARISONS = ("<", "<=", ">", ">=")
 OTHER_STEP = {"++": "--", "--": "++", "+=": "-=", "-=": "+="}
-# Where an operand of 'and', 'or', '|' or '?' ends at the latest, on its own level of brackets.
+# An operand of &&, ||, | or ? never goes beyond these, unless they are in inner brackets.
 ENDS = {",", ";", "?", ":", "=", "+=", "|=", "return", "<<", "&&", "||", "else"}
 
 
@@ -71,7 +72,7 @@ def tokens_of(text):
 
 
 def _number(text, lower):
-    """A neighbour of a number, in its own notation."""
+    """The number one higher or lower, in the same notation."""
     match = re.fullmatch(r"(0[xX])?([0-9A-Fa-f']+?)([uUlL]*|ms|s|us|h|min)", text)
     if not match:
         return []
@@ -83,7 +84,7 @@ def _number(text, lower):
 
 
 def _string(text):
-    """One character more, away from escapes and printf's conversions."""
+    """The text with one more character, not inside an escape or a conversion of printf."""
     if text.startswith("R"):
         return []
     places = [at for at in range(2, len(text)) if re.fullmatch(r"[A-Za-z ][A-Za-z]", text[at - 1 : at + 1])]
@@ -93,7 +94,9 @@ def _string(text):
 
 
 def _character(text):
-    return ["'~'"] if len(text) > 3 else ["'" + chr(ord(text[1]) + 1).replace("'", "(").replace("\\", "]") + "'"]
+    if len(text) > 3:
+        return ["'~'"]
+    return ["'" + chr(ord(text[1]) + 1).replace("'", "(").replace("\\", "]") + "'"]
 
 
 class _Source:
@@ -119,15 +122,16 @@ class _Source:
         return match
 
     def _functions(self):
-        """Where each definition that is not indented begins, and its name."""
+        """The start and the name of each definition that is not indented."""
         found = [(0, "")]
         for line in re.finditer(r"^(?!namespace\b)[A-Za-z_].*$", self.text, re.MULTILINE):
-            names = re.findall(r"~?(\w+)(?=\()", line.group()) or re.findall(r"(\w+)(?=\s*(?:=|\{|$))", line.group())
+            code = line.group()
+            names = re.findall(r"~?(\w+)(?=\()", code) or re.findall(r"(\w+)(?=\s*(?:=|\{|$))", code)
             found.append((line.start(), names[0] if names else ""))
         return found
 
     def _left_out(self):
-        """Tokens of what is checked by the compiler alone."""
+        """Tokens that matter only to the compiler; a mutant there shows nothing about the tests."""
         out = set()
         for index, token in enumerate(self.tokens):
             if token.text in ("static_assert", "using", "template"):
@@ -139,16 +143,15 @@ class _Source:
         return out
 
     def add(self, kind, first, last, after):
-        """Tokens first to last are to read `after`."""
+        """Adds a mutant that replaces the tokens first to last with `after`."""
         if any(index in self.left_out for index in (first, last)):
             return
         start, end = self.tokens[first].start, self.tokens[last].end
         near = [token.text for token in self.tokens[max(0, first - 6) : last + 7]]
         place = bisect.bisect_right(self.functions, (start, "\uffff")) - 1
         line = bisect.bisect_right(self.lines, start)
-        self.found.append(
-            (near, Mutant("", self.file, line, self.functions[place][1], kind, start, end, self.text[start:end], after))
-        )
+        function, before = self.functions[place][1], self.text[start:end]
+        self.found.append((near, Mutant("", self.file, line, function, kind, start, end, before, after)))
 
     def part(self, first, last):
         return self.text[self.tokens[first].start : self.tokens[last].end]
@@ -164,16 +167,18 @@ class _Source:
         )
 
     def in_chain(self, index):
-        """Whether a comparison is one side of 'and' or 'or'."""
+        """Whether a comparison is one side of && or ||."""
         for step in (-1, 1):
             last = self.operand(index, step, ENDS)
             beyond = None if last is None else last + step
-            if beyond is not None and 0 <= beyond < len(self.tokens) and self.tokens[beyond].text in ("&&", "||"):
+            if beyond is None or not 0 <= beyond < len(self.tokens):
+                continue
+            if self.tokens[beyond].text in ("&&", "||"):
                 return True
         return False
 
     def is_condition(self, index):
-        """Whether a comparison is all that an 'if' or a '?' asks."""
+        """Whether a comparison is the whole condition of an `if` or a `?`."""
         first, last = self.operand(index, -1, ENDS), self.operand(index, 1, ENDS)
         if first is None or last is None:
             return False
@@ -181,7 +186,7 @@ class _Source:
         return beyond == "?" or (before == "(" and beyond == ")" and self.tokens[first - 2].text == "if")
 
     def operand(self, index, step, ends):
-        """The last token of the operand that begins beside `index`, going in one direction."""
+        """The far token of the operand beside `index`: its last if step is 1, its first if -1."""
         at = index + step
         if self.tokens[at].text in OPENING.values() and step > 0 or at < 0:
             return None
@@ -191,7 +196,7 @@ class _Source:
             if token.kind in ("mark", "word") and token.text in ends:
                 break
             if at in self.match:
-                if (self.match[at] > at) != (step > 0):  # leaves the brackets around it
+                if (self.match[at] > at) != (step > 0):  # would leave the enclosing brackets
                     break
                 at = self.match[at]
             last = at
@@ -199,7 +204,7 @@ class _Source:
         return last
 
     def statement(self, index):
-        """The last token of the statement that begins at `index`, which is its semicolon; None for a block."""
+        """The semicolon that ends the statement which begins at `index`; None for a block."""
         at = index
         while at < len(self.tokens):
             text = self.tokens[at].text
@@ -238,13 +243,13 @@ class _Source:
 
     def constants(self, index, token):
         others = []
-        if token.text == "0" and self.tokens[index - 1].text == "=" and self.tokens[index - 2].text in (")", "const"):
+        before = [near.text for near in self.tokens[max(0, index - 3) : index]]
+        if token.text == "0" and before[-1] == "=" and before[-2] in (")", "const"):
             return  # a pure virtual function
         if token.kind == "number" and self.tokens[index - 1].text in COMPARISONS:
-            return  # the boundary's mutant is the same
-        before = [near.text for near in self.tokens[max(0, index - 3) : index]]
+            return  # the boundary mutant does the same
         if before[-2:] == ["char", ","] or (before[-1:] == ["["] and before[:1] == ["char"]):
-            return  # the size of a buffer for text, which has room to spare
+            return  # the size of a buffer for text, which is larger than needed
         if token.kind == "number":
             around = "".join(near.text for near in self.tokens[max(0, index - 4) : index + 5])
             others = _number(token.text, zlib.crc32(around.encode()) & 1)
@@ -259,7 +264,7 @@ class _Source:
             self.add("constant", index, index, other)
 
     def is_stream(self, index):
-        """Whether an operator << belongs to the output of texts."""
+        """Whether an operator << writes to a stream."""
         first = index
         while first > 0 and self.tokens[first - 1].text not in (";", "{", "}", ")", "=", "return", "("):
             first -= 1
@@ -270,9 +275,11 @@ class _Source:
     def operators(self, index, token):
         if token.text in OTHER_STEP:
             self.add("arithmetic", index, index, OTHER_STEP[token.text])
-        if token.text == "~" and self.tokens[index - 1].text in ("(", "return", "=", "&", ",") and self.text[token.end] != " ":
+        previous = self.tokens[index - 1].text
+        complement = token.text == "~" and self.text[token.end] != " "
+        if complement and previous in ("(", "return", "=", "&", ","):
             self.add("arithmetic", index, index, "")
-        if token.text == "!" and self.tokens[index - 1].text not in ("(", "return"):
+        if token.text == "!" and previous not in ("(", "return"):
             self.add("condition", index, index, "")
         if token.text == "?":
             first = self.operand(index, -1, ENDS - {"&&", "||"})
@@ -286,8 +293,8 @@ class _Source:
             kind = "arithmetic" if token.text == "|" else "condition"
             ends = ENDS | {token.text}
             first, last = self.operand(index, -1, ends), self.operand(index, 1, ends)
-            if token.text == "|" and self.tokens[index - 1].text == "O_RDONLY":
-                first = None  # is 0
+            if token.text == "|" and previous == "O_RDONLY":
+                first = None  # O_RDONLY is 0
             if first is not None and not (first > 0 and self.tokens[first - 1].text == token.text):
                 self.add(kind, first, index - 1, neutral)
             if last is not None:
@@ -303,7 +310,7 @@ class _Source:
                 kind = "boundary"
             elif token.text in ("==", "!="):
                 if self.in_chain(index) or self.is_condition(index):
-                    return  # leaving the comparison out tells more
+                    return  # the mutants that replace the comparison tell more
                 kind = "condition"
             self.add(kind, index, index, OTHER_BINARY[token.text])
 
@@ -320,7 +327,7 @@ class _Source:
         if "=" in inside or ";" in inside:
             return
         if "&&" in inside or "||" in inside:
-            return  # leaving one side out tells more
+            return  # the mutants that leave one side out tell more
         if token.text == "if":
             self.add("condition", first, last, "true")
             self.add("condition", first, last, "false")
@@ -332,19 +339,19 @@ class _Source:
         if end is None or end == index + 1:
             return
         first, last = index + 1, end - 1
-        if self.tokens[first].text == "{" or (
-            first == last and (self.tokens[first].kind == "number" or self.tokens[first].text in ("true", "false", "nullptr", "kExitSuccess"))
-        ):
+        value = self.tokens[first]
+        literal = value.kind == "number" or value.text in ("true", "false", "nullptr", "kExitSuccess")
+        if value.text == "{" or (first == last and literal):
             return
         level, logical = first, False
         while level <= last:
             logical = logical or (self.tokens[level].text in ("&&", "||", "!") or
                                   (self.tokens[level].text in COMPARISONS and self.binary(level)))
             level = self.match.get(level, level) + 1
-        if REQUEST.match(self.tokens[first].text) and self.match.get(first + 1) == last:
+        if REQUEST.match(value.text) and self.match.get(first + 1) == last:
             self.add("call", first, last, f"{self.part(first, last)}, {self.part(first, last)}")
         if any(self.tokens[at].text == "?" for at in range(first, last)):
-            return  # its condition is negated instead
+            return  # its condition has mutants
         self.add("return", first, last, "!(" + self.part(first, last) + ")" if logical else "{}")
 
     def statements(self, index):
@@ -358,25 +365,28 @@ class _Source:
         if token.text in KEYWORDS or (token.kind != "word" and token.text not in ("*", "(", "::")):
             return
         at = index + 1 if token.text == "*" else index
-        while at < end:  # past the name that something is done to
-            text = self.tokens[at].text
+        access = (".", "->", "::")
+        while at < end:  # skips the name of what is called or changed
+            text, is_word = self.tokens[at].text, self.tokens[at].kind == "word"
+            before = self.tokens[at - 1]
             if text in ("(", "["):
                 at = self.match[at] + 1
-            elif text in (".", "->", "::") or (self.tokens[at].kind == "word" and (at in (index, index + 1) or
-                                               self.tokens[at - 1].text in (".", "->", "::"))):
-                if self.tokens[at].kind == "word" and at > index and self.tokens[at - 1].kind == "word":
+            elif text in access or (is_word and (at in (index, index + 1) or before.text in access)):
+                if is_word and at > index and before.kind == "word":
                     return  # a declaration
                 at += 1
             else:
                 break
+        stop = self.tokens[at].text
         if at == end and self.tokens[at - 1].text == ")":
             self.add("call", index, end, ";")
             if REQUEST.match(token.text):
                 self.add("call", index, end, f"{self.part(index, end)} {self.part(index, end)}")
-        elif self.tokens[at].text == "<<":
+        elif stop == "<<":
             self.add("call", index, end, ";")
-        elif self.tokens[at + 1].text not in ("delete", "default") and self.tokens[at].text in ("=", "+=", "-=", "*=", "&=", "|=", "<<=", ">>="):
-            self.add("assignment", index, end, ";")
+        elif stop in ("=", "+=", "-=", "*=", "&=", "|=", "<<=", ">>="):
+            if self.tokens[at + 1].text not in ("delete", "default"):
+                self.add("assignment", index, end, ";")
 
     def arguments(self, index):
         opening, before = self.tokens[index], self.tokens[index - 1]
@@ -400,7 +410,7 @@ class _Source:
                     parts.append((begin, at - 1))
                 begin = at + 1
             elif text == ";" or (opening.text == "{" and text == "{"):
-                return  # a block, or a table whose rows are looked at one by one
+                return  # a block, or a table whose rows are handled one by one
             elif at in self.match:
                 at = self.match[at]
             at += 1
@@ -413,7 +423,7 @@ class _Source:
 
 
 def mutants_of(file, text):
-    """All mutants of a source, in the order of their places."""
+    """All mutants of a source, ordered by place."""
     source = _Source(file, text)
     source.scan()
     seen = Counter()
