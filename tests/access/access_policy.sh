@@ -1,6 +1,6 @@
 #!/bin/sh
-# access_policy.sh FOLDER: the polkit action file is well-formed, has one action for each administrator script, and
-# lets nobody run one without an administrator's password. A restart needs the password each time.
+# access_policy.sh FOLDER: checks the polkit action file. It must be well-formed, have one action
+# for each administrator script, and require an administrator's password, for a restart each time.
 set -u
 
 policy=$1/org.vornadel.hub-access.policy
@@ -11,7 +11,7 @@ complain() {
     failures=$((failures + 1))
 }
 
-# ask XPATH: what the file says.
+# ask XPATH: evaluates the expression on the file.
 ask() { xmllint --nonet --xpath "$1" "$policy"; }
 
 command -v xmllint >/dev/null || complain 'xmllint (package libxml2-utils) is missing'
@@ -23,11 +23,12 @@ for script in load unload reboot; do
     [ -x "$1/$script" ] || complain "$script cannot be run"
     action="/policyconfig/action[@id='org.vornadel.hub-access.$script']"
     [ "$(ask "string($action/annotate[@key='org.freedesktop.policykit.exec.path'])")" = \
-        "/opt/Vornadel.app/Contents/Resources/$script" ] || complain "the action of $script is not about it"
+        "/opt/Vornadel.app/Contents/Resources/$script" ] ||
+        complain "the action of $script runs something else"
     [ "$(ask "string-length($action/message) > 20 and string-length($action/description) > 0")" = true ] ||
-        complain "the action of $script does not say what it is about"
+        complain "the action of $script does not describe itself"
     [ "$(ask "concat($action/defaults/allow_any, ' ', $action/defaults/allow_inactive, ' ', \
         $action/defaults/allow_active)")" = "auth_admin auth_admin auth_admin$keep" ] ||
-        complain "the action of $script asks for another authorization"
+        complain "the action of $script requires the wrong authorization"
 done
 [ "$failures" -eq 0 ]

@@ -1,9 +1,9 @@
 #!/bin/bash
-# access_scripts.sh RESOURCES [CASE]: runs the administrator scripts for real, as root, in a throw-away
-# root: a mount namespace with its own /etc, /tmp, /run, /sys and /dev. udevadm, setfacl and reboot are
-# programs there that record their calls. Nothing of the machine is touched. Without CASE all cases are
-# run; --list in its place lists them.
-# shellcheck disable=SC1003,SC2016 # single quotes: the tests see that nothing expands the text
+# access_scripts.sh RESOURCES [CASE]: runs the administrator scripts as root in a temporary root: a
+# mount namespace with its own /etc, /tmp, /run, /sys and /dev. udevadm, setfacl and reboot are
+# programs there that record their calls. The machine is not changed. Without CASE it runs all
+# cases; with --list instead, it lists them.
+# shellcheck disable=SC1003,SC2016 # single quotes: the tests check that nothing expands the text
 set -u
 
 resources=$1
@@ -12,13 +12,13 @@ caller=4711   # the person who pressed the button
 stranger=4712 # another user of the machine
 
 cases='load_and_unload read_the_configuration find_their_folder know_the_caller refuse_another_copy
-    refuse_a_copy_exchanged_meanwhile refuse_a_damaged_bundle take_the_access_away continue_after_a_failure
-    wait_for_the_tool_and_each_other want_root_and_no_arguments'
+    refuse_a_copy_exchanged_meanwhile refuse_a_damaged_bundle take_the_access_away
+    continue_after_a_failure wait_for_the_tool_and_each_other want_root_and_no_arguments'
 
 # shellcheck source=../support/own_root.sh
 . "${0%/*}/../support/own_root.sh"
 
-# --- the throw-away root --------------------------------------------------------------------------
+# --- the temporary root ---------------------------------------------------------------------------
 
 recorder() {
     printf '#!/bin/sh\necho "%s $*" >>/calls\n' "$1" >"$root/usr/sbin/$1"
@@ -31,7 +31,7 @@ before() {
     chmod 755 "$root/usr/sbin/$1"
 }
 
-# plug NAME VID PID BUS NUMBER: an attached device; "-" as vendor id makes an interface, which has no ids.
+# plug NAME VID PID BUS NUMBER: an attached device; if VID is -, an interface, which has no ids.
 plug() {
     local folder=$root/sys/bus/usb/devices/$1 node
     mkdir -p "$folder"
@@ -62,10 +62,11 @@ make_root() {
     recorder udevadm
     recorder setfacl
     recorder reboot
-    # Every command that the scripts use, as somebody has put it into a folder on the caller's PATH.
+    # A hostile folder on the caller's PATH replaces every command that the scripts use.
     printf '#!/bin/sh\necho "$0" >>/hostile/used\n' >"$root/hostile/id"
     chmod 755 "$root/hostile/id"
-    for link in awk cat chmod chown cmp cp dd find flock grep mkdir mv rm sed setfacl stat tail tr udevadm wc; do
+    for link in awk cat chmod chown cmp cp dd find flock grep mkdir mv rm sed setfacl stat tail tr \
+        udevadm wc; do
         ln "$root/hostile/id" "$root/hostile/$link"
     done
     plug usb1 1d6b 0002 1 1
@@ -77,8 +78,8 @@ make_root() {
     install_tool "/opt/Vornadel.app/Contents/Resources"
 }
 
-# install_tool FOLDER: the tool's resources as an installation has them, with the ids 1209:0001:0002.
-# One file of the bundle has the largest size that is allowed.
+# install_tool FOLDER: installs the tool's resources, with the ids 1209:0001 and 1209:0002 in
+# config.ini. One file of the bundle has the largest allowed size.
 install_tool() {
     here=$1
     bundle=$root$here/HubUpdaterDriver.kext
@@ -91,15 +92,16 @@ install_tool() {
 config() { printf '%s\n' "$@" >"$root$here/config.ini"; }
 ids() { config '[Support Vid Pid]' 'VID_00 = 0x1209' "SSPID_00 = $1" "HSPID_00 = $2"; }
 
-# copy_bundle [OWNER]: what the tool does before it starts load.
+# copy_bundle [OWNER]: copies the bundle as the tool does before it starts load.
 copy_bundle() {
     rm -rf "$copy"
     cp -R "$bundle" "$root/tmp"
     chown -R "${1-$caller}" "$copy"
 }
 
-# run_with VARIABLE=VALUE... -- SCRIPT ARGUMENTS...: with these variables, a hostile environment and
-# $input as standard input. Sets `status` and `said` (standard error); /calls has the calls.
+# run_with VARIABLE=VALUE... -- SCRIPT ARGUMENTS...: runs a script with these variables, a hostile
+# environment and $input as standard input. Sets `status` and `said` (standard error); /calls holds
+# the recorded calls.
 input=/dev/null
 run_with() {
     local variables=()
@@ -118,7 +120,7 @@ run_with() {
     said=$(cat "$root/err")
 }
 
-# run SCRIPT ARGUMENTS...: as pkexec does it.
+# run SCRIPT ARGUMENTS...: runs a script as pkexec does.
 run() {
     local script=$1
     shift
@@ -132,7 +134,7 @@ expect_said() { expect_equal "$status $said" "$1"; }
 rules() { ls -A "$root/etc/udev/rules.d"; }
 left_in_run() { find "$root/run" -mindepth 1 ! -name vornadel-hub-access.lock; }
 
-# The calls that the scripts are made of.
+# The calls that the scripts make.
 reload=('udevadm control --reload' 'udevadm settle --timeout=20')
 high_speed_taken='setfacl -b /dev/bus/usb/001/012'
 super_speed_taken='setfacl -b /dev/bus/usb/002/003'
@@ -140,17 +142,18 @@ high_speed_triggered='udevadm trigger --action=change /sys/bus/usb/devices/1-1'
 super_speed_triggered='udevadm trigger --action=change /sys/bus/usb/devices/2-1'
 settled='udevadm settle --timeout=20'
 
-# open_nodes: what the rule does to the nodes. node BUS/NUMBER: mode, owner and group of one.
+# open_nodes: changes the nodes as the rule does. node BUS/NUMBER: mode, owner and group of a node.
 open_nodes() { chmod 660 "$root/dev/bus/usb"/*/* && chgrp 46 "$root/dev/bus/usb"/*/*; }
 node() { stat -c '%a %u %g' "$root/dev/bus/usb/$1"; }
 
-# expect_rule VID:PID...: the script succeeded, the rule is there for exactly these (comments do not
-# count), and nothing else is left behind.
+# expect_rule VID:PID...: the script succeeded, the rule names exactly these hubs (comments do not
+# count), and no other file is left.
 expect_rule() {
     expect_equal "$status" 0
     local want='' ids
     for ids in "$@"; do
-        want+="SUBSYSTEM==\"usb\", ENV{DEVTYPE}==\"usb_device\", ATTR{idVendor}==\"${ids%:*}\", ATTR{idProduct}==\"${ids#*:}\", "
+        want+='SUBSYSTEM=="usb", ENV{DEVTYPE}=="usb_device", '
+        want+="ATTR{idVendor}==\"${ids%:*}\", ATTR{idProduct}==\"${ids#*:}\", "
         want+='GROUP="plugdev", MODE="0660", TAG+="uaccess"'$'\n'
     done
     expect_equal "$(grep -v '^#' "$rule")"$'\n' "$want"
@@ -162,14 +165,14 @@ expect_rule() {
 # expect_gone: the script succeeded, and no rule is left.
 expect_gone() { expect_equal "$status$(rules)" 0; }
 
-# expect_refused TEXT: load stopped with one line that holds TEXT, and changed nothing.
+# expect_refused TEXT: load failed with one line that contains TEXT, and changed nothing.
 expect_refused() {
-    [ "$status" -ne 0 ] || complain "it was not refused for '$1'"
-    [ "$status" -ne 124 ] || complain 'it hung'
+    [ "$status" -ne 0 ] || complain "load did not refuse: '$1'"
+    [ "$status" -ne 124 ] || complain 'load hung'
     case $said in
-    *$'\n'*) complain 'more than one line was said' ;;
+    *$'\n'*) complain 'load printed more than one line' ;;
     "load: "*"$1"*) ;;
-    *) complain "nothing was said about '$1'" ;;
+    *) complain "load did not print '$1'" ;;
     esac
     expect_equal "$(rules)" ''
     expect_equal "$(left_in_run)" ''
@@ -221,7 +224,7 @@ load_and_unload() {
     expect_equal "$status ${said##*$'\n'}" '1 load: cannot write /etc/udev/rules.d/65-vornadel-hub.rules'
     expect_equal "$(rules)$(ls -A "$rule")" 65-vornadel-hub.rules
 
-    # A machine without rules, and without USB; and the ids that are shipped.
+    # A machine without udev rules and without USB; the shipped config.ini.
     rm -r "$root/etc/udev" "$root/sys/bus"
     cp "$resources/config.ini" "$root$here/config.ini"
     run load
@@ -229,20 +232,22 @@ load_and_unload() {
     expect_equal "$(stat -c %a "$root/etc/udev/rules.d")" 755
 }
 
-# ids_of LINE...: what the scripts read from these lines of config.ini.
+# ids_of LINE...: the ids that the scripts read from these lines of config.ini.
 ids_of() { printf '%s\n' "$@" | LC_ALL=C awk -f "$root$here/supported-ids.awk"; }
 
 read_the_configuration() {
     local value
-    expect_equal "$(ids_of '[support vid pid] ' 'vid_0a = 010 ; octal' 'SSPID_0A="0xABCD"' $'HsPid_0a\t= 65535' \
-        'VID_10 = 4617' 'SSPID_10 = 0x1' 'HSPID_10 = 0X2' 'VID_3F=0x00001209' 'SSPID_3F=7' 'HSPID_3F=\' '8' 'VID_40=1' \
-        'SSPID_40=1' 'HSPID_40=1' '[]' 'VID_00=1' 'SSPID_00=1' 'HSPID_00=1')" \
+    expect_equal "$(ids_of '[support vid pid] ' 'vid_0a = 010 ; octal' 'SSPID_0A="0xABCD"' \
+        $'HsPid_0a\t= 65535' 'VID_10 = 4617' 'SSPID_10 = 0x1' 'HSPID_10 = 0X2' 'VID_3F=0x00001209' \
+        'SSPID_3F=7' 'HSPID_3F=\' '8' 'VID_40=1' 'SSPID_40=1' 'HSPID_40=1' '[]' \
+        'VID_00=1' 'SSPID_00=1' 'HSPID_00=1')" \
         $'0008 abcd\n0008 ffff\n1209 0001\n1209 0002\n1209 0007\n1209 0008'
-    for value in '0x1209", RUN+="/bin/sh' '0x10000' '65536' '-1' '+1' '0x' '08' '0x12g9' '1209h' '0x1209 0x1209' \
-        '$(id)' '`id`' '18446744073709556233' '" 0x1209"' '0x11209'; do
-        ids_of '[Support Vid Pid]' "VID_00 = $value" 'VID_01 = 0x1209' 'SSPID_01 = 3' 'HSPID_01 = 4' >"$root/ids" &&
-            complain "$value was taken for a number"
-        [[ $(cat "$root/ids") == 'config.ini: VID_00 is'* ]] || complain "'$(cat "$root/ids")' was said about $value"
+    for value in '0x1209", RUN+="/bin/sh' '0x10000' '65536' '-1' '+1' '0x' '08' '0x12g9' '1209h' \
+        '0x1209 0x1209' '$(id)' '`id`' '18446744073709556233' '" 0x1209"' '0x11209'; do
+        ids_of '[Support Vid Pid]' "VID_00 = $value" 'VID_01 = 0x1209' 'SSPID_01 = 3' 'HSPID_01 = 4' \
+            >"$root/ids" && complain "$value was read as a number"
+        [[ $(cat "$root/ids") == 'config.ini: VID_00 is'* ]] ||
+            complain "$value was answered with '$(cat "$root/ids")'"
     done
     expect_equal "$(ids_of '[Support Vid Pid]' 'HSPID_3F = many')" 'config.ini: HSPID_3F is not a number'
     expect_equal "$(ids_of '[Support Vid Pid]' 'some words')" \
@@ -280,7 +285,8 @@ find_their_folder() {
     expect_gone
     run_with PKEXEC_UID="$caller" -- /bin/sh -c 'cd "$0" && /bin/sh load && cd .. && /bin/sh */unload' "$here"
     expect_gone
-    # A path that passes a link and goes back ends elsewhere than its text says: here, where the caller may write.
+    # Because of the link, this path leads to the tool's folder. Its text leads to /tmp, where the
+    # caller can write.
     ln -s "$here/HubUpdaterDriver.kext" "$root/tmp/link"
     echo 'exit 3' >"$root/tmp/hub-access.sh"
     here=/tmp/link/..
@@ -311,8 +317,8 @@ know_the_caller() {
     expect_refused 'a file of another user'
 }
 
-# refuse_file TEXT COMMAND...: load must refuse the copy with TEXT once the command has changed it.
-# What the command creates belongs to the caller.
+# refuse_file TEXT COMMAND...: load must refuse with TEXT a copy that the command has changed. The
+# caller owns what the command creates.
 refuse_file() {
     local text=$1
     shift
@@ -350,9 +356,10 @@ refuse_another_copy() {
     expect_refused 'is a link'
 }
 
-# The caller exchanges files after they were checked, and before they are used.
+# The caller replaces files between the check and the use.
 refuse_a_copy_exchanged_meanwhile() {
-    before dd "case \$1 in if=./README.txt) ln -sf '$here/HubUpdaterDriver.kext/README.txt' README.txt ;; esac"
+    before dd "case \$1 in
+        if=./README.txt) ln -sf '$here/HubUpdaterDriver.kext/README.txt' README.txt ;; esac"
     run load
     expect_refused differs
     copy_bundle
@@ -361,7 +368,8 @@ refuse_a_copy_exchanged_meanwhile() {
     expect_refused differs
     rm "$root/usr/sbin/dd"
     copy_bundle
-    before stat '[ -e /tmp/first ] || { mv /tmp/HubUpdaterDriver.kext /tmp/first; mkdir /tmp/HubUpdaterDriver.kext; }'
+    before stat '[ -e /tmp/first ] ||
+        { mv /tmp/HubUpdaterDriver.kext /tmp/first; mkdir /tmp/HubUpdaterDriver.kext; }'
     run load
     expect_refused 'is not a folder'
 }
@@ -407,7 +415,7 @@ continue_after_a_failure() {
     in_place='1 load: /etc/udev/rules.d/65-vornadel-hub.rules is in place'
     is_gone='1 unload: /etc/udev/rules.d/65-vornadel-hub.rules is gone'
     run load
-    for word in control trigger; do # before the access is taken away, and in the middle of that
+    for word in control trigger; do # before unload withdraws access, and halfway through
         open_nodes
         udev_fails $word
         run unload
@@ -437,13 +445,13 @@ continue_after_a_failure() {
     run load
     expect_said "$in_place, but udev does not answer; restart the machine"
 
-    # A load that is killed leaves something; the next one removes it.
+    # A killed load leaves files; the next load removes them.
     recorder udevadm
     before chmod 'kill -KILL "$PPID"'
     run load
     expect_equal "$status" 137
     if [ "$(rules | wc -l)" -ne 2 ] || [ -z "$(left_in_run)" ]; then
-        complain 'it was killed at another moment'
+        complain 'load was killed at another moment'
     fi
     rm "$root/usr/sbin/chmod"
     run load
@@ -457,11 +465,11 @@ continue_after_a_failure() {
     expect_refused 'udev is not installed'
 }
 
-# while_waiting COMMAND...: starts unload and runs the command while unload waits. unload must have
-# changed nothing by then, and must succeed afterwards.
+# while_waiting COMMAND...: starts unload, and runs the command while unload waits. Until then
+# unload must change nothing; afterwards it must succeed.
 while_waiting() {
     { run unload; echo "$status" >"$root/status"; } &
-    timeout 60 cat "$root/waits" >/dev/null || complain 'it did not wait'
+    timeout 60 cat "$root/waits" >/dev/null || complain 'unload did not wait'
     expect_equal "$(rules) $(cat "$root/calls")" '65-vornadel-hub.rules '
     "$@"
     wait $!
@@ -473,7 +481,7 @@ wait_for_the_tool_and_each_other() {
     local held calls='case "$*" in *" $(cat /lock)") echo >/waits ;; esac'
     mkfifo "$root/waits"
     before flock "$calls"
-    # The tool's lock comes before everything else. Standard input that is no plain file is not looked at.
+    # unload waits for the tool's lock first. It ignores a standard input that is not a plain file.
     echo none >"$root/lock"
     run load
     : >"$root/input"
@@ -487,14 +495,14 @@ wait_for_the_tool_and_each_other() {
     echo none >"$root/lock"
     run load
     exec {held}<&-
-    # Another script's.
+    # It also waits for another script's lock.
     echo 9 >"$root/lock"
     exec {held}<"$root/run/vornadel-hub-access.lock"
     flock -x "$held"
     while_waiting flock -u "$held"
     exec {held}<&-
 
-    # Both waits have an end. The access is taken away even if the tool keeps its lock.
+    # Both waits end. unload withdraws access even if the tool keeps its lock.
     printf '#!/bin/sh\necho "flock $*" >>/calls\n[ "$4" != "$(cat /lock)" ]\n' >"$root/usr/sbin/flock"
     echo none >"$root/lock"
     run load
@@ -507,7 +515,7 @@ wait_for_the_tool_and_each_other() {
     echo 9 >"$root/lock"
     run load
     expect_equal "$status $said" '1 load: another load or unload is still running; try again later'
-    # load waits for the tool only when it takes access away.
+    # load waits for the tool only if it withdraws access.
     echo none >"$root/lock"
     run load
     expect_equal "$(grep flock "$root/calls")" 'flock -x -w 300 9'
@@ -541,7 +549,8 @@ for current in $cases; do
         make_root
         copy_bundle
         "$current"
-        [ ! -e "$root/hostile/used" ] || complain "used from the caller's PATH: $(sort -u "$root/hostile/used")"
+        [ ! -e "$root/hostile/used" ] ||
+            complain "used from the caller's PATH: $(sort -u "$root/hostile/used")"
         input=/dev/null
         ran=$((ran + 1))
     fi

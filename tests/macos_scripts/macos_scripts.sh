@@ -1,10 +1,10 @@
 #!/bin/bash
-# macos_scripts.sh RESOURCES [CASE]: runs macOS's administrator scripts for real, as root, in a
-# throw-away root that looks to them like a Mac; see make_root.sh. Nothing of the machine is touched.
-# The root's /bin/sh is bash, as on a Mac. The cases in $in_both_shells run with dash too: the two
-# treat signals and the rights they are started with differently. Without CASE all cases are run;
-# --list in its place lists them.
-# shellcheck disable=SC2016 # much of what stands in single quotes is there to see that nothing expands it
+# macos_scripts.sh RESOURCES [CASE]: runs macOS's administrator scripts as root in a temporary root
+# that looks to them like a Mac; see make_root.sh. The machine is not changed. The root's /bin/sh is
+# bash, as on a Mac. The cases in $in_both_shells also run with dash, because the two shells differ
+# in how they treat signals and set-user-ID rights. Without CASE it runs all cases; with --list
+# instead, it lists them.
+# shellcheck disable=SC2016 # single quotes: the tests check that nothing expands the text
 set -u
 
 resources=$1
@@ -14,8 +14,8 @@ stranger=4712 # another user of the machine
 identifier=org.vornadel.HubUpdaterDriver
 
 cases='load_and_unload work_with_the_new_commands set_the_boot_argument know_the_caller find_their_folder
-    refuse_another_copy refuse_a_damaged_bundle refuse_a_place_that_others_can_write_to say_why_load_fails
-    say_why_unload_fails end_in_order want_root_and_no_arguments'
+    refuse_another_copy refuse_a_damaged_bundle refuse_a_place_that_others_can_write_to
+    say_why_load_fails say_why_unload_fails end_in_order want_root_and_no_arguments'
 in_both_shells=' load_and_unload end_in_order want_root_and_no_arguments '
 
 # shellcheck source=../support/own_root.sh
@@ -27,7 +27,7 @@ copy=$root/private/tmp/HubUpdaterDriver.kext
 # shellcheck source=make_root.sh
 . "${0%/*}/make_root.sh"
 
-# install_tool FOLDER: the tool's resources as an installation has them, with a driver in the bundle.
+# install_tool FOLDER: installs the tool's resources, with a driver in the bundle.
 install_tool() {
     here=$1
     bundle=$root$here/HubUpdaterDriver.kext
@@ -35,24 +35,24 @@ install_tool() {
     cp -R "$resources/." "$root$here"
     rm -rf "$bundle/Contents"
     mkdir -p "$bundle/Contents/MacOS" "$bundle/Contents/_CodeSignature"
-    printf '<plist version="1.0"><dict>\n<key>CFBundleIdentifier</key>\n<string>%s</string>\n</dict></plist>\n' "$identifier" \
-        >"$bundle/Contents/Info.plist"
+    printf '<plist version="1.0"><dict>\n<key>CFBundleIdentifier</key>\n<string>%s</string>\n%s\n' \
+        "$identifier" '</dict></plist>' >"$bundle/Contents/Info.plist"
     seq 1800 >"$bundle/Contents/MacOS/HubUpdaterDriver"
     chmod 775 "$bundle/Contents/MacOS/HubUpdaterDriver"
     echo sealed >"$bundle/Contents/_CodeSignature/CodeResources"
     chown -R "$caller" "$root$here"
 }
 
-# copy_bundle [OWNER]: what the tool does before it starts load.
+# copy_bundle [OWNER]: copies the bundle as the tool does before it starts load.
 copy_bundle() {
     rm -rf "$copy"
     cp -R "$bundle" "$root/private/tmp"
     chown -R "${1-$caller}" "$copy"
 }
 
-# as_root_with UID [VARIABLE=VALUE...] -- SCRIPT ARGUMENTS...: with root as the effective and UID as the
-# real user. Sets `status`, `said` (standard error) and `last` (its last line); /state/calls has the
-# calls.
+# as_root_with UID [VARIABLE=VALUE...] -- SCRIPT ARGUMENTS...: runs a script with root as the
+# effective and UID as the real user. Sets `status`, `said` (standard error) and `last` (its last
+# line); /state/calls holds the recorded calls.
 as_root_with() {
     local user=$1 variables=()
     shift
@@ -69,34 +69,37 @@ as_root_with() {
     last=${said##*$'\n'}
 }
 
-# run SCRIPT ARGUMENTS...: as the system runs it for the tool, with the caller's whole environment.
+# run SCRIPT ARGUMENTS...: runs a script as the system does for the tool, with the caller's whole
+# environment.
 run() {
     local script=$1
     shift
-    as_root_with "$caller" "SUDO_UID=$stranger" PATH=/private/tmp CDPATH=/ IFS=a ENV=/private/tmp/mine BASH_ENV=/private/tmp/mine \
-        'BASH_FUNC_printf%%=() { echo mine; }' -- "$here/$script" "$@"
+    as_root_with "$caller" "SUDO_UID=$stranger" PATH=/private/tmp CDPATH=/ IFS=a \
+        ENV=/private/tmp/mine BASH_ENV=/private/tmp/mine 'BASH_FUNC_printf%%=() { echo mine; }' \
+        -- "$here/$script" "$@"
 }
 
 # --- what is expected -----------------------------------------------------------------------------
 
-# expect_calls CALL...: exactly these, in this order. KEPT stands for the fresh folder in the store.
+# expect_calls CALL...: exactly these, in this order. KEPT is the new folder in the store.
 expect_calls() {
-    expect_equal "$(sed 's,/private/var/db/org\.vornadel\.driver\.[A-Za-z0-9]\{6\},KEPT,g' "$root/state/calls")" \
-        "$(printf '%s\n' "$@")"
+    local kept='s,/private/var/db/org\.vornadel\.driver\.[A-Za-z0-9]\{6\},KEPT,g'
+    expect_equal "$(sed "$kept" "$root/state/calls")" "$(printf '%s\n' "$@")"
 }
 
-# The calls that check the driver bundle and its copy, and those that put the driver into its place.
+# The calls that check the driver bundle and its copy, and those that install the driver.
 judging=('mktemp -d KEPT' 'cp -R -P ./HubUpdaterDriver.kext KEPT/bundle'
     'PlistBuddy -c Print :CFBundleIdentifier KEPT/bundle/Contents/Info.plist' 'diff -r -q KEPT/bundle .')
-placing=('mkdir KEPT/HubUpdaterDriver.kext' 'mv KEPT/bundle/Contents KEPT/HubUpdaterDriver.kext/Contents' 'rm -rf KEPT/bundle'
+placing=('mkdir KEPT/HubUpdaterDriver.kext'
+    'mv KEPT/bundle/Contents KEPT/HubUpdaterDriver.kext/Contents' 'rm -rf KEPT/bundle'
     'chown -R root:wheel KEPT' 'chmod -R u=rwX,go=rX KEPT')
 
 boot_arguments() { sed -n 's/^boot-args\t//p' "$root/state/nvram"; }
 
 nothing_is_kept() { expect_equal "$(ls -A "$store")" ''; }
 
-# expect_loaded: the bundle's driver is loaded, from the only folder in the store, which holds nothing
-# but Contents.
+# expect_loaded: the bundle's driver is loaded from the only folder in the store, which contains
+# only the driver's Contents.
 expect_loaded() {
     expect_equal "$status $(cat "$root/state/out")" "0 load: $identifier is loaded"
     expect_equal "$said" ''
@@ -104,23 +107,24 @@ expect_loaded() {
     local kept=("$store"/* "$store"/.[!.]*)
     kept[0]=${kept[0]%.??????}
     expect_equal "${kept[*]##*/}" 'org.vornadel.driver .[!.]*' # the second pattern matches nothing
-    expect_equal "$(cd "${kept[0]}".* && ls -A . HubUpdaterDriver.kext)" $'.:\nHubUpdaterDriver.kext\n\nHubUpdaterDriver.kext:\nContents'
+    expect_equal "$(cd "${kept[0]}".* && ls -A . HubUpdaterDriver.kext)" \
+        $'.:\nHubUpdaterDriver.kext\n\nHubUpdaterDriver.kext:\nContents'
     expect_equal "$(diff -r "$bundle/Contents" "$store"/*/HubUpdaterDriver.kext/Contents)" ''
 }
 
-# expect_refused TEXT: it stopped with one line that holds TEXT, and changed nothing.
+# expect_refused TEXT: load failed with one line that contains TEXT, and changed nothing.
 expect_refused() {
-    [ "$status" -ne 0 ] || complain 'it was not refused'
-    [ "$status" -ne 124 ] || complain 'it hung'
+    [ "$status" -ne 0 ] || complain "load did not refuse: '$1'"
+    [ "$status" -ne 124 ] || complain 'load hung'
     case $said in
-    *$'\n'*) complain 'more than one line was said' ;;
+    *$'\n'*) complain 'load printed more than one line' ;;
     "load: "*"$1"*) ;;
-    *) complain "nothing was said about '$1'" ;;
+    *) complain "load did not print '$1'" ;;
     esac
     nothing_is_kept
     expect_equal "$(cat "$root/state/loaded")" ''
     expect_equal "$(boot_arguments)" '-v  debug=0x144'
-    ! grep -q -e ^kext -e ^nvram "$root/state/calls" || complain 'it went too far'
+    ! grep -q -e ^kext -e ^nvram "$root/state/calls" || complain 'load called kext* or nvram'
 }
 
 # --- load and unload ------------------------------------------------------------------------------
@@ -129,16 +133,18 @@ load_and_unload() {
     local first
     run load
     expect_loaded
-    expect_calls "${judging[@]}" 'sw_vers -productVersion' "${placing[@]}" 'kextload KEPT/HubUpdaterDriver.kext'
+    expect_calls "${judging[@]}" 'sw_vers -productVersion' "${placing[@]}" \
+        'kextload KEPT/HubUpdaterDriver.kext'
     expect_equal "$(diff -r "$bundle/Contents" "$root/state/driver/Contents")" ''
     expect_equal "$(find "$store"/* -type d ! -perm 755 -o -type f -perm /133 ! -name HubUpdaterDriver)" ''
     first=$(ls "$store")
     echo resealed >"$bundle/Contents/_CodeSignature/CodeResources"
-    copy_bundle 0 # root's copy is as good as the caller's
+    copy_bundle 0 # root may own the copy too
     run load
     expect_loaded
-    [ "$(ls "$store")" != "$first" ] || complain 'the old folder was written to'
-    expect_calls "${judging[@]}" 'sw_vers -productVersion' "${placing[@]}" 'kextload KEPT/HubUpdaterDriver.kext' 'rm -rf KEPT'
+    [ "$(ls "$store")" != "$first" ] || complain 'load reused the old folder'
+    expect_calls "${judging[@]}" 'sw_vers -productVersion' "${placing[@]}" \
+        'kextload KEPT/HubUpdaterDriver.kext' 'rm -rf KEPT'
 
     run unload
     expect_equal "$status $(cat "$out") $said" "0 unload: $identifier is gone "
@@ -149,7 +155,7 @@ load_and_unload() {
     expect_equal "$status $(cat "$out") $said" '0 unload: nothing is loaded '
     expect_calls 'kextstat -l' 'rm -rf /private/var/db/org.vornadel.driver.??????'
 
-    # After a restart nothing is loaded, and only the files are left.
+    # After a restart nothing is loaded, but the files are still there.
     copy_bundle
     run load
     : >"$root/state/loaded"
@@ -165,14 +171,16 @@ work_with_the_new_commands() {
     touch "$root/state/talks"
     echo 10.10.5 >"$root/state/version"
     run load
-    expect_equal "$status $(cat "$out") $said" "0 load: $identifier is loaded nvram: done"$'\n''kextload: done'
+    expect_equal "$status $(cat "$out") $said" \
+        "0 load: $identifier is loaded nvram: done"$'\n''kextload: done'
     run unload
     expect_equal "$status $(cat "$out") $said" "0 unload: $identifier is gone kextunload: done"
     newer_system
     echo 12.6 >"$root/state/version"
     run load
     expect_equal "$status $(cat "$out") $said" "0 load: $identifier is loaded kmutil load: done"
-    expect_calls "${judging[@]}" 'sw_vers -productVersion' "${placing[@]}" 'kmutil load -p KEPT/HubUpdaterDriver.kext'
+    expect_calls "${judging[@]}" 'sw_vers -productVersion' "${placing[@]}" \
+        'kmutil load -p KEPT/HubUpdaterDriver.kext'
     run unload
     expect_equal "$status $(cat "$out") $said" "0 unload: $identifier is gone kmutil unload: done"
     expect_calls 'kmutil showloaded --list-only' "kmutil unload -b $identifier" 'rm -rf KEPT'
@@ -181,7 +189,7 @@ work_with_the_new_commands() {
     expect_equal "$status $(cat "$out")" '0 unload: nothing is loaded'
 }
 
-# The tool looks for 10.10 anywhere in the version before it asks for a restart, and so does load.
+# Like the tool before it asks for a restart, load looks for 10.10 anywhere in the version.
 set_the_boot_argument() {
     local version before after
     for version in 10.1.10 10.9.5 10.11.6 13.1; do
@@ -202,9 +210,10 @@ set_the_boot_argument() {
     done
     run load
     expect_loaded
-    ! grep -q 'nvram boot-args' "$root/state/calls" || complain 'it was set a second time'
+    ! grep -q 'nvram boot-args' "$root/state/calls" || complain 'load set the argument twice'
     while IFS='|' read -r before after; do
-        printf 'bluetooth\tboot-args\t-wrong\nboot-args\t%s\nboot-args-too\t-wrong\n' "$before" >"$root/state/nvram"
+        printf 'bluetooth\tboot-args\t-wrong\nboot-args\t%s\nboot-args-too\t-wrong\n' "$before" \
+            >"$root/state/nvram"
         run load
         expect_loaded
         expect_equal "$(boot_arguments)" "$after"
@@ -236,7 +245,7 @@ know_the_caller() {
     expect_refused 'who called'
     as_root_with 0 'SUDO_UID=' -- "$here/load"
     expect_refused 'who called'
-    as_root_with 0 'SUDO_UID=4294967296' -- "$here/load" # more than a user id can be
+    as_root_with 0 'SUDO_UID=4294967296' -- "$here/load" # too large for a user id
     expect_refused ''
     for place in '' Contents Contents/MacOS/HubUpdaterDriver; do
         copy_bundle
@@ -253,13 +262,17 @@ find_their_folder() {
     expect_loaded
     run unload
     nothing_is_kept
-    as_root_with 0 "SUDO_UID=$caller" -- /bin/sh -c 'cd "$0/HubUpdaterDriver.kext/.." && sh load && sh ../*/unload' "$here"
-    expect_equal "$status $(cat "$out")" "0 load: $identifier is loaded"$'\n'"unload: $identifier is gone"
+    as_root_with 0 "SUDO_UID=$caller" -- /bin/sh -c \
+        'cd "$0/HubUpdaterDriver.kext/.." && sh load && sh ../*/unload' "$here"
+    expect_equal "$status $(cat "$out")" \
+        "0 load: $identifier is loaded"$'\n'"unload: $identifier is gone"
     install_tool /Applications/Vornadel.app/Contents/Resources
     mkdir "$root/private/tmp/${here##*/}" # where CDPATH would lead
-    as_root_with 0 "SUDO_UID=$caller" CDPATH=/private/tmp -- /bin/sh -c "cd '$here/..' && sh '${here##*/}/load'"
+    as_root_with 0 "SUDO_UID=$caller" CDPATH=/private/tmp -- /bin/sh -c \
+        "cd '$here/..' && sh '${here##*/}/load'"
     expect_loaded
-    # A path that passes a link and goes back ends elsewhere than its text says: here, at the caller's own copy.
+    # Because of the link, this path leads to the tool's folder. Its text leads to /tmp, where the
+    # caller's copy is.
     ln -s "$here/HubUpdaterDriver.kext" "$root/private/tmp/link"
     as_root_with "$caller" -- /tmp/link/../load
     expect_loaded
@@ -271,8 +284,8 @@ find_their_folder() {
 
 # --- what load refuses ----------------------------------------------------------------------------
 
-# refuse_copy TEXT COMMAND...: load must refuse the copy with TEXT once the command has changed it.
-# What the command creates belongs to the caller.
+# refuse_copy TEXT COMMAND...: load must refuse with TEXT a copy that the command has changed. The
+# caller owns what the command creates.
 refuse_copy() {
     local text=$1
     shift
@@ -286,7 +299,8 @@ refuse_copy() {
 
 refuse_another_copy() {
     local file last
-    for file in Contents/Info.plist Contents/MacOS/HubUpdaterDriver Contents/_CodeSignature/CodeResources README.txt; do
+    for file in Contents/Info.plist Contents/MacOS/HubUpdaterDriver \
+        Contents/_CodeSignature/CodeResources README.txt; do
         last=$(($(stat -c %s "$bundle/$file") - 1))
         refuse_copy differs dd if=/dev/zero of="$copy/$file" bs=1 count=1 seek=$last conv=notrunc status=none
     done
@@ -312,7 +326,7 @@ refuse_another_copy() {
     ln -s elsewhere "$copy" && chown -h "$caller" "$copy"
     run load
     expect_refused 'is a link'
-    rm "$copy" # and one on the way, which only root could make
+    rm "$copy" # then a link in the path to it, which only root could make
     mkdir "$root/private/other"
     mv "$root/private/tmp/elsewhere" "$root/private/other/HubUpdaterDriver.kext"
     ln -sfn private/other "$root/tmp"
@@ -369,11 +383,13 @@ say_why_load_fails() {
     local command what
     touch "$root/state/refuse/kextload"
     run load
-    expect_equal "$status $said" $'1 kextload: refused\nload: the system refused the driver; its reason is above'
+    expect_equal "$status $said" \
+        $'1 kextload: refused\nload: the system refused the driver; its reason is above'
     nothing_is_kept
     echo 10.10.5 >"$root/state/version"
     run load
-    expect_equal "$status $last" '1 load: kext-dev-mode=1 is set, but takes effect only after a restart; restart the machine and load again'
+    expect_equal "$status $last" "1 load: kext-dev-mode=1 is set, but takes effect only after a \
+restart; restart the machine and load again"
     nothing_is_kept
     expect_equal "$(boot_arguments)" '-v  debug=0x144 kext-dev-mode=1'
     run load
@@ -386,7 +402,7 @@ say_why_load_fails() {
         run load
         expect_equal "$status $last" "1 load: $what"
         nothing_is_kept
-        ! grep -q kextload "$root/state/calls" || complain 'it went too far'
+        ! grep -q kextload "$root/state/calls" || complain 'load called kextload'
     done <<'COMMANDS'
 nvram-set|the boot argument kext-dev-mode=1 cannot be set
 nvram-p|the boot arguments cannot be read
@@ -405,9 +421,11 @@ say_why_unload_fails() {
     run load
     touch "$root/state/refuse/kextunload"
     run unload
-    expect_equal "$status $last" "1 unload: the system does not release $identifier; unplug the hub and run this again"
+    expect_equal "$status $last" \
+        "1 unload: the system does not release $identifier; unplug the hub and run this again"
     expect_calls 'kextstat -l' "kextunload -b $identifier"
-    [ -n "$(ls -A "$store"/*/HubUpdaterDriver.kext/Contents)" ] || complain 'the files of a loaded driver are gone'
+    [ -n "$(ls -A "$store"/*/HubUpdaterDriver.kext/Contents)" ] ||
+        complain 'the files of a loaded driver are gone'
     touch "$root/state/refuse/kextstat"
     run unload
     expect_equal "$status $last" '1 unload: the system does not say which drivers are loaded'
@@ -415,17 +433,18 @@ say_why_unload_fails() {
     rm "$root"/state/refuse/*
     touch "$root/state/refuse/rm"
     run unload
-    expect_equal "$status $last" '1 unload: the driver is no longer loaded, but its copy, /private/var/db/org.vornadel.driver.*, cannot be removed'
+    expect_equal "$status $last" "1 unload: the driver is no longer loaded, but its copy, \
+/private/var/db/org.vornadel.driver.*, cannot be removed"
 }
 
-# Until the system is asked to load or unload, a signal ends the script, and nothing stays behind. From
-# then on the script finishes its work, even if nobody can read what it prints.
+# Until the script asks the system to load or unload, a signal ends it, and no files remain. From
+# then on it finishes its work, even if nobody can read what it prints.
 end_in_order() {
     local signal
     for signal in HUP INT PIPE QUIT TERM; do
         echo $signal >"$root/state/end_at/sw_vers"
         run load
-        [ "$status" -eq 1 ] || complain "it did not end itself at $signal"
+        [ "$status" -eq 1 ] || complain "load did not end at $signal"
         nothing_is_kept
         expect_equal "$(cat "$root/state/loaded")" ''
         rm "$root/state/end_at/sw_vers"
@@ -449,7 +468,7 @@ end_in_order() {
 
 # --- reboot, and what all three have in common ----------------------------------------------------
 
-# A shell that is started without -p gives root's rights up. The scripts say so before they do anything.
+# A shell that is started without -p gives up root's rights. The scripts then stop with a message.
 want_root_and_no_arguments() {
     local script
     for script in load unload reboot; do
@@ -479,7 +498,8 @@ for current in $cases; do
         install_tool /Applications/Vornadel.app/Contents/Resources
         copy_bundle
         "$current"
-        [ ! -e "$root/state/illegal" ] || complain "macOS does not know: $(sort -u "$root/state/illegal" | paste -sd ' ')"
+        [ ! -e "$root/state/illegal" ] ||
+            complain "macOS does not know: $(sort -u "$root/state/illegal" | paste -sd ' ')"
         ran=$((ran + 1))
     done
 done

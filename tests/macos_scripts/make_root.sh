@@ -1,16 +1,17 @@
 #!/bin/bash
-# A root that looks like a Mac to a script: its folders and links, its commands at their paths, and nothing
-# else. Sourced by macos_scripts.sh; $root is the folder to build it in, $shell the shell for /bin/sh.
+# Builds a root that looks like a Mac to a script: only the folders, links and commands of a Mac, at
+# their paths. Sourced by macos_scripts.sh; $root is the folder to build it in, $shell the shell for
+# /bin/sh.
 # shellcheck disable=SC2154,SC2016 # set there; the text in single quotes is for the commands made here
 #
-# Common commands are the host's own behind a wrapper ("door"), which accepts only options that macOS
-# documents and the scripts need. Commands that only macOS has are recorders, which log their calls.
-# /state holds the state of the machine: version, nvram, loaded drivers, refuse/COMMAND for each command
-# that should fail, end_at/COMMAND for each that should end the script, talks if the commands that change
-# something should print it.
+# Common commands are the host's own behind a wrapper ("door"), which accepts only options that
+# macOS documents and the scripts need. Commands that only macOS has are recorders, which log their
+# calls. /state holds the state of the machine: version, nvram, loaded drivers, refuse/COMMAND for
+# each command that should fail, end_at/COMMAND for each that should end the script, and talks if
+# the commands that change something should print it.
 
-# door PATH REAL OPTION...: a command that passes these options to the host's command REAL. Its calls are
-# logged if its name is in $recorded.
+# door PATH REAL OPTION...: a command that passes these options to the host's command REAL. It logs
+# its calls if its name is in $recorded.
 recorded=' mktemp cp diff mkdir mv rm chown chmod '
 door() {
     local path=$1 real=$2 name=${1##*/}
@@ -18,8 +19,8 @@ door() {
     set -- - "$@"
     {
         printf '#!/machine/bin/dash -p\nfor each; do case $each in %s) ;;\n' "$(IFS='|'; echo "$*")"
-        printf -- '-*) echo "%s $each" >>/state/illegal; echo "%s: illegal option -- $each" >&2; exit 64 ;; esac; done\n' \
-            "$name" "$name"
+        printf -- '-*) echo "%s $each" >>/state/illegal; ' "$name"
+        printf 'echo "%s: illegal option -- $each" >&2; exit 64 ;; esac; done\n' "$name"
         [[ $recorded != *" $name "* ]] || printf 'echo "%s $*" >>/state/calls\n' "$name"
         printf '[ ! -e /state/refuse/%s ] || { echo "%s: refused" >&2; exit 71; }\n' "$name" "$name"
         printf 'exec /machine/bin/%s "$@"\n' "$real"
@@ -33,7 +34,8 @@ recorder() {
     {
         printf '#!/machine/bin/dash -p\necho "%s $*" >>/state/calls\n' "$name"
         printf '[ ! -e /state/refuse/%s ] || { echo "%s: refused" >&2; exit 71; }\n' "$name" "$name"
-        printf '[ "$PATH" = /usr/bin:/bin:/usr/sbin:/sbin ] || echo "PATH=$PATH" >>/state/illegal\nPATH=/machine/bin\n'
+        printf '[ "$PATH" = /usr/bin:/bin:/usr/sbin:/sbin ] || echo "PATH=$PATH" >>/state/illegal\n'
+        printf 'PATH=/machine/bin\n'
         printf '[ ! -e /state/end_at/%s ] || kill -s "$(cat /state/end_at/%s)" "$PPID"\n' "$name" "$name"
         cat
     } >"$root$path"
@@ -76,7 +78,8 @@ COMMAND
     # Accepts a driver only from folders of root, like the system.
     recorder /sbin/kextload <<'COMMAND'
 [ $# -eq 1 ] && [ -d "$1" ] && [ "$(id -u)" = 0 ] || exit 64
-[ -z "$(find "${1%/*}" ! -user 0 -o ! -group 0 -o -perm /022 -o -type d ! -perm 755 -o -type f ! -perm -444)" ] || exit 71
+[ -z "$(find "${1%/*}" ! -user 0 -o ! -group 0 -o -perm /022 -o \
+    -type d ! -perm 755 -o -type f ! -perm -444)" ] || exit 71
 rm -rf /state/driver && cp -a "$1" /state/driver
 echo org.vornadel.HubUpdaterDriver >/state/loaded
 [ ! -e /state/talks ] || echo 'kextload: done'
@@ -103,7 +106,10 @@ newer_system() {
 case $1 in
 load) [ "$#:$2" = 3:-p ] && [ -d "$3" ] && echo org.vornadel.HubUpdaterDriver >/state/loaded ;;
 unload) [ "$*" = 'unload -b org.vornadel.HubUpdaterDriver' ] && : >/state/loaded ;;
-showloaded) [ "$*" = 'showloaded --list-only' ] && sed 's/.*/  142  0 0 0x4000 0x4000 & (1.0.0) UUID <5 4>/' /state/loaded ;;
+showloaded)
+    [ "$*" = 'showloaded --list-only' ] &&
+        sed 's/.*/  142  0 0 0x4000 0x4000 & (1.0.0) UUID <5 4>/' /state/loaded
+    ;;
 *) exit 64 ;;
 esac || exit
 [ "$1" = showloaded ] || [ ! -e /state/talks ] || echo "kmutil $1: done"
@@ -114,7 +120,8 @@ COMMAND
 make_root() {
     umount -R "$root" 2>/dev/null
     mount -t tmpfs -o mode=755 macos "$root" || { echo "FAILED: cannot mount a tmpfs" >&2; exit 1; }
-    mkdir -p "$root"/{bin,sbin,dev,machine/bin,state/{refuse,end_at},private/{etc,tmp,var/db},usr/{bin,sbin,lib,lib64,libexec},Applications}
+    mkdir -p "$root"/{bin,sbin,dev,machine/bin,state/{refuse,end_at},private/{etc,tmp,var/db}} \
+        "$root"/{usr/{bin,sbin,lib,lib64,libexec},Applications}
     chmod 1777 "$root/private/tmp"
     ln -s private/etc private/tmp private/var usr/lib usr/lib64 "$root"
     mount --bind /usr/bin "$root/machine/bin" && mount --bind /usr/lib "$root/usr/lib" || exit 1

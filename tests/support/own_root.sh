@@ -1,8 +1,8 @@
 # shellcheck shell=bash
-# For a test that runs administrator scripts as root in a throw-away root. Set `cases` (the names of its
-# functions, one for each case) and `only` (one of them, --list, or nothing), then source this. With --list
-# it lists the cases and ends. Otherwise the test continues in its own mount namespace, with an empty
-# folder `root` that is removed at the end.
+# For a test that runs administrator scripts as root in a temporary root. Set `cases` (the names of
+# its functions, one for each case) and `only` (one of them, --list, or nothing), then source this.
+# With --list it lists the cases and ends. Otherwise the test continues in its own mount namespace,
+# with an empty folder `root` that is removed at the end.
 
 # shellcheck disable=SC2154 # set by the test
 if [ "$only" = --list ]; then
