@@ -57,8 +57,11 @@ protected:
 
 TEST_F(IdentityEditing, CutsAFifthCharacterAndSaysSo)
 {
+    tool().txtHSPID_FwFlash->setText("00025");
     expectAlert("VID length should be 4.", [this] { type(tool().txtVID_FwFlash, "5"); });
     EXPECT_EQ(tool().txtVID_FwFlash->text(), "1209");
+    EXPECT_EQ(tool().txtHSPID_FwFlash->text(), "00025") << "one field at a time";
+    tool().txtHSPID_FwFlash->setText("0002");
     EXPECT_EQ(saved(), demoImage()) << "the same value sets no flag";
     expectAlert("SSPID length should be 4.", [this] { type(tool().txtSSPID_FwFlash, "5"); });
     EXPECT_EQ(tool().txtSSPID_FwFlash->text(), "0001");

@@ -97,6 +97,7 @@ TEST_F(GetLog, ReplacesTheCopyOnTheDesktop)
 {
     launchAndSettle();
     shell.commands.clear();
+    shell.foreign = {"/tmp/Vornadel.log"}; // a log that does not exist cannot be read, either
     testing::internal::CaptureStderr();
     QTest::mouseClick(tool().btnGetLog_HelpBox, Qt::LeftButton);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Entering GetLog\n");

@@ -44,7 +44,10 @@ TEST_F(StartUpRun, WritesTheConfiguredImageInBothModes)
     for (const char* mode : {"ScalarMode = 0\n", "ScalarMode = 1\n"}) {
         bringImage("demo.bin");
         config = configText(mode + std::string("FwBin = demo.bin\n"));
-        launchAndSettle();
+        launch();
+        EXPECT_TRUE(allSwitched(false)) << "before the update's thread asks for it";
+        ASSERT_TRUE(waitUntilEnabled());
+        settleEvents();
         EXPECT_EQ(progressText(), "FW:demo.bin(size=32768)\n\n" + kSteps + "Update FW Success\n")
             << mode;
         EXPECT_EQ(hub().flash(), demoImage(kDemoVersion101));
