@@ -265,7 +265,13 @@ read_the_configuration() {
     printf '[Support Vid Pid]\nVID_00 = 1\0\n' >"$root$here/config.ini"
     run load
     expect_refused 'not a text file'
-    head -c 70000 /dev/zero | tr '\0' '\n' >"$root$here/config.ini"
+    ids 1 2
+    head -c 65536 /dev/zero | tr '\0' '\n' >>"$root$here/config.ini"
+    truncate -s 65536 "$root$here/config.ini"
+    run load
+    expect_rule 1209:0001 1209:0002
+    rm "$rule"
+    echo >>"$root$here/config.ini"
     run load
     expect_refused 'larger than 64 KiB'
     rm "$root$here/config.ini"
