@@ -238,6 +238,14 @@ TEST_F(DriverButtons, SendTheHubBackToItsFirmwareAfterUnloading)
     EXPECT_EQ(hub().runningCode(), HubCode::Flash);
     EXPECT_FALSE(Hub_IsOpen());
     EXPECT_TRUE(allSwitched(true));
+
+    privileged.onStart = nullptr;
+    hub().unplug(); // the script runs without a hub, too
+    const Clock::Duration before = clock().now();
+    QTest::mouseClick(tool().nsbtnUnloadDriver_HelpBox, Qt::LeftButton);
+    EXPECT_EQ(privileged.scripts.size(), 2U);
+    EXPECT_EQ(clock().now(), before) << "and nobody waits for one";
+    EXPECT_TRUE(allSwitched(true));
 }
 
 TEST_F(DriverButtons, LeaveTheHubAloneWhileItsAccessIsTakenAway)
