@@ -42,7 +42,11 @@ public:
     {
         std::filesystem::create_directory(deviceFolder(busId));
     }
-    void hide(const std::string& busId) const { std::filesystem::remove(deviceFolder(busId)); }
+    /// False if it showed none.
+    bool hide(const std::string& busId) const
+    {
+        return std::filesystem::remove(deviceFolder(busId));
+    }
     /// Only root may attach devices.
     void makeReadOnly() const
     {

@@ -39,15 +39,14 @@ public:
         return Attach::Done;
     }
 
-    /// A device whose socket is closed leaves.
+    /// A device whose socket is closed leaves, and its port is free at the next look.
     void look() const
     {
         std::erase_if(sockets, [&](const auto& each) {
-            if (!each.second->isOver()) {
+            std::string unused;
+            if (!each.second->isOver() || m_sysfs.hide(busId(list(unused)[each.first]))) {
                 return false;
             }
-            std::string unused;
-            m_sysfs.hide(busId(list(unused)[each.first]));
             m_sysfs.setState(each.first, 4);
             return true;
         });
