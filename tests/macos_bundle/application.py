@@ -1,7 +1,7 @@
 #!/usr/bin/python3
-"""application.py BUNDLE VERSION OLDEST: checks what makes the bundle an application: Info.plist says
-everything that a Mac needs to know, OLDEST is the oldest system, and the icon has a picture of the right
-size for each type of entry."""
+"""application.py BUNDLE VERSION OLDEST: checks what makes the bundle an application. Info.plist must
+have all keys, with OLDEST as the oldest system, and the icon a picture of the right size for each
+type of entry."""
 import plistlib
 import struct
 import sys
@@ -13,8 +13,8 @@ bundle, version, oldest = sys.argv[1:]
 
 with open(bundle + "/Contents/Info.plist", "rb") as file:
     text = file.read()
-assert b'<!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN"' in text, "it does not say what it is"
-assert text.count(b"<key>") == 15, "a key is there twice"
+assert b'<!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN"' in text, "the document type is missing"
+assert text.count(b"<key>") == 15, "a key is missing or repeated"
 info = plistlib.loads(text)
 assert info == {
     "CFBundlePackageType": "APPL",
@@ -36,17 +36,18 @@ assert info == {
 
 with open(bundle + "/Contents/Resources/" + info["CFBundleIconFile"], "rb") as file:
     icon = file.read()
-assert icon[:8] == b"icns" + struct.pack(">I", len(icon)), "no icon file, or of another length"
+assert icon[:8] == b"icns" + struct.pack(">I", len(icon)), "not an icon file, or its length is wrong"
 found = []
 at = 8
 while at < len(icon):
     kind, length = struct.unpack(">4sI", icon[at:at + 8])
     picture = icon[at + 8:at + length]
     size = SIZES[kind]
-    assert picture[:8] == b"\x89PNG\r\n\x1a\n", f"{kind} is no PNG"
-    assert picture[12:24] == b"IHDR" + struct.pack(">II", size, size), f"{kind} is not {size} pixels wide and high"
+    assert picture[:8] == b"\x89PNG\r\n\x1a\n", f"{kind} is not a PNG"
+    header = b"IHDR" + struct.pack(">II", size, size)
+    assert picture[12:24] == header, f"{kind} is not {size} pixels wide and high"
     assert picture[25] == 6, f"{kind} has no transparency"
-    assert picture[-8:-4] == b"IEND", f"{kind} is cut off"
+    assert picture[-8:-4] == b"IEND", f"{kind} is truncated"
     found.append(kind)
     at += length
 assert sorted(found) == sorted(SIZES), f"the pictures are {found}"

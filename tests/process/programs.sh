@@ -1,5 +1,5 @@
 #!/bin/sh
-# programs.sh VORNADEL VORNADELCTL: how the real programs start, and how two of them share a hub.
+# programs.sh VORNADEL VORNADELCTL: checks how the real programs start, write and share a hub.
 set -u
 vornadel=$1
 vornadelctl=$2
@@ -15,7 +15,7 @@ expect() {
     actual=0
     timeout 60 "$@" >"$work/said" 2>&1 </dev/null || actual=$?
     if [ "$actual" -ne "$status" ] || ! grep -qF -e "$text" "$work/said"; then
-        echo "FAILED: $* ended with $actual, expected $status and \"$text\"; it said:"
+        echo "FAILED: $* ended with $actual, expected $status and \"$text\"; it printed:"
         cat "$work/said"
         failures=$((failures + 1))
     fi
@@ -33,10 +33,12 @@ for program in "$vornadel" "$vornadelctl"; do
 done
 expect 2 "nonsense" "$vornadel" --nonsense
 expect 2 "options are image" "$vornadel" --simulated-hub=colour=red
-expect 1 "vornadelctl works without one" env -u DISPLAY -u WAYLAND_DISPLAY QT_QPA_PLATFORM=xcb "$vornadel" --simulated-hub
+expect 1 "vornadelctl works without one" \
+    env -u DISPLAY -u WAYLAND_DISPLAY QT_QPA_PLATFORM=xcb "$vornadel" --simulated-hub
 expect 1 "vornadelctl works without one" env QT_QPA_PLATFORM=nonsense "$vornadel" --simulated-hub
 
-# Output that cannot be written is no success, and messages for a closed standard error go to no other file.
+# Output that cannot be written is a failure. Messages for a closed standard error do not end up in
+# another file.
 hub=--simulated-hub=latency=none,mode=rom,image=$work/own.bin
 # shellcheck disable=SC2016 # the inner shell's own words
 expect 1 "could not be written" sh -c '"$1" "$2" list >/dev/full' sh "$vornadelctl" "$hub"
@@ -47,13 +49,13 @@ if [ -s "$work/own.bin.lock" ]; then
     failures=$((failures + 1))
 fi
 
-# If the file may not grow, the old one stays, and nothing is left beside it.
+# If the new file cannot be written, the old one stays, and no other file is left.
 echo earlier >"$work/kept.bin"
 files=$(find "$work" | wc -l)
 # shellcheck disable=SC2016 # the inner shell's own words
 expect 1 "File too large" sh -c 'ulimit -f 16; "$1" "$2" read "$3"' sh "$vornadelctl" "$hub" "$work/kept.bin"
 if [ "$(cat "$work/kept.bin")" != earlier ] || [ "$(find "$work" | wc -l)" -ne "$files" ]; then
-    echo "FAILED: a save that failed changed the file or left another"
+    echo "FAILED: a failed save changed the file or left another one"
     failures=$((failures + 1))
 fi
 

@@ -1,6 +1,6 @@
 #!/bin/sh
-# real_window.sh VORNADEL: under X, with standard error closed, the real program shows its window, and
-# closing the window ends it with status 0.
+# real_window.sh VORNADEL: checks under X, with standard error closed, that the real program shows its
+# window, and that closing it ends the program with status 0.
 set -u
 vornadel=$1
 work=$(mktemp -d)
@@ -20,7 +20,7 @@ until xdotool search --onlyvisible --name '^Vornadel  1[.]02 .simulated hub.$' >
     fi
     sleep 0.1
 done
-# The key reaches the window once it is active.
+# The key reaches the window only once it is active.
 while kill -0 $pid 2>/dev/null && [ $tries -lt 600 ]; do
     tries=$((tries + 1))
     xdotool search --onlyvisible --name '^Vornadel  1[.]02' windowactivate --sync key alt+F4 >/dev/null 2>&1

@@ -1,18 +1,21 @@
 #!/bin/sh
-# window_memory.sh VORNADEL CLOSE_PROBE IMAGE CHECKER: from start to quit, the window program makes no
-# invalid reads and leaks no memory. First the real program on an X display, then the probe, which
-# updates the hub and reads its flash; last a probe that leaks a kilobyte in a button's slot, which must
-# be detected. The checker is valgrind, or none if the programs are built with sanitizers.
+# window_memory.sh VORNADEL CLOSE_PROBE IMAGE CHECKER: checks that the window program makes no invalid
+# reads and leaks no memory. Runs the real program on an X display, then the probe, which updates the
+# hub and reads its flash, then a probe that leaks a kilobyte in a button's slot, which must be
+# detected. CHECKER is valgrind, or none if the programs are built with sanitizers.
 set -u
 vornadel=$1
 probe=$2
 image=$3
 checker=$4
 here=$(dirname "$0")
-[ "$checker" = none ] || command -v valgrind >/dev/null || { echo "window_memory.sh: valgrind is not installed" >&2; exit 1; }
+if [ "$checker" != none ] && ! command -v valgrind >/dev/null; then
+    echo "window_memory.sh: valgrind is not installed" >&2
+    exit 1
+fi
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-losses=definite # includes what they point to; "possible" are stacks of threads still running at the end
+losses=definite # the possible ones are stacks of threads that still run at the end
 failures=0
 
 # Runs a program under the checker, which changes the exit status if it finds something.
@@ -24,7 +27,8 @@ if [ "$checker" != none ]; then
 #!/bin/sh
 program=\$1
 shift
-exec valgrind --error-exitcode=9 --leak-check=full --show-leak-kinds=$losses --errors-for-leak-kinds=$losses \\
+exec valgrind --error-exitcode=9 --leak-check=full \\
+    --show-leak-kinds=$losses --errors-for-leak-kinds=$losses \\
     --suppressions='$here/memcheck.supp' --log-file='$work/log' "\$program" "\$@"
 END
 fi
@@ -54,17 +58,17 @@ QT_ENABLE_REGEXP_JIT=0 # valgrind misreads the JIT code of the patterns
 export QT_ENABLE_REGEXP_JIT
 expect 0 "start to quit" "$here/under_xvfb" "$here/real_window.sh" "$work/vornadel"
 
-cp "$probe" "$work/probe" # outside any bundle: its config.ini lies beside it
+cp "$probe" "$work/probe" # outside any bundle, so its config.ini is beside it
 printf '[Support Vid Pid]\nVID_00 = 0x1209\nSSPID_00 = 1\nHSPID_00 = 2\n' >"$work/config.ini"
 QT_QPA_PLATFORM=offscreen
 export QT_QPA_PLATFORM
 expect 0 "update" "$work/checked" "$work/probe" "$work/flash.bin" "$image" end 0
 expect 0 "flash read" "$work/checked" "$work/probe" "$work/flash.bin" "$image" panel 0
-expect $complaint "a loss on purpose" "$work/checked" "$work/probe" "$work/flash.bin" "$image" loss 0
+expect $complaint "a deliberate leak" "$work/checked" "$work/probe" "$work/flash.bin" "$image" loss 0
 found='definitely lost: 1,024 bytes'
 [ "$checker" != none ] || found='SUMMARY: AddressSanitizer: 1024 byte'
 if ! grep -q "$found" "$work/said"; then
-    echo "FAILED: the loss on purpose was not told"
+    echo "FAILED: the deliberate leak was not reported"
     cat "$work/said"
     failures=$((failures + 1))
 fi

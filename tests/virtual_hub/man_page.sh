@@ -1,6 +1,6 @@
 #!/bin/bash
-# Checks that the man page of vornadel-virtual-hub names exactly the options and commands of --help, and
-# that its markup is valid.
+# Checks that the man page of vornadel-virtual-hub names exactly the options and commands of --help,
+# and that its markup is valid.
 #
 #   man_page.sh PROGRAM PAGE
 set -eu
@@ -35,13 +35,14 @@ for command in plug plug-rom unplug fault status quit; do
 done
 
 version=$("$program" --version)
-grep -qF "\"Vornadel ${version#vornadel-virtual-hub }\"" "$page" || fail "the page is of another version: $version"
+grep -qF "\"Vornadel ${version#vornadel-virtual-hub }\"" "$page" ||
+    fail "the page is not of this version: $version"
 
 if command -v groff >/dev/null; then
     warnings=$(groff -man -Tutf8 -ww -rCHECKSTYLE=3 "$page" 2>&1 >/dev/null)
     [ -z "$warnings" ] || fail "$warnings"
 else
-    echo "man_page: no groff here; the markup was not looked at" >&2
+    echo "man_page: groff is not installed; the markup was not checked" >&2
     failed=1
 fi
 exit $failed

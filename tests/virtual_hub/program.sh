@@ -1,8 +1,9 @@
 #!/bin/bash
-# vornadel-virtual-hub as a process: commands, signals, exit statuses and the refusals that need no kernel module.
+# Tests vornadel-virtual-hub as a process: commands, signals, exit statuses and the refusals that need
+# no kernel module.
 #
 #   program.sh PROGRAM
-set -eum # with job control, or the background programs would ignore SIGINT
+set -eum # without job control, background programs would ignore SIGINT
 
 program=$1
 folder=$(mktemp -d)
@@ -22,7 +23,7 @@ fail() {
 start() {
     rm -f "$folder/in" "$folder/out"
     mkfifo "$folder/in" "$folder/out"
-    # Even when this script itself was started with the signals ignored, as in the background.
+    # This script itself may have been started with the signals ignored, as in the background.
     env --default-signal=INT,TERM,HUP "$program" "$@" <"$folder/in" >"$folder/out" 2>"$folder/err" &
     pid=$!
     exec 7>"$folder/in" 8<"$folder/out"
@@ -30,9 +31,9 @@ start() {
 
 # The next line of output must match this pattern.
 expect() {
-    read -r -t 20 -u 8 line || fail "no answer where \"$1\" was due; $(cat "$folder/err")"
+    read -r -t 20 -u 8 line || fail "no answer instead of \"$1\"; $(cat "$folder/err")"
     # shellcheck disable=SC2053 # a pattern on purpose
-    [[ $line == $1 ]] || fail "answered \"$line\" and not \"$1\""
+    [[ $line == $1 ]] || fail "answered \"$line\", not \"$1\""
 }
 
 ends_with() {
@@ -40,17 +41,17 @@ ends_with() {
     wait "$pid" || status=$?
     pid=''
     exec 7>&- 8<&-
-    [ "$status" = "$1" ] || fail "ended with $status and not $1; $(cat "$folder/err")"
+    [ "$status" = "$1" ] || fail "ended with $status, not $1; $(cat "$folder/err")"
 }
 
-# A separate run that fails and says why.
+# refuses REASON ARGUMENTS...: a separate run must fail with this reason.
 refuses() {
     reason=$1
     shift
     status=0
     "$program" "$@" </dev/null >"$folder/second" 2>&1 || status=$?
     if [ $status != 1 ] || ! grep -q "$reason" "$folder/second"; then
-        fail "ended with $status and not because of \"$reason\": $(cat "$folder/second")"
+        fail "ended with $status, not because of \"$reason\": $(cat "$folder/second")"
     fi
 }
 
@@ -104,7 +105,7 @@ for signal in INT TERM HUP; do
     ends_with 0
 done
 
-# It works without any standard file, too; only the flash file shows that.
+# It also works without any standard file; only the flash file shows that.
 rm "$folder/flash.bin"
 "$program" --serve=0 --hub "$hub" <&- >&- 2>&- &
 pid=$!
