@@ -9,14 +9,15 @@ open_window tool
 window_shows hub 'red Detect Zel Hub: Fail'
 window_shows buttons on
 
-# After the update at start, detection may open the hub: the version of the old image, then no hub, twice.
+# The update at start is over, so detection may open the hub and read the old image's version.
 for round in 1 2; do
     hub plug
     window_shows hub 'blue Detect Zel Hub : Success|fwVer:0100'
     hub unplug
     window_shows hub 'red Detect Zel Hub: Fail'
     for event in Added Removed; do
-        [ "$(grep -c "^Enter Device $event" window.err)" -gt "$round" ] || fail "the window program did not tell of a device $event"
+        [ "$(grep -c "^Enter Device $event" window.err)" -gt "$round" ] ||
+            fail "the window program did not print 'Enter Device $event'"
     done
 done
 close_window

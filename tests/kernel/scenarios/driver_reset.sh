@@ -1,8 +1,8 @@
 #!/bin/bash
 # shellcheck disable=SC2034,SC2154 # `one` reads this after the helpers
 
-# bind_anew VID:PID: unbinds the hub driver from this half and binds it again, and counts how often. The
-# half may leave for its restart at any moment.
+# bind_anew VID:PID: unbinds the hub driver from this half, binds it again and counts this. The half
+# may leave for its restart at any moment.
 bind_anew() {
     local interface
     device_folder "$1" || return 0
@@ -21,7 +21,8 @@ bound_or_gone() { ! device_folder "$1" || [ -e "$folder/${folder##*/}:1.0/driver
 images=("$old_image" "$new_image")
 round=0
 
-# begin_update STEP: starts an update with the image that is not in the flash, and holds it at this step.
+# begin_update STEP: starts an update with the image that is not in the flash; stops it at this
+# step.
 begin_update() {
     round=$((round + 1))
     image=${images[round % 2]}
@@ -36,8 +37,8 @@ go_on() {
     end_of_update
 }
 
-# The driver is another user of the same device: the update goes on without it, and while it comes back.
-# The hub restarts without delay; otherwise its halves would still be missing when the update goes on.
+# The update must not need the hub driver, nor be disturbed when it is bound again. The hub restarts
+# without delay; otherwise its halves would still be missing when the update goes on.
 start_hub latency=none
 bound=0
 for step in 'Erase Flash...' 'Write Flash...'; do
@@ -52,8 +53,8 @@ done
 stop_hubs
 wait_for_no_hub
 
-# A reset of either half by another program may end the update. Its result must be true, and the next
-# update must succeed.
+# A reset of either half by another program may end the update. Its result must be true, and the
+# next update must succeed.
 start_hub
 round=0
 resets=0

@@ -1,3 +1,3 @@
 #!/bin/bash
-cd / # where any user may stand
+cd / # a folder that any user can enter
 /run/tree/tests/macos_scripts/macos_scripts.sh /run/tree/resources/macos

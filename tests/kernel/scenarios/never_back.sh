@@ -1,8 +1,8 @@
 #!/bin/bash
 # shellcheck disable=SC2034,SC2154 # `one` reads this after the helpers
 
-# lane NUMBER FAULT REASON IMAGE: a restart without return ends the update with the reason and that image
-# in the flash. After a new plug, the hub accepts an update.
+# lane NUMBER FAULT REASON IMAGE: if the hub does not return from a restart, the update fails with
+# the reason, and the image is in the flash. Plugged in again, the hub accepts an update.
 lane() {
     use_hub "$1"
     start_hub "fault=$2"

@@ -1,7 +1,7 @@
 #!/bin/bash
 # shellcheck disable=SC2034,SC2154 # `one` reads this after the helpers
 
-# finish: lets the first program go on to its end, which must be a success.
+# finish: resumes the first program, which must succeed.
 finish() {
     kill -CONT "$update_pid"
     cat <&"$told" >>said_by_first
@@ -12,16 +12,16 @@ finish() {
     same flash.bin "$image"
 }
 
-# held_up: the first program is stopped with all its threads, or has ended.
-held_up() {
+# stopped: all threads of the first program are stopped, or it has ended.
+stopped() {
     local file stat
     for file in "/proc/$update_pid"/task/*/stat; do
         { read -r stat <"$file"; } 2>/dev/null && [[ $stat == *') '[TZ]' '* ]] || return 1
     done
 }
 
-# hold_at STEP: starts the first program and holds it up there, with the hub in its hands. False when it could not be held
-# before it was through.
+# hold_at STEP: starts the first program and stops it at this step, with the hub open. Fails if it
+# was already past that.
 hold_at() {
     local line
     : >said_by_first
@@ -30,24 +30,25 @@ hold_at() {
     exec {told}<told
     while IFS= read -r line <&"$told" && echo "$line" >>said_by_first && [ "$line" != "$1" ]; do :; done
     kill -STOP "$update_pid"
-    wait_until 20 'the first update to be held up' held_up
-    while read -r -t 0 -u "$told" && IFS= read -r line <&"$told"; do # what it had said by then
+    wait_until 20 'the first update to stop' stopped
+    while read -r -t 0 -u "$told" && IFS= read -r line <&"$told"; do # the rest of its output
         echo "$line" >>said_by_first
     done
-    says said_by_first "$1" || fail "the first update did not come to '$1'"
+    says said_by_first "$1" || fail "the first update did not reach '$1'"
     ! says said_by_first 'Reset to Flash Code...'
 }
 
-# may_be_locked VID:PID: nobody holds the lock of that half. A half that came back after the other was opened is free, too: who
-# opens it needs both.
+# may_be_locked VID:PID: nobody holds the lock of this half. It is also free if it came back after
+# the other was opened; a program that opens the hub needs both locks.
 may_be_locked() {
     local node
     node=$(node_of "$1")
     flock -n "$node" true
 }
 
-# A hub that is back at once has both its halves on the bus when the first program opens it again. The last to arrive is
-# the first one there, and for a program that starts now it is the other way round.
+# The hub restarts without delay, so both halves are on the bus when the first program opens it
+# again. That program lists the half that came back last first; a program that starts now lists it
+# last.
 mkfifo told
 start_hub latency=none
 images=("$old_image" "$new_image")
@@ -63,7 +64,8 @@ for step in 'Erase Flash...' 'Write Flash...' 'Read Flash...'; do
         finish
         [ $((tries += 1)) -lt 5 ] || fail "the first update could not be held at '$step'"
     done
-    ! { may_be_locked "$super_speed" && may_be_locked "$high_speed"; } || fail 'neither half is locked during the first update'
+    ! { may_be_locked "$super_speed" && may_be_locked "$high_speed"; } ||
+        fail 'neither half is locked during the first update'
     expect 1 'another program has it open' "${ctl[@]}" info
     expect 1 'Fail To Open Rom Device' "${ctl[@]}" update "${images[(round + 1) % 2]}"
     finish

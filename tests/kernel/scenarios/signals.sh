@@ -10,7 +10,8 @@ remember_hub() {
 # hub_has_left: it is away, or already back at another address.
 hub_has_left() {
     local now
-    ! device_folder "$super_speed" || ! read -r now 2>/dev/null <"$folder/devnum" || [ "$now" != "$address" ]
+    ! device_folder "$super_speed" || ! read -r now 2>/dev/null <"$folder/devnum" ||
+        [ "$now" != "$address" ]
 }
 
 # reach POINT: waits until the running update has reached this point.
@@ -35,7 +36,8 @@ reach() {
     esac
 }
 
-points=(started FW: left_for_rom back_in_rom 'Erase Flash...' 'Write Flash...' '30%' 'Read Flash...' '70%' left_for_flash)
+points=(started FW: left_for_rom back_in_rom 'Erase Flash...' 'Write Flash...' '30%' 'Read Flash...'
+    '70%' left_for_flash)
 
 # lane SIGNAL STATUS NUMBER
 lane() {
@@ -52,7 +54,8 @@ lane() {
         kill "-$signal" "$update_pid"
         end_of_update
         # The signal itself may end a program that has just been started.
-        if [ "$update_status" -ne "$wanted" ] && ! { [ "$point" = started ] && [ "$update_status" -gt 128 ]; }; then
+        if [ "$update_status" -ne "$wanted" ] &&
+            ! { [ "$point" = started ] && [ "$update_status" -gt 128 ]; }; then
             fail "SIG$signal at '$point': ended with $update_status, not $wanted"
         fi
         no_success_claimed

@@ -10,7 +10,8 @@ for step in 'Write Flash...' 'Read Flash...'; do
     hub unplug
     kill -CONT "$update_pid"
     case $step in
-    Read*) failed_update 'Fail to Re' ;; # "Read Flash" or "Reset to Flash Code": reading takes next to no time
+    # Reading is so quick that the update may already be at "Reset to Flash Code".
+    Read*) failed_update 'Fail to Re' ;;
     *) failed_update 'Fail to Write Flash' ;;
     esac
     wait_for_no_hub

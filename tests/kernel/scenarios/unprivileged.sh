@@ -18,8 +18,10 @@ as_stranger() {
     ctl=("${as[@]}" "$installed/MacOS/vornadelctl")
 }
 
-# may_write: whether the system would let that user write to the hub.
-may_write() { "${as[@]}" test -w "$(node_of "$super_speed")" && "${as[@]}" test -w "$(node_of "$high_speed")"; }
+# may_write: whether the user may write to the nodes of both halves.
+may_write() {
+    "${as[@]}" test -w "$(node_of "$super_speed")" && "${as[@]}" test -w "$(node_of "$high_speed")"
+}
 
 refused() {
     ! may_write || fail "user ${as[2]} may write to the hub's nodes"

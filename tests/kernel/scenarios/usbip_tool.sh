@@ -15,7 +15,7 @@ timeout 20 usbip port >ports 2>&1
 cat ports
 [ "$(grep -c 'usbip://127.0.0.1' ports)" -eq 2 ] || fail 'usbip does not show both halves'
 
-# usbip does not reattach a device that has come back, so this does it after the hub has restarted.
+# usbip does not attach a hub again that has restarted, so this does it.
 attach_again() {
     wait_until 30 'the hub to leave for its restart' off_bus "$super_speed"
     for bus_id in "${bus_ids[@]}"; do
@@ -30,8 +30,9 @@ same flash.bin "$new_image"
 wait_for_hub
 expect 0 'flash code' "${ctl[@]}" info
 
-# Other programs have ports too; the ports of usbip are those with a known server.
-timeout 20 usbip port 2>/dev/null | awk '/^Port/ { port = $2 + 0 } /usbip:\/\/127.0.0.1/ { print port }' >ports
+# The hubs of other scenarios have ports too; those that usbip attached name its server.
+timeout 20 usbip port 2>/dev/null |
+    awk '/^Port/ { port = $2 + 0 } /usbip:\/\/127.0.0.1/ { print port }' >ports
 while read -r port; do
     timeout 20 usbip detach -p "$port"
 done <ports

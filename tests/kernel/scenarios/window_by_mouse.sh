@@ -28,7 +28,8 @@ window_shows hub 'blue Detect Zel Hub : Success|fwVer:0100'
 
 click btnSelect_EasyUpdate
 window_shows dialog QFileDialog
-wait_until 20 'the dialog to have the keyboard' sh -c 'xdotool getactivewindow getwindowname | grep -qvx "Vornadel  1.02"'
+wait_until 20 'the dialog to have the keyboard focus' \
+    sh -c 'xdotool getactivewindow getwindowname | grep -qvx "Vornadel  1.02"'
 xdotool key ctrl+a type --delay 20 "$new_image"
 xdotool key Return
 window_shows dialog none
@@ -42,10 +43,12 @@ window_shows hub 'blue Detect Zel Hub : Success|fwVer:0101'
 
 hub unplug
 window_shows hub 'red Detect Zel Hub: Fail'
-# The key reaches the window once it is active; the last try may find it already closed.
+# The key reaches the window only once it is active; at the last try the window may already be
+# closed.
 close_by_key() {
     gone "$window_pid" ||
-        { xdotool search --onlyvisible --name '^Vornadel  1[.]02$' windowactivate --sync key alt+F4 || :; } 2>/dev/null
+        xdotool search --onlyvisible --name '^Vornadel  1[.]02$' windowactivate --sync key alt+F4 \
+            2>/dev/null || :
     gone "$window_pid"
 }
 wait_until 30 'the window to close' close_by_key
