@@ -24,6 +24,7 @@ namespace
 {
 
 using ::testing::Contains;
+using ::testing::ElementsAre;
 using ::testing::Ge;
 using ::testing::SizeIs;
 using ::testing::UnorderedElementsAre;
@@ -142,6 +143,12 @@ TEST_P(ShippedFile, KnowsEveryValueOfTheDemoImage)
 
 INSTANTIATE_TEST_SUITE_P(Of, ShippedFile, ::testing::Values("SimHub-A.INI", "SimHub-B.INI"),
                          [](const auto& file) { return std::string(1, file.param[7]); });
+
+TEST(PropertyPages, AreInTheirOrder)
+{
+    EXPECT_THAT(kPropertyPages,
+                ElementsAre("SSC", "DSP OCP/U1/U2", "System", "USP PHY", "DSP Setting", "DSP PHY"));
+}
 
 TEST(ShippedFiles, AreTwo)
 {
