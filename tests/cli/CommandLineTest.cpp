@@ -151,7 +151,7 @@ TEST(CommandLine, ExplainsWhatItDoesNotUnderstand)
     for (const auto& row : rows) {
         SCOPED_TRACE(testing::PrintToString(row.words));
         const Parsed parsed = parse(row.words);
-        EXPECT_EQ(parsed.ended, kExitUsage);
+        EXPECT_EQ(parsed.ended, 2);
         EXPECT_THAT(parsed.err, HasSubstr(row.named));
         EXPECT_THAT(parsed.out, IsEmpty());
     }

@@ -46,14 +46,25 @@ TEST(InfoOfTheHub, SaysThatNoneIsAttached)
 
 TEST(InfoOfTheHub, SaysThatItCannotBeOpened)
 {
-    Session session;
-    std::unique_ptr<UsbDevice> held;
-    ASSERT_EQ(session.bus->search()->next(held), UsbSearch::Step::Device);
-    ASSERT_EQ(held->open(), UsbOpenStatus::Opened);
-    EXPECT_EQ(session.info(), kExitFailure);
-    EXPECT_EQ(session.err.str(), "a supported hub is attached, but it cannot be opened: "
-                                 "another program has it open\n");
-    EXPECT_THAT(session.out.str(), IsEmpty());
+    const struct {
+        UsbOpenStatus status;
+        std::string why;
+    } rows[] = {
+        {UsbOpenStatus::NoAccess, "permission is missing"},
+        {UsbOpenStatus::Busy, "another program has it open"},
+        {UsbOpenStatus::Gone, "it has just left"},
+        {UsbOpenStatus::Other, "the system gave no reason"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.why);
+        Session session;
+        ScriptedBus bus;
+        bus.attached = {{0x1209, 0x0001, row.status}};
+        EXPECT_EQ(session.runOn(bus, {CommandLine::Verb::Info, {}, {}, {}}), kExitFailure);
+        EXPECT_EQ(session.err.str(),
+                  "a supported hub is attached, but it cannot be opened: " + row.why + '\n');
+        EXPECT_THAT(session.out.str(), IsEmpty());
+    }
 }
 
 TEST(InfoOfTheHub, SaysThatItDoesNotAnswer)

@@ -49,6 +49,14 @@ TEST(Read, SavesTheWholeFlashAndTellsEachStepAndPercentageOnALineOfItsOwn)
     EXPECT_FALSE(Hub_IsOpen());
 }
 
+TEST(Read, ShowsZeroOnceIfTheHubCannotBeOpened)
+{
+    Session session;
+    session.hub().unplug();
+    EXPECT_EQ(session.read(session.folder.path("read.bin")), kExitFailure);
+    EXPECT_EQ(session.out.str(), "0%\nOpen Device...\n");
+}
+
 TEST(Read, KeepsEveryByteOfTheNameInAnyLocale)
 {
     for (const std::string name : {"\xC3\xBC.bin", "Caf\xE9.bin", "\xFF\x80 \n.bin"}) {

@@ -44,6 +44,7 @@ TEST(Scalar, SaysWhichImageWasNotReadAndWhyAndLeavesTheHubAlone)
         std::string why;
     } rows[] = {
         {"", config + ": FwBin names no image"},
+        {"no key\n", "iniparser: syntax error in " + config + " (1)"},
         {"[DumpTool Config]\nFwBin = missing.bin\n",
          session.folder.path("missing.bin") + ": No such file or directory"},
     };
