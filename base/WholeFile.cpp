@@ -1,5 +1,7 @@
 #include "base/WholeFile.h"
 
+#include "base/Descriptor.h"
+
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
@@ -61,10 +63,11 @@ public:
     {
         // Short, because the final name may already be as long as a name can be.
         const std::string name = ".vornadel-" + std::to_string(::getpid()) + '-';
-        for (int number = 0; m_file < 0 && number < kMostNames; ++number) {
+        for (int number = 0; !valid() && number < kMostNames; ++number) {
             m_path = folder / (name + std::to_string(number));
-            m_file = ::open(m_path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-            if (m_file < 0 && errno != EEXIST) {
+            m_file =
+                Descriptor(::open(m_path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+            if (!valid() && errno != EEXIST) {
                 return;
             }
         }
@@ -73,20 +76,17 @@ public:
     TemporaryFile& operator=(const TemporaryFile&) = delete;
     ~TemporaryFile()
     {
-        if (m_file >= 0) {
-            ::close(m_file);
-        }
-        if (m_file >= 0 && !m_inPlace) {
+        if (valid() && !m_inPlace) {
             ::unlink(m_path.c_str());
         }
     }
 
-    bool valid() const { return m_file >= 0; }
+    bool valid() const { return m_file.valid(); }
 
     bool write(std::span<const std::uint8_t> bytes) const
     {
         while (!bytes.empty()) {
-            const ssize_t count = ::write(m_file, bytes.data(), bytes.size());
+            const ssize_t count = ::write(m_file.get(), bytes.data(), bytes.size());
             if (count < 0 && errno == EINTR) {
                 continue;
             }
@@ -103,34 +103,31 @@ public:
     /// group could not be copied.
     bool resemble(const struct stat& other) const
     {
-        const bool sameOwner = ::fchown(m_file, other.st_uid, other.st_gid) == 0;
+        const bool sameOwner = ::fchown(m_file.get(), other.st_uid, other.st_gid) == 0;
         const bool sameGroup =
-            sameOwner || ::fchown(m_file, static_cast<uid_t>(-1), other.st_gid) == 0;
+            sameOwner || ::fchown(m_file.get(), static_cast<uid_t>(-1), other.st_gid) == 0;
         mode_t mode = other.st_mode & kPermissions;
         mode &= ~static_cast<mode_t>((sameOwner ? 0 : S_ISUID) | (sameGroup ? 0 : S_ISGID));
-        return ::fchmod(m_file, mode) == 0;
+        return ::fchmod(m_file.get(), mode) == 0;
     }
 
     bool takePlaceOf(const fs::path& path)
     {
-        m_inPlace = ::fsync(m_file) == 0 && ::rename(m_path.c_str(), path.c_str()) == 0;
+        m_inPlace = ::fsync(m_file.get()) == 0 && ::rename(m_path.c_str(), path.c_str()) == 0;
         return m_inPlace;
     }
 
 private:
     fs::path m_path;
-    int m_file = -1;
+    Descriptor m_file;
     bool m_inPlace = false;
 };
 
 /// Writes the new name to disk. The file is already in place, so a failure here changes nothing.
 void syncFolder(const fs::path& folder)
 {
-    const int file = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (file >= 0) {
-        ::fsync(file);
-        ::close(file);
-    }
+    const Descriptor file(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    ::fsync(file.get());
 }
 
 /// Where a file is to be saved.

@@ -28,7 +28,7 @@ using Dictionary = std::unique_ptr<dictionary, FreeDictionary>;
 /// The text of a key. A key that is also the name of a section has no text and counts as missing.
 std::string textOf(const Dictionary& entries, const std::string& key, const char* missing)
 {
-    const char* text = entries ? iniparser_getstring(entries.get(), key.c_str(), missing) : missing;
+    const char* text = iniparser_getstring(entries.get(), key.c_str(), missing);
     return text != nullptr ? text : missing;
 }
 
@@ -36,7 +36,7 @@ std::string textOf(const Dictionary& entries, const std::string& key, const char
 /// for a section that is named like the key.
 std::int32_t numberOf(const Dictionary& entries, const std::string& key)
 {
-    return static_cast<std::int32_t>(std::strtol(textOf(entries, key, "0").c_str(), nullptr, 0));
+    return static_cast<std::int32_t>(std::strtol(textOf(entries, key, "").c_str(), nullptr, 0));
 }
 
 /// The id under a key such as "Support Vid Pid:VID_0A".

@@ -161,10 +161,8 @@ void FwImage_Release(FwImage& image)
     image.size = 0;
     image.stringsLength = 0;
     image.containerIdLength = 0;
-    for (std::uint8_t** position : {&image.descriptor, &image.strings, &image.containerId,
-                                    &image.vid, &image.sspid, &image.hspid, &image.version}) {
-        *position = nullptr;
-    }
+    image.descriptor = image.strings = image.containerId = nullptr;
+    image.vid = image.sspid = image.hspid = image.version = nullptr;
 }
 
 bool FwImage_SetStrings(FwImage& image, std::string_view manufacturer, std::string_view product,

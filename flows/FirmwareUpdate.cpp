@@ -14,24 +14,26 @@ namespace vornadel
 namespace
 {
 
-bool writeAndVerify(const FwImage& image, FlowRun& run)
+void writeAndVerify(const FwImage& image, FlowRun& run)
 {
     if (!image.loaded) {
-        return run.fail(Step::Open, Cause::WrongImage);
+        run.fail(Step::Open, Cause::WrongImage);
+        return;
     }
     const std::span<const std::uint8_t> bytes(image.data.get(),
                                               static_cast<std::size_t>(image.size));
     const std::unique_ptr<std::uint8_t[]> memory(new (std::nothrow) std::uint8_t[bytes.size()]);
     if (!memory) {
-        return run.fail(Step::Open, Cause::WrongImage); // larger than any flash
+        run.fail(Step::Open, Cause::WrongImage); // larger than any flash
+        return;
     }
     const std::span<std::uint8_t> readBack(memory.get(), bytes.size());
     // Every byte of the buffer starts different from the image, so that a hub which confirms a read
     // but delivers nothing fails the comparison.
     std::transform(bytes.begin(), bytes.end(), readBack.begin(),
                    [](std::uint8_t byte) { return static_cast<std::uint8_t>(~byte); });
-    return run.openRom() && run.erase() && run.write(bytes) && run.read(readBack) &&
-           run.verify(bytes, readBack) && run.restart();
+    static_cast<void>(run.openRom() && run.erase() && run.write(bytes) && run.read(readBack) &&
+                      run.verify(bytes, readBack) && run.restart());
 }
 
 } // namespace

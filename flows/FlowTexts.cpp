@@ -1,7 +1,7 @@
 #include "flows/FlowTexts.h"
 
 #include <algorithm>
-#include <array>
+#include <iterator>
 #include <span>
 
 namespace vornadel
@@ -19,8 +19,8 @@ struct StepTexts {
     Step step;
     const char* begins; ///< blue; may be empty
     const char* fails;  ///< red
-    Bar bar;
-    double percent; ///< of the bar
+    Bar bar = Bar::Still;
+    double percent{}; ///< of the bar
 };
 
 /// Everything shown for one kind of flow.
@@ -36,31 +36,30 @@ struct FlowTexts {
 namespace
 {
 
-constexpr std::array<StepTexts, 6> kUpdateSteps = {{
+constexpr StepTexts kUpdateSteps[] = {
     {Step::Open, "",
-     "Fail To Open Rom Device\nPlease Load Driver firstly\nThen replugin usb hub device\n",
-     Bar::Still, 0},
+     "Fail To Open Rom Device\nPlease Load Driver firstly\nThen replugin usb hub device\n"},
     {Step::Erase, "Erase Flash...\n", "Fail to Erase Flash\n", Bar::AtTheEnd, 10},
     {Step::Write, "Write Flash...\n", "Fail to Write Flash\n", Bar::WithThePieces, 40},
     {Step::Read, "Read Flash...\n", "Fail to Read Flash\n", Bar::WithThePieces, 40},
     {Step::Verify, "Verify Flash...\n", "Fail to verify flash\n", Bar::AtTheEnd, 10},
-    {Step::Restart, "Reset to Flash Code...\n", "Fail to Reset to Flash Code\n", Bar::Still, 0},
-}};
+    {Step::Restart, "Reset to Flash Code...\n", "Fail to Reset to Flash Code\n"},
+};
 
-constexpr std::array<StepTexts, 3> kReadSteps = {{
+constexpr StepTexts kReadSteps[] = {
     {Step::Open, "Open Device...\n",
      "Fail to Open Rom Device\nPlease Load Driver firstly\nThen replugin usb hub device\n",
      Bar::AtTheEndPosted, 10},
     {Step::Read, "Reading Flash...\n", "Fail to Read Flash\n", Bar::WithThePieces, 80},
     {Step::Restart, "Reset to Flash Code...\n", "Fail to Reset to Flash Code\n",
      Bar::AtTheEndPosted, 10},
-}};
+};
 
-constexpr std::array<StepTexts, 3> kEraseSteps = {{
-    {Step::Open, "Open Rom Device...\n", "Fail to Open Rom Device", Bar::Still, 0},
-    {Step::Erase, "Erase Flash...\n", "Fail to Erase flash", Bar::Still, 0},
-    {Step::Restart, "Reseting...\n", "Fail to Reset Flash & Wait", Bar::Still, 0},
-}};
+constexpr StepTexts kEraseSteps[] = {
+    {Step::Open, "Open Rom Device...\n", "Fail to Open Rom Device"},
+    {Step::Erase, "Erase Flash...\n", "Fail to Erase flash"},
+    {Step::Restart, "Reseting...\n", "Fail to Reset Flash & Wait"},
+};
 
 constexpr const char* kWrongImage = "Wrong firmware file\n";
 
@@ -69,15 +68,15 @@ std::string header(const FlowStart& start)
     return "FW:" + start.imageName + "(size=" + std::to_string(start.imageSize) + ")\n\n";
 }
 
-constexpr std::array<FlowTexts, 3> kFlowTexts = {{
+constexpr FlowTexts kFlowTexts[] = {
     {FlowKind::Update, kUpdateSteps, "Update FW Success\n", "Update FW Fail\n", false, false},
     {FlowKind::Read, kReadSteps, "Read Fw Success\n", "Read Fw Fail\n", true, true},
     {FlowKind::Erase, kEraseSteps, "Erase FW Success\n", "\nErase FW Fail\n", false, false},
-}};
+};
 
 const FlowTexts& textsOf(FlowKind flow)
 {
-    return *std::find_if(kFlowTexts.begin(), kFlowTexts.end(),
+    return *std::find_if(std::begin(kFlowTexts), std::end(kFlowTexts),
                          [flow](const FlowTexts& each) { return each.flow == flow; });
 }
 

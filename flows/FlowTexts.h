@@ -37,7 +37,7 @@ private:
     const FlowTexts* m_flow = nullptr;
     const StepTexts* m_step = nullptr; // the current one
     std::int32_t m_done = 0;           // bytes of it
-    double m_percent = 0;
+    double m_percent{};
 };
 
 } // namespace vornadel

@@ -34,12 +34,9 @@ constexpr std::size_t kMostLevels = 256;
 Folder openFolder(int parent, const char* name, int linkFlag)
 {
     const int descriptor = openat(parent, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC | linkFlag);
-    if (descriptor < 0) {
-        return nullptr;
-    }
     Folder folder(fdopendir(descriptor));
     if (!folder) {
-        close(descriptor);
+        close(descriptor); // or it is none, and both calls fail
     }
     return folder;
 }

@@ -1,5 +1,6 @@
 #include "standins/sim/FlashFile.h"
 
+#include "base/Descriptor.h"
 #include "base/WholeFile.h"
 #include "standins/sim/NorFlash.h"
 
@@ -25,26 +26,6 @@ namespace fs = std::filesystem;
 
 constexpr mode_t kLockFileMode = 0644;
 constexpr int kMostLinks = 40;
-
-class Descriptor
-{
-public:
-    explicit Descriptor(int number) : m_number(number) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor()
-    {
-        if (m_number >= 0) {
-            ::close(m_number);
-        }
-    }
-
-    int get() const { return m_number; }
-    bool valid() const { return m_number >= 0; }
-
-private:
-    int m_number;
-};
 
 std::string because(int errorNumber) { return std::generic_category().message(errorNumber); }
 

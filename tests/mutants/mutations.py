@@ -50,6 +50,8 @@ KEYWORDS = set(
 )
 SYMMETRIC = {"min", "max", "memcmp"}  # swapped arguments change nothing
 REQUEST = re.compile("send|Hub_(?!Close|Use|Is|Find|Detect|Abandon|Pause)")  # calls that reach the hub
+HELP = {"app", "add_option", "add_flag", "add_subcommand"}  # calls that take a sentence of the help
+PARAMETER = re.compile(r"(const )?\S+(<.*>)?[&*]* \w+")
 OPENING = {"(": ")", "[": "]", "{": "}"}
 OTHER_BINARY = {
     "<": "<=", "<=": "<", ">": ">=", ">=": ">",
@@ -131,7 +133,8 @@ class _Source:
         return found
 
     def _left_out(self):
-        """Tokens that matter only to the compiler; a mutant there shows nothing about the tests."""
+        """Tokens that matter only to the compiler, and sentences of the help. Mutants there show nothing about
+        the tests."""
         out = set()
         for index, token in enumerate(self.tokens):
             if token.text in ("static_assert", "using", "template"):
@@ -140,6 +143,9 @@ class _Source:
                 while self.tokens[end].text != stop:
                     end += 1
                 out.update(range(index, end + 1))
+            elif token.text in HELP and index + 1 in self.match:
+                words = range(index, self.match[index + 1])
+                out.update(at for at in words if self.tokens[at].kind == "string" and " " in self.tokens[at].text)
         return out
 
     def add(self, kind, first, last, after):
@@ -417,6 +423,7 @@ class _Source:
         for (first, last), (other, end) in zip(parts, parts[1:]):
             one, two = self.part(first, last), self.part(other, end)
             never_fit = (one.startswith('"') != two.startswith('"')) or "{" in one + two
+            never_fit = never_fit or PARAMETER.fullmatch(one)  # of a declaration
             if one != two and not never_fit and not (one.endswith("begin()") and two.endswith("end()")):
                 between = self.text[self.tokens[last].end : self.tokens[other].start]
                 self.add("arguments", first, end, two + between + one)
