@@ -105,7 +105,7 @@ ToolConfig readToolConfig(const std::string& path)
 {
     ToolConfig config;
     const Dictionary entries = load(path, config.problem);
-    config.appTitle = textOf(entries, "DumpTool Config:AppTitle", "Vornadel");
+    config.appTitle = textOf(entries, "DumpTool Config:AppTitle", config.appTitle.c_str());
     config.isScalarMode = numberOf(entries, "DumpTool Config:ScalarMode");
     config.fwbinPath = textOf(entries, "DumpTool Config:FwBin", "");
     HubMakerVid = static_cast<std::uint16_t>(numberOf(entries, "DumpTool Config:HubMakerVid"));

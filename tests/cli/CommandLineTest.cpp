@@ -116,8 +116,9 @@ TEST(CommandLine, HelpAndVersionAreNoErrors)
         Words words;
         std::string says;
     } rows[] = {
-        {{"--help"}, "--simulated-hub"},     {{"-h"}, "update"},
-        {{"update", "--help"}, "IMAGE"},     {{"erase", "--help"}, "without asking"},
+        {{"--help"}, "vornadelctl [OPTIONS]"}, {{"--help"}, "--simulated-hub"},
+        {{"info", "--help"}, "[IMAGE]"},       {{"-h"}, "update"},
+        {{"update", "--help"}, "IMAGE"},       {{"erase", "--help"}, "without asking"},
         {{"--version"}, "vornadelctl 1.02"},
     };
     for (const auto& row : rows) {
@@ -140,7 +141,7 @@ TEST(CommandLine, ExplainsWhatItDoesNotUnderstand)
         {{"update", "a.bin", "b.bin"}, "b.bin"},
         {{"read"}, "FILE"},
         {{"read", ""}, "empty"},
-        {{"info", ""}, "empty"},
+        {{"info", ""}, "the name is empty"},
         {{"erase", "a.bin"}, "a.bin"},
         {{"info", "a.bin", "b.bin"}, "b.bin"},
         {{"list", "a.bin"}, "a.bin"},
