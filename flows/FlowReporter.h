@@ -26,7 +26,7 @@ enum class Cause {
 struct FlowStart {
     FlowKind flow = FlowKind::Update;
     std::string imageName = {}; ///< Update: the caller's name for the image
-    std::int32_t imageSize{}; ///< Update: bytes; 0 if no image was loaded
+    std::int32_t imageSize{};   ///< Update: bytes; 0 if no image was loaded
 };
 
 /// How a flow ended.
