@@ -32,7 +32,7 @@ protected:
     /// A sparse file of that length.
     std::string sparseFile(std::uintmax_t length) const
     {
-        const std::string file = m_folder.write("sparse.bin", "");
+        std::string file = m_folder.write("sparse.bin", "");
         std::filesystem::resize_file(file, length);
         return file;
     }

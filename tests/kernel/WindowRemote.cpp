@@ -14,9 +14,10 @@
 //   where NAME      answers "at NAME: X Y", the middle of the control on the screen
 //   close           closes the window
 
+#include "tests/kernel/WindowRemote.h"
+
 #include <QApplication>
 #include <QFileDialog>
-#include <QGenericPlugin>
 #include <QHash>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -194,20 +195,9 @@ private:
 
 } // namespace
 
-/// Qt loads it with QT_QPA_GENERIC_PLUGINS=windowremote and QT_PLUGIN_PATH set to the folder above
-/// `generic`.
-class WindowRemotePlugin final : public QGenericPlugin
+QObject* WindowRemotePlugin::create(const QString& name, const QString& /*argument*/)
 {
-    Q_OBJECT
-    Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "window_remote.json")
-
-public:
-    QObject* create(const QString& name, const QString& /*argument*/) override
-    {
-        return name == "windowremote" ? new WindowRemote : nullptr;
-    }
-};
+    return name == "windowremote" ? new WindowRemote : nullptr;
+}
 
 } // namespace vornadel::test
-
-#include "WindowRemote.moc"
