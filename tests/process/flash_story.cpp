@@ -155,7 +155,7 @@ private:
             return;
         }
         if (++m_polls > kPatienceMilliseconds / kPollMilliseconds) {
-            std::fprintf(stderr, "waited in vain: %s\n", m_entries.front().name.c_str());
+            std::fprintf(stderr, "timed out waiting for: %s\n", m_entries.front().name.c_str());
             QApplication::exit(1);
         }
     }
