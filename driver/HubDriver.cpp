@@ -40,7 +40,8 @@ std::string claim(const std::string& path, bool mayBeFile)
             return found.st_nlink == 1 ? "" : path + " has a second hard link";
         }
         const mode_t wanted = found.st_mode & 07777 & ~kOthersMayWrite;
-        return chmod(path.c_str(), wanted) == 0 ? "" : path + " is writable by others";
+        const bool isPrivate = (found.st_mode & kOthersMayWrite) == 0;
+        return isPrivate || chmod(path.c_str(), wanted) == 0 ? "" : path + " is writable by others";
     }
     return path + (mayBeFile ? " is neither a folder nor a plain file" : " is not a folder");
 }

@@ -36,7 +36,7 @@ private:
 
     const FlowTexts* m_flow = nullptr;
     const StepTexts* m_step = nullptr; // the current one
-    std::int32_t m_done = 0;           // bytes of it
+    std::int32_t m_done{};             // bytes of it
     double m_percent{};
 };
 

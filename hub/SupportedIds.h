@@ -9,10 +9,10 @@ namespace vornadel
 
 /// The ids of one supported hub. A USB 3 hub is two devices, one per speed, with one vendor id.
 struct SupportedIdEntry {
-    std::uint16_t valid = 0; ///< 1 if the entry is used for matching
-    std::uint16_t vid{};     ///< USB vendor id
-    std::uint16_t sspid{};   ///< SuperSpeed product id
-    std::uint16_t hspid{};   ///< high-speed product id
+    std::uint16_t valid{}; ///< 1 if the entry is used for matching
+    std::uint16_t vid{};   ///< USB vendor id
+    std::uint16_t sspid{}; ///< SuperSpeed product id
+    std::uint16_t hspid{}; ///< high-speed product id
 
     bool operator==(const SupportedIdEntry&) const = default;
 };

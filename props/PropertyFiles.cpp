@@ -36,7 +36,7 @@ Folder openFolder(int parent, const char* name, int linkFlag)
     const int descriptor = openat(parent, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC | linkFlag);
     Folder folder(fdopendir(descriptor));
     if (!folder) {
-        close(descriptor); // or it is none, and both calls fail
+        close(descriptor); // closing -1 does nothing
     }
     return folder;
 }
