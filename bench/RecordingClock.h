@@ -21,6 +21,12 @@ public:
         m_asked += pause.count();
         m_clock.sleep(pause);
     }
+    void sleepUntil(const std::function<bool()>& over, Duration pause) override
+    {
+        m_asked += pause.count();
+        m_clock.sleepUntil(over, pause);
+    }
+    void wake() override { m_clock.wake(); }
     void after(Duration delay, std::function<void()> task) override
     {
         m_clock.after(delay, std::move(task));

@@ -24,6 +24,14 @@ public:
     /// Blocks for `pause`; returns at once after interrupt().
     virtual void sleep(Duration pause) = 0;
 
+    /// Blocks for `pause`, or until `over` is true. Looks at it first, and again whenever wake() is
+    /// called. Returns at once after interrupt().
+    virtual void sleepUntil(const std::function<bool()>& over, Duration pause) = 0;
+
+    /// Makes every sleepUntil() look again. Call it after the change, without holding a lock that
+    /// `over` takes.
+    virtual void wake() = 0;
+
     /// Runs `task` once, `delay` from now, on the clock's thread (on the tests' virtual clock:
     /// inside the sleep that reaches that time). Tasks run one after the other, in the order of
     /// their times.

@@ -29,6 +29,21 @@ void StdClock::sleep(Duration pause)
     m_sleepers.wait_for(lock, pause, [this] { return m_interrupted; });
 }
 
+void StdClock::sleepUntil(const std::function<bool()>& over, Duration pause)
+{
+    std::unique_lock lock(m_mutex);
+    m_sleepers.wait_for(lock, pause, [&] { return m_interrupted || over(); });
+}
+
+void StdClock::wake()
+{
+    {
+        const std::lock_guard lock(m_mutex); // a sleeper that looks now either saw it or is
+                                             // notified
+    }
+    m_sleepers.notify_all();
+}
+
 void StdClock::after(Duration delay, std::function<void()> task)
 {
     {

@@ -20,6 +20,8 @@ public:
 
     Duration now() override;
     void sleep(Duration pause) override;
+    void sleepUntil(const std::function<bool()>& over, Duration pause) override;
+    void wake() override;
     void after(Duration delay, std::function<void()> task) override;
     void interrupt() override;
 

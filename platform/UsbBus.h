@@ -1,9 +1,13 @@
 #pragma once
 
+#include "platform/UsbPlace.h"
+
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <span>
+#include <string>
+#include <vector>
 
 namespace vornadel
 {
@@ -35,6 +39,21 @@ enum class UsbOpenStatus {
     Other     ///< the platform failed for another reason
 };
 
+/// Why a control transfer failed.
+enum class UsbFailure {
+    Stalled, ///< the device refused the request
+    Short,   ///< the data stage ended early
+    Gone,    ///< the device has left the bus
+    TimedOut,
+    Other
+};
+
+/// What a device says of itself in its descriptors, in UTF-8. Empty: it says nothing.
+struct UsbTexts {
+    std::string product{};
+    std::string serialNumber{};
+};
+
 /// One attached USB device, as the platform lists it. Not thread-safe: one owner, one call at a
 /// time. Destroying an open device closes it.
 class UsbDevice
@@ -50,6 +69,18 @@ public:
     /// idProduct, known without opening; 0 if it cannot be read
     virtual std::uint16_t productId() const = 0;
 
+    /// Known without opening.
+    virtual UsbPlace place() const = 0;
+    /// Known without opening.
+    virtual UsbTexts texts() const = 0;
+    /// The Container ID as "{8-4-4-4-12}" with lower-case hex digits; empty if there is none, or if
+    /// it cannot be read. Where the system does not keep it, this asks the device, which needs the
+    /// rights of an open.
+    virtual std::string containerId() = 0;
+    /// What hangs below this device and would be disconnected with it: a disk, a keyboard, a
+    /// network interface, one text each. Known without opening; empty where the system cannot tell.
+    virtual std::vector<std::string> attachedBelow() const = 0;
+
     /// Exclusive open. Must not be called on a device object that is already open.
     virtual UsbOpenStatus open() = 0;
 
@@ -57,6 +88,9 @@ public:
     /// the whole data stage moved, on macOS also for a short read. Any other value is the
     /// platform's status code. Blocks until the transfer ends or times out.
     virtual std::uint32_t control(ControlRequest& request) = 0;
+
+    /// What a status of control() other than 0 means.
+    virtual UsbFailure failureOf(std::uint32_t status) const = 0;
 
     /// Closes the device. No effect if it is not open.
     virtual void close() = 0;
@@ -113,6 +147,9 @@ public:
     /// Ends the watch. After it returns, the listener is neither running nor called again. Must not
     /// be called from the listener.
     virtual void unwatch() = 0;
+
+    /// The locks of this bus's places; they live as long as the bus.
+    virtual PlaceLocks& placeLocks() = 0;
 };
 
 } // namespace vornadel

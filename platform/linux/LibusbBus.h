@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Clock.h"
+#include "platform/PlacesInMemory.h"
 #include "platform/UsbBus.h"
 #include "platform/linux/LibusbContext.h"
 #include "platform/linux/UsbWatch.h"
@@ -39,12 +40,14 @@ public:
     std::unique_ptr<UsbSearch> search() override;
     bool watch(Listener listener) override;
     void unwatch() override;
+    PlaceLocks& placeLocks() override { return m_locks; }
 
 private:
     std::shared_ptr<LibusbContext> context();
 
     Clock& m_clock;
     Options m_options;
+    PlacesInMemory m_locks;
     std::mutex m_mutex; // guards m_context
     std::shared_ptr<LibusbContext> m_context;
     std::unique_ptr<UsbWatch> m_watch;

@@ -130,6 +130,14 @@ std::uint16_t LibusbDevice::vendorId() const { return descriptorOf(m_device).idV
 
 std::uint16_t LibusbDevice::productId() const { return descriptorOf(m_device).idProduct; }
 
+UsbPlace LibusbDevice::place() const { return {}; }
+
+UsbTexts LibusbDevice::texts() const { return {}; }
+
+std::string LibusbDevice::containerId() { return {}; }
+
+std::vector<std::string> LibusbDevice::attachedBelow() const { return {}; }
+
 UsbOpenStatus LibusbDevice::open()
 {
     if (m_handle != nullptr) {
@@ -182,6 +190,8 @@ std::uint32_t LibusbDevice::control(ControlRequest& request)
     request.transferred = static_cast<std::uint32_t>(result);
     return request.transferred == request.wLength() ? 0 : kShortTransfer;
 }
+
+UsbFailure LibusbDevice::failureOf(std::uint32_t /*status*/) const { return UsbFailure::Other; }
 
 void LibusbDevice::close()
 {

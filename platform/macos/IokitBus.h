@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/PlacesInMemory.h"
 #include "platform/UsbBus.h"
 
 #include <memory>
@@ -26,8 +27,10 @@ public:
     std::unique_ptr<UsbSearch> search() override;
     bool watch(Listener listener) override;
     void unwatch() override;
+    PlaceLocks& placeLocks() override { return m_locks; }
 
 private:
+    PlacesInMemory m_locks;
     std::unique_ptr<PlugNotifications> m_notifications; // from the first watch() on
 };
 

@@ -25,6 +25,14 @@ std::uint16_t IokitDevice::productId() const
     return id;
 }
 
+UsbPlace IokitDevice::place() const { return {}; }
+
+UsbTexts IokitDevice::texts() const { return {}; }
+
+std::string IokitDevice::containerId() { return {}; }
+
+std::vector<std::string> IokitDevice::attachedBelow() const { return {}; }
+
 UsbOpenStatus IokitDevice::open()
 {
     const IOReturn result = (*m_interface)->USBDeviceOpen(m_interface);
@@ -61,6 +69,8 @@ std::uint32_t IokitDevice::control(ControlRequest& request)
     request.transferred = transfer.wLenDone;
     return static_cast<std::uint32_t>(status);
 }
+
+UsbFailure IokitDevice::failureOf(std::uint32_t /*status*/) const { return UsbFailure::Other; }
 
 void IokitDevice::close()
 {

@@ -21,8 +21,13 @@ public:
 
     std::uint16_t vendorId() const override;
     std::uint16_t productId() const override;
+    UsbPlace place() const override;
+    UsbTexts texts() const override;
+    std::string containerId() override;
+    std::vector<std::string> attachedBelow() const override;
     UsbOpenStatus open() override;
     std::uint32_t control(ControlRequest& request) override;
+    UsbFailure failureOf(std::uint32_t status) const override;
     void close() override;
 
 private:

@@ -22,6 +22,11 @@ public:
     std::uint16_t vendorId() const override { return m_half.vendorId; }
     std::uint16_t productId() const override { return m_half.productId; }
 
+    UsbPlace place() const override { return {{"sim-1", m_half.session}, {}}; }
+    UsbTexts texts() const override { return {}; }
+    std::string containerId() override { return {}; }
+    std::vector<std::string> attachedBelow() const override { return {}; }
+
     UsbOpenStatus open() override
     {
         if (m_open) {
@@ -35,6 +40,20 @@ public:
     std::uint32_t control(ControlRequest& request) override
     {
         return m_open ? m_hub->control(m_half, request) : kSimulatedNotOpen;
+    }
+
+    UsbFailure failureOf(std::uint32_t status) const override
+    {
+        switch (status) {
+        case kSimulatedStall:
+            return UsbFailure::Stalled;
+        case kSimulatedShort:
+            return UsbFailure::Short;
+        case kSimulatedNoDevice:
+            return UsbFailure::Gone;
+        default:
+            return UsbFailure::Other;
+        }
     }
 
     void close() override { giveBack(); }

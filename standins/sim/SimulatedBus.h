@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/PlacesInMemory.h"
 #include "platform/Platform.h"
 #include "platform/UsbBus.h"
 #include "standins/sim/SimulatedHub.h"
@@ -28,6 +29,7 @@ public:
     std::unique_ptr<UsbSearch> search() override;
     bool watch(Listener listener) override;
     void unwatch() override;
+    PlaceLocks& placeLocks() override { return m_locks; }
 
     SimulatedHub& hub() { return *m_hub; }
 
@@ -38,6 +40,7 @@ private:
     explicit SimulatedBus(std::shared_ptr<SimulatedHub> hub);
 
     std::shared_ptr<SimulatedHub> m_hub;
+    PlacesInMemory m_locks;
 };
 
 } // namespace vornadel

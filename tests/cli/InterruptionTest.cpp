@@ -26,6 +26,8 @@ class TellingClock final : public Clock
 public:
     Duration now() override { return {}; }
     void sleep(Duration /*pause*/) override {}
+    void sleepUntil(const std::function<bool()>& /*over*/, Duration /*pause*/) override {}
+    void wake() override {}
     void after(Duration /*delay*/, std::function<void()> /*task*/) override {}
     void interrupt() override { m_interrupted.set_value(); }
 

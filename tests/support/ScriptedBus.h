@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/PlacesInMemory.h"
 #include "platform/UsbBus.h"
 #include "tests/support/SeenRequest.h"
 
@@ -22,6 +23,8 @@ struct ScriptedDevice {
     std::uint16_t productId = 0;
     UsbOpenStatus openStatus = UsbOpenStatus::Opened;
     UsbSearch::Step step = UsbSearch::Step::Device;
+    UsbPlace place = {};
+    UsbTexts texts = {};
 };
 
 /// A scripted bus that records its events. Set the script before the threads start. Devices may
@@ -85,6 +88,7 @@ public:
 
     bool watch(Listener) override { return false; }
     void unwatch() override {}
+    PlaceLocks& placeLocks() override { return m_locks; }
 
 private:
     struct Script {
@@ -121,6 +125,11 @@ private:
         std::uint16_t vendorId() const override { return m_device.vendorId; }
         std::uint16_t productId() const override { return m_device.productId; }
 
+        UsbPlace place() const override { return m_device.place; }
+        UsbTexts texts() const override { return m_device.texts; }
+        std::string containerId() override { return {}; }
+        std::vector<std::string> attachedBelow() const override { return {}; }
+
         UsbOpenStatus open() override
         {
             m_script->note("open " + m_place);
@@ -137,6 +146,8 @@ private:
             m_script->writeDown(request);
             return m_script->onControl ? m_script->onControl(request) : 0;
         }
+
+        UsbFailure failureOf(std::uint32_t /*status*/) const override { return UsbFailure::Other; }
 
         void close() override
         {
@@ -189,6 +200,7 @@ private:
         bool m_released = false;
     };
 
+    PlacesInMemory m_locks;
     std::shared_ptr<Script> m_script = std::make_shared<Script>();
 };
 

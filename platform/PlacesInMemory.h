@@ -1,0 +1,30 @@
+#pragma once
+
+#include "platform/UsbPlace.h"
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace vornadel
+{
+
+/// The locks of places within one process. Locks may outlive it.
+class PlacesInMemory final : public PlaceLocks
+{
+public:
+    std::unique_ptr<PlaceLock> lock(const UsbPlace& place, PlaceOwner& owner) override;
+    std::vector<PlaceOwner> owners() override;
+
+private:
+    class Lock;
+    struct Taken {
+        std::mutex mutex;
+        std::vector<std::string> places;
+    };
+
+    std::shared_ptr<Taken> m_taken = std::make_shared<Taken>();
+};
+
+} // namespace vornadel
