@@ -1,6 +1,7 @@
 #pragma once
 
 #include "firmware/FwImage.h"
+#include "flows/FlowOptions.h"
 #include "flows/FlowReporter.h"
 
 #include <string>
@@ -15,6 +16,7 @@ namespace vornadel
 /// hub is closed in any case. After a failure the flash may be erased or partly written, and the
 /// hub may still run its ROM code. Blocks for seconds; stops at the next request or pause after
 /// Hub_Abandon().
-bool updateFirmware(const FwImage& image, const std::string& imageName, FlowReporter& reporter);
+bool updateFirmware(const FwImage& image, const std::string& imageName, FlowReporter& reporter,
+                    const FlowOptions& options = {});
 
 } // namespace vornadel

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "flows/FlowOptions.h"
 #include "flows/FlowReporter.h"
 
 namespace vornadel
@@ -11,6 +12,6 @@ namespace vornadel
 /// back. The hub is closed in any case. After a failure the flash may be erased or not, and the hub
 /// may still run its ROM code. Blocks for seconds; stops at the next request or pause after
 /// Hub_Abandon().
-bool eraseFlash(FlowReporter& reporter);
+bool eraseFlash(FlowReporter& reporter, const FlowOptions& options = {});
 
 } // namespace vornadel

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "flows/FlowOptions.h"
 #include "flows/FlowReporter.h"
 
 #include <cstdint>
@@ -18,6 +19,7 @@ namespace vornadel
 ///
 /// The hub is closed in any case; after a failure it may still run its ROM code. Blocks for
 /// seconds; stops at the next request or pause after Hub_Abandon().
-bool readFlash(std::vector<std::uint8_t>& flash, FlowReporter& reporter);
+bool readFlash(std::vector<std::uint8_t>& flash, FlowReporter& reporter,
+               const FlowOptions& options = {});
 
 } // namespace vornadel

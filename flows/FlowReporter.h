@@ -1,5 +1,7 @@
 #pragma once
 
+#include "hub/HubFailure.h"
+
 #include <cstdint>
 #include <string>
 
@@ -20,6 +22,13 @@ enum class Cause {
     RequestFailed, ///< the hub did not confirm an erase, a write or a read
     Different,     ///< the data read back differs from the data written
     NotRestarted,  ///< the hub refused the restart, or did not come back from it
+
+    // Only in strict flows:
+    NotErased,    ///< the hub confirmed the erase, but its flash is not blank
+    Unstable,     ///< two reads of the flash differ
+    NotConfirmed, ///< the flash is verified, but the hub does not run what was written
+
+    Interrupted, ///< the flow was asked to stop
 };
 
 /// What a flow will do.
@@ -33,8 +42,11 @@ struct FlowStart {
 struct FlowResult {
     Step step = Step::Restart; ///< the step that failed; the last one after a success
     Cause cause = Cause::None;
-    /// In the flash. Write and Read: of the piece that failed; Verify: of the first different byte.
+    /// In the flash. Write and Read: of the piece that failed; Different, NotErased and Unstable:
+    /// of the first wrong byte.
     std::uint32_t address = 0;
+    std::uint32_t wrongBytes{};            ///< Different, NotErased, Unstable: how many
+    HubFailure failure = HubFailure::None; ///< what the hub did, if that is the reason
 
     bool succeeded() const { return cause == Cause::None; }
     bool operator==(const FlowResult&) const = default;

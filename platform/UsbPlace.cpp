@@ -13,6 +13,12 @@ bool isOneOf(const std::string& path, const UsbPlace& place)
     return !path.empty() && (path == place.own.path || path == place.other.path);
 }
 
+/// Whether a stay that was seen before is still there.
+bool goesOn(const UsbPort& before, const UsbPlace& now)
+{
+    return before.incarnation != 0 && (before == now.own || before == now.other);
+}
+
 /// Whether the first path is written first: the one of the higher bus.
 bool comesFirst(const std::string& path, const std::string& other)
 {
@@ -30,8 +36,7 @@ bool UsbPlace::isSameConnector(const UsbPlace& place) const
 
 bool UsbPlace::hasArrivedSince(const UsbPlace& before) const
 {
-    const UsbPort& then = own.path == before.own.path ? before.own : before.other;
-    return own.path != then.path || own.incarnation != then.incarnation;
+    return !goesOn(before.own, *this) && !goesOn(before.other, *this);
 }
 
 bool UsbPlace::isCalled(const std::string& text) const

@@ -26,7 +26,8 @@ struct UsbPlace {
     bool known() const { return !own.path.empty(); }
     /// Whether both are the same connector. False for places that are not known.
     bool isSameConnector(const UsbPlace& place) const;
-    /// Whether the device at `own` has arrived since `before` was told, by either half.
+    /// Whether the devices of this connector that were there when `before` was told, by either
+    /// half, have all left since.
     bool hasArrivedSince(const UsbPlace& before) const;
     /// Whether this is one of the connector's ports, or both, as text() writes them.
     bool isCalled(const std::string& text) const;
