@@ -1,0 +1,37 @@
+#include "cli/ImageFile.h"
+
+#include <cerrno>
+#include <system_error>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace vornadel
+{
+
+std::string whyUnread(const std::string& path)
+{
+    struct stat info = {};
+    if (::stat(path.c_str(), &info) != 0) {
+        return std::generic_category().message(errno);
+    }
+    if (!S_ISREG(info.st_mode)) {
+        return S_ISDIR(info.st_mode) ? "it is a folder" : "it is not a regular file";
+    }
+    if (::faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) != 0) {
+        return std::generic_category().message(errno);
+    }
+    return info.st_size == 0 ? "it is empty" : "it cannot be read, or is too large";
+}
+
+bool loadImage(FwImage& image, const std::string& path, std::ostream& err)
+{
+    const bool loaded = FwImage_LoadFile(image, path);
+    if (!loaded && image.data == nullptr) {
+        err << path << ": " << whyUnread(path) << '\n';
+    }
+    return loaded;
+}
+
+} // namespace vornadel

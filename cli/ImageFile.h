@@ -1,0 +1,18 @@
+#pragma once
+
+#include "firmware/FwImage.h"
+
+#include <ostream>
+#include <string>
+
+namespace vornadel
+{
+
+/// Why an image file could not be read.
+std::string whyUnread(const std::string& path);
+
+/// Loads an image into a fresh record. Reports why a file could not be read, because the flows
+/// would only call it a wrong firmware file.
+bool loadImage(FwImage& image, const std::string& path, std::ostream& err);
+
+} // namespace vornadel
