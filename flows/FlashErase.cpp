@@ -5,10 +5,13 @@
 namespace vornadel
 {
 
-bool eraseFlash(FlowReporter& reporter)
+bool eraseFlash(FlowReporter& reporter, const FlowOptions& options)
 {
-    FlowRun run({FlowKind::Erase}, reporter);
-    static_cast<void>(run.openRom() && run.erase() && run.restart());
+    FlowRun run({FlowKind::Erase}, reporter, options);
+    if (run.openRom() && run.erase() && run.eraseIsDone()) {
+        run.session().expectAnySerialNumber();
+        run.restart();
+    }
     return run.end();
 }
 

@@ -8,11 +8,12 @@
 namespace vornadel
 {
 
-bool readFlash(std::vector<std::uint8_t>& flash, FlowReporter& reporter)
+bool readFlash(std::vector<std::uint8_t>& flash, FlowReporter& reporter, const FlowOptions& options)
 {
-    FlowRun run({FlowKind::Read}, reporter);
+    FlowRun run({FlowKind::Read}, reporter, options);
     std::vector<std::uint8_t> bytes(kFlashSize);
-    if (run.openRom() && run.read(bytes) && run.restart()) {
+    if (run.openRom() && run.read(bytes) && run.readAgain(bytes) &&
+        (run.restart() || run.isStrict())) {
         flash = std::move(bytes);
     }
     return run.end();

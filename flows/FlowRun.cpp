@@ -5,11 +5,38 @@
 #include "hub/HubTransport.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace vornadel
 {
 
-FlowRun::FlowRun(const FlowStart& start, FlowReporter& reporter) : m_reporter(reporter)
+namespace
+{
+
+/// `cause` with the first place where the two differ, and their number; null causes nothing.
+FlowResult difference(Step step, Cause cause, std::span<const std::uint8_t> expected,
+                      std::span<const std::uint8_t> actual)
+{
+    FlowResult result{.step = step, .cause = Cause::None};
+    for (std::size_t i = expected.size(); i-- > 0;) {
+        if (expected[i] != actual[i]) {
+            result.cause = cause;
+            result.address = static_cast<std::uint32_t>(i);
+            ++result.wrongBytes;
+        }
+    }
+    return result;
+}
+
+FlowResult hubFailure(Step step, Cause cause, std::uint32_t address = 0)
+{
+    return {.step = step, .cause = cause, .address = address, .failure = Hub_LastFailure()};
+}
+
+} // namespace
+
+FlowRun::FlowRun(const FlowStart& start, FlowReporter& reporter, const FlowOptions& options)
+    : m_reporter(reporter), m_stop(options.stop), m_session(options.hub)
 {
     m_reporter.started(start);
 }
@@ -17,13 +44,20 @@ FlowRun::FlowRun(const FlowStart& start, FlowReporter& reporter) : m_reporter(re
 bool FlowRun::openRom()
 {
     m_reporter.stepStarted(Step::Open);
-    return Hub_OpenRomDevice() || fail(Step::Open, Cause::NotOpened);
+    if (isAskedToStop()) {
+        return stop(Step::Open);
+    }
+    if (!Hub_OpenRomDevice()) {
+        return fail(hubFailure(Step::Open, Cause::NotOpened));
+    }
+    return !isAskedToStop() || stop(Step::Open);
 }
 
 bool FlowRun::erase()
 {
     m_reporter.stepStarted(Step::Erase);
-    return Hub_EraseFlash() || fail(Step::Erase, Cause::RequestFailed);
+    m_stop = nullptr; // from here on only the end leaves the hub with working firmware
+    return Hub_EraseFlash() || fail(hubFailure(Step::Erase, Cause::RequestFailed));
 }
 
 bool FlowRun::write(std::span<const std::uint8_t> bytes)
@@ -39,21 +73,52 @@ bool FlowRun::read(std::span<std::uint8_t> bytes)
 bool FlowRun::verify(std::span<const std::uint8_t> written, std::span<const std::uint8_t> readBack)
 {
     m_reporter.stepStarted(Step::Verify);
-    const auto different = std::mismatch(written.begin(), written.end(), readBack.begin()).first;
-    return different == written.end() ||
-           fail(Step::Verify, Cause::Different,
-                static_cast<std::uint32_t>(different - written.begin()));
+    return check(difference(Step::Verify, Cause::Different, written, readBack));
 }
 
 bool FlowRun::restart()
 {
     m_reporter.stepStarted(Step::Restart);
-    return Hub_SwitchMode(HUB_MODE_FLASH) || fail(Step::Restart, Cause::NotRestarted);
+    return Hub_SwitchMode(HUB_MODE_FLASH) || fail(hubFailure(Step::Restart, Cause::NotRestarted));
 }
 
-bool FlowRun::fail(Step step, Cause cause, std::uint32_t address)
+bool FlowRun::readAgain(std::span<const std::uint8_t> bytes)
 {
-    m_result = {step, cause, address};
+    std::vector<std::uint8_t> again(bytes.size());
+    return !isStrict() || (readSilently(Step::Read, again) &&
+                           check(difference(Step::Read, Cause::Unstable, bytes, again)));
+}
+
+bool FlowRun::eraseIsDone()
+{
+    const std::vector<std::uint8_t> blank(kFlashSize, kFlashBlank);
+    std::vector<std::uint8_t> flash(kFlashSize);
+    return !isStrict() || (readSilently(Step::Erase, flash) &&
+                           check(difference(Step::Erase, Cause::NotErased, blank, flash)));
+}
+
+bool FlowRun::runsVersion(std::uint16_t version)
+{
+    if (!isStrict()) {
+        return true;
+    }
+    HubStatusBlock block{};
+    FlowResult result{.step = Step::Restart, .cause = Cause::NotConfirmed};
+    if (Hub_ReadStatusBlock(block) != 0) {
+        result.failure = Hub_LastFailure();
+    } else if (romCodeRunsBy(block)) {
+        result.failure = HubFailure::NoFlashCode;
+    } else if (firmwareVersionIn(block) != version) {
+        result.failure = HubFailure::OtherVersion;
+    } else {
+        result.cause = Cause::None;
+    }
+    return check(result);
+}
+
+bool FlowRun::fail(const FlowResult& result)
+{
+    m_result = result;
     return false;
 }
 
@@ -70,16 +135,45 @@ bool FlowRun::transferAll(Step step, std::span<Byte> bytes, Transfer transfer)
 {
     m_reporter.stepStarted(step);
     for (std::size_t done = 0; done < bytes.size();) {
+        if (isAskedToStop()) {
+            return stop(step);
+        }
         const std::size_t length = std::min<std::size_t>(kFlashPiece, bytes.size() - done);
         const auto address = static_cast<std::uint32_t>(done);
         if (transfer(address, bytes.subspan(done, length)) != 0) {
-            return fail(step, Cause::RequestFailed, address);
+            return fail(hubFailure(step, Cause::RequestFailed, address));
         }
         done += length;
         m_reporter.progressed(static_cast<std::int32_t>(done),
                               static_cast<std::int32_t>(bytes.size()));
     }
     return true;
+}
+
+/// Reads the flash from address 0 on, as part of a step that has begun.
+bool FlowRun::readSilently(Step step, std::span<std::uint8_t> bytes)
+{
+    for (std::size_t done = 0; done < bytes.size(); done += kFlashPiece) {
+        const std::size_t length = std::min<std::size_t>(kFlashPiece, bytes.size() - done);
+        const auto address = static_cast<std::uint32_t>(done);
+        if (Hub_ReadFlash(address, bytes.subspan(done, length)) != 0) {
+            return fail(hubFailure(step, Cause::RequestFailed, address));
+        }
+    }
+    return true;
+}
+
+bool FlowRun::check(const FlowResult& result) { return result.succeeded() || fail(result); }
+
+bool FlowRun::isAskedToStop() const { return m_stop != nullptr && *m_stop; }
+
+/// Ends the flow as asked. A hub that it restarted runs its firmware again afterwards.
+bool FlowRun::stop(Step step)
+{
+    const bool isBack = !m_session.hasRestarted() || Hub_SwitchMode(HUB_MODE_FLASH);
+    return fail({.step = step,
+                 .cause = Cause::Interrupted,
+                 .failure = isBack ? HubFailure::None : Hub_LastFailure()});
 }
 
 } // namespace vornadel

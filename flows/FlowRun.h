@@ -1,5 +1,6 @@
 #pragma once
 
+#include "flows/FlowOptions.h"
 #include "flows/FlowReporter.h"
 
 #include <cstdint>
@@ -13,7 +14,7 @@ namespace vornadel
 class FlowRun
 {
 public:
-    FlowRun(const FlowStart& start, FlowReporter& reporter);
+    FlowRun(const FlowStart& start, FlowReporter& reporter, const FlowOptions& options);
     FlowRun(const FlowRun&) = delete;
     FlowRun& operator=(const FlowRun&) = delete;
 
@@ -24,8 +25,17 @@ public:
     bool verify(std::span<const std::uint8_t> written, std::span<const std::uint8_t> readBack);
     bool restart();
 
+    // In a strict flow; otherwise they do nothing and return true:
+    bool readAgain(std::span<const std::uint8_t> bytes); ///< compares with the first read
+    bool eraseIsDone();                                  ///< whether the flash is blank
+    bool runsVersion(std::uint16_t version); ///< whether the hub runs this firmware, after
+                                             ///< restart()
+
+    bool isStrict() const { return m_session.isStrict(); }
+    HubSession& session() { return m_session; }
+
     /// Records a failure and returns false.
-    bool fail(Step step, Cause cause, std::uint32_t address = 0);
+    bool fail(const FlowResult& result);
 
     /// Reports the result, closes the hub, and returns whether the flow succeeded. Call it on every
     /// path out.
@@ -34,8 +44,14 @@ public:
 private:
     template <typename Byte, typename Transfer>
     bool transferAll(Step step, std::span<Byte> bytes, Transfer transfer);
+    bool readSilently(Step step, std::span<std::uint8_t> bytes);
+    bool check(const FlowResult& result);
+    bool isAskedToStop() const;
+    bool stop(Step step);
 
     FlowReporter& m_reporter;
+    const std::atomic<bool>* m_stop;
+    HubSession m_session;
     FlowResult m_result;
 };
 

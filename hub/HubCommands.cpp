@@ -1,6 +1,8 @@
 #include "hub/HubCommands.h"
 
 #include "base/LastError.h"
+#include "hub/HubFailure.h"
+#include "hub/HubSession.h"
 #include "hub/HubTransport.h"
 #include "hub/VendorRequests.h"
 
@@ -30,6 +32,7 @@ constexpr Clock::Duration kAttemptPause = 128ms;
 constexpr int kReopenAttempts = 20;
 constexpr Clock::Duration kReopenPause = 2s;
 constexpr Clock::Duration kQuickReopenPause = 1s;
+constexpr Clock::Duration kPatience = 1s; // with someone who looks at the hub
 
 struct ModeCommand {
     std::uint8_t mode;
@@ -75,6 +78,15 @@ bool sendModeCommandPatiently(std::uint8_t mode)
     return false;
 }
 
+bool isStrict()
+{
+    const HubSession* const session = HubSession::ofThisThread();
+    return session != nullptr && session->isStrict();
+}
+
+// In a strict session the place is locked, so who has the hub open only looks at it, and soon ends.
+bool openAtFirst() { return isStrict() ? Hub_AwaitDevice(kPatience, false) : Hub_OpenDevice(); }
+
 } // namespace
 
 std::uint16_t firmwareVersionIn(const HubStatusBlock& block)
@@ -117,8 +129,12 @@ bool Hub_SendModeCommand(std::uint8_t mode)
 bool Hub_SwitchMode(std::uint8_t mode)
 {
     const Clock::Duration pause = reopenPause(mode);
+    Hub_BeginRestart();
     if (!sendModeCommandPatiently(mode)) {
         return false;
+    }
+    if (isStrict()) {
+        return Hub_AwaitDevice(kReopenAttempts * pause, true);
     }
     for (int attempt = 0; attempt < kReopenAttempts; ++attempt) {
         Hub_Pause(pause);
@@ -131,7 +147,7 @@ bool Hub_SwitchMode(std::uint8_t mode)
 
 bool Hub_OpenRomDevice()
 {
-    if (!Hub_OpenDevice()) {
+    if (!openAtFirst()) {
         return false;
     }
     if (Hub_IsRomMode()) {
@@ -144,6 +160,7 @@ bool Hub_OpenRomDevice()
         return true;
     }
     LastError = kNoRomCode;
+    setLastFailure(HubFailure::NoRomCode);
     Hub_CloseDevice();
     return false;
 }

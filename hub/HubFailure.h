@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/UsbBus.h"
+
 namespace vornadel
 {
 
@@ -27,7 +29,9 @@ enum class HubFailure {
 /// Why the calling thread's last failed operation on the hub failed; None if none has failed yet.
 HubFailure Hub_LastFailure();
 
-/// For the functions of this room.
+// For the functions of this room:
+
 void setLastFailure(HubFailure failure);
+HubFailure failureOfOpen(UsbOpenStatus status); ///< of an open on a device
 
 } // namespace vornadel

@@ -10,6 +10,18 @@
 namespace vornadel
 {
 
+/// Which hub a flow works on, and how strictly.
+struct HubSessionOptions {
+    /// Where the hub is; not known: the first supported hub in the bus's order is taken.
+    UsbPlace place = {};
+    /// True: only a hub at that place will do, only with the serial number that it had or may have
+    /// by now, and only in another stay than before its restart, for which Hub_SwitchMode() waits.
+    /// False: Hub_SwitchMode() sleeps its fixed pauses, and a hub elsewhere will do if it was not
+    /// attached when the session began.
+    bool strict = false;
+    bool locks = true; ///< false: takes no lock and heeds none
+};
+
 /// Keeps one flow at one hub. The first Hub_OpenDevice() of the session's thread decides on the
 /// place, and locks it for this process and all others. Every later one looks for the hub there. A
 /// hub that stood beside it gets no request.
@@ -19,16 +31,7 @@ namespace vornadel
 class HubSession
 {
 public:
-    struct Options {
-        /// Where the hub is; not known: the first supported hub in the bus's order is taken.
-        UsbPlace place = {};
-        /// True: only a hub at that place will do, only with the serial number it had (or one of
-        /// expect()), and only in another stay than before its restart, for which
-        /// Hub_SwitchMode() waits. False: Hub_SwitchMode() sleeps its fixed pauses, and a hub
-        /// elsewhere will do if it was not attached when the session began.
-        bool strict = false;
-        bool locks = true; ///< false: takes no lock and heeds none
-    };
+    using Options = HubSessionOptions;
 
     explicit HubSession(Options options = {});
     HubSession(const HubSession&) = delete;
@@ -38,41 +41,49 @@ public:
     bool isStrict() const { return m_options.strict; }
     /// Of the hub that is open, or was open last; not known before the first open.
     const UsbPlace& place() const { return m_place; }
-    /// Who has the place, after an open that found it locked.
+    /// Whether the last open found the place locked by someone else.
+    bool isTaken() const { return m_isTaken; }
+    /// Who has the place, if it is taken.
     const PlaceOwner& owner() const { return m_owner; }
 
-    /// The hub may come back from its next restart with these ids and this serial number.
-    void expect(std::uint16_t vendorId, std::uint16_t superSpeedId, std::uint16_t highSpeedId,
-                std::string serialNumber);
+    /// Whether a restart of the hub has been asked for.
+    bool hasRestarted() const { return m_hasRestarted; }
+
+    /// The hub may come back with this serial number, because its new firmware says so.
+    void expectSerialNumber(std::string text) { m_expected = {std::move(text)}; }
+    /// The hub may come back with any serial number, because the flash that said it is blank.
+    void expectAnySerialNumber() { m_expected = {}; }
 
     // For the transport:
 
     /// The session of the calling thread; null if there is none.
     static HubSession* ofThisThread();
-    /// Opens this session's hub. `hub` is set when it is open; otherwise the last failure is.
-    UsbOpenStatus open(UsbBus& bus, std::unique_ptr<UsbDevice>& hub);
+    /// Opens this session's hub out of a search from its beginning. `hub` is set when it is open;
+    /// otherwise the last failure is.
+    UsbOpenStatus open(UsbSearch& search, std::unique_ptr<UsbDevice>& hub, PlaceLocks& locks);
     /// From now on the stay of the open hub is over, and only the next one will do.
     void beginRestart(const UsbDevice& hub);
 
 private:
-    struct Expected {
-        std::uint16_t vendorId{};
-        std::uint16_t superSpeedId{};
-        std::uint16_t highSpeedId{};
-        std::string serialNumber{};
-    };
-    struct Found; // the supported hubs of one search
+    using Devices = std::vector<std::unique_ptr<UsbDevice>>;
 
-    bool lockPlace(UsbBus& bus, const UsbPlace& place);
+    std::unique_ptr<UsbDevice> choose(Devices& devices);
+    std::unique_ptr<UsbDevice> chooseStrictly(Devices& devices);
+    std::unique_ptr<UsbDevice> chooseAnywhere(Devices& devices);
+    bool mayHaveSerialNumber(const std::string& text) const;
+    bool lockPlace(PlaceLocks& locks, const UsbPlace& place);
 
     Options m_options;
+    std::vector<UsbPlace> m_placesAtStart{}; // of the supported hubs
+    bool m_hasBegun = false;                 // those are known
     UsbPlace m_place{};
     std::string m_serialNumber{};
-    std::optional<Expected> m_expected;
-    std::optional<UsbPlace> m_leaving; // the place as it was before the restart under way
-    std::vector<UsbPlace> m_placesAtStart{};
-    bool m_begun = false;
+    std::optional<std::string> m_expected{""}; // another serial number for it; none: any
+    std::optional<UsbPlace> m_leaving;         // as it was before the restart under way
+    bool m_hasRestarted = false;
+    UsbPlace m_lockedPlace{};
     std::unique_ptr<PlaceLock> m_lock;
+    bool m_isTaken = false;
     PlaceOwner m_owner{};
 };
 

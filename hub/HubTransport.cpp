@@ -1,10 +1,15 @@
 #include "hub/HubTransport.h"
 
 #include "base/LastError.h"
+#include "hub/HubFailure.h"
+#include "hub/HubSearch.h"
+#include "hub/HubSession.h"
 #include "hub/SupportedIds.h"
 #include "hub/VendorRequests.h"
 
+#include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -18,9 +23,10 @@ namespace
 {
 
 constexpr int kNoDeviceList = 2;
-constexpr int kNoPlugIn = 3;
-constexpr int kNoInterface = 4;
 constexpr int kNoHubOpened = 5;
+
+// Between two opens of a hub that is there and refuses.
+constexpr Clock::Duration kRetryPause = std::chrono::milliseconds(50);
 
 struct Transport {
     std::atomic<UsbBus*> bus{nullptr};
@@ -101,55 +107,87 @@ std::unique_ptr<UsbSearch> beginSearch()
     return search;
 }
 
-// The next supported hub of the search, or null at its end.
-std::unique_ptr<UsbDevice> nextSupported(UsbSearch& search)
-{
-    for (;;) {
-        std::unique_ptr<UsbDevice> device;
-        switch (search.next(device)) {
-        case UsbSearch::Step::NoPlugIn:
-            LastError = kNoPlugIn;
-            break;
-        case UsbSearch::Step::NoInterface:
-            LastError = kNoInterface;
-            break;
-        case UsbSearch::Step::Device: {
-            const std::uint16_t vendorId = device->vendorId();
-            const std::uint16_t productId = device->productId();
-            if (FindSupportedId(vendorId, productId)) {
-                return device;
-            }
-            break;
-        }
-        case UsbSearch::Step::End:
-            return nullptr;
-        }
-    }
-}
-
 thread_local UsbOpenStatus lastOpenStatus = UsbOpenStatus::Other;
 
-// Opens the first supported hub. `hub` is set when it is open; otherwise LastError is.
-UsbOpenStatus openFirstSupported(std::unique_ptr<UsbDevice>& hub)
+UsbOpenStatus openFirstSupported(UsbSearch& search, std::unique_ptr<UsbDevice>& hub)
 {
-    const std::unique_ptr<UsbSearch> search = beginSearch();
-    if (search == nullptr) {
-        return UsbOpenStatus::Other;
+    std::unique_ptr<UsbDevice> found = nextSupportedDevice(search);
+    if (found == nullptr) {
+        setLastFailure(HubFailure::NoHub);
+        return UsbOpenStatus::Gone;
     }
-    std::unique_ptr<UsbDevice> found = nextSupported(*search);
-    UsbOpenStatus status = UsbOpenStatus::Gone;
-    if (transport().abandoned) {
-        status = UsbOpenStatus::Other;
-    } else if (found != nullptr) {
-        status = found->open();
-    }
+    const UsbOpenStatus status = found->open();
     if (status == UsbOpenStatus::Opened) {
         hub = std::move(found);
     } else {
+        setLastFailure(failureOfOpen(status));
+    }
+    return status;
+}
+
+// Opens the session's hub, or the first supported one. `hub` is set when it is open; otherwise
+// LastError is.
+UsbOpenStatus openHub(std::unique_ptr<UsbDevice>& hub)
+{
+    const std::unique_ptr<UsbSearch> search = beginSearch();
+    if (search == nullptr) {
+        setLastFailure(HubFailure::NotOpened);
+        return UsbOpenStatus::Other;
+    }
+    UsbOpenStatus status = UsbOpenStatus::Other;
+    if (transport().abandoned) {
+        setLastFailure(HubFailure::Abandoned);
+    } else if (HubSession* const session = HubSession::ofThisThread()) {
+        status = session->open(*search, hub, transport().bus.load()->placeLocks());
+    } else {
+        status = openFirstSupported(*search, hub);
+    }
+    if (hub == nullptr) {
         LastError = kNoHubOpened;
     }
     return status;
 }
+
+HubFailure meaningOf(UsbFailure failure)
+{
+    switch (failure) {
+    case UsbFailure::Stalled:
+        return HubFailure::Stalled;
+    case UsbFailure::Short:
+        return HubFailure::Short;
+    case UsbFailure::Gone:
+        return HubFailure::Unplugged;
+    case UsbFailure::TimedOut:
+        return HubFailure::TimedOut;
+    case UsbFailure::Other:
+        break;
+    }
+    return HubFailure::NotAnswered;
+}
+
+/// Counts the bus's events while it lives, and wakes who waits for the next one.
+class BusEvents
+{
+public:
+    BusEvents(UsbBus& bus, Clock& clock) : m_bus(bus)
+    {
+        m_areReported = bus.watch([count = m_count, &clock](UsbEvent) {
+            ++*count;
+            clock.wake();
+        });
+    }
+    BusEvents(const BusEvents&) = delete;
+    BusEvents& operator=(const BusEvents&) = delete;
+    ~BusEvents() { m_bus.unwatch(); }
+
+    bool areReported() const { return m_areReported; }
+    unsigned count() const { return *m_count; }
+
+private:
+    UsbBus& m_bus;
+    std::shared_ptr<std::atomic<unsigned>> m_count = std::make_shared<std::atomic<unsigned>>(0);
+    bool m_areReported = false;
+};
 
 } // namespace
 
@@ -171,7 +209,7 @@ bool Hub_FindDevice()
     if (search == nullptr) {
         return false;
     }
-    const bool found = nextSupported(*search) != nullptr;
+    const bool found = nextSupportedDevice(*search) != nullptr;
     search->release();
     return found;
 }
@@ -179,12 +217,14 @@ bool Hub_FindDevice()
 bool Hub_OpenDevice()
 {
     if (transport().abandoned || !claim()) {
-        lastOpenStatus = transport().abandoned ? UsbOpenStatus::Other : UsbOpenStatus::Busy;
+        const bool isEnding = transport().abandoned;
+        lastOpenStatus = isEnding ? UsbOpenStatus::Other : UsbOpenStatus::Busy;
+        setLastFailure(isEnding ? HubFailure::Abandoned : HubFailure::Busy);
         LastError = kNoHubOpened;
         return false;
     }
     std::unique_ptr<UsbDevice> hub;
-    lastOpenStatus = openFirstSupported(hub);
+    lastOpenStatus = openHub(hub);
     if (hub == nullptr) {
         endClaim();
         return false;
@@ -223,9 +263,47 @@ std::uint32_t Hub_ControlRequest(ControlRequest request)
         return kHubNotOpen;
     }
     if (transport().abandoned) {
+        setLastFailure(HubFailure::Abandoned);
         return kHubAbandoned;
     }
-    return hub->control(request);
+    const std::uint32_t status = hub->control(request);
+    if (status != 0) {
+        setLastFailure(meaningOf(hub->failureOf(status)));
+    }
+    return status;
+}
+
+void Hub_BeginRestart()
+{
+    HubSession* const session = HubSession::ofThisThread();
+    const UsbDevice* const hub = ownHub();
+    if (session != nullptr && hub != nullptr) {
+        session->beginRestart(*hub);
+    }
+}
+
+bool Hub_AwaitDevice(Clock::Duration limit, bool evenIfAbsent)
+{
+    Clock& clock = *transport().clock;
+    const BusEvents events(*transport().bus, clock);
+    const Clock::Duration end = clock.now() + limit;
+    for (;;) {
+        const unsigned seen = events.count();
+        if (Hub_OpenDevice()) {
+            return true;
+        }
+        const Clock::Duration left = end - clock.now();
+        const bool isAbsent = lastOpenStatus == UsbOpenStatus::Gone;
+        const HubSession* const session = HubSession::ofThisThread();
+        const bool isTaken = session != nullptr && session->isTaken();
+        if (transport().abandoned || left <= Clock::Duration(0) || isTaken ||
+            (isAbsent && !evenIfAbsent)) {
+            return false;
+        }
+        const bool sleepsOn = isAbsent && events.areReported();
+        clock.sleepUntil([&] { return events.count() != seen; },
+                         sleepsOn ? left : std::min(left, kRetryPause));
+    }
 }
 
 void Hub_Pause(Clock::Duration pause)

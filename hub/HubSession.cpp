@@ -1,0 +1,144 @@
+#include "hub/HubSession.h"
+
+#include "hub/HubFailure.h"
+#include "hub/HubSearch.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vornadel
+{
+
+namespace
+{
+
+thread_local HubSession* current = nullptr;
+
+} // namespace
+
+HubSession::HubSession(Options options) : m_options(std::move(options)), m_place(m_options.place)
+{
+    current = this;
+}
+
+HubSession::~HubSession() { current = nullptr; }
+
+HubSession* HubSession::ofThisThread() { return current; }
+
+UsbOpenStatus HubSession::open(UsbSearch& search, std::unique_ptr<UsbDevice>& hub,
+                               PlaceLocks& locks)
+{
+    Devices devices;
+    while (std::unique_ptr<UsbDevice> device = nextSupportedDevice(search)) {
+        devices.push_back(std::move(device));
+    }
+    if (!std::exchange(m_hasBegun, true)) {
+        for (const auto& device : devices) {
+            m_placesAtStart.push_back(device->place());
+        }
+    }
+    std::unique_ptr<UsbDevice> chosen = choose(devices);
+    if (chosen == nullptr) {
+        return UsbOpenStatus::Gone;
+    }
+    const UsbPlace place = chosen->place();
+    m_isTaken = !lockPlace(locks, place);
+    if (m_isTaken) {
+        setLastFailure(HubFailure::Busy);
+        return UsbOpenStatus::Busy;
+    }
+    const UsbOpenStatus status = chosen->open();
+    if (status != UsbOpenStatus::Opened) {
+        setLastFailure(failureOfOpen(status));
+        return status;
+    }
+    m_place = place;
+    m_leaving.reset();
+    if (const std::string text = chosen->texts().serialNumber; !text.empty()) {
+        m_serialNumber = text;
+    }
+    hub = std::move(chosen);
+    return status;
+}
+
+void HubSession::beginRestart(const UsbDevice& hub)
+{
+    m_leaving = hub.place();
+    m_hasRestarted = true;
+}
+
+/// The device to open. If there is none, the last failure is set.
+std::unique_ptr<UsbDevice> HubSession::choose(Devices& devices)
+{
+    if (m_place.known()) {
+        return m_options.strict ? chooseStrictly(devices) : chooseAnywhere(devices);
+    }
+    if (devices.empty()) {
+        setLastFailure(HubFailure::NoHub);
+        return nullptr;
+    }
+    return std::move(devices.front());
+}
+
+std::unique_ptr<UsbDevice> HubSession::chooseStrictly(Devices& devices)
+{
+    setLastFailure(m_leaving ? HubFailure::NotReturned : HubFailure::NoHub);
+    for (auto& device : devices) {
+        const UsbPlace place = device->place();
+        if (!place.isSameConnector(m_place)) {
+            continue;
+        }
+        if (m_leaving && !place.hasArrivedSince(*m_leaving)) {
+            setLastFailure(HubFailure::NotRestarted);
+        } else if (!mayHaveSerialNumber(device->texts().serialNumber)) {
+            setLastFailure(HubFailure::AnotherHub);
+        } else {
+            return std::move(device);
+        }
+    }
+    return nullptr;
+}
+
+std::unique_ptr<UsbDevice> HubSession::chooseAnywhere(Devices& devices)
+{
+    const auto isHere = [this](const auto& device) {
+        return device->place().isSameConnector(m_place);
+    };
+    const auto isNew = [this](const auto& device) {
+        const UsbPlace place = device->place();
+        return std::none_of(m_placesAtStart.begin(), m_placesAtStart.end(),
+                            [&](const UsbPlace& before) { return before.isSameConnector(place); });
+    };
+    auto found = std::find_if(devices.begin(), devices.end(), isHere);
+    if (found == devices.end()) {
+        found = std::find_if(devices.begin(), devices.end(), isNew);
+    }
+    if (found == devices.end()) {
+        setLastFailure(m_leaving ? HubFailure::NotReturned : HubFailure::NoHub);
+        return nullptr;
+    }
+    return std::move(*found);
+}
+
+bool HubSession::mayHaveSerialNumber(const std::string& text) const
+{
+    return text.empty() || m_serialNumber.empty() || text == m_serialNumber || !m_expected ||
+           text == *m_expected;
+}
+
+/// Locks the place unless this session has it already.
+bool HubSession::lockPlace(PlaceLocks& locks, const UsbPlace& place)
+{
+    if (!m_options.locks || !place.known() || m_lockedPlace.isSameConnector(place)) {
+        return true;
+    }
+    std::unique_ptr<PlaceLock> lock = locks.lock(place, m_owner);
+    if (lock == nullptr) {
+        return false;
+    }
+    m_lock = std::move(lock);
+    m_lockedPlace = place;
+    return true;
+}
+
+} // namespace vornadel
