@@ -38,7 +38,7 @@ constexpr std::array<BlockByte, 34> kConfiguration = {{
 }};
 
 constexpr std::size_t kStrings = 43;
-constexpr std::array<std::string_view, 3> kStringTexts = {"Vornadel", "Demo Hub", "SN0001"};
+constexpr std::array<std::string_view, 2> kStringTexts = {"Vornadel", "Demo Hub"};
 
 constexpr std::size_t kContainerId = 78;
 constexpr std::array<std::uint8_t, 16> kContainerIdBytes = {
@@ -81,7 +81,14 @@ void putBanner(std::vector<std::uint8_t>& image, std::uint16_t version)
     image[kBanner + text.size()] = 0x00;
 }
 
-void putBlock(std::vector<std::uint8_t>& image)
+/// For example "SN0001".
+std::string serialNumber(unsigned hub)
+{
+    const std::string digits = std::to_string(hub);
+    return "SN" + std::string(4 - digits.size(), '0') + digits;
+}
+
+void putBlock(std::vector<std::uint8_t>& image, unsigned hub)
 {
     const auto block = image.begin() + kBlock;
     std::fill_n(block, 256, std::uint8_t{0x00});
@@ -90,17 +97,21 @@ void putBlock(std::vector<std::uint8_t>& image)
         image[kBlock + byte.offset] = byte.value;
     }
     auto string = block + kStrings;
-    for (const std::string_view text : kStringTexts) {
+    const std::string serial = serialNumber(hub);
+    for (const std::string_view text :
+         {kStringTexts[0], kStringTexts[1], std::string_view(serial)}) {
         *string++ = static_cast<std::uint8_t>(text.size() + 2);
         *string++ = 3;
         string = std::copy(text.begin(), text.end(), string);
     }
     std::copy(kContainerIdBytes.begin(), kContainerIdBytes.end(), block + kContainerId);
+    image[kBlock + kContainerId + kContainerIdBytes.size() - 1] +=
+        static_cast<std::uint8_t>(hub - 1);
 }
 
 } // namespace
 
-std::vector<std::uint8_t> demoImage(std::uint16_t version)
+std::vector<std::uint8_t> demoImage(std::uint16_t version, unsigned hub)
 {
     std::vector<std::uint8_t> image(kSimulatedFlashSize, 0xFF);
     putCode(image, 0, kCodeEnd, kCodeSeed);
@@ -108,7 +119,7 @@ std::vector<std::uint8_t> demoImage(std::uint16_t version)
     putBanner(image, version);
     image[kBlock - 7] = static_cast<std::uint8_t>(version >> 8);
     image[kBlock - 6] = static_cast<std::uint8_t>(version & 0xFF);
-    putBlock(image);
+    putBlock(image, hub);
     return image;
 }
 

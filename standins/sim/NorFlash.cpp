@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <string_view>
 #include <utility>
 
 namespace vornadel
@@ -12,6 +13,11 @@ namespace
 
 constexpr std::size_t kBlockStep = 256;
 constexpr std::size_t kVersionBefore = 7;
+constexpr std::size_t kStringsAt = 43;
+constexpr std::size_t kStringsLength = 35;
+constexpr std::size_t kStringHeader = 2;
+constexpr std::size_t kContainerIdAt = 78;
+constexpr std::size_t kContainerIdLength = 16;
 constexpr std::array<std::array<std::uint8_t, 2>, 3> kSignatures = {
     {{0xAA, 0x55}, {0x3C, 0xC3}, {0x55, 0xAA}}};
 
@@ -27,6 +33,42 @@ bool signatureAt(std::span<const std::uint8_t> flash, std::size_t offset)
     });
 }
 
+/// Takes the next string off the area: a byte with the length of the text plus 2, a type byte, and
+/// the text in Latin-1. Empty if the length cannot be right; then nothing can follow either.
+std::string nextString(std::span<const std::uint8_t>& area)
+{
+    const std::size_t length = area.empty() ? 0 : area[0];
+    if (length < kStringHeader || length > area.size()) {
+        area = {};
+        return {};
+    }
+    std::string text;
+    for (const std::uint8_t character : area.first(length).subspan(kStringHeader)) {
+        if (character >= 0x80) {
+            text += static_cast<char>(0xC0 | (character >> 6));
+            text += static_cast<char>(0x80 | (character & 0x3F));
+        } else {
+            text += static_cast<char>(character);
+        }
+    }
+    area = area.subspan(length);
+    return text;
+}
+
+std::string containerIdText(std::span<const std::uint8_t> bytes)
+{
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    std::string text = "{";
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        if (i == 4 || i == 6 || i == 8 || i == 10) {
+            text += '-';
+        }
+        text += kDigits[bytes[i] >> 4];
+        text += kDigits[bytes[i] & 0x0F];
+    }
+    return text + '}';
+}
+
 } // namespace
 
 std::optional<FlashIdentity> findFlashIdentity(std::span<const std::uint8_t> flash)
@@ -40,9 +82,19 @@ std::optional<FlashIdentity> findFlashIdentity(std::span<const std::uint8_t> fla
             return std::nullopt;
         }
         return FlashIdentity{wordAt(flash, block - kVersionBefore), wordAt(flash, block + 2),
-                             wordAt(flash, block + 4), wordAt(flash, block + 6)};
+                             wordAt(flash, block + 4), wordAt(flash, block + 6), block};
     }
     return std::nullopt;
+}
+
+FlashTexts readFlashTexts(std::span<const std::uint8_t> flash, std::size_t block)
+{
+    std::span<const std::uint8_t> strings = flash.subspan(block + kStringsAt, kStringsLength);
+    nextString(strings); // the manufacturer
+    std::string product = nextString(strings);
+    std::string serialNumber = nextString(strings);
+    return {std::move(product), std::move(serialNumber),
+            containerIdText(flash.subspan(block + kContainerIdAt, kContainerIdLength))};
 }
 
 NorFlash::NorFlash() : m_bytes(kSimulatedFlashSize, 0xFF) {}

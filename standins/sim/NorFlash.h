@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace vornadel
@@ -18,6 +19,14 @@ struct FlashIdentity {
     std::uint16_t vendorId = 0;
     std::uint16_t superSpeedId = 0;
     std::uint16_t highSpeedId = 0;
+    std::size_t block = 0; ///< offset of the descriptor block
+};
+
+/// What the hub says of itself with an image in its flash. Empty: the image says nothing.
+struct FlashTexts {
+    std::string product; ///< in UTF-8, like the serial number
+    std::string serialNumber;
+    std::string containerId; ///< "{8-4-4-4-12}", lower-case hex digits in the order of the bytes
 };
 
 /// Looks for the descriptor block as the controller does at power-on: in 256-byte steps from the
@@ -25,6 +34,9 @@ struct FlashIdentity {
 /// match wins. Empty if there is none, or if it is at offset 0, where no firmware and no version
 /// word can precede it: then the controller has nothing to run.
 std::optional<FlashIdentity> findFlashIdentity(std::span<const std::uint8_t> flash);
+
+/// The texts of the descriptor block at offset `block`, which findFlashIdentity() has found.
+FlashTexts readFlashTexts(std::span<const std::uint8_t> flash, std::size_t block);
 
 /// A NOR flash: erasing sets every bit, programming can only clear bits. Not thread-safe.
 class NorFlash

@@ -46,6 +46,21 @@ TEST(FlashIdentity, IsFoundByEachOfTheThreeSignatures)
     EXPECT_FALSE(findFlashIdentity(imageWithBlockAt(0, 0xAA, 0x55))); // no room for firmware
 }
 
+TEST(FlashTexts, EndAtTheFirstLengthThatCannotBeRight)
+{
+    Bytes image(kFlashSize, 0xFF);
+    const auto textsWith = [&](const Bytes& strings) {
+        std::fill_n(image.begin() + 0x7E00 + 43, 35, std::uint8_t{0});
+        std::copy(strings.begin(), strings.end(), image.begin() + 0x7E00 + 43);
+        const FlashTexts texts = readFlashTexts(image, 0x7E00);
+        return texts.product + '|' + texts.serialNumber;
+    };
+    EXPECT_EQ(textsWith({3, 3, 'M', 4, 3, 'P', 0xE9, 3, 3, 'S'}), "P\xC3\xA9|S");
+    EXPECT_EQ(textsWith({2, 3, 2, 3, 29, 3, 'x'}), "|" + ('x' + std::string(26, '\0')));
+    EXPECT_EQ(textsWith({2, 3, 3, 3, 'P', 31, 3, 'x'}), "P|");
+    EXPECT_EQ(textsWith({1, 3, 3, 3, 'P', 3, 3, 'S'}), "|");
+}
+
 TEST(FlashIdentity, ComesFromTheBlockNearestTheEnd)
 {
     Bytes image = imageWithBlockAt(0x1000, 0xAA, 0x55);
