@@ -9,7 +9,7 @@ SimulatedHubFlag::SimulatedHubFlag(CLI::App& app)
     : m_option(app.add_flag("--simulated-hub", m_text,
                             "Work on the built-in simulated hub;\n"
                             "=KEY=VALUE,... configures it, with the keys\n"
-                            "image, latency, mode, ids and fault"))
+                            "hubs, image, latency, mode, ids and fault"))
 {
     // Otherwise the last of several would silently win.
     m_option->multi_option_policy(CLI::MultiOptionPolicy::Throw);

@@ -4,7 +4,9 @@
 #include "base/WholeFile.h"
 #include "standins/sim/NorFlash.h"
 
+#include <array>
 #include <cerrno>
+#include <charconv>
 #include <cstddef>
 #include <cstdlib>
 #include <filesystem>
@@ -74,6 +76,27 @@ fs::path resolvedPath(const std::string& path, std::error_code& code)
 int openLock(const std::string& name)
 {
     return ::open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, kLockFileMode);
+}
+
+/// The process id in a lock file; 0 if there is none.
+std::int64_t readOwner(int file)
+{
+    std::array<char, 24> text{};
+    const ssize_t count = ::pread(file, text.data(), text.size(), 0);
+    std::int64_t process = 0;
+    if (count > 0) {
+        std::from_chars(text.data(), text.data() + count, process);
+    }
+    return process;
+}
+
+/// Best effort: without it the lock holds as well, but others cannot tell who has it.
+void writeOwner(int file)
+{
+    const std::string text = std::to_string(::getpid()) + '\n';
+    if (::ftruncate(file, 0) == 0) {
+        static_cast<void>(::pwrite(file, text.data(), text.size(), 0) > 0);
+    }
 }
 
 std::string folderOf(const std::string& path)
@@ -170,7 +193,14 @@ bool FlashFile::store(const std::vector<std::uint8_t>& bytes, std::string& error
     return saveWholeFile(m_path, bytes, problem) || fail(error, "cannot write " + problem);
 }
 
-bool FlashFile::lock() { return lock(LOCK_EX | LOCK_NB); }
+bool FlashFile::lock()
+{
+    if (!lock(LOCK_EX | LOCK_NB)) {
+        return false;
+    }
+    writeOwner(m_lock);
+    return true;
+}
 
 bool FlashFile::lock(int operation)
 {
@@ -194,9 +224,25 @@ bool FlashFile::lock(int operation)
 void FlashFile::unlock()
 {
     if (locked()) {
+        static_cast<void>(::ftruncate(m_lock, 0) == 0);
         ::close(m_lock);
         m_lock = -1;
     }
+}
+
+std::int64_t FlashFile::owner() const
+{
+    if (locked()) {
+        return ::getpid();
+    }
+    const Descriptor file(openLock(m_path + ".lock"));
+    const std::int64_t process = file.valid() ? readOwner(file.get()) : 0;
+    if (process == 0 || ::flock(file.get(), LOCK_EX | LOCK_NB) != 0) {
+        return process;
+    }
+    // The owner has died. Its number must not be told of the next one.
+    static_cast<void>(::ftruncate(file.get(), 0) == 0);
+    return 0;
 }
 
 std::string defaultFlashFile()

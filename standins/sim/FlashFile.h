@@ -9,7 +9,8 @@ namespace vornadel
 {
 
 /// The file that keeps the simulated flash between runs. A lock file beside it (its name with
-/// ".lock" appended) makes sure that only one program at a time has the hub open. Not thread-safe.
+/// ".lock" appended) makes sure that only one program at a time has the hub. While it is locked, it
+/// contains the process id of that program. Not thread-safe.
 class FlashFile
 {
 public:
@@ -33,6 +34,8 @@ public:
     bool lock();
     void unlock(); ///< harmless without the lock
     bool locked() const { return m_lock >= 0; }
+    /// The process that has the lock; 0 if nobody has it, or if the process is not known.
+    std::int64_t owner() const;
 
 private:
     explicit FlashFile(std::string path);

@@ -3,6 +3,7 @@
 #include "standins/sim/DemoImage.h"
 
 #include <algorithm>
+#include <unistd.h>
 #include <utility>
 
 namespace vornadel
@@ -18,9 +19,12 @@ std::size_t indexOf(HubSpeed speed) { return static_cast<std::size_t>(speed); }
 
 } // namespace
 
-SimulatedHub::SimulatedHub(const SimulatedHubOptions& options, Clock& clock)
+SimulatedHub::SimulatedHub(const SimulatedHubOptions& options, Clock& clock,
+                           std::shared_ptr<Connectors> connectors,
+                           std::shared_ptr<Notifier> notifier)
     : m_clock(clock), m_latency(options.latency), m_restartSpeed(options.restartSpeed),
-      m_fixedIds(options.ids)
+      m_fixedIds(options.ids), m_connectors(std::move(connectors)), m_notifier(std::move(notifier)),
+      m_place("sim-" + std::to_string(options.number)), m_session(m_connectors->nextStay())
 {
     for (const Fault& fault : options.faults) {
         m_faults.add(fault);
@@ -28,10 +32,13 @@ SimulatedHub::SimulatedHub(const SimulatedHubOptions& options, Clock& clock)
 }
 
 std::shared_ptr<SimulatedHub> SimulatedHub::create(const SimulatedHubOptions& options, Clock& clock,
-                                                   std::string& error)
+                                                   std::string& error,
+                                                   std::shared_ptr<Connectors> connectors,
+                                                   std::shared_ptr<Notifier> notifier)
 {
-    std::vector<std::uint8_t> bytes =
-        options.initialFlash.empty() ? demoImage() : options.initialFlash;
+    std::vector<std::uint8_t> bytes = options.initialFlash.empty()
+                                          ? demoImage(kDemoVersion100, options.number)
+                                          : options.initialFlash;
     if (bytes.size() != kSimulatedFlashSize) {
         error = "the simulated flash has " + std::to_string(kSimulatedFlashSize) + " bytes, not " +
                 std::to_string(bytes.size());
@@ -50,7 +57,8 @@ std::shared_ptr<SimulatedHub> SimulatedHub::create(const SimulatedHubOptions& op
             return nullptr;
         }
     }
-    std::shared_ptr<SimulatedHub> hub(new SimulatedHub(options, clock));
+    std::shared_ptr<SimulatedHub> hub(
+        new SimulatedHub(options, clock, std::move(connectors), std::move(notifier)));
     const std::lock_guard lock(hub->m_mutex);
     hub->m_flash.assign(std::move(bytes));
     hub->m_file = std::move(file);
@@ -73,7 +81,7 @@ void SimulatedHub::unplug()
         const std::lock_guard lock(m_mutex);
         leaveBus();
     }
-    m_notifier.deliver();
+    m_notifier->deliver();
 }
 
 void SimulatedHub::replug(HubCode code)
@@ -85,7 +93,7 @@ void SimulatedHub::replug(HubCode code)
                         [](const Half& half) { return half.attached; })) {
             return;
         }
-        session = ++m_session;
+        session = m_session = m_connectors->nextStay();
         startCode(code);
     }
     attach(session);
@@ -116,6 +124,8 @@ unsigned SimulatedHub::requestCount() const
     return m_faults.requests();
 }
 
+std::string SimulatedHub::place() const { return m_place; }
+
 unsigned SimulatedHub::faultsTriggered() const
 {
     const std::lock_guard lock(m_mutex);
@@ -128,11 +138,11 @@ std::vector<AttachedHalf> SimulatedHub::attachedHalves() const
     std::vector<AttachedHalf> attached;
     if (m_halves[indexOf(HubSpeed::SuperSpeed)].attached) {
         attached.push_back({HubSpeed::SuperSpeed, m_session, m_ids.vendorId, m_ids.superSpeedId,
-                            m_ids.highSpeedId});
+                            m_ids.highSpeedId, m_place, m_texts});
     }
     if (m_halves[indexOf(HubSpeed::HighSpeed)].attached) {
         attached.push_back({HubSpeed::HighSpeed, m_session, m_ids.vendorId, m_ids.highSpeedId,
-                            m_ids.superSpeedId});
+                            m_ids.superSpeedId, m_place, m_texts});
     }
     return attached;
 }
@@ -147,21 +157,9 @@ UsbOpenStatus SimulatedHub::open(const AttachedHalf& device)
     if (m_faults.countOpen() || half.opened) {
         return UsbOpenStatus::Busy;
     }
-    // The lock covers the whole hub; the first device to be opened takes it.
-    if (m_file && !m_file->locked()) {
-        std::vector<std::uint8_t> bytes;
-        std::string unread;
-        if (!m_file->lock()) {
-            return UsbOpenStatus::Busy;
-        }
-        if (!m_file->load(bytes, unread)) {
-            m_file->unlock();
-            return UsbOpenStatus::Other;
-        }
-        m_flash.assign(std::move(bytes)); // another program may have changed it meanwhile
-    }
-    half.opened = true;
-    return UsbOpenStatus::Opened;
+    const UsbOpenStatus status = takeFile();
+    half.opened = status == UsbOpenStatus::Opened;
+    return status;
 }
 
 void SimulatedHub::close(const AttachedHalf& device)
@@ -171,8 +169,65 @@ void SimulatedHub::close(const AttachedHalf& device)
         return;
     }
     m_halves[indexOf(device.speed)].opened = false;
-    if (m_file && std::none_of(m_halves.begin(), m_halves.end(),
-                               [](const Half& half) { return half.opened; })) {
+    leaveFile();
+}
+
+bool SimulatedHub::reserve(std::int64_t& owner)
+{
+    const std::lock_guard lock(m_mutex);
+    if (!m_reserved && takeFile() == UsbOpenStatus::Opened) {
+        m_reserved = true;
+        return true;
+    }
+    owner = m_reserved || !m_file ? ::getpid() : m_file->owner();
+    return false;
+}
+
+void SimulatedHub::giveBack()
+{
+    const std::lock_guard lock(m_mutex);
+    m_reserved = false;
+    leaveFile();
+}
+
+std::int64_t SimulatedHub::owner() const
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_reserved) {
+        return ::getpid();
+    }
+    return m_file && !m_file->locked() ? m_file->owner() : 0;
+}
+
+bool SimulatedHub::isInUse() const
+{
+    return m_reserved || std::any_of(m_halves.begin(), m_halves.end(),
+                                     [](const Half& half) { return half.opened; });
+}
+
+/// Locks the flash file, which covers the whole hub, and reads it. Nothing to do if it is locked
+/// already.
+UsbOpenStatus SimulatedHub::takeFile()
+{
+    if (!m_file || m_file->locked()) {
+        return UsbOpenStatus::Opened;
+    }
+    std::vector<std::uint8_t> bytes;
+    std::string unread;
+    if (!m_file->lock()) {
+        return UsbOpenStatus::Busy;
+    }
+    if (!m_file->load(bytes, unread)) {
+        m_file->unlock();
+        return UsbOpenStatus::Other;
+    }
+    m_flash.assign(std::move(bytes)); // another program may have changed it meanwhile
+    return UsbOpenStatus::Opened;
+}
+
+void SimulatedHub::leaveFile()
+{
+    if (m_file && !isInUse()) {
         m_file->unlock();
     }
 }
@@ -186,22 +241,21 @@ bool SimulatedHub::isOpen(const AttachedHalf& device) const
 /// Takes both devices off at once: every handle becomes invalid, and a pending return is cancelled.
 void SimulatedHub::leaveBus()
 {
-    ++m_session;
+    m_session = m_connectors->nextStay();
     for (Half& half : m_halves) {
         if (half.attached) {
-            m_notifier.push(UsbEvent::Detached);
+            m_notifier->push(UsbEvent::Detached);
         }
         half = Half();
     }
-    if (m_file) {
-        m_file->unlock();
-    }
+    leaveFile();
 }
 
 void SimulatedHub::startCode(HubCode code)
 {
     const std::optional<FlashIdentity> identity = findFlashIdentity(m_flash.bytes());
     m_code = identity ? code : HubCode::Rom;
+    m_texts = identity ? readFlashTexts(m_flash.bytes(), identity->block) : FlashTexts();
     if (m_fixedIds) {
         m_ids = *m_fixedIds;
     } else if (identity) {
@@ -268,9 +322,9 @@ void SimulatedHub::attach(std::uint64_t session)
                 return;
             }
             half.attached = true;
-            m_notifier.push(UsbEvent::Attached);
+            m_notifier->push(UsbEvent::Attached);
         }
-        m_notifier.deliver();
+        m_notifier->deliver();
     }
 }
 
@@ -287,7 +341,7 @@ void SimulatedHub::bounce(const Restart& restart)
         leaveBus();
         second.session = m_session;
     }
-    m_notifier.deliver();
+    m_notifier->deliver();
     schedule(restartTime(), [second](SimulatedHub& hub) { hub.comeBack(second); });
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/Clock.h"
 #include "platform/UsbBus.h"
+#include "standins/sim/Connectors.h"
 #include "standins/sim/Fault.h"
 #include "standins/sim/FlashFile.h"
 #include "standins/sim/NorFlash.h"
@@ -35,10 +36,12 @@ inline constexpr std::size_t kHubSpeedCount = 2;
 /// One of the hub's devices between one arrival on the bus and the next departure.
 struct AttachedHalf {
     HubSpeed speed = HubSpeed::SuperSpeed;
-    std::uint64_t session = 0; ///< counts the hub's stays on the bus
+    std::uint64_t session = 0; ///< Connectors::nextStay(): the same for both devices
     std::uint16_t vendorId = 0;
     std::uint16_t productId = 0;
     std::uint16_t otherProductId = 0; ///< of the device at the other speed
+    std::string place{};              ///< "sim-1": the connector, the same for both devices
+    FlashTexts texts{};
 };
 
 /// A hub controller with its flash, as seen from the bus.
@@ -58,8 +61,10 @@ class SimulatedHub : public std::enable_shared_from_this<SimulatedHub>
 public:
     /// A hub attached to the bus. Null and a sentence in `error` if its flash file cannot be used.
     /// The clock must outlive the hub.
-    static std::shared_ptr<SimulatedHub> create(const SimulatedHubOptions& options, Clock& clock,
-                                                std::string& error);
+    static std::shared_ptr<SimulatedHub>
+    create(const SimulatedHubOptions& options, Clock& clock, std::string& error,
+           std::shared_ptr<Connectors> connectors = std::make_shared<Connectors>(),
+           std::shared_ptr<Notifier> notifier = std::make_shared<Notifier>());
 
     /// Called before each request takes effect, on the requester's thread. Set it before the
     /// threads start.
@@ -79,6 +84,7 @@ public:
     HubCode runningCode() const;
     unsigned requestCount() const;    ///< requests that reached the hub since its creation
     unsigned faultsTriggered() const; ///< faults that have happened
+    std::string place() const;        ///< also while it is off the bus
 
     // For the bus:
     std::vector<AttachedHalf> attachedHalves() const; ///< in the order of enumeration
@@ -86,7 +92,15 @@ public:
     UsbOpenStatus open(const AttachedHalf& device);
     void close(const AttachedHalf& device); ///< call only for a device you opened
     std::uint32_t control(const AttachedHalf& device, ControlRequest& request);
-    Notifier& notifier() { return m_notifier; }
+    Notifier& notifier() { return *m_notifier; }
+
+    /// Keeps the hub from programs that share its flash file until giveBack(), also while it
+    /// restarts, and from another reserve(). On failure false, and in `owner` the process that has
+    /// it, as FlashFile::owner() tells it.
+    bool reserve(std::int64_t& owner);
+    void giveBack();
+    /// The process that has reserved the hub, or has it open in another program; 0: nobody.
+    std::int64_t owner() const;
 
 private:
     struct RequestRow;
@@ -104,13 +118,17 @@ private:
         std::optional<Restart> restart;
     };
 
-    SimulatedHub(const SimulatedHubOptions& options, Clock& clock);
+    SimulatedHub(const SimulatedHubOptions& options, Clock& clock,
+                 std::shared_ptr<Connectors> connectors, std::shared_ptr<Notifier> notifier);
 
     static const RequestRow* findRow(const ControlRequest& request);
 
     // With m_mutex held:
     bool isOpen(const AttachedHalf& device) const;
     bool accepts(const RequestRow* row) const;
+    bool isInUse() const;
+    UsbOpenStatus takeFile();
+    void leaveFile();
     void leaveBus();
     void startCode(HubCode code);
     bool changeFlash(const std::function<void(NorFlash&)>& change);
@@ -136,7 +154,9 @@ private:
     const SimulatedLatency m_latency;
     const std::uint8_t m_restartSpeed;
     const std::optional<SimulatedIds> m_fixedIds;
-    Notifier m_notifier;
+    const std::shared_ptr<Connectors> m_connectors;
+    const std::shared_ptr<Notifier> m_notifier;
+    const std::string m_place;
 
     mutable std::mutex m_mutex; // guards what follows
     NorFlash m_flash;
@@ -144,8 +164,10 @@ private:
     FaultList m_faults;
     HubCode m_code = HubCode::Flash;
     SimulatedIds m_ids;
+    FlashTexts m_texts;
     std::array<Half, kHubSpeedCount> m_halves{};
-    std::uint64_t m_session = 1; // one per stay on the bus; older handles and returns are invalid
+    std::uint64_t m_session; // one per stay on the bus; older handles and returns are invalid
+    bool m_reserved = false;
 };
 
 } // namespace vornadel

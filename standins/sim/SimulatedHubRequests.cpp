@@ -105,7 +105,7 @@ std::uint32_t SimulatedHub::control(const AttachedHalf& device, ControlRequest& 
         }
         outcome = perform(row, request, effects);
     }
-    m_notifier.deliver();
+    m_notifier->deliver();
     if (outcome.restart && !outcome.restart->effects.never) {
         const Restart restart = *outcome.restart;
         schedule(restart.effects.late.value_or(restartTime()),

@@ -15,6 +15,7 @@
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vornadel::test
 {
@@ -26,11 +27,13 @@ public:
     /// `options` as on the command line, without `image`.
     explicit Session(std::string_view options = {})
     {
-        SimulatedHubOptions read;
+        std::vector<SimulatedHubOptions> hubs;
         std::string error;
-        EXPECT_TRUE(parseSimulatedHubOptions(options, read, error)) << error;
-        read.keepInMemory = true;
-        bus = SimulatedBus::create(read, clock, error);
+        EXPECT_TRUE(parseSimulatedHubs(options, hubs, error)) << error;
+        for (SimulatedHubOptions& hub : hubs) {
+            hub.keepInMemory = true;
+        }
+        bus = SimulatedBus::create(hubs, clock, error);
         EXPECT_NE(bus, nullptr) << error;
         folder.write("config.ini", "[Support Vid Pid]\n"
                                    "VID_00 = 0x1209\nSSPID_00 = 0x0001\nHSPID_00 = 0x0002\n");

@@ -34,6 +34,37 @@ std::vector<std::string> piecesOf(const std::string& text)
     return pieces;
 }
 
+bool sameHub(const SimulatedHubOptions& a, const SimulatedHubOptions& b)
+{
+    return a.image == b.image && a.latency == b.latency && a.mode == b.mode &&
+           a.ids.has_value() == b.ids.has_value() &&
+           std::equal(a.faults.begin(), a.faults.end(), b.faults.begin(), b.faults.end(),
+                      sameFault);
+}
+
+/// The same text for a whole bus. `one` is what it says of one hub, if it is right for one.
+void requireHubs(const std::string& text, const SimulatedHubOptions* one)
+{
+    std::vector<SimulatedHubOptions> hubs(kMostSimulatedHubs + 1);
+    std::string error;
+    if (!parseSimulatedHubs(text, hubs, error)) {
+        require(!error.empty() && hubs.size() > kMostSimulatedHubs && one == nullptr,
+                "what is refused is told, changes nothing, and is wrong for one hub too");
+        return;
+    }
+    require(error.empty() && !hubs.empty() && hubs.size() <= kMostSimulatedHubs,
+            "there is a hub, and not too many");
+    require(one == nullptr || (hubs.size() == 1 && sameHub(hubs.front(), *one)),
+            "what is right for one hub gives one");
+    std::set<std::string> files;
+    for (const SimulatedHubOptions& hub : hubs) {
+        require(hub.latency == hubs.front().latency, "all hubs have the same latency");
+        files.insert(hub.image);
+    }
+    require(files.size() == hubs.size() || files == std::set<std::string>{""},
+            "each hub has its own file");
+}
+
 /// What the pieces say one by one. False when one of them is wrong, or a key that may not be
 /// repeated is.
 bool pieceByPiece(const std::string& text, SimulatedHubOptions& options)
@@ -90,8 +121,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
 
     SimulatedHubOptions options;
-    options.image = "before";
     std::string error;
+    const bool fitsOne = parseSimulatedHubOptions(text, options, error);
+    requireHubs(text, fitsOne ? &options : nullptr);
+
+    options = {};
+    options.image = "before";
     SimulatedHubOptions plain = options;
     if (!parseSimulatedHubOptions(text, options, error)) {
         require(!error.empty() && options.image == "before" && options.faults.empty(),

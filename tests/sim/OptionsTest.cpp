@@ -72,6 +72,58 @@ TEST(SimulatedHubOptions, RefusesIdsThatAreNotThreeWords)
     }
 }
 
+std::vector<SimulatedHubOptions> hubsOf(const std::string& text)
+{
+    std::vector<SimulatedHubOptions> hubs;
+    std::string error;
+    EXPECT_TRUE(parseSimulatedHubs(text, hubs, error)) << error;
+    return hubs;
+}
+
+TEST(SimulatedHubs, TakeTheirOwnValuesBeforeThoseOfAll)
+{
+    const auto hubs = hubsOf("ids=2:1:2:3,mode=3:flash,fault=never,fault=3:torn:7,mode=rom,"
+                             "ids=4:5:6,latency=none,image=/a.b/hub.bin,hubs=3");
+    ASSERT_EQ(hubs.size(), 3U);
+    EXPECT_EQ(hubs[0].image, "/a.b/hub.bin");
+    EXPECT_EQ(hubs[1].image, "/a.b/hub-2.bin");
+    EXPECT_EQ(hubs[2].image, "/a.b/hub-3.bin");
+    EXPECT_EQ(hubs[2].latency, SimulatedLatency::None);
+    EXPECT_EQ(hubs[1].mode, HubCode::Rom);
+    EXPECT_EQ(hubs[2].mode, HubCode::Flash);
+    EXPECT_EQ(hubs[0].ids->vendorId, 4);
+    EXPECT_EQ(hubs[1].ids->vendorId, 1);
+    EXPECT_EQ(hubs[0].faults.at(0).kind, FaultKind::Never);
+    EXPECT_TRUE(hubs[1].faults.empty());
+    EXPECT_EQ(hubs[2].faults.at(0).amount, 7U);
+    EXPECT_EQ(hubsOf("").size(), 1U);
+    EXPECT_EQ(hubsOf("hubs=64").size(), 64U);
+}
+
+TEST(SimulatedHubs, AreRefusedWithAReason)
+{
+    const std::vector<std::pair<const char*, const char*>> rows = {
+        {"hubs=0", "from 1 to 64"},
+        {"hubs=65", "from 1 to 64"},
+        {"hubs", "hubs needs a value"},
+        {"hubs=2,hubs=2", "hubs is given twice"},
+        {"hubs=2,fault=3:never", "no hub 3"},
+        {"fault=0:never", "no hub 0"},
+        {"hubs=2,mode=2:rom,mode=2:rom", "mode is given twice"},
+        {"hubs=2,latency=2:none", "\"2:none\""},
+        {"hubs=2,ids=3:1:2:3", "no hub 3"},
+        {"speed=1", "the options are hubs, image"},
+    };
+    for (const auto& [text, reason] : rows) {
+        std::vector<SimulatedHubOptions> hubs(7);
+        std::string error;
+        EXPECT_FALSE(parseSimulatedHubs(text, hubs, error)) << text;
+        EXPECT_THAT(error, HasSubstr(reason)) << text;
+        EXPECT_EQ(hubs.size(), 7U);
+    }
+    EXPECT_THAT(refusal("hubs=2"), HasSubstr("the options are image"));
+}
+
 struct FaultText {
     const char* text;
     Fault fault;

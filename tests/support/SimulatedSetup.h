@@ -9,17 +9,22 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace vornadel::test
 {
 
-/// The hub room on a simulated hub, with virtual time. Fails the test if it leaves the hub open.
+/// The hub room on a bus of simulated hubs, with virtual time. Fails the test if it leaves the hub
+/// open.
 class HubSetup
 {
 public:
-    explicit HubSetup(const SimulatedHubOptions& options)
+    explicit HubSetup(const SimulatedHubOptions& options) : HubSetup(std::vector{options}) {}
+    explicit HubSetup(const std::vector<SimulatedHubOptions>& options)
     {
         std::string error;
         bus = SimulatedBus::create(options, clock, error);
@@ -33,13 +38,15 @@ public:
     ~HubSetup()
     {
         if (!hubIsClosed()) {
-            bus->hub().onRequest = nullptr;
+            for (std::size_t number = 1; number <= bus->hubCount(); ++number) {
+                bus->hub(number).onRequest = nullptr;
+            }
             static_cast<void>(bus.release());
             static_cast<void>(m_clock.release());
         }
     }
 
-    SimulatedHub& hub() { return bus->hub(); }
+    SimulatedHub& hub(std::size_t number = 1) { return bus->hub(number); }
 
 private:
     std::unique_ptr<VirtualClock> m_clock = std::make_unique<VirtualClock>();
@@ -53,13 +60,22 @@ public:
 class SimulatedSetup : public HubSetup
 {
 public:
-    explicit SimulatedSetup(const SimulatedHubOptions& options = {}) : HubSetup(quick(options)) {}
+    explicit SimulatedSetup(const SimulatedHubOptions& options = {})
+        : SimulatedSetup(std::vector{options})
+    {
+    }
+    explicit SimulatedSetup(std::vector<SimulatedHubOptions> options)
+        : HubSetup(quick(std::move(options)))
+    {
+    }
 
 private:
-    static SimulatedHubOptions quick(SimulatedHubOptions options)
+    static std::vector<SimulatedHubOptions> quick(std::vector<SimulatedHubOptions> options)
     {
-        options.keepInMemory = true;
-        options.latency = SimulatedLatency::None;
+        for (SimulatedHubOptions& hub : options) {
+            hub.keepInMemory = true;
+            hub.latency = SimulatedLatency::None;
+        }
         return options;
     }
 };
