@@ -4,6 +4,7 @@
 #include <future>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <latch>
 #include <thread>
 #include <vector>
 
@@ -31,6 +32,38 @@ TEST(StdClock, InterruptEndsThisPauseAndAllLaterOnes)
     clock.interrupt();
     sleeper.join();
     clock.sleep(hours(1));
+}
+
+TEST(StdClock, SleepsNoLongerThanUntilItIsOver)
+{
+    StdClock clock;
+    clock.sleepUntil([] { return true; }, hours(1));
+
+    std::atomic<bool> over = false;
+    std::latch looked(2); // at the start, and again after a change that does not end it
+    std::thread sleeper([&] {
+        int looks = 0;
+        clock.sleepUntil(
+            [&] {
+                if (++looks <= 2) {
+                    looked.count_down();
+                }
+                return over.load();
+            },
+            hours(1));
+    });
+    while (!looked.try_wait()) {
+        clock.wake();
+    }
+    over = true;
+    clock.wake();
+    sleeper.join();
+
+    const Clock::Duration before = clock.now();
+    clock.sleepUntil([] { return false; }, milliseconds(2));
+    EXPECT_GE(clock.now() - before, milliseconds(2));
+    clock.interrupt();
+    clock.sleepUntil([] { return false; }, hours(1));
 }
 
 TEST(StdClock, RunsTasksInTheOrderOfTheirMoments)
