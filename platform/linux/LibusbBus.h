@@ -1,14 +1,17 @@
 #pragma once
 
 #include "platform/Clock.h"
-#include "platform/PlacesInMemory.h"
 #include "platform/UsbBus.h"
 #include "platform/linux/LibusbContext.h"
 #include "platform/linux/UsbWatch.h"
+#include "platform/posix/LockFiles.h"
 
 #include <chrono>
 #include <memory>
 #include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace vornadel
 {
@@ -30,11 +33,15 @@ public:
     struct Options {
         std::chrono::milliseconds controlTimeout = kControlTimeout;
         bool forcePolling = false; ///< compare device lists even where libusb has hot-plug events
+        std::vector<std::string> lockFolders{"/run/lock", "/tmp"}; ///< as LockFiles wants them
     };
 
     /// `clock` paces the polling and must outlive the bus.
     explicit LibusbBus(Clock& clock) : LibusbBus(clock, Options{}) {}
-    LibusbBus(Clock& clock, Options options) : m_clock(clock), m_options(options) {}
+    LibusbBus(Clock& clock, Options options)
+        : m_clock(clock), m_options(std::move(options)), m_locks(m_options.lockFolders)
+    {
+    }
     ~LibusbBus() override;
 
     std::unique_ptr<UsbSearch> search() override;
@@ -47,7 +54,7 @@ private:
 
     Clock& m_clock;
     Options m_options;
-    PlacesInMemory m_locks;
+    LockFiles m_locks;
     std::mutex m_mutex; // guards m_context
     std::shared_ptr<LibusbContext> m_context;
     std::unique_ptr<UsbWatch> m_watch;

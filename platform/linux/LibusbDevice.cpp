@@ -5,9 +5,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
-#include <fstream>
 #include <libusb.h>
-#include <optional>
+#include <span>
 #include <string>
 #include <sys/file.h>
 #include <unistd.h>
@@ -84,32 +83,28 @@ int openNode(const std::string& path, int flags)
 /// no lock.
 bool lockNode(int node) { return node < 0 || flock(node, LOCK_EX | LOCK_NB) == 0; }
 
-/// The number in a sysfs file; empty if there is no such file.
-std::optional<unsigned> numberIn(const std::string& file, std::ios_base& (*base)(std::ios_base&))
+/// What the kernel tells of the port of a device, and so of the device while it is there.
+SysfsDevice sysfsOf(libusb_device* device)
 {
-    std::ifstream stream(file);
-    unsigned number = 0;
-    return stream >> base >> number ? std::optional(number) : std::nullopt;
-}
-
-/// Node of the same hub's half at the other speed: a connector has a port on each of the two buses,
-/// and the kernel knows which two belong together. Empty if there is none, or if it is not a hub.
-std::string nodeOfOtherHalf(libusb_device* device)
-{
-    constexpr unsigned kHubClass = 9;
     std::array<std::uint8_t, 7> ports{}; // as deep as USB goes
     const int depth = libusb_get_port_numbers(device, ports.data(), static_cast<int>(ports.size()));
-    std::string folder = "/sys/bus/usb/devices/" + std::to_string(libusb_get_bus_number(device));
+    const std::string bus = std::to_string(libusb_get_bus_number(device));
+    if (depth <= 0) {
+        return SysfsDevice("usb" + bus);
+    }
+    std::string path = bus;
     for (int i = 0; i < depth; ++i) {
-        folder += (i == 0 ? '-' : '.') + std::to_string(ports[static_cast<std::size_t>(i)]);
+        path += (i == 0 ? '-' : '.') + std::to_string(ports[static_cast<std::size_t>(i)]);
     }
-    folder += "/port/peer/device/";
-    const std::optional<unsigned> bus = numberIn(folder + "busnum", std::dec);
-    const std::optional<unsigned> address = numberIn(folder + "devnum", std::dec);
-    if (!bus || !address || numberIn(folder + "bDeviceClass", std::hex) != kHubClass) {
-        return {};
-    }
-    return nodeOf(*bus, *address);
+    return SysfsDevice(path);
+}
+
+/// The same hub's half at the other speed. A connector has a port on each of two buses, and the
+/// kernel knows which two belong together. None if there is no hub.
+std::optional<SysfsDevice> otherHalfOf(const SysfsDevice& half)
+{
+    const SysfsDevice other(half.otherPort().path);
+    return other.isHub() ? std::optional(other) : std::nullopt;
 }
 
 } // namespace
@@ -130,13 +125,48 @@ std::uint16_t LibusbDevice::vendorId() const { return descriptorOf(m_device).idV
 
 std::uint16_t LibusbDevice::productId() const { return descriptorOf(m_device).idProduct; }
 
-UsbPlace LibusbDevice::place() const { return {}; }
+UsbPlace LibusbDevice::place() const
+{
+    const SysfsDevice sysfs = sysfsOf(m_device);
+    return {.own = {sysfs.name(), libusb_get_device_address(m_device)}, .other = sysfs.otherPort()};
+}
 
-UsbTexts LibusbDevice::texts() const { return {}; }
+UsbTexts LibusbDevice::texts() const
+{
+    const std::optional<SysfsDevice> sysfs = attached();
+    return sysfs ? sysfs->texts() : UsbTexts{};
+}
 
-std::string LibusbDevice::containerId() { return {}; }
+std::string LibusbDevice::containerId()
+{
+    const std::optional<SysfsDevice> sysfs = attached();
+    std::string id = sysfs ? sysfs->containerId() : std::string();
+    const bool wasOpen = m_handle != nullptr;
+    if (!sysfs || !id.empty() || open() != UsbOpenStatus::Opened) {
+        return id;
+    }
+    std::array<std::uint8_t, 256> descriptor{};
+    const int length = libusb_get_descriptor(m_handle, LIBUSB_DT_BOS, 0, descriptor.data(),
+                                             static_cast<int>(descriptor.size()));
+    if (!wasOpen) {
+        close();
+    }
+    return containerIdIn(
+        std::span(descriptor).first(static_cast<std::size_t>(std::max(length, 0))));
+}
 
-std::vector<std::string> LibusbDevice::attachedBelow() const { return {}; }
+std::vector<std::string> LibusbDevice::attachedBelow() const
+{
+    std::vector<std::string> texts;
+    if (const std::optional<SysfsDevice> sysfs = attached()) {
+        texts = sysfs->attachedBelow();
+        if (const std::optional<SysfsDevice> other = otherHalfOf(*sysfs)) {
+            const std::vector<std::string> below = other->attachedBelow();
+            texts.insert(texts.end(), below.begin(), below.end());
+        }
+    }
+    return texts;
+}
 
 UsbOpenStatus LibusbDevice::open()
 {
@@ -145,7 +175,8 @@ UsbOpenStatus LibusbDevice::open()
     }
     const std::string path =
         nodeOf(libusb_get_bus_number(m_device), libusb_get_device_address(m_device));
-    const std::string otherPath = nodeOfOtherHalf(m_device);
+    const std::optional<SysfsDevice> other = otherHalfOf(sysfsOf(m_device));
+    const std::string otherPath = other ? nodeOf(other->bus(), other->address()) : std::string();
     m_node = openNode(path, O_RDWR);
     if (m_node < 0) {
         return statusOfErrno(errno);
@@ -191,7 +222,22 @@ std::uint32_t LibusbDevice::control(ControlRequest& request)
     return request.transferred == request.wLength() ? 0 : kShortTransfer;
 }
 
-UsbFailure LibusbDevice::failureOf(std::uint32_t /*status*/) const { return UsbFailure::Other; }
+UsbFailure LibusbDevice::failureOf(std::uint32_t status) const
+{
+    if (status == kShortTransfer) {
+        return UsbFailure::Short;
+    }
+    switch (static_cast<std::int32_t>(status)) {
+    case LIBUSB_ERROR_PIPE:
+        return UsbFailure::Stalled;
+    case LIBUSB_ERROR_NO_DEVICE:
+        return UsbFailure::Gone;
+    case LIBUSB_ERROR_TIMEOUT:
+        return UsbFailure::TimedOut;
+    default:
+        return UsbFailure::Other;
+    }
+}
 
 void LibusbDevice::close()
 {
@@ -205,6 +251,13 @@ void LibusbDevice::close()
             *node = -1;
         }
     }
+}
+
+std::optional<SysfsDevice> LibusbDevice::attached() const
+{
+    const SysfsDevice sysfs = sysfsOf(m_device);
+    return sysfs.address() == libusb_get_device_address(m_device) ? std::optional(sysfs)
+                                                                  : std::nullopt;
 }
 
 } // namespace vornadel

@@ -2,9 +2,11 @@
 
 #include "platform/UsbBus.h"
 #include "platform/linux/LibusbContext.h"
+#include "platform/linux/SysfsDevice.h"
 
 #include <chrono>
 #include <memory>
+#include <optional>
 
 struct libusb_device_handle;
 
@@ -40,6 +42,9 @@ public:
     void close() override;
 
 private:
+    /// None if this device has left its port, even if another one is there now.
+    std::optional<SysfsDevice> attached() const;
+
     std::shared_ptr<LibusbContext> m_context;
     libusb_device* m_device;
     libusb_device_handle* m_handle = nullptr;

@@ -5,6 +5,7 @@
 #include "tests/support/VirtualClock.h"
 
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -147,6 +148,7 @@ TEST_F(LibusbBusTest, SendsNothingWhileClosed)
     device->close();
     ControlRequest request{.bmRequestType = 0x40, .transferred = 77};
     EXPECT_EQ(device->control(request), kNoDevice);
+    EXPECT_EQ(device->failureOf(kNoDevice), UsbFailure::Gone);
     EXPECT_EQ(request.transferred, 0U);
     EXPECT_THAT(m_node->requests(), testing::IsEmpty());
 }
@@ -162,8 +164,21 @@ TEST_F(LibusbBusTest, TakesAShortTransferAsAFailure)
     EXPECT_EQ(write.transferred, 31U);
     ControlRequest read{.bmRequestType = 0xC0, .in = data};
     EXPECT_EQ(device->control(read), LibusbDevice::kShortTransfer);
+    EXPECT_EQ(device->failureOf(LibusbDevice::kShortTransfer), UsbFailure::Short);
     EXPECT_EQ(read.transferred, 31U);
     EXPECT_EQ(data[30], pattern(31)[30]);
+}
+
+TEST_F(LibusbBusTest, TellsAStallFromOtherFailures)
+{
+    const auto device = openDevice([](const WireRequest& request) {
+        return WireAnswer{.error = request.bRequest == 1 ? -EPIPE : -EPROTO};
+    });
+    ASSERT_NE(device, nullptr);
+    ControlRequest stalled{.bmRequestType = 0x40, .bRequest = 1};
+    EXPECT_EQ(device->failureOf(device->control(stalled)), UsbFailure::Stalled);
+    ControlRequest other{.bmRequestType = 0x40, .bRequest = 2};
+    EXPECT_EQ(device->failureOf(device->control(other)), UsbFailure::Other);
 }
 
 TEST_F(LibusbBusTest, EndsATransferThatIsNotAnsweredAndGoesOn)
@@ -175,6 +190,7 @@ TEST_F(LibusbBusTest, EndsATransferThatIsNotAnsweredAndGoesOn)
     EXPECT_EQ(LibusbBus::Options{}.controlTimeout, std::chrono::seconds(30));
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(device->control(unanswered), kTimedOut);
+    EXPECT_EQ(device->failureOf(kTimedOut), UsbFailure::TimedOut);
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(50));
     ControlRequest answered{.bmRequestType = 0x40, .bRequest = 2};
     EXPECT_EQ(device->control(answered), 0U);

@@ -113,7 +113,7 @@ protected:
     UsbTestbed m_testbed;
     RomHub m_hub;
     VirtualClock m_clock;
-    LibusbBus m_bus{m_clock, {.forcePolling = GetParam()}};
+    LibusbBus m_bus{m_clock, {.forcePolling = GetParam(), .lockFolders = {m_testbed.lockFolder()}}};
     FwImage m_image;
 };
 

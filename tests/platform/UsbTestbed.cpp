@@ -38,6 +38,31 @@ std::string descriptors(unsigned vendorId, unsigned productId)
                      vendorId & 0xFF, vendorId >> 8, productId & 0xFF, productId >> 8);
 }
 
+/// "/devices/usb2/2-1/2-1.4" for the port 2-1.4.
+std::string devicePath(const std::string& port)
+{
+    std::string path = "/devices/usb" + port.substr(0, port.find('-'));
+    for (std::size_t end = 0; end != std::string::npos;) {
+        end = port.find('.', end + 1);
+        path += '/' + port.substr(0, end);
+    }
+    return path;
+}
+
+/// The name of a port in the folder of the hub above.
+std::string portName(const std::string& port)
+{
+    const std::size_t end = port.find_last_of("-.");
+    return (port[end] == '-' ? "usb" : "") + port.substr(0, end) + "-port" + port.substr(end + 1);
+}
+
+/// The folder with the ports of the hub above.
+std::string portsFolder(const std::string& port)
+{
+    const std::string above = port.substr(0, port.find_last_of("-."));
+    return above + (above.find('-') == std::string::npos ? "-0:1.0" : ":1.0");
+}
+
 } // namespace
 
 UsbTestbed::UsbTestbed() : m_testbed(umockdev_testbed_new()) {}
@@ -45,7 +70,7 @@ UsbTestbed::UsbTestbed() : m_testbed(umockdev_testbed_new()) {}
 UsbTestbed::~UsbTestbed()
 {
     while (!m_plugged.empty()) {
-        unplug(std::string(m_plugged.begin()->first));
+        unplug(std::string(m_plugged.rbegin()->first)); // a hub after what is in it
     }
     for (const std::string& nodePath : m_left) {
         GError* error = nullptr;
@@ -61,20 +86,22 @@ SimulatedNode& UsbTestbed::plug(const std::string& port, std::uint16_t vendorId,
         handler = [](const WireRequest&) { return WireAnswer{}; };
     }
     const unsigned address = ++m_lastAddress;
-    const std::string name = formatted("bus/usb/001/%03u", address);
+    const unsigned bus = static_cast<unsigned>(std::stoul(port));
+    const std::string name = formatted("bus/usb/%03u/%03u", bus, address);
     SimulatedNode& node =
         *m_nodes.emplace_back(std::make_unique<SimulatedNode>(address, std::move(handler)));
     const std::string hex = descriptors(vendorId, productId);
     const std::string description =
-        "P: /devices/usb1/" + port + "\nN: " + name + "=" + hex + "\nE: DEVNAME=/dev/" + name +
+        "P: " + devicePath(port) + "\nN: " + name + "=" + hex + "\nE: DEVNAME=/dev/" + name +
         "\nE: DEVTYPE=usb_device\nE: SUBSYSTEM=usb\nE: MAJOR=189\n" +
-        formatted("E: MINOR=%u\nE: BUSNUM=001\nE: DEVNUM=%03u\n", address - 1, address) +
-        formatted("A: busnum=1\\n\nA: devnum=%u\\n\nA: dev=189:%u\\n\n", address, address - 1) +
+        formatted("E: MINOR=%u\nE: BUSNUM=%03u\nE: DEVNUM=%03u\n", address - 1, bus, address) +
+        formatted("A: busnum=%u\\n\nA: devnum=%u\\n\nA: dev=189:%u\\n\n", bus, address,
+                  address - 1) +
         "A: speed=5000\\n\nA: bConfigurationValue=1\\n\n" +
         formatted("A: idVendor=%04x\\n\nA: idProduct=%04x\\n\n", unsigned{vendorId},
                   unsigned{productId}) +
         "H: descriptors=" + hex + "\n";
-    const Plugged plugged{&node, "/dev/" + name, "/sys/devices/usb1/" + port};
+    const Plugged plugged{&node, "/dev/" + name, "/sys" + devicePath(port)};
     GError* error = nullptr;
     // Adding the description sends the "add" event, and the host may open at once. So the node's
     // handler comes first.
@@ -101,11 +128,38 @@ void UsbTestbed::join(const std::string& port, const std::string& otherPort,
                       const std::string& deviceClass)
 {
     for (const auto& [own, other] : {std::pair(port, otherPort), std::pair(otherPort, port)}) {
-        const std::filesystem::path folder = rootFolder() + m_plugged.at(own).systemPath;
-        std::ofstream(folder / "bDeviceClass") << deviceClass << '\n';
-        std::filesystem::create_directories(folder / "port/peer");
-        std::filesystem::create_directory_symlink("../../../" + other, folder / "port/peer/device");
+        write(own, "bDeviceClass", deviceClass + '\n');
+        const std::filesystem::path device = rootFolder() + m_plugged.at(own).systemPath;
+        const std::filesystem::path ports = device.parent_path() / portsFolder(own);
+        const std::filesystem::path peer = ports / portName(own) / "peer";
+        const std::filesystem::path link =
+            rootFolder() + "/sys/bus/usb/devices/" + portsFolder(own);
+        std::filesystem::create_directories(peer.parent_path());
+        std::filesystem::remove(peer);
+        std::filesystem::create_directory_symlink("/elsewhere/" + portName(other), peer);
+        std::filesystem::remove(link);
+        std::filesystem::create_directory_symlink(ports, link);
     }
+}
+
+void UsbTestbed::write(const std::string& port, const std::string& file, const std::string& content)
+{
+    writeFile(m_plugged.at(port).systemPath + '/' + file, content);
+}
+
+void UsbTestbed::writeFile(const std::string& path, const std::string& content)
+{
+    const std::filesystem::path whole = rootFolder() + path;
+    std::filesystem::create_directories(whole.parent_path());
+    std::ofstream(whole, std::ios::binary) << content;
+}
+
+std::string UsbTestbed::lockFolder() const
+{
+    const std::filesystem::path folder = rootFolder() + "/locks";
+    std::filesystem::create_directory(folder);
+    std::filesystem::permissions(folder, std::filesystem::perms(01777));
+    return folder;
 }
 
 std::string UsbTestbed::nodePath(const std::string& port) const

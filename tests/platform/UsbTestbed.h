@@ -26,7 +26,8 @@ public:
     UsbTestbed& operator=(const UsbTestbed&) = delete;
     ~UsbTestbed();
 
-    /// Plugs a device into a port, such as "1-1". Each plug gets a new address, as from the kernel.
+    /// Plugs a device into a port, such as "1-1" or "2-1.4"; of the latter's hubs only the last
+    /// must be plugged. Each plug gets a new address, as from the kernel.
     SimulatedNode& plug(const std::string& port, std::uint16_t vendorId, std::uint16_t productId,
                         WireHandler handler = {});
     void unplug(const std::string& port);
@@ -35,8 +36,14 @@ public:
     void join(const std::string& port, const std::string& otherPort,
               const std::string& deviceClass);
 
+    /// Writes a file below the folder of a plugged device, with the folders in its name.
+    void write(const std::string& port, const std::string& file, const std::string& content);
+    /// Writes a file anywhere in the tree.
+    void writeFile(const std::string& path, const std::string& content);
+
     std::string nodePath(const std::string& port) const;
     std::string rootFolder() const; ///< the real location of the tree
+    std::string lockFolder() const; ///< in the tree, for the locks of places
 
 private:
     struct Plugged {
