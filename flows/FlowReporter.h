@@ -47,6 +47,7 @@ struct FlowResult {
     std::uint32_t address = 0;
     std::uint32_t wrongBytes{};            ///< Different, NotErased, Unstable: how many
     HubFailure failure = HubFailure::None; ///< what the hub did, if that is the reason
+    std::int64_t owner{}; ///< Busy: the process whose flow has the hub; 0 if not known
 
     bool succeeded() const { return cause == Cause::None; }
     bool operator==(const FlowResult&) const = default;

@@ -28,11 +28,6 @@ FlowResult difference(Step step, Cause cause, std::span<const std::uint8_t> expe
     return result;
 }
 
-FlowResult hubFailure(Step step, Cause cause, std::uint32_t address = 0)
-{
-    return {.step = step, .cause = cause, .address = address, .failure = Hub_LastFailure()};
-}
-
 } // namespace
 
 FlowRun::FlowRun(const FlowStart& start, FlowReporter& reporter, const FlowOptions& options)
@@ -48,7 +43,7 @@ bool FlowRun::openRom()
         return stop(Step::Open);
     }
     if (!Hub_OpenRomDevice()) {
-        return fail(hubFailure(Step::Open, Cause::NotOpened));
+        return failByHub(Step::Open, Cause::NotOpened);
     }
     return !isAskedToStop() || stop(Step::Open);
 }
@@ -57,7 +52,7 @@ bool FlowRun::erase()
 {
     m_reporter.stepStarted(Step::Erase);
     m_stop = nullptr; // from here on only the end leaves the hub with working firmware
-    return Hub_EraseFlash() || fail(hubFailure(Step::Erase, Cause::RequestFailed));
+    return Hub_EraseFlash() || failByHub(Step::Erase, Cause::RequestFailed);
 }
 
 bool FlowRun::write(std::span<const std::uint8_t> bytes)
@@ -79,7 +74,7 @@ bool FlowRun::verify(std::span<const std::uint8_t> written, std::span<const std:
 bool FlowRun::restart()
 {
     m_reporter.stepStarted(Step::Restart);
-    return Hub_SwitchMode(HUB_MODE_FLASH) || fail(hubFailure(Step::Restart, Cause::NotRestarted));
+    return Hub_SwitchMode(HUB_MODE_FLASH) || failByHub(Step::Restart, Cause::NotRestarted);
 }
 
 bool FlowRun::readAgain(std::span<const std::uint8_t> bytes)
@@ -141,7 +136,7 @@ bool FlowRun::transferAll(Step step, std::span<Byte> bytes, Transfer transfer)
         const std::size_t length = std::min<std::size_t>(kFlashPiece, bytes.size() - done);
         const auto address = static_cast<std::uint32_t>(done);
         if (transfer(address, bytes.subspan(done, length)) != 0) {
-            return fail(hubFailure(step, Cause::RequestFailed, address));
+            return failByHub(step, Cause::RequestFailed, address);
         }
         done += length;
         m_reporter.progressed(static_cast<std::int32_t>(done),
@@ -157,10 +152,19 @@ bool FlowRun::readSilently(Step step, std::span<std::uint8_t> bytes)
         const std::size_t length = std::min<std::size_t>(kFlashPiece, bytes.size() - done);
         const auto address = static_cast<std::uint32_t>(done);
         if (Hub_ReadFlash(address, bytes.subspan(done, length)) != 0) {
-            return fail(hubFailure(step, Cause::RequestFailed, address));
+            return failByHub(step, Cause::RequestFailed, address);
         }
     }
     return true;
+}
+
+bool FlowRun::failByHub(Step step, Cause cause, std::uint32_t address)
+{
+    return fail({.step = step,
+                 .cause = cause,
+                 .address = address,
+                 .failure = Hub_LastFailure(),
+                 .owner = m_session.owner().processId});
 }
 
 bool FlowRun::check(const FlowResult& result) { return result.succeeded() || fail(result); }

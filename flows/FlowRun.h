@@ -45,6 +45,7 @@ private:
     template <typename Byte, typename Transfer>
     bool transferAll(Step step, std::span<Byte> bytes, Transfer transfer);
     bool readSilently(Step step, std::span<std::uint8_t> bytes);
+    bool failByHub(Step step, Cause cause, std::uint32_t address = 0);
     bool check(const FlowResult& result);
     bool isAskedToStop() const;
     bool stop(Step step);

@@ -1,0 +1,208 @@
+#include "flows/FirmwareUpdate.h"
+#include "flows/FlashErase.h"
+#include "flows/FlashRead.h"
+#include "hub/HubTransport.h"
+#include "tests/flows/FlowTable.h"
+#include "tests/support/SimulatedSetup.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+using namespace std::chrono_literals;
+
+SimulatedHubOptions inMemory()
+{
+    SimulatedHubOptions options;
+    options.keepInMemory = true;
+    return options;
+}
+
+class StrictFlow : public testing::Test
+{
+protected:
+    StrictFlow()
+    {
+        EXPECT_TRUE(FwImage_Parse(image, bytes.data(), static_cast<std::int32_t>(bytes.size())));
+        options.hub.strict = true;
+        options.stop = &isAskedToStop;
+    }
+
+    bool update()
+    {
+        return run([this](FlowReporter& told) {
+            return updateFirmware(image, "demo.bin", told, options);
+        });
+    }
+    bool erase()
+    {
+        return run([this](FlowReporter& told) { return eraseFlash(told, options); });
+    }
+    bool read()
+    {
+        return run([this](FlowReporter& told) { return readFlash(flash, told, options); });
+    }
+
+    void failedWith(const FlowResult& expected)
+    {
+        EXPECT_EQ(result, expected);
+        EXPECT_FALSE(Hub_IsOpen());
+    }
+
+    void addFault(const Fault& fault) { setup.hub().addFault(fault); }
+
+    HubSetup setup{inMemory()};
+    const std::vector<std::uint8_t> bytes = demoImage(0x0101);
+    FwImage image;
+    std::vector<std::uint8_t> flash;
+    std::atomic<bool> isAskedToStop = false;
+    FlowOptions options;
+    FlowResult result;
+
+private:
+    template <typename Flow>
+    bool run(Flow flow)
+    {
+        ToldValues told;
+        const bool succeeded = flow(told);
+        result = told.result;
+        return succeeded;
+    }
+};
+
+} // namespace
+
+TEST_F(StrictFlow, TakesOnlyTheTimeOfTheHubAndThePauseAfterTheErase)
+{
+    EXPECT_TRUE(update());
+    EXPECT_EQ(setup.hub().flash(), bytes);
+    // Two restarts of 700 ms, an erase of 150 ms, 128 pages of 0.7 ms.
+    EXPECT_EQ(setup.clock.now(), 2 * 700ms + 150ms + 128 * 700us + 128ms);
+}
+
+TEST_F(StrictFlow, OpensAHubThatRefusesAtFirstEvery50Ms)
+{
+    addFault({.kind = FaultKind::OpenRefused, .position = 2, .amount = 3});
+    EXPECT_TRUE(read());
+    // The hub's second device arrives together with its first, and each arrival is one attempt.
+    EXPECT_GE(setup.clock.now(), 2 * 700ms + 50ms);
+    EXPECT_LE(setup.clock.now(), 2 * 700ms + 3 * 50ms);
+}
+
+TEST_F(StrictFlow, IsNoSuccessAfterARestartThatWasIgnored)
+{
+    addFault({.kind = FaultKind::Ignore, .on = RequestKind::Flash, .position = 1});
+    EXPECT_FALSE(update());
+    failedWith(
+        {.step = Step::Restart, .cause = Cause::NotRestarted, .failure = HubFailure::NotRestarted});
+    addFault({.kind = FaultKind::Ignore, .on = RequestKind::Flash});
+    EXPECT_FALSE(erase());
+    failedWith(
+        {.step = Step::Restart, .cause = Cause::NotRestarted, .failure = HubFailure::NotRestarted});
+}
+
+TEST_F(StrictFlow, IsNoSuccessIfTheHubReturnsInRomCode)
+{
+    addFault({.kind = FaultKind::SameMode, .position = 2});
+    EXPECT_FALSE(update());
+    failedWith(
+        {.step = Step::Restart, .cause = Cause::NotConfirmed, .failure = HubFailure::NoFlashCode});
+}
+
+TEST_F(StrictFlow, IsNoSuccessIfTheHubRunsAnotherVersion)
+{
+    setup.hub().onRequest = [this](const ControlRequest& request) {
+        if (request.bRequest == 0xE9) {
+            ASSERT_TRUE(setup.hub().setFlash(demoImage()));
+        }
+    };
+    EXPECT_FALSE(update());
+    failedWith(
+        {.step = Step::Restart, .cause = Cause::NotConfirmed, .failure = HubFailure::OtherVersion});
+}
+
+TEST_F(StrictFlow, WaitsAsLongAsTheWindowForAHubThatDoesNotReturn)
+{
+    addFault({.kind = FaultKind::Never, .position = 2});
+    const Clock::Duration before = setup.clock.now();
+    EXPECT_FALSE(read());
+    failedWith(
+        {.step = Step::Restart, .cause = Cause::NotRestarted, .failure = HubFailure::NotReturned});
+    EXPECT_EQ(setup.clock.now() - before, 700ms + 40s);
+    EXPECT_EQ(flash, setup.hub().flash()) << "all of it was read";
+}
+
+TEST_F(StrictFlow, LooksWhetherTheFlashIsBlankAfterAnErase)
+{
+    addFault({.kind = FaultKind::Ignore, .on = RequestKind::Erase, .position = 1});
+    EXPECT_FALSE(erase());
+    EXPECT_EQ(result.cause, Cause::NotErased);
+    const std::vector<std::uint8_t> before = demoImage();
+    EXPECT_EQ(result.address, std::find_if(before.begin(), before.end(), [](auto byte) {
+                                  return byte != 0xFF;
+                              }) - before.begin());
+    EXPECT_EQ(result.wrongBytes,
+              std::count_if(before.begin(), before.end(), [](auto byte) { return byte != 0xFF; }));
+    EXPECT_TRUE(erase());
+}
+
+TEST_F(StrictFlow, ReadsTheFlashTwice)
+{
+    addFault({.kind = FaultKind::Flip, .on = RequestKind::Read, .position = 16, .amount = 4095});
+    EXPECT_FALSE(read());
+    failedWith({.step = Step::Read, .cause = Cause::Unstable, .address = 32767, .wrongBytes = 1});
+    EXPECT_TRUE(flash.empty());
+}
+
+TEST_F(StrictFlow, StopsBeforeTheEraseAndSendsTheHubBack)
+{
+    setup.hub().onRequest = [this](const ControlRequest& request) {
+        isAskedToStop = isAskedToStop || request.bRequest == 0x00;
+    };
+    EXPECT_FALSE(update());
+    failedWith({.step = Step::Open, .cause = Cause::Interrupted});
+    EXPECT_EQ(setup.hub().flash(), demoImage());
+    EXPECT_EQ(setup.hub().runningCode(), HubCode::Flash);
+    const unsigned requests = setup.hub().requestCount();
+    EXPECT_FALSE(update());
+    EXPECT_EQ(setup.hub().requestCount(), requests) << "asked before it began";
+}
+
+TEST_F(StrictFlow, StopsAReadBetweenTwoPieces)
+{
+    setup.hub().onRequest = [this](const ControlRequest& request) {
+        isAskedToStop = isAskedToStop || request.bRequest == 0xD8;
+    };
+    EXPECT_FALSE(read());
+    failedWith({.step = Step::Read, .cause = Cause::Interrupted});
+    EXPECT_EQ(setup.hub().runningCode(), HubCode::Flash);
+}
+
+TEST_F(StrictFlow, FinishesOnceItHasErased)
+{
+    setup.hub().onRequest = [this](const ControlRequest& request) {
+        isAskedToStop = isAskedToStop || request.bRequest == 0xE8;
+    };
+    EXPECT_TRUE(update());
+    EXPECT_EQ(setup.hub().flash(), bytes);
+}
+
+TEST_F(StrictFlow, FailsAtOnceIfAnotherHasThePlace)
+{
+    PlaceOwner owner;
+    const auto lock = setup.bus->placeLocks().lock({{"sim-1", 1}, {}}, owner);
+    ASSERT_NE(lock, nullptr);
+    EXPECT_FALSE(update());
+    EXPECT_EQ(result.failure, HubFailure::Busy);
+    EXPECT_EQ(setup.clock.now(), 0s);
+    EXPECT_EQ(setup.hub().requestCount(), 0U);
+}
+
+} // namespace vornadel::test

@@ -1,0 +1,163 @@
+#include "hub/HubSession.h"
+
+#include "hub/HubFailure.h"
+#include "hub/HubTransport.h"
+#include "tests/hub/HubTest.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+using testing::Contains;
+using testing::Not;
+
+/// The SuperSpeed half of a hub at port 2-N/1-N.
+ScriptedDevice hubAt(unsigned port, std::uint64_t incarnation = 1, const std::string& serial = "")
+{
+    const std::string number = std::to_string(port);
+    return {.vendorId = kVendor,
+            .productId = kSuperSpeed,
+            .place = {{"2-" + number, incarnation}, {"1-" + number, 0}},
+            .texts = {.product = {}, .serialNumber = serial}};
+}
+
+HubSession::Options strictly(const UsbPlace& place = {})
+{
+    return {.place = place, .strict = true};
+}
+
+class OneHub : public HubTest
+{
+protected:
+    /// Opens, and closes for a restart. The position on the bus of the device that was open, or -1.
+    int opens()
+    {
+        m_bus.forget();
+        if (!Hub_OpenDevice()) {
+            return -1;
+        }
+        Hub_BeginRestart();
+        Hub_CloseDevice();
+        const std::vector<std::string> events = m_bus.events();
+        for (const std::string& event : events) {
+            if (event.starts_with("open ")) {
+                return std::stoi(event.substr(5));
+            }
+        }
+        return -1;
+    }
+};
+
+} // namespace
+
+TEST_F(OneHub, IsTheFirstOneOrTheChosenOne)
+{
+    m_bus.attached = {hubAt(1), hubAt(2)};
+    EXPECT_EQ(HubSession().place(), UsbPlace());
+    {
+        const HubSession session;
+        EXPECT_EQ(opens(), 0);
+        EXPECT_EQ(session.place(), hubAt(1).place);
+    }
+    const HubSession session(strictly(hubAt(2).place));
+    EXPECT_EQ(opens(), 1);
+}
+
+TEST_F(OneHub, IsLookedForAtItsPlaceFirstAndElsewhereOnlyIfItHasJustCome)
+{
+    m_bus.attached = {hubAt(1), hubAt(2)};
+    const HubSession session;
+    EXPECT_EQ(opens(), 0);
+    m_bus.attached = {hubAt(2), hubAt(1)};
+    EXPECT_EQ(opens(), 1) << "the same stay will do for the window";
+    m_bus.attached = {hubAt(2)};
+    EXPECT_EQ(opens(), -1);
+    EXPECT_EQ(Hub_LastOpenStatus(), UsbOpenStatus::Gone);
+    EXPECT_EQ(Hub_LastFailure(), HubFailure::NotReturned);
+    m_bus.attached = {hubAt(2), hubAt(3)};
+    EXPECT_EQ(opens(), 1);
+    EXPECT_EQ(session.place(), hubAt(3).place);
+}
+
+TEST_F(OneHub, IsStrictlyTheNextStayAtItsPlace)
+{
+    m_bus.attached = {hubAt(1), hubAt(2)};
+    const HubSession session(strictly());
+    EXPECT_EQ(opens(), 0);
+    EXPECT_EQ(opens(), -1);
+    EXPECT_EQ(Hub_LastFailure(), HubFailure::NotRestarted);
+    m_bus.attached = {hubAt(2), hubAt(3)};
+    EXPECT_EQ(opens(), -1);
+    EXPECT_EQ(Hub_LastFailure(), HubFailure::NotReturned);
+    m_bus.attached = {hubAt(2), hubAt(1, 2)};
+    EXPECT_EQ(opens(), 1);
+}
+
+TEST_F(OneHub, MayReturnWithItsOtherHalfFirst)
+{
+    m_bus.attached = {hubAt(1)};
+    const HubSession session(strictly());
+    EXPECT_EQ(opens(), 0);
+    ScriptedDevice other = hubAt(1);
+    other.productId = kHighSpeed;
+    other.place = {{"1-1", 7}, {"2-1", 1}};
+    m_bus.attached = {other};
+    EXPECT_EQ(opens(), -1) << "its first half is still in the stay before";
+    m_bus.attached.front().place.other.incarnation = 0;
+    EXPECT_EQ(opens(), 0);
+}
+
+TEST_F(OneHub, StrictlyHasItsSerialNumberOrTheOneOfItsNewFirmware)
+{
+    m_bus.attached = {hubAt(1, 1, "A")};
+    HubSession session(strictly());
+    EXPECT_EQ(opens(), 0);
+    m_bus.attached = {hubAt(1, 2, "B")};
+    EXPECT_EQ(opens(), -1);
+    EXPECT_EQ(Hub_LastFailure(), HubFailure::AnotherHub);
+    EXPECT_THAT(m_bus.events(), Not(Contains("open 0")));
+    session.expectSerialNumber("B");
+    EXPECT_EQ(opens(), 0);
+    m_bus.attached = {hubAt(1, 3, "C")};
+    EXPECT_EQ(opens(), -1);
+    session.expectAnySerialNumber();
+    EXPECT_EQ(opens(), 0);
+}
+
+TEST_F(OneHub, IsLockedUntilTheEndOfTheSession)
+{
+    m_bus.attached = {hubAt(1)};
+    PlaceOwner owner;
+    {
+        const HubSession session;
+        EXPECT_EQ(opens(), 0);
+        EXPECT_EQ(m_bus.placeLocks().lock(hubAt(1).place, owner), nullptr);
+    }
+    const auto lock = m_bus.placeLocks().lock(hubAt(1).place, owner);
+    EXPECT_NE(lock, nullptr);
+    for (const bool strict : {false, true}) {
+        const HubSession session({.strict = strict});
+        EXPECT_EQ(opens(), -1);
+        EXPECT_TRUE(session.isTaken());
+        EXPECT_EQ(session.owner().place, "2-1/1-1");
+        EXPECT_EQ(Hub_LastFailure(), HubFailure::Busy);
+        EXPECT_THAT(m_bus.events(), Not(Contains("open 0")));
+    }
+    const HubSession session({.locks = false});
+    EXPECT_EQ(opens(), 0);
+}
+
+TEST_F(OneHub, IsTheFirstOneAsBeforeWhereThePlatformTellsNoPlaces)
+{
+    m_bus.attached = {{kVendor, kSuperSpeed}, {kVendor, kSuperSpeed}};
+    const HubSession session;
+    EXPECT_EQ(opens(), 0);
+    EXPECT_EQ(opens(), 0);
+}
+
+} // namespace vornadel::test
