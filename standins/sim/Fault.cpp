@@ -14,9 +14,10 @@ constexpr unsigned kMostPositions = 1000000;
 constexpr unsigned kMostBytes = 65535;
 constexpr unsigned kMostOpens = 1000000;
 constexpr unsigned kMostSeconds = 86400;
+constexpr unsigned kMostMilliseconds = 1000 * kMostSeconds;
 
 enum class Strikes { Request, Open, Restart };
-enum class Argument { None, OptionalCount, Count, Seconds };
+enum class Argument { None, OptionalCount, Count, Seconds, Milliseconds };
 
 struct FaultRow {
     std::string_view name;
@@ -27,7 +28,7 @@ struct FaultRow {
     unsigned most;
 };
 
-constexpr std::array<FaultRow, 11> kFaultRows = {{
+constexpr std::array<FaultRow, 15> kFaultRows = {{
     {"stall", FaultKind::Stall, Strikes::Request, Argument::None, 0, 0},
     {"vanish-before", FaultKind::VanishBefore, Strikes::Request, Argument::None, 0, 0},
     {"vanish-after", FaultKind::VanishAfter, Strikes::Request, Argument::None, 0, 0},
@@ -39,6 +40,10 @@ constexpr std::array<FaultRow, 11> kFaultRows = {{
     {"late", FaultKind::Late, Strikes::Restart, Argument::Seconds, 0, 0},
     {"same-mode", FaultKind::SameMode, Strikes::Restart, Argument::None, 0, 0},
     {"bounce", FaultKind::Bounce, Strikes::Restart, Argument::None, 0, 0},
+    {"ignored", FaultKind::Ignored, Strikes::Restart, Argument::None, 0, 0},
+    {"swapped", FaultKind::Swapped, Strikes::Restart, Argument::None, 0, 0},
+    {"moved", FaultKind::Moved, Strikes::Restart, Argument::None, 0, 0},
+    {"refused", FaultKind::Refused, Strikes::Restart, Argument::Milliseconds, 1, kMostMilliseconds},
 }};
 
 struct RequestName {
@@ -125,7 +130,11 @@ bool parseArgument(const FaultRow& row, std::string_view argument, bool given, F
     const std::optional<unsigned> amount = wholeNumber(argument, 10, row.most);
     why = "needs a number from " + std::to_string(row.least) + " to " + std::to_string(row.most) +
           " after a colon";
-    fault.amount = amount.value_or(0);
+    if (row.argument == Argument::Milliseconds) {
+        fault.delay = std::chrono::milliseconds(amount.value_or(0));
+    } else {
+        fault.amount = amount.value_or(0);
+    }
     return amount && *amount >= row.least;
 }
 
@@ -267,6 +276,12 @@ RestartEffects FaultList::countRestart()
         effects.never |= fault.kind == FaultKind::Never;
         effects.sameMode |= fault.kind == FaultKind::SameMode;
         effects.bounce |= fault.kind == FaultKind::Bounce;
+        effects.ignored |= fault.kind == FaultKind::Ignored;
+        effects.swapped |= fault.kind == FaultKind::Swapped;
+        effects.moved |= fault.kind == FaultKind::Moved;
+        if (fault.kind == FaultKind::Refused) {
+            effects.refused = fault.delay;
+        }
         if (fault.kind == FaultKind::Late) {
             effects.late = fault.delay;
         }

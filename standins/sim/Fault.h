@@ -38,10 +38,17 @@ inline constexpr std::size_t kRequestKindCount = 9;
 /// | `flip:OFFSET` | a write or read | succeeds with one bit of the byte at OFFSET changed |
 /// | `ignore` | a request | it succeeds without effect; a buffer to fill is left alone |
 /// | `open-refused:COUNT` | opens | COUNT exclusive opens in a row fail |
+/// | `ignored` | a restart | it is confirmed, and the hub stays on the bus |
 /// | `never` | a restart | the hub does not come back |
 /// | `late:SECONDS` | a restart | the hub comes back after that time, decimals allowed |
 /// | `same-mode` | a restart | the hub comes back running the kind of code that it ran before |
 /// | `bounce` | a restart | the hub comes back, leaves after 100 ms and comes back once more |
+/// | `swapped` | a restart | the next hub comes back at this one's place, and this one at its place
+/// | | `moved` | a restart | the hub comes back at a place where no hub has been | | `refused:MS` |
+/// a restart | the hub comes back, and all opens fail for so many milliseconds |
+///
+/// The next hub is hub K+1, or hub 1 after the last. If it was attached, it leaves and arrives at
+/// the moment of the return, with the code that it ran. Without a second hub, nothing is swapped.
 ///
 /// The OFFSET of a flip counts from 0 in the data of that request. Without it, it is 0; beyond the
 /// end it means the last byte. A write changes bit 0 and a read bit 1, so two never cancel out.
@@ -56,7 +63,11 @@ enum class FaultKind {
     Never,
     Late,
     SameMode,
-    Bounce
+    Bounce,
+    Ignored,
+    Swapped,
+    Moved,
+    Refused
 };
 
 /// One thing that goes wrong once. Positions count from 1 at the hub's creation: requests that
@@ -66,7 +77,7 @@ struct Fault {
     std::optional<RequestKind> on = std::nullopt; ///< request faults only: count only this kind
     unsigned position = 0;                        ///< 0: the next one after the fault was added
     unsigned amount = 0;      ///< Torn: bytes programmed; Flip: offset; OpenRefused: opens refused
-    Clock::Duration delay{0}; ///< Late: absence from the bus
+    Clock::Duration delay{0}; ///< Late: absence from the bus; Refused: how long opens fail
 };
 
 /// Reads `KIND[:ARGUMENT][@POSITION]`. For request faults POSITION is `N`, the N-th request, or
@@ -93,6 +104,10 @@ struct RestartEffects {
     std::optional<Clock::Duration> late;
     bool sameMode = false;
     bool bounce = false;
+    bool ignored = false;
+    bool swapped = false;
+    bool moved = false;
+    Clock::Duration refused{0};
 };
 
 /// The pending faults, and the counters for their positions. Not thread-safe.

@@ -66,6 +66,7 @@ std::shared_ptr<SimulatedHub> SimulatedHub::create(const SimulatedHubOptions& op
     for (Half& half : hub->m_halves) {
         half.attached = true;
     }
+    hub->m_connectors->add(hub);
     return hub;
 }
 
@@ -89,8 +90,7 @@ void SimulatedHub::replug(HubCode code)
     std::uint64_t session = 0;
     {
         const std::lock_guard lock(m_mutex);
-        if (std::any_of(m_halves.begin(), m_halves.end(),
-                        [](const Half& half) { return half.attached; })) {
+        if (isAttached()) {
             return;
         }
         session = m_session = m_connectors->nextStay();
@@ -124,7 +124,11 @@ unsigned SimulatedHub::requestCount() const
     return m_faults.requests();
 }
 
-std::string SimulatedHub::place() const { return m_place; }
+std::string SimulatedHub::place() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_place;
+}
 
 unsigned SimulatedHub::faultsTriggered() const
 {
@@ -154,7 +158,7 @@ UsbOpenStatus SimulatedHub::open(const AttachedHalf& device)
     if (device.session != m_session || !half.attached) {
         return UsbOpenStatus::Gone;
     }
-    if (m_faults.countOpen() || half.opened) {
+    if (m_faults.countOpen() || m_refusing || half.opened) {
         return UsbOpenStatus::Busy;
     }
     const UsbOpenStatus status = takeFile();
@@ -197,6 +201,12 @@ std::int64_t SimulatedHub::owner() const
         return ::getpid();
     }
     return m_file && !m_file->locked() ? m_file->owner() : 0;
+}
+
+bool SimulatedHub::isAttached() const
+{
+    return std::any_of(m_halves.begin(), m_halves.end(),
+                       [](const Half& half) { return half.attached; });
 }
 
 bool SimulatedHub::isInUse() const
@@ -248,6 +258,7 @@ void SimulatedHub::leaveBus()
         }
         half = Half();
     }
+    m_refusing = false;
     leaveFile();
 }
 
@@ -305,10 +316,49 @@ void SimulatedHub::comeBack(const Restart& restart)
             return;
         }
         startCode(restart.code);
+        if (restart.effects.moved) {
+            m_place = m_connectors->unused();
+        }
+        m_refusing = restart.effects.refused > Clock::Duration(0);
+    }
+    if (restart.effects.swapped) {
+        if (const std::shared_ptr<SimulatedHub> other = m_connectors->next(*this)) {
+            tradePlaces(*other);
+        }
     }
     attach(restart.session);
+    if (restart.effects.refused > Clock::Duration(0)) {
+        schedule(restart.effects.refused,
+                 [restart](SimulatedHub& hub) { hub.endRefusing(restart.session); });
+    }
     if (restart.effects.bounce) {
         schedule(kBounceStay, [restart](SimulatedHub& hub) { hub.bounce(restart); });
+    }
+}
+
+/// Trades places with the other hub, which arrives at its new place if it was attached.
+void SimulatedHub::tradePlaces(SimulatedHub& other)
+{
+    std::uint64_t arriving = 0;
+    {
+        const std::scoped_lock lock(m_mutex, other.m_mutex);
+        std::swap(m_place, other.m_place);
+        if (other.isAttached()) {
+            other.leaveBus();
+            arriving = other.m_session;
+        }
+    }
+    other.m_notifier->deliver();
+    if (arriving != 0) {
+        other.attach(arriving);
+    }
+}
+
+void SimulatedHub::endRefusing(std::uint64_t session)
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_session == session) {
+        m_refusing = false;
     }
 }
 

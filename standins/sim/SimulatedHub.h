@@ -126,6 +126,7 @@ private:
     // With m_mutex held:
     bool isOpen(const AttachedHalf& device) const;
     bool accepts(const RequestRow* row) const;
+    bool isAttached() const;
     bool isInUse() const;
     UsbOpenStatus takeFile();
     void leaveFile();
@@ -147,7 +148,9 @@ private:
     Clock::Duration restartTime() const;
     void schedule(Clock::Duration delay, std::function<void(SimulatedHub&)> task);
     void comeBack(const Restart& restart);
+    void tradePlaces(SimulatedHub& other);
     void attach(std::uint64_t session);
+    void endRefusing(std::uint64_t session);
     void bounce(const Restart& restart);
 
     Clock& m_clock;
@@ -156,7 +159,6 @@ private:
     const std::optional<SimulatedIds> m_fixedIds;
     const std::shared_ptr<Connectors> m_connectors;
     const std::shared_ptr<Notifier> m_notifier;
-    const std::string m_place;
 
     mutable std::mutex m_mutex; // guards what follows
     NorFlash m_flash;
@@ -165,9 +167,11 @@ private:
     HubCode m_code = HubCode::Flash;
     SimulatedIds m_ids;
     FlashTexts m_texts;
+    std::string m_place;
     std::array<Half, kHubSpeedCount> m_halves{};
     std::uint64_t m_session; // one per stay on the bus; older handles and returns are invalid
     bool m_reserved = false;
+    bool m_refusing = false; // opens fail
 };
 
 } // namespace vornadel

@@ -175,6 +175,9 @@ SimulatedHub::Outcome SimulatedHub::restartIntoFlash(ControlRequest& /*request*/
 SimulatedHub::Outcome SimulatedHub::restartInto(HubCode code)
 {
     const RestartEffects effects = m_faults.countRestart();
+    if (effects.ignored) {
+        return {};
+    }
     leaveBus();
     return {0, Restart{m_session, effects.sameMode ? m_code : code, effects}};
 }

@@ -51,8 +51,9 @@ bool readPort(const std::string& text, std::uint16_t& port)
 
 bool faultFitsABus(const Fault& fault, std::string& error)
 {
-    if (fault.kind == FaultKind::OpenRefused) {
-        error = "a virtual hub cannot have the fault open-refused: it does not see opens";
+    if (fault.kind == FaultKind::OpenRefused || fault.kind == FaultKind::Refused) {
+        error = "a virtual hub cannot have the faults open-refused and refused: it does not see "
+                "opens";
         return false;
     }
     return true;

@@ -33,6 +33,7 @@ bool samePlace(const VhciPorts::Port& one, const VhciPorts::Port& other)
 bool VhciHost::attach(const VirtualDevice& device, std::string& error)
 {
     VhciPorts::Port port;
+    waitUntil([&] { return !isAnotherHubLeaving(device) || !device.present(); }, 3s);
     {
         const VhciPorts::Turn turn(m_ports);
         if (!waitUntil([&] { return turn.come(); }, 10s)) {
@@ -91,7 +92,7 @@ std::shared_ptr<DeviceLink> VhciHost::linkOf(const Half& half)
 /// The second half of a hub goes to the place of the first. The first half needs a place where both
 /// ports are free; otherwise another device has the port beside it. Null and a sentence in `error`
 /// if there is no such place.
-const VhciPorts::Port* VhciHost::choosePort(const Half& half,
+const VhciPorts::Port* VhciHost::choosePort(const VirtualDevice& device,
                                             const std::vector<VhciPorts::Port>& ports,
                                             std::string& error) const
 {
@@ -100,17 +101,17 @@ const VhciPorts::Port* VhciHost::choosePort(const Half& half,
             return port.free && port.speed == speed && samePlace(port, place);
         });
     };
-    const HubSpeed otherSpeed = otherHalf(half.second);
-    const auto sister = m_seats.find({half.first, otherSpeed});
+    const HubSpeed otherSpeed = otherHalf(device.half);
+    const auto sister = m_seats.find({device.hub, otherSpeed});
     const bool hasSister = sister != m_seats.end() && sister->second.link;
     const VhciPorts::Port* chosen = nullptr;
     int best = 0;
     for (const VhciPorts::Port& port : ports) {
-        if (port.speed != half.second || !port.free ||
+        if (port.speed != device.half || !port.free ||
             !(hasSister ? samePlace(port, sister->second.port) : isFree(port, otherSpeed))) {
             continue;
         }
-        if (const int found = preference(half.first, port); found > best) {
+        if (const int found = preference(device.place, port); found > best) {
             best = found;
             chosen = &port;
         }
@@ -122,19 +123,32 @@ const VhciPorts::Port* VhciHost::choosePort(const Half& half,
     return chosen;
 }
 
-/// 3: the hub's earlier place; 2: an unused place; 1: a place that another hub will return to.
-int VhciHost::preference(unsigned hub, const VhciPorts::Port& port) const
+/// 3: where this connector was before; 2: an unused place; 1: where another connector was.
+int VhciHost::preference(const std::string& place, const VhciPorts::Port& port) const
 {
     int found = 2;
-    for (const auto& [half, seat] : m_seats) {
-        if (samePlace(seat.port, port)) {
-            if (half.first == hub) {
+    for (const auto& [name, known] : m_places) {
+        if (samePlace(known, port)) {
+            if (name == place) {
                 return 3;
             }
             found = 1;
         }
     }
     return found;
+}
+
+/// Whether the hub that had the device's connector before is not quite off the bus yet.
+bool VhciHost::isAnotherHubLeaving(const VirtualDevice& device)
+{
+    const std::lock_guard lock(m_mutex);
+    const auto place = m_places.find(device.place);
+    return place != m_places.end() &&
+           std::any_of(m_seats.begin(), m_seats.end(), [&](const auto& entry) {
+               const auto& [half, seat] = entry;
+               return half.first != device.hub && samePlace(seat.port, place->second) &&
+                      (seat.link || m_ports.taken(seat.port));
+           });
 }
 
 bool VhciHost::plugIn(const VirtualDevice& device, VhciPorts::Port& port, std::string& error)
@@ -152,7 +166,7 @@ bool VhciHost::plugIn(const VirtualDevice& device, VhciPorts::Port& port, std::s
         if (ports.empty()) {
             break;
         }
-        const VhciPorts::Port* const chosen = choosePort(half, ports, error);
+        const VhciPorts::Port* const chosen = choosePort(device, ports, error);
         if (chosen == nullptr) {
             break;
         }
@@ -173,6 +187,7 @@ bool VhciHost::plugIn(const VirtualDevice& device, VhciPorts::Port& port, std::s
         close(ends[1]); // the kernel frees the port
         return false;
     }
+    m_places[device.place] = port;
     m_seats[half] = {port, std::move(link)};
     return true;
 }

@@ -17,7 +17,7 @@ namespace vornadel
 
 /// Attaches the halves to virtual ports of this machine's kernel. The kernel treats the SuperSpeed
 /// and the high-speed port at one place of a controller as one connector, so the halves of a hub
-/// share a place and no two hubs do.
+/// share a place and no two hubs do. Each connector of the simulated hubs keeps its place.
 class VhciHost final : public HubHost
 {
 public:
@@ -38,9 +38,11 @@ private:
         std::shared_ptr<DeviceLink> link; // null: off the bus, port remembered
     };
 
-    const VhciPorts::Port* choosePort(const Half& half, const std::vector<VhciPorts::Port>& ports,
+    const VhciPorts::Port* choosePort(const VirtualDevice& device,
+                                      const std::vector<VhciPorts::Port>& ports,
                                       std::string& error) const;
-    int preference(unsigned hub, const VhciPorts::Port& port) const;
+    int preference(const std::string& place, const VhciPorts::Port& port) const;
+    bool isAnotherHubLeaving(const VirtualDevice& device);
     bool plugIn(const VirtualDevice& device, VhciPorts::Port& port, std::string& error);
     std::shared_ptr<DeviceLink> linkOf(const Half& half);
     template <typename Condition>
@@ -50,6 +52,7 @@ private:
     Clock& m_clock;
     std::mutex m_mutex; // guards what follows, and the time between choosing a port and taking it
     std::map<Half, Seat> m_seats;
+    std::map<std::string, VhciPorts::Port> m_places; // where each connector was last
 };
 
 } // namespace vornadel

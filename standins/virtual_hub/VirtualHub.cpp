@@ -134,6 +134,7 @@ bool VirtualHub::attach(const AttachedHalf& half, std::string& error)
         half.vendorId,
         half.productId,
         half.otherProductId,
+        half.place,
         [this, half](ControlRequest& request) { return vendorRequest(half, request); },
         [this, half] { return stays(half); }};
     if (!m_host.attach(device, error)) {

@@ -108,12 +108,14 @@ int run(const VirtualHubCommandLine& commandLine)
     }
     const auto complain = [](const std::string& problem) { fail(problem); };
     std::vector<std::unique_ptr<VirtualHub>> hubs;
-    for (const SimulatedHubOptions& options : commandLine.hubs) {
-        std::shared_ptr<SimulatedHub> hub = SimulatedHub::create(options, clock, error);
+    const auto connectors = std::make_shared<Connectors>();
+    for (SimulatedHubOptions options : commandLine.hubs) {
+        const auto number = static_cast<unsigned>(hubs.size() + 1);
+        options.number = number;
+        std::shared_ptr<SimulatedHub> hub = SimulatedHub::create(options, clock, error, connectors);
         if (!hub) {
             return fail(error);
         }
-        const auto number = static_cast<unsigned>(hubs.size() + 1);
         hubs.push_back(std::make_unique<VirtualHub>(number, std::move(hub), *host, complain));
         if (!hubs.back()->start(error)) {
             return fail(error);

@@ -100,8 +100,9 @@ void requireFault(std::string_view text)
     Fault again;
     require(parseFault(text, again, error) && sameFault(fault, again),
             "a text is the same fault each time");
-    require(fault.kind == FaultKind::Late || fault.delay == Clock::Duration::zero(),
-            "only a late return has a delay");
+    require(fault.kind == FaultKind::Late || fault.kind == FaultKind::Refused ||
+                fault.delay == Clock::Duration::zero(),
+            "only a late return and refused opens take time");
     require(!fault.on || fault.position > 0 || fault.kind == FaultKind::Torn,
             "a fault of one kind of request has a position");
     require(fault.delay >= Clock::Duration::zero(), "nothing returns before it left");

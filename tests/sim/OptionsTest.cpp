@@ -152,6 +152,10 @@ TEST(FaultText, IsReadInAllItsForms)
         {"late:0.25@2", {FaultKind::Late, {}, 2, 0, 250ms}},
         {"same-mode", {FaultKind::SameMode, {}, 0}},
         {"bounce@1", {FaultKind::Bounce, {}, 1}},
+        {"ignored", {FaultKind::Ignored, {}, 0}},
+        {"swapped@2", {FaultKind::Swapped, {}, 2}},
+        {"moved", {FaultKind::Moved, {}, 0}},
+        {"refused:40@2", {FaultKind::Refused, {}, 2, 0, 40ms}},
     };
     for (const FaultText& row : rows) {
         Fault fault;
@@ -184,6 +188,8 @@ TEST(FaultText, IsRefusedWithAReason)
         {"never:1", "takes no argument"},
         {"late", "needs seconds"},
         {"late:-1", "needs seconds"},
+        {"refused", "number from 1"},
+        {"refused:1.5", "number from 1"},
     };
     for (const auto& [text, reason] : rows) {
         Fault fault;

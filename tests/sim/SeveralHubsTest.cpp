@@ -43,7 +43,21 @@ protected:
         return device.control(request);
     }
 
-    static UsbPlace firstPlace(UsbBus& bus) { return allDevices(bus).at(0)->place(); }
+    static std::uint32_t restartIntoFlash(UsbDevice& device)
+    {
+        ControlRequest request{0x40, 0xE9, 0x0101, 0};
+        return device.control(request);
+    }
+
+    static std::vector<UsbPlace> places(UsbBus& bus)
+    {
+        std::vector<UsbPlace> places;
+        for (const auto& device : allDevices(bus)) {
+            places.push_back(device->place());
+        }
+        return places;
+    }
+    static UsbPlace firstPlace(UsbBus& bus) { return places(bus).at(0); }
 
     const TemporaryFolder m_folder;
     VirtualClock m_clock;
@@ -81,10 +95,7 @@ TEST_F(SeveralHubs, HaveFlashesCountersAndFaultsOfTheirOwn)
 TEST_F(SeveralHubs, AreNewAtTheirPlacesAfterARestartAndTellTheirEvents)
 {
     const auto bus = makeBus("hubs=2");
-    std::vector<UsbPlace> before;
-    for (const auto& device : allDevices(*bus)) {
-        before.push_back(device->place());
-    }
+    const std::vector<UsbPlace> before = places(*bus);
     int events = 0;
     ASSERT_TRUE(bus->watch([&](UsbEvent) { ++events; }));
     const auto device = std::move(allDevices(*bus)[2]);
@@ -97,6 +108,61 @@ TEST_F(SeveralHubs, AreNewAtTheirPlacesAfterARestartAndTellTheirEvents)
     EXPECT_EQ(after[2]->place().own.incarnation, after[3]->place().own.incarnation);
     EXPECT_TRUE(after[2]->place().isSameConnector(before[2]));
     bus->unwatch();
+}
+
+TEST_F(SeveralHubs, StayWhenTheyIgnoreARestart)
+{
+    const auto bus = makeBus("fault=ignored");
+    const auto device = std::move(allDevices(*bus)[0]);
+    const UsbPlace before = device->place();
+    ASSERT_EQ(device->open(), UsbOpenStatus::Opened);
+    EXPECT_EQ(restartIntoFlash(*device), 0U);
+    EXPECT_EQ(firstPlace(*bus), before);
+    EXPECT_EQ(bus->hub().runningCode(), HubCode::Rom);
+    EXPECT_EQ(restartIntoFlash(*device), 0U) << "it is still open";
+    EXPECT_TRUE(firstPlace(*bus).hasArrivedSince(before));
+    EXPECT_EQ(bus->hub().runningCode(), HubCode::Flash);
+}
+
+TEST_F(SeveralHubs, TradePlacesWhenOneIsSwapped)
+{
+    const auto bus = makeBus("hubs=3,fault=3:swapped");
+    const std::vector<UsbPlace> before = places(*bus);
+    const auto device = std::move(allDevices(*bus)[4]);
+    ASSERT_EQ(device->open(), UsbOpenStatus::Opened);
+    EXPECT_EQ(restartIntoFlash(*device), 0U);
+    const std::vector<UsbPlace> after = places(*bus);
+    ASSERT_EQ(after.size(), 6U);
+    EXPECT_EQ(after[0].text(), "sim-3");
+    EXPECT_EQ(after[4].text(), "sim-1");
+    EXPECT_TRUE(after[0].hasArrivedSince(before[4]));
+    EXPECT_TRUE(after[4].hasArrivedSince(before[0]));
+    EXPECT_EQ(after[2], before[2]);
+    EXPECT_EQ(bus->hub(1).runningCode(), HubCode::Rom);
+    EXPECT_EQ(bus->hub(3).runningCode(), HubCode::Flash);
+    EXPECT_EQ(bus->hub(1).requestCount(), 0U);
+}
+
+TEST_F(SeveralHubs, MoveToAPlaceThatWasFree)
+{
+    const auto bus = makeBus("hubs=2,fault=moved");
+    const auto device = std::move(allDevices(*bus)[0]);
+    ASSERT_EQ(device->open(), UsbOpenStatus::Opened);
+    EXPECT_EQ(restartIntoRom(*device), 0U);
+    EXPECT_EQ(firstPlace(*bus).text(), "sim-3");
+}
+
+TEST_F(SeveralHubs, RefuseOpensForAWhile)
+{
+    const auto bus = makeBus("fault=refused:40");
+    const auto device = std::move(allDevices(*bus)[0]);
+    ASSERT_EQ(device->open(), UsbOpenStatus::Opened);
+    EXPECT_EQ(restartIntoRom(*device), 0U);
+    const auto back = std::move(allDevices(*bus)[0]);
+    m_clock.advance(39ms);
+    EXPECT_EQ(back->open(), UsbOpenStatus::Busy);
+    m_clock.advance(1ms);
+    EXPECT_EQ(back->open(), UsbOpenStatus::Opened);
 }
 
 TEST_F(SeveralHubs, InMemoryAreLockedOnTheirBus)

@@ -52,6 +52,7 @@ TEST_F(ConsoleTest, AddsAFault)
     EXPECT_THAT(answer("status 2"), HasSubstr("faults=1"));
     EXPECT_THAT(answer("fault nonsense"), StartsWith("error: "));
     EXPECT_THAT(answer("fault open-refused:1"), HasSubstr("open-refused"));
+    EXPECT_THAT(answer("fault refused:40"), HasSubstr("does not see opens"));
 }
 
 TEST_F(ConsoleTest, SaysWhatIsWrongWithALine)

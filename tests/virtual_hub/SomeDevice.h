@@ -15,6 +15,7 @@ inline VirtualDevice someDevice(HubSpeed half)
             0x1A2B,
             static_cast<std::uint16_t>(half == HubSpeed::SuperSpeed ? 0x3C4D : 0x3C4E),
             static_cast<std::uint16_t>(half == HubSpeed::SuperSpeed ? 0x3C4E : 0x3C4D),
+            "sim-3",
             [](ControlRequest&) { return kSimulatedStall; },
             [] { return true; }};
 }

@@ -12,7 +12,9 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <thread>
 #include <unistd.h>
+#include <utility>
 
 namespace vornadel::test
 {
@@ -63,10 +65,12 @@ private:
 class VhciHostTest : public testing::Test
 {
 protected:
-    bool attach(unsigned hub, HubSpeed half)
+    bool attach(unsigned hub, HubSpeed half) { return attach(hub, half, hub); }
+    bool attach(unsigned hub, HubSpeed half, unsigned connector)
     {
         VirtualDevice device = someDevice(half);
         device.hub = hub;
+        device.place = "sim-" + std::to_string(connector);
         return m_host.attach(device, m_error);
     }
     void detach(unsigned hub, HubSpeed half)
@@ -108,6 +112,29 @@ TEST_F(VhciHostTest, ComesBackToItsPort)
     EXPECT_EQ(m_host.busId(3, HubSpeed::SuperSpeed), "2-3"); // not the place of hub 1
     ASSERT_TRUE(attach(1, HubSpeed::SuperSpeed));
     EXPECT_EQ(m_host.busId(1, HubSpeed::SuperSpeed), "2-1");
+}
+
+TEST_F(VhciHostTest, GivesAHubTheConnectorOfAnotherThatLeaves)
+{
+    bool leaves = false;
+    m_clock.onSleep = [&, self = std::this_thread::get_id()](Clock::Duration) {
+        m_kernel.look();
+        if (std::this_thread::get_id() == self && std::exchange(leaves, false)) {
+            m_host.finishDetach(2, HubSpeed::SuperSpeed);
+        }
+    };
+    ASSERT_TRUE(attach(1, HubSpeed::SuperSpeed));
+    ASSERT_TRUE(attach(2, HubSpeed::SuperSpeed));
+    detach(1, HubSpeed::SuperSpeed);
+    m_host.beginDetach(2, HubSpeed::SuperSpeed);
+    leaves = true; // when hub 1 waits for its place
+    ASSERT_TRUE(attach(1, HubSpeed::SuperSpeed, 2));
+    EXPECT_EQ(m_host.busId(1, HubSpeed::SuperSpeed), "2-2");
+    ASSERT_TRUE(attach(2, HubSpeed::SuperSpeed, 1));
+    EXPECT_EQ(m_host.busId(2, HubSpeed::SuperSpeed), "2-1");
+    detach(2, HubSpeed::SuperSpeed);
+    ASSERT_TRUE(attach(2, HubSpeed::SuperSpeed, 3));
+    EXPECT_EQ(m_host.busId(2, HubSpeed::SuperSpeed), "2-3");
 }
 
 TEST_F(VhciHostTest, GoesOnToTheNextControllerAndSaysWhenAllPortsAreTaken)

@@ -65,6 +65,7 @@ TEST_F(VirtualHubTest, LeavesWithBothHalvesAndComesBackAtARestart)
     m_clock.advance(1ms);
     EXPECT_THAT(told(), ElementsAre("attach super", "attach high"));
     EXPECT_EQ(m_sim->runningCode(), HubCode::Rom);
+    EXPECT_EQ(m_host.device(HubSpeed::SuperSpeed).place, "sim-1");
 }
 
 TEST_F(VirtualHubTest, IsSeenToLeaveEvenWhenItIsBackAtOnce)
