@@ -1,0 +1,47 @@
+#include "firmware/ImageCheck.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace vornadel
+{
+
+namespace
+{
+
+constexpr std::ptrdiff_t kBlockAlignment = 256;
+constexpr int kStringCount = 3;
+constexpr std::uint32_t kStringHeader = 2;
+
+bool isBlank(const std::uint8_t* id) { return id[0] == id[1] && (id[0] == 0x00 || id[0] == 0xFF); }
+
+/// Whether the string descriptors follow each other up to a length of 0, the third one or the end.
+bool stringsFit(const FwImage& image)
+{
+    std::uint32_t at = 0;
+    for (int i = 0; i < kStringCount && at < image.stringsLength && image.strings[at] != 0; ++i) {
+        if (image.strings[at] < kStringHeader) {
+            return false;
+        }
+        at += image.strings[at];
+    }
+    return at <= image.stringsLength;
+}
+
+} // namespace
+
+ImageFlaw FwImage_FindFlaw(const FwImage& image)
+{
+    if ((image.descriptor - image.data.get()) % kBlockAlignment != 0) {
+        return ImageFlaw::NotAligned;
+    }
+    if (image.version == nullptr) {
+        return ImageFlaw::NoVersion;
+    }
+    if (isBlank(image.vid) || isBlank(image.sspid) || isBlank(image.hspid)) {
+        return ImageFlaw::NoIds;
+    }
+    return stringsFit(image) ? ImageFlaw::None : ImageFlaw::BadStrings;
+}
+
+} // namespace vornadel
