@@ -17,6 +17,17 @@ bool FindSupportedId(std::uint16_t vendorId, std::uint16_t productId)
                        });
 }
 
+bool AddSupportedIds(std::uint16_t vendorId, std::uint16_t superSpeedId, std::uint16_t highSpeedId)
+{
+    const auto free = std::find_if(SupportedIdList.begin(), SupportedIdList.end(),
+                                   [](const SupportedIdEntry& entry) { return entry.valid != 1; });
+    if (free == SupportedIdList.end()) {
+        return false;
+    }
+    *free = {1, vendorId, superSpeedId, highSpeedId};
+    return true;
+}
+
 bool FindSupportedTriple(std::uint16_t vendorId, std::uint16_t superSpeedId,
                          std::uint16_t highSpeedId)
 {

@@ -19,8 +19,8 @@ struct SupportedIdEntry {
 
 inline constexpr std::size_t kSupportedIdCount = 64;
 
-/// The supported hubs, by the index of their configuration keys. Written at start, before the first
-/// search and the first flow; only read afterwards, from any thread.
+/// The supported hubs, by the index of their configuration keys. Written before the first flow, by
+/// the thread that starts it; only read afterwards, from any thread.
 extern std::array<SupportedIdEntry, kSupportedIdCount> SupportedIdList;
 
 /// The hub maker's vendor id, sent in the open-time request; 0 means the one the program was built
@@ -29,6 +29,9 @@ extern std::uint16_t HubMakerVid;
 
 /// Whether a device is a supported hub, at either speed.
 bool FindSupportedId(std::uint16_t vendorId, std::uint16_t productId);
+
+/// Makes a hub supported for the rest of the run, in the first free entry. False if there is none.
+bool AddSupportedIds(std::uint16_t vendorId, std::uint16_t superSpeedId, std::uint16_t highSpeedId);
 
 /// Whether one and the same entry has all three ids.
 bool FindSupportedTriple(std::uint16_t vendorId, std::uint16_t superSpeedId,

@@ -51,5 +51,17 @@ TEST_F(SupportedIds, AreSearchedToTheLastEntryAcrossGaps)
     EXPECT_TRUE(FindSupportedTriple(0xFFFF, 0xFFFE, 0xFFFD));
 }
 
+TEST_F(SupportedIds, AreAddedInTheFirstFreeEntryWhileThereIsOne)
+{
+    SupportedIdList.fill({1, 0x1111, 0x3300, 0x2200});
+    EXPECT_FALSE(AddSupportedIds(0x1234, 0x5678, 0x9ABC));
+    EXPECT_FALSE(FindSupportedId(0x1234, 0x5678));
+    SupportedIdList[62].valid = 2;
+    SupportedIdList[63].valid = 0;
+    EXPECT_TRUE(AddSupportedIds(0x1234, 0x5678, 0x9ABC));
+    EXPECT_EQ(SupportedIdList[62], (SupportedIdEntry{1, 0x1234, 0x5678, 0x9ABC}));
+    EXPECT_EQ(SupportedIdList[63].valid, 0);
+}
+
 } // namespace
 } // namespace vornadel::test
