@@ -1,5 +1,7 @@
 #pragma once
 
+#include "cli/HubSelector.h"
+
 #include <optional>
 #include <ostream>
 #include <string>
@@ -15,15 +17,27 @@ struct CommandLine {
     std::string image;      ///< of update, read and info; empty: info is about the hub
     std::string configFile; ///< empty: config.ini in the resource directory
     std::optional<std::string> simulatedHub; ///< set: work on the simulated hub, with these options
+    HubSelector hub = {};                    ///< of verbs about hubs
+    bool refuseInUse = false; ///< of verbs that restart the hub: not if a device hangs below it
+    bool all = false;         ///< of list: every USB device
 };
 
-/// Exit statuses of vornadelctl.
-inline constexpr int kExitSuccess = 0; ///< done; an update is verified, a read is saved
-inline constexpr int kExitFailure = 1; ///< not done; the reason has been printed
-/// The command line was not understood, the file of --config cannot be used, or the simulated hub
-/// cannot be set up.
+// Exit statuses of vornadelctl.
+inline constexpr int kExitSuccess = 0; ///< done; an update is confirmed, a read is saved
+inline constexpr int kExitFailure = 1; ///< not done, for a reason that has no status of its own
+/// The command line was not understood, the file of --config cannot be used or has no room for the
+/// image's ids, or the simulated hub cannot be set up.
 inline constexpr int kExitUsage = 2;
-inline constexpr int kExitInterrupted = 130; ///< a signal stopped it half-way
+inline constexpr int kExitNoHub = 3;          ///< no hub, or none that is selected
+inline constexpr int kExitSeveralHubs = 4;    ///< nothing says which one; nothing was sent
+inline constexpr int kExitNoAccess = 5;       ///< the user may not open the hub
+inline constexpr int kExitImageRefused = 6;   ///< no image, or not one for a hub; nothing was sent
+inline constexpr int kExitTransferFailed = 7; ///< the hub did not do what a request asked
+inline constexpr int kExitDiffers = 8;        ///< what was read is not what it should be
+/// The flash has been verified, erased or saved, but the hub does not run what it should.
+inline constexpr int kExitNotConfirmed = 9;
+inline constexpr int kExitBusy = 11;         ///< another flow or program has the hub
+inline constexpr int kExitInterrupted = 128; ///< plus the number of the signal that stopped it
 
 /// Parses the command line. Empty if there is a command to run; otherwise the exit status, after
 /// help, the version or an error has been printed.

@@ -25,7 +25,7 @@ constexpr struct {
 } // namespace
 
 int runCommand(const CommandLine& commandLine, Platform& platform, const std::string& resourcePath,
-               std::ostream& out, std::ostream& err, bool terminal)
+               std::ostream& out, std::ostream& err, bool terminal, StopRequest& stop)
 {
     const std::string configFile =
         commandLine.configFile.empty() ? resourcePath + "/config.ini" : commandLine.configFile;
@@ -40,7 +40,8 @@ int runCommand(const CommandLine& commandLine, Platform& platform, const std::st
     const auto& verb = *std::find_if(std::begin(kVerbs), std::end(kVerbs), [&](const auto& each) {
         return each.verb == commandLine.verb;
     });
-    const int status = verb.run({commandLine, platform, configFile, config, out, err, terminal});
+    const int status = verb.run(
+        {commandLine, platform, resourcePath, configFile, config, out, err, terminal, stop});
     if (verb.outputIsTheResult && !out.flush()) {
         err << "the output could not be written\n";
         return kExitFailure;

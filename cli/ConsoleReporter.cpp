@@ -13,12 +13,40 @@ constexpr int kBarWidth = 50;
 
 } // namespace
 
-ConsoleReporter::ConsoleReporter(std::ostream& out, std::ostream& err, bool terminal)
-    : m_out(out), m_err(err), m_terminal(terminal)
+ConsoleReporter::ConsoleReporter(std::ostream& out, std::ostream& err, bool terminal,
+                                 StopRequest& stop)
+    : m_out(out), m_err(err), m_terminal(terminal), m_stop(stop)
 {
 }
 
 ConsoleReporter::~ConsoleReporter() { endMovingLine(); }
+
+void ConsoleReporter::started(const FlowStart& start)
+{
+    m_stop.enter(StopRequest::Phase::Unchanged);
+    FlowTextReporter::started(start);
+}
+
+void ConsoleReporter::stepStarted(Step step)
+{
+    FlowTextReporter::stepStarted(step);
+    // A signal that came after the flow's last look at its stop flag has promised to stop it.
+    if (step == Step::Erase && m_stop.enter(StopRequest::Phase::Changing)) {
+        appendProgressInfo_Red(kFinishing + std::string("\n"));
+    }
+}
+
+void ConsoleReporter::finished(const FlowResult& result)
+{
+    m_result = result;
+    FlowTextReporter::finished(result);
+}
+
+void ConsoleReporter::closed()
+{
+    m_stop.enter(StopRequest::Phase::NoFlow);
+    FlowTextReporter::closed();
+}
 
 void ConsoleReporter::resetProgressInfo() {}
 

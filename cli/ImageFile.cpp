@@ -1,6 +1,10 @@
 #include "cli/ImageFile.h"
 
+#include "firmware/ImageCheck.h"
+#include "hub/FlashGeometry.h"
+
 #include <cerrno>
+#include <cstdint>
 #include <system_error>
 
 #include <fcntl.h>
@@ -32,6 +36,27 @@ bool loadImage(FwImage& image, const std::string& path, std::ostream& err)
         err << path << ": " << whyUnread(path) << '\n';
     }
     return loaded;
+}
+
+std::string whyRefused(const FwImage& image)
+{
+    if (static_cast<std::uint32_t>(image.size) > kFlashSize) {
+        return "it has " + std::to_string(image.size) + " bytes, more than the hub's flash (" +
+               std::to_string(kFlashSize) + ')';
+    }
+    switch (FwImage_FindFlaw(image)) {
+    case ImageFlaw::None:
+        return {};
+    case ImageFlaw::NotAligned:
+        return "its descriptor block is not where the hub looks for it";
+    case ImageFlaw::NoVersion:
+        return "it has no firmware version";
+    case ImageFlaw::NoIds:
+        return "its vendor id or one of its product ids is missing";
+    case ImageFlaw::BadStrings:
+        return "the strings in its descriptor block are damaged";
+    }
+    return {};
 }
 
 } // namespace vornadel

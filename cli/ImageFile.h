@@ -15,4 +15,7 @@ std::string whyUnread(const std::string& path);
 /// would only call it a wrong firmware file.
 bool loadImage(FwImage& image, const std::string& path, std::ostream& err);
 
+/// Why a hub could not run a loaded image, in a sentence; empty if it could.
+std::string whyRefused(const FwImage& image);
+
 } // namespace vornadel

@@ -1,8 +1,9 @@
+#include "cli/AskedHub.h"
+#include "cli/HubChoices.h"
 #include "cli/ImageFile.h"
+#include "cli/Outcome.h"
 #include "cli/ShownText.h"
 #include "cli/Verbs.h"
-#include "hub/HubCommands.h"
-#include "hub/HubTransport.h"
 
 #include <cstdint>
 #include <string>
@@ -43,40 +44,23 @@ int showImage(const std::string& path, std::ostream& out, std::ostream& err)
     return kExitSuccess;
 }
 
-const char* whyNotOpened(UsbOpenStatus status)
+int showHub(const Command& command)
 {
-    switch (status) {
-    case UsbOpenStatus::NoAccess:
-        return "permission is missing";
-    case UsbOpenStatus::Busy:
-        return "another program has it open";
-    case UsbOpenStatus::Gone:
-        return "it has just left";
-    default:
-        return "the system gave no reason";
+    int status = kExitSuccess;
+    const std::optional<AttachedHub> hub = selectHub(command, status);
+    if (!hub) {
+        return status;
     }
-}
-
-int showHub(std::ostream& out, std::ostream& err)
-{
-    if (!Hub_FindDevice()) {
-        err << "no supported hub is attached\n";
-        return kExitFailure;
+    const AskedHub asked = askHub(hub->place());
+    if (asked.failure != HubFailure::None) {
+        const Outcome outcome = outcomeOf(
+            asked.failure, {hub->place().text(), ownerOf(command.platform.usb, hub->place()),
+                            accessCommand(command.resourcePath)});
+        command.err << outcome.text << '\n';
+        return outcome.status;
     }
-    if (!Hub_OpenDevice()) {
-        err << "a supported hub is attached, but it cannot be opened: "
-            << whyNotOpened(Hub_LastOpenStatus()) << '\n';
-        return kExitFailure;
-    }
-    HubStatusBlock status{};
-    const bool read = Hub_ReadStatusBlock(status) == 0;
-    Hub_CloseDevice();
-    if (!read) {
-        err << "the hub was opened, but it does not answer\n";
-        return kExitFailure;
-    }
-    out << "firmware version: " << hex4(firmwareVersionIn(status)) << '\n'
-        << "running:          " << (romCodeRunsBy(status) ? "ROM code" : "flash code") << '\n';
+    command.out << "firmware version: " << asked.version() << '\n'
+                << "running:          " << asked.code() << '\n';
     return kExitSuccess;
 }
 
@@ -84,7 +68,7 @@ int showHub(std::ostream& out, std::ostream& err)
 
 int infoVerb(const Command& command)
 {
-    return command.line.image.empty() ? showHub(command.out, command.err)
+    return command.line.image.empty() ? showHub(command)
                                       : showImage(command.line.image, command.out, command.err);
 }
 

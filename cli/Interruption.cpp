@@ -6,7 +6,11 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <string>
+
+#include <poll.h>
 #include <pthread.h>
+#include <unistd.h>
 
 namespace vornadel
 {
@@ -17,9 +21,36 @@ namespace
 /// Wakes the waiting thread when the program ends by itself.
 constexpr int kWakeUp = SIGUSR1;
 
+/// Writes a line to standard error; on a terminal, on a fresh line, because a percentage may stand
+/// in this one. Drops it if nobody reads, so that the next signal is not missed.
+void say(const char* sentence)
+{
+    const std::string line =
+        (::isatty(STDERR_FILENO) == 1 ? "\n" : "") + std::string(sentence) + '\n';
+    pollfd room{STDERR_FILENO, POLLOUT, 0};
+    if (::poll(&room, 1, 0) == 1) {
+        [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, line.data(), line.size());
+    }
+}
+
+/// Whether the flow will end by itself.
+bool askToStop(StopRequest& stop)
+{
+    switch (stop.ask()) {
+    case StopRequest::Phase::Unchanged:
+        say("stopping; the hub will run its firmware again");
+        return true;
+    case StopRequest::Phase::Changing:
+        say(kFinishing);
+        return true;
+    default:
+        return false;
+    }
+}
+
 } // namespace
 
-Interruption::Interruption(Clock& clock)
+Interruption::Interruption(Clock& clock, StopRequest& stop)
 {
     sigset_t signals = blockEndingSignals();
     sigset_t wakeUp;
@@ -27,7 +58,7 @@ Interruption::Interruption(Clock& clock)
     sigaddset(&wakeUp, kWakeUp);
     pthread_sigmask(SIG_BLOCK, &wakeUp, nullptr);
     sigaddset(&signals, kWakeUp);
-    m_thread = std::thread([this, &clock, signals] { wait(clock, signals); });
+    m_thread = std::thread([this, &clock, &stop, signals] { wait(clock, stop, signals); });
 }
 
 Interruption::~Interruption()
@@ -39,20 +70,28 @@ Interruption::~Interruption()
 
 int Interruption::statusAfter(int commandStatus) const
 {
-    return m_happened && commandStatus != kExitSuccess ? kExitInterrupted : commandStatus;
+    return m_signal != 0 && commandStatus != kExitSuccess ? kExitInterrupted + m_signal
+                                                          : commandStatus;
 }
 
-void Interruption::wait(Clock& clock, const sigset_t& signals)
+void Interruption::wait(Clock& clock, StopRequest& stop, const sigset_t& signals)
 {
+    bool abandoned = false;
     while (!m_ending) {
         int signal = 0;
         sigwait(&signals, &signal);
         if (signal == kWakeUp) {
             continue;
         }
-        if (m_happened.exchange(true)) {
-            std::_Exit(kExitInterrupted);
+        int none = 0;
+        const bool first = m_signal.compare_exchange_strong(none, signal);
+        if (abandoned) {
+            std::_Exit(kExitInterrupted + m_signal);
         }
+        if (first && askToStop(stop)) {
+            continue;
+        }
+        abandoned = true;
         Hub_Abandon();
         clock.interrupt();
     }

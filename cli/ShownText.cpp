@@ -1,5 +1,6 @@
 #include "cli/ShownText.h"
 
+#include <algorithm>
 #include <iomanip>
 #include <sstream>
 
@@ -22,6 +23,25 @@ std::string printable(std::string_view text)
         }
     }
     return shown;
+}
+
+std::string alignedLines(const std::vector<std::vector<std::string>>& rows)
+{
+    std::vector<std::size_t> widths;
+    for (const auto& row : rows) {
+        widths.resize(std::max(widths.size(), row.size()));
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            widths[i] = std::max(widths[i], row[i].size());
+        }
+    }
+    std::string lines;
+    for (const auto& row : rows) {
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            const bool last = i + 1 == row.size();
+            lines += row[i] + (last ? "\n" : std::string(widths[i] - row[i].size() + 2, ' '));
+        }
+    }
+    return lines;
 }
 
 } // namespace vornadel

@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vornadel
 {
@@ -11,5 +12,8 @@ std::string hex4(unsigned number);
 
 /// Bytes outside printable ASCII would reach the terminal as control codes; they become "?".
 std::string printable(std::string_view text);
+
+/// One line a row, the columns aligned.
+std::string alignedLines(const std::vector<std::vector<std::string>>& rows);
 
 } // namespace vornadel

@@ -1,10 +1,15 @@
 #include "cli/ConsoleReporter.h"
+#include "cli/FlowTarget.h"
 #include "cli/ImageFile.h"
+#include "cli/ShownText.h"
 #include "cli/Verbs.h"
 #include "flows/FirmwareUpdate.h"
 #include "flows/ScalarUpdate.h"
+#include "hub/SupportedIds.h"
 
+#include <cstdint>
 #include <filesystem>
+#include <utility>
 
 namespace vornadel
 {
@@ -12,10 +17,54 @@ namespace vornadel
 namespace
 {
 
+std::uint16_t storedId(const std::uint8_t* position)
+{
+    return static_cast<std::uint16_t>(position[0] << 8 | position[1]);
+}
+
+/// Makes sure that the hub is found with the ids in the image.
+bool supportIds(const Command& command, const FwImage& image)
+{
+    const std::uint16_t vendor = storedId(image.vid);
+    const std::uint16_t superSpeed = storedId(image.sspid);
+    const std::uint16_t highSpeed = storedId(image.hspid);
+    if (FindSupportedId(vendor, superSpeed) && FindSupportedId(vendor, highSpeed)) {
+        return true;
+    }
+    const std::string ids = hex4(vendor) + ':' + hex4(superSpeed) + '/' + hex4(highSpeed);
+    if (!AddSupportedIds(vendor, superSpeed, highSpeed)) {
+        command.err << command.configFile << " has no room for the ids in the image, " << ids
+                    << "; remove a hub from it\n";
+        return false;
+    }
+    command.out << "the image gives the hub new ids, " << ids
+                << "; they are supported until this command ends\n"
+                << std::flush;
+    return true;
+}
+
 int write(const Command& command, const FwImage& image, const std::string& name)
 {
-    ConsoleReporter reporter(command.out, command.err, command.terminal);
-    return updateFirmware(image, name, reporter) ? kExitSuccess : kExitFailure;
+    ConsoleReporter reporter(command.out, command.err, command.terminal, command.stop);
+    FlowTarget target;
+    if (image.loaded) {
+        if (const std::string why = whyRefused(image); !why.empty()) {
+            command.err << name << ": " << why << '\n';
+            return kExitImageRefused;
+        }
+        int status = kExitSuccess;
+        std::optional<FlowTarget> chosen = chooseTarget(command, status);
+        if (!chosen) {
+            return status;
+        }
+        target = *std::move(chosen);
+        // After the choice, so that a device with these ids is no hub to choose from.
+        if (!supportIds(command, image)) {
+            return kExitUsage;
+        }
+    }
+    updateFirmware(image, name, reporter, target.options); // says so if the image is not loaded
+    return explainResult(command, FlowKind::Update, reporter.result(), target);
 }
 
 /// The image that the configuration names. It lies beside the configuration file.

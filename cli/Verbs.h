@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cli/CommandLine.h"
+#include "cli/StopRequest.h"
 #include "config/ToolConfig.h"
 #include "platform/Platform.h"
 
@@ -14,11 +15,13 @@ namespace vornadel
 struct Command {
     const CommandLine& line;
     Platform& platform;
+    const std::string& resourcePath;
     const std::string& configFile; ///< that has been read
     const ToolConfig& config;      ///< its content
     std::ostream& out;
     std::ostream& err;
     bool terminal; ///< `out` is one
+    StopRequest& stop;
 };
 
 // The verbs. Each returns the exit status.

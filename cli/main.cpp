@@ -23,11 +23,12 @@ int run(const CommandLine& commandLine, Platform platform, const char* argv0)
 {
     // First, because it would undo the Hub_Abandon() of a signal.
     Hub_UsePlatform(platform.usb, platform.clock);
-    const Interruption interruption(platform.clock);
+    StopRequest stop;
+    const Interruption interruption(platform.clock, stop);
     const int status = interruption.statusAfter(
         runCommand(commandLine, platform, thisToolsPlace(argv0).resourcePath, std::cout, std::cerr,
-                   isatty(STDOUT_FILENO) == 1));
-    if (status == kExitInterrupted) {
+                   isatty(STDOUT_FILENO) == 1, stop));
+    if (status > kExitInterrupted) {
         std::cerr << "Interrupted\n";
     }
     return status;

@@ -19,8 +19,8 @@ enum class Wait { Yes, No };
 class FlowTextReporter : public FlowReporter
 {
 public:
-    void started(const FlowStart& start) final;
-    void stepStarted(Step step) final;
+    void started(const FlowStart& start) override;
+    void stepStarted(Step step) override;
     void progressed(std::int32_t done, std::int32_t total) final;
     void finished(const FlowResult& result) override;
     void closed() override;

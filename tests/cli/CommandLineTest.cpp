@@ -110,6 +110,51 @@ TEST(CommandLine, TakesAConfigFileBeforeAndAfterTheVerb)
     }
 }
 
+TEST(CommandLine, TakesSelectorsBeforeAndAfterTheVerb)
+{
+    const Parsed parsed =
+        parse({"-p", "2-1.4/1-1.4", "erase", "-S", "a b", "--refuse-in-use", "--container",
+               "00112233-4455-6677-8899-AABBCCDDEEFF", "--id=1209:aB"});
+    EXPECT_EQ(parsed.ended, std::nullopt) << parsed.err;
+    const HubSelector& hub = parsed.commandLine.hub;
+    EXPECT_EQ(hub.path, "2-1.4/1-1.4");
+    EXPECT_EQ(hub.serialNumber, "a b");
+    EXPECT_EQ(hub.containerId, "{00112233-4455-6677-8899-aabbccddeeff}");
+    EXPECT_EQ(hub.id, (UsbIds{0x1209, 0x00AB}));
+    EXPECT_TRUE(parsed.commandLine.refuseInUse);
+    EXPECT_EQ(parse({"info", "--container", hub.containerId}).commandLine.hub.containerId,
+              hub.containerId);
+    EXPECT_EQ(parse({"list", "--path", "sim-12"}).commandLine.hub.path, "sim-12");
+    EXPECT_TRUE(parse({"list", "--all"}).commandLine.all);
+}
+
+TEST(CommandLine, RefusesSelectorsThatCannotMatch)
+{
+    const std::string container = "00112233-4455-6677-8899-aabbccddeeff";
+    const struct {
+        std::string option;
+        Words values;
+    } rows[] = {
+        {"--path",
+         {"", "1", "1:5", "-1", "2-", "2-x", "2-1.", "2-.1", "2-1..4", "A-1", "2-1/",
+          "2-1/1-1/3-1"}},
+        {"--serial", {""}},
+        {"--container",
+         {"", "{" + container, container + "}", container + "0", container.substr(1),
+          "g" + container.substr(1), "00112233445566778899aabbccddeeff"}},
+        {"--id",
+         {"", "1209", "1209:", ":0001", "12091:1", "1209:00001", "1209:-1", "-1:1", "0x1:1",
+          "1209:000g", "1209:1:2"}},
+    };
+    for (const auto& row : rows) {
+        for (const std::string& value : row.values) {
+            const Parsed parsed = parse({"info", row.option + '=' + value});
+            EXPECT_EQ(parsed.ended, 2) << row.option << ' ' << value;
+            EXPECT_THAT(parsed.err, HasSubstr(row.option)) << value;
+        }
+    }
+}
+
 TEST(CommandLine, HelpAndVersionAreNoErrors)
 {
     const struct {
@@ -147,6 +192,9 @@ TEST(CommandLine, ExplainsWhatItDoesNotUnderstand)
         {{"list", "a.bin"}, "a.bin"},
         {{"--nonsense", "list"}, "--nonsense"},
         {{"list", "--config", ""}, "empty"},
+        {{"info", "a.bin", "-p", "2-1"}, "info IMAGE asks no hub"},
+        {{"list", "--all", "-S", "1"}, "--all lists every device"},
+        {{"info", "--refuse-in-use"}, "--refuse-in-use"},
         {{"list", "--simulated-hub=latency=none", "--simulated-hub"}, "--simulated-hub"},
     };
     for (const auto& row : rows) {

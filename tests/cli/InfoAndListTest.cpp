@@ -11,7 +11,10 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
+
+#include <unistd.h>
 
 namespace vornadel::test
 {
@@ -19,6 +22,7 @@ namespace vornadel::test
 namespace
 {
 
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
@@ -39,46 +43,68 @@ TEST(InfoOfTheHub, SaysThatNoneIsAttached)
 {
     Session session;
     session.hub().unplug();
-    EXPECT_EQ(session.info(), kExitFailure);
+    EXPECT_EQ(session.info(), kExitNoHub);
     EXPECT_EQ(session.err.str(), "no supported hub is attached\n");
     EXPECT_THAT(session.out.str(), IsEmpty());
 }
 
-TEST(InfoOfTheHub, SaysThatItCannotBeOpened)
+TEST(AnAttachedHub, ThatCannotBeOpenedIsListedWithTheReason)
 {
     const struct {
         UsbOpenStatus status;
-        std::string why;
+        int exitStatus;
+        std::string why; ///< beginning
+        std::string inTheList;
     } rows[] = {
-        {UsbOpenStatus::NoAccess, "permission is missing"},
-        {UsbOpenStatus::Busy, "another program has it open"},
-        {UsbOpenStatus::Gone, "it has just left"},
-        {UsbOpenStatus::Other, "the system gave no reason"},
+        {UsbOpenStatus::NoAccess, 5, "permission is missing; to grant it: rm ", "no access"},
+        {UsbOpenStatus::Busy, 11, "the hub is busy: another program has it open\n", "busy"},
+        {UsbOpenStatus::Gone, 7, "the hub was unplugged\n", "has left"},
+        {UsbOpenStatus::Other, 1, "the system could not open the hub, and gave no reason\n",
+         "no answer"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.why);
         Session session;
         ScriptedBus bus;
         bus.attached = {{0x1209, 0x0001, row.status}};
-        EXPECT_EQ(session.runOn(bus, {CommandLine::Verb::Info, {}, {}, {}}), kExitFailure);
-        EXPECT_EQ(session.err.str(),
-                  "a supported hub is attached, but it cannot be opened: " + row.why + '\n');
+        EXPECT_EQ(session.runOn(bus, session.line(CommandLine::Verb::Info)), row.exitStatus);
+        EXPECT_THAT(session.err.str(), StartsWith(row.why));
         EXPECT_THAT(session.out.str(), IsEmpty());
+        EXPECT_EQ(session.runOn(bus, session.line(CommandLine::Verb::List)), kExitSuccess);
+        EXPECT_EQ(session.out.str(), "-  1209:0001/-  -  -  " + row.inTheList + '\n');
+        EXPECT_THAT(session.err.str(), IsEmpty());
     }
 }
 
-TEST(InfoOfTheHub, SaysThatItDoesNotAnswer)
+TEST(AnAttachedHub, WithoutPermissionNamesTheCommandThatGrantsIt)
 {
-    for (const char* const fault :
-         {"fault=stall@status#1", "fault=vanish-before@status#1",
-          "fault=stall@status#1,fault=stall@status#2,fault=stall@status#3"}) {
+    Session session;
+    ScriptedBus bus;
+    bus.attached = {{0x1209, 0x0001, UsbOpenStatus::NoAccess}};
+    EXPECT_EQ(session.runOn(bus, session.line(CommandLine::Verb::Erase)), kExitNoAccess);
+    EXPECT_THAT(session.err.str(),
+                EndsWith("\npermission is missing; to grant it: "
+                         "rm -rf /tmp/HubUpdaterDriver.kext && cp -R " +
+                         session.folder.path("HubUpdaterDriver.kext") + " /tmp && sudo " +
+                         session.folder.path("load") +
+                         "; then plug the hub in again; the flash is unchanged\n"));
+}
+
+TEST(AnAttachedHub, ThatDoesNotAnswerIsListedAllTheSame)
+{
+    for (const auto& [fault, why] :
+         {std::pair("fault=stall@status#1", "the hub refused the request (stall)\n"),
+          std::pair("fault=vanish-before@status#1", "the hub was unplugged\n")}) {
         SCOPED_TRACE(fault);
         Session session(fault);
-        EXPECT_EQ(session.info(), kExitFailure);
-        EXPECT_EQ(session.err.str(), "the hub was opened, but it does not answer\n");
+        EXPECT_EQ(session.info(), kExitTransferFailed);
+        EXPECT_EQ(session.err.str(), why);
         EXPECT_THAT(session.out.str(), IsEmpty());
         EXPECT_FALSE(Hub_IsOpen());
     }
+    Session session("fault=stall@status#1");
+    EXPECT_EQ(session.list(), kExitSuccess);
+    EXPECT_EQ(session.out.str(), "sim-1  1209:0001/0002  SN0001  Demo Hub  no answer\n");
 }
 
 TEST(InfoOfAnImage, ShowsItsFields)
@@ -161,12 +187,52 @@ TEST(InfoOfAnImage, SaysWhyAFileWasNotRead)
     }
 }
 
-TEST(List, MarksTheSupportedHubs)
+TEST(List, ShowsEachHubInOneLine)
+{
+    Session session("hubs=3,mode=2:rom,latency=none");
+    session.hub(3).setFlash(std::vector<std::uint8_t>(32768, 0xFF));
+    session.hub(3).unplug();
+    session.hub(3).replug();
+    const auto busy = session.occupy("sim-1");
+    EXPECT_EQ(session.list(), kExitSuccess);
+    const std::string pid = std::to_string(::getpid());
+    EXPECT_EQ(session.out.str(), "sim-1  1209:0001/0002  SN0001  Demo Hub  busy (pid " + pid +
+                                     ")\n"
+                                     "sim-2  1209:0001/0002  SN0002  Demo Hub  0100  ROM code\n"
+                                     "sim-3  1209:0001/0002  -       -         0001  ROM code\n");
+    EXPECT_EQ(session.hub().requestCount(), 0U);
+    session.hub(1).unplug();
+    EXPECT_EQ(session.list(), kExitSuccess);
+    EXPECT_THAT(session.out.str(), HasSubstr("\nsim-1  -               -       -         busy "))
+        << "away for its restart";
+}
+
+TEST(List, ShowsOnlyTheSelectedHubs)
+{
+    Session session("hubs=3,latency=none");
+    session.selector.serialNumber = "SN0002";
+    EXPECT_EQ(session.list(), kExitSuccess);
+    EXPECT_EQ(session.out.str(), "sim-2  1209:0001/0002  SN0002  Demo Hub  0100  flash code\n");
+    session.selector.serialNumber = "SN000";
+    EXPECT_EQ(session.list(), kExitNoHub);
+    EXPECT_EQ(session.err.str(), "no attached hub matches\n");
+    EXPECT_EQ(session.hub(1).requestCount() + session.hub(3).requestCount(), 0U);
+}
+
+TEST(List, ShowsEveryDeviceOnDemand)
 {
     Session session;
-    EXPECT_EQ(session.list(), kExitSuccess);
-    EXPECT_EQ(session.out.str(), "1209:0001  supported hub\n1209:0002  supported hub\n");
-    EXPECT_EQ(session.hub().requestCount(), 0U);
+    ScriptedBus bus;
+    bus.attached = {
+        {.vendorId = 0x1d6b, .productId = 3, .place = {{"usb2", 1}, {}}, .texts = {"xHCI\n", ""}},
+        {.vendorId = 0x1209, .productId = 1, .place = {{"2-1", 2}, {"1-1", 0}}},
+        {.step = UsbSearch::Step::NoPlugIn},
+    };
+    CommandLine line = session.line(CommandLine::Verb::List);
+    line.all = true;
+    EXPECT_EQ(session.runOn(bus, line), kExitSuccess);
+    EXPECT_EQ(session.out.str(), "usb2  1D6B:0003  xHCI?\n2-1   1209:0001  -      supported hub\n");
+    EXPECT_THAT(bus.requests(), IsEmpty());
 }
 
 TEST(List, FailsIfTheAnswerCannotBeWritten)
@@ -209,28 +275,22 @@ TEST(AnyCommand, GoesOnWithoutTheToolsOwnConfigFileAndSaysSo)
 {
     Session session;
     session.folder.write("config.ini", "no key\n");
-    EXPECT_EQ(session.list(), kExitSuccess);
-    EXPECT_EQ(session.err.str(),
-              "iniparser: syntax error in " + session.folder.path("config.ini") + " (1)\n");
-    EXPECT_EQ(session.out.str(), "1209:0001\n1209:0002\n");
+    EXPECT_EQ(session.list(), kExitNoHub);
+    EXPECT_EQ(session.err.str(), "iniparser: syntax error in " + session.folder.path("config.ini") +
+                                     " (1)\nno supported hub is attached\n");
 }
 
-TEST(List, FailsWithoutADeviceList)
+TEST(List, FailsWithoutUsb)
 {
     Session session;
     ScriptedBus bus;
     bus.givesList = false;
-    EXPECT_EQ(session.runOn(bus, {CommandLine::Verb::List, {}, {}, {}}), kExitFailure);
+    EXPECT_EQ(session.runOn(bus, session.line(CommandLine::Verb::List)), kExitNoHub);
     EXPECT_EQ(session.err.str(), "the USB devices cannot be listed\n");
-}
-
-TEST(List, LeavesOutDevicesThatGiveNoAccess)
-{
-    Session session;
-    ScriptedBus bus;
+    bus.givesList = true;
     bus.attached = {{.step = UsbSearch::Step::NoPlugIn}, {.step = UsbSearch::Step::NoInterface}};
-    EXPECT_EQ(session.runOn(bus, {CommandLine::Verb::List, {}, {}, {}}), kExitSuccess);
-    EXPECT_THAT(session.out.str() + session.err.str(), IsEmpty());
+    EXPECT_EQ(session.runOn(bus, session.line(CommandLine::Verb::List)), kExitNoHub);
+    EXPECT_EQ(session.err.str(), "the system lists no USB device, not even a root hub\n");
 }
 
 } // namespace

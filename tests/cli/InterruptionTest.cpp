@@ -7,9 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <csignal>
 #include <functional>
-#include <future>
 
 #include <pthread.h>
 #include <unistd.h>
@@ -29,12 +29,17 @@ public:
     void sleepUntil(const std::function<bool()>& /*over*/, Duration /*pause*/) override {}
     void wake() override {}
     void after(Duration /*delay*/, std::function<void()> /*task*/) override {}
-    void interrupt() override { m_interrupted.set_value(); }
+    void interrupt() override
+    {
+        m_interrupted = true;
+        m_interrupted.notify_all();
+    }
 
-    void waitForInterruption() { m_interrupted.get_future().wait(); }
+    bool isInterrupted() const { return m_interrupted; }
+    void waitForInterruption() const { m_interrupted.wait(false); }
 
 private:
-    std::promise<void> m_interrupted;
+    std::atomic<bool> m_interrupted = false;
 };
 
 class EndingSignal : public testing::TestWithParam<int>
@@ -63,32 +68,50 @@ private:
     sigset_t m_blocked{};
 };
 
-TEST_P(EndingSignal, InterruptsAFailedCommandAndLeavesASuccessOne)
+TEST_P(EndingSignal, EndsTheCommandAtOnceIfNoFlowRuns)
 {
     Session session;
     ASSERT_EQ(session.list(), kExitSuccess); // fills the supported ids
     ASSERT_TRUE(Hub_OpenDevice());
     TellingClock clock;
-    const Interruption interruption(clock);
+    const Interruption interruption(clock, session.stop);
     EXPECT_EQ(interruption.statusAfter(kExitFailure), kExitFailure);
     ASSERT_TRUE(isBlocked()); // otherwise it would end this program
     ASSERT_EQ(::kill(::getpid(), GetParam()), 0);
     clock.waitForInterruption();
-    EXPECT_EQ(interruption.statusAfter(kExitFailure), kExitInterrupted);
+    EXPECT_EQ(interruption.statusAfter(kExitFailure), kExitInterrupted + GetParam());
     EXPECT_EQ(interruption.statusAfter(kExitSuccess), kExitSuccess);
     HubStatusBlock block{};
     EXPECT_EQ(Hub_ReadStatusBlock(block), kHubAbandoned) << "no further requests";
     Hub_CloseDevice();
 }
 
+TEST_P(EndingSignal, LeavesAFlowToItselfTheFirstTime)
+{
+    for (const auto phase : {StopRequest::Phase::Unchanged, StopRequest::Phase::Changing}) {
+        StopRequest stop;
+        EXPECT_FALSE(stop.enter(phase));
+        TellingClock clock;
+        const Interruption interruption(clock, stop);
+        ::kill(::getpid(), GetParam());
+        stop.flag()->wait(false);
+        EXPECT_FALSE(clock.isInterrupted());
+        EXPECT_TRUE(stop.enter(phase));
+        ::kill(::getpid(), GetParam());
+        clock.waitForInterruption();
+        EXPECT_EQ(interruption.statusAfter(kExitFailure), kExitInterrupted + GetParam());
+    }
+}
+
 using EndingSignalDeathTest = EndingSignal;
 
-TEST_P(EndingSignalDeathTest, EndsTheProgramAtOnceWhenItComesTwice)
+TEST_P(EndingSignalDeathTest, EndsTheProgramAtOnceWhenTheFirstDidNot)
 {
     EXPECT_EXIT(
         {
             TellingClock clock;
-            const Interruption interruption(clock);
+            StopRequest stop;
+            const Interruption interruption(clock, stop);
             ::kill(::getpid(), GetParam());
             clock.waitForInterruption();
             ::kill(::getpid(), GetParam());
@@ -96,14 +119,15 @@ TEST_P(EndingSignalDeathTest, EndsTheProgramAtOnceWhenItComesTwice)
                 ::pause();
             }
         },
-        testing::ExitedWithCode(kExitInterrupted), "");
+        testing::ExitedWithCode(kExitInterrupted + GetParam()), "");
 }
 
 TEST_P(EndingSignal, IsLeftAloneWhenItIsIgnored)
 {
     std::signal(GetParam(), SIG_IGN);
     TellingClock clock;
-    const Interruption interruption(clock);
+    StopRequest stop;
+    const Interruption interruption(clock, stop);
     EXPECT_FALSE(isBlocked());
 }
 

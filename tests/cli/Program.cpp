@@ -104,10 +104,10 @@ bool Program::readSome(int pipe, std::string& text) const
     return count > 0;
 }
 
-bool Program::waitFor(std::string_view text)
+bool Program::waitIn(int pipe, std::string& seen, std::string_view text) const
 {
-    while (m_out.find(text) == std::string::npos) {
-        if (!readSome(m_outPipe, m_out)) {
+    while (seen.find(text) == std::string::npos) {
+        if (!readSome(pipe, seen)) {
             return false;
         }
     }

@@ -23,7 +23,9 @@ public:
 
     /// Reads standard output until `text` appears; false if the program ends first, or prints
     /// nothing for 20 s.
-    bool waitFor(std::string_view text);
+    bool waitFor(std::string_view text) { return waitIn(m_outPipe, m_out, text); }
+    /// The same on standard error.
+    bool waitForError(std::string_view text) { return waitIn(m_errPipe, m_err, text); }
     void send(int signal) const;
     /// Closes the reading end of standard output.
     void stopReading();
@@ -34,6 +36,7 @@ public:
     const std::string& err() const { return m_err; } ///< after finish()
 
 private:
+    bool waitIn(int pipe, std::string& seen, std::string_view text) const;
     bool readSome(int pipe, std::string& text) const;
 
     pid_t m_pid = -1;

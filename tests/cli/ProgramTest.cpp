@@ -19,7 +19,7 @@ namespace
 
 using testing::EndsWith;
 using testing::HasSubstr;
-using testing::Not;
+using testing::StartsWith;
 
 /// A folder with a new image, and the flash file of a hub beside it.
 class ProgramTest : public testing::Test
@@ -45,10 +45,14 @@ TEST_F(ProgramTest, TellsByItsExitStatusHowItWent)
         {{hub("latency=none"), "list"}, 0},
         {{"info", m_image}, 0},
         {{"info", m_folder.path("missing.bin")}, 1},
-        {{hub("fault=open-refused:1"), "info"}, 1},
-        {{hub("mode=rom,latency=none,fault=stall@write#1"), "update", m_image}, 1},
         {{hub("latency=none,mode=rom"), "read", "/dev/full"}, 1},
-        {{hub("fault=open-refused:1"), "erase"}, 1},
+        {{hub("ids=1:2:3"), "info"}, 3},
+        {{hub("hubs=2"), "erase"}, 4},
+        {{"--simulated-hub", "update", "/dev/null"}, 6},
+        {{hub("mode=rom,latency=none,fault=stall@write#1"), "update", m_image}, 7},
+        {{hub("mode=rom,latency=none,fault=flip@write#1"), "update", m_image}, 8},
+        {{hub("mode=rom,latency=none,fault=same-mode"), "update", m_image}, 9},
+        {{hub("fault=open-refused:1"), "info"}, 11},
         {{"read"}, 2},
         {{"erase", m_image}, 2},
         {{}, 2},
@@ -96,17 +100,42 @@ TEST_F(ProgramTest, SavesWhatItUpdatedAndErasesIt)
     EXPECT_EQ(flash(), std::vector<std::uint8_t>(32768, 0xFF));
 }
 
-TEST_F(ProgramTest, EndsThePausesOfARestartWhenTerminated)
+TEST_F(ProgramTest, EndsTheWaitForARestartWhenSignalledTwice)
 {
     Program terminated({hub("mode=rom,latency=none,fault=never@1"), "update", m_image});
     ASSERT_TRUE(terminated.waitFor("Reset to Flash Code...\n"));
     terminated.send(SIGTERM); // before twenty pauses of two seconds
-    EXPECT_EQ(terminated.finish(), 130);
-    EXPECT_EQ(terminated.err(), "Fail to Reset to Flash Code\nUpdate FW Fail\nInterrupted\n");
+    ASSERT_TRUE(terminated.waitForError("finishing first"));
+    terminated.send(SIGINT);
+    EXPECT_EQ(terminated.finish(), 143);
+    EXPECT_THAT(terminated.err(), HasSubstr("Fail to Reset to Flash Code\nUpdate FW Fail\n"
+                                            "verified, but the program was stopped"));
+    EXPECT_THAT(terminated.err(), EndsWith("\nInterrupted\n"));
 
     Program next({hub("latency=none"), "info"});
     EXPECT_EQ(next.finish(), 0);
     EXPECT_EQ(next.out(), "firmware version: 0101\nrunning:          flash code\n");
+}
+
+TEST_F(ProgramTest, FinishesAnUpdateThatIsSignalledAfterItsErase)
+{
+    Program program({hub("mode=rom"), "update", m_image});
+    ASSERT_TRUE(program.waitFor("Erase Flash...\n")); // which takes 150 ms
+    program.send(SIGHUP);
+    EXPECT_EQ(program.finish(), 0) << program.err();
+    EXPECT_THAT(program.err(), StartsWith("finishing first"));
+    EXPECT_EQ(flash(), demoImage(kDemoVersion101));
+}
+
+TEST_F(ProgramTest, LeavesTheFlashAloneWhenSignalledBeforeTheErase)
+{
+    Program program({hub("mode=flash"), "update", m_image});
+    ASSERT_TRUE(program.waitFor("FW:"));
+    program.send(SIGINT); // during the restart into ROM code
+    EXPECT_EQ(program.finish(), 130);
+    EXPECT_THAT(program.err(), StartsWith("stopping; the hub will run its firmware again\n"));
+    EXPECT_THAT(program.err(), EndsWith("stopped; the flash is unchanged\nInterrupted\n"));
+    EXPECT_EQ(flash(), demoImage());
 }
 
 TEST_F(ProgramTest, FinishesTheUpdateWhenNobodyReadsItsOutputAnyMore)

@@ -51,7 +51,7 @@ TEST(Scalar, SaysWhichImageWasNotReadAndWhyAndLeavesTheHubAlone)
     for (const auto& row : rows) {
         SCOPED_TRACE(row.settings);
         session.folder.write("config.ini", row.settings + kIds);
-        EXPECT_EQ(scalar(session), kExitFailure);
+        EXPECT_EQ(scalar(session), kExitImageRefused);
         EXPECT_EQ(session.err.str(), row.why + "\nWrong firmware file\nUpdate FW Fail\n");
     }
     EXPECT_EQ(session.hub().requestCount(), 0U);

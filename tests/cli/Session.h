@@ -57,24 +57,38 @@ public:
         if (interruptBeforeCommands) {
             Hub_Abandon();
         }
-        return runCommand(commandLine, platform, folder.path(), out, err, terminal);
+        return runCommand(commandLine, platform, folder.path(), out, err, terminal, stop);
     }
 
+    // On the hub that `selector` selects:
     int update(const std::string& image, bool terminal = false)
     {
-        return run({CommandLine::Verb::Update, image, {}, {}}, terminal);
+        return run(line(CommandLine::Verb::Update, image), terminal);
     }
-    int read(const std::string& file) { return run({CommandLine::Verb::Read, file, {}, {}}); }
-    int erase() { return run({CommandLine::Verb::Erase, {}, {}, {}}); }
-    int info(const std::string& image = {})
+    int read(const std::string& file) { return run(line(CommandLine::Verb::Read, file)); }
+    int erase() { return run(line(CommandLine::Verb::Erase)); }
+    int info(const std::string& image = {}) { return run(line(CommandLine::Verb::Info, image)); }
+    int list() { return run(line(CommandLine::Verb::List)); }
+
+    CommandLine line(CommandLine::Verb verb, const std::string& image = {}) const
     {
-        return run({CommandLine::Verb::Info, image, {}, {}});
+        return {
+            .verb = verb, .image = image, .configFile = {}, .simulatedHub = {}, .hub = selector};
     }
-    int list() { return run({CommandLine::Verb::List, {}, {}, {}}); }
 
-    SimulatedHub& hub() { return bus->hub(); }
+    SimulatedHub& hub(std::size_t number = 1) { return bus->hub(number); }
+    /// Locks a hub's place, as another flow does.
+    std::unique_ptr<PlaceLock> occupy(const std::string& place)
+    {
+        UsbPlace locked;
+        locked.own.path = place;
+        PlaceOwner owner;
+        return bus->placeLocks().lock(locked, owner);
+    }
 
+    HubSelector selector;
     bool interruptBeforeCommands = false; ///< as by a signal
+    StopRequest stop;
     TemporaryFolder folder;
     VirtualClock clock;
     std::unique_ptr<SimulatedBus> bus;

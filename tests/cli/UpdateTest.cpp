@@ -6,7 +6,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <iomanip>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -21,6 +23,7 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
+using testing::StartsWith;
 
 std::string newImage(const Session& session)
 {
@@ -62,11 +65,14 @@ TEST(Update, MovesOneLineOnATerminal)
     EXPECT_THAT(session.out.str(), EndsWith("Update FW Success\n"));
 }
 
-TEST(Update, TellsTheReasonOfAFailureOnStandardErrorAndExitsWithOne)
+TEST(Update, TellsTheTrueCauseOfAFailureOnStandardError)
 {
-    Session session("latency=none,mode=rom,fault=flip@write#5");
-    EXPECT_EQ(session.update(newImage(session)), kExitFailure);
-    EXPECT_EQ(session.err.str(), "Fail to verify flash\nUpdate FW Fail\n");
+    Session session("latency=none,mode=rom,fault=flip:1@write#5");
+    EXPECT_EQ(session.update(newImage(session)), kExitDiffers);
+    EXPECT_EQ(session.err.str(),
+              "Fail to verify flash\nUpdate FW Fail\n"
+              "the flash differs from the image in 1 byte, the first at 0x4001; the flash holds no "
+              "whole firmware; run the update again\n");
     EXPECT_THAT(session.out.str(), Not(HasSubstr("Fail")));
     EXPECT_THAT(session.out.str(), Not(HasSubstr("Success")));
     EXPECT_FALSE(Hub_IsOpen());
@@ -85,7 +91,7 @@ TEST(Update, RefusesAFileThatIsNoImageAndLeavesTheHubAlone)
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.file);
-        EXPECT_EQ(session.update(row.file), kExitFailure);
+        EXPECT_EQ(session.update(row.file), kExitImageRefused);
         EXPECT_EQ(session.err.str(), (row.why.empty() ? "" : row.file + ": " + row.why + '\n') +
                                          "Wrong firmware file\nUpdate FW Fail\n");
     }
@@ -93,13 +99,72 @@ TEST(Update, RefusesAFileThatIsNoImageAndLeavesTheHubAlone)
     EXPECT_EQ(session.hub().flash(), demoImage());
 }
 
+TEST(Update, RefusesAnImageThatNoHubCouldRunAndLeavesTheHubAlone)
+{
+    Session session("latency=none");
+    const std::vector<std::uint8_t> whole = demoImage(kDemoVersion101);
+    std::vector<std::uint8_t> longer(256, 0xFF);
+    longer.insert(longer.end(), whole.begin(), whole.end());
+    std::vector<std::uint8_t> withoutIds = whole;
+    std::fill_n(withoutIds.begin() + 0x7E00 + 4, 2, std::uint8_t{0});
+    std::vector<std::uint8_t> badStrings = whole;
+    badStrings[0x7E00 + 43] = 36;
+    const struct {
+        std::vector<std::uint8_t> image;
+        std::string why;
+    } rows[] = {
+        {longer, "it has 33024 bytes, more than the hub's flash (32768)"},
+        {{whole.begin() + 1, whole.end()},
+         "its descriptor block is not where the hub looks for it"},
+        {{whole.begin() + 0x7E00, whole.end()}, "it has no firmware version"},
+        {withoutIds, "its vendor id or one of its product ids is missing"},
+        {badStrings, "the strings in its descriptor block are damaged"},
+    };
+    for (const auto& row : rows) {
+        const std::string file = session.folder.write("bad.bin", row.image);
+        EXPECT_EQ(session.update(file), kExitImageRefused);
+        EXPECT_EQ(session.err.str(), file + ": " + row.why + '\n');
+        EXPECT_THAT(session.out.str(), IsEmpty());
+    }
+    EXPECT_EQ(session.hub().requestCount(), 0U);
+}
+
+TEST(Update, FindsAHubAgainThatComesBackWithNewIds)
+{
+    Session session("latency=none");
+    std::vector<std::uint8_t> other = demoImage(kDemoVersion101);
+    other[0x7E00 + 5] = 0x77;
+    const std::string image = session.folder.write("other.bin", other);
+    EXPECT_EQ(session.update(image), kExitSuccess) << session.err.str();
+    EXPECT_THAT(session.out.str(),
+                StartsWith("the image gives the hub new ids, 1209:0077/0002; they "
+                           "are supported until this command ends\n"));
+    EXPECT_EQ(session.hub().flash(), other);
+}
+
+TEST(Update, RefusesNewIdsThatTheConfigurationHasNoRoomFor)
+{
+    Session session("latency=none,ids=1209:0005:0002");
+    std::string config = "[Support Vid Pid]\n";
+    for (int i = 0; i < 64; ++i) {
+        std::ostringstream number;
+        number << std::hex << std::setw(2) << std::setfill('0') << i;
+        config += "VID_" + number.str() + " = 0x1209\nSSPID_" + number.str() + " = 5\nHSPID_" +
+                  number.str() + " = 2\n";
+    }
+    const std::string file = session.folder.write("config.ini", config);
+    EXPECT_EQ(session.update(newImage(session)), kExitUsage);
+    EXPECT_EQ(session.err.str(), file + " has no room for the ids in the image, 1209:0001/0002; "
+                                        "remove a hub from it\n");
+    EXPECT_EQ(session.hub().requestCount(), 0U);
+}
+
 TEST(Update, WorksOnTheHubsThatAConfigFileNames)
 {
     Session session("latency=none,ids=1234:5678:9abc");
     const std::string image = newImage(session);
-    EXPECT_EQ(session.update(image), kExitFailure);
-    EXPECT_EQ(session.err.str(), "Fail To Open Rom Device\nPlease Load Driver firstly\n"
-                                 "Then replugin usb hub device\nUpdate FW Fail\n");
+    EXPECT_EQ(session.update(image), kExitNoHub);
+    EXPECT_EQ(session.err.str(), "no supported hub is attached\n");
 
     const std::string mine = session.folder.write(
         "mine.ini", "[Support Vid Pid]\nVID_3F = 0x1234\nSSPID_3F = 0x5678\nHSPID_3F = 0x9ABC\n");
@@ -120,7 +185,8 @@ TEST(ConsoleReporter, EndsTheMovingLineBeforeAFailureAndAtItsEnd)
 {
     std::ostringstream screen;
     {
-        ConsoleReporter console(screen, screen, true);
+        StopRequest stop;
+        ConsoleReporter console(screen, screen, true, stop);
         FlowReporter& reporter = console;
         reporter.started({FlowKind::Update, "a.bin", 8192});
         reporter.stepStarted(Step::Write);

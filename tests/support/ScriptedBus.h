@@ -25,6 +25,7 @@ struct ScriptedDevice {
     UsbSearch::Step step = UsbSearch::Step::Device;
     UsbPlace place = {};
     UsbTexts texts = {};
+    std::vector<std::string> below = {};
 };
 
 /// A scripted bus that records its events. Set the script before the threads start. Devices may
@@ -128,7 +129,7 @@ private:
         UsbPlace place() const override { return m_device.place; }
         UsbTexts texts() const override { return m_device.texts; }
         std::string containerId() override { return {}; }
-        std::vector<std::string> attachedBelow() const override { return {}; }
+        std::vector<std::string> attachedBelow() const override { return m_device.below; }
 
         UsbOpenStatus open() override
         {

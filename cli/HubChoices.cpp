@@ -1,0 +1,193 @@
+#include "cli/HubChoices.h"
+
+#include "cli/Outcome.h"
+#include "cli/ShownText.h"
+#include "cli/Verbs.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace vornadel
+{
+
+namespace
+{
+
+std::string idText(std::uint16_t productId) { return productId == 0 ? "-" : hex4(productId); }
+
+std::string orDash(std::string text) { return text.empty() ? "-" : std::move(text); }
+
+/// A place as UsbPlace::text() has written it.
+UsbPlace placeIn(const std::string& text)
+{
+    const std::size_t slash = text.find('/');
+    UsbPlace place;
+    place.own.path = text.substr(0, slash);
+    place.other.path = slash == std::string::npos ? "" : text.substr(slash + 1);
+    return place;
+}
+
+bool isOwned(const UsbPlace& place, const PlaceOwner& owner)
+{
+    return place.isSameConnector(placeIn(owner.place));
+}
+
+bool hasId(const AttachedHub& hub, const UsbIds& ids)
+{
+    return hub.vendorId == ids.vendor && ids.product != 0 &&
+           (hub.superSpeedId == ids.product || hub.highSpeedId == ids.product);
+}
+
+bool hasContainerId(const AttachedHub& hub, const std::string& containerId)
+{
+    return std::any_of(hub.halves.begin(), hub.halves.end(),
+                       [&](const auto& half) { return half->containerId() == containerId; });
+}
+
+void tell(std::ostream& err, const std::string& sentence, const std::vector<HubChoice>& choices)
+{
+    std::vector<std::vector<std::string>> rows;
+    for (const HubChoice& choice : choices) {
+        rows.push_back(choice.columns());
+        if (choice.owner) {
+            rows.back().push_back(choice.busyText());
+        }
+    }
+    err << sentence << '\n' << alignedLines(rows);
+}
+
+} // namespace
+
+std::string HubChoice::place() const
+{
+    return orDash(isAway() ? owner->place : hub.place().text());
+}
+
+std::string HubChoice::busyText() const
+{
+    return owner->processId == 0 ? "busy" : "busy (pid " + std::to_string(owner->processId) + ')';
+}
+
+std::vector<std::string> HubChoice::columns() const
+{
+    if (isAway()) {
+        return {place(), "-", "-", "-"};
+    }
+    const UsbTexts texts = hub.texts();
+    return {place(),
+            hex4(hub.vendorId) + ':' + idText(hub.superSpeedId) + '/' + idText(hub.highSpeedId),
+            orDash(printable(texts.serialNumber)), orDash(printable(texts.product))};
+}
+
+std::optional<std::vector<HubChoice>> findHubChoices(UsbBus& bus)
+{
+    // The locks twice: between them and the list, a flow may lock a hub and restart it, or a hub
+    // may come back and its flow end.
+    std::vector<PlaceOwner> owners = bus.placeLocks().owners();
+    std::optional<std::vector<AttachedHub>> hubs = Hub_ListHubs(bus);
+    if (!hubs) {
+        return std::nullopt;
+    }
+    std::vector<HubChoice> choices;
+    for (AttachedHub& hub : *hubs) {
+        choices.push_back({std::move(hub), {}});
+    }
+    const std::vector<PlaceOwner> ownersNow = bus.placeLocks().owners();
+    owners.insert(owners.begin(), ownersNow.begin(), ownersNow.end());
+    for (std::size_t i = 0; i < owners.size(); ++i) {
+        const auto known =
+            std::find_if(choices.begin(), choices.end(), [&](const HubChoice& choice) {
+                return choice.isAway() ? choice.owner->place == owners[i].place
+                                       : isOwned(choice.hub.place(), owners[i]);
+            });
+        if (known == choices.end()) {
+            choices.push_back({{}, owners[i]});
+        } else if (i < ownersNow.size()) {
+            known->owner = owners[i];
+        }
+    }
+    return choices;
+}
+
+bool isSelected(const HubChoice& choice, const HubSelector& selector)
+{
+    if (choice.isAway()) {
+        // A serial number or a Container ID means one hub, which can be told when it is back.
+        return selector.serialNumber.empty() && selector.containerId.empty() &&
+               (selector.path.empty() || placeIn(choice.owner->place).isCalled(selector.path));
+    }
+    const AttachedHub& hub = choice.hub;
+    if (!selector.path.empty() && !hub.place().isCalled(selector.path)) {
+        return false;
+    }
+    if (selector.id && !hasId(hub, *selector.id)) {
+        return false;
+    }
+    if (!selector.serialNumber.empty() && hub.texts().serialNumber != selector.serialNumber) {
+        return false;
+    }
+    return selector.containerId.empty() ||
+           (!choice.owner && hasContainerId(hub, selector.containerId));
+}
+
+std::int64_t ownerOf(UsbBus& bus, const UsbPlace& place)
+{
+    for (const PlaceOwner& owner : bus.placeLocks().owners()) {
+        if (isOwned(place, owner)) {
+            return owner.processId;
+        }
+    }
+    return 0;
+}
+
+std::optional<AttachedHub> selectHub(const Command& command, int& status)
+{
+    const HubSelector& selector = command.line.hub;
+    std::optional<std::vector<HubChoice>> attached = findHubChoices(command.platform.usb);
+    status = kExitNoHub;
+    if (!attached) {
+        command.err << "the USB devices cannot be listed\n";
+        return std::nullopt;
+    }
+    if (attached->empty()) {
+        command.err << "no supported hub is attached\n";
+        return std::nullopt;
+    }
+    const auto firstSelected =
+        std::stable_partition(attached->begin(), attached->end(), [&](const HubChoice& choice) {
+            return !isSelected(choice, selector);
+        });
+    std::vector<HubChoice> selected(std::make_move_iterator(firstSelected),
+                                    std::make_move_iterator(attached->end()));
+    attached->erase(firstSelected, attached->end());
+    if (selected.empty()) {
+        tell(command.err, "no attached hub matches; these are attached:", *attached);
+        return std::nullopt;
+    }
+    if (selected.size() > 1) {
+        status = kExitSeveralHubs;
+        tell(command.err,
+             std::string(selector.isGiven() ? "several attached hubs match"
+                                            : "several supported hubs are attached") +
+                 "; choose one, for example with --path:",
+             selected);
+        return std::nullopt;
+    }
+    HubChoice& choice = selected.front();
+    if (choice.owner) {
+        status = kExitBusy;
+        command.err << choice.place() << " is " << busySentence(choice.owner->processId) << '\n';
+        return std::nullopt;
+    }
+    if (!choice.hub.place().known() && !attached->empty()) {
+        status = kExitSeveralHubs;
+        command.err << "several supported hubs are attached, and the system does not tell where; "
+                       "attach only one\n";
+        return std::nullopt;
+    }
+    status = kExitSuccess;
+    return std::move(choice.hub);
+}
+
+} // namespace vornadel

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "flows/FlowReporter.h"
+
+#include <cstdint>
+#include <string>
+
+namespace vornadel
+{
+
+/// What a flow's result means for the user.
+struct Outcome {
+    int status{};       ///< of the program
+    std::string text{}; ///< the true cause and what to do, without a line end; may be empty
+};
+
+/// What an outcome names.
+struct OutcomeNames {
+    std::string place{};       ///< of the hub
+    std::int64_t owner{};      ///< the process that works on it; 0: not known
+    std::string grantAccess{}; ///< the command that lets the user open it
+};
+
+Outcome outcomeOf(FlowKind flow, const FlowResult& result, const OutcomeNames& names);
+
+/// The same for a single failure outside a flow.
+Outcome outcomeOf(HubFailure failure, const OutcomeNames& names);
+
+/// "busy: process 1234 works on it"
+std::string busySentence(std::int64_t owner);
+
+/// The command that lets the user open the hubs of config.ini.
+std::string accessCommand(const std::string& resourcePath);
+
+} // namespace vornadel

@@ -1,0 +1,192 @@
+#include "firmware/FwImage.h"
+#include "standins/sim/DemoImage.h"
+#include "tests/cli/Session.h"
+#include "tests/support/ScriptedBus.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <initializer_list>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <unistd.h>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+using Verb = CommandLine::Verb;
+
+std::string containerIdIn(const std::vector<std::uint8_t>& flash)
+{
+    FwImage image;
+    EXPECT_TRUE(FwImage_Parse(image, flash.data(), static_cast<std::int32_t>(flash.size())));
+    return image.containerIdText.data();
+}
+
+unsigned requestsTo(Session& session, std::initializer_list<std::size_t> hubs)
+{
+    unsigned count = 0;
+    for (const std::size_t hub : hubs) {
+        count += session.hub(hub).requestCount();
+    }
+    return count;
+}
+
+TEST(Selection, FindsTheOneHubThatEverySelectorFits)
+{
+    const HubSelector selectors[] = {
+        {.path = "sim-2"},
+        {.serialNumber = "SN0002"},
+        {.containerId = containerIdIn(demoImage(kDemoVersion100, 2))},
+        {.path = "sim-2", .serialNumber = "SN0002", .id = UsbIds{0x1209, 0x0001}},
+        {.path = "sim-2", .id = UsbIds{0x1209, 0x0002}},
+    };
+    for (const HubSelector& selector : selectors) {
+        Session session("hubs=3,latency=none");
+        session.selector = selector;
+        EXPECT_EQ(session.update(session.folder.write("new.bin", demoImage(kDemoVersion101))), 0)
+            << session.err.str();
+        EXPECT_EQ(session.hub(2).flash(), demoImage(kDemoVersion101));
+        EXPECT_EQ(requestsTo(session, {1, 3}), 0U);
+    }
+}
+
+TEST(Selection, WithoutAMatchShowsWhatIsAttached)
+{
+    const HubSelector selectors[] = {
+        {.path = "sim-3"},
+        {.serialNumber = "SN000"},
+        {.containerId = "{00112233-4455-6677-8899-aabbccddeeff}"},
+        {.id = UsbIds{0x1209, 0x0003}},
+        {.id = UsbIds{0x1208, 0x0001}},
+        {.id = UsbIds{0x1209, 0x0000}},
+        {.path = "sim-1", .serialNumber = "SN0002"},
+    };
+    Session session("hubs=2,latency=none");
+    for (const HubSelector& selector : selectors) {
+        session.selector = selector;
+        EXPECT_EQ(session.erase(), kExitNoHub);
+        EXPECT_EQ(session.err.str(), "no attached hub matches; these are attached:\n"
+                                     "sim-1  1209:0001/0002  SN0001  Demo Hub\n"
+                                     "sim-2  1209:0001/0002  SN0002  Demo Hub\n");
+        EXPECT_THAT(session.out.str(), IsEmpty());
+    }
+    EXPECT_EQ(requestsTo(session, {1, 2}), 0U);
+}
+
+TEST(Selection, TakesNoneOfSeveral)
+{
+    Session session("hubs=2,latency=none");
+    const std::string image = session.folder.write("new.bin", demoImage(kDemoVersion101));
+    const std::string candidates = "sim-1  1209:0001/0002  SN0001  Demo Hub\n"
+                                   "sim-2  1209:0001/0002  SN0002  Demo Hub\n";
+    session.folder.write("config.ini", session.folder.text("config.ini") +
+                                           "[DumpTool Config]\nFwBin = new.bin\n");
+    for (const Verb verb : {Verb::Update, Verb::Scalar, Verb::Read, Verb::Erase, Verb::Info}) {
+        const std::string file = verb == Verb::Update ? image
+                                 : verb == Verb::Read ? session.folder.path("read.bin")
+                                                      : "";
+        EXPECT_EQ(session.run(session.line(verb, file)), kExitSeveralHubs);
+        EXPECT_EQ(session.err.str(), "several supported hubs are attached; choose one, for example "
+                                     "with --path:\n" +
+                                         candidates);
+    }
+    session.selector.id = UsbIds{0x1209, 0x0002};
+    EXPECT_EQ(session.erase(), kExitSeveralHubs);
+    EXPECT_THAT(session.err.str(), StartsWith("several attached hubs match; "));
+    EXPECT_EQ(requestsTo(session, {1, 2}), 0U);
+}
+
+TEST(Selection, CountsAHubThatAnotherFlowHasEvenWhileItIsAway)
+{
+    Session session("hubs=2,latency=none");
+    const std::string pid = std::to_string(::getpid());
+    const auto busy = session.occupy("sim-1");
+    EXPECT_EQ(session.erase(), kExitSeveralHubs);
+    EXPECT_THAT(session.err.str(), HasSubstr("Demo Hub  busy (pid " + pid + ")\nsim-2 "));
+
+    session.hub(1).unplug();
+    for (const auto& id : {std::optional<UsbIds>(), std::optional(UsbIds{0x1209, 0x0001})}) {
+        session.selector = {.id = id};
+        EXPECT_EQ(session.erase(), kExitSeveralHubs);
+        EXPECT_THAT(session.err.str(),
+                    HasSubstr("\nsim-1  -               -       -         busy"));
+    }
+    EXPECT_EQ(requestsTo(session, {1, 2}), 0U);
+
+    for (const HubSelector& selector :
+         {HubSelector{.path = "sim-2"}, HubSelector{.serialNumber = "SN0002"}}) {
+        session.selector = selector;
+        EXPECT_EQ(session.info(), kExitSuccess) << session.err.str();
+    }
+}
+
+TEST(Selection, RefusesAHubThatAnotherFlowHas)
+{
+    Session session("hubs=2,latency=none");
+    const std::string pid = std::to_string(::getpid());
+    const auto busy = session.occupy("sim-2");
+    session.selector.path = "sim-2";
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(session.erase(), kExitBusy);
+        EXPECT_EQ(session.err.str(), "sim-2 is busy: process " + pid + " works on it\n");
+        EXPECT_EQ(session.info(), kExitBusy);
+        session.hub(2).unplug(); // it is away
+    }
+    EXPECT_EQ(requestsTo(session, {1, 2}), 0U);
+}
+
+TEST(Selection, TakesNoneOfSeveralIfTheirPlacesAreNotKnown)
+{
+    Session session;
+    ScriptedBus bus;
+    bus.attached = {{.vendorId = 0x1209, .productId = 1, .texts = {"Hub", "1"}},
+                    {.vendorId = 0x1209, .productId = 1, .texts = {"Hub", "2"}}};
+    CommandLine line = session.line(Verb::Erase);
+    line.hub.serialNumber = "2";
+    EXPECT_EQ(session.runOn(bus, line), kExitSeveralHubs);
+    EXPECT_THAT(session.err.str(), HasSubstr("the system does not tell where"));
+    EXPECT_THAT(bus.requests(), IsEmpty());
+}
+
+TEST(DevicesInUseBelowTheHub, AreNamedBeforeTheFlowOrKeepItFromBeginning)
+{
+    Session session;
+    ScriptedBus bus;
+    const std::vector<std::string> below = {"disk sda, mounted at /media/x", "keyboard"};
+    bus.attached = {
+        {.vendorId = 0x1209,
+         .productId = 1,
+         .place = {{"2-1", 5}, {"1-1", 6}},
+         .below = {below[0]}},
+        {.vendorId = 0x1209, .productId = 2, .place = {{"1-1", 6}, {"2-1", 5}}, .below = below}};
+    CommandLine line = session.line(Verb::Erase);
+    line.refuseInUse = true;
+    EXPECT_EQ(session.runOn(bus, line), kExitFailure);
+    EXPECT_EQ(session.err.str(),
+              "in use: disk sda, mounted at /media/x; keyboard; nothing was sent "
+              "to the hub\n");
+    EXPECT_THAT(bus.requests(), IsEmpty());
+
+    line.refuseInUse = false;
+    session.runOn(bus, line);
+    EXPECT_THAT(session.err.str(),
+                StartsWith("in use: disk sda, mounted at /media/x; keyboard; they will be "
+                           "disconnected\n"));
+    EXPECT_THAT(bus.requests(), Not(IsEmpty()));
+}
+
+} // namespace
+
+} // namespace vornadel::test
