@@ -52,6 +52,9 @@ static_assert(bits(kIOReturnBadArgument) == 0xE00002C2 &&
               bits(kIOReturnExclusiveAccess) == 0xE00002C5);
 static_assert(bits(kIOReturnBusy) == 0xE00002D5 && bits(kIOReturnNotAttached) == 0xE00002D9 &&
               bits(kIOReturnNotPermitted) == 0xE00002E2);
+static_assert(bits(kIOReturnTimeout) == 0xE00002D6 && bits(kIOReturnUnderrun) == 0xE00002E7);
+static_assert(bits(kIOUSBPipeStalled) == 0xE000404F &&
+              bits(kIOUSBTransactionTimeout) == 0xE0004051);
 static_assert(bits(kIOReturnNotOpen) == 0xE00002CD && bits(kIOReturnNotFound) == 0xE00002F0);
 static_assert(IO_OBJECT_NULL == 0);
 static_assert(kAuthorizationFlagDefaults == 0 &&
@@ -107,12 +110,16 @@ static_assert(SLOT(IOUSBDeviceInterface, USBDeviceOpen) == 8 &&
               SLOT(IOUSBDeviceInterface, USBDeviceClose) == 9);
 static_assert(SLOT(IOUSBDeviceInterface, GetDeviceVendor) == 13 &&
               SLOT(IOUSBDeviceInterface, GetDeviceProduct) == 14);
+static_assert(SLOT(IOUSBDeviceInterface, GetDeviceAddress) == 16 &&
+              SLOT(IOUSBDeviceInterface, GetLocationID) == 20);
 static_assert(SLOT(IOUSBDeviceInterface, DeviceRequest) == 26);
 static_assert(kIs<decltype(IOUSBDeviceInterface::Release), Count>);
 static_assert(kIs<decltype(IOUSBDeviceInterface::USBDeviceOpen), Simple>);
 static_assert(kIs<decltype(IOUSBDeviceInterface::USBDeviceClose), Simple>);
 static_assert(kIs<decltype(IOUSBDeviceInterface::GetDeviceVendor), GetWord>);
 static_assert(kIs<decltype(IOUSBDeviceInterface::GetDeviceProduct), GetWord>);
+static_assert(kIs<decltype(IOUSBDeviceInterface::GetDeviceAddress), GetWord>);
+static_assert(kIs<decltype(IOUSBDeviceInterface::GetLocationID), IOReturn (*)(void*, UInt32*)>);
 static_assert(
     kIs<decltype(IOUSBDeviceInterface::DeviceRequest), IOReturn (*)(void*, IOUSBDevRequest*)>);
 

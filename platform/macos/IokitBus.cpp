@@ -77,7 +77,7 @@ private:
 
 } // namespace
 
-IokitBus::IokitBus() = default;
+IokitBus::IokitBus(const std::vector<std::string>& lockFolders) : m_locks(lockFolders) {}
 
 IokitBus::~IokitBus() = default;
 

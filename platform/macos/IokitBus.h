@@ -1,9 +1,11 @@
 #pragma once
 
-#include "platform/PlacesInMemory.h"
 #include "platform/UsbBus.h"
+#include "platform/posix/LockFiles.h"
 
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace vornadel
 {
@@ -21,7 +23,8 @@ class PlugNotifications;
 class IokitBus final : public UsbBus
 {
 public:
-    IokitBus();
+    /// `lockFolders`: as LockFiles wants them.
+    explicit IokitBus(const std::vector<std::string>& lockFolders = {"/private/tmp", "/tmp"});
     ~IokitBus() override;
 
     std::unique_ptr<UsbSearch> search() override;
@@ -30,7 +33,7 @@ public:
     PlaceLocks& placeLocks() override { return m_locks; }
 
 private:
-    PlacesInMemory m_locks;
+    LockFiles m_locks;
     std::unique_ptr<PlugNotifications> m_notifications; // from the first watch() on
 };
 

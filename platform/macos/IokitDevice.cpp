@@ -1,9 +1,28 @@
 #include "platform/macos/IokitDevice.h"
 
+#include <string>
 #include <vector>
 
 namespace vornadel
 {
+
+namespace
+{
+
+/// The port path in a location id: the bus in the top byte, below it four bits for each port on the
+/// way, from the highest on, up to the first 0. 0x14210000 is "20-2.1".
+std::string pathOf(UInt32 location)
+{
+    std::string path = std::to_string(location >> 24);
+    char separator = '-';
+    for (UInt32 ports = location << 8; ports >> 28 != 0; ports <<= 4) {
+        path += separator + std::to_string(ports >> 28);
+        separator = '.';
+    }
+    return path;
+}
+
+} // namespace
 
 IokitDevice::~IokitDevice()
 {
@@ -25,7 +44,17 @@ std::uint16_t IokitDevice::productId() const
     return id;
 }
 
-UsbPlace IokitDevice::place() const { return {}; }
+UsbPlace IokitDevice::place() const
+{
+    UInt32 location = 0;
+    UInt16 address = 0;
+    if ((*m_interface)->GetLocationID(m_interface, &location) != kIOReturnSuccess ||
+        location == 0 ||
+        (*m_interface)->GetDeviceAddress(m_interface, &address) != kIOReturnSuccess) {
+        return {};
+    }
+    return {.own = {pathOf(location), address}};
+}
 
 UsbTexts IokitDevice::texts() const { return {}; }
 
@@ -70,7 +99,23 @@ std::uint32_t IokitDevice::control(ControlRequest& request)
     return static_cast<std::uint32_t>(status);
 }
 
-UsbFailure IokitDevice::failureOf(std::uint32_t /*status*/) const { return UsbFailure::Other; }
+UsbFailure IokitDevice::failureOf(std::uint32_t status) const
+{
+    switch (static_cast<IOReturn>(status)) {
+    case kIOUSBPipeStalled:
+        return UsbFailure::Stalled;
+    case kIOReturnUnderrun:
+        return UsbFailure::Short;
+    case kIOReturnNoDevice:
+    case kIOReturnNotAttached:
+        return UsbFailure::Gone;
+    case kIOUSBTransactionTimeout:
+    case kIOReturnTimeout:
+        return UsbFailure::TimedOut;
+    default:
+        return UsbFailure::Other;
+    }
+}
 
 void IokitDevice::close()
 {

@@ -10,6 +10,9 @@ namespace vornadel
 /// A device through its device interface. The open is an ordinary one: it fails while another
 /// program has the device, and does not take it from a kernel driver.
 ///
+/// A place has one port only, because the system does not tell which two ports are one connector.
+/// Texts, Container ID and what hangs below are not told.
+///
 /// control() returns the system's status unchanged and uses its time-out. The system also counts a
 /// transfer as good if the device sent less than requested; `transferred` shows how much.
 class IokitDevice final : public UsbDevice

@@ -23,6 +23,8 @@ struct MacState;
 struct MacDevice {
     std::uint16_t vendorId = 0;
     std::uint16_t productId = 0;
+    std::uint32_t locationId = 0;
+    std::uint16_t address = 0;
 
     bool givesPlugIn = true;
     kern_return_t plugInResult = kIOReturnSuccess; ///< of the creation, with or without a plug-in
@@ -31,6 +33,8 @@ struct MacDevice {
     HRESULT queryResult = 0;
     IOReturn vendorResult = kIOReturnSuccess; ///< otherwise the caller's variable is unchanged
     IOReturn productResult = kIOReturnSuccess;
+    IOReturn locationResult = kIOReturnSuccess;
+    IOReturn addressResult = kIOReturnSuccess;
     IOReturn openResult = kIOReturnSuccess;
 
     /// Answers a request on the open device; if unset, every request succeeds and moves all its

@@ -109,24 +109,41 @@ IOReturn closeDevice(void* self)
     return device.present ? kIOReturnSuccess : kIOReturnNoDevice;
 }
 
+/// A call that reads a value which the device has without being asked.
+template <typename Value>
+IOReturn readValue(void* self, const std::string& call, Value* value, Value MacDevice::*member,
+                   IOReturn MacDevice::*result)
+{
+    const Call logged(self, call);
+    const MacDevice& device = of(self).device->behaviour;
+    if (device.*result == kIOReturnSuccess) {
+        *value = device.*member;
+    }
+    return device.*result;
+}
+
 IOReturn getVendor(void* self, UInt16* value)
 {
-    const Call call(self, "GetDeviceVendor");
-    const MacDevice& device = of(self).device->behaviour;
-    if (device.vendorResult == kIOReturnSuccess) {
-        *value = device.vendorId;
-    }
-    return device.vendorResult;
+    return readValue(self, "GetDeviceVendor", value, &MacDevice::vendorId,
+                     &MacDevice::vendorResult);
 }
 
 IOReturn getProduct(void* self, UInt16* value)
 {
-    const Call call(self, "GetDeviceProduct");
-    const MacDevice& device = of(self).device->behaviour;
-    if (device.productResult == kIOReturnSuccess) {
-        *value = device.productId;
-    }
-    return device.productResult;
+    return readValue(self, "GetDeviceProduct", value, &MacDevice::productId,
+                     &MacDevice::productResult);
+}
+
+IOReturn getAddress(void* self, UInt16* value)
+{
+    return readValue(self, "GetDeviceAddress", value, &MacDevice::address,
+                     &MacDevice::addressResult);
+}
+
+IOReturn getLocation(void* self, UInt32* value)
+{
+    return readValue(self, "GetLocationID", value, &MacDevice::locationId,
+                     &MacDevice::locationResult);
 }
 
 IOReturn request(void* self, IOUSBDevRequest* transfer)
@@ -164,6 +181,8 @@ IOUSBDeviceInterface deviceTable()
     table.USBDeviceClose = closeDevice;
     table.GetDeviceVendor = getVendor;
     table.GetDeviceProduct = getProduct;
+    table.GetDeviceAddress = getAddress;
+    table.GetLocationID = getLocation;
     table.DeviceRequest = request;
     return table;
 }

@@ -26,8 +26,10 @@ using IOServiceMatchingCallback = void (*)(void* reference, io_iterator_t iterat
 #define kIOReturnExclusiveAccess (static_cast<IOReturn>(0xE00002C5))
 #define kIOReturnNotOpen (static_cast<IOReturn>(0xE00002CD))
 #define kIOReturnBusy (static_cast<IOReturn>(0xE00002D5))
+#define kIOReturnTimeout (static_cast<IOReturn>(0xE00002D6))
 #define kIOReturnNotAttached (static_cast<IOReturn>(0xE00002D9))
 #define kIOReturnNotPermitted (static_cast<IOReturn>(0xE00002E2))
+#define kIOReturnUnderrun (static_cast<IOReturn>(0xE00002E7))
 #define kIOReturnNotFound (static_cast<IOReturn>(0xE00002F0))
 
 #define kIOFirstMatchNotification "IOServiceFirstMatch"

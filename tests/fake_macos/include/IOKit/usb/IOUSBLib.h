@@ -6,6 +6,9 @@
 #include <IOKit/IOCFPlugIn.h>
 #include <IOKit/IOKitLib.h>
 
+#define kIOUSBPipeStalled (static_cast<IOReturn>(0xE000404F))
+#define kIOUSBTransactionTimeout (static_cast<IOReturn>(0xE0004051))
+
 struct IOUSBDevRequest {
     UInt8 bmRequestType;
     UInt8 bRequest;
