@@ -55,10 +55,8 @@ std::string diskText(const std::string& folder, const std::string& name)
 {
     std::set<std::string> nodes;
     addNodes(folder, name, nodes);
-    for (const std::string& part : foldersIn(folder)) {
-        if (exists(folder + '/' + part + "/partition")) {
-            addNodes(folder + '/' + part, part, nodes);
-        }
+    for (const std::string& part : foldersIn(folder)) { // "sda1", but also "queue"
+        addNodes(folder + '/' + part, part, nodes);
     }
     std::string text = "disk " + name;
     std::string separator = ", mounted at ";

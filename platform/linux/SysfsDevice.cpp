@@ -104,8 +104,7 @@ std::string containerIdIn(std::span<const std::uint8_t> bosDescriptor)
     constexpr std::uint8_t kCapability = 0x10;
     constexpr std::uint8_t kContainerId = 4;
     while (bosDescriptor.size() >= kLength && bosDescriptor[0] != 0) {
-        if (bosDescriptor[0] >= kLength && bosDescriptor[1] == kCapability &&
-            bosDescriptor[2] == kContainerId) {
+        if (bosDescriptor[1] == kCapability && bosDescriptor[2] == kContainerId) {
             std::string text = "{";
             for (std::size_t i = 4; i < kLength; ++i) {
                 std::array<char, 4> byte{};

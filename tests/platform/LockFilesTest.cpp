@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <fcntl.h>
 #include <filesystem>
+#include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
@@ -61,13 +62,13 @@ protected:
     }
 
     /// Expects that neither lock() nor owners() takes what is there for a free lock, or changes it.
-    void expectRefused(const std::string& what)
+    void expectRefused(const std::string& what, const Owners& othersThere = {})
     {
         struct stat before {
         };
         ASSERT_EQ(lstat(m_file.c_str(), &before), 0);
         EXPECT_EQ(ownerOf(kPlace), 0) << what;
-        EXPECT_THAT(owners(), IsEmpty()) << what;
+        EXPECT_EQ(owners(), othersThere) << what;
         struct stat after {
         };
         ASSERT_EQ(lstat(m_file.c_str(), &after), 0);
@@ -96,20 +97,17 @@ protected:
     const std::string m_file = m_folder.path("vornadel-2-3_1-3.lock");
 };
 
-/// Another process that holds a place until it is ended.
+/// Another process that holds a lock until it is ended.
 class OtherProcess
 {
 public:
-    OtherProcess(const std::string& folder, const UsbPlace& place)
+    explicit OtherProcess(const std::function<bool()>& lock)
     {
         int ready[2];
         EXPECT_EQ(pipe(ready), 0);
         m_id = fork();
         if (m_id == 0) {
-            LockFiles locks({folder});
-            PlaceOwner owner;
-            const auto lock = locks.lock(place, owner);
-            const char result = lock ? 'y' : 'n';
+            const char result = lock() ? 'y' : 'n';
             if (::write(ready[1], &result, 1) == 1) {
                 pause();
             }
@@ -120,6 +118,15 @@ public:
         EXPECT_EQ(result, 'y');
         ::close(ready[0]);
         ::close(ready[1]);
+    }
+    OtherProcess(const std::string& folder, const UsbPlace& place)
+        : OtherProcess([&] {
+              PlaceOwner owner;
+              static std::unique_ptr<PlaceLock> lock; // to the end of the process
+              lock = LockFiles({folder}).lock(place, owner);
+              return lock != nullptr;
+          })
+    {
     }
     OtherProcess(const OtherProcess&) = delete;
     OtherProcess& operator=(const OtherProcess&) = delete;
@@ -212,6 +219,12 @@ TEST_F(LockFilesTest, UsesNothingButAPlainFileWithOneName)
     std::filesystem::create_symlink(target, m_file);
     expectRefused("link");
     std::filesystem::remove(m_file);
+    {
+        const OtherProcess other(m_folder.path(), kOtherPlace);
+        std::filesystem::create_symlink(m_folder.path("vornadel-1-1.4.lock"), m_file);
+        expectRefused("link to a lock", {{"1-1.4", other.id()}});
+    }
+    std::filesystem::remove(m_file);
     std::filesystem::create_symlink(m_folder.path("nothing"), m_file);
     expectRefused("link to nothing");
     EXPECT_FALSE(std::filesystem::exists(m_folder.path("nothing")));
@@ -233,11 +246,19 @@ TEST_F(LockFilesTest, UsesNothingButAPlainFileWithOneName)
 
 TEST_F(LockFilesTest, TellsOfNoFileThatIsNoLock)
 {
-    for (const char* const name : {"vornadel-\x1B[2J.lock", "vornadel-1_2_3.lock", "vornadel-.lock",
-                                   "vornadel.lock", "vornadel-1-1", "x-1-1.lock"}) {
-        m_folder.write(name, "");
-    }
-    OtherProcess other(m_folder.path(), kOtherPlace);
+    const OtherProcess other([&] {
+        bool locked = true;
+        for (const char* const name :
+             {"vornadel-\x1B[2J.lock", "vornadel-1_2_3.lock", "vornadel-.lock", "vornadel.lock",
+              "vornadel-1-1", "x-1-1.lock", "vornadel-1-1.4.lock"}) {
+            struct flock range {
+            };
+            range.l_type = F_WRLCK;
+            const int file = ::open(m_folder.path(name).c_str(), O_RDWR | O_CREAT, 0666);
+            locked = locked && fcntl(file, F_SETLK, &range) == 0;
+        }
+        return locked;
+    });
     EXPECT_EQ(owners(), (Owners{{"1-1.4", other.id()}}));
 }
 
@@ -259,9 +280,14 @@ TEST_F(LockFilesTest, UsesTheFirstFolderThatAllUsersShare)
     const std::string file = own.write("file", "");
     TemporaryFolder first;
     shared(first);
+    TemporaryFolder foreign; // its owner may remove files
+    shared(foreign);
+    constexpr uid_t kNobody = 65534;
+    const std::string another =
+        chown(foreign.path().c_str(), kNobody, kNobody) == 0 ? foreign.path() : own.path();
     PlaceOwner owner;
-    LockFiles locks(
-        {own.path("nothing"), file, own.path(), open.path(), link, first.path(), m_folder.path()});
+    LockFiles locks({own.path("nothing"), file, own.path(), open.path(), link, another,
+                     first.path(), m_folder.path()});
     EXPECT_NE(locks.lock(kPlace, owner), nullptr);
     EXPECT_TRUE(std::filesystem::exists(first.path("vornadel-2-3_1-3.lock")));
 

@@ -156,16 +156,16 @@ TEST_F(HubInSysfs, NamesWhatHangsBelowEitherHalf)
     EXPECT_THAT(device->attachedBelow(), IsEmpty());
 
     const std::string keys = "capabilities/key";
-    m_testbed.plug("2-3.1", 1, 1); // a disk with an encrypted partition, and a reader without one
+    m_testbed.plug("2-3.1", 1, 1); // a disk with partitions and volumes, and an empty reader
     const std::string disk = "2-3.1:1.0/host0/target0:0:0/0:0:0:0/block/sda/";
     m_testbed.write("2-3.1", disk + "size", "1\n");
     m_testbed.write("2-3.1", disk + "sda1/partition", "1\n");
-    m_testbed.write("2-3.1", disk + "sda2/partition", "2\n");
     m_testbed.write("2-3.1", disk + "sda2/holders/dm-0/dm/name", "secret\n");
+    m_testbed.write("2-3.1", disk + "sda3/holders/md0/size", "1\n");
     m_testbed.write("2-3.1", "2-3.1:1.0/host0/target0:0:0/0:0:0:1/block/sdb/size", "0\n");
     m_testbed.writeFile("/proc/self/mounts",
                         "/dev/sda1 /media/my\\040disk\\012 vfat rw 0 0\n/dev/sdb1 / ext4 rw 0 0\n"
-                        "/dev/mapper/secret /vault ext4 rw 0 0\n");
+                        "/dev/mapper/secret /vault ext4 rw 0 0\n/dev/md0 /raid ext4 rw 0 0\n");
 
     m_testbed.plug("1-3.2", 2, 2); // a hub: what is in it counts, but not the hub
     m_testbed.write("1-3.2", "bDeviceClass", "09\n");
@@ -192,7 +192,7 @@ TEST_F(HubInSysfs, NamesWhatHangsBelowEitherHalf)
     m_testbed.plug("2-4", 6, 6); // beside the hub
 
     EXPECT_THAT(device->attachedBelow(),
-                ElementsAre("disk sda, mounted at /media/my disk, /vault", "disk sdb",
+                ElementsAre("disk sda, mounted at /media/my disk, /vault, /raid", "disk sdb",
                             "USB device Billboard", "USB device 1209:00ab", "keyboard Typist",
                             "mouse Runner", "network interface eth1"));
     EXPECT_EQ(find(kOtherProductId)->attachedBelow().size(), 7U);
