@@ -28,8 +28,8 @@ std::string folderOfPort(const std::string& path)
         return {}; // a root hub
     }
     const std::string above = path.substr(0, end);
-    const bool isRootHub = path[end] == '-';
-    return kDevices + above + (isRootHub ? "-0:1.0/usb" : ":1.0/") + above + "-port" +
+    const bool aboveIsRootHub = path[end] == '-';
+    return kDevices + above + (aboveIsRootHub ? "-0:1.0/usb" : ":1.0/") + above + "-port" +
            path.substr(end + 1);
 }
 

@@ -27,8 +27,7 @@ constexpr int kCarefully = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
 bool isShared(const std::string& folder)
 {
     constexpr mode_t kSharedMode = S_ISVTX | S_IWOTH;
-    struct stat status {
-    };
+    struct stat status = {};
     return lstat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
            (status.st_uid == 0 || status.st_uid == geteuid()) &&
            (status.st_mode & kSharedMode) == kSharedMode;
@@ -84,8 +83,7 @@ int openOrCreate(const std::string& path)
 
 struct flock wholeFile(short type)
 {
-    struct flock range {
-    };
+    struct flock range = {};
     range.l_type = type;
     range.l_whence = SEEK_SET;
     return range;
@@ -172,8 +170,7 @@ public:
     /// Whether it is still the file with this name.
     bool isAt(const std::string& path) const
     {
-        struct stat status {
-        };
+        struct stat status = {};
         return lstat(path.c_str(), &status) == 0 && status.st_dev == m_status.st_dev &&
                status.st_ino == m_status.st_ino;
     }
@@ -187,8 +184,7 @@ public:
 private:
     HeldPlaces& m_held;
     int m_file;
-    struct stat m_status {
-    };
+    struct stat m_status = {};
 };
 
 class FileLock final : public PlaceLock

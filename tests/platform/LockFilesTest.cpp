@@ -64,13 +64,11 @@ protected:
     /// Expects that neither lock() nor owners() takes what is there for a free lock, or changes it.
     void expectRefused(const std::string& what, const Owners& othersThere = {})
     {
-        struct stat before {
-        };
+        struct stat before = {};
         ASSERT_EQ(lstat(m_file.c_str(), &before), 0);
         EXPECT_EQ(ownerOf(kPlace), 0) << what;
         EXPECT_EQ(owners(), othersThere) << what;
-        struct stat after {
-        };
+        struct stat after = {};
         ASSERT_EQ(lstat(m_file.c_str(), &after), 0);
         EXPECT_EQ(before.st_ino, after.st_ino) << what;
         EXPECT_EQ(before.st_mode, after.st_mode) << what;
@@ -81,8 +79,7 @@ protected:
     {
         const pid_t child = fork();
         if (child == 0) {
-            struct flock range {
-            };
+            struct flock range = {};
             range.l_type = F_WRLCK;
             const int file = ::open(m_file.c_str(), O_RDWR);
             _exit(fcntl(file, F_GETLK, &range) == 0 && range.l_pid == getppid() ? 0 : 1);
@@ -204,8 +201,7 @@ TEST_F(LockFilesTest, LeavesAnEmptyFileForAllUsersWhateverTheUmask)
     const mode_t before = umask(077);
     EXPECT_EQ(ownerOf(kPlace), -1);
     umask(before);
-    struct stat status {
-    };
+    struct stat status = {};
     ASSERT_EQ(stat(m_file.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode, S_IFREG | 0666U);
     EXPECT_EQ(status.st_size, 0);
@@ -251,8 +247,7 @@ TEST_F(LockFilesTest, TellsOfNoFileThatIsNoLock)
         for (const char* const name :
              {"vornadel-\x1B[2J.lock", "vornadel-1_2_3.lock", "vornadel-.lock", "vornadel.lock",
               "vornadel-1-1", "x-1-1.lock", "vornadel-1-1.4.lock"}) {
-            struct flock range {
-            };
+            struct flock range = {};
             range.l_type = F_WRLCK;
             const int file = ::open(m_folder.path(name).c_str(), O_RDWR | O_CREAT, 0666);
             locked = locked && fcntl(file, F_SETLK, &range) == 0;
