@@ -113,7 +113,7 @@ run_with() {
     : >"$root/calls"
     (
         umask 0
-        timeout 60 env -i PATH=/hostile CDPATH=/ ENV=/hostile/env "${variables[@]}" "$chroot" "$root" "$@"
+        timeout 600 env -i PATH=/hostile CDPATH=/ ENV=/hostile/env "${variables[@]}" "$chroot" "$root" "$@"
         exit $?
     ) >"$root/out" 2>"$root/err" <"$input"
     status=$?
@@ -475,7 +475,7 @@ continue_after_a_failure() {
 # unload must change nothing; afterwards it must succeed.
 while_waiting() {
     { run unload; echo "$status" >"$root/status"; } &
-    timeout 60 cat "$root/waits" >/dev/null || complain 'unload did not wait'
+    timeout 600 cat "$root/waits" >/dev/null || complain 'unload did not wait'
     expect_equal "$(rules) $(cat "$root/calls")" '65-vornadel-hub.rules '
     "$@"
     wait $!

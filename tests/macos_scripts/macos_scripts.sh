@@ -62,7 +62,7 @@ as_root_with() {
     done
     shift
     : >"$root/state/calls"
-    timeout 60 env -i "${variables[@]}" "$setpriv" --ruid "$user" "$chroot" "$root" "$@" \
+    timeout 600 env -i "${variables[@]}" "$setpriv" --ruid "$user" "$chroot" "$root" "$@" \
         >"$out" 2>"$said_in" </dev/null
     status=$?
     said=$(cat "$said_in")
