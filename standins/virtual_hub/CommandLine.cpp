@@ -71,7 +71,7 @@ std::optional<int> parseVirtualHubCommandLine(int argc, const char* const* argv,
     std::vector<std::string> hubs;
     app.add_option("--hub", hubs,
                    "One hub: KEY=VALUE,... with the keys image,\n"
-                   "latency, mode, ids and fault. Up to 15 times;\n"
+                   "latency, mode, ids and fault. Up to 64 times;\n"
                    "without it: one hub with the default flash file")
         ->type_name("OPTIONS")
         ->allow_extra_args(false);

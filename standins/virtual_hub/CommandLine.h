@@ -11,7 +11,7 @@
 namespace vornadel
 {
 
-inline constexpr std::size_t kMostHubs = 15; ///< ports per speed of one vhci_hcd controller
+inline constexpr std::size_t kMostHubs = 64; ///< each takes a pair of vhci_hcd ports
 inline constexpr std::uint16_t kUsbIpPort = 3240;
 
 /// The parsed command line of vornadel-virtual-hub.
