@@ -29,16 +29,20 @@ public:
     void wake() override { m_clock.wake(); }
     void after(Duration delay, std::function<void()> task) override
     {
+        m_delayed += delay.count();
         m_clock.after(delay, std::move(task));
     }
     void interrupt() override { m_clock.interrupt(); }
 
     /// All pauses so far.
     Duration asked() const { return Duration(m_asked); }
+    /// The delays of all tasks so far.
+    Duration delayed() const { return Duration(m_delayed); }
 
 private:
     Clock& m_clock;
     std::atomic<Duration::rep> m_asked = 0;
+    std::atomic<Duration::rep> m_delayed = 0;
 };
 
 } // namespace vornadel::bench
