@@ -34,7 +34,7 @@ UsbOpenStatus HubSession::open(UsbSearch& search, std::unique_ptr<UsbDevice>& hu
     }
     if (!std::exchange(m_hasBegun, true)) {
         for (const auto& device : devices) {
-            m_placesAtStart.push_back(device->place());
+            m_seenAtStart.push_back({device->place(), device->texts().serialNumber});
         }
     }
     std::unique_ptr<UsbDevice> chosen = choose(devices);
@@ -90,7 +90,8 @@ std::unique_ptr<UsbDevice> HubSession::chooseStrictly(Devices& devices)
         }
         if (m_leaving && !place.hasArrivedSince(*m_leaving)) {
             setLastFailure(HubFailure::NotRestarted);
-        } else if (!mayHaveSerialNumber(device->texts().serialNumber)) {
+        } else if (!mayHaveSerialNumber(device->texts().serialNumber) ||
+                   mayComeFromElsewhere(*device, devices)) {
             setLastFailure(HubFailure::AnotherHub);
         } else {
             return std::move(device);
@@ -106,8 +107,9 @@ std::unique_ptr<UsbDevice> HubSession::chooseAnywhere(Devices& devices)
     };
     const auto isNew = [this](const auto& device) {
         const UsbPlace place = device->place();
-        return std::none_of(m_placesAtStart.begin(), m_placesAtStart.end(),
-                            [&](const UsbPlace& before) { return before.isSameConnector(place); });
+        return std::none_of(m_seenAtStart.begin(), m_seenAtStart.end(), [&](const Seen& before) {
+            return before.place.isSameConnector(place);
+        });
     };
     auto found = std::find_if(devices.begin(), devices.end(), isHere);
     if (found == devices.end()) {
@@ -124,6 +126,24 @@ bool HubSession::mayHaveSerialNumber(const std::string& text) const
 {
     return text.empty() || m_serialNumber.empty() || text == m_serialNumber || !m_expected ||
            text == *m_expected;
+}
+
+/// Whether this hub has a new serial number, which another hub had when the session began, and that
+/// other hub is no longer at its place.
+bool HubSession::mayComeFromElsewhere(const UsbDevice& hub, const Devices& devices) const
+{
+    const std::string text = hub.texts().serialNumber;
+    const auto isThere = [&](const Seen& seen) {
+        return std::any_of(devices.begin(), devices.end(), [&](const auto& device) {
+            return device->place().isSameConnector(seen.place) &&
+                   device->texts().serialNumber == text;
+        });
+    };
+    return !text.empty() && text != m_serialNumber &&
+           std::any_of(m_seenAtStart.begin(), m_seenAtStart.end(), [&](const Seen& seen) {
+               return seen.serialNumber == text && !seen.place.isSameConnector(m_place) &&
+                      !isThere(seen);
+           });
 }
 
 /// Locks the place unless this session has it already.

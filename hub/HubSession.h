@@ -71,11 +71,17 @@ private:
     std::unique_ptr<UsbDevice> chooseStrictly(Devices& devices);
     std::unique_ptr<UsbDevice> chooseAnywhere(Devices& devices);
     bool mayHaveSerialNumber(const std::string& text) const;
+    bool mayComeFromElsewhere(const UsbDevice& hub, const Devices& devices) const;
     bool lockPlace(PlaceLocks& locks, const UsbPlace& place);
 
+    struct Seen {
+        UsbPlace place{};
+        std::string serialNumber{};
+    };
+
     Options m_options;
-    std::vector<UsbPlace> m_placesAtStart{}; // of the supported hubs
-    bool m_hasBegun = false;                 // those are known
+    std::vector<Seen> m_seenAtStart{}; // the halves of the supported hubs
+    bool m_hasBegun = false;           // those are known
     UsbPlace m_place{};
     std::string m_serialNumber{};
     std::optional<std::string> m_expected{""}; // another serial number for it; none: any
