@@ -18,9 +18,7 @@ namespace
 bool restartInto(const FwImage& image, FlowRun& run)
 {
     run.session().expectSerialNumber(image.serial.data());
-    return run.restart() &&
-           (image.version == nullptr ||
-            run.runsVersion(static_cast<std::uint16_t>(image.version[0] << 8 | image.version[1])));
+    return run.restart() && run.runs(image);
 }
 
 void writeAndVerify(const FwImage& image, FlowRun& run)

@@ -26,7 +26,7 @@ enum class Cause {
     // Only in strict flows:
     NotErased,    ///< the hub confirmed the erase, but its flash is not blank
     Unstable,     ///< two reads of the flash differ
-    NotConfirmed, ///< the flash is verified, but the hub does not run what was written
+    NotConfirmed, ///< the hub came back, but does not run the firmware in its flash
 
     Interrupted, ///< the flow was asked to stop
 };

@@ -92,9 +92,9 @@ bool FlowRun::eraseIsDone()
                            check(difference(Step::Erase, Cause::NotErased, blank, flash)));
 }
 
-bool FlowRun::runsVersion(std::uint16_t version)
+bool FlowRun::runs(const FwImage& image)
 {
-    if (!isStrict()) {
+    if (!isStrict() || !image.loaded || image.version == nullptr) {
         return true;
     }
     HubStatusBlock block{};
@@ -103,7 +103,7 @@ bool FlowRun::runsVersion(std::uint16_t version)
         result.failure = Hub_LastFailure();
     } else if (romCodeRunsBy(block)) {
         result.failure = HubFailure::NoFlashCode;
-    } else if (firmwareVersionIn(block) != version) {
+    } else if (firmwareVersionIn(block) != (image.version[0] << 8 | image.version[1])) {
         result.failure = HubFailure::OtherVersion;
     } else {
         result.cause = Cause::None;

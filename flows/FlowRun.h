@@ -1,5 +1,6 @@
 #pragma once
 
+#include "firmware/FwImage.h"
 #include "flows/FlowOptions.h"
 #include "flows/FlowReporter.h"
 
@@ -28,8 +29,8 @@ public:
     // In a strict flow; otherwise they do nothing and return true:
     bool readAgain(std::span<const std::uint8_t> bytes); ///< compares with the first read
     bool eraseIsDone();                                  ///< whether the flash is blank
-    bool runsVersion(std::uint16_t version); ///< whether the hub runs this firmware, after
-                                             ///< restart()
+    bool runs(const FwImage& image); ///< whether the hub runs this firmware, after restart();
+                                     ///< true if the image holds none
 
     bool isStrict() const { return m_session.isStrict(); }
     HubSession& session() { return m_session; }
