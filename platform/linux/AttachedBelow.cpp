@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <set>
 #include <sstream>
@@ -15,9 +16,8 @@ namespace vornadel
 namespace
 {
 
+using Path = std::filesystem::path;
 using Texts = std::vector<std::string>;
-
-bool exists(const std::string& path) { return access(path.c_str(), F_OK) == 0; }
 
 void addOnce(Texts& texts, const std::string& text)
 {
@@ -27,12 +27,12 @@ void addOnce(Texts& texts, const std::string& text)
 }
 
 /// The device nodes of a disk or partition, and of what is on it, such as an encrypted volume.
-void addNodes(const std::string& folder, const std::string& name, std::set<std::string>& nodes)
+void addNodes(const Path& folder, std::set<Path>& nodes)
 {
-    nodes.insert("/dev/" + name);
-    for (const std::string& holder : entriesOf(folder + "/holders")) {
+    nodes.insert("/dev" / folder.filename());
+    for (const std::string& holder : entriesOf(folder / "holders")) {
         nodes.insert("/dev/" + holder);
-        nodes.insert("/dev/mapper/" + textIn(folder + "/holders/" + holder + "/dm/name"));
+        nodes.insert("/dev/mapper/" + textIn(folder / "holders" / holder / "dm/name"));
     }
 }
 
@@ -51,14 +51,14 @@ std::string unescaped(const std::string& text)
     return path;
 }
 
-std::string diskText(const std::string& folder, const std::string& name)
+std::string diskText(const Path& folder)
 {
-    std::set<std::string> nodes;
-    addNodes(folder, name, nodes);
+    std::set<Path> nodes;
+    addNodes(folder, nodes);
     for (const std::string& part : foldersIn(folder)) { // "sda1", but also "queue"
-        addNodes(folder + '/' + part, part, nodes);
+        addNodes(folder / part, nodes);
     }
-    std::string text = "disk " + name;
+    std::string text = "disk " + folder.filename().string();
     std::string separator = ", mounted at ";
     std::ifstream mounts("/proc/self/mounts");
     for (std::string line; std::getline(mounts, line);) {
@@ -67,7 +67,7 @@ std::string diskText(const std::string& folder, const std::string& name)
         std::string place;
         words >> node >> place;
         if (nodes.contains(node)) {
-            text += separator + withoutControls(unescaped(place));
+            text.append(separator).append(withoutControls(unescaped(place)));
             separator = ", ";
         }
     }
@@ -84,31 +84,31 @@ std::uint32_t lowestBits(const std::string& file)
 
 /// "keyboard NAME" for an input device with letter keys, "mouse NAME" for one that moves in two
 /// directions, empty for others, such as the volume keys of a headset.
-std::string inputText(const std::string& folder)
+std::string inputText(const Path& folder)
 {
     constexpr std::uint32_t kLetters = 1U << 16 | 1U << 30; // KEY_Q and KEY_A
     constexpr std::uint32_t kBothAxes = 1U << 0 | 1U << 1;  // REL_X and REL_Y
-    const std::string name = textIn(folder + "/name");
-    if ((lowestBits(folder + "/capabilities/key") & kLetters) == kLetters) {
+    const std::string name = textIn(folder / "name");
+    if ((lowestBits(folder / "capabilities/key") & kLetters) == kLetters) {
         return "keyboard " + name;
     }
-    return (lowestBits(folder + "/capabilities/rel") & kBothAxes) == kBothAxes ? "mouse " + name
-                                                                               : std::string();
+    return (lowestBits(folder / "capabilities/rel") & kBothAxes) == kBothAxes ? "mouse " + name
+                                                                              : std::string();
 }
 
 /// What the drivers of a USB device have made of it, from a folder of one of its interfaces.
-void addFunctions(const std::string& folder, Texts& texts)
+void addFunctions(const Path& folder, Texts& texts)
 {
     for (const std::string& kind : foldersIn(folder)) {
-        const std::string inner = folder + '/' + kind;
+        const Path inner = folder / kind;
         if (kind != "block" && kind != "net" && kind != "input") {
             addFunctions(inner, texts);
             continue;
         }
         for (const std::string& name : foldersIn(inner)) {
-            const std::string text = kind == "block" ? diskText(inner + '/' + name, name)
+            const std::string text = kind == "block" ? diskText(inner / name)
                                      : kind == "net" ? "network interface " + name
-                                                     : inputText(inner + '/' + name);
+                                                     : inputText(inner / name);
             if (!text.empty()) {
                 addOnce(texts, text);
             }
@@ -116,22 +116,25 @@ void addFunctions(const std::string& folder, Texts& texts)
     }
 }
 
-bool isUsbDevice(const std::string& folder) { return exists(folder + "/devnum"); }
+bool isUsbDevice(const Path& folder) { return access((folder / "devnum").c_str(), F_OK) == 0; }
 
-void addDevice(const std::string& folder, Texts& texts)
+void addDevice(const Path& folder, Texts& texts)
 {
     Texts functions;
     for (const std::string& part : foldersIn(folder)) {
-        if (!isUsbDevice(folder + '/' + part)) {
-            addFunctions(folder + '/' + part, functions);
+        if (!isUsbDevice(folder / part)) {
+            addFunctions(folder / part, functions);
         }
     }
-    const bool isHub = numberIn(folder + "/bDeviceClass", 16) == 9;
+    const bool isHub = numberIn(folder / "bDeviceClass", 16) == 9;
     if (functions.empty() && !isHub) {
-        const std::string product = textIn(folder + "/product");
-        functions.push_back("USB device " + (!product.empty() ? product
-                                                              : textIn(folder + "/idVendor") + ':' +
-                                                                    textIn(folder + "/idProduct")));
+        std::string text = textIn(folder / "product");
+        if (text.empty()) {
+            text.append(textIn(folder / "idVendor"))
+                .append(":")
+                .append(textIn(folder / "idProduct"));
+        }
+        functions.push_back("USB device " + text);
     }
     texts.insert(texts.end(), functions.begin(), functions.end());
 }
@@ -142,7 +145,7 @@ std::vector<std::string> attachedBelow(const std::string& hubFolder)
 {
     Texts texts;
     for (const std::string& child : foldersIn(hubFolder)) {
-        const std::string folder = hubFolder + '/' + child;
+        const Path folder = Path(hubFolder) / child;
         if (isUsbDevice(folder)) {
             addDevice(folder, texts);
             const Texts below = attachedBelow(folder);

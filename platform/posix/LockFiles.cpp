@@ -228,7 +228,7 @@ std::unique_ptr<PlaceLock> LockFiles::lock(const UsbPlace& place, PlaceOwner& ow
         return nullptr;
     }
     const std::string path = fileOf(owner.place);
-    const std::shared_ptr<HeldPlaces> held = heldPlaces();
+    const std::shared_ptr<HeldPlaces>& held = heldPlaces();
     const std::lock_guard guard(held->mutex);
     if (held->has(path)) {
         owner.processId = getpid();
@@ -257,7 +257,7 @@ std::vector<PlaceOwner> LockFiles::owners()
     if (folder == nullptr) {
         return owners;
     }
-    const std::shared_ptr<HeldPlaces> held = heldPlaces();
+    const std::shared_ptr<HeldPlaces>& held = heldPlaces();
     const std::lock_guard guard(held->mutex);
     while (const dirent* const entry = readdir(folder)) {
         const std::string place = placeOf(entry->d_name);

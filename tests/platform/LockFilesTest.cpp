@@ -26,7 +26,6 @@ namespace vornadel::test
 namespace
 {
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 const UsbPlace kPlace{{"1-3", 7}, {"2-3", 8}};
@@ -184,6 +183,7 @@ TEST_F(LockFilesTest, OneOfManyThreadsGetsThePlace)
 {
     std::vector<std::unique_ptr<PlaceLock>> locks(8);
     std::vector<std::thread> threads;
+    threads.reserve(locks.size());
     for (auto& lock : locks) {
         threads.emplace_back([&] {
             PlaceOwner owner;
