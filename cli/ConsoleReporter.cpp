@@ -29,11 +29,11 @@ void ConsoleReporter::started(const FlowStart& start)
 
 void ConsoleReporter::stepStarted(Step step)
 {
-    FlowTextReporter::stepStarted(step);
     // A signal that came after the flow's last look at its stop flag has promised to stop it.
     if (step == Step::Erase && m_stop.enter(StopRequest::Phase::Changing)) {
         appendProgressInfo_Red(kFinishing + std::string("\n"));
     }
+    FlowTextReporter::stepStarted(step);
 }
 
 void ConsoleReporter::finished(const FlowResult& result)

@@ -13,7 +13,11 @@ constexpr std::ptrdiff_t kBlockAlignment = 256;
 constexpr int kStringCount = 3;
 constexpr std::uint32_t kStringHeader = 2;
 
-bool isBlank(const std::uint8_t* id) { return id[0] == id[1] && (id[0] == 0x00 || id[0] == 0xFF); }
+bool isBlank(const std::uint8_t* id)
+{
+    const int number = id[0] << 8 | id[1];
+    return number == 0x0000 || number == 0xFFFF;
+}
 
 /// Whether the string descriptors follow each other up to a length of 0, the third one or the end.
 bool stringsFit(const FwImage& image)

@@ -49,9 +49,9 @@ TEST(ImageFlaw, IsAStringThatDoesNotFit)
         ImageFlaw flaw;
     } rows[] = {
         {0, 0, ImageFlaw::None},        // no strings
-        {0, 1, ImageFlaw::BadStrings},  // shorter than its header
-        {0, 35, ImageFlaw::None},       // the first fills the area
         {0, 36, ImageFlaw::BadStrings}, // the first is too long
+        {12, 1, ImageFlaw::BadStrings}, // shorter than its header
+        {12, 2, ImageFlaw::None},       // an empty one
         {12, 23, ImageFlaw::None},      // the third fills the area
         {12, 24, ImageFlaw::BadStrings},
     };
@@ -61,6 +61,17 @@ TEST(ImageFlaw, IsAStringThatDoesNotFit)
         putAt(bytes, 256 + 43 + row.at, {row.length});
         EXPECT_EQ(flawOf(bytes), row.flaw);
     }
+}
+
+TEST(ImageFlaw, IsNotWhatFollowsTheLastString)
+{
+    ByteList three = imageWithBlock(512, 256);
+    putAt(three, 256 + 43 + 16, {0xFF});
+    EXPECT_EQ(flawOf(three), ImageFlaw::None);
+    ByteList one = imageWithBlock(512, 256);
+    putAt(one, 256 + 43, {35});
+    putAt(one, 256 + 43 + 35, {0xFF});
+    EXPECT_EQ(flawOf(one), ImageFlaw::None);
 }
 
 } // namespace
