@@ -47,14 +47,14 @@ TEST(VirtualHubCommandLine, AttachesOneHubWhenNothingIsSaid)
     }
 }
 
-TEST(VirtualHubCommandLine, TakesUpTo15Hubs)
+TEST(VirtualHubCommandLine, TakesUpTo64Hubs)
 {
     const Parsed two = parse({"--hub", "image=a.bin", "--hub=image=b.bin,fault=never"});
     ASSERT_THAT(two.commandLine.hubs, SizeIs(2));
     EXPECT_EQ(two.commandLine.hubs[0].image, "a.bin");
     EXPECT_THAT(two.commandLine.hubs[1].faults, SizeIs(1));
-    std::vector<const char*> many(15, "--hub=mode=rom");
-    EXPECT_THAT(parse(many).commandLine.hubs, SizeIs(15));
+    std::vector<const char*> many(64, "--hub=mode=rom");
+    EXPECT_THAT(parse(many).commandLine.hubs, SizeIs(64));
     many.push_back("--hub=mode=rom");
     EXPECT_EQ(parse(many).ended, kBadUsage);
 }
