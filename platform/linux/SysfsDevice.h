@@ -29,7 +29,7 @@ public:
     UsbPort otherPort() const;
 
     UsbTexts texts() const;
-    /// As UsbDevice::containerId(). Empty before Linux 6.9, which does not keep the descriptor.
+    /// As UsbDevice::containerId(). Empty on older kernels, which do not keep the descriptor.
     std::string containerId() const;
     /// As UsbDevice::attachedBelow(), but only of this half of a hub.
     std::vector<std::string> attachedBelow() const;
