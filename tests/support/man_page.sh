@@ -1,12 +1,13 @@
 #!/bin/bash
-# Checks that the man page of vornadel-virtual-hub names exactly the options and commands of --help,
-# and that its markup is valid.
+# Checks that a man page names exactly the options of --help, and these commands, and that its markup
+# is valid.
 #
-#   man_page.sh PROGRAM PAGE
+#   man_page.sh PROGRAM PAGE COMMAND...
 set -eu
 
 program=$1
 page=$2
+shift 2
 failed=0
 plain=$(mktemp)
 trap 'rm -f "$plain"' EXIT
@@ -25,17 +26,22 @@ options() {
 # The text also names options of other programs; the synopsis and the tags of the list do not.
 described=$(awk '/^\.SH/ { part = $2 } part == "SYNOPSIS" || (part == "OPTIONS" && tag) { print }
                  { tag = ($1 == ".TP") }' "$page" | sed 's/\\-/-/g' | options)
-helped=$("$program" --help | options)
+helped=$({
+    "$program" --help
+    for command in "$@"; do
+        "$program" "$command" --help || true # where a command is no subcommand, there is no help
+    done
+} 2>/dev/null | options)
 [ -n "$helped" ] || fail "--help names no options"
 [ "$described" = "$helped" ] || fail "the options differ: the page has $described, --help has $helped"
 
-for command in plug plug-rom unplug fault status quit; do
+for command in "$@"; do
     "$program" --help | grep -qE "[ ,]${command}[], .]" || fail "--help does not name the command $command"
     grep -qE "^$command( |\$)" "$plain" || fail "the page does not describe the command $command"
 done
 
 version=$("$program" --version)
-grep -qF "\"Vornadel ${version#vornadel-virtual-hub }\"" "$page" ||
+grep -qF "\"Vornadel ${version##* }\"" "$page" ||
     fail "the page is not of this version: $version"
 
 if command -v groff >/dev/null; then
