@@ -11,9 +11,10 @@ namespace vornadel
 
 /// Reads the hub's whole flash, from address 0, and restarts the hub into its firmware.
 ///
-/// True only if every piece was read and the hub came back after the restart. `flash` is set before
-/// reporter.finished() is called; after a failure it is unchanged, but a strict flow sets it even
-/// if only the restart failed. The content is not checked: a blank flash is read like any other.
+/// True only if every piece was read and the hub came back after the restart; in a strict flow also
+/// only if it runs the firmware that was read. `flash` is set before reporter.finished() is called;
+/// after a failure it is unchanged, but a strict flow sets it even if only the restart failed. The
+/// content is not checked: a blank flash is read like any other.
 ///
 /// A hub that confirms a read but delivers nothing goes unnoticed; such bytes are 0.
 ///
