@@ -32,7 +32,7 @@ for program in "$vornadel" "$vornadelctl"; do
     expect 2 --simulated-hub "$program" --simulated-hub=latency=none --simulated-hub
 done
 expect 2 "nonsense" "$vornadel" --nonsense
-expect 2 "options are image" "$vornadel" --simulated-hub=colour=red
+expect 2 "options are hubs, image" "$vornadel" --simulated-hub=colour=red
 expect 1 "vornadelctl works without one" \
     env -u DISPLAY -u WAYLAND_DISPLAY QT_QPA_PLATFORM=xcb "$vornadel" --simulated-hub
 expect 1 "vornadelctl works without one" env QT_QPA_PLATFORM=nonsense "$vornadel" --simulated-hub
