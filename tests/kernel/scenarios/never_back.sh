@@ -1,15 +1,17 @@
 #!/bin/bash
 # shellcheck disable=SC2034,SC2154 # `one` reads this after the helpers
 
-# lane NUMBER FAULT REASON IMAGE: if the hub does not return from a restart, the update fails with
-# the reason, and the image is in the flash. Plugged in again, the hub accepts an update.
+# lane NUMBER FAULT STATUS REASON IMAGE: if the hub does not return from a restart, the update fails
+# with the status and the reason, and the image is in the flash. Plugged in again, the hub accepts an
+# update.
 lane() {
     use_hub "$1"
     start_hub "fault=$2"
     wait_for_hub
     start_update "$new_image"
-    failed_update "$3"
-    same flash.bin "$4"
+    end_of_update
+    failed_update "$3" "$4"
+    same flash.bin "$5"
     hub unplug
     hub plug
     wait_for_hub
@@ -17,5 +19,5 @@ lane() {
     stop_hubs
 }
 
-in_lanes lane 1 never@1 'Fail To Open Rom Device' "$old_image" \
-    -- lane 2 never@2 'Fail to Reset to Flash Code' "$new_image"
+in_lanes lane 1 never@1 1 'the hub did not return to' "$old_image" \
+    -- lane 2 never@2 9 'verified, but the hub did not return to' "$new_image"

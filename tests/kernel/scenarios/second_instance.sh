@@ -66,8 +66,9 @@ for step in 'Erase Flash...' 'Write Flash...' 'Read Flash...'; do
     done
     ! { may_be_locked "$super_speed" && may_be_locked "$high_speed"; } ||
         fail 'neither half is locked during the first update'
-    expect 1 'another program has it open' "${ctl[@]}" info
-    expect 1 'Fail To Open Rom Device' "${ctl[@]}" update "${images[(round + 1) % 2]}"
+    expect 11 "busy: process $update_pid works on it" "${ctl[@]}" info
+    expect 11 "busy: process $update_pid works on it" "${ctl[@]}" update "${images[(round + 1) % 2]}"
+    expect 0 "busy (pid $update_pid)" "${ctl[@]}" list
     finish
     wait_for_hub
     may_be_locked "$super_speed" || fail 'the SuperSpeed half is still locked after the update'

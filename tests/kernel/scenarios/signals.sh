@@ -39,7 +39,8 @@ reach() {
 points=(started FW: left_for_rom back_in_rom 'Erase Flash...' 'Write Flash...' '30%' 'Read Flash...'
     '70%' left_for_flash)
 
-# lane SIGNAL STATUS NUMBER
+# lane SIGNAL STATUS NUMBER: one signal at each point. Only SIGKILL ends an update that has begun to
+# erase; any other one lets it finish.
 lane() {
     local signal=$1 wanted=$2 images=("$old_image" "$new_image") round=0 point
     use_hub "$3"
@@ -53,15 +54,41 @@ lane() {
         reach "$point"
         kill "-$signal" "$update_pid"
         end_of_update
-        # The signal itself may end a program that has just been started.
-        if [ "$update_status" -ne "$wanted" ] &&
-            ! { [ "$point" = started ] && [ "$update_status" -gt 128 ]; }; then
-            fail "SIG$signal at '$point': ended with $update_status, not $wanted"
+        if says update.out 'Erase Flash...' && [ "$signal" != KILL ]; then
+            [ "$update_status" -eq 0 ] ||
+                fail "SIG$signal at '$point': the update did not finish, but ended with $update_status"
+            same flash.bin "${images[round % 2]}"
+        else
+            # The signal itself may end a program that has just been started, with the same status.
+            [ "$update_status" -eq "$wanted" ] ||
+                fail "SIG$signal at '$point': ended with $update_status, not $wanted"
+            no_success_claimed
+            says update.out 'Erase Flash...' || same flash.bin "${images[(round + 1) % 2]}"
         fi
-        no_success_claimed
-        says update.out 'Erase Flash...' || same flash.bin "${images[(round + 1) % 2]}"
         wait_for_hub
         update_well "${images[round % 2]}"
+    done
+    stop_hubs
+}
+
+# A second signal ends an update that would finish.
+twice_lane() {
+    local point
+    use_hub 5
+    start_hub
+    for point in 'Erase Flash...' 'Write Flash...' '30%'; do
+        wait_for_hub
+        echo "--- two signals at $point"
+        start_update "$new_image"
+        update_reaches "$point"
+        kill -TERM "$update_pid"
+        poll=0.03 wait_until 20 'the update to notice the signal' says update.err 'finishing first'
+        kill -INT "$update_pid"
+        end_of_update
+        [ "$update_status" -eq 143 ] || fail "two signals at '$point': ended with $update_status"
+        no_success_claimed
+        wait_for_hub
+        update_well "$old_image"
     done
     stop_hubs
 }
@@ -86,4 +113,4 @@ window_lane() {
     stop_hubs
 }
 
-in_lanes lane KILL 137 1 -- lane TERM 130 2 -- lane INT 130 3 -- window_lane
+in_lanes lane KILL 137 1 -- lane TERM 143 2 -- lane INT 130 3 -- window_lane -- twice_lane

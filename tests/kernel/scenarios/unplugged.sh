@@ -9,11 +9,13 @@ for step in 'Write Flash...' 'Read Flash...'; do
     kill -STOP "$update_pid" # otherwise it could finish before the hub is gone
     hub unplug
     kill -CONT "$update_pid"
-    case $step in
+    end_of_update
     # Reading is so quick that the update may already be at "Reset to Flash Code".
-    Read*) failed_update 'Fail to Re' ;;
-    *) failed_update 'Fail to Write Flash' ;;
-    esac
+    if says update.out 'Reset to Flash Code...'; then
+        failed_update 9 'Fail to Reset to Flash Code'
+    else
+        failed_update 7 'the hub was unplugged'
+    fi
     wait_for_no_hub
     hub plug
     wait_for_hub

@@ -25,8 +25,9 @@ may_write() {
 
 refused() {
     ! may_write || fail "user ${as[2]} may write to the hub's nodes"
-    expect 1 'permission is missing' "${ctl[@]}" info
-    expect 1 'Fail To Open Rom Device' "${ctl[@]}" update "$new_image"
+    expect 0 'no access' "${ctl[@]}" list
+    expect 5 'permission is missing' "${ctl[@]}" info
+    expect 5 'permission is missing' "${ctl[@]}" update "$new_image"
     says said 'Update FW Fail' || fail 'the update did not say that it failed'
     same flash.bin "$old_image"
 }
