@@ -128,7 +128,7 @@ std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLi
         err << why << '\n';
         return kExitUsage;
     }
-    return std::nullopt;
+    return {};
 }
 
 } // namespace vornadel

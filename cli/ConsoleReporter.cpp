@@ -39,13 +39,8 @@ void ConsoleReporter::stepStarted(Step step)
 void ConsoleReporter::finished(const FlowResult& result)
 {
     m_result = result;
-    FlowTextReporter::finished(result);
-}
-
-void ConsoleReporter::closed()
-{
     m_stop.enter(StopRequest::Phase::NoFlow);
-    FlowTextReporter::closed();
+    FlowTextReporter::finished(result);
 }
 
 void ConsoleReporter::resetProgressInfo() {}

@@ -22,7 +22,6 @@ public:
     void started(const FlowStart& start) override;
     void stepStarted(Step step) override;
     void finished(const FlowResult& result) override;
-    void closed() override;
 
     const FlowResult& result() const { return m_result; } ///< after finished()
 

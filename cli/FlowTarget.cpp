@@ -55,11 +55,11 @@ std::optional<FlowTarget> chooseTarget(const Command& command, int& status)
 {
     const std::optional<AttachedHub> hub = selectHub(command, status);
     if (!hub) {
-        return std::nullopt;
+        return {};
     }
     if (!tellWhatIsInUse(command, *hub)) {
         status = kExitFailure;
-        return std::nullopt;
+        return {};
     }
     return FlowTarget{
         hub->place().text(),

@@ -33,6 +33,15 @@ bool isOwned(const UsbPlace& place, const PlaceOwner& owner)
     return place.isSameConnector(placeIn(owner.place));
 }
 
+/// Whether some half of the hub fits. They tell different places where the system does not know
+/// which two ports are one connector.
+template <typename Fits>
+bool hasHalf(const AttachedHub& hub, Fits fits)
+{
+    return std::any_of(hub.halves.begin(), hub.halves.end(),
+                       [&](const auto& half) { return fits(*half); });
+}
+
 bool hasId(const AttachedHub& hub, const UsbIds& ids)
 {
     return hub.vendorId == ids.vendor && ids.product != 0 &&
@@ -41,8 +50,7 @@ bool hasId(const AttachedHub& hub, const UsbIds& ids)
 
 bool hasContainerId(const AttachedHub& hub, const std::string& containerId)
 {
-    return std::any_of(hub.halves.begin(), hub.halves.end(),
-                       [&](const auto& half) { return half->containerId() == containerId; });
+    return hasHalf(hub, [&](UsbDevice& half) { return half.containerId() == containerId; });
 }
 
 void tell(std::ostream& err, const std::string& sentence, const std::vector<HubChoice>& choices)
@@ -87,7 +95,7 @@ std::optional<std::vector<HubChoice>> findHubChoices(UsbBus& bus)
     std::vector<PlaceOwner> owners = bus.placeLocks().owners();
     std::optional<std::vector<AttachedHub>> hubs = Hub_ListHubs(bus);
     if (!hubs) {
-        return std::nullopt;
+        return {};
     }
     std::vector<HubChoice> choices;
     for (AttachedHub& hub : *hubs) {
@@ -99,7 +107,9 @@ std::optional<std::vector<HubChoice>> findHubChoices(UsbBus& bus)
         const auto known =
             std::find_if(choices.begin(), choices.end(), [&](const HubChoice& choice) {
                 return choice.isAway() ? choice.owner->place == owners[i].place
-                                       : isOwned(choice.hub.place(), owners[i]);
+                                       : hasHalf(choice.hub, [&](const UsbDevice& half) {
+                                             return isOwned(half.place(), owners[i]);
+                                         });
             });
         if (known == choices.end()) {
             choices.push_back({{}, owners[i]});
@@ -118,7 +128,9 @@ bool isSelected(const HubChoice& choice, const HubSelector& selector)
                (selector.path.empty() || placeIn(choice.owner->place).isCalled(selector.path));
     }
     const AttachedHub& hub = choice.hub;
-    if (!selector.path.empty() && !hub.place().isCalled(selector.path)) {
+    if (!selector.path.empty() && !hasHalf(hub, [&](const UsbDevice& half) {
+            return half.place().isCalled(selector.path);
+        })) {
         return false;
     }
     if (selector.id && !hasId(hub, *selector.id)) {
@@ -148,11 +160,11 @@ std::optional<AttachedHub> selectHub(const Command& command, int& status)
     status = kExitNoHub;
     if (!attached) {
         command.err << "the USB devices cannot be listed\n";
-        return std::nullopt;
+        return {};
     }
     if (attached->empty()) {
         command.err << "no supported hub is attached\n";
-        return std::nullopt;
+        return {};
     }
     const auto firstSelected =
         std::stable_partition(attached->begin(), attached->end(), [&](const HubChoice& choice) {
@@ -163,7 +175,7 @@ std::optional<AttachedHub> selectHub(const Command& command, int& status)
     attached->erase(firstSelected, attached->end());
     if (selected.empty()) {
         tell(command.err, "no attached hub matches; these are attached:", *attached);
-        return std::nullopt;
+        return {};
     }
     if (selected.size() > 1) {
         status = kExitSeveralHubs;
@@ -172,21 +184,20 @@ std::optional<AttachedHub> selectHub(const Command& command, int& status)
                                             : "several supported hubs are attached") +
                  "; choose one, for example with --path:",
              selected);
-        return std::nullopt;
+        return {};
     }
     HubChoice& choice = selected.front();
     if (choice.owner) {
         status = kExitBusy;
         command.err << choice.place() << " is " << busySentence(choice.owner->processId) << '\n';
-        return std::nullopt;
+        return {};
     }
     if (!choice.hub.place().known() && !attached->empty()) {
         status = kExitSeveralHubs;
         command.err << "several supported hubs are attached, and the system does not tell where; "
                        "attach only one\n";
-        return std::nullopt;
+        return {};
     }
-    status = kExitSuccess;
     return std::move(choice.hub);
 }
 

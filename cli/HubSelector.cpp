@@ -1,8 +1,9 @@
 #include "cli/HubSelector.h"
 
 #include <algorithm>
-#include <charconv>
-#include <string_view>
+#include <cctype>
+#include <regex>
+#include <vector>
 
 namespace vornadel
 {
@@ -10,76 +11,50 @@ namespace vornadel
 namespace
 {
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
+constexpr std::size_t kLongest = 100; // longer than every text below; keeps the matching short
 
-bool isHexDigit(char c) { return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
+constexpr const char* kPath = R"([0-9A-Za-z]+-[0-9]+(\.[0-9]+)*(/[0-9A-Za-z]+-[0-9]+(\.[0-9]+)*)?)";
+constexpr const char* kContainerId = R"([0-9A-Fa-f]{8}(-[0-9A-Fa-f]{4}){3}-[0-9A-Fa-f]{12})";
+constexpr const char* kIds = "([0-9A-Fa-f]{1,4}):([0-9A-Fa-f]{1,4})";
 
-char lowerCase(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-/// A bus, a dash, and a number for each port on the way: "2-1.4", "sim-1".
-bool isPort(std::string_view text)
+/// The text and its parts in parentheses. Nothing if the text does not look like this.
+std::vector<std::string> partsOf(const std::string& text, const char* pattern)
 {
-    const std::size_t dash = text.find('-');
-    if (dash == 0 || dash == std::string_view::npos ||
-        !std::all_of(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(dash),
-                     [](char c) { return isDigit(c) || (c >= 'a' && c <= 'z'); })) {
-        return false;
+    std::smatch match;
+    if (text.size() > kLongest || !std::regex_match(text, match, std::regex(pattern))) {
+        return {};
     }
-    bool afterDigit = false;
-    for (const char c : text.substr(dash + 1)) {
-        if (!isDigit(c) && (c != '.' || !afterDigit)) {
-            return false;
-        }
-        afterDigit = isDigit(c);
-    }
-    return afterDigit;
+    return {match.begin(), match.end()};
 }
 
-std::optional<std::uint16_t> hexNumber(std::string_view text)
+std::uint16_t numberIn(const std::string& hex)
 {
-    std::uint16_t number = 0;
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number, 16);
-    if (error != std::errc() || stop != end || text.front() == '-') {
-        return std::nullopt;
-    }
-    return number;
+    return static_cast<std::uint16_t>(std::stoul(hex, nullptr, 16));
 }
 
 } // namespace
 
-bool isPath(const std::string& text)
-{
-    const std::string_view whole(text);
-    const std::size_t slash = whole.find('/');
-    return slash == std::string_view::npos
-               ? isPort(whole)
-               : isPort(whole.substr(0, slash)) && isPort(whole.substr(slash + 1));
-}
+bool isPath(const std::string& text) { return !partsOf(text, kPath).empty(); }
 
 std::string containerIdIn(const std::string& text)
 {
-    static constexpr std::string_view kShape = "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx";
-    const bool braces = text.size() > 2 && text.front() == '{' && text.back() == '}';
+    const bool braces = text.starts_with('{') && text.ends_with('}');
     std::string id = braces ? text.substr(1, text.size() - 2) : text;
-    if (!std::equal(id.begin(), id.end(), kShape.begin(), kShape.end(),
-                    [](char c, char kind) { return kind == 'x' ? isHexDigit(c) : c == kind; })) {
+    if (partsOf(id, kContainerId).empty()) {
         return {};
     }
-    std::transform(id.begin(), id.end(), id.begin(), lowerCase);
+    std::transform(id.begin(), id.end(), id.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return '{' + id + '}';
 }
 
 std::optional<UsbIds> idsIn(const std::string& text)
 {
-    const std::string_view whole(text);
-    const std::size_t colon = whole.find(':');
-    if (colon == std::string_view::npos || whole.size() - colon > 5 || colon > 4) {
-        return std::nullopt;
+    const std::vector<std::string> parts = partsOf(text, kIds);
+    if (parts.empty()) {
+        return {};
     }
-    const auto vendor = hexNumber(whole.substr(0, colon));
-    const auto product = hexNumber(whole.substr(colon + 1));
-    return vendor && product ? std::optional(UsbIds{*vendor, *product}) : std::nullopt;
+    return UsbIds{numberIn(parts[1]), numberIn(parts[2])};
 }
 
 } // namespace vornadel

@@ -4,6 +4,7 @@
 #include "hub/HubTransport.h"
 #include "platform/posix/EndingSignals.h"
 
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <string>
@@ -17,6 +18,9 @@ namespace vornadel
 
 namespace
 {
+
+/// A program such as `timeout`, and a terminal that closes, send one signal twice.
+constexpr Clock::Duration kOneSignal = std::chrono::milliseconds(500);
 
 /// Wakes the waiting thread when the program ends by itself.
 constexpr int kWakeUp = SIGUSR1;
@@ -77,12 +81,17 @@ int Interruption::statusAfter(int commandStatus) const
 void Interruption::wait(Clock& clock, StopRequest& stop, const sigset_t& signals)
 {
     bool abandoned = false;
+    int last = 0;
+    Clock::Duration lastCame{};
     while (!m_ending) {
         int signal = 0;
         sigwait(&signals, &signal);
-        if (signal == kWakeUp) {
+        const Clock::Duration now = clock.now();
+        if (signal == kWakeUp || (signal == last && now - lastCame < kOneSignal)) {
             continue;
         }
+        last = signal;
+        lastCame = now;
         int none = 0;
         const bool first = m_signal.compare_exchange_strong(none, signal);
         if (abandoned) {

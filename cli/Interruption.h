@@ -16,7 +16,8 @@ namespace vornadel
 /// The first one asks the flow to stop: it does so before it changes the flash, and otherwise
 /// finishes. Standard error says which. The second one, or the first if no flow runs, ends the
 /// command at its next request: the request in flight completes, no other follows, waits end at
-/// once, and the flow closes the hub. One more ends the process immediately.
+/// once, and the flow closes the hub. One more ends the process immediately. The same signal twice
+/// within half a second is one.
 ///
 /// Create it before any other thread, because threads inherit the signal mask.
 class Interruption

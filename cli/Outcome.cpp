@@ -18,21 +18,24 @@ constexpr struct {
     HubFailure failure;
     int status; ///< if the hub could not be opened, or restarted into its ROM code
     const char* text;
+    bool comesBackByPlugging = false; ///< if the user plugs it in again
 } kFailures[] = {
     {HubFailure::None, kExitFailure, "the reason is not known"},
     {HubFailure::NoHub, kExitNoHub, "no supported hub is at % any more"},
     {HubFailure::NoAccess, kExitNoAccess, "permission is missing"},
     {HubFailure::Busy, kExitBusy, "the hub is "}, // and who has it
     {HubFailure::NotOpened, kExitFailure, "the system could not open the hub, and gave no reason"},
-    {HubFailure::Unplugged, kExitTransferFailed, "the hub was unplugged"},
-    {HubFailure::Stalled, kExitTransferFailed, "the hub refused the request (stall)"},
-    {HubFailure::Short, kExitTransferFailed, "the hub moved too few bytes (short transfer)"},
-    {HubFailure::TimedOut, kExitTransferFailed, "the hub did not answer in time"},
-    {HubFailure::NotAnswered, kExitTransferFailed, "the request failed"},
-    {HubFailure::NotRestarted, kExitFailure, "the hub confirmed the restart, but did not restart"},
-    {HubFailure::NotReturned, kExitFailure, "the hub did not return to %"},
-    {HubFailure::AnotherHub, kExitFailure, "another hub is at % now"},
-    {HubFailure::NoRomCode, kExitFailure, "the hub does not run its ROM code after the restart"},
+    {HubFailure::Unplugged, kExitTransferFailed, "the hub was unplugged", true},
+    {HubFailure::Stalled, kExitTransferFailed, "the hub refused the request (stall)", true},
+    {HubFailure::Short, kExitTransferFailed, "the hub moved too few bytes (short transfer)", true},
+    {HubFailure::TimedOut, kExitTransferFailed, "the hub did not answer in time", true},
+    {HubFailure::NotAnswered, kExitTransferFailed, "the request failed", true},
+    {HubFailure::NotRestarted, kExitFailure, "the hub confirmed the restart, but did not restart",
+     true},
+    {HubFailure::NotReturned, kExitFailure, "the hub did not return to %", true},
+    {HubFailure::AnotherHub, kExitFailure, "another hub is at % now", true},
+    {HubFailure::NoRomCode, kExitFailure, "the hub does not run its ROM code after the restart",
+     true},
     {HubFailure::NoFlashCode, kExitNotConfirmed, "the hub still runs its ROM code"},
     {HubFailure::OtherVersion, kExitNotConfirmed, "the hub runs another firmware version"},
     {HubFailure::Abandoned, kExitFailure, "the program was stopped"},
@@ -107,7 +110,10 @@ Outcome outcomeOf(FlowKind flow, const FlowResult& result, const OutcomeNames& n
     case Cause::WrongImage: // the flow's own lines say it all
         return {kExitImageRefused, {}};
     case Cause::NotOpened:
-        return {rowOf(result.failure).status, failure + "; the flash is unchanged"};
+        return {rowOf(result.failure).status, failure + "; the flash is unchanged" +
+                                                  (rowOf(result.failure).comesBackByPlugging
+                                                       ? "; plug the hub in again and repeat"
+                                                       : "")};
     case Cause::RequestFailed:
         return {result.failure == HubFailure::Abandoned ? kExitFailure : kExitTransferFailed,
                 failure + requestOf(result) + next};

@@ -127,8 +127,10 @@ void FlowTextReporter::finished(const FlowResult& result)
         appendProgressInfo_Blue(m_flow->success);
         return;
     }
-    appendProgressInfo_Red(result.cause == Cause::WrongImage ? kWrongImage
-                                                             : textsOf(*m_flow, result.step).fails);
+    if (result.cause != Cause::Interrupted) { // then no step has failed
+        appendProgressInfo_Red(
+            result.cause == Cause::WrongImage ? kWrongImage : textsOf(*m_flow, result.step).fails);
+    }
     appendProgressInfo_Red(m_flow->failure);
 }
 

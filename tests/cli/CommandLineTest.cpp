@@ -121,11 +121,24 @@ TEST(CommandLine, TakesSelectorsBeforeAndAfterTheVerb)
     EXPECT_EQ(hub.serialNumber, "a b");
     EXPECT_EQ(hub.containerId, "{00112233-4455-6677-8899-aabbccddeeff}");
     EXPECT_EQ(hub.id, (UsbIds{0x1209, 0x00AB}));
+    EXPECT_EQ(parse({"info", "--id=F:FFFF"}).commandLine.hub.id, (UsbIds{0x000F, 0xFFFF}));
     EXPECT_TRUE(parsed.commandLine.refuseInUse);
     EXPECT_EQ(parse({"info", "--container", hub.containerId}).commandLine.hub.containerId,
               hub.containerId);
     EXPECT_EQ(parse({"list", "--path", "sim-12"}).commandLine.hub.path, "sim-12");
     EXPECT_TRUE(parse({"list", "--all"}).commandLine.all);
+}
+
+TEST(CommandLine, TakesSelectorsAndFilesTogetherExceptForTheInfoOfAnImage)
+{
+    for (const Words& words :
+         {Words{"update", "a.bin"}, Words{"read", "a.bin"}, Words{"info"}, Words{"list"}}) {
+        Words selected = words;
+        selected.insert(selected.end(), {"--path", "2-1"});
+        EXPECT_EQ(parse(selected).ended, std::nullopt);
+    }
+    EXPECT_EQ(parse({"info", "a.bin"}).ended, std::nullopt);
+    EXPECT_EQ(parse({"list", "--all"}).ended, std::nullopt);
 }
 
 TEST(CommandLine, RefusesSelectorsThatCannotMatch)
@@ -136,11 +149,11 @@ TEST(CommandLine, RefusesSelectorsThatCannotMatch)
         Words values;
     } rows[] = {
         {"--path",
-         {"", "1", "1:5", "-1", "2-", "2-x", "2-1.", "2-.1", "2-1..4", "A-1", "2-1/",
-          "2-1/1-1/3-1"}},
+         {"", "1", "1:5", "-1", "2-", "2-x", "2-1.", "2-.1", "2-1..4", "2-1/", "/2-1",
+          std::string(200, '1') + "-1", "2-1/1-1/3-1"}},
         {"--serial", {""}},
         {"--container",
-         {"", "{" + container, container + "}", container + "0", container.substr(1),
+         {"", "{" + container, container + "}", "{}", "{", container + "0", container.substr(1),
           "g" + container.substr(1), "00112233445566778899aabbccddeeff"}},
         {"--id",
          {"", "1209", "1209:", ":0001", "12091:1", "1209:00001", "1209:-1", "-1:1", "0x1:1",
@@ -192,7 +205,10 @@ TEST(CommandLine, ExplainsWhatItDoesNotUnderstand)
         {{"list", "a.bin"}, "a.bin"},
         {{"--nonsense", "list"}, "--nonsense"},
         {{"list", "--config", ""}, "empty"},
-        {{"info", "a.bin", "-p", "2-1"}, "info IMAGE asks no hub"},
+        {{"info", "a.bin", "-p", "2-1"}, "info IMAGE asks no hub, so none can be selected\n"},
+        {{"info", "-p", "1:5"}, "\"1:5\" is no port such as 2-3, nor a pair such as 2-3/1-3\n"},
+        {{"info", "--container", "5d"}, "\"5d\" is no Container ID\n"},
+        {{"info", "--id", "12"}, "\"12\" is no VID:PID in hex\n"},
         {{"list", "--all", "-S", "1"}, "--all lists every device"},
         {{"info", "--refuse-in-use"}, "--refuse-in-use"},
         {{"list", "--simulated-hub=latency=none", "--simulated-hub"}, "--simulated-hub"},

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <functional>
 
@@ -24,7 +25,12 @@ namespace
 class TellingClock final : public Clock
 {
 public:
-    Duration now() override { return {}; }
+    Duration now() override
+    {
+        const Duration now = std::chrono::milliseconds(m_now += m_step);
+        m_now.notify_all();
+        return now;
+    }
     void sleep(Duration /*pause*/) override {}
     void sleepUntil(const std::function<bool()>& /*over*/, Duration /*pause*/) override {}
     void wake() override {}
@@ -35,11 +41,21 @@ public:
         m_interrupted.notify_all();
     }
 
+    void passSlowly() { m_step = 1; }
+    void waitForLooks(int count) const
+    {
+        for (int now = m_now; now < count; now = m_now) {
+            m_now.wait(now);
+        }
+    }
+
     bool isInterrupted() const { return m_interrupted; }
     void waitForInterruption() const { m_interrupted.wait(false); }
 
 private:
     std::atomic<bool> m_interrupted = false;
+    std::atomic<int> m_step = 500; // from one look at the clock to the next
+    std::atomic<int> m_now = 0;
 };
 
 class EndingSignal : public testing::TestWithParam<int>
@@ -101,6 +117,23 @@ TEST_P(EndingSignal, LeavesAFlowToItselfTheFirstTime)
         clock.waitForInterruption();
         EXPECT_EQ(interruption.statusAfter(kExitFailure), kExitInterrupted + GetParam());
     }
+}
+
+TEST_P(EndingSignal, CountsOnceIfItIsSentTwice)
+{
+    StopRequest stop;
+    stop.enter(StopRequest::Phase::Changing);
+    TellingClock clock;
+    clock.passSlowly();
+    const Interruption interruption(clock, stop);
+    ::kill(::getpid(), GetParam());
+    stop.flag()->wait(false);
+    ::kill(::getpid(), GetParam());
+    clock.waitForLooks(2);
+    EXPECT_FALSE(clock.isInterrupted());
+    ::kill(::getpid(), GetParam() == SIGINT ? SIGTERM : SIGINT);
+    clock.waitForInterruption();
+    EXPECT_EQ(interruption.statusAfter(kExitFailure), kExitInterrupted + GetParam());
 }
 
 using EndingSignalDeathTest = EndingSignal;

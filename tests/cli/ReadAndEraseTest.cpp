@@ -49,6 +49,16 @@ TEST(Read, SavesTheWholeFlashAndTellsEachStepAndPercentageOnALineOfItsOwn)
     EXPECT_FALSE(Hub_IsOpen());
 }
 
+TEST(Read, ShowsZeroOnceIfTheHubCannotBeOpened)
+{
+    Session session("fault=open-refused:100000");
+    EXPECT_EQ(session.read(session.folder.path("read.bin")), kExitBusy);
+    EXPECT_EQ(session.out.str(), "0%\nOpen Device...\n");
+    EXPECT_THAT(
+        session.err.str(),
+        HasSubstr("\nthe hub is busy: another program has it open; the flash is unchanged\n"));
+}
+
 TEST(Read, KeepsEveryByteOfTheNameInAnyLocale)
 {
     for (const std::string name : {"\xC3\xBC.bin", "Caf\xE9.bin", "\xFF\x80 \n.bin"}) {

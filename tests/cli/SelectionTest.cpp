@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <unistd.h>
@@ -21,6 +22,7 @@ namespace vornadel::test
 namespace
 {
 
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
@@ -102,7 +104,7 @@ TEST(Selection, TakesNoneOfSeveral)
                                      "with --path:\n" +
                                          candidates);
     }
-    session.selector.id = UsbIds{0x1209, 0x0002};
+    session.selector = {.id = UsbIds{0x1209, 0x0002}};
     EXPECT_EQ(session.erase(), kExitSeveralHubs);
     EXPECT_THAT(session.err.str(), StartsWith("several attached hubs match; "));
     EXPECT_EQ(requestsTo(session, {1, 2}), 0U);
@@ -126,10 +128,96 @@ TEST(Selection, CountsAHubThatAnotherFlowHasEvenWhileItIsAway)
     EXPECT_EQ(requestsTo(session, {1, 2}), 0U);
 
     for (const HubSelector& selector :
-         {HubSelector{.path = "sim-2"}, HubSelector{.serialNumber = "SN0002"}}) {
+         {HubSelector{.path = "sim-2"}, HubSelector{.serialNumber = "SN0002"},
+          HubSelector{.containerId = containerIdIn(demoImage(kDemoVersion100, 2))}}) {
         session.selector = selector;
         EXPECT_EQ(session.info(), kExitSuccess) << session.err.str();
     }
+}
+
+TEST(Selection, CountsAHubThatIsLockedOrReleasedWhileItLooks)
+{
+    const UsbPlace other{{"2-2", 0}, {"1-2", 0}};
+    for (const bool released : {false, true}) {
+        Session session;
+        ScriptedBus bus;
+        bus.attached = {{.vendorId = 0x1209, .productId = 1, .place = {{"2-1", 5}, {"1-1", 6}}}};
+        PlaceOwner owner;
+        std::unique_ptr<PlaceLock> lock = released ? bus.placeLocks().lock(other, owner) : nullptr;
+        bus.onSearch([&] { lock = released ? nullptr : bus.placeLocks().lock(other, owner); });
+        EXPECT_EQ(session.runOn(bus, session.line(Verb::Erase)), kExitSeveralHubs);
+        EXPECT_THAT(session.err.str(), EndsWith("\n2-1/1-1  1209:0001/-  -  -\n"
+                                                "2-2/1-2  -            -  -  busy\n"));
+        bus.forgetHooks();
+    }
+}
+
+TEST(Selection, TakesAHubThatIsReleasedWhileItLooks)
+{
+    Session session;
+    ScriptedBus bus;
+    const UsbPlace place{{"2-1", 5}, {"1-1", 6}};
+    bus.attached = {{.vendorId = 0x1209, .productId = 1, .place = place}};
+    PlaceOwner owner;
+    std::unique_ptr<PlaceLock> lock = bus.placeLocks().lock(place, owner);
+    bus.onSearch([&] { lock = nullptr; });
+    EXPECT_EQ(session.runOn(bus, session.line(Verb::Info)), kExitSuccess) << session.err.str();
+    bus.forgetHooks();
+}
+
+TEST(Selection, KnowsAHubByEitherPort)
+{
+    Session session;
+    ScriptedBus bus;
+    const UsbPlace away{{"2-2", 0}, {"1-2", 0}};
+    bus.attached = {{.vendorId = 0x1209, .productId = 1, .place = {{"2-1", 5}, {"1-1", 6}}}};
+    PlaceOwner owner;
+    const auto lock = bus.placeLocks().lock(away, owner);
+    for (const auto& [path, status] :
+         {std::pair("2-1", 0), std::pair("1-1", 0), std::pair("2-1/1-1", 0), std::pair("2-2", 11),
+          std::pair("1-2", 11), std::pair("2-2/1-2", 11), std::pair("1-2/2-2", 3),
+          std::pair("2-3", 3)}) {
+        CommandLine line = session.line(Verb::Info);
+        line.hub.path = path;
+        EXPECT_EQ(session.runOn(bus, line), status) << path << ": " << session.err.str();
+    }
+}
+
+TEST(Selection, KnowsAHubByEitherHalfWhereTheSystemTellsOnePortEach)
+{
+    Session session;
+    ScriptedBus bus;
+    bus.attached = {{.vendorId = 0x1209, .productId = 1, .place = {{"21-3", 5}, {}}},
+                    {.vendorId = 0x1209, .productId = 2, .place = {{"20-3", 6}, {}}}};
+    CommandLine line = session.line(Verb::Info);
+    line.hub.path = "20-3";
+    EXPECT_EQ(session.runOn(bus, line), kExitSuccess) << session.err.str();
+    UsbPlace locked;
+    locked.own.path = "20-3";
+    PlaceOwner owner;
+    const auto lock = bus.placeLocks().lock(locked, owner);
+    EXPECT_EQ(session.runOn(bus, line), kExitBusy);
+}
+
+TEST(Selection, SaysWhoTookTheHubAfterTheChoice)
+{
+    Session session;
+    std::unique_ptr<PlaceLock> lock;
+    ScriptedBus bus;
+    const UsbPlace place{{"2-1", 5}, {"1-1", 6}};
+    bus.attached = {{.vendorId = 0x1209, .productId = 1, .place = place}};
+    int searches = 0;
+    PlaceOwner owner;
+    bus.onSearch([&] {
+        if (++searches == 2) { // by the flow
+            lock = bus.placeLocks().lock(place, owner);
+        }
+    });
+    EXPECT_EQ(session.runOn(bus, session.line(Verb::Erase)), kExitBusy);
+    EXPECT_THAT(session.err.str(), EndsWith("\nthe hub is busy: another program has it open; the "
+                                            "flash is unchanged\n"));
+    EXPECT_THAT(bus.requests(), IsEmpty());
+    bus.forgetHooks();
 }
 
 TEST(Selection, RefusesAHubThatAnotherFlowHas)
@@ -156,8 +244,32 @@ TEST(Selection, TakesNoneOfSeveralIfTheirPlacesAreNotKnown)
     CommandLine line = session.line(Verb::Erase);
     line.hub.serialNumber = "2";
     EXPECT_EQ(session.runOn(bus, line), kExitSeveralHubs);
-    EXPECT_THAT(session.err.str(), HasSubstr("the system does not tell where"));
+    EXPECT_EQ(session.err.str(),
+              "several supported hubs are attached, and the system does not tell "
+              "where; attach only one\n");
     EXPECT_THAT(bus.requests(), IsEmpty());
+}
+
+TEST(Selection, AsksNoHubThatAnotherFlowHasForItsContainerId)
+{
+    Session session("hubs=2,latency=none");
+    session.selector.containerId = containerIdIn(demoImage(kDemoVersion100, 2));
+    EXPECT_EQ(session.info(), kExitSuccess);
+    const auto busy = session.occupy("sim-2");
+    EXPECT_EQ(session.info(), kExitNoHub);
+}
+
+TEST(Selection, FindsNoHubWithoutADeviceListOrByAnIdThatNoHalfHas)
+{
+    Session session;
+    ScriptedBus bus;
+    bus.attached = {{.vendorId = 0x1209, .productId = 1, .place = {{"2-1", 5}, {"1-1", 6}}}};
+    CommandLine line = session.line(Verb::Erase);
+    line.hub.id = UsbIds{0x1209, 0x0000}; // the other half is absent
+    EXPECT_EQ(session.runOn(bus, line), kExitNoHub);
+    bus.givesList = false;
+    EXPECT_EQ(session.runOn(bus, line), kExitNoHub);
+    EXPECT_EQ(session.err.str(), "the USB devices cannot be listed\n");
 }
 
 TEST(DevicesInUseBelowTheHub, AreNamedBeforeTheFlowOrKeepItFromBeginning)
@@ -185,6 +297,11 @@ TEST(DevicesInUseBelowTheHub, AreNamedBeforeTheFlowOrKeepItFromBeginning)
                 StartsWith("in use: disk sda, mounted at /media/x; keyboard; they will be "
                            "disconnected\n"));
     EXPECT_THAT(bus.requests(), Not(IsEmpty()));
+
+    bus.attached = {bus.attached[0]};
+    session.runOn(bus, line);
+    EXPECT_THAT(session.err.str(),
+                StartsWith("in use: disk sda, mounted at /media/x; it will be disconnected\n"));
 }
 
 } // namespace

@@ -181,6 +181,24 @@ TEST(Update, SendsNothingWhenASignalCameBeforeItsFirstRequest)
     EXPECT_EQ(session.hub().requestCount(), 0U);
 }
 
+TEST(ConsoleReporter, KnowsHowFarTheFlowHasCome)
+{
+    std::ostringstream out;
+    std::ostringstream err;
+    StopRequest stop;
+    ConsoleReporter console(out, err, false, stop);
+    FlowReporter& reporter = console;
+    reporter.started({FlowKind::Update, "a.bin", 8192});
+    reporter.stepStarted(Step::Open);
+    EXPECT_EQ(stop.ask(), StopRequest::Phase::Unchanged);
+    reporter.stepStarted(Step::Erase); // although it was asked to stop
+    EXPECT_EQ(err.str(), std::string(kFinishing) + '\n');
+    EXPECT_EQ(stop.ask(), StopRequest::Phase::Changing);
+    reporter.finished({.step = Step::Erase, .cause = Cause::Interrupted});
+    EXPECT_EQ(stop.ask(), StopRequest::Phase::NoFlow);
+    EXPECT_EQ(err.str(), std::string(kFinishing) + "\nUpdate FW Fail\n");
+}
+
 TEST(ConsoleReporter, EndsTheMovingLineBeforeAFailureAndAtItsEnd)
 {
     std::ostringstream screen;
