@@ -16,8 +16,6 @@ namespace
 
 std::string idText(std::uint16_t productId) { return productId == 0 ? "-" : hex4(productId); }
 
-std::string orDash(std::string text) { return text.empty() ? "-" : std::move(text); }
-
 /// A place as UsbPlace::text() has written it.
 UsbPlace placeIn(const std::string& text)
 {
@@ -63,6 +61,39 @@ void tell(std::ostream& err, const std::string& sentence, const std::vector<HubC
         }
     }
     err << sentence << '\n' << alignedLines(rows);
+}
+
+/// The exit status if there is not one selected hub that is free; the reason has been told then.
+int judge(const Command& command, const std::vector<HubChoice>& selected,
+          const std::vector<HubChoice>& others)
+{
+    if (selected.empty() && others.empty()) {
+        command.err << "no supported hub is attached\n";
+        return kExitNoHub;
+    }
+    if (selected.empty()) {
+        tell(command.err, "no attached hub matches; these are attached:", others);
+        return kExitNoHub;
+    }
+    if (selected.size() > 1) {
+        const char* const several = command.line.hub.isGiven()
+                                        ? "several attached hubs match"
+                                        : "several supported hubs are attached";
+        tell(command.err, several + std::string("; choose one, for example with --path:"),
+             selected);
+        return kExitSeveralHubs;
+    }
+    const HubChoice& choice = selected.front();
+    if (choice.owner) {
+        command.err << choice.place() << " is " << busySentence(choice.owner->processId) << '\n';
+        return kExitBusy;
+    }
+    if (!choice.hub.place().known() && !others.empty()) {
+        command.err << "several supported hubs are attached, and the system does not tell where; "
+                       "attach only one\n";
+        return kExitSeveralHubs;
+    }
+    return kExitSuccess;
 }
 
 } // namespace
@@ -155,50 +186,24 @@ std::int64_t ownerOf(UsbBus& bus, const UsbPlace& place)
 
 std::optional<AttachedHub> selectHub(const Command& command, int& status)
 {
-    const HubSelector& selector = command.line.hub;
     std::optional<std::vector<HubChoice>> attached = findHubChoices(command.platform.usb);
-    status = kExitNoHub;
     if (!attached) {
         command.err << "the USB devices cannot be listed\n";
-        return {};
-    }
-    if (attached->empty()) {
-        command.err << "no supported hub is attached\n";
+        status = kExitNoHub;
         return {};
     }
     const auto firstSelected =
         std::stable_partition(attached->begin(), attached->end(), [&](const HubChoice& choice) {
-            return !isSelected(choice, selector);
+            return !isSelected(choice, command.line.hub);
         });
     std::vector<HubChoice> selected(std::make_move_iterator(firstSelected),
                                     std::make_move_iterator(attached->end()));
     attached->erase(firstSelected, attached->end());
-    if (selected.empty()) {
-        tell(command.err, "no attached hub matches; these are attached:", *attached);
+    status = judge(command, selected, *attached);
+    if (status != kExitSuccess) {
         return {};
     }
-    if (selected.size() > 1) {
-        status = kExitSeveralHubs;
-        tell(command.err,
-             std::string(selector.isGiven() ? "several attached hubs match"
-                                            : "several supported hubs are attached") +
-                 "; choose one, for example with --path:",
-             selected);
-        return {};
-    }
-    HubChoice& choice = selected.front();
-    if (choice.owner) {
-        status = kExitBusy;
-        command.err << choice.place() << " is " << busySentence(choice.owner->processId) << '\n';
-        return {};
-    }
-    if (!choice.hub.place().known() && !attached->empty()) {
-        status = kExitSeveralHubs;
-        command.err << "several supported hubs are attached, and the system does not tell where; "
-                       "attach only one\n";
-        return {};
-    }
-    return std::move(choice.hub);
+    return std::move(selected.front().hub);
 }
 
 } // namespace vornadel

@@ -18,25 +18,27 @@ namespace
 using Rows = std::vector<std::vector<std::string>>;
 
 /// A row for each device on the bus.
-Rows allDevices(UsbSearch& search)
+Rows allDevices(UsbBus& bus)
 {
     Rows rows;
+    const std::unique_ptr<UsbSearch> search = bus.search();
+    if (!search) {
+        return rows;
+    }
     std::unique_ptr<UsbDevice> device;
-    for (auto step = search.next(device); step != UsbSearch::Step::End;
-         step = search.next(device)) {
+    for (auto step = search->next(device); step != UsbSearch::Step::End;
+         step = search->next(device)) {
         if (step == UsbSearch::Step::Device) {
             const std::uint16_t vendor = device->vendorId();
             const std::uint16_t product = device->productId();
-            const std::string path = device->place().own.path;
-            const std::string text = printable(device->texts().product);
-            rows.push_back({path.empty() ? "-" : path, hex4(vendor) + ':' + hex4(product),
-                            text.empty() ? "-" : text});
+            rows.push_back({orDash(device->place().own.path), hex4(vendor) + ':' + hex4(product),
+                            orDash(printable(device->texts().product))});
             if (FindSupportedId(vendor, product)) {
                 rows.back().push_back("supported hub");
             }
         }
     }
-    search.release();
+    search->release();
     return rows;
 }
 
@@ -77,13 +79,12 @@ std::vector<std::string> rowOf(const HubChoice& choice, bool alone)
 
 int listVerb(const Command& command)
 {
-    const std::unique_ptr<UsbSearch> search = command.platform.usb.search();
-    const Rows devices = search ? allDevices(*search) : Rows{};
     const auto hubs = findHubChoices(command.platform.usb);
-    if (!search || !hubs) {
+    if (!hubs) {
         command.err << "the USB devices cannot be listed\n";
         return kExitNoHub;
     }
+    const Rows devices = allDevices(command.platform.usb);
     if (devices.empty() && hubs->empty()) {
         command.err << "the system lists no USB device, not even a root hub\n";
         return kExitNoHub;

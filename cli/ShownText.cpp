@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iomanip>
 #include <sstream>
+#include <utility>
 
 namespace vornadel
 {
@@ -24,6 +25,8 @@ std::string printable(std::string_view text)
     }
     return shown;
 }
+
+std::string orDash(std::string text) { return text.empty() ? "-" : std::move(text); }
 
 std::string alignedLines(const std::vector<std::vector<std::string>>& rows)
 {

@@ -226,12 +226,28 @@ TEST(List, ShowsEveryDeviceOnDemand)
     bus.attached = {
         {.vendorId = 0x1d6b, .productId = 3, .place = {{"usb2", 1}, {}}, .texts = {"xHCI\n", ""}},
         {.vendorId = 0x1209, .productId = 1, .place = {{"2-1", 2}, {"1-1", 0}}},
+        {.vendorId = 0x1234, .productId = 1},
         {.step = UsbSearch::Step::NoPlugIn},
     };
     CommandLine line = session.line(CommandLine::Verb::List);
     line.all = true;
     EXPECT_EQ(session.runOn(bus, line), kExitSuccess);
-    EXPECT_EQ(session.out.str(), "usb2  1D6B:0003  xHCI?\n2-1   1209:0001  -      supported hub\n");
+    EXPECT_EQ(session.out.str(), "usb2  1D6B:0003  xHCI?\n2-1   1209:0001  -      supported hub\n"
+                                 "-     1234:0001  -\n");
+    EXPECT_THAT(bus.requests(), IsEmpty());
+    const std::vector<std::string> events = bus.events();
+    EXPECT_EQ(std::count(events.begin(), events.end(), "search"),
+              std::count(events.begin(), events.end(), "end of list"));
+}
+
+TEST(List, AsksNoHubWhosePlaceIsNotKnownIfAnotherCouldAnswer)
+{
+    Session session;
+    ScriptedBus bus;
+    bus.attached = {{.vendorId = 0x1209, .productId = 1, .texts = {"Hub", "1"}},
+                    {.vendorId = 0x1209, .productId = 1, .texts = {"Hub", "2"}}};
+    EXPECT_EQ(session.runOn(bus, session.line(CommandLine::Verb::List)), kExitSuccess);
+    EXPECT_EQ(session.out.str(), "-  1209:0001/-  1  Hub\n-  1209:0001/-  2  Hub\n");
     EXPECT_THAT(bus.requests(), IsEmpty());
 }
 
@@ -287,6 +303,10 @@ TEST(List, FailsWithoutUsb)
     bus.givesList = false;
     EXPECT_EQ(session.runOn(bus, session.line(CommandLine::Verb::List)), kExitNoHub);
     EXPECT_EQ(session.err.str(), "the USB devices cannot be listed\n");
+    bus.onSearch([&] { bus.givesList = !bus.givesList; }); // gives the first, not the second
+    EXPECT_EQ(session.runOn(bus, session.line(CommandLine::Verb::List)), kExitNoHub);
+    EXPECT_EQ(session.err.str(), "the system lists no USB device, not even a root hub\n");
+    bus.forgetHooks();
     bus.givesList = true;
     bus.attached = {{.step = UsbSearch::Step::NoPlugIn}, {.step = UsbSearch::Step::NoInterface}};
     EXPECT_EQ(session.runOn(bus, session.line(CommandLine::Verb::List)), kExitNoHub);

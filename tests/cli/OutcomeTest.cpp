@@ -90,6 +90,17 @@ TEST(Outcome, OfAnUpdateIsToldByStatusAndSentence)
     }
 }
 
+TEST(Outcome, OfAFlowThatWasAbandonedIsNoFailureOfTheHub)
+{
+    const Outcome outcome = outcomeOf(
+        FlowKind::Erase,
+        {.step = Step::Erase, .cause = Cause::RequestFailed, .failure = HubFailure::Abandoned}, {});
+    EXPECT_EQ(outcome.status, kExitFailure);
+    EXPECT_EQ(outcome.text, "the program was stopped: erase; the flash may be erased or not; erase "
+                            "it again");
+    EXPECT_EQ(outcomeOf(HubFailure::NotReturned, {}).text, "the hub did not return to its place");
+}
+
 TEST(Outcome, OfAFlowThatStoppedSaysThatTheFlashIsUnchanged)
 {
     FlowResult result{.step = Step::Open, .cause = Cause::Interrupted};
