@@ -134,17 +134,6 @@ ByteBuffer textDescriptor(std::string_view text)
     return bytes;
 }
 
-/// For example "VIRTUAL1-00010002": the number of the hub and its product ids, so that it differs
-/// whenever the Container ID does.
-std::string serialNumber(const VirtualDevice& device)
-{
-    const auto [superSpeed, highSpeed] = productIds(device);
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "VIRTUAL%u-%04X%04X", device.hub, unsigned{superSpeed},
-                  unsigned{highSpeed});
-    return text.data();
-}
-
 ByteBuffer stringDescriptor(const VirtualDevice& device, std::uint8_t index)
 {
     switch (index) {
@@ -159,7 +148,7 @@ ByteBuffer stringDescriptor(const VirtualDevice& device, std::uint8_t index)
         return textDescriptor(device.half == HubSpeed::SuperSpeed ? "Virtual hub, SuperSpeed"
                                                                   : "Virtual hub, high speed");
     case 3:
-        return textDescriptor(serialNumber(device));
+        return textDescriptor(device.serialNumber);
     default:
         return {};
     }

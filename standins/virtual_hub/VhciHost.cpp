@@ -107,7 +107,7 @@ const VhciPorts::Port* VhciHost::choosePort(const VirtualDevice& device,
     const VhciPorts::Port* chosen = nullptr;
     int best = 0;
     for (const VhciPorts::Port& port : ports) {
-        if (port.speed != device.half || !port.free ||
+        if (port.speed != device.half || !port.free || m_reservations.isOfAnother(port) ||
             !(hasSister ? samePlace(port, sister->second.port) : isFree(port, otherSpeed))) {
             continue;
         }
@@ -171,6 +171,7 @@ bool VhciHost::plugIn(const VirtualDevice& device, VhciPorts::Port& port, std::s
             break;
         }
         port = *chosen;
+        m_reservations.take(port);
         outcome = m_ports.attach(port, ends[0], deviceNumber(device), error);
     }
     close(ends[0]); // the kernel has its own reference

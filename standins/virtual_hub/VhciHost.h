@@ -22,7 +22,10 @@ class VhciHost final : public HubHost
 {
 public:
     /// The ports and the clock outlive the host.
-    VhciHost(const VhciPorts& ports, Clock& clock) : m_ports(ports), m_clock(clock) {}
+    VhciHost(const VhciPorts& ports, Clock& clock)
+        : m_ports(ports), m_reservations(ports), m_clock(clock)
+    {
+    }
 
     /// Returns when the kernel has the device, when it has ignored it for a few seconds, or when
     /// the hub has left again.
@@ -49,6 +52,7 @@ private:
     bool waitUntil(const Condition& condition, Clock::Duration longest);
 
     const VhciPorts& m_ports;
+    const VhciPorts::Reservations m_reservations;
     Clock& m_clock;
     std::mutex m_mutex; // guards what follows, and the time between choosing a port and taking it
     std::map<Half, Seat> m_seats;

@@ -44,6 +44,19 @@ bool readPort(const std::string& line, VhciPorts::Port& port)
     return true;
 }
 
+/// The lock of one place: a byte of its own.
+struct flock lockOf(const VhciPorts::Port& port)
+{
+    constexpr unsigned kPlacesOfOne = 64; // more than a controller has
+    struct flock lock {
+    };
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    lock.l_start = port.controller * kPlacesOfOne + port.place;
+    lock.l_len = 1;
+    return lock;
+}
+
 } // namespace
 
 VhciPorts::Turn::Turn(const VhciPorts& ports)
@@ -59,6 +72,30 @@ VhciPorts::Turn::~Turn()
 }
 
 bool VhciPorts::Turn::come() const { return m_file < 0 || flock(m_file, LOCK_EX | LOCK_NB) == 0; }
+
+VhciPorts::Reservations::Reservations(const VhciPorts& ports)
+    : m_file(open(ports.attachFile().c_str(), O_WRONLY | O_CLOEXEC))
+{
+}
+
+VhciPorts::Reservations::~Reservations()
+{
+    if (m_file >= 0) {
+        close(m_file); // the locks go with it
+    }
+}
+
+bool VhciPorts::Reservations::isOfAnother(const Port& port) const
+{
+    struct flock lock = lockOf(port);
+    return fcntl(m_file, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+}
+
+void VhciPorts::Reservations::take(const Port& port) const
+{
+    struct flock lock = lockOf(port);
+    fcntl(m_file, F_OFD_SETLK, &lock);
+}
 
 std::filesystem::path VhciPorts::attachFile() const
 {

@@ -42,6 +42,24 @@ public:
         const int m_file;
     };
 
+    /// Keeps the places that a program's hubs use from those of other programs, also while a hub is
+    /// away for a restart: locks on bytes of the kernel's file `attach`, until the object is
+    /// destroyed. Where the file cannot be opened, nothing is reserved.
+    class Reservations
+    {
+    public:
+        explicit Reservations(const VhciPorts& ports);
+        Reservations(const Reservations&) = delete;
+        Reservations& operator=(const Reservations&) = delete;
+        ~Reservations();
+
+        bool isOfAnother(const Port& port) const; ///< of either speed at that place
+        void take(const Port& port) const;
+
+    private:
+        const int m_file;
+    };
+
     /// `devices` is the folder of the platform devices, /sys/devices/platform on a real system.
     explicit VhciPorts(std::filesystem::path devices) : m_devices(std::move(devices)) {}
     VhciPorts(const VhciPorts&) = delete;

@@ -18,6 +18,7 @@ struct VirtualDevice {
     std::uint16_t productId = 0;
     std::uint16_t otherProductId = 0; ///< of the half at the other speed
     std::string place{};              ///< the connector, see AttachedHalf
+    std::string serialNumber{};       ///< of the image in the flash; a made-up one without
 
     /// Performs a vendor request like SimulatedHub::control(), with the same statuses. Called on
     /// the thread that serves the device; may block for as long as the hub takes.

@@ -135,6 +135,8 @@ bool VirtualHub::attach(const AttachedHalf& half, std::string& error)
         half.productId,
         half.otherProductId,
         half.place,
+        half.texts.serialNumber.empty() ? "VIRTUAL" + std::to_string(m_number)
+                                        : half.texts.serialNumber,
         [this, half](ControlRequest& request) { return vendorRequest(half, request); },
         [this, half] { return stays(half); }};
     if (!m_host.attach(device, error)) {

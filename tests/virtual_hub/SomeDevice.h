@@ -16,6 +16,7 @@ inline VirtualDevice someDevice(HubSpeed half)
             static_cast<std::uint16_t>(half == HubSpeed::SuperSpeed ? 0x3C4D : 0x3C4E),
             static_cast<std::uint16_t>(half == HubSpeed::SuperSpeed ? 0x3C4E : 0x3C4D),
             "sim-3",
+            "SN0003",
             [](ControlRequest&) { return kSimulatedStall; },
             [] { return true; }};
 }

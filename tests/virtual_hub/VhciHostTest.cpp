@@ -114,6 +114,20 @@ TEST_F(VhciHostTest, ComesBackToItsPort)
     EXPECT_EQ(m_host.busId(1, HubSpeed::SuperSpeed), "2-1");
 }
 
+TEST_F(VhciHostTest, LeavesThePlacesOfAnotherProgramAlone)
+{
+    m_clock.onSleep = [&](Clock::Duration) { m_kernel.look(); };
+    auto other = std::make_unique<VhciHost>(m_kernel, m_clock);
+    ASSERT_TRUE(other->attach(someDevice(HubSpeed::SuperSpeed), m_error));
+    other->beginDetach(3, HubSpeed::SuperSpeed);
+    other->finishDetach(3, HubSpeed::SuperSpeed);
+    ASSERT_TRUE(attach(1, HubSpeed::SuperSpeed));
+    EXPECT_EQ(m_host.busId(1, HubSpeed::SuperSpeed), "2-2");
+    other.reset();
+    ASSERT_TRUE(attach(2, HubSpeed::SuperSpeed));
+    EXPECT_EQ(m_host.busId(2, HubSpeed::SuperSpeed), "2-1");
+}
+
 TEST_F(VhciHostTest, GivesAHubTheConnectorOfAnotherThatLeaves)
 {
     bool leaves = false;
