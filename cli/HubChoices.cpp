@@ -3,6 +3,7 @@
 #include "cli/Outcome.h"
 #include "cli/ShownText.h"
 #include "cli/Verbs.h"
+#include "hub/SupportedIds.h"
 
 #include <algorithm>
 #include <iterator>
@@ -61,6 +62,12 @@ void tell(std::ostream& err, const std::string& sentence, const std::vector<HubC
         }
     }
     err << sentence << '\n' << alignedLines(rows);
+}
+
+/// Whether these are the ids of a supported hub, as far as known.
+bool mayBeSupported(UsbIds ids)
+{
+    return ids == UsbIds() || FindSupportedId(ids.vendor, ids.product);
 }
 
 /// The exit status if there is not one selected hub that is free; the reason has been told then.
@@ -143,7 +150,9 @@ std::optional<std::vector<HubChoice>> findHubChoices(UsbBus& bus)
                                          });
             });
         if (known == choices.end()) {
-            choices.push_back({{}, owners[i]});
+            if (mayBeSupported(owners[i].ids)) {
+                choices.push_back({{}, owners[i]});
+            }
         } else if (i < ownersNow.size()) {
             known->owner = owners[i];
         }

@@ -1,19 +1,13 @@
 #pragma once
 
+#include "platform/UsbPlace.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
 
 namespace vornadel
 {
-
-/// The ids of one USB device.
-struct UsbIds {
-    std::uint16_t vendor{};
-    std::uint16_t product{};
-
-    bool operator==(const UsbIds&) const = default;
-};
 
 /// Which of the attached hubs to work on. Everything given must apply; nothing given: any hub.
 struct HubSelector {

@@ -42,7 +42,7 @@ UsbOpenStatus HubSession::open(UsbSearch& search, std::unique_ptr<UsbDevice>& hu
         return UsbOpenStatus::Gone;
     }
     const UsbPlace place = chosen->place();
-    m_isTaken = !lockPlace(locks, place);
+    m_isTaken = !lockPlace(locks, *chosen);
     if (m_isTaken) {
         setLastFailure(HubFailure::Busy);
         return UsbOpenStatus::Busy;
@@ -147,12 +147,13 @@ bool HubSession::mayComeFromElsewhere(const UsbDevice& hub, const Devices& devic
 }
 
 /// Locks the place unless this session has it already.
-bool HubSession::lockPlace(PlaceLocks& locks, const UsbPlace& place)
+bool HubSession::lockPlace(PlaceLocks& locks, const UsbDevice& hub)
 {
+    const UsbPlace place = hub.place();
     if (!m_options.locks || !place.known() || m_lockedPlace.isSameConnector(place)) {
         return true;
     }
-    std::unique_ptr<PlaceLock> lock = locks.lock(place, m_owner);
+    std::unique_ptr<PlaceLock> lock = locks.lock(place, {hub.vendorId(), hub.productId()}, m_owner);
     if (lock == nullptr) {
         return false;
     }

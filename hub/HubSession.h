@@ -72,7 +72,7 @@ private:
     std::unique_ptr<UsbDevice> chooseAnywhere(Devices& devices);
     bool mayHaveSerialNumber(const std::string& text) const;
     bool mayComeFromElsewhere(const UsbDevice& hub, const Devices& devices) const;
-    bool lockPlace(PlaceLocks& locks, const UsbPlace& place);
+    bool lockPlace(PlaceLocks& locks, const UsbDevice& hub);
 
     struct Seen {
         UsbPlace place{};

@@ -16,7 +16,8 @@ public:
     ~Lock() override
     {
         const std::lock_guard lock(m_taken->mutex);
-        std::erase(m_taken->places, m_place);
+        std::erase_if(m_taken->places,
+                      [this](const PlaceOwner& owner) { return owner.place == m_place; });
     }
 
 private:
@@ -24,26 +25,23 @@ private:
     std::string m_place;
 };
 
-std::unique_ptr<PlaceLock> PlacesInMemory::lock(const UsbPlace& place, PlaceOwner& owner)
+std::unique_ptr<PlaceLock> PlacesInMemory::lock(const UsbPlace& place, UsbIds ids,
+                                                PlaceOwner& owner)
 {
-    const std::string name = place.text();
+    owner = {place.text()};
     const std::lock_guard lock(m_taken->mutex);
-    if (std::find(m_taken->places.begin(), m_taken->places.end(), name) != m_taken->places.end()) {
-        owner = {name};
+    if (std::any_of(m_taken->places.begin(), m_taken->places.end(),
+                    [&](const PlaceOwner& other) { return other.place == owner.place; })) {
         return nullptr;
     }
-    m_taken->places.push_back(name);
-    return std::make_unique<Lock>(m_taken, name);
+    m_taken->places.push_back({owner.place, 0, ids});
+    return std::make_unique<Lock>(m_taken, owner.place);
 }
 
 std::vector<PlaceOwner> PlacesInMemory::owners()
 {
     const std::lock_guard lock(m_taken->mutex);
-    std::vector<PlaceOwner> owners;
-    for (const std::string& place : m_taken->places) {
-        owners.push_back({place});
-    }
-    return owners;
+    return m_taken->places;
 }
 
 } // namespace vornadel

@@ -14,14 +14,14 @@ namespace vornadel
 class PlacesInMemory final : public PlaceLocks
 {
 public:
-    std::unique_ptr<PlaceLock> lock(const UsbPlace& place, PlaceOwner& owner) override;
+    std::unique_ptr<PlaceLock> lock(const UsbPlace& place, UsbIds ids, PlaceOwner& owner) override;
     std::vector<PlaceOwner> owners() override;
 
 private:
     class Lock;
     struct Taken {
         std::mutex mutex;
-        std::vector<std::string> places;
+        std::vector<PlaceOwner> places;
     };
 
     std::shared_ptr<Taken> m_taken = std::make_shared<Taken>();

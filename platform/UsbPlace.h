@@ -37,6 +37,14 @@ struct UsbPlace {
     bool operator==(const UsbPlace&) const = default;
 };
 
+/// The ids of one USB device.
+struct UsbIds {
+    std::uint16_t vendor{};
+    std::uint16_t product{};
+
+    bool operator==(const UsbIds&) const = default;
+};
+
 /// Keeps others from the hub at one place, in this process and in others. The destructor gives the
 /// place back; so does the end of the process, however it ends.
 class PlaceLock
@@ -52,6 +60,7 @@ public:
 struct PlaceOwner {
     std::string place{};      ///< as UsbPlace::text() writes it
     std::int64_t processId{}; ///< 0 if the system does not tell it
+    UsbIds ids{};             ///< of the device that was locked there; zero if not known
 };
 
 /// The locks of places. All members may be called from any thread.
@@ -64,8 +73,9 @@ public:
     virtual ~PlaceLocks() = default;
 
     /// Does not wait. Null if somebody has the place, or if it cannot be locked; `owner` is then
-    /// who, as far as known.
-    virtual std::unique_ptr<PlaceLock> lock(const UsbPlace& place, PlaceOwner& owner) = 0;
+    /// who, as far as known. `ids` are those of the device there, for owners().
+    virtual std::unique_ptr<PlaceLock> lock(const UsbPlace& place, UsbIds ids,
+                                            PlaceOwner& owner) = 0;
 
     /// The places that are locked now, by this process or another.
     virtual std::vector<PlaceOwner> owners() = 0;

@@ -81,22 +81,41 @@ int openOrCreate(const std::string& path)
     return -1;
 }
 
-struct flock wholeFile(short type)
+// Who locks byte 0 has the place. Another locked byte tells the ids of the device there: the byte
+// with the number of the ids, and so nothing need be written into the file.
+constexpr off_t kFirstIds = 1;
+
+/// A lock of `length` bytes from `start` on; 0 means all the rest.
+struct flock lockOf(off_t start, off_t length)
 {
     struct flock range = {};
-    range.l_type = type;
+    range.l_type = F_WRLCK;
     range.l_whence = SEEK_SET;
+    range.l_start = start;
+    range.l_len = length;
     return range;
 }
 
-/// The process that has locked the file: 0 if the system does not tell it, none if nobody has.
-std::optional<std::int64_t> ownerOf(int file)
+off_t numberOf(UsbIds ids) { return off_t{ids.vendor} << 16 | ids.product; }
+
+UsbIds idsOf(off_t number)
 {
-    struct flock range = wholeFile(F_WRLCK);
+    return {static_cast<std::uint16_t>(number >> 16), static_cast<std::uint16_t>(number)};
+}
+
+/// Who has locked the file; none if nobody has. The process is 0 if the system does not tell it.
+std::optional<PlaceOwner> ownerOf(int file, const std::string& place)
+{
+    struct flock range = lockOf(0, 1);
     if (fcntl(file, F_GETLK, &range) != 0 || range.l_type == F_UNLCK) {
         return std::nullopt;
     }
-    return std::max<std::int64_t>(range.l_pid, 0);
+    PlaceOwner owner = {place, std::max<std::int64_t>(range.l_pid, 0), {}};
+    struct flock ids = lockOf(kFirstIds, 0);
+    if (fcntl(file, F_GETLK, &ids) == 0 && ids.l_type != F_UNLCK) {
+        owner.ids = idsOf(ids.l_start - kFirstIds);
+    }
+    return owner;
 }
 
 /// A place that this process has locked.
@@ -221,7 +240,7 @@ LockFiles::LockFiles(const std::vector<std::string>& folders)
     m_folder = found != folders.end() ? *found : std::string();
 }
 
-std::unique_ptr<PlaceLock> LockFiles::lock(const UsbPlace& place, PlaceOwner& owner)
+std::unique_ptr<PlaceLock> LockFiles::lock(const UsbPlace& place, UsbIds ids, PlaceOwner& owner)
 {
     owner = {place.text()};
     if (m_folder.empty() || !isPlace(owner.place)) {
@@ -238,11 +257,13 @@ std::unique_ptr<PlaceLock> LockFiles::lock(const UsbPlace& place, PlaceOwner& ow
     if (!file.isUsable()) {
         return nullptr;
     }
-    struct flock range = wholeFile(F_WRLCK);
+    struct flock range = lockOf(0, 1);
     if (fcntl(file.get(), F_SETLK, &range) != 0) {
-        owner.processId = ownerOf(file.get()).value_or(0);
+        owner = ownerOf(file.get(), owner.place).value_or(owner);
         return nullptr;
     }
+    struct flock told = lockOf(kFirstIds + numberOf(ids), 1);
+    fcntl(file.get(), F_SETLK, &told);
     if (!file.isAt(path)) { // removed meanwhile: the next process would create and lock another
         return nullptr;
     }
@@ -266,15 +287,15 @@ std::vector<PlaceOwner> LockFiles::owners()
         }
         const std::string path = fileOf(place);
         if (held->has(path)) {
-            owners.push_back({place, getpid()});
+            owners.push_back({place, getpid(), {}});
             continue;
         }
         const OpenFile file(*held, ::open(path.c_str(), O_RDONLY | kCarefully));
         if (!file.isUsable()) {
             continue;
         }
-        if (const std::optional<std::int64_t> owner = ownerOf(file.get())) {
-            owners.push_back({place, *owner});
+        if (std::optional<PlaceOwner> owner = ownerOf(file.get(), place)) {
+            owners.push_back(std::move(*owner));
         }
     }
     closedir(folder);

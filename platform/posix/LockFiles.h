@@ -22,7 +22,7 @@ public:
     /// file may remove it. If there is none, no place can be locked.
     explicit LockFiles(const std::vector<std::string>& folders);
 
-    std::unique_ptr<PlaceLock> lock(const UsbPlace& place, PlaceOwner& owner) override;
+    std::unique_ptr<PlaceLock> lock(const UsbPlace& place, UsbIds ids, PlaceOwner& owner) override;
     std::vector<PlaceOwner> owners() override;
 
 private:

@@ -21,7 +21,8 @@ private:
 
 } // namespace
 
-std::unique_ptr<PlaceLock> SimulatedLocks::lock(const UsbPlace& place, PlaceOwner& owner)
+std::unique_ptr<PlaceLock> SimulatedLocks::lock(const UsbPlace& place, UsbIds /*ids*/,
+                                                PlaceOwner& owner)
 {
     owner = {place.text()};
     const auto hub = std::find_if(m_hubs.begin(), m_hubs.end(), [&](const auto& candidate) {

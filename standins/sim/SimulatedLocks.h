@@ -18,7 +18,7 @@ public:
     {
     }
 
-    std::unique_ptr<PlaceLock> lock(const UsbPlace& place, PlaceOwner& owner) override;
+    std::unique_ptr<PlaceLock> lock(const UsbPlace& place, UsbIds ids, PlaceOwner& owner) override;
     std::vector<PlaceOwner> owners() override;
 
 private:

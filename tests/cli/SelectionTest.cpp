@@ -143,12 +143,27 @@ TEST(Selection, CountsAHubThatIsLockedOrReleasedWhileItLooks)
         ScriptedBus bus;
         bus.attached = {{.vendorId = 0x1209, .productId = 1, .place = {{"2-1", 5}, {"1-1", 6}}}};
         PlaceOwner owner;
-        std::unique_ptr<PlaceLock> lock = released ? bus.placeLocks().lock(other, owner) : nullptr;
-        bus.onSearch([&] { lock = released ? nullptr : bus.placeLocks().lock(other, owner); });
+        std::unique_ptr<PlaceLock> lock =
+            released ? bus.placeLocks().lock(other, {}, owner) : nullptr;
+        bus.onSearch([&] { lock = released ? nullptr : bus.placeLocks().lock(other, {}, owner); });
         EXPECT_EQ(session.runOn(bus, session.line(Verb::Erase)), kExitSeveralHubs);
         EXPECT_THAT(session.err.str(), EndsWith("\n2-1/1-1  1209:0001/-  -  -\n"
                                                 "2-2/1-2  -            -  -  busy\n"));
         bus.forgetHooks();
+    }
+}
+
+TEST(Selection, CountsNoHubInARestartThatAnotherConfigurationSupports)
+{
+    Session session;
+    ScriptedBus bus;
+    bus.attached = {{.vendorId = 0x1209, .productId = 1, .place = {{"2-1", 5}, {"1-1", 6}}}};
+    const UsbPlace other{{"2-2", 0}, {"1-2", 0}};
+    for (const auto& [ids, status] :
+         {std::pair(UsbIds{0x1209, 3}, kExitSuccess), {{0x1209, 1}, kExitSeveralHubs}}) {
+        PlaceOwner owner;
+        const auto lock = bus.placeLocks().lock(other, ids, owner);
+        EXPECT_EQ(session.runOn(bus, session.line(Verb::Info)), status) << ids.product;
     }
 }
 
@@ -159,7 +174,7 @@ TEST(Selection, TakesAHubThatIsReleasedWhileItLooks)
     const UsbPlace place{{"2-1", 5}, {"1-1", 6}};
     bus.attached = {{.vendorId = 0x1209, .productId = 1, .place = place}};
     PlaceOwner owner;
-    std::unique_ptr<PlaceLock> lock = bus.placeLocks().lock(place, owner);
+    std::unique_ptr<PlaceLock> lock = bus.placeLocks().lock(place, {}, owner);
     bus.onSearch([&] { lock = nullptr; });
     EXPECT_EQ(session.runOn(bus, session.line(Verb::Info)), kExitSuccess) << session.err.str();
     bus.forgetHooks();
@@ -172,7 +187,7 @@ TEST(Selection, KnowsAHubByEitherPort)
     const UsbPlace away{{"2-2", 0}, {"1-2", 0}};
     bus.attached = {{.vendorId = 0x1209, .productId = 1, .place = {{"2-1", 5}, {"1-1", 6}}}};
     PlaceOwner owner;
-    const auto lock = bus.placeLocks().lock(away, owner);
+    const auto lock = bus.placeLocks().lock(away, {}, owner);
     for (const auto& [path, status] :
          {std::pair("2-1", 0), std::pair("1-1", 0), std::pair("2-1/1-1", 0), std::pair("2-2", 11),
           std::pair("1-2", 11), std::pair("2-2/1-2", 11), std::pair("1-2/2-2", 3),
@@ -195,7 +210,7 @@ TEST(Selection, KnowsAHubByEitherHalfWhereTheSystemTellsOnePortEach)
     UsbPlace locked;
     locked.own.path = "20-3";
     PlaceOwner owner;
-    const auto lock = bus.placeLocks().lock(locked, owner);
+    const auto lock = bus.placeLocks().lock(locked, {}, owner);
     EXPECT_EQ(session.runOn(bus, line), kExitBusy);
 }
 
@@ -210,7 +225,7 @@ TEST(Selection, SaysWhoTookTheHubAfterTheChoice)
     PlaceOwner owner;
     bus.onSearch([&] {
         if (++searches == 2) { // by the flow
-            lock = bus.placeLocks().lock(place, owner);
+            lock = bus.placeLocks().lock(place, {}, owner);
         }
     });
     EXPECT_EQ(session.runOn(bus, session.line(Verb::Erase)), kExitBusy);

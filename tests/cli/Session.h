@@ -83,7 +83,7 @@ public:
         UsbPlace locked;
         locked.own.path = place;
         PlaceOwner owner;
-        return bus->placeLocks().lock(locked, owner);
+        return bus->placeLocks().lock(locked, {}, owner);
     }
 
     HubSelector selector;

@@ -197,7 +197,7 @@ TEST_F(StrictFlow, FinishesOnceItHasErased)
 TEST_F(StrictFlow, FailsAtOnceIfAnotherHasThePlace)
 {
     PlaceOwner owner;
-    const auto lock = setup.bus->placeLocks().lock({{"sim-1", 1}, {}}, owner);
+    const auto lock = setup.bus->placeLocks().lock({{"sim-1", 1}, {}}, {}, owner);
     ASSERT_NE(lock, nullptr);
     EXPECT_FALSE(update());
     EXPECT_EQ(result.failure, HubFailure::Busy);

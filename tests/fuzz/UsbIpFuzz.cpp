@@ -44,7 +44,7 @@ public:
             };
             offered.push_back({half.speed == HubSpeed::SuperSpeed ? "2-1" : "1-1",
                                {1, half.speed, half.vendorId, half.productId, half.otherProductId,
-                                half.place, request, [] { return true; }}});
+                                half.place, "SN", request, [] { return true; }}});
         }
         return offered;
     }

@@ -136,9 +136,9 @@ TEST_F(OneHub, IsLockedUntilTheEndOfTheSession)
     {
         const HubSession session;
         EXPECT_EQ(opens(), 0);
-        EXPECT_EQ(m_bus.placeLocks().lock(hubAt(1).place, owner), nullptr);
+        EXPECT_EQ(m_bus.placeLocks().lock(hubAt(1).place, {}, owner), nullptr);
     }
-    const auto lock = m_bus.placeLocks().lock(hubAt(1).place, owner);
+    const auto lock = m_bus.placeLocks().lock(hubAt(1).place, {}, owner);
     EXPECT_NE(lock, nullptr);
     for (const bool strict : {false, true}) {
         const HubSession session({.strict = strict});

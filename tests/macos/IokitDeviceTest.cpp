@@ -68,7 +68,7 @@ TEST_F(IokitDeviceTest, IsLockedForOtherProcessesByAFile)
     ASSERT_EQ(chmod(folder.path().c_str(), 01777), 0);
     IokitBus bus({folder.path()});
     PlaceOwner owner;
-    const auto lock = bus.placeLocks().lock({{"20-2.1", 7}, {}}, owner);
+    const auto lock = bus.placeLocks().lock({{"20-2.1", 7}, {}}, {}, owner);
     EXPECT_NE(lock, nullptr);
     EXPECT_TRUE(std::filesystem::exists(folder.path("vornadel-20-2.1.lock")));
 }

@@ -46,7 +46,7 @@ protected:
     std::int64_t ownerOf(const UsbPlace& place)
     {
         PlaceOwner owner;
-        const std::unique_ptr<PlaceLock> lock = m_locks.lock(place, owner);
+        const std::unique_ptr<PlaceLock> lock = m_locks.lock(place, {}, owner);
         EXPECT_EQ(owner.place, place.text());
         return lock ? -1 : owner.processId;
     }
@@ -119,7 +119,7 @@ public:
         : OtherProcess([&] {
               PlaceOwner owner;
               static std::unique_ptr<PlaceLock> lock; // to the end of the process
-              lock = LockFiles({folder}).lock(place, owner);
+              lock = LockFiles({folder}).lock(place, {0x1209, 0xFFFF}, owner);
               return lock != nullptr;
           })
     {
@@ -148,6 +148,7 @@ TEST_F(LockFilesTest, TellsWhoHasThePlaceUntilItsEnd)
     OtherProcess other(m_folder.path(), kPlace);
     EXPECT_EQ(ownerOf(kPlace), other.id());
     EXPECT_EQ(owners(), (Owners{{"2-3/1-3", other.id()}}));
+    EXPECT_EQ(m_locks.owners().at(0).ids, (UsbIds{0x1209, 0xFFFF}));
     EXPECT_EQ(ownerOf(kOtherPlace), -1);
     other.kill();
     EXPECT_EQ(ownerOf(kPlace), -1);
@@ -158,20 +159,20 @@ TEST_F(LockFilesTest, GivesAPlaceToOneOwnerWithinAProcess)
 {
     PlaceOwner owner;
     LockFiles others({m_folder.path()});
-    auto lock = m_locks.lock(kPlace, owner);
+    auto lock = m_locks.lock(kPlace, {}, owner);
     ASSERT_NE(lock, nullptr);
-    EXPECT_EQ(others.lock(kPlace, owner), nullptr);
+    EXPECT_EQ(others.lock(kPlace, {}, owner), nullptr);
     EXPECT_EQ(owner.processId, getpid());
     EXPECT_EQ(owners(), (Owners{{"2-3/1-3", getpid()}}));
     EXPECT_TRUE(isLockedForOthers());
     lock.reset();
-    EXPECT_NE(others.lock(kPlace, owner), nullptr);
+    EXPECT_NE(others.lock(kPlace, {}, owner), nullptr);
 }
 
 TEST_F(LockFilesTest, KeepsALockWhoseFileGetsASecondName)
 {
     PlaceOwner owner;
-    const auto lock = m_locks.lock(kPlace, owner);
+    const auto lock = m_locks.lock(kPlace, {}, owner);
     ASSERT_NE(lock, nullptr);
     std::filesystem::create_hard_link(m_file, m_folder.path("vornadel-1-1.4.lock"));
     EXPECT_EQ(ownerOf(kOtherPlace), 0);
@@ -187,7 +188,7 @@ TEST_F(LockFilesTest, OneOfManyThreadsGetsThePlace)
     for (auto& lock : locks) {
         threads.emplace_back([&] {
             PlaceOwner owner;
-            lock = m_locks.lock(kPlace, owner);
+            lock = m_locks.lock(kPlace, {}, owner);
         });
     }
     for (std::thread& thread : threads) {
@@ -283,11 +284,11 @@ TEST_F(LockFilesTest, UsesTheFirstFolderThatAllUsersShare)
     PlaceOwner owner;
     LockFiles locks({own.path("nothing"), file, own.path(), open.path(), link, another,
                      first.path(), m_folder.path()});
-    EXPECT_NE(locks.lock(kPlace, owner), nullptr);
+    EXPECT_NE(locks.lock(kPlace, {}, owner), nullptr);
     EXPECT_TRUE(std::filesystem::exists(first.path("vornadel-2-3_1-3.lock")));
 
     LockFiles none({own.path()});
-    EXPECT_EQ(none.lock(kPlace, owner), nullptr);
+    EXPECT_EQ(none.lock(kPlace, {}, owner), nullptr);
     EXPECT_THAT(none.owners(), IsEmpty());
 }
 

@@ -169,17 +169,17 @@ TEST_F(SeveralHubs, InMemoryAreLockedOnTheirBus)
 {
     const auto bus = makeBus("hubs=2");
     PlaceOwner owner;
-    auto lock = bus->placeLocks().lock(firstPlace(*bus), owner);
+    auto lock = bus->placeLocks().lock(firstPlace(*bus), {}, owner);
     ASSERT_NE(lock, nullptr);
-    EXPECT_EQ(bus->placeLocks().lock(firstPlace(*bus), owner), nullptr);
+    EXPECT_EQ(bus->placeLocks().lock(firstPlace(*bus), {}, owner), nullptr);
     EXPECT_EQ(owner.place, "sim-1");
     EXPECT_EQ(owner.processId, ::getpid());
-    EXPECT_NE(bus->placeLocks().lock(allDevices(*bus)[2]->place(), owner), nullptr);
+    EXPECT_NE(bus->placeLocks().lock(allDevices(*bus)[2]->place(), {}, owner), nullptr);
     EXPECT_EQ(bus->placeLocks().owners().size(), 1U);
     lock.reset();
     EXPECT_TRUE(bus->placeLocks().owners().empty());
-    EXPECT_NE(bus->placeLocks().lock(firstPlace(*bus), owner), nullptr);
-    EXPECT_EQ(bus->placeLocks().lock({{"sim-3", 1}, {}}, owner), nullptr) << "no such place";
+    EXPECT_NE(bus->placeLocks().lock(firstPlace(*bus), {}, owner), nullptr);
+    EXPECT_EQ(bus->placeLocks().lock({{"sim-3", 1}, {}}, {}, owner), nullptr) << "no such place";
 }
 
 TEST_F(SeveralHubs, LockedOnAFileStayWithTheirOwnerOverARestart)
@@ -187,19 +187,19 @@ TEST_F(SeveralHubs, LockedOnAFileStayWithTheirOwnerOverARestart)
     const auto bus = makeBusOnFile();
     const auto other = makeBusOnFile();
     PlaceOwner owner;
-    auto lock = bus->placeLocks().lock(firstPlace(*bus), owner);
+    auto lock = bus->placeLocks().lock(firstPlace(*bus), {}, owner);
     ASSERT_NE(lock, nullptr);
     auto device = std::move(allDevices(*bus)[0]);
     ASSERT_EQ(device->open(), UsbOpenStatus::Opened);
     EXPECT_EQ(restartIntoRom(*device), 0U);
     EXPECT_EQ(allDevices(*other)[0]->open(), UsbOpenStatus::Busy);
-    EXPECT_EQ(other->placeLocks().lock(firstPlace(*other), owner), nullptr);
+    EXPECT_EQ(other->placeLocks().lock(firstPlace(*other), {}, owner), nullptr);
     EXPECT_EQ(owner.processId, ::getpid());
     ASSERT_EQ(other->placeLocks().owners().size(), 1U);
     EXPECT_EQ(other->placeLocks().owners()[0].processId, ::getpid());
     lock.reset();
     EXPECT_TRUE(other->placeLocks().owners().empty());
-    EXPECT_NE(other->placeLocks().lock(firstPlace(*other), owner), nullptr);
+    EXPECT_NE(other->placeLocks().lock(firstPlace(*other), {}, owner), nullptr);
 }
 
 TEST_F(SeveralHubs, HaveNoOwnerThatHasDied)

@@ -22,7 +22,7 @@ during_update() {
     [ "$tries" -ge 2 ] || fail 'the update was over too soon'
 }
 
-# lane NUMBER STATUS SELECTED HUB...: hub 1 is updated; meanwhile a second update is refused with
+# lane NUMBER STATUS SELECTED HUB...: hub 1 is updated; meanwhile a second program, a read, is refused with
 # this status. SELECTED: it names hub 1 too.
 lane() {
     local wanted=$2 selected=$3 arguments=()
@@ -36,7 +36,7 @@ lane() {
     update_reaches 'FW:'
     [ -z "$selected" ] || arguments=(--path "$place")
     count_requests
-    during_update "$wanted" "${arguments[@]}" update "$old_image"
+    during_update "$wanted" "${arguments[@]}" read second.bin
     end_of_update
     [ "$update_status" -eq 0 ] || fail "the update ended with $update_status"
     only_asked 1
