@@ -17,13 +17,13 @@ namespace
 
 std::string idText(std::uint16_t productId) { return productId == 0 ? "-" : hex4(productId); }
 
-/// A place as UsbPlace::text() has written it.
+/// A place as UsbPlace::text() has written it. A single port counts as both.
 UsbPlace placeIn(const std::string& text)
 {
     const std::size_t slash = text.find('/');
     UsbPlace place;
     place.own.path = text.substr(0, slash);
-    place.other.path = slash == std::string::npos ? "" : text.substr(slash + 1);
+    place.other.path = text.substr(slash + 1); // from the beginning if there is none
     return place;
 }
 
@@ -62,6 +62,18 @@ void tell(std::ostream& err, const std::string& sentence, const std::vector<HubC
         }
     }
     err << sentence << '\n' << alignedLines(rows);
+}
+
+/// The hub that somebody has locked; null if it is not among the choices.
+HubChoice* choiceAt(const PlaceOwner& owner, std::vector<HubChoice>& choices)
+{
+    const auto found = std::find_if(choices.begin(), choices.end(), [&](const HubChoice& choice) {
+        return choice.isAway() ? choice.owner->place == owner.place
+                               : hasHalf(choice.hub, [&](const UsbDevice& half) {
+                                     return isOwned(half.place(), owner);
+                                 });
+    });
+    return found == choices.end() ? nullptr : &*found;
 }
 
 /// Whether these are the ids of a supported hub, as far as known.
@@ -130,7 +142,7 @@ std::optional<std::vector<HubChoice>> findHubChoices(UsbBus& bus)
 {
     // The locks twice: between them and the list, a flow may lock a hub and restart it, or a hub
     // may come back and its flow end.
-    std::vector<PlaceOwner> owners = bus.placeLocks().owners();
+    const std::vector<PlaceOwner> ownersBefore = bus.placeLocks().owners();
     std::optional<std::vector<AttachedHub>> hubs = Hub_ListHubs(bus);
     if (!hubs) {
         return {};
@@ -139,22 +151,16 @@ std::optional<std::vector<HubChoice>> findHubChoices(UsbBus& bus)
     for (AttachedHub& hub : *hubs) {
         choices.push_back({std::move(hub), {}});
     }
-    const std::vector<PlaceOwner> ownersNow = bus.placeLocks().owners();
-    owners.insert(owners.begin(), ownersNow.begin(), ownersNow.end());
-    for (std::size_t i = 0; i < owners.size(); ++i) {
-        const auto known =
-            std::find_if(choices.begin(), choices.end(), [&](const HubChoice& choice) {
-                return choice.isAway() ? choice.owner->place == owners[i].place
-                                       : hasHalf(choice.hub, [&](const UsbDevice& half) {
-                                             return isOwned(half.place(), owners[i]);
-                                         });
-            });
-        if (known == choices.end()) {
-            if (mayBeSupported(owners[i].ids)) {
-                choices.push_back({{}, owners[i]});
-            }
-        } else if (i < ownersNow.size()) {
-            known->owner = owners[i];
+    for (const PlaceOwner& owner : bus.placeLocks().owners()) {
+        if (HubChoice* const choice = choiceAt(owner, choices)) {
+            choice->owner = owner;
+        } else if (mayBeSupported(owner.ids)) {
+            choices.push_back({{}, owner});
+        }
+    }
+    for (const PlaceOwner& owner : ownersBefore) {
+        if (choiceAt(owner, choices) == nullptr && mayBeSupported(owner.ids)) {
+            choices.push_back({{}, owner});
         }
     }
     return choices;

@@ -70,6 +70,8 @@ TEST(CommandLine, KnowsItsVerbs)
         EXPECT_EQ(parsed.commandLine.image, row.image);
         EXPECT_EQ(parsed.commandLine.simulatedHub, std::nullopt);
         EXPECT_THAT(parsed.commandLine.configFile, IsEmpty());
+        EXPECT_FALSE(parsed.commandLine.hub.isGiven());
+        EXPECT_FALSE(parsed.commandLine.refuseInUse || parsed.commandLine.all);
         EXPECT_THAT(parsed.out + parsed.err, IsEmpty());
     }
 }
@@ -125,6 +127,8 @@ TEST(CommandLine, TakesSelectorsBeforeAndAfterTheVerb)
     EXPECT_TRUE(parsed.commandLine.refuseInUse);
     EXPECT_EQ(parse({"info", "--container", hub.containerId}).commandLine.hub.containerId,
               hub.containerId);
+    const std::string longest = std::string(98, '1') + "-1";
+    EXPECT_EQ(parse({"list", "--path", longest}).commandLine.hub.path, longest);
     EXPECT_EQ(parse({"list", "--path", "sim-12"}).commandLine.hub.path, "sim-12");
     EXPECT_TRUE(parse({"list", "--all"}).commandLine.all);
 }
@@ -150,14 +154,15 @@ TEST(CommandLine, RefusesSelectorsThatCannotMatch)
     } rows[] = {
         {"--path",
          {"", "1", "1:5", "-1", "2-", "2-x", "2-1.", "2-.1", "2-1..4", "2-1/", "/2-1",
-          std::string(200, '1') + "-1", "2-1/1-1/3-1"}},
+          std::string(99, '1') + "-1", "2-1/1-1/3-1"}},
         {"--serial", {""}},
         {"--container",
-         {"", "{" + container, container + "}", "{}", "{", container + "0", container.substr(1),
-          "g" + container.substr(1), "00112233445566778899aabbccddeeff"}},
+         {"", "{" + container, container + "}", "{}", "{", "0" + container + "}",
+          "{" + container + "0", container + "0", container.substr(1), "g" + container.substr(1),
+          "00112233445566778899aabbccddeeff"}},
         {"--id",
          {"", "1209", "1209:", ":0001", "12091:1", "1209:00001", "1209:-1", "-1:1", "0x1:1",
-          "1209:000g", "1209:1:2"}},
+          "1209:000g", "1209:~", "1209:1:2"}},
     };
     for (const auto& row : rows) {
         for (const std::string& value : row.values) {
@@ -175,6 +180,7 @@ TEST(CommandLine, HelpAndVersionAreNoErrors)
         std::string says;
     } rows[] = {
         {{"--help"}, "vornadelctl [OPTIONS]"}, {{"--help"}, "--simulated-hub"},
+        {{"--help"}, "Which hub:\n"},          {{"--help"}, "-S,--serial TEXT "},
         {{"info", "--help"}, "[IMAGE]"},       {{"-h"}, "update"},
         {{"update", "--help"}, "IMAGE"},       {{"erase", "--help"}, "without asking"},
         {{"--version"}, "vornadelctl 1.02"},
@@ -210,6 +216,10 @@ TEST(CommandLine, ExplainsWhatItDoesNotUnderstand)
         {{"info", "--container", "5d"}, "\"5d\" is no Container ID\n"},
         {{"info", "--id", "12"}, "\"12\" is no VID:PID in hex\n"},
         {{"list", "--all", "-S", "1"}, "--all lists every device"},
+        {{"list", "--all", "-p", "2-1"}, "--all lists every device"},
+        {{"list", "--all", "--id", "1:2"}, "--all lists every device"},
+        {{"list", "--all", "--container", "00112233-4455-6677-8899-aabbccddeeff"},
+         "--all lists every device"},
         {{"info", "--refuse-in-use"}, "--refuse-in-use"},
         {{"list", "--simulated-hub=latency=none", "--simulated-hub"}, "--simulated-hub"},
     };

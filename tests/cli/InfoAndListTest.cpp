@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -205,6 +206,9 @@ TEST(List, ShowsEachHubInOneLine)
     EXPECT_EQ(session.list(), kExitSuccess);
     EXPECT_THAT(session.out.str(), HasSubstr("\nsim-1  -               -       -         busy "))
         << "away for its restart";
+    const auto alsoBusy = session.occupy("sim-3");
+    EXPECT_EQ(session.list(), kExitSuccess);
+    EXPECT_THAT(session.out.str(), HasSubstr("\nsim-3  1209:0001/0002  -       -         busy "));
 }
 
 TEST(List, ShowsOnlyTheSelectedHubs)
@@ -251,12 +255,39 @@ TEST(List, AsksNoHubWhosePlaceIsNotKnownIfAnotherCouldAnswer)
     EXPECT_THAT(bus.requests(), IsEmpty());
 }
 
-TEST(List, FailsIfTheAnswerCannotBeWritten)
+TEST(AnyCommand, FailsIfItsOutputCannotBeWrittenOnlyIfThatIsItsResult)
+{
+    Session session("latency=none");
+    const std::string image = session.folder.write("new.bin", demoImage(kDemoVersion101));
+    session.folder.write("config.ini", session.folder.text("config.ini") +
+                                           "[DumpTool Config]\nFwBin = new.bin\n");
+    for (const auto& [verb, file, status] :
+         {std::tuple(CommandLine::Verb::Update, image, 0),
+          std::tuple(CommandLine::Verb::Scalar, std::string(), 0),
+          std::tuple(CommandLine::Verb::Read, session.folder.path("read.bin"), 0),
+          std::tuple(CommandLine::Verb::Info, std::string(), 1),
+          std::tuple(CommandLine::Verb::Info, image, 1),
+          std::tuple(CommandLine::Verb::List, std::string(), 1),
+          std::tuple(CommandLine::Verb::Erase, std::string(), 0)}) {
+        session.out.setstate(std::ios::badbit); // as on a full disk
+        EXPECT_EQ(session.run(session.line(verb, file)), status);
+        EXPECT_EQ(session.err.str(), status == 0 ? "" : "the output could not be written\n");
+        session.out.clear();
+    }
+}
+
+TEST(List, LocksNoHub)
 {
     Session session;
-    session.out.setstate(std::ios::badbit); // as on a full disk
-    EXPECT_EQ(session.list(), kExitFailure);
-    EXPECT_EQ(session.err.str(), "the output could not be written\n");
+    ScriptedBus bus;
+    bus.attached = {{.vendorId = 0x1209, .productId = 1, .place = {{"2-1", 5}, {"1-1", 6}}}};
+    bus.onControl([&](ControlRequest&) {
+        EXPECT_THAT(bus.placeLocks().owners(), IsEmpty());
+        return 0U;
+    });
+    EXPECT_EQ(session.runOn(bus, session.line(CommandLine::Verb::List)), kExitSuccess);
+    EXPECT_THAT(session.out.str(), EndsWith("  0000  ROM code\n"));
+    bus.forgetHooks();
 }
 
 TEST(AnyCommand, RefusesAConfigFileThatCannotBeUsed)

@@ -27,9 +27,9 @@ class TellingClock final : public Clock
 public:
     Duration now() override
     {
-        const Duration now = std::chrono::milliseconds(m_now += m_step);
-        m_now.notify_all();
-        return now;
+        const int look = ++m_looks;
+        m_looks.notify_all();
+        return std::chrono::milliseconds(10000 + look * m_step);
     }
     void sleep(Duration /*pause*/) override {}
     void sleepUntil(const std::function<bool()>& /*over*/, Duration /*pause*/) override {}
@@ -41,11 +41,11 @@ public:
         m_interrupted.notify_all();
     }
 
-    void passSlowly() { m_step = 1; }
+    void passSlowly() { m_step = 499; }
     void waitForLooks(int count) const
     {
-        for (int now = m_now; now < count; now = m_now) {
-            m_now.wait(now);
+        for (int looks = m_looks; looks < count; looks = m_looks) {
+            m_looks.wait(looks);
         }
     }
 
@@ -54,8 +54,8 @@ public:
 
 private:
     std::atomic<bool> m_interrupted = false;
-    std::atomic<int> m_step = 500; // from one look at the clock to the next
-    std::atomic<int> m_now = 0;
+    std::atomic<int> m_step = 500; // milliseconds from one look at the clock to the next
+    std::atomic<int> m_looks = 0;
 };
 
 class EndingSignal : public testing::TestWithParam<int>

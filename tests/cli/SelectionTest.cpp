@@ -1,3 +1,4 @@
+#include "cli/HubChoices.h"
 #include "firmware/FwImage.h"
 #include "standins/sim/DemoImage.h"
 #include "tests/cli/Session.h"
@@ -212,6 +213,17 @@ TEST(Selection, KnowsAHubByEitherHalfWhereTheSystemTellsOnePortEach)
     PlaceOwner owner;
     const auto lock = bus.placeLocks().lock(locked, {}, owner);
     EXPECT_EQ(session.runOn(bus, line), kExitBusy);
+}
+
+TEST(Selection, KnowsTheOwnerOfAPlace)
+{
+    Session session("hubs=2");
+    const auto busy = session.occupy("sim-2");
+    UsbPlace place;
+    place.own.path = "sim-2";
+    EXPECT_EQ(ownerOf(*session.bus, place), ::getpid());
+    place.own.path = "sim-1";
+    EXPECT_EQ(ownerOf(*session.bus, place), 0);
 }
 
 TEST(Selection, SaysWhoTookTheHubAfterTheChoice)
