@@ -6,8 +6,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <fstream>
-#include <iterator>
 #include <unistd.h>
 #include <utility>
 
@@ -87,9 +85,7 @@ UsbTexts SysfsDevice::texts() const
 
 std::string SysfsDevice::containerId() const
 {
-    std::ifstream file(m_folder + "/bos_descriptors", std::ios::binary);
-    const std::vector<char> bytes{std::istreambuf_iterator<char>(file),
-                                  std::istreambuf_iterator<char>()};
+    const std::string bytes = contentOf(m_folder + "/bos_descriptors");
     return containerIdIn({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
 }
 

@@ -1,10 +1,10 @@
 #include "platform/linux/SysfsText.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <dirent.h>
 #include <fstream>
-#include <iterator>
 #include <string_view>
 
 namespace vornadel
@@ -31,13 +31,19 @@ std::vector<std::string> entries(const std::string& folder, bool onlyFolders)
     return names;
 }
 
+} // namespace
+
 std::string contentOf(const std::string& file)
 {
     std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    std::string content;
+    std::array<char, 4096> piece{};
+    // Not by iterators: they throw if a read fails, as it does when the device has just left.
+    while (stream.read(piece.data(), piece.size()) || stream.gcount() > 0) {
+        content.append(piece.data(), static_cast<std::size_t>(stream.gcount()));
+    }
+    return content;
 }
-
-} // namespace
 
 std::string withoutControls(const std::string& text)
 {

@@ -10,6 +10,9 @@ namespace vornadel
 /// Without control characters, which a device can put into its texts and a terminal would obey.
 std::string withoutControls(const std::string& text);
 
+/// All that can be read of a file.
+std::string contentOf(const std::string& file);
+
 /// The text in a file, cleaned; empty if the file cannot be read.
 std::string textIn(const std::string& file);
 

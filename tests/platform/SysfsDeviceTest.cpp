@@ -1,7 +1,9 @@
 // What a hub tells without being opened.
 
 #include "platform/linux/LibusbBus.h"
+#include "platform/linux/SysfsText.h"
 #include "tests/platform/UsbTestbed.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/support/UsbDevices.h"
 #include "tests/support/VirtualClock.h"
 
@@ -114,6 +116,12 @@ TEST_F(HubInSysfs, TellsItsTextsWithoutControlCharacters)
     m_testbed.plug("2-3", kVendorId, kProductId);
     m_testbed.write("2-3", "serial", "another hub's\n");
     EXPECT_EQ(device->texts().serialNumber, "");
+}
+
+TEST(SysfsText, IsEmptyWhereAReadFails)
+{
+    const TemporaryFolder folder; // can be opened like a file, but not read
+    EXPECT_EQ(textIn(folder.path()), "");
 }
 
 TEST_F(HubInSysfs, TellsTheContainerIdThatTheKernelKeeps)
