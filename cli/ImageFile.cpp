@@ -38,6 +38,11 @@ bool loadImage(FwImage& image, const std::string& path, std::ostream& err)
     return loaded;
 }
 
+std::uint16_t storedNumber(const std::uint8_t* position)
+{
+    return static_cast<std::uint16_t>(position[0] << 8 | position[1]);
+}
+
 std::string whyRefused(const FwImage& image)
 {
     if (static_cast<std::uint32_t>(image.size) > kFlashSize) {

@@ -14,10 +14,10 @@ namespace vornadel
 namespace
 {
 
-/// Two stored bytes, high byte first; a dash for a null position.
-std::string storedNumber(const std::uint8_t* position)
+/// A dash for a null position.
+std::string storedText(const std::uint8_t* position)
 {
-    return position == nullptr ? "-" : hex4(static_cast<unsigned>(position[0] << 8 | position[1]));
+    return position == nullptr ? "-" : hex4(storedNumber(position));
 }
 
 int showImage(const std::string& path, std::ostream& out, std::ostream& err)
@@ -33,10 +33,10 @@ int showImage(const std::string& path, std::ostream& out, std::ostream& err)
     out << "file:          " << path << '\n'
         << "size:          " << image.size << " bytes\n"
         << "block at:      0x" << hex4(block) << '\n'
-        << "version:       " << storedNumber(image.version) << '\n'
-        << "VID:           " << storedNumber(image.vid) << '\n'
-        << "SSPID:         " << storedNumber(image.sspid) << '\n'
-        << "HSPID:         " << storedNumber(image.hspid) << '\n'
+        << "version:       " << storedText(image.version) << '\n'
+        << "VID:           " << storedText(image.vid) << '\n'
+        << "SSPID:         " << storedText(image.sspid) << '\n'
+        << "HSPID:         " << storedText(image.hspid) << '\n'
         << "manufacturer:  " << printable(image.manufacturer.data()) << '\n'
         << "product:       " << printable(image.product.data()) << '\n'
         << "serial number: " << printable(image.serial.data()) << '\n'

@@ -20,11 +20,11 @@ using Rows = std::vector<std::vector<std::string>>;
 /// A row for each device on the bus.
 Rows allDevices(UsbBus& bus)
 {
-    Rows rows;
     const std::unique_ptr<UsbSearch> search = bus.search();
     if (!search) {
-        return rows;
+        return {};
     }
+    Rows rows;
     std::unique_ptr<UsbDevice> device;
     for (auto step = search->next(device); step != UsbSearch::Step::End;
          step = search->next(device)) {

@@ -17,17 +17,12 @@ namespace vornadel
 namespace
 {
 
-std::uint16_t storedId(const std::uint8_t* position)
-{
-    return static_cast<std::uint16_t>(position[0] << 8 | position[1]);
-}
-
 /// Makes sure that the hub is found with the ids in the image.
 bool supportIds(const Command& command, const FwImage& image)
 {
-    const std::uint16_t vendor = storedId(image.vid);
-    const std::uint16_t superSpeed = storedId(image.sspid);
-    const std::uint16_t highSpeed = storedId(image.hspid);
+    const std::uint16_t vendor = storedNumber(image.vid);
+    const std::uint16_t superSpeed = storedNumber(image.sspid);
+    const std::uint16_t highSpeed = storedNumber(image.hspid);
     if (FindSupportedId(vendor, superSpeed) && FindSupportedId(vendor, highSpeed)) {
         return true;
     }

@@ -211,6 +211,15 @@ TEST(List, ShowsEachHubInOneLine)
     EXPECT_THAT(session.out.str(), HasSubstr("\nsim-3  1209:0001/0002  -       -         busy "));
 }
 
+TEST(List, ShowsTheOnlyHubThatIsAway)
+{
+    Session session;
+    const auto busy = session.occupy("sim-1");
+    session.hub().unplug();
+    EXPECT_EQ(session.list(), kExitSuccess) << session.err.str();
+    EXPECT_THAT(session.out.str(), StartsWith("sim-1  -  -  -  busy "));
+}
+
 TEST(List, ShowsOnlyTheSelectedHubs)
 {
     Session session("hubs=3,latency=none");

@@ -101,6 +101,15 @@ TEST(Outcome, OfAFlowThatWasAbandonedIsNoFailureOfTheHub)
     EXPECT_EQ(outcomeOf(HubFailure::NotReturned, {}).text, "the hub did not return to its place");
 }
 
+TEST(Outcome, OfAnEraseWhoseHubDoesNotComeBackSaysThatItIsErased)
+{
+    const Outcome outcome = outcomeOf(
+        FlowKind::Erase, {.cause = Cause::NotRestarted, .failure = HubFailure::NotReturned},
+        {"2-3", 0, ""});
+    EXPECT_EQ(outcome.status, kExitNotConfirmed);
+    EXPECT_THAT(outcome.text, StartsWith("erased, but the hub did not return to 2-3; "));
+}
+
 TEST(Outcome, OfAFlowThatStoppedSaysThatTheFlashIsUnchanged)
 {
     FlowResult result{.step = Step::Open, .cause = Cause::Interrupted};

@@ -1,5 +1,6 @@
 #include "cli/ConsoleReporter.h"
 #include "hub/HubTransport.h"
+#include "hub/SupportedIds.h"
 #include "standins/sim/DemoImage.h"
 #include "tests/cli/Session.h"
 
@@ -131,15 +132,28 @@ TEST(Update, RefusesAnImageThatNoHubCouldRunAndLeavesTheHubAlone)
 
 TEST(Update, FindsAHubAgainThatComesBackWithNewIds)
 {
-    Session session("latency=none");
-    std::vector<std::uint8_t> other = demoImage(kDemoVersion101);
-    other[0x7E00 + 5] = 0x77;
-    const std::string image = session.folder.write("other.bin", other);
-    EXPECT_EQ(session.update(image), kExitSuccess) << session.err.str();
-    EXPECT_THAT(session.out.str(),
-                StartsWith("the image gives the hub new ids, 1209:0077/0002; they "
-                           "are supported until this command ends\n"));
-    EXPECT_EQ(session.hub().flash(), other);
+    const struct {
+        std::vector<std::uint8_t> ids; ///< as in the image
+        std::string text;
+    } rows[] = {
+        {{0x12, 0x10, 0x00, 0x77, 0x00, 0x78}, "1210:0077/0078"},
+        {{0x12, 0x09, 0x00, 0x77, 0x00, 0x02}, "1209:0077/0002"},
+        {{0x12, 0x09, 0x00, 0x01, 0x00, 0x78}, "1209:0001/0078"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text);
+        Session session("latency=none");
+        std::vector<std::uint8_t> other = demoImage(kDemoVersion101);
+        std::copy(row.ids.begin(), row.ids.end(), other.begin() + 0x7E00 + 2);
+        EXPECT_EQ(session.update(session.folder.write("other.bin", other)), kExitSuccess)
+            << session.err.str();
+        EXPECT_THAT(session.out.str(),
+                    StartsWith("the image gives the hub new ids, " + row.text +
+                               "; they are supported until this command ends\n"));
+        EXPECT_EQ(session.hub().flash(), other);
+        EXPECT_TRUE(FindSupportedTriple(static_cast<std::uint16_t>(0x1200 | row.ids[1]), row.ids[3],
+                                        row.ids[5]));
+    }
 }
 
 TEST(Update, RefusesNewIdsThatTheConfigurationHasNoRoomFor)
