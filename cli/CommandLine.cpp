@@ -12,7 +12,7 @@ namespace
 {
 
 /// Refuses an empty name: with an empty variable in a script, "info $IMAGE" would ask the hub.
-std::string refuseEmpty(const std::string& name) { return name.empty() ? "the name is empty" : ""; }
+std::string refuseEmpty(const std::string& text) { return text.empty() ? "it is empty" : ""; }
 
 std::string refuseOtherPaths(const std::string& text)
 {

@@ -239,6 +239,27 @@ void FwText_Set(FwText& kept, std::string_view text)
     kept[count] = '\0';
 }
 
+std::string FwText_AsReported(const FwText& text)
+{
+    constexpr std::uint8_t kFirstOfTwoBytes = 0x80;
+    constexpr std::uint8_t kDelete = 0x7F;
+    constexpr std::uint8_t kLastControl = 0x9F;
+    std::string reported;
+    for (const char c : std::string_view(text.data())) {
+        const auto character = static_cast<std::uint8_t>(c);
+        if (character < ' ' || (character >= kDelete && character <= kLastControl)) {
+            continue;
+        }
+        if (character >= kFirstOfTwoBytes) {
+            reported += static_cast<char>(0xC0 | character >> 6);
+            reported += static_cast<char>(0x80 | (character & 0x3F));
+        } else {
+            reported += c;
+        }
+    }
+    return reported;
+}
+
 std::string FwImage_IdText(const std::uint8_t* position)
 {
     if (position == nullptr) {

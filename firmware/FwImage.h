@@ -88,6 +88,10 @@ void FwImage_ParseStrings(const std::uint8_t* area, std::uint32_t areaLength, Fw
 /// changes none of the 64 bytes. `text` may point into `kept`.
 void FwText_Set(FwText& kept, std::string_view text);
 
+/// A text of an image as the operating system tells it of a hub that runs the image: in UTF-8,
+/// where each byte of the image is one character, and without control characters.
+std::string FwText_AsReported(const FwText& text);
+
 /// Two stored bytes, high byte first, as four upper-case hex digits; empty for a null position.
 std::string FwImage_IdText(const std::uint8_t* position);
 

@@ -17,7 +17,7 @@ namespace
 /// Restarts the hub into the image that is in its flash now.
 bool restartInto(const FwImage& image, FlowRun& run)
 {
-    run.session().expectSerialNumber(image.serial.data());
+    run.session().expectSerialNumber(FwText_AsReported(image.serial));
     return run.restart() && run.runs(image);
 }
 

@@ -48,7 +48,8 @@ enum class UsbFailure {
     Other
 };
 
-/// What a device says of itself in its descriptors, in UTF-8. Empty: it says nothing.
+/// What a device says of itself in its descriptors, in UTF-8 without control characters. Empty: it
+/// says nothing.
 struct UsbTexts {
     std::string product{};
     std::string serialNumber{};

@@ -34,7 +34,8 @@ bool signatureAt(std::span<const std::uint8_t> flash, std::size_t offset)
 }
 
 /// Takes the next string off the area: a byte with the length of the text plus 2, a type byte, and
-/// the text in Latin-1. Empty if the length cannot be right; then nothing can follow either.
+/// the text in Latin-1. Control characters are left out. Empty if the length cannot be right; then
+/// nothing can follow either.
 std::string nextString(std::span<const std::uint8_t>& area)
 {
     const std::size_t length = area.empty() ? 0 : area[0];
@@ -44,6 +45,9 @@ std::string nextString(std::span<const std::uint8_t>& area)
     }
     std::string text;
     for (const std::uint8_t character : area.first(length).subspan(kStringHeader)) {
+        if (character < ' ' || (character >= 0x7F && character < 0xA0)) {
+            continue;
+        }
         if (character >= 0x80) {
             text += static_cast<char>(0xC0 | (character >> 6));
             text += static_cast<char>(0x80 | (character & 0x3F));

@@ -205,7 +205,7 @@ TEST(CommandLine, ExplainsWhatItDoesNotUnderstand)
         {{"update", "a.bin", "b.bin"}, "b.bin"},
         {{"read"}, "FILE"},
         {{"read", ""}, "empty"},
-        {{"info", ""}, "the name is empty"},
+        {{"info", ""}, "it is empty"},
         {{"erase", "a.bin"}, "a.bin"},
         {{"info", "a.bin", "b.bin"}, "b.bin"},
         {{"list", "a.bin"}, "a.bin"},

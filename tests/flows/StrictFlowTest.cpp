@@ -96,6 +96,12 @@ TEST_F(StrictFlow, OpensAHubThatRefusesAtFirstEvery50Ms)
     EXPECT_LE(setup.clock.now(), 2 * 700ms + 3 * 50ms);
 }
 
+TEST_F(StrictFlow, KnowsTheHubByAnySerialNumberThatItsImageGives)
+{
+    ASSERT_TRUE(FwImage_SetStrings(image, "Maker", "Hub", "N\xE9\x07\x7F\x9F\xA0-1"));
+    EXPECT_TRUE(update());
+}
+
 TEST_F(StrictFlow, IsNoSuccessAfterARestartThatWasIgnored)
 {
     addFault({.kind = FaultKind::Ignore, .on = RequestKind::Flash, .position = 1});
