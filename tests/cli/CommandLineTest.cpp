@@ -179,10 +179,17 @@ TEST(CommandLine, HelpAndVersionAreNoErrors)
         Words words;
         std::string says;
     } rows[] = {
-        {{"--help"}, "vornadelctl [OPTIONS]"}, {{"--help"}, "--simulated-hub"},
-        {{"--help"}, "Which hub:\n"},          {{"--help"}, "-S,--serial TEXT "},
-        {{"info", "--help"}, "[IMAGE]"},       {{"-h"}, "update"},
-        {{"update", "--help"}, "IMAGE"},       {{"erase", "--help"}, "without asking"},
+        {{"--help"}, "vornadelctl [OPTIONS]"},
+        {{"--help"}, "--simulated-hub"},
+        {{"--help"}, "Which hub:\n"},
+        {{"--help"}, "-S,--serial TEXT "},
+        {{"--help"}, "The one with this Container ID\n"},
+        {{"--help"}, "The one with these ids, VID:PID in hex; the\n"},
+        {{"--help"}, "product id of either half\n"},
+        {{"info", "--help"}, "[IMAGE]"},
+        {{"-h"}, "update"},
+        {{"update", "--help"}, "IMAGE"},
+        {{"erase", "--help"}, "without asking"},
         {{"--version"}, "vornadelctl 1.02"},
     };
     for (const auto& row : rows) {

@@ -50,8 +50,7 @@ KEYWORDS = set(
 )
 SYMMETRIC = {"min", "max", "memcmp"}  # swapped arguments change nothing
 REQUEST = re.compile("send|Hub_(?!Close|Use|Is|Find|Detect|Abandon|Pause)")  # calls that reach the hub
-# calls that take a sentence of the help
-HELP = {"app", "add_option", "add_option_function", "add_flag", "add_subcommand"}
+HELP = {"app", "add_option", "add_flag", "add_subcommand"}  # calls that take a sentence of the help
 PARAMETER = re.compile(r"(const )?\S+(<.*>)?[&*]* \w+")
 OPENING = {"(": ")", "[": "]", "{": "}"}
 OTHER_BINARY = {
