@@ -66,6 +66,11 @@ unsigned SysfsDevice::address() const
     return static_cast<unsigned>(numberIn(m_folder + "/devnum"));
 }
 
+unsigned SysfsDevice::vendor() const
+{
+    return static_cast<unsigned>(numberIn(m_folder + "/idVendor", 16));
+}
+
 bool SysfsDevice::isHub() const
 {
     constexpr unsigned kHubClass = 9;
@@ -75,7 +80,13 @@ bool SysfsDevice::isHub() const
 UsbPort SysfsDevice::otherPort() const
 {
     const std::string path = pathOfPort(targetName(folderOfPort(m_name) + "/peer"));
-    return path.empty() ? UsbPort{} : UsbPort{path, SysfsDevice(path).address()};
+    if (path.empty()) {
+        return {};
+    }
+    // On boards that do not say which ports are one connector, the kernel goes by their numbers,
+    // and then a device that is no half of this hub may be there, and stay when the hub leaves.
+    const SysfsDevice other(path);
+    return {path, other.vendor() == vendor() ? other.address() : 0};
 }
 
 UsbTexts SysfsDevice::texts() const

@@ -22,10 +22,12 @@ public:
     const std::string& name() const { return m_name; }
     unsigned bus() const;
     unsigned address() const; ///< another number for each stay of a device at this port
+    unsigned vendor() const;
     bool isHub() const;
 
     /// The other port of the same connector, whether devices are at the two ports or not. The path
-    /// is empty if the kernel does not know of one.
+    /// is empty if the kernel does not know of one. A device of another vendor there does not
+    /// count.
     UsbPort otherPort() const;
 
     UsbTexts texts() const;

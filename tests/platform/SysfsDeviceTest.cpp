@@ -90,6 +90,16 @@ TEST_F(HubInSysfs, TellsThePlaceAlsoWhenTheHalvesHaveLeft)
     EXPECT_EQ(returned->place(), (UsbPlace{{"2-3", 4}, {"1-3", 5}}));
 }
 
+TEST_F(HubInSysfs, HasNoOtherHalfOfAnotherVendor)
+{
+    m_testbed.plug("2-3", kVendorId, kProductId);
+    m_testbed.plug("1-3", kVendorId + 1, kOtherProductId);
+    m_testbed.join("2-3", "1-3", "09");
+    const auto device = find();
+    ASSERT_NE(device, nullptr);
+    EXPECT_EQ(device->place(), (UsbPlace{{"2-3", 2}, {"1-3", 0}}));
+}
+
 TEST_F(HubInSysfs, HasOnePortWhereTheKernelKnowsNoOther)
 {
     m_testbed.plug("1-1", kVendorId, kProductId);
