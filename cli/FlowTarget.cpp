@@ -70,9 +70,7 @@ int explainResult(const Command& command, FlowKind flow, const FlowResult& resul
                   const FlowTarget& target)
 {
     const Outcome outcome =
-        outcomeOf(flow, result,
-                  {target.place, ownerOf(command.platform.usb, target.options.hub.place),
-                   accessCommand(command.resourcePath)});
+        outcomeOf(flow, result, {target.place, result.owner, accessCommand(command.resourcePath)});
     if (!outcome.text.empty()) {
         command.err << outcome.text << '\n' << std::flush;
     }

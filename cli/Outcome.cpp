@@ -47,7 +47,7 @@ constexpr struct {
     const char* afterChange; ///< what to do after a failure during its work
     const char* done;        ///< what has been done before the last restart
 } kFlows[] = {
-    {FlowKind::Update, "the flash holds no whole firmware; run the update again", "verified"},
+    {FlowKind::Update, "the flash may hold no whole firmware; run the update again", "verified"},
     {FlowKind::Read, "nothing was changed; plug the hub in again, so that it runs its firmware",
      "read"},
     {FlowKind::Erase, "the flash may be erased or not; erase it again", "erased"},

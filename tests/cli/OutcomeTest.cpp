@@ -59,7 +59,7 @@ TEST(Outcome, OfAnOpenThatFailedIsItsCause)
 
 TEST(Outcome, OfAnUpdateIsToldByStatusAndSentence)
 {
-    const std::string again = "; the flash holds no whole firmware; run the update again\n";
+    const std::string again = "; the flash may hold no whole firmware; run the update again\n";
     const std::string repeat = "; the flash is unchanged; plug the hub in again and repeat\n";
     const std::string look =
         "; plug the hub in again, then \"vornadelctl info\" tells what it runs\n";
