@@ -27,6 +27,9 @@ constexpr int kNoHubOpened = 5;
 
 // Between two opens of a hub that is there and refuses.
 constexpr Clock::Duration kRetryPause = std::chrono::milliseconds(50);
+// Between two looks for an absent hub without an event: on macOS the events need the thread that
+// sleeps.
+constexpr Clock::Duration kLookPause = std::chrono::seconds(1);
 
 struct Transport {
     std::atomic<UsbBus*> bus{nullptr};
@@ -300,9 +303,9 @@ bool Hub_AwaitDevice(Clock::Duration limit, bool evenIfAbsent)
             (isAbsent && !evenIfAbsent)) {
             return false;
         }
-        const bool sleepsOn = isAbsent && events.areReported();
+        const bool comesWithAnEvent = isAbsent && events.areReported();
         clock.sleepUntil([&] { return events.count() != seen; },
-                         sleepsOn ? left : std::min(left, kRetryPause));
+                         std::min(left, comesWithAnEvent ? kLookPause : kRetryPause));
     }
 }
 

@@ -30,11 +30,10 @@ void Hub_UsePlatform(UsbBus& bus, Clock& clock);
 bool Hub_FindDevice();
 
 /// Opens the hub of the thread's HubSession, or without a session the first supported hub in the
-/// bus's order, and sends it the open-time request, whose
-/// status is ignored. Does not try a second hub. LastError: 2 without a device list; 5 if no
-/// supported hub is there, it cannot be opened, another thread has it, or the program is ending. A
-/// second open without a close replaces the old device, which stays open and unused until the
-/// process ends.
+/// bus's order, and sends it the open-time request, whose status is ignored. Does not try a second
+/// hub. LastError: 2 without a device list; 5 if no supported hub is there, it cannot be opened,
+/// another thread has it, or the program is ending. A second open without a close replaces the old
+/// device, which stays open and unused until the process ends.
 bool Hub_OpenDevice();
 
 /// The status of the calling thread's last Hub_OpenDevice(). Gone also means that no supported hub
@@ -56,10 +55,10 @@ std::uint32_t Hub_ControlRequest(ControlRequest request);
 /// Tells the thread's session that the open hub will be asked to restart.
 void Hub_BeginRestart();
 
-/// Opens the hub as soon as it is there, and once more if it refuses, no sooner than 50 ms later or
-/// at the bus's next event. Gives up after `limit`; at once if another flow has locked its place,
-/// or if no such hub is there, unless `evenIfAbsent`. Watches the bus meanwhile, so nobody else
-/// may.
+/// Opens the hub as soon as it is there. Looks for it at each event of the bus and once a second,
+/// and tries a hub that refuses again after 50 ms, or at the next event. Gives up after `limit`; at
+/// once if another flow has locked its place, or if no such hub is there, unless `evenIfAbsent`.
+/// Watches the bus meanwhile, so nobody else may.
 bool Hub_AwaitDevice(Clock::Duration limit, bool evenIfAbsent);
 
 /// Sleeps on the platform's clock.

@@ -7,6 +7,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 namespace vornadel::test
 {
 
@@ -127,6 +129,17 @@ TEST_F(OneHub, StrictlyHasItsSerialNumberOrTheOneOfItsNewFirmware)
     EXPECT_EQ(opens(), -1);
     session.expectAnySerialNumber();
     EXPECT_EQ(opens(), 0);
+}
+
+TEST_F(OneHub, IsLookedForOnceASecondWithoutAnEvent)
+{
+    m_bus.saysItWatches = true;
+    m_bus.attached = {};
+    const HubSession session(strictly(hubAt(1).place));
+    m_clock.after(std::chrono::milliseconds(2500), [this] { m_bus.attached = {hubAt(1)}; });
+    EXPECT_TRUE(Hub_AwaitDevice(std::chrono::seconds(20), true));
+    EXPECT_EQ(m_clock.now(), std::chrono::seconds(3));
+    Hub_CloseDevice();
 }
 
 TEST_F(OneHub, IsLockedUntilTheEndOfTheSession)

@@ -35,6 +35,7 @@ class ScriptedBus final : public UsbBus
 public:
     std::vector<ScriptedDevice> attached; ///< the devices for the next search
     bool givesList = true;
+    bool saysItWatches = false; ///< but never reports an event
 
     ScriptedBus() = default;
 
@@ -87,7 +88,7 @@ public:
         return givesList ? std::make_unique<Search>(m_script, attached) : nullptr;
     }
 
-    bool watch(Listener) override { return false; }
+    bool watch(Listener) override { return saysItWatches; }
     void unwatch() override {}
     PlaceLocks& placeLocks() override { return m_locks; }
 
