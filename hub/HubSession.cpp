@@ -102,14 +102,15 @@ std::unique_ptr<UsbDevice> HubSession::chooseStrictly(Devices& devices)
 
 std::unique_ptr<UsbDevice> HubSession::chooseAnywhere(Devices& devices)
 {
-    const auto isHere = [this](const auto& device) {
-        return device->place().isSameConnector(m_place);
+    const auto isHere = [&](const auto& device) {
+        return device->place().isSameConnector(m_place) && !mayComeFromElsewhere(*device, devices);
     };
-    const auto isNew = [this](const auto& device) {
+    const auto isNew = [&](const auto& device) {
         const UsbPlace place = device->place();
-        return std::none_of(m_seenAtStart.begin(), m_seenAtStart.end(), [&](const Seen& before) {
-            return before.place.isSameConnector(place);
-        });
+        return std::none_of(
+                   m_seenAtStart.begin(), m_seenAtStart.end(),
+                   [&](const Seen& before) { return before.place.isSameConnector(place); }) &&
+               !mayComeFromElsewhere(*device, devices);
     };
     auto found = std::find_if(devices.begin(), devices.end(), isHere);
     if (found == devices.end()) {

@@ -190,8 +190,8 @@ TEST(OneHubOfMany, MustRunTheCodeThatItWasSentTo)
 
 TEST(OneHubOfMany, IsTheOnlyOneAskedByTheWindow)
 {
-    for (const char* fault :
-         {"", "refused:40", "late:3", "late:60", "never", "ignored", "moved", "same-mode"}) {
+    for (const char* fault : {"", "refused:40", "late:3", "late:60", "never", "ignored", "moved",
+                              "swapped", "same-mode"}) {
         forEachCase(fault, [](const Case& what) {
             EXPECT_EQ(FlowOnOne(what, false).requestsToOthers(), 0U) << textOf(what);
         });

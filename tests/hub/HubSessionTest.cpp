@@ -86,6 +86,19 @@ TEST_F(OneHub, IsLookedForAtItsPlaceFirstAndElsewhereOnlyIfItHasJustCome)
     EXPECT_EQ(session.place(), hubAt(3).place);
 }
 
+TEST_F(OneHub, IsNotOneThatHadAnotherPlaceByItsSerialNumber)
+{
+    m_bus.attached = {hubAt(1, 1, "A"), hubAt(2, 1, "B")};
+    const HubSession session;
+    EXPECT_EQ(opens(), 0);
+    for (const unsigned port : {1U, 3U}) {
+        m_bus.attached = {hubAt(port, 2, "B")};
+        EXPECT_EQ(opens(), -1) << port;
+    }
+    m_bus.attached = {hubAt(3, 2, "A")};
+    EXPECT_EQ(opens(), 0);
+}
+
 TEST_F(OneHub, IsStrictlyTheNextStayAtItsPlace)
 {
     m_bus.attached = {hubAt(1), hubAt(2)};
