@@ -1,5 +1,6 @@
 #include "hub/HubSession.h"
 
+#include "base/LastError.h"
 #include "hub/HubFailure.h"
 #include "hub/HubSearch.h"
 
@@ -29,8 +30,13 @@ UsbOpenStatus HubSession::open(UsbSearch& search, std::unique_ptr<UsbDevice>& hu
                                PlaceLocks& locks)
 {
     Devices devices;
+    std::optional<int> error; // of the devices before the first supported one
     while (std::unique_ptr<UsbDevice> device = nextSupportedDevice(search)) {
         devices.push_back(std::move(device));
+        error = error.value_or(LastError);
+    }
+    if (error) {
+        LastError = *error;
     }
     if (!std::exchange(m_hasBegun, true)) {
         for (const auto& device : devices) {

@@ -144,6 +144,18 @@ TEST_F(OneHub, StrictlyHasItsSerialNumberOrTheOneOfItsNewFirmware)
     EXPECT_EQ(opens(), 0);
 }
 
+TEST_F(OneHub, LeavesAnErrorOfTheDevicesBehindItUntold)
+{
+    const ScriptedDevice withoutPlugIn = {.step = UsbSearch::Step::NoPlugIn};
+    m_bus.attached = {hubAt(1), withoutPlugIn};
+    const HubSession session;
+    EXPECT_EQ(opens(), 0);
+    EXPECT_EQ(LastError, 0);
+    m_bus.attached = {withoutPlugIn, hubAt(1)};
+    EXPECT_EQ(opens(), 1);
+    EXPECT_EQ(LastError, 3);
+}
+
 TEST_F(OneHub, IsLookedForOnceASecondWithoutAnEvent)
 {
     m_bus.saysItWatches = true;
