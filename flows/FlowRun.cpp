@@ -121,6 +121,7 @@ bool FlowRun::end()
 {
     m_reporter.finished(m_result);
     Hub_CloseDevice();
+    m_session.end(); // the next flow may begin as soon as this one has said that it is over
     m_reporter.closed();
     return m_result.succeeded();
 }

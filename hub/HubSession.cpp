@@ -22,7 +22,13 @@ HubSession::HubSession(Options options) : m_options(std::move(options)), m_place
     current = this;
 }
 
-HubSession::~HubSession() { current = nullptr; }
+void HubSession::end()
+{
+    if (current == this) {
+        current = nullptr;
+    }
+    m_lock.reset();
+}
 
 HubSession* HubSession::ofThisThread() { return current; }
 

@@ -36,7 +36,10 @@ public:
     explicit HubSession(Options options = {});
     HubSession(const HubSession&) = delete;
     HubSession& operator=(const HubSession&) = delete;
-    ~HubSession(); ///< unlocks; close the hub before
+    ~HubSession() { end(); }
+
+    /// Unlocks the place; from now on the thread has no session. Close the hub before.
+    void end();
 
     bool isStrict() const { return m_options.strict; }
     /// Of the hub that is open, or was open last; not known before the first open.

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -42,12 +43,19 @@ public:
         EXPECT_EQ(ends, 0);
         result = told;
     }
-    void closed() override { ++ends; }
+    void closed() override
+    {
+        ++ends;
+        if (onClosed) {
+            onClosed();
+        }
+    }
 
     int starts = 0;
     std::vector<Step> steps;
     FlowResult result;
     int ends = 0;
+    std::function<void()> onClosed;
 
 private:
     std::int32_t m_done = 0; // of the step

@@ -200,6 +200,18 @@ TEST_F(StrictFlow, FinishesOnceItHasErased)
     EXPECT_EQ(setup.hub().flash(), bytes);
 }
 
+TEST_F(StrictFlow, HasFreedThePlaceWhenItSaysThatItIsOver)
+{
+    ToldValues told;
+    std::unique_ptr<PlaceLock> lock;
+    told.onClosed = [&] {
+        PlaceOwner owner;
+        lock = setup.bus->placeLocks().lock({{"sim-1", 1}, {}}, {}, owner);
+    };
+    EXPECT_TRUE(eraseFlash(told, options));
+    EXPECT_NE(lock, nullptr);
+}
+
 TEST_F(StrictFlow, FailsAtOnceIfAnotherHasThePlace)
 {
     PlaceOwner owner;
