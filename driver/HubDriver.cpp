@@ -2,6 +2,7 @@
 
 #include "base/GenFun.h"
 #include "hub/HubCommands.h"
+#include "hub/HubSession.h"
 #include "hub/HubTransport.h"
 #include "platform/ShellCommand.h"
 
@@ -88,6 +89,7 @@ bool startScript(PrivilegedRun& privileged, const std::string& resourcePath, con
 
 void returnHubToFlash()
 {
+    const HubSession session;
     if (Hub_OpenRomDevice() && Hub_SwitchMode(HUB_MODE_FLASH)) {
         Hub_CloseDevice(); // a failed switch has already closed it
     }

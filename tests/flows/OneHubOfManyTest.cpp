@@ -1,3 +1,4 @@
+#include "driver/HubDriver.h"
 #include "flows/FirmwareUpdate.h"
 #include "flows/FlashErase.h"
 #include "flows/FlashRead.h"
@@ -196,6 +197,17 @@ TEST(OneHubOfMany, IsTheOnlyOneAskedByTheWindow)
             EXPECT_EQ(FlowOnOne(what, false).requestsToOthers(), 0U) << textOf(what);
         });
     }
+}
+
+TEST(OneHubOfMany, IsTheOnlyOneAskedByTheWindowAfterTheDriverIsUnloaded)
+{
+    std::vector<SimulatedHubOptions> hubs(2);
+    hubs[0].faults = {{.kind = FaultKind::Never}};
+    hubs[1].mode = HubCode::Rom;
+    SimulatedSetup setup(hubs);
+    returnHubToFlash();
+    EXPECT_GT(setup.hub(1).requestCount(), 0U);
+    EXPECT_EQ(setup.hub(2).requestCount(), 0U);
 }
 
 } // namespace
