@@ -144,7 +144,7 @@ Outcome outcomeOf(HubFailure failure, const OutcomeNames& names)
 
 std::string busySentence(std::int64_t owner)
 {
-    return owner == 0 ? "busy: another program has it open"
+    return owner == 0 ? "busy: another program has it open, or its place cannot be locked"
                       : "busy: process " + std::to_string(owner) + " works on it";
 }
 

@@ -10,7 +10,7 @@ enum class HubFailure {
     None,
     NoHub,        ///< no supported hub is attached, or none at the chosen place
     NoAccess,     ///< the user may not open it
-    Busy,         ///< another flow or program has it
+    Busy,         ///< another flow or program has it, or its place cannot be locked
     NotOpened,    ///< the system could not open it, for another reason
     Unplugged,    ///< it left the bus before a request was done
     Stalled,      ///< it refused a request

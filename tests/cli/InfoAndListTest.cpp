@@ -58,7 +58,8 @@ TEST(AnAttachedHub, ThatCannotBeOpenedIsListedWithTheReason)
         std::string inTheList;
     } rows[] = {
         {UsbOpenStatus::NoAccess, 5, "permission is missing; to grant it: rm ", "no access"},
-        {UsbOpenStatus::Busy, 11, "the hub is busy: another program has it open\n", "busy"},
+        {UsbOpenStatus::Busy, 11,
+         "the hub is busy: another program has it open, or its place cannot be locked\n", "busy"},
         {UsbOpenStatus::Gone, 7, "the hub was unplugged\n", "has left"},
         {UsbOpenStatus::Other, 1, "the system could not open the hub, and gave no reason\n",
          "no answer"},

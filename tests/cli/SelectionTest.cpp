@@ -241,8 +241,11 @@ TEST(Selection, SaysWhoTookTheHubAfterTheChoice)
         }
     });
     EXPECT_EQ(session.runOn(bus, session.line(Verb::Erase)), kExitBusy);
-    EXPECT_THAT(session.err.str(), EndsWith("\nthe hub is busy: another program has it open; the "
-                                            "flash is unchanged\n"));
+    EXPECT_THAT(
+        session.err.str(),
+        EndsWith(
+            "\nthe hub is busy: another program has it open, or its place cannot be locked; the "
+            "flash is unchanged\n"));
     EXPECT_THAT(bus.requests(), IsEmpty());
     bus.forgetHooks();
 }
