@@ -42,7 +42,7 @@ bool askToStop(StopRequest& stop)
 {
     switch (stop.ask()) {
     case StopRequest::Phase::Unchanged:
-        say("stopping; the hub will run its firmware again");
+        say("stopping; the hub stays as it was");
         return true;
     case StopRequest::Phase::Changing:
         say(kFinishing);

@@ -133,7 +133,7 @@ TEST_F(ProgramTest, LeavesTheFlashAloneWhenSignalledBeforeTheErase)
     ASSERT_TRUE(program.waitFor("FW:"));
     program.send(SIGINT); // during the restart into ROM code
     EXPECT_EQ(program.finish(), 130);
-    EXPECT_THAT(program.err(), StartsWith("stopping; the hub will run its firmware again\n"));
+    EXPECT_THAT(program.err(), StartsWith("stopping; the hub stays as it was\n"));
     EXPECT_THAT(program.err(), EndsWith("stopped; the flash is unchanged\nInterrupted\n"));
     EXPECT_EQ(flash(), demoImage());
 }
