@@ -181,6 +181,17 @@ TEST_F(StrictFlow, StopsBeforeTheEraseAndSendsTheHubBack)
     EXPECT_EQ(setup.hub().requestCount(), requests) << "asked before it began";
 }
 
+TEST_F(StrictFlow, LeavesAHubThatItHasNotRestartedAsItIsWhenStopped)
+{
+    addFault({.kind = FaultKind::Stall, .on = RequestKind::Read});
+    EXPECT_FALSE(read());
+    ASSERT_EQ(setup.hub().runningCode(), HubCode::Rom);
+    setup.hub().onRequest = [this](const ControlRequest&) { isAskedToStop = true; };
+    EXPECT_FALSE(read());
+    failedWith({.step = Step::Open, .cause = Cause::Interrupted});
+    EXPECT_EQ(setup.hub().runningCode(), HubCode::Rom);
+}
+
 TEST_F(StrictFlow, StopsAReadBetweenTwoPieces)
 {
     setup.hub().onRequest = [this](const ControlRequest& request) {

@@ -1,3 +1,4 @@
+#include "hub/HubFailure.h"
 #include "tests/hub/HubTest.h"
 
 #include <array>
@@ -172,6 +173,23 @@ TEST_F(ControlRequestTest, PutsAllSixValuesIntoOneTransfer)
                                         {0xDE, 0xAD, 0x42}}));
 }
 
+TEST_F(ControlRequestTest, TellsWhyItFailed)
+{
+    const std::pair<UsbFailure, HubFailure> failures[] = {
+        {UsbFailure::Stalled, HubFailure::Stalled},   {UsbFailure::Short, HubFailure::Short},
+        {UsbFailure::Gone, HubFailure::Unplugged},    {UsbFailure::TimedOut, HubFailure::TimedOut},
+        {UsbFailure::Other, HubFailure::NotAnswered},
+    };
+    m_bus.onControl([](ControlRequest&) { return 1U; });
+    for (const auto& [failure, meaning] : failures) {
+        m_bus.attached = {{.vendorId = kVendor, .productId = kSuperSpeed, .failure = failure}};
+        ASSERT_TRUE(Hub_OpenDevice());
+        EXPECT_EQ(Hub_ControlRequest({0x40, 0xE8}), 1U);
+        EXPECT_EQ(Hub_LastFailure(), meaning);
+        Hub_CloseDevice();
+    }
+}
+
 TEST_F(Abandon, FailsEveryOpenWithoutLookingAtTheBus)
 {
     Hub_Abandon();
@@ -200,6 +218,7 @@ TEST_F(Abandon, LetsATransferInFlightEnd)
     });
     EXPECT_EQ(Hub_ControlRequest({0x40, 0xE8}), 0U);
     EXPECT_EQ(Hub_ControlRequest({0x40, 0xE8}), kHubAbandoned);
+    EXPECT_EQ(Hub_LastFailure(), HubFailure::Abandoned);
     EXPECT_EQ(m_bus.requests().size(), 1U);
     Hub_CloseDevice();
     EXPECT_FALSE(Hub_IsOpen());

@@ -271,6 +271,8 @@ TEST_F(LockFilesTest, UsesTheFirstFolderThatAllUsersShare)
     TemporaryFolder own;
     TemporaryFolder open;
     ASSERT_EQ(chmod(open.path().c_str(), 0777), 0); // others may remove files
+    TemporaryFolder closed;
+    ASSERT_EQ(chmod(closed.path().c_str(), 01755), 0); // others may not create files
     const std::string link = own.path("link");
     std::filesystem::create_directory_symlink(m_folder.path(), link);
     const std::string file = own.write("file", "");
@@ -282,8 +284,8 @@ TEST_F(LockFilesTest, UsesTheFirstFolderThatAllUsersShare)
     const std::string another =
         chown(foreign.path().c_str(), kNobody, kNobody) == 0 ? foreign.path() : own.path();
     PlaceOwner owner;
-    LockFiles locks({own.path("nothing"), file, own.path(), open.path(), link, another,
-                     first.path(), m_folder.path()});
+    LockFiles locks({own.path("nothing"), file, own.path(), open.path(), closed.path(), link,
+                     another, first.path(), m_folder.path()});
     EXPECT_NE(locks.lock(kPlace, {}, owner), nullptr);
     EXPECT_TRUE(std::filesystem::exists(first.path("vornadel-2-3_1-3.lock")));
 

@@ -26,6 +26,7 @@ struct ScriptedDevice {
     UsbPlace place = {};
     UsbTexts texts = {};
     std::vector<std::string> below = {};
+    UsbFailure failure = UsbFailure::Other; ///< of its requests
 };
 
 /// A scripted bus that records its events. Set the script before the threads start. Devices may
@@ -149,7 +150,7 @@ private:
             return m_script->onControl ? m_script->onControl(request) : 0;
         }
 
-        UsbFailure failureOf(std::uint32_t /*status*/) const override { return UsbFailure::Other; }
+        UsbFailure failureOf(std::uint32_t /*status*/) const override { return m_device.failure; }
 
         void close() override
         {
