@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <csignal>
@@ -58,17 +60,24 @@ private:
     std::atomic<int> m_looks = 0;
 };
 
+constexpr std::array kSignals = {SIGINT, SIGTERM, SIGHUP};
+
 class EndingSignal : public testing::TestWithParam<int>
 {
 public:
-    EndingSignal() : m_action(std::signal(GetParam(), SIG_DFL))
+    EndingSignal()
     {
+        // A shell starts programs in the background with an ignored SIGINT.
+        std::transform(kSignals.begin(), kSignals.end(), m_actions.begin(),
+                       [](int signal) { return std::signal(signal, SIG_DFL); });
         pthread_sigmask(SIG_SETMASK, nullptr, &m_blocked);
     }
     ~EndingSignal() override
     {
         pthread_sigmask(SIG_SETMASK, &m_blocked, nullptr);
-        std::signal(GetParam(), m_action);
+        for (std::size_t i = 0; i < kSignals.size(); ++i) {
+            std::signal(kSignals.at(i), m_actions.at(i));
+        }
     }
 
 protected:
@@ -80,7 +89,7 @@ protected:
     }
 
 private:
-    void (*m_action)(int);
+    std::array<void (*)(int), kSignals.size()> m_actions{};
     sigset_t m_blocked{};
 };
 
@@ -164,8 +173,8 @@ TEST_P(EndingSignal, IsLeftAloneWhenItIsIgnored)
     EXPECT_FALSE(isBlocked());
 }
 
-INSTANTIATE_TEST_SUITE_P(All, EndingSignal, testing::Values(SIGINT, SIGTERM, SIGHUP));
-INSTANTIATE_TEST_SUITE_P(All, EndingSignalDeathTest, testing::Values(SIGINT, SIGTERM, SIGHUP));
+INSTANTIATE_TEST_SUITE_P(All, EndingSignal, testing::ValuesIn(kSignals));
+INSTANTIATE_TEST_SUITE_P(All, EndingSignalDeathTest, testing::ValuesIn(kSignals));
 
 } // namespace
 
