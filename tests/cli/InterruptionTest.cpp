@@ -43,7 +43,7 @@ public:
         m_interrupted.notify_all();
     }
 
-    void passSlowly() { m_step = 499; }
+    void passSlowly() { m_step = 249; }
     void waitForLooks(int count) const
     {
         for (int looks = m_looks; looks < count; looks = m_looks) {

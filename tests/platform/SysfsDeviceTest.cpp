@@ -1,5 +1,6 @@
 // What a hub tells without being opened.
 
+#include "platform/linux/SysfsDevice.h"
 #include "platform/linux/LibusbBus.h"
 #include "platform/linux/SysfsText.h"
 #include "tests/platform/UsbTestbed.h"
@@ -113,11 +114,11 @@ TEST_F(HubInSysfs, TellsItsTextsWithoutControlCharacters)
     plugHub("2-3", "1-3");
     m_testbed.write("2-3", "product",
                     "Hub\x1B[2J \xC2\x9B"
-                    "7 \xC2\xB5-\xE2\x82\xAC\x7F\r\n\n");
+                    "7\xC2\xA0\xC2\xB5-\xE2\x82\xAC\x7F\r\n\n");
     m_testbed.write("2-3", "serial", "0042\n");
     const auto device = find();
     ASSERT_NE(device, nullptr);
-    EXPECT_EQ(device->texts().product, "Hub[2J 7 \xC2\xB5-\xE2\x82\xAC");
+    EXPECT_EQ(device->texts().product, "Hub[2J 7\xC2\xA0\xC2\xB5-\xE2\x82\xAC");
     EXPECT_EQ(device->texts().serialNumber, "0042");
     EXPECT_EQ(m_node->ioctlCount(), 0U);
 
@@ -142,6 +143,18 @@ TEST_F(HubInSysfs, TellsTheContainerIdThatTheKernelKeeps)
     ASSERT_NE(device, nullptr);
     EXPECT_EQ(device->containerId(), kContainerId);
     EXPECT_EQ(m_node->ioctlCount(), 0U);
+}
+
+TEST(ContainerId, IsInNoOtherDescriptorAndNotBehindOneWithoutALength)
+{
+    std::vector<std::uint8_t> descriptor(20, 0x04);
+    descriptor[0] = 20;
+    EXPECT_EQ(containerIdIn(descriptor), "");
+    descriptor[1] = 0x10;
+    EXPECT_NE(containerIdIn(descriptor), "");
+    descriptor[2] = 0x02;
+    descriptor[0] = 0;
+    EXPECT_EQ(containerIdIn(descriptor), "");
 }
 
 TEST_F(HubInSysfs, AsksTheHubForAContainerIdThatTheKernelDoesNotKeep)
