@@ -30,7 +30,7 @@ constexpr struct {
     {HubFailure::Short, kExitTransferFailed, "the hub moved too few bytes (short transfer)", true},
     {HubFailure::TimedOut, kExitTransferFailed, "the hub did not answer in time", true},
     {HubFailure::NotAnswered, kExitTransferFailed, "the request failed", true},
-    {HubFailure::NotRestarted, kExitFailure, "the hub confirmed the restart, but did not restart",
+    {HubFailure::NotRestarted, kExitFailure, "the hub did not restart, although it confirmed it",
      true},
     {HubFailure::NotReturned, kExitFailure, "the hub did not return to %", true},
     {HubFailure::AnotherHub, kExitFailure, "another hub is at % now", true},
@@ -38,7 +38,7 @@ constexpr struct {
      true},
     {HubFailure::NoFlashCode, kExitNotConfirmed, "the hub still runs its ROM code"},
     {HubFailure::OtherVersion, kExitNotConfirmed, "the hub runs another firmware version"},
-    {HubFailure::Abandoned, kExitFailure, "the program was stopped"},
+    {HubFailure::Abandoned, kExitFailure, "the program was stopped", true},
 };
 
 /// For each kind of flow.

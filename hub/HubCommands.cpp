@@ -156,11 +156,15 @@ bool Hub_OpenRomDevice()
     if (!Hub_SwitchMode(HUB_MODE_ROM)) {
         return false;
     }
-    if (Hub_IsRomMode()) {
+    HubStatusBlock block;
+    const bool isAnswered = readWholeBlock(block);
+    if (isAnswered && romCodeRunsBy(block)) {
         return true;
     }
     LastError = kNoRomCode;
-    setLastFailure(HubFailure::NoRomCode);
+    if (isAnswered) { // otherwise the failure of the request is the cause
+        setLastFailure(HubFailure::NoRomCode);
+    }
     Hub_CloseDevice();
     return false;
 }

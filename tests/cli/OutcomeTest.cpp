@@ -35,13 +35,13 @@ TEST(Outcome, OfAnOpenThatFailedIsItsCause)
         {HubFailure::Short, 7, "the hub moved too few bytes (short transfer)"},
         {HubFailure::TimedOut, 7, "the hub did not answer in time"},
         {HubFailure::NotAnswered, 7, "the request failed"},
-        {HubFailure::NotRestarted, 1, "the hub confirmed the restart, but did not restart", true},
+        {HubFailure::NotRestarted, 1, "the hub did not restart, although it confirmed it", true},
         {HubFailure::NotReturned, 1, "the hub did not return to 2-3/1-3", true},
         {HubFailure::AnotherHub, 1, "another hub is at 2-3/1-3 now", true},
         {HubFailure::NoRomCode, 1, "the hub does not run its ROM code after the restart", true},
         {HubFailure::NoFlashCode, 9, "the hub still runs its ROM code"},
         {HubFailure::OtherVersion, 9, "the hub runs another firmware version"},
-        {HubFailure::Abandoned, 1, "the program was stopped"},
+        {HubFailure::Abandoned, 1, "the program was stopped", true},
     };
     for (const auto& row : rows) {
         const Outcome outcome =
@@ -70,7 +70,8 @@ TEST(Outcome, OfAnUpdateIsToldByStatusAndSentence)
     } rows[] = {
         {"fault=never@1", 1, "the hub did not return to sim-1" + repeat},
         {"fault=same-mode@1", 1, "the hub does not run its ROM code after the restart" + repeat},
-        {"fault=ignore@rom", 1, "the hub confirmed the restart, but did not restart" + repeat},
+        {"fault=vanish-before@open-time#2", 7, "the hub was unplugged" + repeat},
+        {"fault=ignore@rom", 1, "the hub did not restart, although it confirmed it" + repeat},
         {"fault=vanish-before@write#2", 7, "the hub was unplugged: write at 0x1000" + again},
         {"fault=torn:5@write#3", 7,
          "the hub moved too few bytes (short transfer): write at 0x2000" + again},
@@ -78,7 +79,7 @@ TEST(Outcome, OfAnUpdateIsToldByStatusAndSentence)
         {"fault=never@2", 9, "verified, but the hub did not return to sim-1" + look},
         {"fault=same-mode@2", 9, "verified, but the hub still runs its ROM code" + look},
         {"fault=ignore@flash", 9,
-         "verified, but the hub confirmed the restart, but did not restart" + look},
+         "verified, but the hub did not restart, although it confirmed it" + look},
         {"fault=stall@flash", 9, "verified, but the hub refused the request (stall)" + look},
     };
     for (const auto& row : rows) {

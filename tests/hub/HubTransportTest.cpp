@@ -211,6 +211,7 @@ TEST_F(Abandon, StopsAnOpenThatIsStillLookingForItsHub)
 
 TEST_F(Abandon, LetsATransferInFlightEnd)
 {
+    setLastFailure(HubFailure::None);
     open();
     m_bus.onControl([](ControlRequest&) {
         onAnotherThread([] { Hub_Abandon(); });
