@@ -285,7 +285,7 @@ void Hub_BeginRestart()
     }
 }
 
-bool Hub_AwaitDevice(Clock::Duration limit, bool evenIfAbsent)
+bool Hub_AwaitDevice(Clock::Duration limit, bool isForRestart)
 {
     Clock& clock = *transport().clock;
     const BusEvents events(*transport().bus, clock);
@@ -299,8 +299,8 @@ bool Hub_AwaitDevice(Clock::Duration limit, bool evenIfAbsent)
         const bool isAbsent = lastOpenStatus == UsbOpenStatus::Gone;
         const HubSession* const session = HubSession::ofThisThread();
         const bool isTaken = session != nullptr && session->isTaken();
-        if (transport().abandoned || left <= Clock::Duration(0) || isTaken ||
-            (isAbsent && !evenIfAbsent)) {
+        const bool mayChange = isForRestart || lastOpenStatus == UsbOpenStatus::Busy;
+        if (transport().abandoned || left <= Clock::Duration(0) || isTaken || !mayChange) {
             return false;
         }
         const bool comesWithAnEvent = isAbsent && events.areReported();

@@ -106,4 +106,18 @@ INSTANTIATE_TEST_SUITE_P(
         Failure{"EraseNotRestarted", kErase, flashErase(), Step::Restart, kNoReturn, 0}),
     [](const auto& failure) { return failure.param.name; });
 
+TEST_F(ToolUnderTest, ShowsAHubOnWhichAnotherProgramWorksLikeOneThatCannotBeOpened)
+{
+    launchAndSettle();
+    const unsigned requests = hub().requestCount();
+    PlaceOwner owner;
+    const auto lock = placeLocks().lock({{"sim-1", 1}, {}}, {}, owner);
+    ASSERT_NE(lock, nullptr);
+    QTest::mouseClick(tool().btnErase_FwFlash, Qt::LeftButton);
+    EXPECT_TRUE(waitUntilEnabled());
+    settleEvents();
+    EXPECT_EQ(progressText(), "Open Rom Device...\nFail to Open Rom Device\nErase FW Fail\n");
+    EXPECT_EQ(hub().requestCount(), requests);
+}
+
 } // namespace vornadel::test

@@ -54,6 +54,7 @@ protected:
 
     AppDelegate& tool() { return *m_delegate; }
     SimulatedHub& hub() { return m_bus->hub(); }
+    PlaceLocks& placeLocks() { return m_bus->placeLocks(); }
     PatientClock& clock() { return *m_clock; }
     QWidget* content() const;
 

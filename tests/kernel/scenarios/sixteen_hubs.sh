@@ -39,7 +39,9 @@ count_requests
 milliseconds_of update_at_once 1
 one=$took
 only_asked 1
+hub 'unplug 1'
+hub 'plug-rom 1'
 wait_for_twins
-milliseconds_of update_at_once 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16
-echo "one hub: $one ms; fifteen more at once: $took ms, on $(nproc) processors"
+milliseconds_of update_at_once "${!places[@]}"
+echo "one hub: $one ms; sixteen at once: $took ms, on $(nproc) processors"
 stop_hubs
