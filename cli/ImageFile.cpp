@@ -52,8 +52,6 @@ std::string whyRefused(const FwImage& image)
     switch (FwImage_FindFlaw(image)) {
     case ImageFlaw::None:
         return {};
-    case ImageFlaw::NotAligned:
-        return "its descriptor block is not where the hub looks for it";
     case ImageFlaw::NoVersion:
         return "it has no firmware version";
     case ImageFlaw::NoIds:

@@ -1,6 +1,5 @@
 #include "firmware/ImageCheck.h"
 
-#include <cstddef>
 #include <cstdint>
 
 namespace vornadel
@@ -9,7 +8,6 @@ namespace vornadel
 namespace
 {
 
-constexpr std::ptrdiff_t kBlockAlignment = 256;
 constexpr int kStringCount = 3;
 constexpr std::uint32_t kStringHeader = 2;
 
@@ -36,9 +34,6 @@ bool stringsFit(const FwImage& image)
 
 ImageFlaw FwImage_FindFlaw(const FwImage& image)
 {
-    if ((image.descriptor - image.data.get()) % kBlockAlignment != 0) {
-        return ImageFlaw::NotAligned;
-    }
     if (image.version == nullptr) {
         return ImageFlaw::NoVersion;
     }

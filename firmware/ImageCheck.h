@@ -8,7 +8,6 @@ namespace vornadel
 /// Why a hub could not run an image.
 enum class ImageFlaw {
     None,
-    NotAligned, ///< the descriptor block does not begin at a multiple of 256
     NoVersion,  ///< no room for the version before the block
     NoIds,      ///< the vendor id or a product id is 0000 or FFFF
     BadStrings, ///< a string descriptor does not fit into the string area

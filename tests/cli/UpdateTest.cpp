@@ -116,8 +116,6 @@ TEST(Update, RefusesAnImageThatNoHubCouldRunAndLeavesTheHubAlone)
         std::string why;
     } rows[] = {
         {longer, "it has 33024 bytes, more than the hub's flash (32768)"},
-        {{whole.begin() + 1, whole.end()},
-         "its descriptor block is not where the hub looks for it"},
         {{whole.begin() + 0x7E00, whole.end()}, "it has no firmware version"},
         {withoutIds, "its vendor id or one of its product ids is missing"},
         {badStrings, "the strings in its descriptor block are damaged"},

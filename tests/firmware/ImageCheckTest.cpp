@@ -22,9 +22,9 @@ TEST(ImageFlaw, IsNotInAWholeBlock)
     EXPECT_EQ(flawOf(imageWithBlock(512, 256)), ImageFlaw::None);
 }
 
-TEST(ImageFlaw, IsABlockThatTheHubDoesNotFind)
+TEST(ImageFlaw, IsABlockWithoutRoomForItsVersion)
 {
-    EXPECT_EQ(flawOf(imageWithBlock(1000, 744)), ImageFlaw::NotAligned);
+    EXPECT_EQ(flawOf(imageWithBlock(1000, 744)), ImageFlaw::None);
     EXPECT_EQ(flawOf(imageWithBlock(256, 0)), ImageFlaw::NoVersion);
 }
 
