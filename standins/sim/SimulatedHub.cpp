@@ -179,25 +179,29 @@ void SimulatedHub::close(const AttachedHalf& device)
 bool SimulatedHub::reserve(std::int64_t& owner)
 {
     const std::lock_guard lock(m_mutex);
-    if (!m_reserved && takeFile() == UsbOpenStatus::Opened) {
-        m_reserved = true;
+    // Who has a hub's old place may lock the place that it has moved to as well.
+    if (m_reservedPlace != m_place && takeFile() == UsbOpenStatus::Opened) {
+        m_reservedPlace = m_place;
+        ++m_reservations;
         return true;
     }
-    owner = m_reserved || !m_file ? ::getpid() : m_file->owner();
+    owner = m_reservations > 0 || !m_file ? ::getpid() : m_file->owner();
     return false;
 }
 
 void SimulatedHub::giveBack()
 {
     const std::lock_guard lock(m_mutex);
-    m_reserved = false;
+    if (--m_reservations == 0) {
+        m_reservedPlace.clear();
+    }
     leaveFile();
 }
 
 std::int64_t SimulatedHub::owner() const
 {
     const std::lock_guard lock(m_mutex);
-    if (m_reserved) {
+    if (m_reservations > 0) {
         return ::getpid();
     }
     return m_file && !m_file->locked() ? m_file->owner() : 0;
@@ -211,8 +215,8 @@ bool SimulatedHub::isAttached() const
 
 bool SimulatedHub::isInUse() const
 {
-    return m_reserved || std::any_of(m_halves.begin(), m_halves.end(),
-                                     [](const Half& half) { return half.opened; });
+    return m_reservations > 0 || std::any_of(m_halves.begin(), m_halves.end(),
+                                             [](const Half& half) { return half.opened; });
 }
 
 /// Locks the flash file, which covers the whole hub, and reads it. Nothing to do if it is locked

@@ -169,9 +169,10 @@ private:
     FlashTexts m_texts;
     std::string m_place;
     std::array<Half, kHubSpeedCount> m_halves{};
-    std::uint64_t m_session; // one per stay on the bus; older handles and returns are invalid
-    bool m_reserved = false;
-    bool m_refusing = false; // opens fail
+    std::uint64_t m_session;     // one per stay on the bus; older handles and returns are invalid
+    unsigned m_reservations = 0; // one for each place of the hub that is locked
+    std::string m_reservedPlace; // the last of them
+    bool m_refusing = false;     // opens fail
 };
 
 } // namespace vornadel

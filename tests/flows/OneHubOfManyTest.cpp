@@ -199,6 +199,13 @@ TEST(OneHubOfMany, IsTheOnlyOneAskedByTheWindow)
     }
 }
 
+TEST(OneHubOfMany, MayMoveToAFreePlaceInTheWindow)
+{
+    forEachCase("moved", [](const Case& what) {
+        EXPECT_TRUE(FlowOnOne(what, false).succeeded) << textOf(what);
+    });
+}
+
 TEST(OneHubOfMany, IsTheOnlyOneAskedByTheWindowAfterTheDriverIsUnloaded)
 {
     std::vector<SimulatedHubOptions> hubs(2);
