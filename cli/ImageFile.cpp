@@ -40,7 +40,8 @@ bool loadImage(FwImage& image, const std::string& path, std::ostream& err)
 
 std::uint16_t storedNumber(const std::uint8_t* position)
 {
-    return static_cast<std::uint16_t>(position[0] << 8 | position[1]);
+    return position == nullptr ? std::uint16_t{0}
+                               : static_cast<std::uint16_t>(position[0] << 8 | position[1]);
 }
 
 std::string whyRefused(const FwImage& image)

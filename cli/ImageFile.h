@@ -16,7 +16,7 @@ std::string whyUnread(const std::string& path);
 /// would only call it a wrong firmware file.
 bool loadImage(FwImage& image, const std::string& path, std::ostream& err);
 
-/// Two bytes of an image, high byte first.
+/// Two bytes of an image, high byte first; 0 for a null position.
 std::uint16_t storedNumber(const std::uint8_t* position);
 
 /// Why a hub could not run a loaded image, in a sentence; empty if it could.

@@ -9,7 +9,7 @@ namespace
 {
 
 constexpr int kStringCount = 3;
-constexpr std::uint32_t kStringHeader = 2;
+constexpr std::uint32_t kShortestString = 2;
 
 bool isBlank(const std::uint8_t* id)
 {
@@ -22,7 +22,7 @@ bool stringsFit(const FwImage& image)
 {
     std::uint32_t at = 0;
     for (int i = 0; i < kStringCount && at < image.stringsLength && image.strings[at] != 0; ++i) {
-        if (image.strings[at] < kStringHeader) {
+        if (image.strings[at] < kShortestString) {
             return false;
         }
         at += image.strings[at];
