@@ -141,8 +141,8 @@ bool HubSession::mayHaveSerialNumber(const std::string& text) const
            text == *m_expected;
 }
 
-/// Whether this hub has a new serial number, which another hub had when the session began, and that
-/// other hub is no longer at its place.
+/// Whether this hub came back with a new serial number, which another hub had when the session
+/// began, and that other hub is no longer at its place.
 bool HubSession::mayComeFromElsewhere(const UsbDevice& hub, const Devices& devices) const
 {
     const std::string text = hub.texts().serialNumber;
@@ -152,7 +152,7 @@ bool HubSession::mayComeFromElsewhere(const UsbDevice& hub, const Devices& devic
                    device->texts().serialNumber == text;
         });
     };
-    return !text.empty() && text != m_serialNumber &&
+    return m_hasRestarted && !text.empty() && text != m_serialNumber &&
            std::any_of(m_seenAtStart.begin(), m_seenAtStart.end(), [&](const Seen& seen) {
                return seen.serialNumber == text && !seen.place.isSameConnector(m_place) &&
                       !isThere(seen);

@@ -81,41 +81,32 @@ int openOrCreate(const std::string& path)
     return -1;
 }
 
-// Who locks byte 0 has the place. Another locked byte tells the ids of the device there: the byte
-// with the number of the ids, and so nothing need be written into the file.
-constexpr off_t kFirstIds = 1;
-
-/// A lock of `length` bytes from `start` on; 0 means all the rest.
-struct flock lockOf(off_t start, off_t length)
+/// The lock of a place: the bytes from 0 on. Their number tells the ids of the device there, so
+/// nothing need be written into the file.
+struct flock lockOf(UsbIds ids)
 {
     struct flock range = {};
     range.l_type = F_WRLCK;
     range.l_whence = SEEK_SET;
-    range.l_start = start;
-    range.l_len = length;
+    range.l_len = 1 + (off_t{ids.vendor} << 16 | ids.product);
     return range;
 }
 
-off_t numberOf(UsbIds ids) { return off_t{ids.vendor} << 16 | ids.product; }
-
-UsbIds idsOf(off_t number)
+/// Zero for a lock to the end of the file, which is none of ours.
+UsbIds idsOf(const struct flock& lock)
 {
+    const off_t number = lock.l_len == 0 ? 0 : lock.l_len - 1;
     return {static_cast<std::uint16_t>(number >> 16), static_cast<std::uint16_t>(number)};
 }
 
 /// Who has locked the file; none if nobody has. The process is 0 if the system does not tell it.
 std::optional<PlaceOwner> ownerOf(int file, const std::string& place)
 {
-    struct flock range = lockOf(0, 1);
+    struct flock range = lockOf({});
     if (fcntl(file, F_GETLK, &range) != 0 || range.l_type == F_UNLCK) {
         return std::nullopt;
     }
-    PlaceOwner owner = {place, std::max<std::int64_t>(range.l_pid, 0), {}};
-    struct flock ids = lockOf(kFirstIds, 0);
-    if (fcntl(file, F_GETLK, &ids) == 0 && ids.l_type != F_UNLCK) {
-        owner.ids = idsOf(ids.l_start - kFirstIds);
-    }
-    return owner;
+    return PlaceOwner{place, std::max<std::int64_t>(range.l_pid, 0), idsOf(range)};
 }
 
 /// A place that this process has locked.
@@ -257,13 +248,11 @@ std::unique_ptr<PlaceLock> LockFiles::lock(const UsbPlace& place, UsbIds ids, Pl
     if (!file.isUsable()) {
         return nullptr;
     }
-    struct flock range = lockOf(0, 1);
+    struct flock range = lockOf(ids);
     if (fcntl(file.get(), F_SETLK, &range) != 0) {
         owner = ownerOf(file.get(), owner.place).value_or(owner);
         return nullptr;
     }
-    struct flock told = lockOf(kFirstIds + numberOf(ids), 1);
-    fcntl(file.get(), F_SETLK, &told);
     if (!file.isAt(path)) { // removed meanwhile: the next process would create and lock another
         return nullptr;
     }

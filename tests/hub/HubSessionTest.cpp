@@ -172,6 +172,16 @@ TEST_F(OneHub, IsLookedForOnceASecondWithoutAnEvent)
     Hub_CloseDevice();
 }
 
+TEST_F(OneHub, IsAtItsPlaceAtFirstWhateverHubWithItsSerialNumberLeaves)
+{
+    m_bus.attached = {hubAt(1, 1, "A"), hubAt(2, 1, "A")};
+    m_bus.attached[0].openStatus = UsbOpenStatus::Busy;
+    const HubSession session(strictly(hubAt(1).place));
+    EXPECT_EQ(opens(), -1);
+    m_bus.attached = {hubAt(1, 1, "A")};
+    EXPECT_EQ(opens(), 0);
+}
+
 TEST_F(OneHub, IsLockedUntilTheEndOfTheSession)
 {
     m_bus.attached = {hubAt(1)};
