@@ -44,6 +44,8 @@ protected:
 
 TEST_F(AttachedHubs, AreOneForBothHalvesOfAConnector)
 {
+    SupportedIdList[1] = {0, kVendor, kHighSpeed, 1};
+    SupportedIdList[2] = {1, 0x9999, kHighSpeed, 1};
     m_bus.attached = {half(kHighSpeed, "1-3", "2-3"),
                       half(kSuperSpeed, "2-4", "1-4"),
                       {0x1111, 0x2222},
@@ -62,6 +64,19 @@ TEST_F(AttachedHubs, AreToldApartByTheirIdsWhereThePlatformTellsNoSecondPort)
     EXPECT_THAT(listed(), ElementsAre("20-2 3300/0 20-2", "20-6 3300/0 20-6"));
     m_bus.attached.push_back(half(kHighSpeed, "20-7"));
     EXPECT_EQ(listed().size(), 3U) << "it could belong to either";
+}
+
+TEST_F(AttachedHubs, AreNotJoinedIfOneIsWholeOrTellsItsConnector)
+{
+    const ScriptedDevice lone = half(kHighSpeed, "20-6");
+    m_bus.attached = {half(kSuperSpeed, "2-3", "1-3"), lone};
+    EXPECT_EQ(listed().size(), 2U);
+    m_bus.attached = {lone, half(kSuperSpeed, "2-3", "1-3")};
+    EXPECT_EQ(listed().size(), 2U);
+    m_bus.attached = {half(kSuperSpeed, "20-2"), half(kHighSpeed, "20-2"), lone};
+    EXPECT_EQ(listed().size(), 2U);
+    m_bus.attached = {lone, half(kSuperSpeed, "20-2"), half(kHighSpeed, "20-2")};
+    EXPECT_EQ(listed().size(), 2U);
 }
 
 TEST_F(AttachedHubs, AreNoneOnABusWithoutOneAndUnknownWithoutAList)

@@ -252,4 +252,27 @@ TEST_F(UsePlatform, ChangesNothingWhileAHubIsOpen)
 }
 
 } // namespace
+TEST_F(HubTest, TellsWhyAnOpenFailed)
+{
+    using Row = std::pair<UsbOpenStatus, HubFailure>;
+    for (const auto& [status, failure] : {Row{UsbOpenStatus::NoAccess, HubFailure::NoAccess},
+                                          {UsbOpenStatus::Busy, HubFailure::Busy},
+                                          {UsbOpenStatus::Gone, HubFailure::Unplugged},
+                                          {UsbOpenStatus::Other, HubFailure::NotOpened}}) {
+        m_bus.attached.front().openStatus = status;
+        EXPECT_FALSE(Hub_OpenDevice());
+        EXPECT_EQ(Hub_LastFailure(), failure);
+    }
+    m_bus.attached.clear();
+    EXPECT_FALSE(Hub_OpenDevice());
+    EXPECT_EQ(Hub_LastFailure(), HubFailure::NoHub);
+    m_bus.givesList = false;
+    EXPECT_FALSE(Hub_OpenDevice());
+    EXPECT_EQ(Hub_LastFailure(), HubFailure::NotOpened);
+    m_bus.onSearch([] { Hub_Abandon(); });
+    m_bus.givesList = true;
+    EXPECT_FALSE(Hub_OpenDevice());
+    EXPECT_EQ(Hub_LastFailure(), HubFailure::Abandoned);
+}
+
 } // namespace vornadel::test
