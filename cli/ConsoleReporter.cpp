@@ -30,7 +30,9 @@ void ConsoleReporter::started(const FlowStart& start)
 void ConsoleReporter::stepStarted(Step step)
 {
     // A signal that came after the flow's last look at its stop flag has promised to stop it.
-    if (step == Step::Erase && m_stop.enter(StopRequest::Phase::Changing)) {
+    const bool begins = (step == Step::Erase || step == Step::Restart) && !m_mustFinish;
+    m_mustFinish = m_mustFinish || begins;
+    if (begins && m_stop.enter(StopRequest::Phase::Changing)) {
         appendProgressInfo_Red(kFinishing + std::string("\n"));
     }
     FlowTextReporter::stepStarted(step);

@@ -37,8 +37,9 @@ private:
     bool m_terminal;
     StopRequest& m_stop;
     FlowResult m_result;
-    double m_shown = -1;   // percent
-    bool m_moving = false; // the cursor is after a percentage
+    bool m_mustFinish = false; // a step has begun after which the flow does not stop
+    double m_shown = -1;       // percent
+    bool m_moving = false;     // the cursor is after a percentage
 };
 
 } // namespace vornadel

@@ -38,7 +38,7 @@ bool isSelected(const HubChoice& choice, const HubSelector& selector);
 std::int64_t ownerOf(UsbBus& bus, const UsbPlace& place);
 
 /// The one hub that the command line selects. Otherwise nothing, the exit status in `status`, and
-/// the reason on standard error. Sends no request to any hub.
+/// the reason on standard error. Sends no vendor request to any hub.
 std::optional<AttachedHub> selectHub(const Command& command, int& status);
 
 } // namespace vornadel

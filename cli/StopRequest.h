@@ -13,7 +13,8 @@ public:
     enum class Phase {
         NoFlow,    ///< no flow runs: the command can end at its next request
         Unchanged, ///< the flow has not begun to change the hub's flash
-        Changing,  ///< the flow must finish, or the hub has no firmware
+        Changing,  ///< the flow must finish: it changes the flash, or restarts the hub for the last
+                   ///< time
     };
 
     /// For FlowOptions.
@@ -44,7 +45,7 @@ private:
 
 /// Said when a flow is asked to stop in Phase::Changing.
 inline constexpr const char* kFinishing =
-    "finishing first, so that the hub is not left without firmware; a second signal stops at the "
-    "next request";
+    "finishing first, so that the hub is not left half-way; a second signal stops at the next "
+    "request";
 
 } // namespace vornadel

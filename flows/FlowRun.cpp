@@ -150,6 +150,9 @@ bool FlowRun::transferAll(Step step, std::span<Byte> bytes, Transfer transfer)
 bool FlowRun::readSilently(Step step, std::span<std::uint8_t> bytes)
 {
     for (std::size_t done = 0; done < bytes.size(); done += kFlashPiece) {
+        if (isAskedToStop()) {
+            return stop(step);
+        }
         const std::size_t length = std::min<std::size_t>(kFlashPiece, bytes.size() - done);
         const auto address = static_cast<std::uint32_t>(done);
         if (Hub_ReadFlash(address, bytes.subspan(done, length)) != 0) {

@@ -241,8 +241,6 @@ bool Hub_OpenDevice()
     return true;
 }
 
-UsbOpenStatus Hub_LastOpenStatus() { return lastOpenStatus; }
-
 void Hub_CloseDevice()
 {
     if (std::unique_ptr<UsbDevice> hub = takeOwnHub()) {

@@ -32,14 +32,9 @@ bool Hub_FindDevice();
 /// Opens the hub of the thread's HubSession, or without a session the first supported hub in the
 /// bus's order, and sends it the open-time request, whose status is ignored. Does not try a second
 /// hub. LastError: 2 without a device list; 5 if no supported hub is there, it cannot be opened,
-/// another thread has it, or the program is ending. A second open without a close replaces the old
-/// device, which stays open and unused until the process ends.
+/// another thread has it, or the program is ending; Hub_LastFailure() tells which. A second open
+/// without a close replaces the old device, which stays open and unused until the process ends.
 bool Hub_OpenDevice();
-
-/// The status of the calling thread's last Hub_OpenDevice(). Gone also means that no supported hub
-/// was there, Busy that another thread had it, and Other that there was no device list or
-/// Hub_Abandon() had been called.
-UsbOpenStatus Hub_LastOpenStatus();
 
 /// Closes the hub that the calling thread opened; does nothing otherwise.
 void Hub_CloseDevice();

@@ -25,8 +25,7 @@ Clock::Duration StdClock::now()
 
 void StdClock::sleep(Duration pause)
 {
-    std::unique_lock lock(m_mutex);
-    m_sleepers.wait_for(lock, pause, [this] { return m_interrupted; });
+    sleepUntil([] { return false; }, pause);
 }
 
 void StdClock::sleepUntil(const std::function<bool()>& over, Duration pause)

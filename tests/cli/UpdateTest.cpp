@@ -205,11 +205,21 @@ TEST(ConsoleReporter, KnowsHowFarTheFlowHasCome)
     reporter.stepStarted(Step::Open);
     EXPECT_EQ(stop.ask(), StopRequest::Phase::Unchanged);
     reporter.stepStarted(Step::Erase); // although it was asked to stop
-    EXPECT_EQ(err.str(), std::string(kFinishing) + '\n');
     EXPECT_EQ(stop.ask(), StopRequest::Phase::Changing);
+    reporter.stepStarted(Step::Restart);
+    EXPECT_EQ(err.str(), std::string(kFinishing) + '\n') << "said once";
     reporter.finished({.step = Step::Erase, .cause = Cause::Interrupted});
     EXPECT_EQ(stop.ask(), StopRequest::Phase::NoFlow);
     EXPECT_EQ(err.str(), std::string(kFinishing) + "\nUpdate FW Fail\n");
+
+    StopRequest stopOfRead;
+    ConsoleReporter readConsole(out, err, false, stopOfRead);
+    FlowReporter& readReporter = readConsole;
+    readReporter.started({FlowKind::Read});
+    readReporter.stepStarted(Step::Read);
+    EXPECT_EQ(stopOfRead.ask(), StopRequest::Phase::Unchanged);
+    readReporter.stepStarted(Step::Restart);
+    EXPECT_EQ(stopOfRead.ask(), StopRequest::Phase::Changing);
 }
 
 TEST(ConsoleReporter, EndsTheMovingLineBeforeAFailureAndAtItsEnd)

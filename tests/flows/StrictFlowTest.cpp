@@ -134,6 +134,48 @@ TEST_F(StrictFlow, IsNoSuccessIfTheHubRunsAnotherVersion)
         {.step = Step::Restart, .cause = Cause::NotConfirmed, .failure = HubFailure::OtherVersion});
 }
 
+TEST_F(StrictFlow, IsNoSuccessIfTheHubDoesNotTellWhatItRuns)
+{
+    addFault({.kind = FaultKind::Stall, .on = RequestKind::Status, .position = 4});
+    EXPECT_FALSE(update());
+    failedWith(
+        {.step = Step::Restart, .cause = Cause::NotConfirmed, .failure = HubFailure::Stalled});
+}
+
+TEST_F(StrictFlow, DoesNotWaitForAHubThatIsNotThere)
+{
+    options.hub.place = {{"sim-1", 1}, {}};
+    setup.hub().unplug();
+    EXPECT_FALSE(update());
+    failedWith({.step = Step::Open, .cause = Cause::NotOpened, .failure = HubFailure::NoHub});
+    EXPECT_EQ(setup.clock.now(), 0s);
+}
+
+TEST_F(StrictFlow, DoesNotWaitForTheHubOnceTheProgramIsEnding)
+{
+    Clock::Duration then{};
+    setup.hub().onRequest = [&](const ControlRequest& request) {
+        if (request.bRequest == 0xE9) {
+            then = setup.clock.now();
+            Hub_Abandon();
+        }
+    };
+    EXPECT_FALSE(update());
+    failedWith(
+        {.step = Step::Restart, .cause = Cause::NotRestarted, .failure = HubFailure::Abandoned});
+    EXPECT_EQ(setup.clock.now(), then);
+}
+
+TEST_F(StrictFlow, ExpectsNoSerialNumberOfAnErasedHub)
+{
+    setup.hub().onRequest = [this](const ControlRequest& request) {
+        if (request.bRequest == 0xE9) { // as if its ROM code had a serial number of its own
+            ASSERT_TRUE(setup.hub().setFlash(demoImage(kDemoVersion100, 2)));
+        }
+    };
+    EXPECT_TRUE(erase());
+}
+
 TEST_F(StrictFlow, WaitsAsLongAsTheWindowForAHubThatDoesNotReturn)
 {
     addFault({.kind = FaultKind::Never, .position = 2});
@@ -194,12 +236,20 @@ TEST_F(StrictFlow, LeavesAHubThatItHasNotRestartedAsItIsWhenStopped)
 
 TEST_F(StrictFlow, StopsAReadBetweenTwoPieces)
 {
-    setup.hub().onRequest = [this](const ControlRequest& request) {
-        isAskedToStop = isAskedToStop || request.bRequest == 0xD8;
-    };
-    EXPECT_FALSE(read());
-    failedWith({.step = Step::Read, .cause = Cause::Interrupted});
-    EXPECT_EQ(setup.hub().runningCode(), HubCode::Flash);
+    for (const unsigned last : {1U, 8U, 9U}) { // of eight for each of two reads
+        SCOPED_TRACE(last);
+        unsigned pieces = 0;
+        isAskedToStop = false;
+        setup.hub().onRequest = [&](const ControlRequest& request) {
+            pieces += request.bRequest == 0xD8 ? 1 : 0;
+            isAskedToStop = pieces == last;
+        };
+        EXPECT_FALSE(read());
+        failedWith({.step = Step::Read, .cause = Cause::Interrupted});
+        EXPECT_EQ(pieces, last);
+        EXPECT_TRUE(flash.empty());
+        EXPECT_EQ(setup.hub().runningCode(), HubCode::Flash);
+    }
 }
 
 TEST_F(StrictFlow, FinishesOnceItHasErased)

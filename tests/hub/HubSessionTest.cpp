@@ -1,5 +1,6 @@
 #include "hub/HubSession.h"
 
+#include "hub/HubCommands.h"
 #include "hub/HubFailure.h"
 #include "hub/HubTransport.h"
 #include "tests/hub/HubTest.h"
@@ -16,6 +17,7 @@ namespace
 {
 
 using testing::Contains;
+using testing::IsEmpty;
 using testing::Not;
 
 /// The SuperSpeed half of a hub at port 2-N/1-N.
@@ -79,7 +81,6 @@ TEST_F(OneHub, IsLookedForAtItsPlaceFirstAndElsewhereOnlyIfItHasJustCome)
     EXPECT_EQ(opens(), 1) << "the same stay will do for the window";
     m_bus.attached = {hubAt(2)};
     EXPECT_EQ(opens(), -1);
-    EXPECT_EQ(Hub_LastOpenStatus(), UsbOpenStatus::Gone);
     EXPECT_EQ(Hub_LastFailure(), HubFailure::NotReturned);
     m_bus.attached = {hubAt(2), hubAt(3)};
     EXPECT_EQ(opens(), 1);
@@ -180,6 +181,15 @@ TEST_F(OneHub, IsAtItsPlaceAtFirstWhateverHubWithItsSerialNumberLeaves)
     EXPECT_EQ(opens(), -1);
     m_bus.attached = {hubAt(1, 1, "A")};
     EXPECT_EQ(opens(), 0);
+}
+
+TEST_F(OneHub, IsNotWaitedForIfThePermissionIsMissing)
+{
+    m_bus.attached.front().openStatus = UsbOpenStatus::NoAccess;
+    const HubSession session(strictly());
+    EXPECT_FALSE(Hub_OpenRomDevice());
+    EXPECT_EQ(Hub_LastFailure(), HubFailure::NoAccess);
+    EXPECT_THAT(m_clock.pauses(), IsEmpty());
 }
 
 TEST_F(OneHub, IsLockedUntilTheEndOfTheSession)

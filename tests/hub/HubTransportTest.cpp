@@ -82,24 +82,26 @@ TEST_F(OpenDevice, DoesNotTryTheSecondHubWhenTheFirstRefuses)
 
 TEST_F(OpenDevice, TellsWhyTheHubWasNotOpened)
 {
-    for (const UsbOpenStatus status : {UsbOpenStatus::NoAccess, UsbOpenStatus::Busy,
-                                       UsbOpenStatus::Gone, UsbOpenStatus::Other}) {
+    using Row = std::pair<UsbOpenStatus, HubFailure>;
+    for (const auto& [status, failure] : {Row{UsbOpenStatus::NoAccess, HubFailure::NoAccess},
+                                          {UsbOpenStatus::Busy, HubFailure::Busy},
+                                          {UsbOpenStatus::Gone, HubFailure::Unplugged},
+                                          {UsbOpenStatus::Other, HubFailure::NotOpened}}) {
         m_bus.attached = {{kVendor, kSuperSpeed, status}};
         EXPECT_FALSE(Hub_OpenDevice());
         EXPECT_EQ(LastError, 5);
-        EXPECT_EQ(Hub_LastOpenStatus(), status);
+        EXPECT_EQ(Hub_LastFailure(), failure);
     }
     m_bus.attached.clear();
     EXPECT_FALSE(Hub_OpenDevice());
-    EXPECT_EQ(Hub_LastOpenStatus(), UsbOpenStatus::Gone);
+    EXPECT_EQ(Hub_LastFailure(), HubFailure::NoHub);
     m_bus.attached = {{kVendor, kSuperSpeed}};
     EXPECT_TRUE(Hub_OpenDevice());
-    EXPECT_EQ(Hub_LastOpenStatus(), UsbOpenStatus::Opened);
     onAnotherThread([] {
         EXPECT_FALSE(Hub_OpenDevice());
-        EXPECT_EQ(Hub_LastOpenStatus(), UsbOpenStatus::Busy);
+        EXPECT_EQ(Hub_LastFailure(), HubFailure::Busy);
     });
-    EXPECT_EQ(Hub_LastOpenStatus(), UsbOpenStatus::Opened) << "the other thread's is its own";
+    EXPECT_EQ(Hub_LastFailure(), HubFailure::NoHub) << "the other thread's is its own";
 }
 
 TEST_F(OpenDevice, SetsCodeTwoWithoutADeviceList)
@@ -107,7 +109,7 @@ TEST_F(OpenDevice, SetsCodeTwoWithoutADeviceList)
     m_bus.givesList = false;
     EXPECT_FALSE(Hub_OpenDevice());
     EXPECT_EQ(LastError, 2);
-    EXPECT_EQ(Hub_LastOpenStatus(), UsbOpenStatus::Other);
+    EXPECT_EQ(Hub_LastFailure(), HubFailure::NotOpened);
     LastError = 0;
     EXPECT_FALSE(Hub_FindDevice());
     EXPECT_EQ(LastError, 2);
@@ -195,7 +197,7 @@ TEST_F(Abandon, FailsEveryOpenWithoutLookingAtTheBus)
     Hub_Abandon();
     EXPECT_FALSE(Hub_OpenDevice());
     EXPECT_EQ(LastError, 5);
-    EXPECT_EQ(Hub_LastOpenStatus(), UsbOpenStatus::Other);
+    EXPECT_EQ(Hub_LastFailure(), HubFailure::Abandoned);
     EXPECT_THAT(m_bus.events(), IsEmpty());
 }
 
@@ -204,7 +206,7 @@ TEST_F(Abandon, StopsAnOpenThatIsStillLookingForItsHub)
     m_bus.onSearch([] { Hub_Abandon(); });
     EXPECT_FALSE(Hub_OpenDevice());
     EXPECT_EQ(LastError, 5);
-    EXPECT_EQ(Hub_LastOpenStatus(), UsbOpenStatus::Other);
+    EXPECT_EQ(Hub_LastFailure(), HubFailure::Abandoned);
     EXPECT_THAT(m_bus.events(), ElementsAre("search"));
     EXPECT_THAT(m_bus.requests(), IsEmpty());
 }
@@ -252,27 +254,4 @@ TEST_F(UsePlatform, ChangesNothingWhileAHubIsOpen)
 }
 
 } // namespace
-TEST_F(HubTest, TellsWhyAnOpenFailed)
-{
-    using Row = std::pair<UsbOpenStatus, HubFailure>;
-    for (const auto& [status, failure] : {Row{UsbOpenStatus::NoAccess, HubFailure::NoAccess},
-                                          {UsbOpenStatus::Busy, HubFailure::Busy},
-                                          {UsbOpenStatus::Gone, HubFailure::Unplugged},
-                                          {UsbOpenStatus::Other, HubFailure::NotOpened}}) {
-        m_bus.attached.front().openStatus = status;
-        EXPECT_FALSE(Hub_OpenDevice());
-        EXPECT_EQ(Hub_LastFailure(), failure);
-    }
-    m_bus.attached.clear();
-    EXPECT_FALSE(Hub_OpenDevice());
-    EXPECT_EQ(Hub_LastFailure(), HubFailure::NoHub);
-    m_bus.givesList = false;
-    EXPECT_FALSE(Hub_OpenDevice());
-    EXPECT_EQ(Hub_LastFailure(), HubFailure::NotOpened);
-    m_bus.onSearch([] { Hub_Abandon(); });
-    m_bus.givesList = true;
-    EXPECT_FALSE(Hub_OpenDevice());
-    EXPECT_EQ(Hub_LastFailure(), HubFailure::Abandoned);
-}
-
 } // namespace vornadel::test

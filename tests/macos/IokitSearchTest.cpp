@@ -1,6 +1,7 @@
 // Finding, opening, sending requests and closing the hub, call by call.
 
 #include "base/LastError.h"
+#include "hub/HubFailure.h"
 #include "hub/HubTransport.h"
 #include "hub/SupportedIds.h"
 #include "tests/macos/MacTest.h"
@@ -168,18 +169,18 @@ TEST_F(IokitSearch, ReleasesABusyHubAndTriesNoOther)
 
 TEST_F(IokitSearch, TellsWhyTheHubWasNotOpened)
 {
-    const std::vector<std::pair<IOReturn, UsbOpenStatus>> statuses = {
-        {kIOReturnNotPrivileged, UsbOpenStatus::NoAccess},
-        {kIOReturnNotPermitted, UsbOpenStatus::NoAccess},
-        {kIOReturnExclusiveAccess, UsbOpenStatus::Busy},
-        {kIOReturnBusy, UsbOpenStatus::Busy},
-        {kIOReturnNoDevice, UsbOpenStatus::Gone},
-        {kIOReturnNotAttached, UsbOpenStatus::Gone},
-        {kIOReturnNoMemory, UsbOpenStatus::Other}};
+    const std::vector<std::pair<IOReturn, HubFailure>> statuses = {
+        {kIOReturnNotPrivileged, HubFailure::NoAccess},
+        {kIOReturnNotPermitted, HubFailure::NoAccess},
+        {kIOReturnExclusiveAccess, HubFailure::Busy},
+        {kIOReturnBusy, HubFailure::Busy},
+        {kIOReturnNoDevice, HubFailure::Unplugged},
+        {kIOReturnNotAttached, HubFailure::Unplugged},
+        {kIOReturnNoMemory, HubFailure::NotOpened}};
     for (const auto& row : statuses) { // clang 14 captures no structured binding
         mac.attach({with(kHub, [&row](MacDevice& hub) { hub.openResult = row.first; })});
         EXPECT_FALSE(Hub_OpenDevice());
-        EXPECT_EQ(Hub_LastOpenStatus(), row.second) << std::hex << row.first;
+        EXPECT_EQ(Hub_LastFailure(), row.second) << std::hex << row.first;
     }
 }
 

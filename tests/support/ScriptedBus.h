@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/PlacesInMemory.h"
 #include "platform/UsbBus.h"
+#include "tests/support/PlacesInMemory.h"
 #include "tests/support/SeenRequest.h"
 
 #include <gtest/gtest.h>

@@ -23,17 +23,7 @@ public:
 
     void sleep(Duration pause) override
     {
-        {
-            const std::lock_guard lock(m_mutex);
-            m_pauses.push_back(pause);
-            if (m_interrupted) {
-                return;
-            }
-        }
-        if (onSleep) {
-            onSleep(pause);
-        }
-        advance(pause);
+        sleepUntil([] { return false; }, pause);
     }
 
     void sleepUntil(const std::function<bool()>& over, Duration pause) override
