@@ -40,16 +40,15 @@ void say(const char* sentence)
 /// Whether the flow will end by itself.
 bool askToStop(StopRequest& stop)
 {
-    switch (stop.ask()) {
-    case StopRequest::Phase::Unchanged:
-        say("stopping; the hub stays as it was");
-        return true;
-    case StopRequest::Phase::Changing:
-        say(kFinishing);
-        return true;
-    default:
-        return false;
-    }
+    using Phase = StopRequest::Phase;
+    const Phase phase = stop.ask([](Phase reached) {
+        if (reached == Phase::Unchanged) {
+            say("stopping; the hub stays as it was");
+        } else if (reached == Phase::Changing) {
+            say(kFinishing);
+        }
+    });
+    return phase != Phase::NoFlow;
 }
 
 } // namespace

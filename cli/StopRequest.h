@@ -28,13 +28,20 @@ public:
         return m_asked;
     }
 
-    /// Asks the command to stop, and tells how far it has come.
-    Phase ask()
+    /// Asks the command to stop, after `announce(phase)` has said how far it has come, so that the
+    /// command's last words come later. Returns that phase.
+    template <typename Announce>
+    Phase ask(Announce announce)
     {
         const std::lock_guard lock(m_mutex);
+        announce(m_phase);
         m_asked = true;
         m_asked.notify_all();
         return m_phase;
+    }
+    Phase ask()
+    {
+        return ask([](Phase /*phase*/) {});
     }
 
 private:

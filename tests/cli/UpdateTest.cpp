@@ -203,7 +203,8 @@ TEST(ConsoleReporter, KnowsHowFarTheFlowHasCome)
     FlowReporter& reporter = console;
     reporter.started({FlowKind::Update, "a.bin", 8192});
     reporter.stepStarted(Step::Open);
-    EXPECT_EQ(stop.ask(), StopRequest::Phase::Unchanged);
+    const auto isFirstWord = [&stop](auto) { EXPECT_FALSE(*stop.flag()); };
+    EXPECT_EQ(stop.ask(isFirstWord), StopRequest::Phase::Unchanged);
     reporter.stepStarted(Step::Erase); // although it was asked to stop
     EXPECT_EQ(stop.ask(), StopRequest::Phase::Changing);
     reporter.stepStarted(Step::Restart);
