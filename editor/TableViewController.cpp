@@ -1,10 +1,10 @@
 #include "editor/TableViewController.h"
 
-#include "base/GenFun.h"
 #include "editor/HexText.h"
 #include "editor/ImageText.h"
 #include "editor/Tone.h"
 #include "firmware/FwImage.h"
+#include "props/PropertyEdit.h"
 #include "props/PropertyFile.h"
 
 #include <QComboBox>
@@ -19,6 +19,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
+#include <span>
 #include <utility>
 
 namespace vornadel
@@ -31,15 +32,8 @@ namespace
 
 constexpr int kPropertyWidth = 266;
 constexpr int kValueWidth = 170;
-constexpr const char* kEmptyValue = "Empty Value";
 
 QString fromText(const std::string& text) { return QString::fromStdString(text); }
-
-/// The text of an option in the table and in the description.
-QString optionText(const PropItem& item, std::size_t at)
-{
-    return fromText(item.dataList[at]) + " : " + fromText(item.propList[at]);
-}
 
 /// The decimal number at the start of a text; 0 if there is none.
 int leadingNumber(const QString& text)
@@ -109,16 +103,8 @@ void TableViewController::RefreshCurValues_8Bit() { refreshFirst(allItemList.siz
 
 void TableViewController::refreshFirst(std::size_t count)
 {
-    if (!m_image.loaded) {
-        return;
-    }
-    for (std::size_t i = 0; i < count; ++i) {
-        PropItem& item = *allItemList[i];
-        if (item.key != 0) {
-            // Only the low eight bits of the address: always inside the block.
-            const std::uint8_t* byte = m_image.descriptor + (item.addr & 0xFF);
-            item.curValue = std::to_string(GF_GetMaskValue(byte, item.mask));
-        }
+    if (m_image.loaded) {
+        refreshValues(std::span(allItemList).first(count), FwImage_Block(m_image));
     }
 }
 
@@ -205,13 +191,9 @@ ValueCell TableViewController::valueCell(int row) const
     if (item == nullptr) {
         return cell;
     }
-    bool found = false;
+    cell.text = fromText(valueText(*item));
     for (std::size_t i = 0; i < item->dataList.size(); ++i) {
-        cell.entries.append(optionText(*item, i));
-        if (!found && item->dataList[i] == item->curValue) {
-            found = true;
-            cell.text = cell.entries.back();
-        }
+        cell.entries.append(fromText(optionText(*item, i)));
     }
     const int position = leadingNumber(cell.text);
     cell.chosen = position >= 0 && position < cell.entries.size() ? position : -1;
@@ -228,13 +210,6 @@ QString TableViewController::tableView_objectValueForTableColumn_row(const QStri
     return item != nullptr && column == kValueColumn ? valueCell(row).text : QString(kEmptyValue);
 }
 
-/// A byte of the image by its offset from the descriptor block; null outside the image.
-std::uint8_t* TableViewController::byteAt(std::uint32_t offset) const
-{
-    const std::int64_t room = m_image.data.get() + m_image.size - m_image.descriptor;
-    return offset < room ? m_image.descriptor + offset : nullptr;
-}
-
 void TableViewController::tableView_setObjectValue_forTableColumn_row(int value,
                                                                       const QString& column,
                                                                       int row)
@@ -243,12 +218,10 @@ void TableViewController::tableView_setObjectValue_forTableColumn_row(int value,
         return;
     }
     PropItem& item = *propItemList[static_cast<std::size_t>(row)];
-    const std::uint8_t* enabling = byteAt(item.baseOnAddr);
-    const std::uint8_t enabled =
-        enabling == nullptr ? 0 : GF_GetMaskValue(enabling, item.baseOnMask);
+    const std::span<const std::uint8_t> block = FwImage_Block(m_image);
     m_voices.log(QString::asprintf("baseOnMask=%d;baseOnAddr=%d;baseOnValue=%d", item.baseOnMask,
-                                   static_cast<int>(item.baseOnAddr), enabled));
-    if (item.baseOnAddr != 0 && item.baseOnMask != 0 && enabled == 0) {
+                                   static_cast<int>(item.baseOnAddr), enablingValue(item, block)));
+    if (isLocked(item, block)) {
         refuse(item);
     } else {
         apply(item, value);
@@ -257,10 +230,7 @@ void TableViewController::tableView_setObjectValue_forTableColumn_row(int value,
 
 void TableViewController::apply(PropItem& item, int value)
 {
-    if (std::uint8_t* byte = byteAt(item.addr)) {
-        GF_SetMaskValue(byte, item.mask, static_cast<std::uint8_t>(value));
-    }
-    item.curValue = std::to_string(value);
+    chooseOption(item, value, FwImage_Block(m_image));
     m_voices.log(QString::asprintf("value = %d", value));
     m_voices.log(QString::asprintf("baseOnAddr:%d\nbaseOnMask:%d\n",
                                    static_cast<int>(item.baseOnAddr), item.baseOnMask) +
@@ -274,19 +244,7 @@ void TableViewController::apply(PropItem& item, int value)
 
 void TableViewController::refuse(const PropItem& item)
 {
-    const auto controlling =
-        std::find_if(allItemList.begin(), allItemList.end(), [&item](const auto& other) {
-            return other->addr == item.baseOnAddr && other->mask == item.baseOnMask;
-        });
-    std::uint8_t high = 0;
-    std::uint8_t low = 0;
-    GF_Mask2Bits(item.baseOnMask, &high, &low);
-    m_voices.alert("This Item is Not Editable.  To Change this Item,you should set\n\n " +
-                   (controlling == allItemList.end() ? QString("(null)")
-                                                     : fromText((*controlling)->propName)) +
-                   QString::asprintf("\n(Addr 0x%02X[%d:%d])\n\nfrom 0 to 1", item.baseOnAddr,
-                                     static_cast<std::int8_t>(high),
-                                     static_cast<std::int8_t>(low)));
+    m_voices.alert(fromText(whyLocked(item, allItemList)));
     reloadTable();
 }
 
@@ -309,7 +267,7 @@ void TableViewController::tableViewSelectionDidChange()
                 fromText(item->propDesc) + " : \n";
     }
     for (std::size_t i = 0; i < item->dataList.size(); ++i) {
-        text += optionText(*item, i) + "\n";
+        text += fromText(optionText(*item, i)) + "\n";
     }
     m_views.description->setPlainText(text);
 }

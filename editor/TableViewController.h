@@ -110,7 +110,6 @@ protected:
 
 private:
     const PropItem* itemAt(int row) const;
-    std::uint8_t* byteAt(std::uint32_t offset) const;
     void refreshFirst(std::size_t count);
     void apply(PropItem& item, int value);
     void refuse(const PropItem& item);

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -91,6 +92,12 @@ void FwText_Set(FwText& kept, std::string_view text);
 /// A text of an image as the operating system tells it of a hub that runs the image: in UTF-8,
 /// where each byte of the image is one character, and without control characters.
 std::string FwText_AsReported(const FwText& text);
+
+/// The bytes of a loaded image from the first one of the descriptor block to the end of the image.
+inline std::span<std::uint8_t> FwImage_Block(const FwImage& image)
+{
+    return {image.descriptor, image.data.get() + image.size};
+}
 
 /// Two stored bytes, high byte first, as four upper-case hex digits; empty for a null position.
 std::string FwImage_IdText(const std::uint8_t* position);
