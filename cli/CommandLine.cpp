@@ -1,18 +1,20 @@
 #include "cli/CommandLine.h"
 
+#include "cli/Options.h"
+#include "cli/Verbs.h"
 #include "config/SimulatedHubFlag.h"
 #include "config/Version.h"
 
 #include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <vector>
 
 namespace vornadel
 {
 
 namespace
 {
-
-/// Refuses an empty name: with an empty variable in a script, "info $IMAGE" would ask the hub.
-std::string refuseEmpty(const std::string& text) { return text.empty() ? "it is empty" : ""; }
 
 std::string refuseOtherPaths(const std::string& text)
 {
@@ -26,9 +28,8 @@ void addSelectors(CLI::App& app, HubSelector& hub)
     app.add_option("-p,--path", hub.path, "The one at this port: either of its two, or both")
         ->check(refuseOtherPaths)
         ->group(group);
-    app.add_option("-S,--serial", hub.serialNumber, "The one with this serial number")
-        ->check(refuseEmpty)
-        ->group(group);
+    addText(app, "-S,--serial", "TEXT", hub.serialNumber, "The one with this serial number");
+    app.get_option("--serial")->group(group);
     app.add_option_function<std::string>(
            "--container",
            [&hub](const std::string& text) {
@@ -51,18 +52,21 @@ void addSelectors(CLI::App& app, HubSelector& hub)
         ->group(group);
 }
 
-/// What is wrong with the options for this verb; empty if nothing is.
-const char* whyUnfit(const CommandLine& commandLine)
+/// The parser of a verb, in that of its group if it has one.
+CLI::App* addVerb(CLI::App& app, const Verb& verb)
 {
-    using Verb = CommandLine::Verb;
-    const bool ofImage = commandLine.verb == Verb::Info && !commandLine.image.empty();
-    if (ofImage && commandLine.hub.isGiven()) {
-        return "info IMAGE asks no hub, so none can be selected";
+    const std::string name = verb.name;
+    const std::size_t space = name.find(' ');
+    if (space == std::string::npos) {
+        return app.add_subcommand(name, verb.summary);
     }
-    if (commandLine.all && commandLine.hub.isGiven()) {
-        return "list --all lists every device, so no hub can be selected";
-    }
-    return nullptr;
+    const std::string group = name.substr(0, space);
+    const std::vector<CLI::App*> parents =
+        app.get_subcommands([&](const CLI::App* each) { return each->get_name() == group; });
+    CLI::App* const parent =
+        parents.empty() ? app.add_subcommand(group, "See \"" + group + " --help\"") : parents[0];
+    parent->require_subcommand(1);
+    return parent->add_subcommand(name.substr(space + 1), verb.summary);
 }
 
 } // namespace
@@ -75,39 +79,17 @@ std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLi
     app.set_version_flag("--version", std::string("vornadelctl ") + kToolVersion);
     app.require_subcommand(1);
     app.fallthrough();
-    app.add_option("--config", commandLine.configFile,
-                   "Use this file instead of the tool's config.ini")
-        ->check(refuseEmpty);
+    addText(app, "--config", "FILE", commandLine.configFile,
+            "Use this file instead of the tool's config.ini");
+    addFlag(app, "--json", commandLine.json, "Print JSON, for programs");
     addSelectors(app, commandLine.hub);
     const SimulatedHubFlag simulatedHub(app);
-
-    CLI::App* update = app.add_subcommand(
-        "update", "Write an image to the hub's flash, verify it and\nrestart the hub");
-    update->add_option("IMAGE", commandLine.image, "Firmware image (*.bin)")
-        ->required()
-        ->check(refuseEmpty);
-    CLI::App* scalar =
-        app.add_subcommand("scalar", "The unattended update: like update, with the image\n"
-                                     "that config.ini names as FwBin");
-    CLI::App* read =
-        app.add_subcommand("read", "Read the hub's whole flash, save it to a file and\n"
-                                   "restart the hub. If anything fails, an existing\n"
-                                   "file stays as it is");
-    read->add_option("FILE", commandLine.image,
-                     "Where to save it (*.bin); an existing file is\nreplaced")
-        ->required()
-        ->check(refuseEmpty);
-    CLI::App* erase = app.add_subcommand(
-        "erase", "Erase the hub's whole flash, without asking, and\nrestart the hub");
-    CLI::App* info = app.add_subcommand("info", "Show the attached hub, or a firmware image");
-    info->add_option("IMAGE", commandLine.image, "Firmware image (*.bin); without it, show the hub")
-        ->check(refuseEmpty);
-    CLI::App* list = app.add_subcommand("list", "List the attached supported hubs");
-    list->add_flag("--all", commandLine.all,
-                   "List every USB device, and say which are\nsupported hubs");
-    for (CLI::App* verb : {update, scalar, read, erase}) {
-        verb->add_flag("--refuse-in-use", commandLine.refuseInUse,
-                       "Fail if a disk, a keyboard or another device in\nuse hangs below the hub");
+    std::vector<CLI::App*> parsers; // of each verb
+    for (const Verb* const verb : allVerbs()) {
+        parsers.push_back(addVerb(app, *verb));
+        if (verb->addOptions != nullptr) {
+            verb->addOptions(*parsers.back(), commandLine);
+        }
     }
 
     try {
@@ -118,16 +100,9 @@ std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLi
         return wrong ? kExitUsage : kExitSuccess;
     }
     commandLine.simulatedHub = simulatedHub.options();
-    commandLine.verb = update->parsed()   ? CommandLine::Verb::Update
-                       : scalar->parsed() ? CommandLine::Verb::Scalar
-                       : read->parsed()   ? CommandLine::Verb::Read
-                       : erase->parsed()  ? CommandLine::Verb::Erase
-                       : info->parsed()   ? CommandLine::Verb::Info
-                                          : CommandLine::Verb::List;
-    if (const char* const why = whyUnfit(commandLine)) {
-        err << why << '\n';
-        return kExitUsage;
-    }
+    const auto parsed = std::find_if(parsers.begin(), parsers.end(),
+                                     [](const CLI::App* parser) { return parser->parsed(); });
+    commandLine.verb = allVerbs()[static_cast<std::size_t>(parsed - parsers.begin())];
     return {};
 }
 

@@ -9,17 +9,19 @@
 namespace vornadel
 {
 
-/// The parsed command line of vornadelctl.
-struct CommandLine {
-    enum class Verb { Update, Scalar, Read, Erase, Info, List };
+struct Verb;
 
-    Verb verb = Verb::List;
-    std::string image;      ///< of update, read and info; empty: info is about the hub
-    std::string configFile; ///< empty: config.ini in the resource directory
-    std::optional<std::string> simulatedHub; ///< set: work on the simulated hub, with these options
-    HubSelector hub = {};                    ///< of verbs about hubs
+/// The parsed command line of vornadelctl: the options of all verbs.
+struct CommandLine {
+    const Verb* verb = nullptr;
+    std::string image{};      ///< of update, read and info; empty: info is about the hub
+    std::string configFile{}; ///< empty: config.ini in the resource directory
+    std::optional<std::string> simulatedHub{}; ///< set: work on the simulated hub, with these
+                                               ///< options
+    HubSelector hub = {};                      ///< of verbs about hubs
     bool refuseInUse = false; ///< of verbs that restart the hub: not if a device hangs below it
     bool all = false;         ///< of list: every USB device
+    bool json = false;        ///< the output is for programs
 };
 
 // Exit statuses of vornadelctl.

@@ -13,37 +13,12 @@ constexpr int kBarWidth = 50;
 
 } // namespace
 
-ConsoleReporter::ConsoleReporter(std::ostream& out, std::ostream& err, bool terminal,
-                                 StopRequest& stop)
-    : m_out(out), m_err(err), m_terminal(terminal), m_stop(stop)
+ConsoleReporter::ConsoleReporter(std::ostream& out, std::ostream& err, bool terminal)
+    : m_out(out), m_err(err), m_terminal(terminal)
 {
 }
 
 ConsoleReporter::~ConsoleReporter() { endMovingLine(); }
-
-void ConsoleReporter::started(const FlowStart& start)
-{
-    m_stop.enter(StopRequest::Phase::Unchanged);
-    FlowTextReporter::started(start);
-}
-
-void ConsoleReporter::stepStarted(Step step)
-{
-    // A signal that came after the flow's last look at its stop flag has promised to stop it.
-    const bool begins = (step == Step::Erase || step == Step::Restart) && !m_mustFinish;
-    m_mustFinish = m_mustFinish || begins;
-    if (begins && m_stop.enter(StopRequest::Phase::Changing)) {
-        appendProgressInfo_Red(kFinishing + std::string("\n"));
-    }
-    FlowTextReporter::stepStarted(step);
-}
-
-void ConsoleReporter::finished(const FlowResult& result)
-{
-    m_result = result;
-    m_stop.enter(StopRequest::Phase::NoFlow);
-    FlowTextReporter::finished(result);
-}
 
 void ConsoleReporter::resetProgressInfo() {}
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "cli/StopRequest.h"
 #include "flows/FlowTexts.h"
 
 #include <ostream>
@@ -8,22 +7,15 @@
 namespace vornadel
 {
 
-/// Shows one run of a flow on a console, and keeps its result. On a terminal the percentage is
+/// Shows one run of a flow on a console. On a terminal the percentage is
 /// updated in one line; elsewhere each value gets its own line. Values that do not increase are
 /// left out, because the bar's return to 0 at the end would look as if the work were lost. Red
 /// lines go to `err`.
 class ConsoleReporter final : public FlowTextReporter
 {
 public:
-    /// `stop` is told how far the flow has come.
-    ConsoleReporter(std::ostream& out, std::ostream& err, bool terminal, StopRequest& stop);
+    ConsoleReporter(std::ostream& out, std::ostream& err, bool terminal);
     ~ConsoleReporter() override;
-
-    void started(const FlowStart& start) override;
-    void stepStarted(Step step) override;
-    void finished(const FlowResult& result) override;
-
-    const FlowResult& result() const { return m_result; } ///< after finished()
 
 private:
     void resetProgressInfo() override;
@@ -35,11 +27,8 @@ private:
     std::ostream& m_out;
     std::ostream& m_err;
     bool m_terminal;
-    StopRequest& m_stop;
-    FlowResult m_result;
-    bool m_mustFinish = false; // a step has begun after which the flow does not stop
-    double m_shown = -1;       // percent
-    bool m_moving = false;     // the cursor is after a percentage
+    double m_shown = -1;   // percent
+    bool m_moving = false; // the cursor is after a percentage
 };
 
 } // namespace vornadel

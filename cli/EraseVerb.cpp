@@ -1,9 +1,13 @@
-#include "cli/ConsoleReporter.h"
+#include "cli/CommandReporter.h"
 #include "cli/FlowTarget.h"
+#include "cli/Options.h"
 #include "cli/Verbs.h"
 #include "flows/FlashErase.h"
 
 namespace vornadel
+{
+
+namespace
 {
 
 int eraseVerb(const Command& command)
@@ -13,9 +17,20 @@ int eraseVerb(const Command& command)
     if (!target) {
         return status;
     }
-    ConsoleReporter reporter(command.out, command.err, command.terminal, command.stop);
+    CommandReporter reporter(command);
     eraseFlash(reporter, target->options);
     return explainResult(command, FlowKind::Erase, reporter.result(), *target);
 }
+
+} // namespace
+
+const Verb kEraseVerb = {
+    .name = "erase",
+    .summary = "Erase the hub's whole flash, without asking, and restart the hub",
+    .run = eraseVerb,
+    .addOptions = addRefuseInUse,
+    .isFlow = true,
+    .examples = "vornadelctl --path 2-3 erase\n",
+};
 
 } // namespace vornadel

@@ -28,25 +28,23 @@ std::vector<std::string> devicesBelow(const AttachedHub& hub)
     return devices;
 }
 
-/// False if that keeps the flow from its work.
-bool tellWhatIsInUse(const Command& command, const AttachedHub& hub)
+/// Returns the exit status.
+int tellWhatIsInUse(const Command& command, const AttachedHub& hub)
 {
     const std::vector<std::string> devices = devicesBelow(hub);
     if (devices.empty()) {
-        return true;
+        return kExitSuccess;
     }
-    const bool one = devices.size() == 1;
     std::string text = "in use: ";
     for (const std::string& device : devices) {
         text += printable(device) + "; ";
     }
-    command.err << text
-                << (command.line.refuseInUse ? "nothing was sent to the hub"
-                    : one                    ? "it will be disconnected"
-                                             : "they will be disconnected")
-                << '\n'
-                << std::flush;
-    return !command.line.refuseInUse;
+    if (command.line.refuseInUse) {
+        return fail(command, FailureId::InUse, text + "nothing was sent to the hub");
+    }
+    const bool one = devices.size() == 1;
+    command.err << text << (one ? "it" : "they") << " will be disconnected\n" << std::flush;
+    return kExitSuccess;
 }
 
 } // namespace
@@ -57,8 +55,7 @@ std::optional<FlowTarget> chooseTarget(const Command& command, int& status)
     if (!hub) {
         return {};
     }
-    if (!tellWhatIsInUse(command, *hub)) {
-        status = kExitFailure;
+    if (status = tellWhatIsInUse(command, *hub); status != kExitSuccess) {
         return {};
     }
     return FlowTarget{

@@ -52,7 +52,8 @@ bool hasContainerId(const AttachedHub& hub, const std::string& containerId)
     return hasHalf(hub, [&](UsbDevice& half) { return half.containerId() == containerId; });
 }
 
-void tell(std::ostream& err, const std::string& sentence, const std::vector<HubChoice>& choices)
+/// A sentence and the choices, without the last line end.
+std::string withChoices(const std::string& sentence, const std::vector<HubChoice>& choices)
 {
     std::vector<std::vector<std::string>> rows;
     for (const HubChoice& choice : choices) {
@@ -61,7 +62,9 @@ void tell(std::ostream& err, const std::string& sentence, const std::vector<HubC
             rows.back().push_back(choice.busyText());
         }
     }
-    err << sentence << '\n' << alignedLines(rows);
+    std::string text = sentence + '\n' + alignedLines(rows);
+    text.pop_back();
+    return text;
 }
 
 /// The hub that somebody has locked; null if it is not among the choices.
@@ -87,31 +90,31 @@ int judge(const Command& command, const std::vector<HubChoice>& selected,
           const std::vector<HubChoice>& others)
 {
     if (selected.empty() && others.empty()) {
-        command.err << "no supported hub is attached\n";
-        return kExitNoHub;
+        return fail(command, FailureId::NoHub, "no supported hub is attached");
     }
     if (selected.empty()) {
-        tell(command.err, "no attached hub matches; these are attached:", others);
-        return kExitNoHub;
+        return fail(command, FailureId::NoMatch,
+                    withChoices("no attached hub matches; these are attached:", others));
     }
     if (selected.size() > 1) {
         const char* const several = command.line.hub.isGiven()
                                         ? "several attached hubs match"
                                         : "several supported hubs are attached";
-        tell(command.err, several + std::string("; choose one, for example with --path:"),
-             selected);
-        return kExitSeveralHubs;
+        return fail(
+            command, FailureId::SeveralHubs,
+            withChoices(several + std::string("; choose one, for example with --path:"), selected));
     }
     const HubChoice& choice = selected.front();
     if (choice.owner) {
-        command.err << choice.place() << " is " << busySentence(choice.owner->processId) << '\n';
-        return kExitBusy;
+        return fail(command, FailureId::Busy,
+                    choice.place() + " is " + busySentence(choice.owner->processId));
     }
     if (!choice.hub.place().known() && !others.empty()) {
-        command.err << "several supported hubs are attached, and the system does not tell where; "
-                       "attach only one\n";
-        return kExitSeveralHubs;
+        return fail(command, FailureId::PlacesUnknown,
+                    "several supported hubs are attached, and the system does not tell where; "
+                    "attach only one");
     }
+    command.result.place = choice.place();
     return kExitSuccess;
 }
 
@@ -199,12 +202,27 @@ std::int64_t ownerOf(UsbBus& bus, const UsbPlace& place)
     return 0;
 }
 
+int requireConfiguration(const Command& command)
+{
+    if (!command.config.problem.empty()) {
+        return fail(command, FailureId::ConfigUnusable, command.config.problem);
+    }
+    if (std::none_of(SupportedIdList.begin(), SupportedIdList.end(),
+                     [](const SupportedIdEntry& row) { return row.valid != 0; })) {
+        return fail(command, FailureId::ConfigUnusable,
+                    command.configFile + " names no supported hub");
+    }
+    return kExitSuccess;
+}
+
 std::optional<AttachedHub> selectHub(const Command& command, int& status)
 {
+    if (status = requireConfiguration(command); status != kExitSuccess) {
+        return {};
+    }
     std::optional<std::vector<HubChoice>> attached = findHubChoices(command.platform.usb);
     if (!attached) {
-        command.err << "the USB devices cannot be listed\n";
-        status = kExitNoHub;
+        status = fail(command, FailureId::NoUsbList, "the USB devices cannot be listed");
         return {};
     }
     const auto firstSelected =

@@ -37,6 +37,9 @@ bool isSelected(const HubChoice& choice, const HubSelector& selector);
 /// The process that has locked a place; 0 if nobody has, or if the process is not known.
 std::int64_t ownerOf(UsbBus& bus, const UsbPlace& place);
 
+/// Whether the configuration names hubs; otherwise the exit status, after the reason was told.
+int requireConfiguration(const Command& command);
+
 /// The one hub that the command line selects. Otherwise nothing, the exit status in `status`, and
 /// the reason on standard error. Sends no vendor request to any hub.
 std::optional<AttachedHub> selectHub(const Command& command, int& status);

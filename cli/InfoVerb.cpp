@@ -1,6 +1,7 @@
 #include "cli/AskedHub.h"
 #include "cli/HubChoices.h"
 #include "cli/ImageFile.h"
+#include "cli/Options.h"
 #include "cli/Outcome.h"
 #include "cli/ShownText.h"
 #include "cli/Verbs.h"
@@ -64,12 +65,34 @@ int showHub(const Command& command)
     return kExitSuccess;
 }
 
-} // namespace
-
 int infoVerb(const Command& command)
 {
     return command.line.image.empty() ? showHub(command)
                                       : showImage(command.line.image, command.out, command.err);
 }
+
+const char* whyInfoIsUnfit(const CommandLine& line)
+{
+    return line.image.empty() || !line.hub.isGiven()
+               ? nullptr
+               : "info IMAGE asks no hub, so none can be selected";
+}
+
+void addInfoOptions(CLI::App& verb, CommandLine& line)
+{
+    addOperand(verb, "IMAGE", line.image, Operand::Optional,
+               "Firmware image (*.bin); without it, show the hub");
+}
+
+} // namespace
+
+const Verb kInfoVerb = {
+    .name = "info",
+    .summary = "Show the attached hub, or a firmware image",
+    .run = infoVerb,
+    .addOptions = addInfoOptions,
+    .whyUnfit = whyInfoIsUnfit,
+    .examples = "vornadelctl info\nvornadelctl info new.bin\n",
+};
 
 } // namespace vornadel

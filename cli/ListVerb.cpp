@@ -1,5 +1,6 @@
 #include "cli/AskedHub.h"
 #include "cli/HubChoices.h"
+#include "cli/Options.h"
 #include "cli/ShownText.h"
 #include "cli/Verbs.h"
 #include "hub/SupportedIds.h"
@@ -75,19 +76,21 @@ std::vector<std::string> rowOf(const HubChoice& choice, bool alone)
     return row;
 }
 
-} // namespace
-
 int listVerb(const Command& command)
 {
+    if (!command.line.all) {
+        if (const int status = requireConfiguration(command); status != kExitSuccess) {
+            return status;
+        }
+    }
     const auto hubs = findHubChoices(command.platform.usb);
     if (!hubs) {
-        command.err << "the USB devices cannot be listed\n";
-        return kExitNoHub;
+        return fail(command, FailureId::NoUsbList, "the USB devices cannot be listed");
     }
     const Rows devices = allDevices(command.platform.usb);
     if (devices.empty() && hubs->empty()) {
-        command.err << "the system lists no USB device, not even a root hub\n";
-        return kExitNoHub;
+        return fail(command, FailureId::NoUsbList,
+                    "the system lists no USB device, not even a root hub");
     }
     if (command.line.all) {
         command.out << alignedLines(devices);
@@ -100,12 +103,34 @@ int listVerb(const Command& command)
         }
     }
     if (rows.empty()) {
-        command.err << (hubs->empty() ? "no supported hub is attached\n"
-                                      : "no attached hub matches\n");
-        return kExitNoHub;
+        return hubs->empty() ? fail(command, FailureId::NoHub, "no supported hub is attached")
+                             : fail(command, FailureId::NoMatch, "no attached hub matches");
     }
     command.out << alignedLines(rows);
     return kExitSuccess;
 }
+
+const char* whyListIsUnfit(const CommandLine& line)
+{
+    return line.all && line.hub.isGiven() ? "list --all lists every device, so no hub can be "
+                                            "selected"
+                                          : nullptr;
+}
+
+void addListOptions(CLI::App& verb, CommandLine& line)
+{
+    addFlag(verb, "--all", line.all, "List every USB device, and say which are supported hubs");
+}
+
+} // namespace
+
+const Verb kListVerb = {
+    .name = "list",
+    .summary = "List the attached supported hubs",
+    .run = listVerb,
+    .addOptions = addListOptions,
+    .whyUnfit = whyListIsUnfit,
+    .examples = "vornadelctl list\nvornadelctl list --all\n",
+};
 
 } // namespace vornadel

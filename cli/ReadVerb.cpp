@@ -1,6 +1,7 @@
 #include "base/WholeFile.h"
-#include "cli/ConsoleReporter.h"
+#include "cli/CommandReporter.h"
 #include "cli/FlowTarget.h"
+#include "cli/Options.h"
 #include "cli/Verbs.h"
 #include "flows/FlashRead.h"
 
@@ -14,27 +15,26 @@ namespace vornadel
 namespace
 {
 
-bool save(const Command& command, const std::vector<std::uint8_t>& flash)
+/// Returns the exit status.
+int save(const Command& command, const std::vector<std::uint8_t>& flash)
 {
     const std::string& path = command.line.image;
     std::string problem;
     if (!saveWholeFile(path, flash, problem)) {
-        command.err << "the flash was read but could not be saved: " << problem << '\n';
-        return false;
+        return fail(command, FailureId::FileNotSaved,
+                    "the flash was read but could not be saved: " + problem);
     }
     command.out << "Saved " << flash.size() << " bytes to " << path << '\n' << std::flush;
-    return true;
+    return kExitSuccess;
 }
-
-} // namespace
 
 int readVerb(const Command& command)
 {
     std::string problem;
     // Before the read, because a read restarts the hub and disconnects everything behind it.
     if (!canBeSaved(command.line.image, problem)) {
-        command.err << "the flash was not read, because it could not be saved: " << problem << '\n';
-        return kExitFailure;
+        return fail(command, FailureId::FileNotSaved,
+                    "the flash was not read, because it could not be saved: " + problem);
     }
     int status = kExitSuccess;
     const std::optional<FlowTarget> target = chooseTarget(command, status);
@@ -42,12 +42,31 @@ int readVerb(const Command& command)
         return status;
     }
     std::vector<std::uint8_t> flash;
-    ConsoleReporter reporter(command.out, command.err, command.terminal, command.stop);
+    CommandReporter reporter(command);
     readFlash(flash, reporter, target->options);
     // Also if only the last restart has failed.
-    const bool lost = !flash.empty() && !save(command, flash);
+    const int saved = flash.empty() ? kExitSuccess : save(command, flash);
     status = explainResult(command, FlowKind::Read, reporter.result(), *target);
-    return lost ? kExitFailure : status;
+    return saved == kExitSuccess ? status : saved;
 }
+
+void addReadOptions(CLI::App& verb, CommandLine& line)
+{
+    addOperand(verb, "FILE", line.image, Operand::Required,
+               "Where to save it (*.bin); an existing file is replaced");
+    addRefuseInUse(verb, line);
+}
+
+} // namespace
+
+const Verb kReadVerb = {
+    .name = "read",
+    .summary = "Read the hub's whole flash, save it to a file and restart the hub. If anything "
+               "fails, an existing file stays as it is",
+    .run = readVerb,
+    .addOptions = addReadOptions,
+    .isFlow = true,
+    .examples = "vornadelctl read before.bin\n",
+};
 
 } // namespace vornadel

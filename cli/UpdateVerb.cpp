@@ -1,6 +1,8 @@
-#include "cli/ConsoleReporter.h"
+#include "cli/CommandReporter.h"
 #include "cli/FlowTarget.h"
+#include "cli/HubChoices.h"
 #include "cli/ImageFile.h"
+#include "cli/Options.h"
 #include "cli/ShownText.h"
 #include "cli/Verbs.h"
 #include "flows/FirmwareUpdate.h"
@@ -17,35 +19,34 @@ namespace vornadel
 namespace
 {
 
-/// Makes sure that the hub is found with the ids in the image.
-bool supportIds(const Command& command, const FwImage& image)
+/// Makes sure that the hub is found with the ids in the image. Returns the exit status.
+int supportIds(const Command& command, const FwImage& image)
 {
     const std::uint16_t vendor = storedNumber(image.vid);
     const std::uint16_t superSpeed = storedNumber(image.sspid);
     const std::uint16_t highSpeed = storedNumber(image.hspid);
     if (FindSupportedId(vendor, superSpeed) && FindSupportedId(vendor, highSpeed)) {
-        return true;
+        return kExitSuccess;
     }
     const std::string ids = hex4(vendor) + ':' + hex4(superSpeed) + '/' + hex4(highSpeed);
     if (!AddSupportedIds(vendor, superSpeed, highSpeed)) {
-        command.err << command.configFile << " has no room for the ids in the image, " << ids
-                    << "; remove a hub from it\n";
-        return false;
+        return fail(command, FailureId::ConfigFull,
+                    command.configFile + " has no room for the ids in the image, " + ids +
+                        "; remove a hub from it");
     }
     command.out << "the image gives the hub new ids, " << ids
                 << "; they are supported until this command ends\n"
                 << std::flush;
-    return true;
+    return kExitSuccess;
 }
 
 int write(const Command& command, const FwImage& image, const std::string& name)
 {
-    ConsoleReporter reporter(command.out, command.err, command.terminal, command.stop);
+    CommandReporter reporter(command);
     FlowTarget target;
     if (image.loaded) {
         if (const std::string why = whyRefused(image); !why.empty()) {
-            command.err << name << ": " << why << '\n';
-            return kExitImageRefused;
+            return fail(command, FailureId::ImageRefused, name + ": " + why);
         }
         int status = kExitSuccess;
         std::optional<FlowTarget> chosen = chooseTarget(command, status);
@@ -54,8 +55,8 @@ int write(const Command& command, const FwImage& image, const std::string& name)
         }
         target = *std::move(chosen);
         // After the choice, so that a device with these ids is no hub to choose from.
-        if (!supportIds(command, image)) {
-            return kExitUsage;
+        if (status = supportIds(command, image); status != kExitSuccess) {
+            return status;
         }
     }
     updateFirmware(image, name, reporter, target.options); // says so if the image is not loaded
@@ -69,16 +70,12 @@ void loadScalarImage(const Command& command, FwImage& image)
     const std::string folder = beside.empty() ? "." : beside.string();
     const std::string& name = command.config.fwbinPath;
     if (name.empty()) {
-        if (command.config.problem.empty()) { // otherwise that has been told
-            command.err << command.configFile << ": FwBin names no image\n";
-        }
+        command.err << command.configFile << ": FwBin names no image\n";
     } else if (!loadConfiguredImage(image, folder, name)) {
         const std::string path = folder + '/' + name;
         command.err << path << ": " << whyUnread(path) << '\n';
     }
 }
-
-} // namespace
 
 int updateVerb(const Command& command)
 {
@@ -89,9 +86,38 @@ int updateVerb(const Command& command)
 
 int scalarVerb(const Command& command)
 {
+    if (const int status = requireConfiguration(command); status != kExitSuccess) {
+        return status;
+    }
     FwImage image;
     loadScalarImage(command, image);
     return write(command, image, command.config.fwbinPath);
 }
+
+void addUpdateOptions(CLI::App& verb, CommandLine& line)
+{
+    addOperand(verb, "IMAGE", line.image, Operand::Required, "Firmware image (*.bin)");
+    addRefuseInUse(verb, line);
+}
+
+} // namespace
+
+const Verb kUpdateVerb = {
+    .name = "update",
+    .summary = "Write an image to the hub's flash, verify it and restart the hub",
+    .run = updateVerb,
+    .addOptions = addUpdateOptions,
+    .isFlow = true,
+    .examples = "vornadelctl update new.bin\nvornadelctl --path 2-3 update new.bin\n",
+};
+
+const Verb kScalarVerb = {
+    .name = "scalar",
+    .summary = "The unattended update: like update, with the image that config.ini names as FwBin",
+    .run = scalarVerb,
+    .addOptions = addRefuseInUse,
+    .isFlow = true,
+    .examples = "vornadelctl --config line.ini scalar\n",
+};
 
 } // namespace vornadel

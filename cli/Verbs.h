@@ -1,12 +1,22 @@
 #pragma once
 
 #include "cli/CommandLine.h"
+#include "cli/Environment.h"
+#include "cli/Failures.h"
+#include "cli/Log.h"
 #include "cli/StopRequest.h"
 #include "config/ToolConfig.h"
 #include "platform/Platform.h"
 
 #include <ostream>
+#include <span>
 #include <string>
+#include <string_view>
+
+namespace CLI
+{
+class App;
+} // namespace CLI
 
 namespace vornadel
 {
@@ -18,19 +28,43 @@ struct Command {
     const std::string& resourcePath;
     const std::string& configFile; ///< that has been read
     const ToolConfig& config;      ///< its content
-    std::ostream& out;
+    std::ostream& out;             ///< with --json, what a flow prints becomes its messages
     std::ostream& err;
-    bool terminal; ///< `out` is one
+    const Environment& env;
     StopRequest& stop;
+    const Log& log;
+    CommandResult& result; ///< for the last event; verbs fill it in
+
+    bool json() const { return line.json; }
 };
 
-// The verbs. Each returns the exit status.
+/// One verb of vornadelctl, in a source of its own.
+struct Verb {
+    const char* name;    ///< "update"; of a group: "image info"
+    const char* summary; ///< for the help, in a sentence or two without the last full stop
+    int (*run)(const Command& command); ///< returns the exit status
+    /// Adds options and operands; null if there are none.
+    void (*addOptions)(CLI::App& verb, CommandLine& line) = nullptr;
+    /// Why the options do not fit together; null if they do.
+    const char* (*whyUnfit)(const CommandLine& line) = nullptr;
+    /// With --json it prints events, the last of them the result. Another verb prints its own
+    /// object, see printObject(), and fails if its output cannot be written.
+    bool isFlow = false;
+    bool selectsHub = true;    ///< takes the options that select a hub
+    const char* examples = ""; ///< command lines for the help, each with its line end
+};
 
-int updateVerb(const Command& command);
-int scalarVerb(const Command& command);
-int readVerb(const Command& command);
-int eraseVerb(const Command& command);
-int infoVerb(const Command& command);
-int listVerb(const Command& command);
+extern const Verb kListVerb;
+extern const Verb kInfoVerb;
+extern const Verb kUpdateVerb;
+extern const Verb kReadVerb;
+extern const Verb kEraseVerb;
+extern const Verb kScalarVerb;
+
+/// All verbs, in the order of the help.
+std::span<const Verb* const> allVerbs();
+
+/// Null if there is none.
+const Verb* verbCalled(std::string_view name);
 
 } // namespace vornadel

@@ -1,6 +1,6 @@
 #include "cli/CommandLine.h"
-#include "cli/Commands.h"
 #include "cli/Interruption.h"
+#include "cli/RunCommand.h"
 #include "hub/HubTransport.h"
 #include "platform/native/NativePlatform.h"
 #include "platform/posix/StandardFiles.h"
@@ -12,7 +12,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <unistd.h>
 
 namespace
 {
@@ -27,7 +26,7 @@ int run(const CommandLine& commandLine, Platform platform, const char* argv0)
     const Interruption interruption(platform.clock, stop);
     const int status = interruption.statusAfter(
         runCommand(commandLine, platform, thisToolsPlace(argv0).resourcePath, std::cout, std::cerr,
-                   isatty(STDOUT_FILENO) == 1, stop));
+                   thisEnvironment(), stop));
     if (status > kExitInterrupted) {
         std::cerr << "Interrupted\n";
     }

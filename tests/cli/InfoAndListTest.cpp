@@ -69,10 +69,10 @@ TEST(AnAttachedHub, ThatCannotBeOpenedIsListedWithTheReason)
         Session session;
         ScriptedBus bus;
         bus.attached = {{0x1209, 0x0001, row.status}};
-        EXPECT_EQ(session.runOn(bus, session.line(CommandLine::Verb::Info)), row.exitStatus);
+        EXPECT_EQ(session.runOn(bus, session.line("info")), row.exitStatus);
         EXPECT_THAT(session.err.str(), StartsWith(row.why));
         EXPECT_THAT(session.out.str(), IsEmpty());
-        EXPECT_EQ(session.runOn(bus, session.line(CommandLine::Verb::List)), kExitSuccess);
+        EXPECT_EQ(session.runOn(bus, session.line("list")), kExitSuccess);
         EXPECT_EQ(session.out.str(), "-  1209:0001/-  -  -  " + row.inTheList + '\n');
         EXPECT_THAT(session.err.str(), IsEmpty());
     }
@@ -83,7 +83,7 @@ TEST(AnAttachedHub, WithoutPermissionNamesTheCommandThatGrantsIt)
     Session session;
     ScriptedBus bus;
     bus.attached = {{0x1209, 0x0001, UsbOpenStatus::NoAccess}};
-    EXPECT_EQ(session.runOn(bus, session.line(CommandLine::Verb::Erase)), kExitNoAccess);
+    EXPECT_EQ(session.runOn(bus, session.line("erase")), kExitNoAccess);
     EXPECT_THAT(session.err.str(),
                 EndsWith("\npermission is missing; to grant it: "
                          "rm -rf /tmp/HubUpdaterDriver.kext && cp -R " +
@@ -243,7 +243,7 @@ TEST(List, ShowsEveryDeviceOnDemand)
         {.vendorId = 0x1234, .productId = 1},
         {.step = UsbSearch::Step::NoPlugIn},
     };
-    CommandLine line = session.line(CommandLine::Verb::List);
+    CommandLine line = session.line("list");
     line.all = true;
     EXPECT_EQ(session.runOn(bus, line), kExitSuccess);
     EXPECT_EQ(session.out.str(), "usb2  1D6B:0003  xHCI?\n2-1   1209:0001  -      supported hub\n"
@@ -260,7 +260,7 @@ TEST(List, AsksNoHubWhosePlaceIsNotKnownIfAnotherCouldAnswer)
     ScriptedBus bus;
     bus.attached = {{.vendorId = 0x1209, .productId = 1, .texts = {"Hub", "1"}},
                     {.vendorId = 0x1209, .productId = 1, .texts = {"Hub", "2"}}};
-    EXPECT_EQ(session.runOn(bus, session.line(CommandLine::Verb::List)), kExitSuccess);
+    EXPECT_EQ(session.runOn(bus, session.line("list")), kExitSuccess);
     EXPECT_EQ(session.out.str(), "-  1209:0001/-  1  Hub\n-  1209:0001/-  2  Hub\n");
     EXPECT_THAT(bus.requests(), IsEmpty());
 }
@@ -272,13 +272,10 @@ TEST(AnyCommand, FailsIfItsOutputCannotBeWrittenOnlyIfThatIsItsResult)
     session.folder.write("config.ini", session.folder.text("config.ini") +
                                            "[DumpTool Config]\nFwBin = new.bin\n");
     for (const auto& [verb, file, status] :
-         {std::tuple(CommandLine::Verb::Update, image, 0),
-          std::tuple(CommandLine::Verb::Scalar, std::string(), 0),
-          std::tuple(CommandLine::Verb::Read, session.folder.path("read.bin"), 0),
-          std::tuple(CommandLine::Verb::Info, std::string(), 1),
-          std::tuple(CommandLine::Verb::Info, image, 1),
-          std::tuple(CommandLine::Verb::List, std::string(), 1),
-          std::tuple(CommandLine::Verb::Erase, std::string(), 0)}) {
+         {std::tuple("update", image, 0), std::tuple("scalar", std::string(), 0),
+          std::tuple("read", session.folder.path("read.bin"), 0),
+          std::tuple("info", std::string(), 1), std::tuple("info", image, 1),
+          std::tuple("list", std::string(), 1), std::tuple("erase", std::string(), 0)}) {
         session.out.setstate(std::ios::badbit); // as on a full disk
         EXPECT_EQ(session.run(session.line(verb, file)), status);
         EXPECT_EQ(session.err.str(), status == 0 ? "" : "the output could not be written\n");
@@ -295,7 +292,7 @@ TEST(List, LocksNoHub)
         EXPECT_THAT(bus.placeLocks().owners(), IsEmpty());
         return 0U;
     });
-    EXPECT_EQ(session.runOn(bus, session.line(CommandLine::Verb::List)), kExitSuccess);
+    EXPECT_EQ(session.runOn(bus, session.line("list")), kExitSuccess);
     EXPECT_THAT(session.out.str(), EndsWith("  0000  ROM code\n"));
     bus.forgetHooks();
 }
@@ -311,13 +308,15 @@ TEST(AnyCommand, RefusesAConfigFileThatCannotBeUsed)
         {session.folder.path(), "is not a regular file"},
         {session.folder.write("large.ini", std::string(64 * 1024 + 1, '\n')), "larger than 64 KiB"},
         {session.folder.write("wrong.ini", "[a]\nno key\n[b\n"), "syntax error in "},
+        {session.folder.write("none.ini", "[DumpTool Config]\n"), "names no supported hub"},
     };
     const std::string image = session.folder.write("new.bin", demoImage(kDemoVersion101));
     for (const auto& row : rows) {
         SCOPED_TRACE(row.file);
-        for (const CommandLine::Verb verb : {CommandLine::Verb::List, CommandLine::Verb::Update}) {
-            EXPECT_EQ(session.run({verb, image, row.file, {}}), kExitUsage);
-            EXPECT_THAT(session.err.str(), StartsWith("--config: "));
+        for (const std::string verb : {"list", "update", "info"}) {
+            CommandLine line = session.line(verb, verb == "update" ? image : "");
+            line.configFile = row.file;
+            EXPECT_EQ(session.run(line), kExitUsage);
             EXPECT_THAT(session.err.str(), HasSubstr(row.file));
             EXPECT_THAT(session.err.str(), HasSubstr(row.why));
             const std::string said = session.err.str();
@@ -328,13 +327,16 @@ TEST(AnyCommand, RefusesAConfigFileThatCannotBeUsed)
     EXPECT_EQ(session.hub().requestCount(), 0U);
 }
 
-TEST(AnyCommand, GoesOnWithoutTheToolsOwnConfigFileAndSaysSo)
+TEST(AnyCommand, RefusesOptionsThatDoNotFit)
 {
     Session session;
-    session.folder.write("config.ini", "no key\n");
-    EXPECT_EQ(session.list(), kExitNoHub);
-    EXPECT_EQ(session.err.str(), "iniparser: syntax error in " + session.folder.path("config.ini") +
-                                     " (1)\nno supported hub is attached\n");
+    session.selector.path = "sim-1";
+    EXPECT_EQ(session.info("a.bin"), kExitUsage);
+    EXPECT_EQ(session.err.str(), "info IMAGE asks no hub, so none can be selected\n");
+    CommandLine line = session.line("list");
+    line.all = true;
+    EXPECT_EQ(session.run(line), kExitUsage);
+    EXPECT_EQ(session.err.str(), "list --all lists every device, so no hub can be selected\n");
 }
 
 TEST(List, FailsWithoutUsb)
@@ -342,15 +344,15 @@ TEST(List, FailsWithoutUsb)
     Session session;
     ScriptedBus bus;
     bus.givesList = false;
-    EXPECT_EQ(session.runOn(bus, session.line(CommandLine::Verb::List)), kExitNoHub);
+    EXPECT_EQ(session.runOn(bus, session.line("list")), kExitNoHub);
     EXPECT_EQ(session.err.str(), "the USB devices cannot be listed\n");
     bus.onSearch([&] { bus.givesList = !bus.givesList; }); // gives the first, not the second
-    EXPECT_EQ(session.runOn(bus, session.line(CommandLine::Verb::List)), kExitNoHub);
+    EXPECT_EQ(session.runOn(bus, session.line("list")), kExitNoHub);
     EXPECT_EQ(session.err.str(), "the system lists no USB device, not even a root hub\n");
     bus.forgetHooks();
     bus.givesList = true;
     bus.attached = {{.step = UsbSearch::Step::NoPlugIn}, {.step = UsbSearch::Step::NoInterface}};
-    EXPECT_EQ(session.runOn(bus, session.line(CommandLine::Verb::List)), kExitNoHub);
+    EXPECT_EQ(session.runOn(bus, session.line("list")), kExitNoHub);
     EXPECT_EQ(session.err.str(), "the system lists no USB device, not even a root hub\n");
 }
 

@@ -21,7 +21,7 @@ const std::string kIds =
 
 int scalar(Session& session, const std::string& configFile = {})
 {
-    return session.run({CommandLine::Verb::Scalar, {}, configFile, {}});
+    return session.run({.verb = verbCalled("scalar"), .configFile = configFile});
 }
 
 TEST(Scalar, WritesTheImageThatTheConfigurationNames)
@@ -44,7 +44,6 @@ TEST(Scalar, SaysWhichImageWasNotReadAndWhyAndLeavesTheHubAlone)
         std::string why;
     } rows[] = {
         {"", config + ": FwBin names no image"},
-        {"no key\n", "iniparser: syntax error in " + config + " (1)"},
         {"[DumpTool Config]\nFwBin = missing.bin\n",
          session.folder.path("missing.bin") + ": No such file or directory"},
     };
@@ -54,6 +53,9 @@ TEST(Scalar, SaysWhichImageWasNotReadAndWhyAndLeavesTheHubAlone)
         EXPECT_EQ(scalar(session), kExitImageRefused);
         EXPECT_EQ(session.err.str(), row.why + "\nWrong firmware file\nUpdate FW Fail\n");
     }
+    session.folder.write("config.ini", "no key\n" + kIds);
+    EXPECT_EQ(scalar(session), kExitUsage);
+    EXPECT_EQ(session.err.str(), "iniparser: syntax error in " + config + " (1)\n");
     EXPECT_EQ(session.hub().requestCount(), 0U);
 }
 

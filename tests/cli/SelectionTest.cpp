@@ -28,7 +28,6 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
-using Verb = CommandLine::Verb;
 
 std::string containerIdIn(const std::vector<std::uint8_t>& flash)
 {
@@ -96,10 +95,10 @@ TEST(Selection, TakesNoneOfSeveral)
                                    "sim-2  1209:0001/0002  SN0002  Demo Hub\n";
     session.folder.write("config.ini", session.folder.text("config.ini") +
                                            "[DumpTool Config]\nFwBin = new.bin\n");
-    for (const Verb verb : {Verb::Update, Verb::Scalar, Verb::Read, Verb::Erase, Verb::Info}) {
-        const std::string file = verb == Verb::Update ? image
-                                 : verb == Verb::Read ? session.folder.path("read.bin")
-                                                      : "";
+    for (const std::string verb : {"update", "scalar", "read", "erase", "info"}) {
+        const std::string file = verb == "update" ? image
+                                 : verb == "read" ? session.folder.path("read.bin")
+                                                  : "";
         EXPECT_EQ(session.run(session.line(verb, file)), kExitSeveralHubs);
         EXPECT_EQ(session.err.str(), "several supported hubs are attached; choose one, for example "
                                      "with --path:\n" +
@@ -147,7 +146,7 @@ TEST(Selection, CountsAHubThatIsLockedOrReleasedWhileItLooks)
         std::unique_ptr<PlaceLock> lock =
             released ? bus.placeLocks().lock(other, {}, owner) : nullptr;
         bus.onSearch([&] { lock = released ? nullptr : bus.placeLocks().lock(other, {}, owner); });
-        EXPECT_EQ(session.runOn(bus, session.line(Verb::Erase)), kExitSeveralHubs);
+        EXPECT_EQ(session.runOn(bus, session.line("erase")), kExitSeveralHubs);
         EXPECT_THAT(session.err.str(), EndsWith("\n2-1/1-1  1209:0001/-  -  -\n"
                                                 "2-2/1-2  -            -  -  busy\n"));
         bus.forgetHooks();
@@ -164,7 +163,7 @@ TEST(Selection, CountsNoHubInARestartThatAnotherConfigurationSupports)
          {std::pair(UsbIds{0x1209, 3}, kExitSuccess), {{0x1209, 1}, kExitSeveralHubs}}) {
         PlaceOwner owner;
         const auto lock = bus.placeLocks().lock(other, ids, owner);
-        EXPECT_EQ(session.runOn(bus, session.line(Verb::Info)), status) << ids.product;
+        EXPECT_EQ(session.runOn(bus, session.line("info")), status) << ids.product;
     }
 }
 
@@ -177,7 +176,7 @@ TEST(Selection, TakesAHubThatIsReleasedWhileItLooks)
     PlaceOwner owner;
     std::unique_ptr<PlaceLock> lock = bus.placeLocks().lock(place, {}, owner);
     bus.onSearch([&] { lock = nullptr; });
-    EXPECT_EQ(session.runOn(bus, session.line(Verb::Info)), kExitSuccess) << session.err.str();
+    EXPECT_EQ(session.runOn(bus, session.line("info")), kExitSuccess) << session.err.str();
     bus.forgetHooks();
 }
 
@@ -193,7 +192,7 @@ TEST(Selection, KnowsAHubByEitherPort)
          {std::pair("2-1", 0), std::pair("1-1", 0), std::pair("2-1/1-1", 0), std::pair("2-2", 11),
           std::pair("1-2", 11), std::pair("2-2/1-2", 11), std::pair("1-2/2-2", 3),
           std::pair("2-3", 3)}) {
-        CommandLine line = session.line(Verb::Info);
+        CommandLine line = session.line("info");
         line.hub.path = path;
         EXPECT_EQ(session.runOn(bus, line), status) << path << ": " << session.err.str();
     }
@@ -205,7 +204,7 @@ TEST(Selection, KnowsAHubByEitherHalfWhereTheSystemTellsOnePortEach)
     ScriptedBus bus;
     bus.attached = {{.vendorId = 0x1209, .productId = 1, .place = {{"21-3", 5}, {}}},
                     {.vendorId = 0x1209, .productId = 2, .place = {{"20-3", 6}, {}}}};
-    CommandLine line = session.line(Verb::Info);
+    CommandLine line = session.line("info");
     line.hub.path = "20-3";
     EXPECT_EQ(session.runOn(bus, line), kExitSuccess) << session.err.str();
     UsbPlace locked;
@@ -240,7 +239,7 @@ TEST(Selection, SaysWhoTookTheHubAfterTheChoice)
             lock = bus.placeLocks().lock(place, {}, owner);
         }
     });
-    EXPECT_EQ(session.runOn(bus, session.line(Verb::Erase)), kExitBusy);
+    EXPECT_EQ(session.runOn(bus, session.line("erase")), kExitBusy);
     EXPECT_THAT(
         session.err.str(),
         EndsWith(
@@ -271,7 +270,7 @@ TEST(Selection, TakesNoneOfSeveralIfTheirPlacesAreNotKnown)
     ScriptedBus bus;
     bus.attached = {{.vendorId = 0x1209, .productId = 1, .texts = {"Hub", "1"}},
                     {.vendorId = 0x1209, .productId = 1, .texts = {"Hub", "2"}}};
-    CommandLine line = session.line(Verb::Erase);
+    CommandLine line = session.line("erase");
     line.hub.serialNumber = "2";
     EXPECT_EQ(session.runOn(bus, line), kExitSeveralHubs);
     EXPECT_EQ(session.err.str(),
@@ -294,7 +293,7 @@ TEST(Selection, FindsNoHubWithoutADeviceListOrByAnIdThatNoHalfHas)
     Session session;
     ScriptedBus bus;
     bus.attached = {{.vendorId = 0x1209, .productId = 1, .place = {{"2-1", 5}, {"1-1", 6}}}};
-    CommandLine line = session.line(Verb::Erase);
+    CommandLine line = session.line("erase");
     line.hub.id = UsbIds{0x1209, 0x0000}; // the other half is absent
     EXPECT_EQ(session.runOn(bus, line), kExitNoHub);
     bus.givesList = false;
@@ -313,7 +312,7 @@ TEST(DevicesInUseBelowTheHub, AreNamedBeforeTheFlowOrKeepItFromBeginning)
          .place = {{"2-1", 5}, {"1-1", 6}},
          .below = {below[0]}},
         {.vendorId = 0x1209, .productId = 2, .place = {{"1-1", 6}, {"2-1", 5}}, .below = below}};
-    CommandLine line = session.line(Verb::Erase);
+    CommandLine line = session.line("erase");
     line.refuseInUse = true;
     EXPECT_EQ(session.runOn(bus, line), kExitFailure);
     EXPECT_EQ(session.err.str(),

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "cli/Commands.h"
+#include "cli/RunCommand.h"
+#include "cli/Verbs.h"
 #include "hub/HubTransport.h"
 #include "platform/Platform.h"
 #include "standins/sim/SimulatedBus.h"
@@ -11,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -57,23 +59,37 @@ public:
         if (interruptBeforeCommands) {
             Hub_Abandon();
         }
-        return runCommand(commandLine, platform, folder.path(), out, err, terminal, stop);
+        env.outIsTerminal = terminal;
+        return runCommand(commandLine, platform, folder.path(), out, err, env, stop);
+    }
+
+    /// Calls `use` with what a verb works with.
+    template <typename Use>
+    void withCommand(const CommandLine& commandLine, Use use)
+    {
+        Platform platform{*bus, shell, privileged, version, clock};
+        const std::string folderPath = folder.path();
+        const std::string configFile = folder.path("config.ini");
+        const ToolConfig config = readToolConfig(configFile);
+        const Log log;
+        CommandResult result;
+        use(Command{commandLine, platform, folderPath, configFile, config, out, err, env, stop, log,
+                    result});
     }
 
     // On the hub that `selector` selects:
     int update(const std::string& image, bool terminal = false)
     {
-        return run(line(CommandLine::Verb::Update, image), terminal);
+        return run(line("update", image), terminal);
     }
-    int read(const std::string& file) { return run(line(CommandLine::Verb::Read, file)); }
-    int erase() { return run(line(CommandLine::Verb::Erase)); }
-    int info(const std::string& image = {}) { return run(line(CommandLine::Verb::Info, image)); }
-    int list() { return run(line(CommandLine::Verb::List)); }
+    int read(const std::string& file) { return run(line("read", file)); }
+    int erase() { return run(line("erase")); }
+    int info(const std::string& image = {}) { return run(line("info", image)); }
+    int list() { return run(line("list")); }
 
-    CommandLine line(CommandLine::Verb verb, const std::string& image = {}) const
+    CommandLine line(std::string_view verb, const std::string& image = {}) const
     {
-        return {
-            .verb = verb, .image = image, .configFile = {}, .simulatedHub = {}, .hub = selector};
+        return {.verb = verbCalled(verb), .image = image, .hub = selector};
     }
 
     SimulatedHub& hub(std::size_t number = 1) { return bus->hub(number); }
@@ -87,6 +103,13 @@ public:
     }
 
     HubSelector selector;
+    /// No variable is set, nothing is a terminal, and standard input is empty.
+    Environment env{.variable = [this](const char* name) { return variables[name]; },
+                    .in = &in,
+                    .columns = [] { return 80; },
+                    .now = [this] { return Environment::Time(clock.now()); }};
+    std::map<std::string, std::string> variables;
+    std::istringstream in;
     bool interruptBeforeCommands = false; ///< as by a signal
     StopRequest stop;
     TemporaryFolder folder;

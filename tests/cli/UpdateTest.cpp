@@ -1,3 +1,4 @@
+#include "cli/CommandReporter.h"
 #include "cli/ConsoleReporter.h"
 #include "hub/HubTransport.h"
 #include "hub/SupportedIds.h"
@@ -181,7 +182,8 @@ TEST(Update, WorksOnTheHubsThatAConfigFileNames)
 
     const std::string mine = session.folder.write(
         "mine.ini", "[Support Vid Pid]\nVID_3F = 0x1234\nSSPID_3F = 0x5678\nHSPID_3F = 0x9ABC\n");
-    EXPECT_EQ(session.run({CommandLine::Verb::Update, image, mine, {}}), kExitSuccess);
+    EXPECT_EQ(session.run({.verb = verbCalled("update"), .image = image, .configFile = mine}),
+              kExitSuccess);
     EXPECT_EQ(session.hub().flash(), demoImage(kDemoVersion101));
 }
 
@@ -194,41 +196,40 @@ TEST(Update, SendsNothingWhenASignalCameBeforeItsFirstRequest)
     EXPECT_EQ(session.hub().requestCount(), 0U);
 }
 
-TEST(ConsoleReporter, KnowsHowFarTheFlowHasCome)
+TEST(CommandReporter, KnowsHowFarTheFlowHasCome)
 {
-    std::ostringstream out;
-    std::ostringstream err;
-    StopRequest stop;
-    ConsoleReporter console(out, err, false, stop);
-    FlowReporter& reporter = console;
-    reporter.started({FlowKind::Update, "a.bin", 8192});
-    reporter.stepStarted(Step::Open);
-    const auto isFirstWord = [&stop](auto) { EXPECT_FALSE(*stop.flag()); };
-    EXPECT_EQ(stop.ask(isFirstWord), StopRequest::Phase::Unchanged);
-    reporter.stepStarted(Step::Erase); // although it was asked to stop
-    EXPECT_EQ(stop.ask(), StopRequest::Phase::Changing);
-    reporter.stepStarted(Step::Restart);
-    EXPECT_EQ(err.str(), std::string(kFinishing) + '\n') << "said once";
-    reporter.finished({.step = Step::Erase, .cause = Cause::Interrupted});
-    EXPECT_EQ(stop.ask(), StopRequest::Phase::NoFlow);
-    EXPECT_EQ(err.str(), std::string(kFinishing) + "\nUpdate FW Fail\n");
+    Session session;
+    session.withCommand(session.line("update"), [&](const Command& command) {
+        CommandReporter reporter(command);
+        reporter.started({FlowKind::Update, "a.bin", 8192});
+        reporter.stepStarted(Step::Open);
+        const auto isFirstWord = [&](auto) { EXPECT_FALSE(*session.stop.flag()); };
+        EXPECT_EQ(session.stop.ask(isFirstWord), StopRequest::Phase::Unchanged);
+        reporter.stepStarted(Step::Erase); // although it was asked to stop
+        EXPECT_EQ(session.stop.ask(), StopRequest::Phase::Changing);
+        reporter.stepStarted(Step::Restart);
+        EXPECT_EQ(session.err.str(), std::string(kFinishing) + '\n') << "said once";
+        reporter.finished({.step = Step::Erase, .cause = Cause::Interrupted});
+        EXPECT_EQ(session.stop.ask(), StopRequest::Phase::NoFlow);
+        EXPECT_EQ(session.err.str(), std::string(kFinishing) + "\nUpdate FW Fail\n");
+    });
 
-    StopRequest stopOfRead;
-    ConsoleReporter readConsole(out, err, false, stopOfRead);
-    FlowReporter& readReporter = readConsole;
-    readReporter.started({FlowKind::Read});
-    readReporter.stepStarted(Step::Read);
-    EXPECT_EQ(stopOfRead.ask(), StopRequest::Phase::Unchanged);
-    readReporter.stepStarted(Step::Restart);
-    EXPECT_EQ(stopOfRead.ask(), StopRequest::Phase::Changing);
+    Session other;
+    other.withCommand(other.line("read"), [&](const Command& command) {
+        CommandReporter reporter(command);
+        reporter.started({FlowKind::Read});
+        reporter.stepStarted(Step::Read);
+        EXPECT_EQ(other.stop.ask(), StopRequest::Phase::Unchanged);
+        reporter.stepStarted(Step::Restart);
+        EXPECT_EQ(other.stop.ask(), StopRequest::Phase::Changing);
+    });
 }
 
 TEST(ConsoleReporter, EndsTheMovingLineBeforeAFailureAndAtItsEnd)
 {
     std::ostringstream screen;
     {
-        StopRequest stop;
-        ConsoleReporter console(screen, screen, true, stop);
+        ConsoleReporter console(screen, screen, true);
         FlowReporter& reporter = console;
         reporter.started({FlowKind::Update, "a.bin", 8192});
         reporter.stepStarted(Step::Write);

@@ -34,11 +34,12 @@ struct OutsideHeaders {
     const char* headers;
 };
 
-constexpr std::array<OutsideHeaders, 7> kOutsideHeaders = {{
+constexpr std::array<OutsideHeaders, 8> kOutsideHeaders = {{
     {"LibUSB::LibUSB", "libusb.*"},
     {"Qt6::Widgets", "Q[A-Zt].*|q[a-z]+\\.h|ui_.*\\.h"},
     {"iniparser::iniparser", "iniparser.*|dictionary\\.h"},
     {"CLI11::CLI11", "CLI/.*"},
+    {"nlohmann_json::nlohmann_json", "nlohmann/.*"},
     {"MacOS::Interfaces", "(AppKit|ApplicationServices|Carbon|Cocoa|CoreFoundation|CoreServices|"
                           "Foundation|IOKit|Security)/.*|"
                           "(Availability|TargetConditionals)\\.h|(mach|mach-o|objc|xpc)/.*"},

@@ -1,0 +1,48 @@
+#include "cli/CommandReporter.h"
+
+#include "cli/ConsoleReporter.h"
+#include "cli/Verbs.h"
+
+namespace vornadel
+{
+
+CommandReporter::CommandReporter(const Command& command)
+    : m_command(command), m_shown(std::make_unique<ConsoleReporter>(command.out, command.err,
+                                                                    command.env.outIsTerminal))
+{
+}
+
+void CommandReporter::started(const FlowStart& start)
+{
+    m_command.stop.enter(StopRequest::Phase::Unchanged);
+    m_shown->started(start);
+}
+
+void CommandReporter::stepStarted(Step step)
+{
+    // A signal that came after the flow's last look at its stop flag has promised to stop it.
+    const bool begins = (step == Step::Erase || step == Step::Restart) && !m_mustFinish;
+    m_mustFinish = m_mustFinish || begins;
+    const bool finishes = begins && m_command.stop.enter(StopRequest::Phase::Changing);
+    m_shown->stepStarted(step);
+    if (finishes) {
+        m_command.err << kFinishing << '\n' << std::flush;
+    }
+}
+
+void CommandReporter::progressed(std::int32_t done, std::int32_t total)
+{
+    m_shown->progressed(done, total);
+}
+
+void CommandReporter::finished(const FlowResult& result)
+{
+    m_result = result;
+    m_command.result.flow = result;
+    m_command.stop.enter(StopRequest::Phase::NoFlow);
+    m_shown->finished(result);
+}
+
+void CommandReporter::closed() { m_shown->closed(); }
+
+} // namespace vornadel

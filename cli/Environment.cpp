@@ -1,0 +1,31 @@
+#include "cli/Environment.h"
+
+#include <cstdlib>
+#include <iostream>
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace vornadel
+{
+
+Environment thisEnvironment()
+{
+    return {.variable =
+                [](const char* name) {
+                    const char* const text = std::getenv(name);
+                    return std::string(text == nullptr ? "" : text);
+                },
+            .in = &std::cin,
+            .inIsTerminal = ::isatty(STDIN_FILENO) == 1,
+            .outIsTerminal = ::isatty(STDOUT_FILENO) == 1,
+            .errIsTerminal = ::isatty(STDERR_FILENO) == 1,
+            .columns =
+                [] {
+                    winsize size{};
+                    return ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? int{size.ws_col} : 0;
+                },
+            .now = [] { return std::chrono::system_clock::now(); }};
+}
+
+} // namespace vornadel

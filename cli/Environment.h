@@ -1,0 +1,28 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <istream>
+#include <string>
+
+namespace vornadel
+{
+
+/// What a command sees of its process, apart from its output. Tests make their own.
+struct Environment {
+    using Time = std::chrono::system_clock::time_point;
+
+    /// An environment variable; empty if it is not set.
+    std::function<std::string(const char* name)> variable;
+    std::istream* in = nullptr; ///< standard input, for an image called "-"
+    bool inIsTerminal = false;
+    bool outIsTerminal = false;
+    bool errIsTerminal = false;
+    std::function<int()> columns; ///< the terminal's width now; 0 if it is not known
+    std::function<Time()> now;    ///< the wall clock
+};
+
+/// Of this process.
+Environment thisEnvironment();
+
+} // namespace vornadel

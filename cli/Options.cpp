@@ -1,0 +1,62 @@
+#include "cli/Options.h"
+
+#include <CLI/CLI.hpp>
+
+namespace vornadel
+{
+
+namespace
+{
+
+std::string refuseEmpty(const std::string& text) { return text.empty() ? "it is empty" : ""; }
+
+void finishOperand(CLI::Option* operand, Operand kind)
+{
+    operand->check(refuseEmpty);
+    operand->required(kind == Operand::Required);
+}
+
+} // namespace
+
+void addFlag(CLI::App& verb, const char* names, bool& value, const char* text)
+{
+    verb.add_flag(names, value, text);
+}
+
+void addText(CLI::App& verb, const char* names, const char* valueName, std::string& value,
+             const char* text)
+{
+    verb.add_option(names, value, text)->type_name(valueName)->check(refuseEmpty);
+}
+
+void addFlagWithText(CLI::App& verb, const char* names, std::string& value, const char* text)
+{
+    // Otherwise the last of several would silently win.
+    verb.add_flag(names, value, text)->multi_option_policy(CLI::MultiOptionPolicy::Throw);
+}
+
+void addNumber(CLI::App& verb, const char* names, const char* valueName, std::optional<int>& value,
+               const char* text)
+{
+    verb.add_option(names, value, text)->type_name(valueName)->check(CLI::NonNegativeNumber);
+}
+
+void addOperand(CLI::App& verb, const char* name, std::string& value, Operand kind,
+                const char* text)
+{
+    finishOperand(verb.add_option(name, value, text), kind);
+}
+
+void addOperands(CLI::App& verb, const char* name, std::vector<std::string>& values, Operand kind,
+                 const char* text)
+{
+    finishOperand(verb.add_option(name, values, text), kind);
+}
+
+void addRefuseInUse(CLI::App& verb, CommandLine& line)
+{
+    addFlag(verb, "--refuse-in-use", line.refuseInUse,
+            "Fail if a disk, a keyboard or another device in use hangs below the hub");
+}
+
+} // namespace vornadel
