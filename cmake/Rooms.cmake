@@ -47,7 +47,7 @@ set(ROOM_MAY_USE_virtual_hub    platform_api platform_posix sim)
 
 # External libraries that a room may use.
 set(ROOM_MAY_USE_OUTSIDE_platform_api   Threads::Threads)
-set(ROOM_MAY_USE_OUTSIDE_platform_linux LibUSB::LibUSB Threads::Threads)
+set(ROOM_MAY_USE_OUTSIDE_platform_linux LibUSB::LibUSB SdBus::Headers Threads::Threads)
 set(ROOM_MAY_USE_OUTSIDE_platform_macos MacOS::Interfaces)
 set(ROOM_MAY_USE_OUTSIDE_sim            Threads::Threads)
 set(ROOM_MAY_USE_OUTSIDE_props          iniparser::iniparser)

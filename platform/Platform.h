@@ -3,6 +3,7 @@
 #include "platform/Clock.h"
 #include "platform/PrivilegedRun.h"
 #include "platform/Shell.h"
+#include "platform/SleepInhibitor.h"
 #include "platform/SystemVersion.h"
 #include "platform/UsbBus.h"
 
@@ -17,6 +18,7 @@ struct Platform {
     PrivilegedRun& privileged;
     SystemVersion& systemVersion;
     Clock& clock;
+    SleepInhibitor* sleep = nullptr; ///< null: the machine cannot be kept awake
 };
 
 } // namespace vornadel

@@ -3,6 +3,7 @@
 #include "platform/Platform.h"
 #include "platform/StdClock.h"
 #include "platform/linux/LibusbBus.h"
+#include "platform/linux/LogindInhibitor.h"
 #include "platform/linux/OsRelease.h"
 #include "platform/linux/PkexecRun.h"
 #include "platform/posix/SystemShell.h"
@@ -10,7 +11,8 @@
 namespace vornadel
 {
 
-/// Owner of everything for the real machine: libusb, `/bin/sh`, polkit, os-release, the real clock.
+/// Owner of everything for the real machine: libusb, `/bin/sh`, polkit, logind, os-release, the
+/// real clock.
 class LinuxPlatform
 {
 public:
@@ -21,7 +23,8 @@ public:
                 .shell = m_shell,
                 .privileged = m_privileged,
                 .systemVersion = m_systemVersion,
-                .clock = m_clock};
+                .clock = m_clock,
+                .sleep = &m_sleep};
     }
 
 private:
@@ -30,6 +33,7 @@ private:
     SystemShell m_shell;
     PkexecRun m_privileged;
     OsRelease m_systemVersion;
+    LogindInhibitor m_sleep;
 };
 
 } // namespace vornadel

@@ -22,7 +22,8 @@ public:
                 .shell = m_shell,
                 .privileged = m_privileged,
                 .systemVersion = m_systemVersion,
-                .clock = m_clock};
+                .clock = m_clock,
+                .sleep = nullptr};
     }
 
 private:

@@ -38,7 +38,7 @@ public:
     SimulatedHub& hub(std::size_t number = 1) { return *m_hubs.at(number - 1); }
     std::size_t hubCount() const { return m_hubs.size(); }
 
-    /// `machine` with this bus in place of its own.
+    /// `machine` with this bus in place of its own. It may sleep: a simulated hub takes no harm.
     Platform replaceBusOf(const Platform& machine);
 
 private:

@@ -36,6 +36,7 @@ struct OutsideHeaders {
 
 constexpr std::array<OutsideHeaders, 8> kOutsideHeaders = {{
     {"LibUSB::LibUSB", "libusb.*"},
+    {"SdBus::Headers", "systemd/.*"},
     {"Qt6::Widgets", "Q[A-Zt].*|q[a-z]+\\.h|ui_.*\\.h"},
     {"iniparser::iniparser", "iniparser.*|dictionary\\.h"},
     {"CLI11::CLI11", "CLI/.*"},

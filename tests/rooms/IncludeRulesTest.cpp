@@ -109,6 +109,7 @@ TEST_F(SourceTree, FindsEachIncludeThatIsNotAllowed)
         {"app/Tool.cpp", "#include \"platform/native/Native.h\"", "chosen in main.cpp"},
         {"app/Tool.cpp", "#include \"standins/sim/Hub.h\"", "chosen in main.cpp"},
         {"hub/T.cpp", "#include <libusb.h>", "hub may not use LibUSB::LibUSB"},
+        {"platform/posix/T.cpp", "#include <systemd/sd-bus.h>", "SdBus::Headers"},
         {"hub/T.h", "#include <QString>", "hub may not use Qt6::Widgets"},
         {"app/A.cpp", "#include <iniparser/iniparser.h>", "iniparser::iniparser"},
         {"platform/linux/Bus.cpp", "#import <IOKit/usb/IOUSBLib.h>", "MacOS::Interfaces"},
