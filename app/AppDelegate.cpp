@@ -27,6 +27,18 @@ constexpr std::chrono::seconds kShutDownGrace{3};
 
 constexpr const char* kNoThread = "the system cannot start a thread";
 
+/// Keeps the machine awake, if the system can.
+std::unique_ptr<SleepHold> stayAwake(SleepInhibitor* inhibitor)
+{
+    std::string problem;
+    std::unique_ptr<SleepHold> hold =
+        inhibitor == nullptr ? nullptr : inhibitor->hold("A hub is being worked on", problem);
+    if (!problem.empty()) {
+        ConsoleLog("The machine may go to sleep: " + QString::fromStdString(problem));
+    }
+    return hold;
+}
+
 } // namespace
 
 AppDelegate::AppDelegate(Platform& platform, ToolPlace place, QString titleSuffix)
@@ -74,7 +86,11 @@ void AppDelegate::startFlow(std::function<void()> flow)
     std::shared_ptr<HubHold> hold = m_platform.privileged.holdHub();
     if (hold == nullptr) {
         sayThatNothingStarts("access to the hub is being withdrawn");
-    } else if (!m_worker.start([hold = std::move(hold), flow = std::move(flow)] { flow(); })) {
+    } else if (!m_worker.start(
+                   [hold = std::move(hold), flow = std::move(flow), sleep = m_platform.sleep] {
+                       const std::unique_ptr<SleepHold> awake = stayAwake(sleep);
+                       flow();
+                   })) {
         sayThatNothingStarts(kNoThread);
     }
 }

@@ -262,16 +262,32 @@ TEST_F(DriverButtons, LeaveTheHubAloneWhileItsAccessIsTakenAway)
     EXPECT_EQ(privileged.scripts.size(), 1U);
 }
 
-TEST_F(DriverButtons, KeepTheAccessWhileAFlowRuns)
+TEST_F(DriverButtons, KeepTheAccessAndTheMachineAwakeWhileAFlowRuns)
 {
     launchOn(kModern, "");
     hub().onRequest = [this](const ControlRequest& /*request*/) {
-        EXPECT_TRUE(QThread::currentThread() == qApp->thread() || privileged.holds == 1);
+        if (QThread::currentThread() != qApp->thread()) {
+            EXPECT_EQ(privileged.holds, 1);
+            EXPECT_EQ(sleep.holds, 1);
+        }
     };
     tool().SetButtonStatus(true);
     QTest::mouseClick(tool().btnRead_FwFlash, Qt::LeftButton);
     ASSERT_TRUE(waitUntilEnabled());
+    ASSERT_TRUE(waitFor([this] { return privileged.holds == 0 && sleep.holds == 0; }));
+}
+
+TEST_F(DriverButtons, RunAFlowOnAMachineThatCannotBeKeptAwake)
+{
+    launchOn(kModern, "");
+    sleep.problem = "no logind";
+    testing::internal::CaptureStderr();
+    QTest::mouseClick(tool().btnErase_FwFlash, Qt::LeftButton);
+    ASSERT_TRUE(waitUntilEnabled());
     ASSERT_TRUE(waitFor([this] { return privileged.holds == 0; }));
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                testing::StartsWith("The machine may go to sleep: no logind\n"));
+    EXPECT_EQ(hub().flash().front(), 0xFF) << "erased all the same";
 }
 
 TEST_F(DriverButtons, StartNoFlowWhileTheAccessIsTakenAway)

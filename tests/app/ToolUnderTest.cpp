@@ -70,8 +70,8 @@ void ToolUnderTest::launch()
             readGate.pass();
         }
     };
-    m_platform =
-        std::make_unique<Platform>(Platform{*m_bus, shell, privileged, systemVersion, *m_clock});
+    m_platform = std::make_unique<Platform>(
+        Platform{*m_bus, shell, privileged, systemVersion, *m_clock, &sleep});
     Hub_UsePlatform(*m_bus, *m_clock);
     m_delegate = std::make_unique<AppDelegate>(*m_platform, place, titleSuffix);
     m_clock->mainThread = &m_delegate->mainThread();

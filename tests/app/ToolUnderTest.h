@@ -82,6 +82,7 @@ protected:
     FakeShell shell;
     FakeSystemVersion systemVersion;
     FakePrivilegedRun privileged;
+    FakeSleepInhibitor sleep;
     std::optional<Clock::Duration> heldPause; ///< of the clock
     std::atomic<int> ends = 0; ///< how often the tool has ended the process by itself
     Gate eraseGate;            ///< stops before the hub's erase

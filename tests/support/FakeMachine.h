@@ -2,6 +2,7 @@
 
 #include "platform/PrivilegedRun.h"
 #include "platform/Shell.h"
+#include "platform/SleepInhibitor.h"
 #include "platform/SystemVersion.h"
 
 #include <algorithm>
@@ -59,6 +60,18 @@ public:
     SystemVersionNumbers numbers{12, 4, 0, 0};
 };
 
+/// A hold that is counted while it lives.
+template <typename Hold>
+class CountedHold final : public Hold
+{
+public:
+    explicit CountedHold(std::atomic<int>& holds) : m_holds(holds) { ++m_holds; }
+    ~CountedHold() override { --m_holds; }
+
+private:
+    std::atomic<int>& m_holds;
+};
+
 /// Records the scripts and starts nothing.
 class FakePrivilegedRun final : public PrivilegedRun
 {
@@ -84,15 +97,21 @@ public:
     std::atomic<int> holds{0}; ///< the number of holds on the hub
 
 private:
-    class Hold final : public HubHold
-    {
-    public:
-        explicit Hold(std::atomic<int>& holds) : m_holds(holds) { ++m_holds; }
-        ~Hold() override { --m_holds; }
+    using Hold = CountedHold<HubHold>;
+};
 
-    private:
-        std::atomic<int>& m_holds;
-    };
+/// A system that can be kept awake, or cannot.
+class FakeSleepInhibitor final : public SleepInhibitor
+{
+public:
+    std::unique_ptr<SleepHold> hold(const std::string& /*reason*/, std::string& why) override
+    {
+        why = problem;
+        return problem.empty() ? std::make_unique<CountedHold<SleepHold>>(holds) : nullptr;
+    }
+
+    std::string problem;       ///< why it cannot; empty: it can
+    std::atomic<int> holds{0}; ///< those that keep it awake
 };
 
 } // namespace vornadel::test
