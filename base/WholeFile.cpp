@@ -117,17 +117,43 @@ public:
         return m_inPlace;
     }
 
+    /// Like takePlaceOf(), but fails if something is there.
+    bool takeFreePlace(const fs::path& path)
+    {
+        if (::fsync(m_file.get()) != 0) {
+            return false;
+        }
+        if (::link(m_path.c_str(), path.c_str()) == 0) {
+            return true; // under two names, until the destructor removes the first one
+        }
+        const bool hasNoLinks = errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS;
+        struct stat found = {};
+        return hasNoLinks &&
+               (::lstat(path.c_str(), &found) == 0 ? becauseOf(EEXIST) : takePlaceOf(path));
+    }
+
 private:
+    static bool becauseOf(int errorNumber)
+    {
+        errno = errorNumber;
+        return false;
+    }
+
     fs::path m_path;
     Descriptor m_file;
     bool m_inPlace = false;
 };
 
-/// Writes the new name to disk. The file is already in place, so a failure here changes nothing.
-void syncFolder(const fs::path& folder)
+/// Writes new names to disk. Not every file system can sync a folder; that is no failure.
+bool syncFolder(const fs::path& folder)
 {
     const Descriptor file(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    ::fsync(file.get());
+    return file.valid() && (::fsync(file.get()) == 0 || errno == EINVAL || errno == EOPNOTSUPP);
+}
+
+fs::path folderOf(const fs::path& file)
+{
+    return file.has_parent_path() ? file.parent_path() : ".";
 }
 
 /// Where a file is to be saved.
@@ -158,7 +184,7 @@ bool findPlace(const std::string& path, Place& place, std::string& problem)
     if (const int error = followLinks(place.file, place.exists)) {
         return fail(problem, path, because(error));
     }
-    place.folder = place.file.has_parent_path() ? place.file.parent_path() : ".";
+    place.folder = folderOf(place.file);
     return true;
 }
 
@@ -186,7 +212,23 @@ bool saveWholeFile(const std::string& path, std::span<const std::uint8_t> bytes,
         !file.takePlaceOf(place.file)) {
         return fail(problem, path, because(errno));
     }
-    syncFolder(place.folder);
+    syncFolder(place.folder); // the old file is gone already, so a failure changes nothing
+    return true;
+}
+
+bool saveNewFile(const std::string& path, std::span<const std::uint8_t> bytes, std::string& problem,
+                 mode_t permissions)
+{
+    const fs::path folder = folderOf(path);
+    TemporaryFile file(folder, permissions);
+    if (!file.valid() || !file.write(bytes) || !file.takeFreePlace(path)) {
+        return fail(problem, path, because(errno));
+    }
+    if (!syncFolder(folder)) {
+        const int error = errno;
+        ::unlink(path.c_str());
+        return fail(problem, path, because(error));
+    }
     return true;
 }
 

@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <string>
@@ -31,6 +32,20 @@ std::vector<std::string>& calls()
     return seen;
 }
 
+/// Whether the file system has hard links.
+bool& linksExist()
+{
+    static bool exist = true;
+    return exist;
+}
+
+/// What the sync of a folder fails with; 0: it succeeds.
+int& errorOfFolders()
+{
+    static int error = 0;
+    return error;
+}
+
 } // namespace
 
 // NOLINTBEGIN(bugprone-reserved-identifier): the linker's option --wrap wants these names.
@@ -39,6 +54,7 @@ extern "C" {
 ssize_t __real_write(int file, const void* bytes, std::size_t count);
 int __real_fsync(int file);
 int __real_rename(const char* from, const char* to);
+int __real_link(const char* from, const char* to);
 
 ssize_t __wrap_write(int file, const void* bytes, std::size_t count)
 {
@@ -56,7 +72,21 @@ int __wrap_fsync(int file)
     calls().push_back(S_ISDIR(info.st_mode)
                           ? "sync folder"
                           : "sync " + std::to_string(info.st_size) + ' ' + permissions(info));
+    if (S_ISDIR(info.st_mode) && errorOfFolders() != 0) {
+        errno = errorOfFolders();
+        return -1;
+    }
     return __real_fsync(file);
+}
+
+int __wrap_link(const char* from, const char* to)
+{
+    calls().emplace_back("link");
+    if (!linksExist()) {
+        errno = EPERM;
+        return -1;
+    }
+    return __real_link(from, to);
 }
 
 int __wrap_rename(const char* from, const char* to)
@@ -78,9 +108,25 @@ using Calls = std::vector<std::string>;
 class WholeFileOrder : public testing::Test
 {
 public:
-    ~WholeFileOrder() override { ::umask(m_umask); }
+    ~WholeFileOrder() override
+    {
+        ::umask(m_umask);
+        linksExist() = true;
+        errorOfFolders() = 0;
+    }
 
 protected:
+    bool create(const std::string& content) const
+    {
+        calls().clear();
+        std::string problem;
+        const bool created = saveNewFile(
+            m_file, {reinterpret_cast<const std::uint8_t*>(content.data()), content.size()},
+            problem, 0600);
+        EXPECT_EQ(created, problem.empty()) << problem;
+        return created;
+    }
+
     Calls callsOfSave() const
     {
         const std::vector<std::uint8_t> bytes(1000, 0x5A);
@@ -108,6 +154,41 @@ TEST_F(WholeFileOrder, LetsNobodyElseReadAReplacedFileBeforeItIsComplete)
         EXPECT_EQ(callsOfSave(),
                   (Calls{"write 0600", std::string("sync 1000 ") + text, "rename", "sync folder"}));
     }
+}
+
+TEST_F(WholeFileOrder, GivesANewFileItsNameWhenItIsComplete)
+{
+    EXPECT_TRUE(create("new"));
+    EXPECT_EQ(calls(), (Calls{"write 0600", "sync 3 0600", "link", "sync folder"}));
+    EXPECT_EQ(m_folder.text("file.bin"), "new");
+    EXPECT_EQ(fs::hard_link_count(m_file), 1U);
+}
+
+TEST_F(WholeFileOrder, NeverReplacesWhatHasTheNameOfANewFile)
+{
+    for (const bool links : {true, false}) {
+        SCOPED_TRACE(links);
+        linksExist() = links;
+        m_folder.write("file.bin", "old");
+        EXPECT_FALSE(create("new"));
+        EXPECT_EQ(m_folder.text("file.bin"), "old");
+        fs::remove(m_file);
+        fs::create_symlink("nowhere", m_file);
+        EXPECT_FALSE(create("new"));
+        fs::remove(m_file);
+        EXPECT_TRUE(create("new"));
+        fs::remove(m_file);
+        EXPECT_TRUE(fs::is_empty(m_folder.path()));
+    }
+}
+
+TEST_F(WholeFileOrder, LeavesNoNewFileWhoseNameIsNotOnDisk)
+{
+    errorOfFolders() = EIO;
+    EXPECT_FALSE(create("new"));
+    EXPECT_TRUE(fs::is_empty(m_folder.path()));
+    errorOfFolders() = EINVAL; // a file system that cannot sync folders
+    EXPECT_TRUE(create("new"));
 }
 
 } // namespace
