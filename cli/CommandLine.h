@@ -19,9 +19,11 @@ struct CommandLine {
     std::optional<std::string> simulatedHub{}; ///< set: work on the simulated hub, with these
                                                ///< options
     HubSelector hub = {};                      ///< of verbs about hubs
-    bool refuseInUse = false; ///< of verbs that restart the hub: not if a device hangs below it
-    bool all = false;         ///< of list: every USB device
-    bool json = false;        ///< the output is for programs
+    bool refuseInUse = false;   ///< of verbs that restart the hub: not if a device hangs below it
+    bool noBackup = false;      ///< of verbs that change the flash
+    std::string backupFolder{}; ///< of the same; empty: the usual one
+    bool all = false;           ///< of list: every USB device
+    bool json = false;          ///< the output is for programs
 };
 
 // Exit statuses of vornadelctl.

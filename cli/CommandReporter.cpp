@@ -14,6 +14,13 @@ CommandReporter::CommandReporter(const Command& command)
 
 void CommandReporter::started(const FlowStart& start)
 {
+    if (SleepInhibitor* const sleep = m_command.platform.sleep) {
+        std::string problem;
+        m_awake = sleep->hold("A hub is being worked on", problem);
+        if (m_awake == nullptr) {
+            m_command.log.note("the machine may go to sleep: " + problem);
+        }
+    }
     m_command.stop.enter(StopRequest::Phase::Unchanged);
     m_shown->started(start);
 }
@@ -43,6 +50,10 @@ void CommandReporter::finished(const FlowResult& result)
     m_shown->finished(result);
 }
 
-void CommandReporter::closed() { m_shown->closed(); }
+void CommandReporter::closed()
+{
+    m_awake = nullptr;
+    m_shown->closed();
+}
 
 } // namespace vornadel

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "flows/FlowReporter.h"
+#include "platform/SleepInhibitor.h"
 
 #include <memory>
 
@@ -10,7 +11,7 @@ namespace vornadel
 struct Command;
 
 /// Receives the reports of one run of a flow: shows them as the command line asks for, tells the
-/// command's StopRequest how far the flow has come, and keeps the result.
+/// command's StopRequest how far the flow has come, keeps the machine awake, and keeps the result.
 class CommandReporter final : public FlowReporter
 {
 public:
@@ -27,6 +28,7 @@ public:
 private:
     const Command& m_command;
     std::unique_ptr<FlowReporter> m_shown;
+    std::unique_ptr<SleepHold> m_awake;
     FlowResult m_result;
     bool m_mustFinish = false; // a step has begun after which the flow does not stop
 };

@@ -9,6 +9,15 @@
 namespace vornadel
 {
 
+std::string stateFolder(const Environment& env)
+{
+    const std::string state = env.variable("XDG_STATE_HOME");
+    const std::string home = env.variable("HOME");
+    return state.starts_with('/')  ? state + "/vornadel"
+           : home.starts_with('/') ? home + "/.local/state/vornadel"
+                                   : std::string();
+}
+
 Environment thisEnvironment()
 {
     return {.variable =

@@ -22,6 +22,10 @@ struct Environment {
     std::function<Time()> now;    ///< the wall clock
 };
 
+/// Where the tool keeps its log and its backups: $XDG_STATE_HOME/vornadel, or that below
+/// ~/.local/state. Empty if neither variable is an absolute path.
+std::string stateFolder(const Environment& env);
+
 /// Of this process.
 Environment thisEnvironment();
 

@@ -59,4 +59,11 @@ void addRefuseInUse(CLI::App& verb, CommandLine& line)
             "Fail if a disk, a keyboard or another device in use hangs below the hub");
 }
 
+void addBackupFolder(CLI::App& verb, CommandLine& line)
+{
+    addText(verb, "--backup-dir", "FOLDER", line.backupFolder,
+            "Keep backups in this folder instead of $XDG_STATE_HOME/vornadel/backups or "
+            "~/.local/state/vornadel/backups");
+}
+
 } // namespace vornadel

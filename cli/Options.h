@@ -47,4 +47,7 @@ void addOperands(CLI::App& verb, const char* name, std::vector<std::string>& val
 
 void addRefuseInUse(CLI::App& verb, CommandLine& line);
 
+/// --backup-dir
+void addBackupFolder(CLI::App& verb, CommandLine& line);
+
 } // namespace vornadel

@@ -54,7 +54,7 @@ set(ROOM_MAY_USE_OUTSIDE_props          iniparser::iniparser)
 set(ROOM_MAY_USE_OUTSIDE_editor         Qt6::Widgets)
 set(ROOM_MAY_USE_OUTSIDE_config         iniparser::iniparser CLI11::CLI11)
 set(ROOM_MAY_USE_OUTSIDE_app            Qt6::Widgets Threads::Threads CLI11::CLI11)
-set(ROOM_MAY_USE_OUTSIDE_cli            CLI11::CLI11 nlohmann_json::nlohmann_json
+set(ROOM_MAY_USE_OUTSIDE_cli            CLI11::CLI11 Nettle::Nettle nlohmann_json::nlohmann_json
                                         Threads::Threads)
 set(ROOM_MAY_USE_OUTSIDE_virtual_hub    CLI11::CLI11 Threads::Threads)
 

@@ -155,6 +155,14 @@ TEST(Read, LeavesTheFileWhenTheDiskIsFull)
     EXPECT_EQ(filesIn(session.folder), files);
 }
 
+TEST(Read, KeepsTheMachineAwake)
+{
+    Session session("latency=none");
+    session.hub().onRequest = [&](const ControlRequest&) { EXPECT_EQ(session.sleep.holds, 1); };
+    EXPECT_EQ(session.read(session.folder.path("read.bin")), kExitSuccess);
+    EXPECT_EQ(session.sleep.holds, 0);
+}
+
 TEST(Erase, LeavesABlankFlashAndTellsItsSteps)
 {
     Session session("latency=none");

@@ -54,7 +54,7 @@ public:
     {
         out.str({});
         err.str({});
-        Platform platform{other, shell, privileged, version, clock};
+        Platform platform{other, shell, privileged, version, clock, &sleep};
         Hub_UsePlatform(other, clock);
         if (interruptBeforeCommands) {
             Hub_Abandon();
@@ -117,6 +117,7 @@ public:
     std::unique_ptr<SimulatedBus> bus;
     std::ostringstream out;
     std::ostringstream err;
+    FakeSleepInhibitor sleep;
 
 private:
     FakeShell shell;

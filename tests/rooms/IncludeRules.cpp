@@ -34,8 +34,9 @@ struct OutsideHeaders {
     const char* headers;
 };
 
-constexpr std::array<OutsideHeaders, 8> kOutsideHeaders = {{
+constexpr OutsideHeaders kOutsideHeaders[] = {
     {"LibUSB::LibUSB", "libusb.*"},
+    {"Nettle::Nettle", "nettle/.*"},
     {"SdBus::Headers", "systemd/.*"},
     {"Qt6::Widgets", "Q[A-Zt].*|q[a-z]+\\.h|ui_.*\\.h"},
     {"iniparser::iniparser", "iniparser.*|dictionary\\.h"},
@@ -46,7 +47,7 @@ constexpr std::array<OutsideHeaders, 8> kOutsideHeaders = {{
                           "(Availability|TargetConditionals)\\.h|(mach|mach-o|objc|xpc)/.*"},
     {"GTest::gtest", "(gtest|gmock)/.*"},
     {"a USB test bed", "umockdev.*"},
-}};
+};
 
 bool isSource(const fs::path& file)
 {
