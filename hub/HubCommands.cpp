@@ -84,9 +84,6 @@ bool isStrict()
     return session != nullptr && session->isStrict();
 }
 
-// In a strict session the place is locked, so who has the hub open only looks at it, and soon ends.
-bool openAtFirst() { return isStrict() ? Hub_AwaitDevice(kPatience, false) : Hub_OpenDevice(); }
-
 } // namespace
 
 std::uint16_t firmwareVersionIn(const HubStatusBlock& block)
@@ -145,9 +142,15 @@ bool Hub_SwitchMode(std::uint8_t mode)
     return false;
 }
 
+bool Hub_OpenPatiently()
+{
+    // In a strict session the place is locked, so who has the hub open only looks at it.
+    return isStrict() ? Hub_AwaitDevice(kPatience, false) : Hub_OpenDevice();
+}
+
 bool Hub_OpenRomDevice()
 {
-    if (!openAtFirst()) {
+    if (!Hub_OpenPatiently()) {
         return false;
     }
     if (Hub_IsRomMode()) {

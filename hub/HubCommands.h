@@ -47,6 +47,9 @@ bool Hub_SendModeCommand(std::uint8_t mode);
 /// it. True: the hub is open. False: it is closed.
 bool Hub_SwitchMode(std::uint8_t mode);
 
+/// Opens the hub; in a strict session, waits up to a second for another program that has it open.
+bool Hub_OpenPatiently();
+
 /// Opens the hub and, unless it already runs ROM code, restarts it into that. False: the hub is
 /// closed, and LastError is that of Hub_OpenDevice(), or 12 if the hub came back without running
 /// ROM code.

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "platform/Clock.h"
 #include "platform/UsbBus.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -41,6 +43,9 @@ public:
     /// Unlocks the place; from now on the thread has no session. Close the hub before.
     void end();
 
+    /// Called about once a second while Hub_AwaitDevice() waits, with the time waited so far.
+    std::function<void(Clock::Duration sofar)> onWaiting;
+
     bool isStrict() const { return m_options.strict; }
     /// Of the hub that is open, or was open last; not known before the first open.
     const UsbPlace& place() const { return m_place; }
@@ -49,6 +54,9 @@ public:
     /// Who has the place, if it is taken.
     const PlaceOwner& owner() const { return m_owner; }
 
+    /// The last that the hub told; empty if it told none.
+    const std::string& serialNumber() const { return m_serialNumber; }
+
     /// Whether a restart of the hub has been asked for.
     bool hasRestarted() const { return m_hasRestarted; }
 
@@ -56,6 +64,9 @@ public:
     void expectSerialNumber(std::string text) { m_expected = {std::move(text)}; }
     /// The hub may come back with any serial number, because the flash that said it is blank.
     void expectAnySerialNumber() { m_expected = {}; }
+
+    /// The next open may find the hub as it was before its restart, too.
+    void expectNoRestart() { m_leaving.reset(); }
 
     // For the transport:
 

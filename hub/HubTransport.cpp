@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -35,6 +36,7 @@ struct Transport {
     std::atomic<UsbBus*> bus{nullptr};
     std::atomic<Clock*> clock{nullptr};
     std::atomic<bool> abandoned{false};
+    std::function<void(const ControlRequest&, std::uint32_t)> observer;
 
     std::mutex mutex; // guards what follows; not held during calls of the bus
     std::unique_ptr<UsbDevice> HubDevice;
@@ -271,7 +273,15 @@ std::uint32_t Hub_ControlRequest(ControlRequest request)
     if (status != 0) {
         setLastFailure(meaningOf(hub->failureOf(status)));
     }
+    if (transport().observer) {
+        transport().observer(request, status);
+    }
     return status;
+}
+
+void Hub_ObserveRequests(std::function<void(const ControlRequest&, std::uint32_t status)> observer)
+{
+    transport().observer = std::move(observer);
 }
 
 void Hub_BeginRestart()
@@ -287,19 +297,26 @@ bool Hub_AwaitDevice(Clock::Duration limit, bool isForRestart)
 {
     Clock& clock = *transport().clock;
     const BusEvents events(*transport().bus, clock);
-    const Clock::Duration end = clock.now() + limit;
+    const Clock::Duration begin = clock.now();
+    const Clock::Duration end = begin + limit;
+    Clock::Duration nextWord = begin + kLookPause;
     for (;;) {
         const unsigned seen = events.count();
         if (Hub_OpenDevice()) {
             return true;
         }
-        const Clock::Duration left = end - clock.now();
+        const Clock::Duration now = clock.now();
+        const Clock::Duration left = end - now;
         const bool isAbsent = lastOpenStatus == UsbOpenStatus::Gone;
         const HubSession* const session = HubSession::ofThisThread();
         const bool isTaken = session != nullptr && session->isTaken();
         const bool mayChange = isForRestart || lastOpenStatus == UsbOpenStatus::Busy;
         if (transport().abandoned || left <= Clock::Duration(0) || isTaken || !mayChange) {
             return false;
+        }
+        if (session != nullptr && session->onWaiting && now >= nextWord) {
+            nextWord = now + kLookPause;
+            session->onWaiting(now - begin);
         }
         const bool comesWithAnEvent = isAbsent && events.areReported();
         clock.sleepUntil([&] { return events.count() != seen; },
@@ -315,5 +332,7 @@ void Hub_Pause(Clock::Duration pause)
 }
 
 void Hub_Abandon() { transport().abandoned = true; }
+
+bool Hub_IsAbandoned() { return transport().abandoned; }
 
 } // namespace vornadel

@@ -4,6 +4,7 @@
 #include "platform/UsbBus.h"
 
 #include <cstdint>
+#include <functional>
 
 namespace vornadel
 {
@@ -47,13 +48,18 @@ bool Hub_IsOpen();
 /// own, does not set LastError.
 std::uint32_t Hub_ControlRequest(ControlRequest request);
 
+/// Called after each request that has reached the bus, on the thread that sent it, with its status.
+/// Set it before the first flow; an empty one ends that.
+void Hub_ObserveRequests(std::function<void(const ControlRequest&, std::uint32_t status)> observer);
+
 /// Tells the thread's session that the open hub will be asked to restart.
 void Hub_BeginRestart();
 
 /// Opens the hub as soon as it is there. Looks for it at each event of the bus and once a second,
 /// and tries a hub that refuses again after 50 ms, or at the next event. Gives up after `limit`; at
 /// once if another flow has locked its place or, unless `isForRestart`, for any reason but that the
-/// hub is busy. Watches the bus meanwhile, so nobody else may.
+/// hub is busy. Watches the bus meanwhile, so nobody else may. Tells the thread's session once a
+/// second that it waits.
 bool Hub_AwaitDevice(Clock::Duration limit, bool isForRestart);
 
 /// Sleeps on the platform's clock.
@@ -63,5 +69,8 @@ void Hub_Pause(Clock::Duration pause);
 /// transfer in flight ends by itself; closing still works. Together with Clock::interrupt() this
 /// makes every flow take its failure path at once.
 void Hub_Abandon();
+
+/// Whether the program is ending.
+bool Hub_IsAbandoned();
 
 } // namespace vornadel
