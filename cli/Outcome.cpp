@@ -51,6 +51,9 @@ constexpr struct {
     {FlowKind::Read, "nothing was changed; plug the hub in again, so that it runs its firmware",
      "read"},
     {FlowKind::Erase, "the flash may be erased or not; erase it again", "erased"},
+    {FlowKind::Restore, "the flash may hold anything; restore it again", "verified"},
+    {FlowKind::Verify, "nothing was changed", "compared"},
+    {FlowKind::Restart, "nothing was changed", "restarted"},
 };
 
 constexpr const char* kLookAgain =
@@ -126,6 +129,8 @@ Outcome outcomeOf(FlowKind flow, const FlowResult& result, const OutcomeNames& n
     case Cause::NotRestarted:
     case Cause::NotConfirmed:
         return {kExitNotConfirmed, std::string(about.done) + ", but " + failure + kLookAgain};
+    case Cause::NotSaved:
+        return {kExitFailure, "the flash could not be saved; it is unchanged"};
     case Cause::Interrupted:
         return {kExitFailure,
                 result.failure == HubFailure::None

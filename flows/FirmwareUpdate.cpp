@@ -1,6 +1,7 @@
 #include "flows/FirmwareUpdate.h"
 
 #include "flows/FlowRun.h"
+#include "hub/FlashGeometry.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -17,18 +18,17 @@ namespace
 /// Restarts the hub into the image that is in its flash now.
 bool restartInto(const FwImage& image, FlowRun& run)
 {
-    run.session().expectSerialNumber(FwText_AsReported(image.serial));
+    if (image.loaded) {
+        run.session().expectSerialNumber(FwText_AsReported(image.serial));
+    } else {
+        run.session().expectAnySerialNumber();
+    }
     return run.restart() && run.runs(image);
 }
 
-void writeAndVerify(const FwImage& image, FlowRun& run)
+/// `image` is what the bytes hold; it need not be loaded.
+void writeAndVerify(std::span<const std::uint8_t> bytes, const FwImage& image, FlowRun& run)
 {
-    if (!image.loaded) {
-        run.fail({.step = Step::Open, .cause = Cause::WrongImage});
-        return;
-    }
-    const std::span<const std::uint8_t> bytes(image.data.get(),
-                                              static_cast<std::size_t>(image.size));
     const std::unique_ptr<std::uint8_t[]> memory(new (std::nothrow) std::uint8_t[bytes.size()]);
     if (!memory) {
         run.fail({.step = Step::Open, .cause = Cause::WrongImage}); // larger than any flash
@@ -39,8 +39,11 @@ void writeAndVerify(const FwImage& image, FlowRun& run)
     // but delivers nothing fails the comparison.
     std::transform(bytes.begin(), bytes.end(), readBack.begin(),
                    [](std::uint8_t byte) { return static_cast<std::uint8_t>(~byte); });
-    static_cast<void>(run.openRom() && run.erase() && run.write(bytes) && run.read(readBack) &&
-                      run.verify(bytes, readBack) && restartInto(image, run));
+    if (run.openRom() && run.save(bytes, FlashState::Verified) &&
+        (run.isUpToDate() ||
+         (run.erase() && run.write(bytes) && run.read(readBack) && run.verify(bytes, readBack)))) {
+        restartInto(image, run);
+    }
 }
 
 } // namespace
@@ -49,7 +52,26 @@ bool updateFirmware(const FwImage& image, const std::string& imageName, FlowRepo
                     const FlowOptions& options)
 {
     FlowRun run({FlowKind::Update, imageName, image.size}, reporter, options);
-    writeAndVerify(image, run);
+    if (image.loaded) {
+        writeAndVerify({image.data.get(), static_cast<std::size_t>(image.size)}, image, run);
+    } else {
+        run.fail({.step = Step::Open, .cause = Cause::WrongImage});
+    }
+    return run.end();
+}
+
+bool restoreFlash(std::span<const std::uint8_t> bytes, const std::string& name,
+                  FlowReporter& reporter, const FlowOptions& options)
+{
+    const auto size = static_cast<std::int32_t>(bytes.size());
+    FlowRun run({FlowKind::Restore, name, size}, reporter, options);
+    if (bytes.empty() || bytes.size() > kFlashSize) {
+        run.fail({.step = Step::Open, .cause = Cause::WrongImage});
+    } else {
+        FwImage image;
+        FwImage_Parse(image, bytes.data(), size);
+        writeAndVerify(bytes, image, run);
+    }
     return run.end();
 }
 

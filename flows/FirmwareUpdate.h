@@ -4,6 +4,8 @@
 #include "flows/FlowOptions.h"
 #include "flows/FlowReporter.h"
 
+#include <cstdint>
+#include <span>
 #include <string>
 
 namespace vornadel
@@ -18,5 +20,10 @@ namespace vornadel
 /// Hub_Abandon().
 bool updateFirmware(const FwImage& image, const std::string& imageName, FlowReporter& reporter,
                     const FlowOptions& options = {});
+
+/// The same with any content for the flash, such as one that was read before. Only if it is an
+/// image does the hub have to run it afterwards.
+bool restoreFlash(std::span<const std::uint8_t> bytes, const std::string& name,
+                  FlowReporter& reporter, const FlowOptions& options = {});
 
 } // namespace vornadel

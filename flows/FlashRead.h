@@ -16,7 +16,8 @@ namespace vornadel
 /// after a failure it is unchanged, but a strict flow sets it even if only the restart failed. The
 /// content is not checked: a blank flash is read like any other.
 ///
-/// A hub that confirms a read but delivers nothing goes unnoticed; such bytes are 0.
+/// Only a strict flow notices a hub that confirms a read but delivers nothing; otherwise such bytes
+/// are 0.
 ///
 /// The hub is closed in any case; after a failure it may still run its ROM code. Blocks for
 /// seconds; stops at the next request or pause after Hub_Abandon().

@@ -5,6 +5,7 @@
 #include "hub/HubTransport.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace vornadel
@@ -28,12 +29,41 @@ FlowResult difference(Step step, Cause cause, std::span<const std::uint8_t> expe
     return result;
 }
 
+/// For the second of two reads: differs from the first in every byte, so that a hub which confirms
+/// a read but delivers nothing fails the comparison.
+std::vector<std::uint8_t> complementOf(std::span<const std::uint8_t> bytes)
+{
+    std::vector<std::uint8_t> complement(bytes.size());
+    std::transform(bytes.begin(), bytes.end(), complement.begin(),
+                   [](std::uint8_t byte) { return static_cast<std::uint8_t>(~byte); });
+    return complement;
+}
+
+/// Fills a status block before it is read. If it is still there afterwards, nothing was delivered.
+constexpr std::uint8_t kNotDelivered = 0xA5;
+
 } // namespace
 
+/// How far a step has come before this transfer, and how far it has to go, in bytes. Without a
+/// total the transfer reports nothing.
+struct FlowRun::Progress {
+    std::size_t before = 0;
+    std::size_t total = 0;
+};
+
 FlowRun::FlowRun(const FlowStart& start, FlowReporter& reporter, const FlowOptions& options)
-    : m_reporter(reporter), m_stop(options.stop), m_session(options.hub)
+    : m_reporter(reporter), m_stop(options.stop), m_beforeChange(options.beforeChange),
+      m_session(options.hub)
 {
+    m_session.onWaiting = [&reporter](Clock::Duration sofar) { reporter.waiting(sofar); };
     m_reporter.started(start);
+}
+
+bool FlowRun::open()
+{
+    m_reporter.stepStarted(Step::Open);
+    return isAskedToStop() ? stop(Step::Open)
+                           : Hub_OpenPatiently() || failByHub(Step::Open, Cause::NotOpened);
 }
 
 bool FlowRun::openRom()
@@ -48,48 +78,122 @@ bool FlowRun::openRom()
     return !isAskedToStop() || stop(Step::Open);
 }
 
+bool FlowRun::save(std::span<const std::uint8_t> wanted, FlashState whenEqual)
+{
+    if (!isStrict() || !m_beforeChange) {
+        return true;
+    }
+    m_reporter.stepStarted(Step::Save);
+    std::vector<std::uint8_t> flash(kFlashSize);
+    if (!readTwice(flash)) {
+        sendBack();
+        return false;
+    }
+    switch (m_beforeChange(flash)) {
+    case BeforeChange::Go:
+        return !isAskedToStop() || stop(Step::Save);
+    case BeforeChange::UpToDate:
+        m_isUpToDate = true;
+        if (wanted.size() <= flash.size() &&
+            std::equal(wanted.begin(), wanted.end(), flash.begin())) {
+            m_flash = whenEqual;
+        }
+        return true;
+    case BeforeChange::NotSaved:
+        return fail({.step = Step::Save, .cause = Cause::NotSaved, .failure = sendBack()});
+    case BeforeChange::Stop:
+        break;
+    }
+    return stop(Step::Save);
+}
+
 bool FlowRun::erase()
 {
     m_reporter.stepStarted(Step::Erase);
     m_stop = nullptr; // from here on only the end leaves the hub with working firmware
+    if (!Hub_IsAbandoned()) {
+        m_changed = true;
+        m_flash = FlashState::Incomplete;
+    }
     return Hub_EraseFlash() || failByHub(Step::Erase, Cause::RequestFailed);
 }
 
 bool FlowRun::write(std::span<const std::uint8_t> bytes)
 {
-    return transferAll(Step::Write, bytes, Hub_WriteFlash);
+    m_reporter.stepStarted(Step::Write);
+    if (!transferAll(Step::Write, bytes, Hub_WriteFlash, {0, bytes.size()})) {
+        return false;
+    }
+    m_flash = FlashState::Written;
+    return true;
 }
 
 bool FlowRun::read(std::span<std::uint8_t> bytes)
 {
-    return transferAll(Step::Read, bytes, Hub_ReadFlash);
+    m_reporter.stepStarted(Step::Read);
+    return transferAll(Step::Read, bytes, Hub_ReadFlash, {0, bytes.size()});
 }
 
-bool FlowRun::verify(std::span<const std::uint8_t> written, std::span<const std::uint8_t> readBack)
+bool FlowRun::verify(std::span<const std::uint8_t> image, std::span<const std::uint8_t> readBack)
 {
     m_reporter.stepStarted(Step::Verify);
-    return check(difference(Step::Verify, Cause::Different, written, readBack));
+    const FlowResult result = difference(Step::Verify, Cause::Different, image, readBack);
+    if (result.succeeded()) {
+        m_flash = FlashState::Verified;
+    } else if (m_changed) {
+        m_flash = FlashState::Incomplete;
+    }
+    return check(result);
 }
 
 bool FlowRun::restart()
 {
     m_reporter.stepStarted(Step::Restart);
-    return Hub_SwitchMode(HUB_MODE_FLASH) || failByHub(Step::Restart, Cause::NotRestarted);
+    return switchMode(HUB_MODE_FLASH) || failByHub(Step::Restart, Cause::NotRestarted);
+}
+
+bool FlowRun::restartIntoRom()
+{
+    m_reporter.stepStarted(Step::Restart);
+    return (look() == HubFailure::None && m_hub == HubState::Rom) || switchMode(HUB_MODE_ROM) ||
+           failByHub(Step::Restart, Cause::NotRestarted);
 }
 
 bool FlowRun::readAgain(std::span<const std::uint8_t> bytes)
 {
-    std::vector<std::uint8_t> again(bytes.size());
-    return !isStrict() || (readSilently(Step::Read, again) &&
+    std::vector<std::uint8_t> again = complementOf(bytes);
+    return !isStrict() || (transferAll(Step::Read, std::span(again), Hub_ReadFlash, {}) &&
                            check(difference(Step::Read, Cause::Unstable, bytes, again)));
 }
 
 bool FlowRun::eraseIsDone()
 {
+    if (!isStrict()) {
+        return true;
+    }
     const std::vector<std::uint8_t> blank(kFlashSize, kFlashBlank);
-    std::vector<std::uint8_t> flash(kFlashSize);
-    return !isStrict() || (readSilently(Step::Erase, flash) &&
-                           check(difference(Step::Erase, Cause::NotErased, blank, flash)));
+    std::vector<std::uint8_t> flash = complementOf(blank);
+    if (!transferAll(Step::Erase, std::span(flash), Hub_ReadFlash, {}) ||
+        !check(difference(Step::Erase, Cause::NotErased, blank, flash))) {
+        return false;
+    }
+    m_flash = FlashState::Erased;
+    return true;
+}
+
+bool FlowRun::runs(HubState code)
+{
+    if (!isStrict()) {
+        return true;
+    }
+    FlowResult result{.step = Step::Restart, .cause = Cause::NotConfirmed, .failure = look()};
+    if (result.failure == HubFailure::None) {
+        if (m_hub == code) {
+            return true;
+        }
+        result.failure = code == HubState::Flash ? HubFailure::NoFlashCode : HubFailure::NoRomCode;
+    }
+    return fail(result);
 }
 
 bool FlowRun::runs(const FwImage& image)
@@ -97,18 +201,18 @@ bool FlowRun::runs(const FwImage& image)
     if (!isStrict() || !image.loaded || image.version == nullptr) {
         return true;
     }
-    HubStatusBlock block{};
-    FlowResult result{.step = Step::Restart, .cause = Cause::NotConfirmed};
-    if (Hub_ReadStatusBlock(block) != 0) {
-        result.failure = Hub_LastFailure();
-    } else if (romCodeRunsBy(block)) {
-        result.failure = HubFailure::NoFlashCode;
-    } else if (firmwareVersionIn(block) != (image.version[0] << 8 | image.version[1])) {
-        result.failure = HubFailure::OtherVersion;
-    } else {
-        result.cause = Cause::None;
+    return runs(HubState::Flash) && (m_version == (image.version[0] << 8 | image.version[1]) ||
+                                     fail({.step = Step::Restart,
+                                           .cause = Cause::NotConfirmed,
+                                           .failure = HubFailure::OtherVersion}));
+}
+
+HubFailure FlowRun::sendBack()
+{
+    if (!m_session.hasRestarted() || std::exchange(m_isSentBack, true)) {
+        return HubFailure::None;
     }
-    return check(result);
+    return switchMode(HUB_MODE_FLASH) ? HubFailure::None : Hub_LastFailure();
 }
 
 bool FlowRun::fail(const FlowResult& result)
@@ -119,6 +223,14 @@ bool FlowRun::fail(const FlowResult& result)
 
 bool FlowRun::end()
 {
+    if (isStrict()) {
+        lookAtTheEnd();
+    }
+    m_result.changed = m_changed;
+    m_result.flash = m_flash;
+    m_result.hub = m_hub;
+    m_result.version = m_version;
+    m_result.serialNumber = m_session.serialNumber();
     m_reporter.finished(m_result);
     Hub_CloseDevice();
     m_session.end(); // the next flow may begin as soon as this one has said that it is over
@@ -126,10 +238,10 @@ bool FlowRun::end()
     return m_result.succeeded();
 }
 
+/// As part of a step that has begun: moves all bytes, from address 0 on.
 template <typename Byte, typename Transfer>
-bool FlowRun::transferAll(Step step, std::span<Byte> bytes, Transfer transfer)
+bool FlowRun::transferAll(Step step, std::span<Byte> bytes, Transfer transfer, Progress progress)
 {
-    m_reporter.stepStarted(step);
     for (std::size_t done = 0; done < bytes.size();) {
         if (isAskedToStop()) {
             return stop(step);
@@ -140,26 +252,71 @@ bool FlowRun::transferAll(Step step, std::span<Byte> bytes, Transfer transfer)
             return failByHub(step, Cause::RequestFailed, address);
         }
         done += length;
-        m_reporter.progressed(static_cast<std::int32_t>(done),
-                              static_cast<std::int32_t>(bytes.size()));
+        if (progress.total > 0) {
+            m_reporter.progressed(static_cast<std::int32_t>(progress.before + done),
+                                  static_cast<std::int32_t>(progress.total));
+        }
     }
     return true;
 }
 
-/// Reads the flash from address 0 on, as part of a step that has begun.
-bool FlowRun::readSilently(Step step, std::span<std::uint8_t> bytes)
+bool FlowRun::readTwice(std::span<std::uint8_t> flash)
 {
-    for (std::size_t done = 0; done < bytes.size(); done += kFlashPiece) {
-        if (isAskedToStop()) {
-            return stop(step);
+    const std::size_t total = 2 * flash.size();
+    if (!transferAll(Step::Save, flash, Hub_ReadFlash, {0, total})) {
+        return false;
+    }
+    std::vector<std::uint8_t> again = complementOf(flash);
+    return transferAll(Step::Save, std::span(again), Hub_ReadFlash, {flash.size(), total}) &&
+           check(difference(Step::Save, Cause::Unstable, flash, again));
+}
+
+/// Asks the open hub what it runs. Returns why that is not known.
+HubFailure FlowRun::look()
+{
+    m_hub = HubState::Unknown;
+    HubStatusBlock nothing;
+    nothing.fill(kNotDelivered);
+    HubStatusBlock block = nothing;
+    if (Hub_ReadStatusBlock(block) != 0) {
+        return Hub_LastFailure();
+    }
+    if (block == nothing) {
+        return HubFailure::Short;
+    }
+    m_hub = romCodeRunsBy(block) ? HubState::Rom : HubState::Flash;
+    m_version = firmwareVersionIn(block);
+    return HubFailure::None;
+}
+
+/// Finds out what has become of the hub, unless that is known.
+void FlowRun::lookAtTheEnd()
+{
+    if (!Hub_IsOpen() && !m_session.hasRestarted()) { // it never was open
+        m_hub = m_result.failure == HubFailure::NoHub ? HubState::Absent : HubState::Unknown;
+        return;
+    }
+    // A handle may be dead although the hub is back, after a loose contact.
+    for (int attempt = 0; attempt < 2 && m_hub == HubState::Unknown && !Hub_IsAbandoned();
+         ++attempt) {
+        m_session.expectNoRestart();
+        if (!Hub_IsOpen() && !Hub_OpenDevice()) {
+            const HubFailure failure = Hub_LastFailure();
+            const bool isAbsent = failure == HubFailure::NoHub || failure == HubFailure::AnotherHub;
+            m_hub = isAbsent ? HubState::Absent : HubState::Unknown;
+            return;
         }
-        const std::size_t length = std::min<std::size_t>(kFlashPiece, bytes.size() - done);
-        const auto address = static_cast<std::uint32_t>(done);
-        if (Hub_ReadFlash(address, bytes.subspan(done, length)) != 0) {
-            return failByHub(step, Cause::RequestFailed, address);
+        if (look() == HubFailure::Unplugged) {
+            Hub_CloseDevice();
         }
     }
-    return true;
+}
+
+bool FlowRun::switchMode(std::uint8_t mode)
+{
+    m_hub = HubState::Unknown;
+    m_version.reset();
+    return Hub_SwitchMode(mode);
 }
 
 bool FlowRun::failByHub(Step step, Cause cause, std::uint32_t address)
@@ -178,10 +335,7 @@ bool FlowRun::isAskedToStop() const { return m_stop != nullptr && *m_stop; }
 /// Ends the flow as asked. A hub that it restarted runs its firmware again afterwards.
 bool FlowRun::stop(Step step)
 {
-    const bool isBack = !m_session.hasRestarted() || Hub_SwitchMode(HUB_MODE_FLASH);
-    return fail({.step = step,
-                 .cause = Cause::Interrupted,
-                 .failure = isBack ? HubFailure::None : Hub_LastFailure()});
+    return fail({.step = step, .cause = Cause::Interrupted, .failure = sendBack()});
 }
 
 } // namespace vornadel

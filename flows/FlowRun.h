@@ -5,6 +5,8 @@
 #include "flows/FlowReporter.h"
 
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <span>
 
 namespace vornadel
@@ -19,18 +21,31 @@ public:
     FlowRun(const FlowRun&) = delete;
     FlowRun& operator=(const FlowRun&) = delete;
 
+    bool open(); ///< whatever code the hub runs
     bool openRom();
     bool erase();
     bool write(std::span<const std::uint8_t> bytes); ///< from address 0 on
     bool read(std::span<std::uint8_t> bytes);        ///< from address 0 on
-    bool verify(std::span<const std::uint8_t> written, std::span<const std::uint8_t> readBack);
-    bool restart();
+    bool verify(std::span<const std::uint8_t> image, std::span<const std::uint8_t> readBack);
+    bool restart();        ///< into its firmware
+    bool restartIntoRom(); ///< unless it runs its ROM code already
 
     // In a strict flow; otherwise they do nothing and return true:
+
+    /// Hands the flash over before it is changed, if the options ask for that. `whenEqual` is its
+    /// state if it begins with the `wanted` bytes and is not to be changed.
+    bool save(std::span<const std::uint8_t> wanted, FlashState whenEqual);
     bool readAgain(std::span<const std::uint8_t> bytes); ///< compares with the first read
     bool eraseIsDone();                                  ///< whether the flash is blank
+    bool runs(HubState code);        ///< whether the hub runs Flash or Rom code, after a restart
     bool runs(const FwImage& image); ///< whether the hub runs this firmware, after restart();
                                      ///< true if the image holds none
+
+    bool isUpToDate() const { return m_isUpToDate; } ///< after save(): change nothing
+
+    /// Without a change: restarts the hub into its firmware if this run has restarted it. Returns
+    /// why that failed. Once only; the last step.
+    HubFailure sendBack();
 
     bool isStrict() const { return m_session.isStrict(); }
     HubSession& session() { return m_session; }
@@ -43,9 +58,14 @@ public:
     bool end();
 
 private:
+    struct Progress;
+
     template <typename Byte, typename Transfer>
-    bool transferAll(Step step, std::span<Byte> bytes, Transfer transfer);
-    bool readSilently(Step step, std::span<std::uint8_t> bytes);
+    bool transferAll(Step step, std::span<Byte> bytes, Transfer transfer, Progress progress);
+    bool readTwice(std::span<std::uint8_t> flash);
+    HubFailure look();
+    void lookAtTheEnd();
+    bool switchMode(std::uint8_t mode);
     bool failByHub(Step step, Cause cause, std::uint32_t address = 0);
     bool check(const FlowResult& result);
     bool isAskedToStop() const;
@@ -53,8 +73,17 @@ private:
 
     FlowReporter& m_reporter;
     const std::atomic<bool>* m_stop;
+    std::function<BeforeChange(std::span<const std::uint8_t>)> m_beforeChange;
     HubSession m_session;
     FlowResult m_result;
+    bool m_isUpToDate = false;
+    bool m_isSentBack = false;
+
+    // What is known by now, for the result:
+    bool m_changed = false;
+    FlashState m_flash = FlashState::Untouched;
+    HubState m_hub = HubState::Unknown; // since its last restart
+    std::optional<std::uint16_t> m_version;
 };
 
 } // namespace vornadel

@@ -36,9 +36,13 @@ struct FlowTexts {
 namespace
 {
 
+constexpr const char* kSaves = "Save Flash...\n";
+constexpr const char* kFailsToSave = "Fail to Save Flash\n";
+
 constexpr StepTexts kUpdateSteps[] = {
     {Step::Open, "",
      "Fail To Open Rom Device\nPlease Load Driver firstly\nThen replugin usb hub device\n"},
+    {Step::Save, kSaves, kFailsToSave},
     {Step::Erase, "Erase Flash...\n", "Fail to Erase Flash\n", Bar::AtTheEnd, 10},
     {Step::Write, "Write Flash...\n", "Fail to Write Flash\n", Bar::WithThePieces, 40},
     {Step::Read, "Read Flash...\n", "Fail to Read Flash\n", Bar::WithThePieces, 40},
@@ -57,8 +61,22 @@ constexpr StepTexts kReadSteps[] = {
 
 constexpr StepTexts kEraseSteps[] = {
     {Step::Open, "Open Rom Device...\n", "Fail to Open Rom Device"},
+    {Step::Save, kSaves, kFailsToSave},
     {Step::Erase, "Erase Flash...\n", "Fail to Erase flash"},
     {Step::Restart, "Reseting...\n", "Fail to Reset Flash & Wait"},
+};
+
+constexpr StepTexts kVerifySteps[] = {
+    {Step::Open, "Open Device...\n", "Fail to Open Rom Device\n", Bar::AtTheEndPosted, 10},
+    {Step::Read, "Read Flash...\n", "Fail to Read Flash\n", Bar::WithThePieces, 70},
+    {Step::Verify, "Verify Flash...\n", "Fail to verify flash\n", Bar::AtTheEnd, 10},
+    {Step::Restart, "Reset to Flash Code...\n", "Fail to Reset to Flash Code\n",
+     Bar::AtTheEndPosted, 10},
+};
+
+constexpr StepTexts kRestartSteps[] = {
+    {Step::Open, "Open Device...\n", "Fail to Open Device\n"},
+    {Step::Restart, "Restart Hub...\n", "Fail to Restart Hub\n"},
 };
 
 constexpr const char* kWrongImage = "Wrong firmware file\n";
@@ -72,6 +90,9 @@ constexpr FlowTexts kFlowTexts[] = {
     {FlowKind::Update, kUpdateSteps, "Update FW Success\n", "Update FW Fail\n", false, false},
     {FlowKind::Read, kReadSteps, "Read Fw Success\n", "Read Fw Fail\n", true, true},
     {FlowKind::Erase, kEraseSteps, "Erase FW Success\n", "\nErase FW Fail\n", false, false},
+    {FlowKind::Restore, kUpdateSteps, "Restore FW Success\n", "Restore FW Fail\n", false, false},
+    {FlowKind::Verify, kVerifySteps, "Verify FW Success\n", "Verify FW Fail\n", false, false},
+    {FlowKind::Restart, kRestartSteps, "Restart Hub Success\n", "Restart Hub Fail\n", false, false},
 };
 
 const FlowTexts& textsOf(FlowKind flow)
@@ -98,7 +119,7 @@ void FlowTextReporter::started(const FlowStart& start)
         resetProgressInfo();
         updateProgressBar(0, Wait::Yes);
     }
-    if (start.flow == FlowKind::Update) {
+    if (start.imageSize > 0 || start.flow == FlowKind::Update) {
         appendProgressInfo_Blue(header(start));
     }
 }

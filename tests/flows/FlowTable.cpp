@@ -80,6 +80,12 @@ const std::vector<std::uint8_t>& oldFlash()
     return bytes;
 }
 
+FlowResult failureIn(const FlowResult& result)
+{
+    return {result.step,       result.cause,   result.address,
+            result.wrongBytes, result.failure, result.owner};
+}
+
 std::string Flow::wireFrom(HubCode runs) const
 {
     return (runs == HubCode::Flash ? "osvmOS" : "os") + std::string(work) + "fH";

@@ -62,6 +62,9 @@ private:
     std::int32_t m_total = 0;
 };
 
+/// A result without what it says of the flash and the hub.
+FlowResult failureIn(const FlowResult& result);
+
 // The requests and reports of each flow without a fault. Each request is one letter, by its purpose
 // in the flow:
 //

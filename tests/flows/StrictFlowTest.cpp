@@ -52,7 +52,7 @@ protected:
 
     void failedWith(const FlowResult& expected)
     {
-        EXPECT_EQ(result, expected);
+        EXPECT_EQ(failureIn(result), expected);
         EXPECT_FALSE(Hub_IsOpen());
     }
 
