@@ -18,6 +18,15 @@ bind_anew() {
 
 bound_or_gone() { ! device_folder "$1" || [ -e "$folder/${folder##*/}:1.0/driver" ]; }
 
+# The kernel goes on setting up a hub for some 300 ms after it has bound it. A reset meanwhile makes it
+# submit a transfer twice, of which it complains.
+is_set_up_or_gone() {
+    local milliseconds
+    device_folder "$1" || return 0
+    { read -r milliseconds <"$folder/power/connected_duration"; } 2>/dev/null || return 0
+    [ "$milliseconds" -ge 2000 ]
+}
+
 images=("$old_image" "$new_image")
 round=0
 
@@ -61,6 +70,7 @@ resets=0
 for step in 'Erase Flash...' 'Write Flash...'; do
     begin_update "$step"
     for ids in "$super_speed" "$high_speed"; do
+        wait_until 20 "the kernel to set up $ids" is_set_up_or_gone "$ids"
         if on_bus "$ids" && node=$(node_of "$ids") && usbreset "${node:13:7}"; then
             resets=$((resets + 1))
         fi
