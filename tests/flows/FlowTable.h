@@ -38,6 +38,7 @@ public:
         m_done = done;
         m_total = total;
     }
+    void waiting(Clock::Duration sofar) override { waits.push_back(sofar); }
     void finished(const FlowResult& told) override
     {
         EXPECT_EQ(ends, 0);
@@ -53,6 +54,7 @@ public:
 
     int starts = 0;
     std::vector<Step> steps;
+    std::vector<Clock::Duration> waits;
     FlowResult result;
     int ends = 0;
     std::function<void()> onClosed;
