@@ -5,6 +5,7 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <vector>
 
 namespace vornadel
 {
@@ -24,6 +25,12 @@ struct CommandLine {
     std::string backupFolder{}; ///< of the same; empty: the usual one
     bool all = false;           ///< of list: every USB device
     bool json = false;          ///< the output is for programs
+    std::string otherImage{};   ///< of image diff
+    std::vector<std::string> words{}; ///< of image get: names; of image set: NAME=VALUE
+    std::string output{};             ///< of image set
+    bool force = false;               ///< of verbs that save a file: replace one that exists
+    std::string definitions{};        ///< of verbs that know properties: the file with them
+    std::string controller{};         ///< of the same: which of the files beside the tool
 };
 
 // Exit statuses of vornadelctl.

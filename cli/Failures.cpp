@@ -32,6 +32,8 @@ constexpr struct {
     {FailureId::InUse, "in-use", kExitFailure},
     {FailureId::ImageUnreadable, "image-unreadable", kExitFailure},
     {FailureId::ImageRefused, "image-refused", kExitImageRefused},
+    {FailureId::DefinitionsUnusable, "definitions-unusable", kExitUsage},
+    {FailureId::Locked, "locked", kExitImageRefused},
     {FailureId::FileNotSaved, "file-not-saved", kExitFailure},
 };
 

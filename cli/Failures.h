@@ -28,6 +28,8 @@ enum class FailureId {
     InUse,
     ImageUnreadable,
     ImageRefused,
+    DefinitionsUnusable,
+    Locked,
     FileNotSaved,
 };
 

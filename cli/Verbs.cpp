@@ -10,7 +10,9 @@ namespace
 {
 
 const Verb* const kVerbs[] = {
-    &kListVerb, &kInfoVerb, &kUpdateVerb, &kReadVerb, &kEraseVerb, &kScalarVerb,
+    &kListVerb,     &kInfoVerb,     &kUpdateVerb,    &kReadVerb,
+    &kEraseVerb,    &kScalarVerb,   &kImageInfoVerb, &kImageCheckVerb,
+    &kImageGetVerb, &kImageSetVerb, &kImageDiffVerb, &kImagePropertiesVerb,
 };
 
 } // namespace

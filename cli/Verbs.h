@@ -60,6 +60,12 @@ extern const Verb kUpdateVerb;
 extern const Verb kReadVerb;
 extern const Verb kEraseVerb;
 extern const Verb kScalarVerb;
+extern const Verb kImageInfoVerb;
+extern const Verb kImageCheckVerb;
+extern const Verb kImageGetVerb;
+extern const Verb kImageSetVerb;
+extern const Verb kImageDiffVerb;
+extern const Verb kImagePropertiesVerb;
 
 /// All verbs, in the order of the help.
 std::span<const Verb* const> allVerbs();

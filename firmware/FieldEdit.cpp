@@ -111,17 +111,6 @@ FieldTexts textsOf(const FwImage& image)
     return texts;
 }
 
-FieldFlaw flawOf(const FieldEdit& edit)
-{
-    if (isId(edit.field)) {
-        return isFourHexDigits(edit.text) ? FieldFlaw::None : FieldFlaw::NotAnId;
-    }
-    if (edit.field == IdentityField::ContainerId) {
-        return isContainerId(edit.text) ? FieldFlaw::None : FieldFlaw::NotAContainerId;
-    }
-    return charactersIn(edit.text) ? FieldFlaw::None : FieldFlaw::NotUtf8;
-}
-
 } // namespace
 
 std::optional<IdentityField> identityFieldNamed(std::string_view name)
@@ -155,13 +144,24 @@ std::string FwImage_FieldText(const FwImage& image, IdentityField field)
     return {};
 }
 
+FieldFlaw findFlaw(const FieldEdit& edit)
+{
+    if (isId(edit.field)) {
+        return isFourHexDigits(edit.text) ? FieldFlaw::None : FieldFlaw::NotAnId;
+    }
+    if (edit.field == IdentityField::ContainerId) {
+        return isContainerId(edit.text) ? FieldFlaw::None : FieldFlaw::NotAContainerId;
+    }
+    return charactersIn(edit.text) ? FieldFlaw::None : FieldFlaw::NotUtf8;
+}
+
 FieldFlaw FwImage_FindEditFlaw(const FwImage& image, std::span<const FieldEdit> edits,
                                std::size_t& culprit)
 {
     FieldTexts texts = textsOf(image);
     for (culprit = 0; culprit < edits.size(); ++culprit) {
         const FieldEdit& edit = edits[culprit];
-        if (const FieldFlaw flaw = flawOf(edit); flaw != FieldFlaw::None) {
+        if (const FieldFlaw flaw = findFlaw(edit); flaw != FieldFlaw::None) {
             return flaw;
         }
         at(texts, edit.field) = typedOver(at(texts, edit.field), edit.text);

@@ -44,6 +44,9 @@ enum class FieldFlaw {
     NoVersion, ///< the image has no firmware version, so it cannot be saved
 };
 
+/// What is wrong with a text, in any image.
+FieldFlaw findFlaw(const FieldEdit& edit);
+
 /// What stands against the edits of a loaded image; `culprit` is then the number of the edit, if
 /// it is about one alone. If nothing is wrong, FwImage_EditFields() may follow.
 FieldFlaw FwImage_FindEditFlaw(const FwImage& image, std::span<const FieldEdit> edits,

@@ -50,7 +50,7 @@ std::vector<std::size_t> optionsNamed(const PropItem& item, std::string_view tex
     return positions;
 }
 
-PropertyFlaw flawOf(const PropItem& item, std::span<const std::uint8_t> block)
+PropertyFlaw flawOf(const PropItem& item)
 {
     if (std::find(kPropertyPages.begin(), kPropertyPages.end(), item.pageName) ==
         kPropertyPages.end()) {
@@ -59,10 +59,7 @@ PropertyFlaw flawOf(const PropItem& item, std::span<const std::uint8_t> block)
     if (item.dataList.empty()) {
         return PropertyFlaw::NoOptions;
     }
-    if (item.mask == 0) {
-        return PropertyFlaw::NoBits;
-    }
-    return item.addr < block.size() ? PropertyFlaw::None : PropertyFlaw::OutsideImage;
+    return item.mask == 0 ? PropertyFlaw::NoBits : PropertyFlaw::None;
 }
 
 std::string valueOrNumber(const PropItem& item)

@@ -27,16 +27,15 @@ PropItemList propertiesNamed(const PropItemList& items, std::string_view name);
 /// joins them.
 std::vector<std::size_t> optionsNamed(const PropItem& item, std::string_view text);
 
-/// Why a property can be set in no image, or not in this one.
+/// Why the editor lets nobody set a property.
 enum class PropertyFlaw {
     None,
-    NotOnAPage,   ///< its page is none of the editor's
-    NoOptions,    ///< it is a constant
-    NoBits,       ///< its mask is 0
-    OutsideImage, ///< its byte is behind the end of the image
+    NotOnAPage, ///< its page is none of the editor's
+    NoOptions,  ///< it is a constant
+    NoBits,     ///< its mask is 0
 };
 
-PropertyFlaw flawOf(const PropItem& item, std::span<const std::uint8_t> block);
+PropertyFlaw flawOf(const PropItem& item);
 
 /// The text of the current value's option, or else the value itself.
 std::string valueOrNumber(const PropItem& item);
