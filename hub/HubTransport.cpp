@@ -1,6 +1,7 @@
 #include "hub/HubTransport.h"
 
 #include "base/LastError.h"
+#include "hub/BusEvents.h"
 #include "hub/HubFailure.h"
 #include "hub/HubSearch.h"
 #include "hub/HubSession.h"
@@ -169,30 +170,6 @@ HubFailure meaningOf(UsbFailure failure)
     }
     return HubFailure::NotAnswered;
 }
-
-/// Counts the bus's events while it lives, and wakes who waits for the next one.
-class BusEvents
-{
-public:
-    BusEvents(UsbBus& bus, Clock& clock) : m_bus(bus)
-    {
-        m_areReported = bus.watch([count = m_count, &clock](UsbEvent) {
-            ++*count;
-            clock.wake();
-        });
-    }
-    BusEvents(const BusEvents&) = delete;
-    BusEvents& operator=(const BusEvents&) = delete;
-    ~BusEvents() { m_bus.unwatch(); }
-
-    bool areReported() const { return m_areReported; }
-    unsigned count() const { return *m_count; }
-
-private:
-    UsbBus& m_bus;
-    std::shared_ptr<std::atomic<unsigned>> m_count = std::make_shared<std::atomic<unsigned>>(0);
-    bool m_areReported = false;
-};
 
 } // namespace
 
