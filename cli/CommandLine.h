@@ -20,12 +20,14 @@ struct CommandLine {
     std::optional<std::string> simulatedHub{}; ///< set: work on the simulated hub, with these
                                                ///< options
     HubSelector hub = {};                      ///< of verbs about hubs
-    bool refuseInUse = false;   ///< of verbs that restart the hub: not if a device hangs below it
-    bool noBackup = false;      ///< of verbs that change the flash
-    std::string backupFolder{}; ///< of the same; empty: the usual one
-    bool all = false;           ///< of list: every USB device
-    bool json = false;          ///< the output is for programs
-    std::string otherImage{};   ///< of image diff
+    bool refuseInUse = false;     ///< of verbs that restart the hub: not if a device hangs below it
+    bool noBackup = false;        ///< of verbs that change the flash
+    std::string backupFolder{};   ///< of the same; empty: the usual one
+    bool rom = false;             ///< of restart: into the ROM code
+    std::optional<int> timeout{}; ///< of wait, in seconds
+    bool all = false;             ///< of list: every USB device
+    bool json = false;            ///< the output is for programs
+    std::string otherImage{};     ///< of image diff
     std::vector<std::string> words{}; ///< of image get: names; of image set: NAME=VALUE
     std::string output{};             ///< of image set
     bool force = false;               ///< of verbs that save a file: replace one that exists

@@ -10,9 +10,9 @@ namespace
 {
 
 const Verb* const kVerbs[] = {
-    &kListVerb,     &kInfoVerb,     &kUpdateVerb,    &kReadVerb,
-    &kEraseVerb,    &kScalarVerb,   &kImageInfoVerb, &kImageCheckVerb,
-    &kImageGetVerb, &kImageSetVerb, &kImageDiffVerb, &kImagePropertiesVerb,
+    &kListVerb,       &kInfoVerb,     &kUpdateVerb,   &kVerifyVerb,    &kReadVerb,
+    &kEraseVerb,      &kRestartVerb,  &kScalarVerb,   &kWaitVerb,      &kImageInfoVerb,
+    &kImageCheckVerb, &kImageGetVerb, &kImageSetVerb, &kImageDiffVerb, &kImagePropertiesVerb,
 };
 
 } // namespace

@@ -57,9 +57,12 @@ struct Verb {
 extern const Verb kListVerb;
 extern const Verb kInfoVerb;
 extern const Verb kUpdateVerb;
+extern const Verb kVerifyVerb;
 extern const Verb kReadVerb;
 extern const Verb kEraseVerb;
+extern const Verb kRestartVerb;
 extern const Verb kScalarVerb;
+extern const Verb kWaitVerb;
 extern const Verb kImageInfoVerb;
 extern const Verb kImageCheckVerb;
 extern const Verb kImageGetVerb;
