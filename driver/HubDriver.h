@@ -22,6 +22,9 @@ bool isFitForShell(const std::string& resourcePath);
 /// ends the process. Check the path with isFitForShell() first.
 void copyDriverBundle(Shell& shell, const std::string& resourcePath);
 
+/// Where copyDriverBundle() copies to.
+inline constexpr const char* kDriverCopy = "/tmp/HubUpdaterDriver.kext";
+
 /// Creates the folder that copyDriverBundle() copies to. If it exists, checks that copying is safe:
 /// it and everything in it must belong to the caller and be folders or plain files with one name.
 /// Removes everybody else's right to write to these folders, so that the check stays valid. Returns

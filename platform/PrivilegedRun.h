@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace vornadel
@@ -29,6 +30,10 @@ public:
     /// without arguments. Does not wait for its end. False if the platform cannot do this. A
     /// refusal by the user looks the same as success.
     virtual bool start(const std::string& script) = 0;
+
+    /// Waits until all scripts that were started here have ended. Returns the exit status of the
+    /// last one; nothing if the platform does not tell it.
+    virtual std::optional<int> wait() { return {}; }
 
     /// Tells the scripts that this process is using the hub. A script started here withdraws access
     /// only after all holds have ended, or after its time limit. Null if a script is withdrawing

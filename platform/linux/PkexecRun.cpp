@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cerrno>
+#include <condition_variable>
 #include <csignal>
 #include <cstdio>
 #include <deque>
@@ -116,8 +117,10 @@ struct PkexecRun::Shared {
     const Tell tell;
     const Descriptor lockFile{memfd_create("vornadel-hub", MFD_CLOEXEC)};
 
-    std::mutex mutex;
-    std::deque<std::string> scripts; ///< the first one runs; guarded by the mutex
+    std::mutex mutex;                ///< guards what follows
+    std::deque<std::string> scripts; ///< the first one runs
+    std::optional<int> lastStatus;   ///< of the script that ended last
+    std::condition_variable ended;   ///< no script is left
 };
 
 PkexecRun::PkexecRun(std::string program, Tell tell)
@@ -143,6 +146,8 @@ void PkexecRun::workThrough(const std::shared_ptr<Shared>& shared, int child)
             shared->scripts.pop_front();
             more = !shared->scripts.empty();
             running = more ? shared->spawnFront() : std::nullopt;
+            shared->lastStatus = started && status >= 0 ? std::optional(status) : std::nullopt;
+            shared->ended.notify_all();
         }
         if (!started) {
             shared->tell(script + " could not be started");
@@ -178,6 +183,13 @@ bool PkexecRun::start(const std::string& script)
         scripts.clear();
     }
     return true;
+}
+
+std::optional<int> PkexecRun::wait()
+{
+    std::unique_lock lock(m_shared->mutex);
+    m_shared->ended.wait(lock, [this] { return m_shared->scripts.empty(); });
+    return m_shared->lastStatus;
 }
 
 std::unique_ptr<HubHold> PkexecRun::holdHub()

@@ -34,6 +34,8 @@ public:
     explicit PkexecRun(std::string program = "pkexec", Tell tell = tellStandardError);
 
     bool start(const std::string& script) override;
+    /// Nothing if the last one could not be started, or a signal ended it.
+    std::optional<int> wait() override;
     std::unique_ptr<HubHold> holdHub() override;
 
 private:

@@ -68,6 +68,23 @@ TEST_F(PkexecRunTest, TellsOfTheStatusThatIsNotTheUsersDoing)
     waitUntilChildless();
 }
 
+TEST_F(PkexecRunTest, WaitsForTheStatusOfTheLastScript)
+{
+    const std::string marker = m_folder.path("marker");
+    PkexecRun run(program("[ \"$1\" = last ] || exit 3; touch '" + marker + "'; exit 42"),
+                  [](const std::string&) {});
+    EXPECT_EQ(run.wait(), std::nullopt) << "nothing was started";
+    run.start("first");
+    run.start("last");
+    EXPECT_EQ(run.wait(), 42);
+    EXPECT_TRUE(std::filesystem::exists(marker));
+    EXPECT_EQ(run.wait(), 42);
+    program("kill -KILL $$");
+    run.start("killed");
+    EXPECT_EQ(run.wait(), std::nullopt);
+    waitUntilChildless();
+}
+
 TEST_F(PkexecRunTest, RunsOneScriptAtATimeAndNoneTwiceInARow)
 {
     const std::string log = m_folder.path("log");

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -85,6 +86,8 @@ public:
         return able;
     }
 
+    std::optional<int> wait() override { return status; }
+
     std::unique_ptr<HubHold> holdHub() override
     {
         return scriptAtWork ? nullptr : std::make_unique<Hold>(holds);
@@ -92,9 +95,10 @@ public:
 
     std::vector<std::string> scripts;
     std::function<void()> onStart;
-    bool able = true;          ///< whether this machine can ask for administrator rights
-    bool scriptAtWork = false; ///< whether a script is withdrawing access right now
-    std::atomic<int> holds{0}; ///< the number of holds on the hub
+    std::optional<int> status = 0; ///< of every script, for wait()
+    bool able = true;              ///< whether this machine can ask for administrator rights
+    bool scriptAtWork = false;     ///< whether a script is withdrawing access right now
+    std::atomic<int> holds{0};     ///< the number of holds on the hub
 
 private:
     using Hold = CountedHold<HubHold>;
