@@ -1,6 +1,11 @@
+#include "hub/HubTransport.h"
+#include "hub/RequestText.h"
 #include "tests/flows/StrictFlow.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <string>
 
 namespace vornadel::test
 {
@@ -89,6 +94,29 @@ TEST_F(RestartedHub, IsLookedAtIfItDidNotRestart)
     addFault({.kind = FaultKind::VanishBefore, .on = RequestKind::Rom});
     EXPECT_FALSE(restart(HUB_MODE_ROM));
     EXPECT_EQ(result.hub, HubState::Absent);
+}
+
+TEST_F(RestartedHub, IsAskedInTheseWords)
+{
+    std::vector<std::string> requests;
+    Hub_ObserveRequests([&](const ControlRequest& request, std::uint32_t status) {
+        requests.push_back(Hub_RequestText(request) + ": " + std::to_string(status));
+    });
+    addFault({.kind = FaultKind::Stall, .on = RequestKind::Write, .position = 2});
+    EXPECT_TRUE(restart(HUB_MODE_ROM));
+    EXPECT_THAT(requests,
+                testing::ElementsAre("open-time request: 0", "read the status block: 0",
+                                     "read the status block: 0", "restart into ROM code: 0",
+                                     "open-time request: 0", "read the status block: 0"));
+    EXPECT_FALSE(update());
+    EXPECT_THAT(requests, testing::Contains("erase the flash: 0"));
+    EXPECT_THAT(requests, testing::Contains("write 4096 bytes at 0x0000: 0"));
+    EXPECT_THAT(requests, testing::Contains("write 4096 bytes at 0x1000: 1"));
+    Hub_ObserveRequests({});
+    EXPECT_TRUE(update());
+    EXPECT_EQ(requests.back(), "read the status block: 0") << "the flow's last look at the hub";
+    EXPECT_EQ(Hub_RequestText({.bmRequestType = 0xC1, .bRequest = 0xD8, .wValue = 0xAB}),
+              "request C1 D8, value 00AB, index 0000, 0 bytes");
 }
 
 } // namespace vornadel::test
