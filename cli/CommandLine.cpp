@@ -99,6 +99,7 @@ std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLi
         app.exit(ended, out, err);
         return wrong ? kExitUsage : kExitSuccess;
     }
+    commandLine.typed.assign(argv + 1, argv + argc);
     commandLine.simulatedHub = simulatedHub.options();
     const auto parsed = std::find_if(parsers.begin(), parsers.end(),
                                      [](const CLI::App* parser) { return parser->parsed(); });

@@ -15,8 +15,9 @@ struct Verb;
 /// The parsed command line of vornadelctl: the options of all verbs.
 struct CommandLine {
     const Verb* verb = nullptr;
-    std::string image{};      ///< of update, read and info; empty: info is about the hub
-    std::string configFile{}; ///< empty: config.ini in the resource directory
+    std::vector<std::string> typed{}; ///< the whole line, without the program's name
+    std::string image{};              ///< of update, read and info; empty: info is about the hub
+    std::string configFile{};         ///< empty: config.ini in the resource directory
     std::optional<std::string> simulatedHub{}; ///< set: work on the simulated hub, with these
                                                ///< options
     HubSelector hub = {};                      ///< of verbs about hubs

@@ -1,14 +1,28 @@
 #include "cli/CommandReporter.h"
 
 #include "cli/ConsoleReporter.h"
+#include "cli/JsonReporter.h"
 #include "cli/Verbs.h"
 
 namespace vornadel
 {
 
+namespace
+{
+
+std::unique_ptr<FlowReporter> shownBy(const Command& command)
+{
+    if (command.events != nullptr) {
+        return std::make_unique<JsonReporter>(*command.events);
+    }
+    return std::make_unique<ConsoleReporter>(command.out, command.err, command.rawOut,
+                                             command.env.outIsTerminal);
+}
+
+} // namespace
+
 CommandReporter::CommandReporter(const Command& command)
-    : m_command(command), m_shown(std::make_unique<ConsoleReporter>(command.out, command.err,
-                                                                    command.env.outIsTerminal))
+    : m_command(command), m_shown(shownBy(command))
 {
 }
 
@@ -41,6 +55,8 @@ void CommandReporter::progressed(std::int32_t done, std::int32_t total)
 {
     m_shown->progressed(done, total);
 }
+
+void CommandReporter::waiting(Clock::Duration sofar) { m_shown->waiting(sofar); }
 
 void CommandReporter::finished(const FlowResult& result)
 {

@@ -20,6 +20,7 @@ public:
     void started(const FlowStart& start) override;
     void stepStarted(Step step) override;
     void progressed(std::int32_t done, std::int32_t total) override;
+    void waiting(Clock::Duration sofar) override;
     void finished(const FlowResult& result) override;
     void closed() override;
 

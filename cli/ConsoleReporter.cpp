@@ -13,8 +13,9 @@ constexpr int kBarWidth = 50;
 
 } // namespace
 
-ConsoleReporter::ConsoleReporter(std::ostream& out, std::ostream& err, bool terminal)
-    : m_out(out), m_err(err), m_terminal(terminal)
+ConsoleReporter::ConsoleReporter(std::ostream& out, std::ostream& err, std::ostream& bar,
+                                 bool terminal)
+    : m_out(out), m_err(err), m_bar(bar), m_terminal(terminal)
 {
 }
 
@@ -46,7 +47,7 @@ void ConsoleReporter::updateProgressBar(double percent, Wait /*wait*/)
         return;
     }
     const auto filled = static_cast<std::size_t>(whole * kBarWidth / 100);
-    m_out << '\r' << '[' << std::string(filled, '#') << std::string(kBarWidth - filled, ' ') << ']'
+    m_bar << '\r' << '[' << std::string(filled, '#') << std::string(kBarWidth - filled, ' ') << ']'
           << std::setw(4) << whole << '%' << std::flush;
     m_moving = true;
 }
@@ -54,7 +55,7 @@ void ConsoleReporter::updateProgressBar(double percent, Wait /*wait*/)
 void ConsoleReporter::endMovingLine()
 {
     if (m_moving) {
-        m_out << '\n' << std::flush;
+        m_bar << '\n' << std::flush;
         m_moving = false;
     }
 }

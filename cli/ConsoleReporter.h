@@ -14,7 +14,8 @@ namespace vornadel
 class ConsoleReporter final : public FlowTextReporter
 {
 public:
-    ConsoleReporter(std::ostream& out, std::ostream& err, bool terminal);
+    /// `terminal` says whether `bar` is one, which then shows what changes in its line.
+    ConsoleReporter(std::ostream& out, std::ostream& err, std::ostream& bar, bool terminal);
     ~ConsoleReporter() override;
 
 private:
@@ -26,6 +27,7 @@ private:
 
     std::ostream& m_out;
     std::ostream& m_err;
+    std::ostream& m_bar;
     bool m_terminal;
     double m_shown = -1;   // percent
     bool m_moving = false; // the cursor is after a percentage

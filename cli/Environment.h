@@ -20,6 +20,8 @@ struct Environment {
     bool errIsTerminal = false;
     std::function<int()> columns; ///< the terminal's width now; 0 if it is not known
     std::function<Time()> now;    ///< the wall clock
+    /// The exit status of a command that would end with `status`: another one after a signal.
+    std::function<int(int status)> statusAfterSignals = [](int status) { return status; };
 };
 
 /// Where the tool keeps its log and its backups: $XDG_STATE_HOME/vornadel, or that below

@@ -1,6 +1,10 @@
 #include "cli/Failures.h"
 
+#include "cli/EventStream.h"
+#include "cli/NextCommand.h"
 #include "cli/Verbs.h"
+
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <iterator>
@@ -11,47 +15,94 @@ namespace vornadel
 namespace
 {
 
-constexpr struct {
-    FailureId id;
-    const char* name;
-    int status;
-} kKinds[] = {
-    {FailureId::Internal, "internal", kExitFailure},
-    {FailureId::OutputNotWritten, "output-not-written", kExitFailure},
-    {FailureId::Usage, "usage", kExitUsage},
-    {FailureId::ConfigUnusable, "config-unusable", kExitUsage},
-    {FailureId::ConfigFull, "config-full", kExitUsage},
-    {FailureId::SimulatedHub, "simulated-hub", kExitUsage},
-    {FailureId::NoUsbList, "no-usb-list", kExitNoHub},
-    {FailureId::NoHub, "no-hub", kExitNoHub},
-    {FailureId::NoMatch, "no-match", kExitNoHub},
-    {FailureId::SeveralHubs, "several-hubs", kExitSeveralHubs},
-    {FailureId::PlacesUnknown, "places-unknown", kExitSeveralHubs},
-    {FailureId::NoAccess, "no-access", kExitNoAccess},
-    {FailureId::Busy, "busy", kExitBusy},
-    {FailureId::InUse, "in-use", kExitFailure},
-    {FailureId::ImageUnreadable, "image-unreadable", kExitFailure},
-    {FailureId::ImageRefused, "image-refused", kExitImageRefused},
-    {FailureId::DefinitionsUnusable, "definitions-unusable", kExitUsage},
-    {FailureId::Locked, "locked", kExitImageRefused},
-    {FailureId::FileNotSaved, "file-not-saved", kExitFailure},
-};
+constexpr const char* kUntouched = "unchanged";
+constexpr const char* kUnchangedReplug = "unchanged; plug it in again first";
+constexpr const char* kReplug = "not known; plug it in again first";
 
-const auto& kindOf(FailureId id)
-{
-    return *std::find_if(std::begin(kKinds), std::end(kKinds),
-                         [&](const auto& kind) { return kind.id == id; });
-}
+constexpr FailureKind kKinds[] = {
+    {FailureId::Internal, "internal", kExitFailure, "not known", "{hub} info"},
+    {FailureId::OutputNotWritten, "output-not-written", kExitFailure, kUntouched, "{again}"},
+    {FailureId::FileNotSaved, "file-not-saved", kExitFailure, kUntouched, "ls -ld {folder}"},
+    {FailureId::Usage, "usage", kExitUsage, kUntouched, "vornadelctl {verb} --help"},
+    {FailureId::ConfigUnusable, "config-unusable", kExitUsage, kUntouched,
+     "vornadelctl --config FILE {verb}"},
+    {FailureId::ConfigFull, "config-full", kExitUsage, kUntouched,
+     "vornadelctl --config FILE {verb}"},
+    {FailureId::SimulatedHub, "simulated-hub", kExitUsage, kUntouched, "vornadelctl --help"},
+    {FailureId::NoUsbList, "no-usb-list", kExitNoHub, kUntouched, "lsusb"},
+    {FailureId::NoHub, "no-hub", kExitNoHub, kUntouched, "vornadelctl list --all"},
+    {FailureId::NoMatch, "no-match", kExitNoHub, kUntouched, "vornadelctl list"},
+    {FailureId::SeveralHubs, "several-hubs", kExitSeveralHubs, kUntouched, "vornadelctl list"},
+    {FailureId::PlacesUnknown, "places-unknown", kExitSeveralHubs, kUntouched, "vornadelctl list"},
+    {FailureId::NoAccess, "no-access", kExitNoAccess,
+     "unchanged; plug it in again after the next command", "vornadelctl list"},
+    {FailureId::Busy, "busy", kExitBusy, "not asked", "{again}"},
+    {FailureId::InUse, "in-use", kExitFailure, kUntouched, "vornadelctl {verb} --help"},
+    {FailureId::ImageUnreadable, "image-unreadable", kExitImageRefused, kUntouched,
+     "vornadelctl {verb} --help"},
+    {FailureId::ImageRefused, "image-refused", kExitImageRefused, kUntouched,
+     "vornadelctl {verb} --help"},
+    {FailureId::DefinitionsUnusable, "definitions-unusable", kExitUsage, kUntouched,
+     "vornadelctl {verb} --help"},
+    {FailureId::Locked, "locked", kExitImageRefused, kUntouched, "vornadelctl {verb} --help"},
+    {FailureId::OpenFailed, "open-failed", kExitTransferFailed, kUntouched, "{again}"},
+    {FailureId::Unplugged, "unplugged", kExitTransferFailed, kUnchangedReplug, "{again}"},
+    {FailureId::Stalled, "stalled", kExitTransferFailed, kUnchangedReplug, "{again}"},
+    {FailureId::ShortTransfer, "short-transfer", kExitTransferFailed, kUnchangedReplug, "{again}"},
+    {FailureId::TimedOut, "timed-out", kExitTransferFailed, kUnchangedReplug, "{again}"},
+    {FailureId::RequestFailed, "request-failed", kExitTransferFailed, kUnchangedReplug, "{again}"},
+    {FailureId::NotRestarted, "not-restarted", kExitTransferFailed, kUnchangedReplug, "{again}"},
+    {FailureId::NotReturned, "not-returned", kExitTransferFailed, kUnchangedReplug, "{again}"},
+    {FailureId::AnotherHub, "another-hub", kExitTransferFailed, kUnchangedReplug, "{again}"},
+    {FailureId::NoRomCode, "no-rom-code", kExitTransferFailed, kUnchangedReplug, "{again}"},
+    {FailureId::FlashDiffers, "flash-differs", kExitDiffers, kReplug, "{again}"},
+    {FailureId::NotBlank, "not-blank", kExitDiffers, kReplug, "{again}"},
+    {FailureId::UnstableReads, "unstable-reads", kExitDiffers, kReplug, "{again}"},
+    {FailureId::NotBack, "not-back", kExitNotConfirmed, kReplug, "{hub} info"},
+    {FailureId::StillRomCode, "still-rom-code", kExitNotConfirmed, kReplug, "{hub} info"},
+    {FailureId::OtherVersion, "other-version", kExitNotConfirmed, kReplug, "{hub} info"},
+    {FailureId::Interrupted, "interrupted", kExitFailure, kUntouched, "{again}"},
+};
 
 } // namespace
 
-int fail(const Command& command, FailureId id, const std::string& what, const std::string& next)
+std::span<const FailureKind> allFailureKinds() { return kKinds; }
+
+const FailureKind& kindOf(FailureId id)
 {
-    command.result.failure = id;
-    command.err << what << '\n' << (next.empty() ? "" : next + '\n') << std::flush;
-    return kindOf(id).status;
+    return *std::find_if(std::begin(kKinds), std::end(kKinds),
+                         [&](const FailureKind& kind) { return kind.id == id; });
 }
 
-const char* nameOf(FailureId id) { return kindOf(id).name; }
+int fail(const Command& command, const Failure& failure)
+{
+    const FailureKind& kind = kindOf(failure.id);
+    Failure complete = failure;
+    if (complete.state.empty()) {
+        complete.state = kind.state;
+    }
+    complete.next = nextCommand(command, complete.next.empty() ? kind.next : complete.next);
+    if (command.events != nullptr) {
+        command.events->emit("message",
+                             {{"level", "error"}, {"id", kind.name}, {"text", complete.what}});
+    } else {
+        const std::size_t lineEnd = std::min(complete.what.find('\n'), complete.what.size());
+        command.err << complete.what.substr(0, lineEnd) << " [" << kind.name << ']'
+                    << complete.what.substr(lineEnd) << '\n'
+                    << "  hub:  " << complete.state << '\n'
+                    << "  next: " << complete.next << '\n'
+                    << "  log:  " << (command.log.path.empty() ? "none" : command.log.path) << '\n'
+                    << std::flush;
+    }
+    if (!command.result.failure) {
+        command.result.failure = std::move(complete);
+    }
+    return kind.status;
+}
+
+int fail(const Command& command, FailureId id, const std::string& what, const std::string& next)
+{
+    return fail(command, Failure{.id = id, .what = what, .next = next});
+}
 
 } // namespace vornadel

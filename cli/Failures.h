@@ -3,6 +3,7 @@
 #include "flows/FlowReporter.h"
 
 #include <optional>
+#include <span>
 #include <string>
 
 namespace vornadel
@@ -10,10 +11,11 @@ namespace vornadel
 
 struct Command;
 
-/// What can go wrong. Each has a row in Failures.cpp.
+/// What can go wrong. Each has a row in Failures.cpp and one in docs/messages.md.
 enum class FailureId {
     Internal,
     OutputNotWritten,
+    FileNotSaved,
     Usage,
     ConfigUnusable,
     ConfigFull,
@@ -30,24 +32,61 @@ enum class FailureId {
     ImageRefused,
     DefinitionsUnusable,
     Locked,
-    FileNotSaved,
+    OpenFailed,
+    Unplugged,
+    Stalled,
+    ShortTransfer,
+    TimedOut,
+    RequestFailed,
+    NotRestarted,
+    NotReturned,
+    AnotherHub,
+    NoRomCode,
+    FlashDiffers,
+    NotBlank,
+    UnstableReads,
+    NotBack,
+    StillRomCode,
+    OtherVersion,
+    Interrupted,
 };
 
-/// How a command ended, for the last event. Verbs fill it in.
+/// What every failure of one kind has in common.
+struct FailureKind {
+    FailureId id;
+    const char* name; ///< "no-hub"; scripts know it, so it never changes
+    int status;       ///< of the program
+    /// The hub's state afterwards, unless a flow knows better.
+    const char* state;
+    /// What to do next: a command line. "{again}" is this one, with the hub's place, "{hub}" the
+    /// begin of another one about the same hub, "{verb}" the verb, "{file}" its file, and
+    /// "{folder}" that file's folder.
+    const char* next;
+};
+
+std::span<const FailureKind> allFailureKinds();
+const FailureKind& kindOf(FailureId id);
+
+/// One failure.
+struct Failure {
+    FailureId id;
+    std::string what{};  ///< what happened and where; without a full stop and a line end
+    std::string state{}; ///< as in FailureKind; empty: the usual one
+    std::string next{};  ///< the same
+};
+
+/// How a command ended, for its last event. Verbs fill it in.
 struct CommandResult {
-    std::string place{};                ///< of the hub, if one was chosen
-    std::optional<FailureId> failure{}; ///< the last that was told
-    std::optional<FlowResult> flow{};   ///< of the flow, if one ran
-    std::string backup{};               ///< the file that holds what was in the flash
+    std::string place{};              ///< of the hub, if one was chosen
+    std::optional<Failure> failure{}; ///< the first that was told, complete
+    std::optional<FlowResult> flow{}; ///< of the flow, if one ran
+    std::string backup{};             ///< the file that holds what was in the flash
+    bool printed = false;             ///< the verb's own object, with --json
 };
 
-/// Tells a failure on standard error, and returns its exit status. `what` says in one line, without
-/// a full stop, what happened and where. `next` is a command or a sentence, if it is not the usual
-/// one for this failure.
+/// Tells a failure on standard error, or as an event, and returns its exit status.
+int fail(const Command& command, const Failure& failure);
 int fail(const Command& command, FailureId id, const std::string& what,
          const std::string& next = {});
-
-/// "no-hub"
-const char* nameOf(FailureId id);
 
 } // namespace vornadel

@@ -1,6 +1,7 @@
 #include "cli/FlowTarget.h"
 
 #include "cli/HubChoices.h"
+#include "cli/NextCommand.h"
 #include "cli/Outcome.h"
 #include "cli/ShownText.h"
 #include "cli/Verbs.h"
@@ -40,7 +41,8 @@ int tellWhatIsInUse(const Command& command, const AttachedHub& hub)
         text += printable(device) + "; ";
     }
     if (command.line.refuseInUse) {
-        return fail(command, FailureId::InUse, text + "nothing was sent to the hub");
+        return fail(command, FailureId::InUse, text + "nothing was sent to the hub",
+                    commandAgain(command, command.result.place, "--refuse-in-use"));
     }
     const bool one = devices.size() == 1;
     command.err << text << (one ? "it" : "they") << " will be disconnected\n" << std::flush;
@@ -66,12 +68,12 @@ std::optional<FlowTarget> chooseTarget(const Command& command, int& status)
 int explainResult(const Command& command, FlowKind flow, const FlowResult& result,
                   const FlowTarget& target)
 {
-    const Outcome outcome =
-        outcomeOf(flow, result, {target.place, result.owner, accessCommand(command.resourcePath)});
-    if (!outcome.text.empty()) {
-        command.err << outcome.text << '\n' << std::flush;
+    if (result.succeeded()) {
+        return kExitSuccess;
     }
-    return outcome.status;
+    return fail(
+        command,
+        outcomeOf(flow, result, {target.place, result.owner, accessCommand(command.resourcePath)}));
 }
 
 } // namespace vornadel

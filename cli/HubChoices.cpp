@@ -1,9 +1,12 @@
 #include "cli/HubChoices.h"
 
+#include "cli/NextCommand.h"
 #include "cli/Outcome.h"
 #include "cli/ShownText.h"
 #include "cli/Verbs.h"
 #include "hub/SupportedIds.h"
+
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <iterator>
@@ -102,10 +105,12 @@ int judge(const Command& command, const std::vector<HubChoice>& selected,
                                         : "several supported hubs are attached";
         return fail(
             command, FailureId::SeveralHubs,
-            withChoices(several + std::string("; choose one, for example with --path:"), selected));
+            withChoices(several + std::string("; choose one, for example with --path:"), selected),
+            commandAgain(command, selected.front().place()));
     }
     const HubChoice& choice = selected.front();
     if (choice.owner) {
+        command.result.place = choice.place();
         return fail(command, FailureId::Busy,
                     choice.place() + " is " + busySentence(choice.owner->processId));
     }
@@ -139,6 +144,20 @@ std::vector<std::string> HubChoice::columns() const
     return {place(),
             hex4(hub.vendorId) + ':' + idText(hub.superSpeedId) + '/' + idText(hub.highSpeedId),
             orDash(printable(texts.serialNumber)), orDash(printable(texts.product))};
+}
+
+Json HubChoice::fields() const
+{
+    const UsbTexts texts = isAway() ? UsbTexts() : hub.texts();
+    const auto id = [&](std::uint16_t number) { return number == 0 ? Json() : Json(hex4(number)); };
+    return {{"path", place() == "-" ? Json() : Json(place())},
+            {"vid", id(hub.vendorId)},
+            {"sspid", id(hub.superSpeedId)},
+            {"hspid", id(hub.highSpeedId)},
+            {"serial", orNull(texts.serialNumber)},
+            {"product", orNull(texts.product)},
+            {"busy", owner.has_value()},
+            {"pid", owner && owner->processId != 0 ? Json(owner->processId) : Json()}};
 }
 
 std::optional<std::vector<HubChoice>> findHubChoices(UsbBus& bus)

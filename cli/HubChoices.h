@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cli/HubSelector.h"
+#include "cli/Json.h"
 #include "hub/AttachedHubs.h"
 
 #include <cstdint>
@@ -23,6 +24,8 @@ struct HubChoice {
     std::string place() const; ///< as UsbPlace::text() writes it; "-" if it is not known
     /// "busy (pid 1234)"
     std::string busyText() const;
+    /// The same for programs: null for what is not known.
+    Json fields() const;
     /// Place, ids, serial number and product text, cleaned; "-" for what is not known.
     std::vector<std::string> columns() const;
 };

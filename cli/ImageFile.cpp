@@ -1,5 +1,7 @@
 #include "cli/ImageFile.h"
 
+#include "cli/NextCommand.h"
+#include "cli/Verbs.h"
 #include "firmware/ImageCheck.h"
 #include "hub/FlashGeometry.h"
 
@@ -29,13 +31,19 @@ std::string whyUnread(const std::string& path)
     return info.st_size == 0 ? "it is empty" : "it cannot be read, or is too large";
 }
 
-bool loadImage(FwImage& image, const std::string& path, std::ostream& err)
+int failToLoad(const Command& command, const FwImage& image, const std::string& path)
 {
-    const bool loaded = FwImage_LoadFile(image, path);
-    if (!loaded && image.data == nullptr) {
-        err << path << ": " << whyUnread(path) << '\n';
+    if (image.data == nullptr) {
+        return fail(command, FailureId::ImageUnreadable, path + ": " + whyUnread(path),
+                    "ls -ld " + shellWord(path));
     }
-    return loaded;
+    return refuseImage(command, path, "Firmware format error");
+}
+
+int refuseImage(const Command& command, const std::string& path, const std::string& why)
+{
+    return fail(command, FailureId::ImageRefused, path + ": " + why,
+                "vornadelctl info " + shellWord(path));
 }
 
 std::uint16_t storedNumber(const std::uint8_t* position)

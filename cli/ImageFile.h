@@ -3,18 +3,22 @@
 #include "firmware/FwImage.h"
 
 #include <cstdint>
-#include <ostream>
 #include <string>
 
 namespace vornadel
 {
 
+struct Command;
+
 /// Why an image file could not be read.
 std::string whyUnread(const std::string& path);
 
-/// Loads an image into a fresh record. Reports why a file could not be read, because the flows
-/// would only call it a wrong firmware file.
-bool loadImage(FwImage& image, const std::string& path, std::ostream& err);
+/// Tells why an image was not loaded from a file, and returns the exit status. `image` is what
+/// FwImage_LoadFile() has left.
+int failToLoad(const Command& command, const FwImage& image, const std::string& path);
+
+/// Tells why an image is not for a hub, and returns the exit status.
+int refuseImage(const Command& command, const std::string& path, const std::string& why);
 
 /// Two bytes of an image, high byte first; 0 for a null position.
 std::uint16_t storedNumber(const std::uint8_t* position);

@@ -71,7 +71,7 @@ void printValues(const Command& command, const std::vector<NamedValue>& values)
         for (const NamedValue& each : values) {
             object[each.name] = each.value;
         }
-        printObject(command, object);
+        printObject(command, {{"values", object}});
         return;
     }
     for (const NamedValue& each : values) {

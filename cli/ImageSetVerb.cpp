@@ -123,8 +123,8 @@ int saveImage(const Command& command, const FwImage& image)
     const std::string& path = command.line.output;
     const std::span<const std::uint8_t> bytes = bytesOf(image);
     if (isStandardInput(path)) {
-        command.out.write(reinterpret_cast<const char*>(bytes.data()),
-                          static_cast<std::streamsize>(bytes.size()));
+        command.rawOut.write(reinterpret_cast<const char*>(bytes.data()),
+                             static_cast<std::streamsize>(bytes.size()));
         return kExitSuccess;
     }
     std::string problem;

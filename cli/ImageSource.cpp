@@ -26,9 +26,21 @@ int readHub(const Command& command, Flash& flash)
 {
     CommandLine line = command.line;
     line.json = false;
-    const Command aside{line,           command.platform, command.resourcePath, command.configFile,
-                        command.config, command.err,      command.err,          command.env,
-                        command.stop,   command.log,      command.result};
+    Environment env = command.env;
+    env.outIsTerminal = false; // no bar
+    const Command aside{line,
+                        command.platform,
+                        command.resourcePath,
+                        command.configFile,
+                        command.config,
+                        command.err,
+                        command.err,
+                        command.err,
+                        env,
+                        command.stop,
+                        command.log,
+                        nullptr,
+                        command.result};
     int status = kExitSuccess;
     const std::optional<FlowTarget> target = chooseTarget(aside, status);
     if (!target) {

@@ -1,10 +1,13 @@
 #include "cli/AskedHub.h"
 #include "cli/HubChoices.h"
 #include "cli/ImageFile.h"
+#include "cli/Json.h"
 #include "cli/Options.h"
 #include "cli/Outcome.h"
 #include "cli/ShownText.h"
 #include "cli/Verbs.h"
+
+#include <nlohmann/json.hpp>
 
 #include <cstdint>
 #include <string>
@@ -21,27 +24,44 @@ std::string storedText(const std::uint8_t* position)
     return position == nullptr ? "-" : hex4(storedNumber(position));
 }
 
-int showImage(const std::string& path, std::ostream& out, std::ostream& err)
+Json storedField(const std::uint8_t* position)
 {
+    return position == nullptr ? Json() : Json(hex4(storedNumber(position)));
+}
+
+int showImage(const Command& command)
+{
+    const std::string& path = command.line.image;
     FwImage image;
-    if (!loadImage(image, path, err)) {
-        if (image.data != nullptr) {
-            err << path << ": Firmware format error\n";
-        }
-        return kExitFailure;
+    if (!FwImage_LoadFile(image, path)) {
+        return failToLoad(command, image, path);
     }
     const auto block = static_cast<unsigned>(image.descriptor - image.data.get());
-    out << "file:          " << path << '\n'
-        << "size:          " << image.size << " bytes\n"
-        << "block at:      0x" << hex4(block) << '\n'
-        << "version:       " << storedText(image.version) << '\n'
-        << "VID:           " << storedText(image.vid) << '\n'
-        << "SSPID:         " << storedText(image.sspid) << '\n'
-        << "HSPID:         " << storedText(image.hspid) << '\n'
-        << "manufacturer:  " << printable(image.manufacturer.data()) << '\n'
-        << "product:       " << printable(image.product.data()) << '\n'
-        << "serial number: " << printable(image.serial.data()) << '\n'
-        << "container ID:  " << printable(image.containerIdText.data()) << '\n';
+    if (command.json()) {
+        printObject(command, {{"file", path},
+                              {"size", image.size},
+                              {"block", block},
+                              {"version", storedField(image.version)},
+                              {"vid", storedField(image.vid)},
+                              {"sspid", storedField(image.sspid)},
+                              {"hspid", storedField(image.hspid)},
+                              {"manufacturer", orNull(image.manufacturer.data())},
+                              {"product", orNull(image.product.data())},
+                              {"serial", orNull(image.serial.data())},
+                              {"containerId", orNull(image.containerIdText.data())}});
+        return kExitSuccess;
+    }
+    command.out << "file:          " << path << '\n'
+                << "size:          " << image.size << " bytes\n"
+                << "block at:      0x" << hex4(block) << '\n'
+                << "version:       " << storedText(image.version) << '\n'
+                << "VID:           " << storedText(image.vid) << '\n'
+                << "SSPID:         " << storedText(image.sspid) << '\n'
+                << "HSPID:         " << storedText(image.hspid) << '\n'
+                << "manufacturer:  " << printable(image.manufacturer.data()) << '\n'
+                << "product:       " << printable(image.product.data()) << '\n'
+                << "serial number: " << printable(image.serial.data()) << '\n'
+                << "container ID:  " << printable(image.containerIdText.data()) << '\n';
     return kExitSuccess;
 }
 
@@ -54,11 +74,15 @@ int showHub(const Command& command)
     }
     const AskedHub asked = askHub(hub->place());
     if (asked.failure != HubFailure::None) {
-        const Outcome outcome = outcomeOf(
-            asked.failure, {hub->place().text(), ownerOf(command.platform.usb, hub->place()),
-                            accessCommand(command.resourcePath)});
-        command.err << outcome.text << '\n';
-        return outcome.status;
+        return fail(command, outcomeOf(asked.failure, {hub->place().text(),
+                                                       ownerOf(command.platform.usb, hub->place()),
+                                                       accessCommand(command.resourcePath)}));
+    }
+    if (command.json()) {
+        printObject(command, {{"path", hub->place().text()},
+                              {"version", asked.version()},
+                              {"running", romCodeRunsBy(asked.status) ? "rom" : "flash"}});
+        return kExitSuccess;
     }
     command.out << "firmware version: " << asked.version() << '\n'
                 << "running:          " << asked.code() << '\n';
@@ -67,8 +91,7 @@ int showHub(const Command& command)
 
 int infoVerb(const Command& command)
 {
-    return command.line.image.empty() ? showHub(command)
-                                      : showImage(command.line.image, command.out, command.err);
+    return command.line.image.empty() ? showHub(command) : showImage(command);
 }
 
 const char* whyInfoIsUnfit(const CommandLine& line)

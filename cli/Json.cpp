@@ -7,10 +7,19 @@
 namespace vornadel
 {
 
+std::string textOf(const Json& value, int indent)
+{
+    return value.dump(indent, ' ', false, Json::error_handler_t::replace);
+}
+
+Json orNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
+
 void printObject(const Command& command, const Json& object)
 {
-    // Bytes that are not UTF-8, from a device or a file name, do not make the output invalid.
-    command.out << object.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    Json whole = {{"v", 1}};
+    whole.update(object);
+    command.out << textOf(whole, 2) << '\n';
+    command.result.printed = true;
 }
 
 } // namespace vornadel

@@ -2,6 +2,8 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include <string>
+
 namespace vornadel
 {
 
@@ -10,7 +12,14 @@ using Json = nlohmann::ordered_json;
 
 struct Command;
 
-/// Prints the one object that is a command's output with --json.
+/// In one line, or indented. Bytes that are not UTF-8, from a device or a file name, do not make it
+/// invalid.
+std::string textOf(const Json& value, int indent = -1);
+
+/// Null for an empty text.
+Json orNull(const std::string& text);
+
+/// Prints the one object that is a command's output with --json. Adds "v".
 void printObject(const Command& command, const Json& object);
 
 } // namespace vornadel

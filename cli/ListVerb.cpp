@@ -1,13 +1,17 @@
 #include "cli/AskedHub.h"
 #include "cli/HubChoices.h"
+#include "cli/Json.h"
 #include "cli/Options.h"
 #include "cli/ShownText.h"
 #include "cli/Verbs.h"
 #include "hub/SupportedIds.h"
 
-#include <algorithm>
+#include <nlohmann/json.hpp>
+
 #include <cstdint>
 #include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace vornadel
@@ -16,31 +20,57 @@ namespace vornadel
 namespace
 {
 
-using Rows = std::vector<std::vector<std::string>>;
+/// A device on the bus.
+struct BusDevice {
+    std::string port; ///< empty if it is not known
+    std::uint16_t vendorId;
+    std::uint16_t productId;
+    std::string product; ///< text
+    bool isSupported;
+};
 
-/// A row for each device on the bus.
-Rows allDevices(UsbBus& bus)
+std::vector<BusDevice> allDevices(UsbBus& bus)
 {
     const std::unique_ptr<UsbSearch> search = bus.search();
     if (!search) {
         return {};
     }
-    Rows rows;
+    std::vector<BusDevice> devices;
     std::unique_ptr<UsbDevice> device;
     for (auto step = search->next(device); step != UsbSearch::Step::End;
          step = search->next(device)) {
         if (step == UsbSearch::Step::Device) {
             const std::uint16_t vendor = device->vendorId();
             const std::uint16_t product = device->productId();
-            rows.push_back({orDash(device->place().own.path), hex4(vendor) + ':' + hex4(product),
-                            orDash(printable(device->texts().product))});
-            if (FindSupportedId(vendor, product)) {
-                rows.back().push_back("supported hub");
-            }
+            devices.push_back({device->place().own.path, vendor, product, device->texts().product,
+                               FindSupportedId(vendor, product)});
         }
     }
     search->release();
-    return rows;
+    return devices;
+}
+
+void showDevices(const Command& command, const std::vector<BusDevice>& devices)
+{
+    Json objects = Json::array();
+    std::vector<std::vector<std::string>> rows;
+    for (const BusDevice& each : devices) {
+        objects.push_back({{"port", orNull(each.port)},
+                           {"vid", hex4(each.vendorId)},
+                           {"pid", hex4(each.productId)},
+                           {"product", orNull(each.product)},
+                           {"supported", each.isSupported}});
+        rows.push_back({orDash(each.port), hex4(each.vendorId) + ':' + hex4(each.productId),
+                        orDash(printable(each.product))});
+        if (each.isSupported) {
+            rows.back().push_back("supported hub");
+        }
+    }
+    if (command.json()) {
+        printObject(command, {{"devices", objects}});
+    } else {
+        command.out << alignedLines(rows);
+    }
 }
 
 /// Why a hub did not tell its version.
@@ -59,21 +89,39 @@ std::string unanswered(HubFailure failure)
     }
 }
 
-/// `alone`: there is no other hub.
-std::vector<std::string> rowOf(const HubChoice& choice, bool alone)
+/// What a hub answers; nothing if it is not asked. `alone`: there is no other hub.
+std::optional<AskedHub> askIfSafe(const HubChoice& choice, bool alone)
 {
-    std::vector<std::string> row = choice.columns();
-    if (choice.owner) {
-        row.push_back(choice.busyText());
-        return row;
+    // Without a place another hub might answer.
+    const bool safe = !choice.owner && (choice.hub.place().known() || alone);
+    return safe ? std::optional(askHub(choice.hub.place())) : std::nullopt;
+}
+
+void showHubs(const Command& command, const std::vector<const HubChoice*>& hubs, bool alone)
+{
+    Json objects = Json::array();
+    std::vector<std::vector<std::string>> rows;
+    for (const HubChoice* const hub : hubs) {
+        const std::optional<AskedHub> asked = askIfSafe(*hub, alone);
+        const bool answered = asked && asked->failure == HubFailure::None;
+        objects.push_back(hub->fields());
+        objects.back().update(
+            {{"version", answered ? Json(asked->version()) : Json()},
+             {"running", answered ? Json(romCodeRunsBy(asked->status) ? "rom" : "flash") : Json()},
+             {"failure", asked && !answered ? Json(unanswered(asked->failure)) : Json()}});
+        rows.push_back(hub->columns());
+        if (hub->owner) {
+            rows.back().push_back(hub->busyText());
+        } else if (asked) {
+            rows.back().push_back(answered ? asked->version() + "  " + asked->code()
+                                           : unanswered(asked->failure));
+        }
     }
-    if (!choice.hub.place().known() && !alone) {
-        return row; // another hub might answer
+    if (command.json()) {
+        printObject(command, {{"hubs", objects}});
+    } else {
+        command.out << alignedLines(rows);
     }
-    const AskedHub asked = askHub(choice.hub.place());
-    row.push_back(asked.failure == HubFailure::None ? asked.version() + "  " + asked.code()
-                                                    : unanswered(asked.failure));
-    return row;
 }
 
 int listVerb(const Command& command)
@@ -87,26 +135,26 @@ int listVerb(const Command& command)
     if (!hubs) {
         return fail(command, FailureId::NoUsbList, "the USB devices cannot be listed");
     }
-    const Rows devices = allDevices(command.platform.usb);
+    const std::vector<BusDevice> devices = allDevices(command.platform.usb);
     if (devices.empty() && hubs->empty()) {
         return fail(command, FailureId::NoUsbList,
                     "the system lists no USB device, not even a root hub");
     }
     if (command.line.all) {
-        command.out << alignedLines(devices);
+        showDevices(command, devices);
         return kExitSuccess;
     }
-    Rows rows;
+    std::vector<const HubChoice*> selected;
     for (const HubChoice& hub : *hubs) {
         if (isSelected(hub, command.line.hub)) {
-            rows.push_back(rowOf(hub, hubs->size() == 1));
+            selected.push_back(&hub);
         }
     }
-    if (rows.empty()) {
+    if (selected.empty()) {
         return hubs->empty() ? fail(command, FailureId::NoHub, "no supported hub is attached")
                              : fail(command, FailureId::NoMatch, "no attached hub matches");
     }
-    command.out << alignedLines(rows);
+    showHubs(command, selected, hubs->size() == 1);
     return kExitSuccess;
 }
 

@@ -1,7 +1,6 @@
 #include "cli/Outcome.h"
 
 #include "base/GenFun.h"
-#include "cli/CommandLine.h"
 #include "cli/ShownText.h"
 
 #include <algorithm>
@@ -16,48 +15,42 @@ namespace
 /// `%` stands for the place.
 constexpr struct {
     HubFailure failure;
-    int status; ///< if the hub could not be opened, or restarted into its ROM code
+    FailureId id; ///< when the hub is opened or asked
     const char* text;
-    bool comesBackByPlugging = false; ///< if the user plugs it in again
+    FailureId afterwards = FailureId::NotBack; ///< when the work is done
 } kFailures[] = {
-    {HubFailure::None, kExitFailure, "the reason is not known"},
-    {HubFailure::NoHub, kExitNoHub, "no supported hub is at % any more"},
-    {HubFailure::NoAccess, kExitNoAccess, "permission is missing"},
-    {HubFailure::Busy, kExitBusy, "the hub is "}, // and who has it
-    {HubFailure::NotOpened, kExitFailure, "the system could not open the hub, and gave no reason"},
-    {HubFailure::Unplugged, kExitTransferFailed, "the hub was unplugged", true},
-    {HubFailure::Stalled, kExitTransferFailed, "the hub refused the request (stall)", true},
-    {HubFailure::Short, kExitTransferFailed, "the hub moved too few bytes (short transfer)", true},
-    {HubFailure::TimedOut, kExitTransferFailed, "the hub did not answer in time", true},
-    {HubFailure::NotAnswered, kExitTransferFailed, "the request failed", true},
-    {HubFailure::NotRestarted, kExitFailure, "the hub did not restart, although it confirmed it",
-     true},
-    {HubFailure::NotReturned, kExitFailure, "the hub did not return to %", true},
-    {HubFailure::AnotherHub, kExitFailure, "another hub is at % now", true},
-    {HubFailure::NoRomCode, kExitFailure, "the hub does not run its ROM code after the restart",
-     true},
-    {HubFailure::NoFlashCode, kExitNotConfirmed, "the hub still runs its ROM code"},
-    {HubFailure::OtherVersion, kExitNotConfirmed, "the hub runs another firmware version"},
-    {HubFailure::Abandoned, kExitFailure, "the program was stopped", true},
+    {HubFailure::None, FailureId::Internal, "the reason is not known"},
+    {HubFailure::NoHub, FailureId::NoHub, "no supported hub is at % any more"},
+    {HubFailure::NoAccess, FailureId::NoAccess, "permission is missing"},
+    {HubFailure::Busy, FailureId::Busy, "the hub is "}, // and who has it
+    {HubFailure::NotOpened, FailureId::OpenFailed,
+     "the system could not open the hub, and gave no reason"},
+    {HubFailure::Unplugged, FailureId::Unplugged, "the hub was unplugged"},
+    {HubFailure::Stalled, FailureId::Stalled, "the hub refused the request (stall)"},
+    {HubFailure::Short, FailureId::ShortTransfer, "the hub moved too few bytes (short transfer)"},
+    {HubFailure::TimedOut, FailureId::TimedOut, "the hub did not answer in time"},
+    {HubFailure::NotAnswered, FailureId::RequestFailed, "the request failed"},
+    {HubFailure::NotRestarted, FailureId::NotRestarted,
+     "the hub did not restart, although it confirmed it"},
+    {HubFailure::NotReturned, FailureId::NotReturned, "the hub did not return to %"},
+    {HubFailure::AnotherHub, FailureId::AnotherHub, "another hub is at % now"},
+    {HubFailure::NoRomCode, FailureId::NoRomCode,
+     "the hub does not run its ROM code after the restart"},
+    {HubFailure::NoFlashCode, FailureId::StillRomCode, "the hub still runs its ROM code",
+     FailureId::StillRomCode},
+    {HubFailure::OtherVersion, FailureId::OtherVersion, "the hub runs another firmware version",
+     FailureId::OtherVersion},
+    {HubFailure::Abandoned, FailureId::Interrupted, "the program was stopped"},
 };
 
-/// For each kind of flow.
+/// What each kind of flow has done before the last restart.
 constexpr struct {
     FlowKind flow;
-    const char* afterChange; ///< what to do after a failure during its work
-    const char* done;        ///< what has been done before the last restart
+    const char* done;
 } kFlows[] = {
-    {FlowKind::Update, "the flash may hold no whole firmware; run the update again", "verified"},
-    {FlowKind::Read, "nothing was changed; plug the hub in again, so that it runs its firmware",
-     "read"},
-    {FlowKind::Erase, "the flash may be erased or not; erase it again", "erased"},
-    {FlowKind::Restore, "the flash may hold anything; restore it again", "verified"},
-    {FlowKind::Verify, "nothing was changed", "compared"},
-    {FlowKind::Restart, "nothing was changed", "restarted"},
+    {FlowKind::Update, "verified"},  {FlowKind::Read, "read"},       {FlowKind::Erase, "erased"},
+    {FlowKind::Restore, "verified"}, {FlowKind::Verify, "compared"}, {FlowKind::Restart, "asked"},
 };
-
-constexpr const char* kLookAgain =
-    "; plug the hub in again, then \"vornadelctl info\" tells what it runs";
 
 const auto& rowOf(HubFailure failure)
 {
@@ -71,12 +64,13 @@ std::string textOf(HubFailure failure, const OutcomeNames& names)
     if (const std::size_t place = text.find('%'); place != std::string::npos) {
         text.replace(place, 1, names.place.empty() ? "its place" : names.place);
     }
-    if (failure == HubFailure::Busy) {
-        text += busySentence(names.owner);
-    } else if (failure == HubFailure::NoAccess) {
-        text += "; to grant it: " + names.grantAccess + "; then plug the hub in again";
-    }
-    return text;
+    return failure == HubFailure::Busy ? text + busySentence(names.owner) : text;
+}
+
+/// Only for a hub that may not be opened; otherwise empty: the usual one.
+std::string nextAfter(HubFailure failure, const OutcomeNames& names)
+{
+    return failure == HubFailure::NoAccess ? names.grantAccess : std::string();
 }
 
 /// "3 bytes, the first at 0x1000"
@@ -99,52 +93,131 @@ std::string requestOf(const FlowResult& result)
     }
 }
 
-} // namespace
-
-Outcome outcomeOf(FlowKind flow, const FlowResult& result, const OutcomeNames& names)
+const char* textOf(FlashState state)
 {
-    const auto& about = *std::find_if(std::begin(kFlows), std::end(kFlows),
-                                      [&](const auto& row) { return row.flow == flow; });
-    const std::string failure = textOf(result.failure, names);
-    const std::string next = std::string("; ") + about.afterChange;
-    switch (result.cause) {
-    case Cause::None:
-        return {kExitSuccess, {}};
-    case Cause::WrongImage: // the flow's own lines say it all
-        return {kExitImageRefused, {}};
-    case Cause::NotOpened:
-        return {rowOf(result.failure).status, failure + "; the flash is unchanged" +
-                                                  (rowOf(result.failure).comesBackByPlugging
-                                                       ? "; plug the hub in again and repeat"
-                                                       : "")};
-    case Cause::RequestFailed:
-        return {result.failure == HubFailure::Abandoned ? kExitFailure : kExitTransferFailed,
-                failure + requestOf(result) + next};
-    case Cause::Different:
-        return {kExitDiffers, "the flash differs from the image in " + places(result) + next};
-    case Cause::NotErased:
-        return {kExitDiffers, "not erased: " + places(result) + next};
-    case Cause::Unstable:
-        return {kExitDiffers, "two reads of the flash differ in " + places(result) + next};
-    case Cause::NotRestarted:
-    case Cause::NotConfirmed:
-        return {kExitNotConfirmed, std::string(about.done) + ", but " + failure + kLookAgain};
-    case Cause::NotSaved:
-        return {kExitFailure, "the flash could not be saved; it is unchanged"};
-    case Cause::Interrupted:
-        return {kExitFailure,
-                result.failure == HubFailure::None
-                    ? "stopped; the flash is unchanged"
-                    : "stopped; the flash is unchanged, but the hub could not be sent back to its "
-                      "firmware: " +
-                          failure + kLookAgain};
+    switch (state) {
+    case FlashState::Untouched:
+        return "unchanged";
+    case FlashState::Erased:
+        return "blank";
+    case FlashState::Incomplete:
+        return "incomplete";
+    case FlashState::Written:
+        return "written, but not compared";
+    case FlashState::Verified:
+        return "as in the image";
     }
-    return {kExitFailure, failure};
+    return "";
 }
 
-Outcome outcomeOf(HubFailure failure, const OutcomeNames& names)
+const char* textOf(HubState state)
 {
-    return {rowOf(failure).status, textOf(failure, names)};
+    switch (state) {
+    case HubState::Unknown:
+        return "in an unknown state";
+    case HubState::Flash:
+        return "runs its firmware";
+    case HubState::Rom:
+        return "runs its ROM code";
+    case HubState::Absent:
+        return "not at its place";
+    }
+    return "";
+}
+
+/// "runs its ROM code, flash incomplete"
+std::string stateOf(const FlowResult& result)
+{
+    // A hub in its ROM code can be worked on; otherwise only its firmware is of use.
+    const bool workRemains =
+        result.hub == HubState::Rom && result.changed && result.flash != FlashState::Verified;
+    const bool isFine = result.hub == HubState::Flash || workRemains;
+    return std::string(textOf(result.hub)) + ", flash " + textOf(result.flash) +
+           (isFine ? "" : "; plug it in again first");
+}
+
+/// What went wrong in a flow's work or at its end.
+std::string causeOf(FlowKind flow, const FlowResult& result, const OutcomeNames& names)
+{
+    const std::string failure = textOf(result.failure, names);
+    switch (result.cause) {
+    case Cause::None:
+        break;
+    case Cause::WrongImage:
+        return "no firmware image";
+    case Cause::NotOpened:
+        return failure;
+    case Cause::RequestFailed:
+        return failure + requestOf(result);
+    case Cause::Different:
+        return "the flash differs from the image in " + places(result);
+    case Cause::NotErased:
+        return "not erased: " + places(result);
+    case Cause::Unstable:
+        return "two reads of the flash differ in " + places(result);
+    case Cause::NotRestarted:
+    case Cause::NotConfirmed:
+        return std::find_if(std::begin(kFlows), std::end(kFlows),
+                            [&](const auto& row) { return row.flow == flow; })
+                   ->done +
+               std::string(", but ") + failure;
+    case Cause::NotSaved:
+        return "the flash could not be saved, so it was not changed";
+    case Cause::Interrupted:
+        return result.failure == HubFailure::None
+                   ? "stopped"
+                   : "stopped, but the hub could not be sent back to its firmware: " + failure;
+    }
+    return failure;
+}
+
+FailureId idOf(const FlowResult& result)
+{
+    switch (result.cause) {
+    case Cause::None:
+        return FailureId::Internal;
+    case Cause::WrongImage:
+        return FailureId::ImageRefused;
+    case Cause::NotOpened:
+    case Cause::RequestFailed:
+        return rowOf(result.failure).id;
+    case Cause::Different:
+        return FailureId::FlashDiffers;
+    case Cause::NotErased:
+        return FailureId::NotBlank;
+    case Cause::Unstable:
+        return FailureId::UnstableReads;
+    case Cause::NotRestarted:
+    case Cause::NotConfirmed:
+        return rowOf(result.failure).afterwards;
+    case Cause::NotSaved:
+        return FailureId::FileNotSaved;
+    case Cause::Interrupted:
+        return FailureId::Interrupted;
+    }
+    return FailureId::Internal;
+}
+
+/// Whether the flow has had the hub open.
+bool hasReached(HubFailure failure)
+{
+    return failure != HubFailure::NoHub && failure != HubFailure::NoAccess &&
+           failure != HubFailure::Busy && failure != HubFailure::NotOpened;
+}
+
+} // namespace
+
+Failure outcomeOf(FlowKind flow, const FlowResult& result, const OutcomeNames& names)
+{
+    const bool reached = result.cause != Cause::WrongImage &&
+                         (result.cause != Cause::NotOpened || hasReached(result.failure));
+    return {idOf(result), causeOf(flow, result, names), reached ? stateOf(result) : std::string(),
+            nextAfter(result.failure, names)};
+}
+
+Failure outcomeOf(HubFailure failure, const OutcomeNames& names)
+{
+    return {rowOf(failure).id, textOf(failure, names), {}, nextAfter(failure, names)};
 }
 
 std::string busySentence(std::int64_t owner)

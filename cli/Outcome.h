@@ -1,5 +1,6 @@
 #pragma once
 
+#include "cli/Failures.h"
 #include "flows/FlowReporter.h"
 
 #include <cstdint>
@@ -8,12 +9,6 @@
 namespace vornadel
 {
 
-/// What a flow's result means for the user.
-struct Outcome {
-    int status{};       ///< of the program
-    std::string text{}; ///< the true cause and what to do, without a line end; may be empty
-};
-
 /// What an outcome names.
 struct OutcomeNames {
     std::string place{};       ///< of the hub
@@ -21,10 +16,11 @@ struct OutcomeNames {
     std::string grantAccess{}; ///< the command that lets the user open it
 };
 
-Outcome outcomeOf(FlowKind flow, const FlowResult& result, const OutcomeNames& names);
+/// What a flow's failure means for the user.
+Failure outcomeOf(FlowKind flow, const FlowResult& result, const OutcomeNames& names);
 
 /// The same for a single failure outside a flow.
-Outcome outcomeOf(HubFailure failure, const OutcomeNames& names);
+Failure outcomeOf(HubFailure failure, const OutcomeNames& names);
 
 /// "busy: process 1234 works on it"
 std::string busySentence(std::int64_t owner);

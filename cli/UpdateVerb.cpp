@@ -42,56 +42,48 @@ int supportIds(const Command& command, const FwImage& image)
 
 int write(const Command& command, const FwImage& image, const std::string& name)
 {
+    if (const std::string why = whyRefused(image); !why.empty()) {
+        return refuseImage(command, name, why);
+    }
+    int status = kExitSuccess;
+    const std::optional<FlowTarget> target = chooseTarget(command, status);
+    if (!target) {
+        return status;
+    }
+    // After the choice, so that a device with these ids is no hub to choose from.
+    if (status = supportIds(command, image); status != kExitSuccess) {
+        return status;
+    }
     CommandReporter reporter(command);
-    FlowTarget target;
-    if (image.loaded) {
-        if (const std::string why = whyRefused(image); !why.empty()) {
-            return fail(command, FailureId::ImageRefused, name + ": " + why);
-        }
-        int status = kExitSuccess;
-        std::optional<FlowTarget> chosen = chooseTarget(command, status);
-        if (!chosen) {
-            return status;
-        }
-        target = *std::move(chosen);
-        // After the choice, so that a device with these ids is no hub to choose from.
-        if (status = supportIds(command, image); status != kExitSuccess) {
-            return status;
-        }
-    }
-    updateFirmware(image, name, reporter, target.options); // says so if the image is not loaded
-    return explainResult(command, FlowKind::Update, reporter.result(), target);
-}
-
-/// The image that the configuration names. It lies beside the configuration file.
-void loadScalarImage(const Command& command, FwImage& image)
-{
-    const std::filesystem::path beside = std::filesystem::path(command.configFile).parent_path();
-    const std::string folder = beside.empty() ? "." : beside.string();
-    const std::string& name = command.config.fwbinPath;
-    if (name.empty()) {
-        command.err << command.configFile << ": FwBin names no image\n";
-    } else if (!loadConfiguredImage(image, folder, name)) {
-        const std::string path = folder + '/' + name;
-        command.err << path << ": " << whyUnread(path) << '\n';
-    }
+    updateFirmware(image, name, reporter, target->options);
+    return explainResult(command, FlowKind::Update, reporter.result(), *target);
 }
 
 int updateVerb(const Command& command)
 {
     FwImage image;
-    loadImage(image, command.line.image, command.err);
-    return write(command, image, command.line.image);
+    const std::string& path = command.line.image;
+    return FwImage_LoadFile(image, path) ? write(command, image, path)
+                                         : failToLoad(command, image, path);
 }
 
+/// With the image that the configuration names. It lies beside the configuration file.
 int scalarVerb(const Command& command)
 {
     if (const int status = requireConfiguration(command); status != kExitSuccess) {
         return status;
     }
+    const std::string& name = command.config.fwbinPath;
+    if (name.empty()) {
+        return fail(command, FailureId::ConfigUnusable,
+                    command.configFile + ": FwBin names no image");
+    }
+    const std::filesystem::path beside = std::filesystem::path(command.configFile).parent_path();
+    const std::string folder = beside.empty() ? "." : beside.string();
     FwImage image;
-    loadScalarImage(command, image);
-    return write(command, image, command.config.fwbinPath);
+    loadConfiguredImage(image, folder, name);
+    return image.loaded ? write(command, image, name)
+                        : failToLoad(command, image, folder + '/' + name);
 }
 
 void addUpdateOptions(CLI::App& verb, CommandLine& line)

@@ -21,6 +21,8 @@ class App;
 namespace vornadel
 {
 
+class EventStream;
+
 /// What every verb works with.
 struct Command {
     const CommandLine& line;
@@ -28,11 +30,13 @@ struct Command {
     const std::string& resourcePath;
     const std::string& configFile; ///< that has been read
     const ToolConfig& config;      ///< its content
-    std::ostream& out;             ///< with --json, what a flow prints becomes its messages
+    std::ostream& out;             ///< for words; with --json those of a flow become messages
+    std::ostream& rawOut;          ///< standard output for anything else, such as an image
     std::ostream& err;
     const Environment& env;
     StopRequest& stop;
     const Log& log;
+    EventStream* events;   ///< null without --json, and in verbs that print one object
     CommandResult& result; ///< for the last event; verbs fill it in
 
     bool json() const { return line.json; }

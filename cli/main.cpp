@@ -24,13 +24,10 @@ int run(const CommandLine& commandLine, Platform platform, const char* argv0)
     Hub_UsePlatform(platform.usb, platform.clock);
     StopRequest stop;
     const Interruption interruption(platform.clock, stop);
-    const int status = interruption.statusAfter(
-        runCommand(commandLine, platform, thisToolsPlace(argv0).resourcePath, std::cout, std::cerr,
-                   thisEnvironment(), stop));
-    if (status > kExitInterrupted) {
-        std::cerr << "Interrupted\n";
-    }
-    return status;
+    Environment env = thisEnvironment();
+    env.statusAfterSignals = [&](int status) { return interruption.statusAfter(status); };
+    return runCommand(commandLine, platform, thisToolsPlace(argv0).resourcePath, std::cout,
+                      std::cerr, env, stop);
 }
 
 int chooseAndRun(int argc, char** argv)

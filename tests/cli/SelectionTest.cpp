@@ -58,7 +58,7 @@ TEST(Selection, FindsTheOneHubThatEverySelectorFits)
         Session session("hubs=3,latency=none");
         session.selector = selector;
         EXPECT_EQ(session.update(session.folder.write("new.bin", demoImage(kDemoVersion101))), 0)
-            << session.err.str();
+            << session.told();
         EXPECT_EQ(session.hub(2).flash(), demoImage(kDemoVersion101));
         EXPECT_EQ(requestsTo(session, {1, 3}), 0U);
     }
@@ -79,9 +79,9 @@ TEST(Selection, WithoutAMatchShowsWhatIsAttached)
     for (const HubSelector& selector : selectors) {
         session.selector = selector;
         EXPECT_EQ(session.erase(), kExitNoHub);
-        EXPECT_EQ(session.err.str(), "no attached hub matches; these are attached:\n"
-                                     "sim-1  1209:0001/0002  SN0001  Demo Hub\n"
-                                     "sim-2  1209:0001/0002  SN0002  Demo Hub\n");
+        EXPECT_EQ(session.told(), "no attached hub matches; these are attached:\n"
+                                  "sim-1  1209:0001/0002  SN0001  Demo Hub\n"
+                                  "sim-2  1209:0001/0002  SN0002  Demo Hub\n");
         EXPECT_THAT(session.out.str(), IsEmpty());
     }
     EXPECT_EQ(requestsTo(session, {1, 2}), 0U);
@@ -100,13 +100,13 @@ TEST(Selection, TakesNoneOfSeveral)
                                  : verb == "read" ? session.folder.path("read.bin")
                                                   : "";
         EXPECT_EQ(session.run(session.line(verb, file)), kExitSeveralHubs);
-        EXPECT_EQ(session.err.str(), "several supported hubs are attached; choose one, for example "
-                                     "with --path:\n" +
-                                         candidates);
+        EXPECT_EQ(session.told(), "several supported hubs are attached; choose one, for example "
+                                  "with --path:\n" +
+                                      candidates);
     }
     session.selector = {.id = UsbIds{0x1209, 0x0002}};
     EXPECT_EQ(session.erase(), kExitSeveralHubs);
-    EXPECT_THAT(session.err.str(), StartsWith("several attached hubs match; "));
+    EXPECT_THAT(session.told(), StartsWith("several attached hubs match; "));
     EXPECT_EQ(requestsTo(session, {1, 2}), 0U);
 }
 
@@ -116,14 +116,13 @@ TEST(Selection, CountsAHubThatAnotherFlowHasEvenWhileItIsAway)
     const std::string pid = std::to_string(::getpid());
     const auto busy = session.occupy("sim-1");
     EXPECT_EQ(session.erase(), kExitSeveralHubs);
-    EXPECT_THAT(session.err.str(), HasSubstr("Demo Hub  busy (pid " + pid + ")\nsim-2 "));
+    EXPECT_THAT(session.told(), HasSubstr("Demo Hub  busy (pid " + pid + ")\nsim-2 "));
 
     session.hub(1).unplug();
     for (const auto& id : {std::optional<UsbIds>(), std::optional(UsbIds{0x1209, 0x0001})}) {
         session.selector = {.id = id};
         EXPECT_EQ(session.erase(), kExitSeveralHubs);
-        EXPECT_THAT(session.err.str(),
-                    HasSubstr("\nsim-1  -               -       -         busy"));
+        EXPECT_THAT(session.told(), HasSubstr("\nsim-1  -               -       -         busy"));
     }
     EXPECT_EQ(requestsTo(session, {1, 2}), 0U);
 
@@ -131,7 +130,7 @@ TEST(Selection, CountsAHubThatAnotherFlowHasEvenWhileItIsAway)
          {HubSelector{.path = "sim-2"}, HubSelector{.serialNumber = "SN0002"},
           HubSelector{.containerId = containerIdIn(demoImage(kDemoVersion100, 2))}}) {
         session.selector = selector;
-        EXPECT_EQ(session.info(), kExitSuccess) << session.err.str();
+        EXPECT_EQ(session.info(), kExitSuccess) << session.told();
     }
 }
 
@@ -147,8 +146,8 @@ TEST(Selection, CountsAHubThatIsLockedOrReleasedWhileItLooks)
             released ? bus.placeLocks().lock(other, {}, owner) : nullptr;
         bus.onSearch([&] { lock = released ? nullptr : bus.placeLocks().lock(other, {}, owner); });
         EXPECT_EQ(session.runOn(bus, session.line("erase")), kExitSeveralHubs);
-        EXPECT_THAT(session.err.str(), EndsWith("\n2-1/1-1  1209:0001/-  -  -\n"
-                                                "2-2/1-2  -            -  -  busy\n"));
+        EXPECT_THAT(session.told(), EndsWith("\n2-1/1-1  1209:0001/-  -  -\n"
+                                             "2-2/1-2  -            -  -  busy\n"));
         bus.forgetHooks();
     }
 }
@@ -176,7 +175,7 @@ TEST(Selection, TakesAHubThatIsReleasedWhileItLooks)
     PlaceOwner owner;
     std::unique_ptr<PlaceLock> lock = bus.placeLocks().lock(place, {}, owner);
     bus.onSearch([&] { lock = nullptr; });
-    EXPECT_EQ(session.runOn(bus, session.line("info")), kExitSuccess) << session.err.str();
+    EXPECT_EQ(session.runOn(bus, session.line("info")), kExitSuccess) << session.told();
     bus.forgetHooks();
 }
 
@@ -194,7 +193,7 @@ TEST(Selection, KnowsAHubByEitherPort)
           std::pair("2-3", 3)}) {
         CommandLine line = session.line("info");
         line.hub.path = path;
-        EXPECT_EQ(session.runOn(bus, line), status) << path << ": " << session.err.str();
+        EXPECT_EQ(session.runOn(bus, line), status) << path << ": " << session.told();
     }
 }
 
@@ -206,7 +205,7 @@ TEST(Selection, KnowsAHubByEitherHalfWhereTheSystemTellsOnePortEach)
                     {.vendorId = 0x1209, .productId = 2, .place = {{"20-3", 6}, {}}}};
     CommandLine line = session.line("info");
     line.hub.path = "20-3";
-    EXPECT_EQ(session.runOn(bus, line), kExitSuccess) << session.err.str();
+    EXPECT_EQ(session.runOn(bus, line), kExitSuccess) << session.told();
     UsbPlace locked;
     locked.own.path = "20-3";
     PlaceOwner owner;
@@ -241,10 +240,9 @@ TEST(Selection, SaysWhoTookTheHubAfterTheChoice)
     });
     EXPECT_EQ(session.runOn(bus, session.line("erase")), kExitBusy);
     EXPECT_THAT(
-        session.err.str(),
+        session.told(),
         EndsWith(
-            "\nthe hub is busy: another program has it open, or its place cannot be locked; the "
-            "flash is unchanged\n"));
+            "\nthe hub is busy: another program has it open, or its place cannot be locked\n"));
     EXPECT_THAT(bus.requests(), IsEmpty());
     bus.forgetHooks();
 }
@@ -257,7 +255,7 @@ TEST(Selection, RefusesAHubThatAnotherFlowHas)
     session.selector.path = "sim-2";
     for (int round = 0; round < 2; ++round) {
         EXPECT_EQ(session.erase(), kExitBusy);
-        EXPECT_EQ(session.err.str(), "sim-2 is busy: process " + pid + " works on it\n");
+        EXPECT_EQ(session.told(), "sim-2 is busy: process " + pid + " works on it\n");
         EXPECT_EQ(session.info(), kExitBusy);
         session.hub(2).unplug(); // it is away
     }
@@ -273,9 +271,8 @@ TEST(Selection, TakesNoneOfSeveralIfTheirPlacesAreNotKnown)
     CommandLine line = session.line("erase");
     line.hub.serialNumber = "2";
     EXPECT_EQ(session.runOn(bus, line), kExitSeveralHubs);
-    EXPECT_EQ(session.err.str(),
-              "several supported hubs are attached, and the system does not tell "
-              "where; attach only one\n");
+    EXPECT_EQ(session.told(), "several supported hubs are attached, and the system does not tell "
+                              "where; attach only one\n");
     EXPECT_THAT(bus.requests(), IsEmpty());
 }
 
@@ -298,7 +295,7 @@ TEST(Selection, FindsNoHubWithoutADeviceListOrByAnIdThatNoHalfHas)
     EXPECT_EQ(session.runOn(bus, line), kExitNoHub);
     bus.givesList = false;
     EXPECT_EQ(session.runOn(bus, line), kExitNoHub);
-    EXPECT_EQ(session.err.str(), "the USB devices cannot be listed\n");
+    EXPECT_EQ(session.told(), "the USB devices cannot be listed\n");
 }
 
 TEST(DevicesInUseBelowTheHub, AreNamedBeforeTheFlowOrKeepItFromBeginning)
@@ -315,21 +312,20 @@ TEST(DevicesInUseBelowTheHub, AreNamedBeforeTheFlowOrKeepItFromBeginning)
     CommandLine line = session.line("erase");
     line.refuseInUse = true;
     EXPECT_EQ(session.runOn(bus, line), kExitFailure);
-    EXPECT_EQ(session.err.str(),
-              "in use: disk sda, mounted at /media/x; keyboard; nothing was sent "
-              "to the hub\n");
+    EXPECT_EQ(session.told(), "in use: disk sda, mounted at /media/x; keyboard; nothing was sent "
+                              "to the hub\n");
     EXPECT_THAT(bus.requests(), IsEmpty());
 
     line.refuseInUse = false;
     session.runOn(bus, line);
-    EXPECT_THAT(session.err.str(),
+    EXPECT_THAT(session.told(),
                 StartsWith("in use: disk sda, mounted at /media/x; keyboard; they will be "
                            "disconnected\n"));
     EXPECT_THAT(bus.requests(), Not(IsEmpty()));
 
     bus.attached = {bus.attached[0]};
     session.runOn(bus, line);
-    EXPECT_THAT(session.err.str(),
+    EXPECT_THAT(session.told(),
                 StartsWith("in use: disk sda, mounted at /media/x; it will be disconnected\n"));
 }
 

@@ -73,8 +73,8 @@ public:
         const ToolConfig config = readToolConfig(configFile);
         const Log log;
         CommandResult result;
-        use(Command{commandLine, platform, folderPath, configFile, config, out, err, env, stop, log,
-                    result});
+        use(Command{commandLine, platform, folderPath, configFile, config, out, out, err, env, stop,
+                    log, nullptr, result});
     }
 
     // On the hub that `selector` selects:
@@ -90,6 +90,18 @@ public:
     CommandLine line(std::string_view verb, const std::string& image = {}) const
     {
         return {.verb = verbCalled(verb), .image = image, .hub = selector};
+    }
+
+    /// Standard error with only what went wrong, of the four lines of a failure, without its id.
+    std::string told() const
+    {
+        std::istringstream lines(err.str());
+        std::string text;
+        for (std::string line; std::getline(lines, line);) {
+            const std::size_t id = line.ends_with(']') ? line.rfind(" [") : line.size();
+            text += line.starts_with("  ") ? "" : line.substr(0, id) + '\n';
+        }
+        return text;
     }
 
     SimulatedHub& hub(std::size_t number = 1) { return bus->hub(number); }

@@ -47,6 +47,7 @@ constexpr OutsideHeaders kOutsideHeaders[] = {
                           "(Availability|TargetConditionals)\\.h|(mach|mach-o|objc|xpc)/.*"},
     {"GTest::gtest", "(gtest|gmock)/.*"},
     {"a USB test bed", "umockdev.*"},
+    {"a validator for tests", "valijson/.*"},
 };
 
 bool isSource(const fs::path& file)

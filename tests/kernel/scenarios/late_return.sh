@@ -16,5 +16,5 @@ lane() {
 }
 
 in_lanes lane 1 late:5@1 0 'Update FW Success' updated \
-    -- lane 2 never@1 1 'Fail To Open Rom Device' unchanged \
+    -- lane 2 never@1 7 'Fail To Open Rom Device' unchanged \
     -- lane 3 never@2 9 'Fail to Reset to Flash Code' updated

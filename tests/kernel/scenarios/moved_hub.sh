@@ -15,7 +15,7 @@ lane() {
     stop_hubs
 }
 
-in_lanes lane 1 moved@1 1 'Fail To Open Rom Device' unchanged \
+in_lanes lane 1 moved@1 7 'Fail To Open Rom Device' unchanged \
     -- lane 2 moved@2 9 'Fail to Reset to Flash Code' updated \
-    -- lane 3 swapped@1 1 'Fail To Open Rom Device' unchanged \
+    -- lane 3 swapped@1 7 'Fail To Open Rom Device' unchanged \
     -- lane 4 swapped@2 9 'Fail to Reset to Flash Code' updated

@@ -19,5 +19,5 @@ lane() {
     stop_hubs
 }
 
-in_lanes lane 1 never@1 1 'the hub did not return to' "$old_image" \
+in_lanes lane 1 never@1 7 'the hub did not return to' "$old_image" \
     -- lane 2 never@2 9 'verified, but the hub did not return to' "$new_image"

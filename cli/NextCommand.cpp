@@ -1,0 +1,83 @@
+#include "cli/NextCommand.h"
+
+#include "cli/Verbs.h"
+
+#include <filesystem>
+#include <string_view>
+#include <utility>
+
+namespace vornadel
+{
+
+namespace
+{
+
+constexpr std::string_view kPlain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789"
+                                    "_./:=,@%+-";
+
+/// The begin of a command line about the hub at a place.
+std::string commandFor(const Command& command, const std::string& place)
+{
+    const CommandLine& line = command.line;
+    std::string text = "vornadelctl";
+    if (line.simulatedHub) {
+        text += " --simulated-hub" +
+                (line.simulatedHub->empty() ? "" : '=' + shellWord(*line.simulatedHub));
+    }
+    if (!line.configFile.empty()) {
+        text += " --config " + shellWord(line.configFile);
+    }
+    if (!place.empty() && place != "-") {
+        text += " --path " + shellWord(place);
+    }
+    return text;
+}
+
+} // namespace
+
+std::string shellWord(const std::string& word)
+{
+    if (!word.empty() && word.find_first_not_of(kPlain) == std::string::npos) {
+        return word;
+    }
+    std::string text = "'";
+    for (const char c : word) {
+        text += c == '\'' ? std::string(R"('\'')") : std::string(1, c);
+    }
+    return text + '\'';
+}
+
+std::string commandAgain(const Command& command, const std::string& place,
+                         const std::string& without)
+{
+    const CommandLine& line = command.line;
+    std::string text = "vornadelctl";
+    if (!line.hub.isGiven() && !place.empty() && place != "-") {
+        text += " --path " + shellWord(place);
+    }
+    for (const std::string& word : line.typed) {
+        text += word == without ? "" : ' ' + shellWord(word);
+    }
+    return text;
+}
+
+std::string nextCommand(const Command& command, const std::string& pattern)
+{
+    const std::string& place = command.result.place;
+    const std::string folder = std::filesystem::path(command.line.image).parent_path();
+    std::string text = pattern;
+    const std::pair<std::string_view, std::string> values[] = {
+        {"{again}", commandAgain(command, place)},
+        {"{hub}", commandFor(command, place)},
+        {"{verb}", command.line.verb->name},
+        {"{folder}", shellWord(folder.empty() ? "." : folder)},
+    };
+    for (const auto& [name, value] : values) {
+        if (const std::size_t at = text.find(name); at != std::string::npos) {
+            text.replace(at, name.size(), value);
+        }
+    }
+    return text;
+}
+
+} // namespace vornadel

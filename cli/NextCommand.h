@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+namespace vornadel
+{
+
+struct Command;
+
+/// A word for a shell.
+std::string shellWord(const std::string& word);
+
+/// Fills in the placeholders of FailureKind::next. The result can be pasted into a shell.
+std::string nextCommand(const Command& command, const std::string& pattern);
+
+/// The command line of this run for the hub at a place, without the options called `without`.
+std::string commandAgain(const Command& command, const std::string& place,
+                         const std::string& without = {});
+
+} // namespace vornadel
