@@ -124,7 +124,7 @@ public:
     std::istringstream in;
     bool interruptBeforeCommands = false; ///< as by a signal
     StopRequest stop;
-    TemporaryFolder folder;
+    TemporaryFolder folder{placeInMemory()};
     VirtualClock clock;
     std::unique_ptr<SimulatedBus> bus;
     std::ostringstream out;
