@@ -156,14 +156,20 @@ std::optional<BackupName> BackupName::in(const std::string& fileName)
 
 Backups::Backups(std::string folder) : m_folder(std::move(folder)) {}
 
-std::string Backups::save(const BackupOwner& owner, Environment::Time now,
-                          std::span<const std::uint8_t> flash, std::string& problem) const
+bool Backups::canSave(std::string& problem) const
 {
     if (m_folder.empty()) {
         problem = "neither XDG_STATE_HOME nor HOME says where";
-        return {};
+        return false;
     }
-    if (!makeFolder(m_folder, problem)) {
+    return makeFolder(m_folder, problem) &&
+           canBeSaved(fs::path(m_folder) / ("new" + std::string(kEnding)), problem);
+}
+
+std::string Backups::save(const BackupOwner& owner, Environment::Time now,
+                          std::span<const std::uint8_t> flash, std::string& problem) const
+{
+    if (!canSave(problem)) {
         return {};
     }
     const BackupName name{partOf(owner.place), partOf(owner.serialNumber), timeText(now),

@@ -43,6 +43,9 @@ public:
 
     const std::string& folder() const { return m_folder; }
 
+    /// Whether save() could begin to write now; otherwise `problem` says why. Creates the folder.
+    bool canSave(std::string& problem) const;
+
     /// Saves a whole file that only the user can read, or nothing, and returns its path. Creates
     /// the folder. On failure the path is empty, and `problem` says why.
     std::string save(const BackupOwner& owner, Environment::Time now,

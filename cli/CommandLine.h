@@ -24,6 +24,9 @@ struct CommandLine {
     bool refuseInUse = false;     ///< of verbs that restart the hub: not if a device hangs below it
     bool noBackup = false;        ///< of verbs that change the flash
     std::string backupFolder{};   ///< of the same; empty: the usual one
+    bool alwaysWrite = false;     ///< of the same: also if the flash holds the image already
+    bool yes = false;             ///< of erase: do not ask
+    std::string dryRun{};         ///< of verbs that change the flash; empty: it is none
     bool rom = false;             ///< of restart: into the ROM code
     std::optional<int> timeout{}; ///< of wait, in seconds
     bool all = false;             ///< of list: every USB device
@@ -50,6 +53,7 @@ inline constexpr int kExitTransferFailed = 7; ///< the hub did not do what a req
 inline constexpr int kExitDiffers = 8;        ///< what was read is not what it should be
 /// The flash has been verified, erased or saved, but the hub does not run what it should.
 inline constexpr int kExitNotConfirmed = 9;
+inline constexpr int kExitWouldAsk = 10;     ///< nobody has agreed to it; nothing was sent
 inline constexpr int kExitBusy = 11;         ///< another flow or program has the hub
 inline constexpr int kExitInterrupted = 128; ///< plus the number of the signal that stopped it
 

@@ -16,6 +16,8 @@ enum class FailureId {
     Internal,
     OutputNotWritten,
     FileNotSaved,
+    BackupNotSaved,
+    NotAgreed,
     Usage,
     ConfigUnusable,
     ConfigFull,
@@ -81,6 +83,7 @@ struct CommandResult {
     std::optional<Failure> failure{}; ///< the first that was told, complete
     std::optional<FlowResult> flow{}; ///< of the flow, if one ran
     std::string backup{};             ///< the file that holds what was in the flash
+    std::string backupProblem{};      ///< why there is none, if the flow ended for that
     bool printed = false;             ///< the verb's own object, with --json
 };
 

@@ -60,8 +60,10 @@ std::optional<FlowTarget> chooseTarget(const Command& command, int& status)
     if (status = tellWhatIsInUse(command, *hub); status != kExitSuccess) {
         return {};
     }
+    const std::string place = hub->place().text();
     return FlowTarget{
-        hub->place().text(),
+        place,
+        {place, hub->texts().serialNumber},
         {.hub = {.place = hub->place(), .strict = true}, .stop = command.stop.flag()}};
 }
 
@@ -71,9 +73,9 @@ int explainResult(const Command& command, FlowKind flow, const FlowResult& resul
     if (result.succeeded()) {
         return kExitSuccess;
     }
-    return fail(
-        command,
-        outcomeOf(flow, result, {target.place, result.owner, accessCommand(command.resourcePath)}));
+    return fail(command, outcomeOf(flow, result,
+                                   {target.place, result.owner, accessCommand(command.resourcePath),
+                                    command.result.backupProblem}));
 }
 
 } // namespace vornadel

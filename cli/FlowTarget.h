@@ -1,5 +1,6 @@
 #pragma once
 
+#include "cli/Backups.h"
 #include "flows/FlowOptions.h"
 #include "flows/FlowReporter.h"
 
@@ -14,6 +15,7 @@ struct Command;
 /// The hub of a flow.
 struct FlowTarget {
     std::string place; ///< for the user
+    BackupOwner owner; ///< in the names of backups
     FlowOptions options;
 };
 

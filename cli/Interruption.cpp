@@ -37,18 +37,17 @@ void say(const char* sentence)
     }
 }
 
-/// Whether the flow will end by itself.
-bool askToStop(StopRequest& stop)
+/// Returns how far the command has come.
+StopRequest::Phase askToStop(StopRequest& stop)
 {
     using Phase = StopRequest::Phase;
-    const Phase phase = stop.ask([](Phase reached) {
+    return stop.ask([](Phase reached) {
         if (reached == Phase::Unchanged) {
             say("stopping; the hub stays as it was");
         } else if (reached == Phase::Changing) {
             say(kFinishing);
         }
     });
-    return phase != Phase::NoFlow;
 }
 
 } // namespace
@@ -93,10 +92,12 @@ void Interruption::wait(Clock& clock, StopRequest& stop, const sigset_t& signals
         lastCame = now;
         int none = 0;
         const bool first = m_signal.compare_exchange_strong(none, signal);
-        if (abandoned) {
+        using Phase = StopRequest::Phase;
+        const Phase phase = first && !abandoned ? askToStop(stop) : Phase::NoFlow;
+        if (abandoned || phase == Phase::Asking) {
             std::_Exit(kExitInterrupted + m_signal);
         }
-        if (first && askToStop(stop)) {
+        if (phase != Phase::NoFlow) {
             continue;
         }
         abandoned = true;

@@ -1,5 +1,7 @@
 #include "cli/Options.h"
 
+#include "cli/DryRun.h"
+
 #include <CLI/CLI.hpp>
 
 namespace vornadel
@@ -64,6 +66,21 @@ void addBackupFolder(CLI::App& verb, CommandLine& line)
     addText(verb, "--backup-dir", "FOLDER", line.backupFolder,
             "Keep backups in this folder instead of $XDG_STATE_HOME/vornadel/backups or "
             "~/.local/state/vornadel/backups");
+}
+
+void addChangeOptions(CLI::App& verb, CommandLine& line)
+{
+    addRefuseInUse(verb, line);
+    addFlag(verb, "--no-backup", line.noBackup, "Do not save the flash before it is changed");
+    addBackupFolder(verb, line);
+    addDryRun(verb, line);
+}
+
+void addWriteOptions(CLI::App& verb, CommandLine& line)
+{
+    addChangeOptions(verb, line);
+    addFlag(verb, "--always-write", line.alwaysWrite,
+            "Write also if the flash holds the image already");
 }
 
 } // namespace vornadel

@@ -50,4 +50,10 @@ void addRefuseInUse(CLI::App& verb, CommandLine& line);
 /// --backup-dir
 void addBackupFolder(CLI::App& verb, CommandLine& line);
 
+/// Those of every verb that changes the flash.
+void addChangeOptions(CLI::App& verb, CommandLine& line);
+
+/// The same, for a verb that writes an image.
+void addWriteOptions(CLI::App& verb, CommandLine& line);
+
 } // namespace vornadel

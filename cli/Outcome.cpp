@@ -162,7 +162,10 @@ std::string causeOf(FlowKind flow, const FlowResult& result, const OutcomeNames&
                    ->done +
                std::string(", but ") + failure;
     case Cause::NotSaved:
-        return "the flash could not be saved, so it was not changed";
+        return "the flash could not be saved: " + names.backupProblem +
+               (result.failure == HubFailure::None
+                    ? ""
+                    : "; and the hub could not be sent back to its firmware: " + failure);
     case Cause::Interrupted:
         return result.failure == HubFailure::None
                    ? "stopped"
@@ -191,7 +194,7 @@ FailureId idOf(const FlowResult& result)
     case Cause::NotConfirmed:
         return rowOf(result.failure).afterwards;
     case Cause::NotSaved:
-        return FailureId::FileNotSaved;
+        return FailureId::BackupNotSaved;
     case Cause::Interrupted:
         return FailureId::Interrupted;
     }

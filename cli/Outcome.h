@@ -11,9 +11,10 @@ namespace vornadel
 
 /// What an outcome names.
 struct OutcomeNames {
-    std::string place{};       ///< of the hub
-    std::int64_t owner{};      ///< the process that works on it; 0: not known
-    std::string grantAccess{}; ///< the command that lets the user open it
+    std::string place{};         ///< of the hub
+    std::int64_t owner{};        ///< the process that works on it; 0: not known
+    std::string grantAccess{};   ///< the command that lets the user open it
+    std::string backupProblem{}; ///< why its flash could not be saved
 };
 
 /// What a flow's failure means for the user.

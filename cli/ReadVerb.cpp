@@ -1,7 +1,8 @@
-#include "base/WholeFile.h"
 #include "cli/CommandReporter.h"
 #include "cli/FlowTarget.h"
 #include "cli/Options.h"
+#include "cli/OutputFile.h"
+#include "cli/SaveFirst.h"
 #include "cli/Verbs.h"
 #include "flows/FlashRead.h"
 
@@ -20,21 +21,26 @@ int save(const Command& command, const std::vector<std::uint8_t>& flash)
 {
     const std::string& path = command.line.image;
     std::string problem;
-    if (!saveWholeFile(path, flash, problem)) {
+    if (!writeOutput(command, path, flash, problem)) {
         return fail(command, FailureId::FileNotSaved,
                     "the flash was read but could not be saved: " + problem);
     }
-    command.out << "Saved " << flash.size() << " bytes to " << path << '\n' << std::flush;
+    command.out << "Saved " << flash.size() << " bytes to "
+                << (isStandardOutput(path) ? "standard output" : path) << '\n'
+                << std::flush;
+    if (isBlank(flash)) {
+        command.err << "The flash is blank: every byte is FF, so there is no firmware in it\n"
+                    << std::flush;
+    }
     return kExitSuccess;
 }
 
 int readVerb(const Command& command)
 {
-    std::string problem;
     // Before the read, because a read restarts the hub and disconnects everything behind it.
-    if (!canBeSaved(command.line.image, problem)) {
+    if (const std::string why = whyNotWritten(command, command.line.image); !why.empty()) {
         return fail(command, FailureId::FileNotSaved,
-                    "the flash was not read, because it could not be saved: " + problem);
+                    "the flash was not read, because it could not be saved: " + why);
     }
     int status = kExitSuccess;
     const std::optional<FlowTarget> target = chooseTarget(command, status);
@@ -53,7 +59,8 @@ int readVerb(const Command& command)
 void addReadOptions(CLI::App& verb, CommandLine& line)
 {
     addOperand(verb, "FILE", line.image, Operand::Required,
-               "Where to save it (*.bin); an existing file is replaced");
+               "Where to save it (*.bin); -: to standard output");
+    addFlag(verb, "--force", line.force, "Replace a file that exists");
     addRefuseInUse(verb, line);
 }
 
@@ -66,6 +73,7 @@ const Verb kReadVerb = {
     .run = readVerb,
     .addOptions = addReadOptions,
     .isFlow = true,
+    .output = &CommandLine::image,
     .examples = "vornadelctl read before.bin\n",
 };
 

@@ -2,6 +2,7 @@
 
 #include "cli/EventStream.h"
 #include "cli/LineStream.h"
+#include "cli/OutputFile.h"
 #include "cli/ResultEvent.h"
 #include "cli/Verbs.h"
 #include "config/ToolConfig.h"
@@ -47,10 +48,20 @@ private:
     }
 };
 
+/// Whether the verb saves its file to standard output.
+bool outputIsStandard(const CommandLine& commandLine)
+{
+    const auto output = commandLine.verb->output;
+    return output != nullptr && isStandardOutput(commandLine.*output);
+}
+
 /// What is wrong with the options for this verb; null if nothing is.
 const char* whyUnfit(const CommandLine& commandLine)
 {
     const Verb& verb = *commandLine.verb;
+    if (commandLine.json && outputIsStandard(commandLine)) {
+        return "standard output cannot take both the file and the output of --json";
+    }
     if (!verb.selectsHub && commandLine.hub.isGiven()) {
         return "this verb asks no hub, so none can be selected";
     }
@@ -90,7 +101,8 @@ int runCommand(const CommandLine& commandLine, Platform& platform, const std::st
     EventStream* const theEvents = events ? &*events : nullptr;
     int status = kExitSuccess;
     {
-        WordsOfVerb words(out, err, theEvents);
+        const bool aside = !events && outputIsStandard(commandLine);
+        WordsOfVerb words(aside ? err : out, err, theEvents);
         const Command command{commandLine, platform,  resourcePath, configFile, config,
                               words.out,   out,       words.err,    env,        stop,
                               log,         theEvents, result};

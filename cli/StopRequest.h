@@ -12,6 +12,7 @@ class StopRequest
 public:
     enum class Phase {
         NoFlow,    ///< no flow runs: the command can end at its next request
+        Asking,    ///< the same, and it waits for the user: it can end at once
         Unchanged, ///< the flow has not begun to change the hub's flash
         Changing,  ///< the flow must finish: it changes the flash, or restarts the hub for the last
                    ///< time

@@ -1,8 +1,11 @@
 #include "cli/CommandReporter.h"
+#include "cli/DryRun.h"
 #include "cli/FlowTarget.h"
 #include "cli/HubChoices.h"
 #include "cli/ImageFile.h"
+#include "cli/ImageSource.h"
 #include "cli/Options.h"
+#include "cli/SaveFirst.h"
 #include "cli/ShownText.h"
 #include "cli/Verbs.h"
 #include "flows/FirmwareUpdate.h"
@@ -40,18 +43,33 @@ int supportIds(const Command& command, const FwImage& image)
     return kExitSuccess;
 }
 
+std::string planFor(const FwImage& image, const std::string& name)
+{
+    return "save the flash, erase it, write " + shownSource(name) + " (" +
+           std::to_string(image.size) + " bytes, version " + hex4(storedNumber(image.version)) +
+           ") and compare";
+}
+
 int write(const Command& command, const FwImage& image, const std::string& name)
 {
     if (const std::string why = whyRefused(image); !why.empty()) {
         return refuseImage(command, name, why);
     }
     int status = kExitSuccess;
-    const std::optional<FlowTarget> target = chooseTarget(command, status);
+    std::optional<FlowTarget> target = chooseTarget(command, status);
     if (!target) {
         return status;
     }
     // After the choice, so that a device with these ids is no hub to choose from.
     if (status = supportIds(command, image); status != kExitSuccess) {
+        return status;
+    }
+    const WantedFlash wanted{.begin = bytesOf(image),
+                             .alreadySo = "Already up to date: the flash holds this image"};
+    if (isDryRun(command.line)) {
+        return tellPlan(command, *target, {planFor(image, name), wanted});
+    }
+    if (status = saveFirst(command, *target, wanted); status != kExitSuccess) {
         return status;
     }
     CommandReporter reporter(command);
@@ -89,16 +107,18 @@ int scalarVerb(const Command& command)
 void addUpdateOptions(CLI::App& verb, CommandLine& line)
 {
     addOperand(verb, "IMAGE", line.image, Operand::Required, "Firmware image (*.bin)");
-    addRefuseInUse(verb, line);
+    addWriteOptions(verb, line);
 }
 
 } // namespace
 
 const Verb kUpdateVerb = {
     .name = "update",
-    .summary = "Write an image to the hub's flash, verify it and restart the hub",
+    .summary = "Save the hub's flash, write an image to it, verify it and restart the hub. A flash "
+               "that holds the image already is left alone",
     .run = updateVerb,
     .addOptions = addUpdateOptions,
+    .whyUnfit = whyDryRunIsUnfit,
     .isFlow = true,
     .examples = "vornadelctl update new.bin\nvornadelctl --path 2-3 update new.bin\n",
 };
@@ -107,7 +127,8 @@ const Verb kScalarVerb = {
     .name = "scalar",
     .summary = "The unattended update: like update, with the image that config.ini names as FwBin",
     .run = scalarVerb,
-    .addOptions = addRefuseInUse,
+    .addOptions = addWriteOptions,
+    .whyUnfit = whyDryRunIsUnfit,
     .isFlow = true,
     .examples = "vornadelctl --config line.ini scalar\n",
 };

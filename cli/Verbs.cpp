@@ -10,9 +10,10 @@ namespace
 {
 
 const Verb* const kVerbs[] = {
-    &kListVerb,       &kInfoVerb,     &kUpdateVerb,   &kVerifyVerb,    &kReadVerb,
-    &kEraseVerb,      &kRestartVerb,  &kScalarVerb,   &kWaitVerb,      &kImageInfoVerb,
-    &kImageCheckVerb, &kImageGetVerb, &kImageSetVerb, &kImageDiffVerb, &kImagePropertiesVerb,
+    &kListVerb,       &kInfoVerb,        &kUpdateVerb,          &kVerifyVerb,
+    &kReadVerb,       &kEraseVerb,       &kRestartVerb,         &kScalarVerb,
+    &kWaitVerb,       &kImageInfoVerb,   &kImageCheckVerb,      &kImageGetVerb,
+    &kImageSetVerb,   &kImageDiffVerb,   &kImagePropertiesVerb,
 };
 
 } // namespace

@@ -54,6 +54,9 @@ struct Verb {
     /// With --json it prints events, the last of them the result. Another verb prints its own
     /// object, see printObject(), and fails if its output cannot be written.
     bool isFlow = false;
+    /// The member that names the file it saves. If that is "-", standard output is for the file,
+    /// and all words go to standard error. Null: it saves none.
+    std::string CommandLine::*output = nullptr;
     bool selectsHub = true;    ///< takes the options that select a hub
     const char* examples = ""; ///< command lines for the help, each with its line end
 };

@@ -190,7 +190,7 @@ TEST(CommandLine, HelpAndVersionAreNoErrors)
         {{"info", "--help"}, "[IMAGE]"},
         {{"-h"}, "update"},
         {{"update", "--help"}, "IMAGE"},
-        {{"erase", "--help"}, "without asking"},
+        {{"erase", "--help"}, "Asks first"},
         {{"--version"}, "vornadelctl 1.02"},
     };
     for (const auto& row : rows) {

@@ -79,7 +79,7 @@ TEST(Outcome, OfAnUpdateIsToldByStatusAndFourLines)
         {"fault=torn:5@write#3", 7,
          "the hub moved too few bytes (short transfer): write at 0x2000 [short-transfer]",
          "runs its ROM code, flash incomplete"},
-        {"fault=stall@read#8", 7, "the hub refused the request (stall): read at 0x7000 [stalled]",
+        {"fault=stall@read#24", 7, "the hub refused the request (stall): read at 0x7000 [stalled]",
          "runs its ROM code, flash written, but not compared"},
         {"fault=never@2", 9, "verified, but the hub did not return to sim-1 [not-back]",
          "not at its place, flash as in the image; plug it in again first", true},

@@ -25,6 +25,8 @@ using testing::StartsWith;
 class ProgramTest : public testing::Test
 {
 protected:
+    ProgramTest() { ::setenv("XDG_STATE_HOME", m_folder.path("state").c_str(), 1); }
+
     std::string hub(const std::string& options) const
     {
         return "--simulated-hub=image=" + m_folder.path("flash.bin") + ',' + options;
@@ -95,7 +97,7 @@ TEST_F(ProgramTest, SavesWhatItUpdatedAndErasesIt)
     EXPECT_EQ(read.finish(), 0) << read.err();
     EXPECT_EQ(m_folder.read("read.bin"), demoImage(kDemoVersion101));
 
-    Program erase({hub("latency=none,mode=rom"), "erase"});
+    Program erase({hub("latency=none,mode=rom"), "erase", "--yes"});
     EXPECT_EQ(erase.finish(), 0) << erase.err();
     EXPECT_EQ(flash(), std::vector<std::uint8_t>(32768, 0xFF));
 }

@@ -153,6 +153,52 @@ TEST(Read, LeavesTheFileWhenTheDiskIsFull)
     EXPECT_EQ(filesIn(session.folder), files);
 }
 
+TEST(Read, ReplacesNoFileUnlessForced)
+{
+    Session session("latency=none");
+    CommandLine line = session.line("read", session.folder.write("read.bin", "earlier"));
+    line.force = false;
+    EXPECT_EQ(session.run(line), kExitFailure);
+    EXPECT_EQ(session.told(), "the flash was not read, because it could not be saved: " +
+                                  line.image + " exists; --force replaces it\n");
+    EXPECT_EQ(session.hub().requestCount(), 0U);
+
+    line.image = session.folder.path("late.bin"); // appears while the hub is read
+    session.hub().onRequest = [&](const ControlRequest&) {
+        session.folder.write("late.bin", "meanwhile");
+    };
+    EXPECT_EQ(session.run(line), kExitFailure);
+    EXPECT_EQ(session.folder.text("late.bin"), "meanwhile");
+
+    session.hub().onRequest = nullptr;
+    line.force = true;
+    EXPECT_EQ(session.run(line), kExitSuccess);
+    EXPECT_EQ(session.folder.read("late.bin"), demoImage());
+}
+
+TEST(Read, GivesStandardOutputToTheFlashAlone)
+{
+    Session session("latency=none");
+    const CommandLine line = session.line("read", "-");
+    EXPECT_EQ(session.run(line), kExitSuccess);
+    const std::string out = session.out.str();
+    EXPECT_EQ(std::vector<std::uint8_t>(out.begin(), out.end()), demoImage());
+    EXPECT_THAT(session.err.str(), HasSubstr("\nRead Fw Success\n"));
+
+    CommandLine both = line;
+    both.json = true;
+    EXPECT_EQ(session.run(both), kExitUsage);
+    EXPECT_FALSE(fs::exists("-"));
+}
+
+TEST(Read, SaysThatAFlashIsBlank)
+{
+    Session session("latency=none");
+    session.hub().setFlash(std::vector<std::uint8_t>(32768, 0xFF));
+    EXPECT_EQ(session.read(session.folder.path("read.bin")), kExitSuccess);
+    EXPECT_THAT(session.told(), StartsWith("The flash is blank: "));
+}
+
 TEST(Read, KeepsTheMachineAwake)
 {
     Session session("latency=none");
@@ -167,9 +213,13 @@ TEST(Erase, LeavesABlankFlashAndTellsItsSteps)
     EXPECT_EQ(session.erase(), kExitSuccess);
     EXPECT_EQ(session.out.str(), "0%\n"
                                  "Open Rom Device...\n"
-                                 "Erase Flash...\n"
-                                 "Reseting...\n"
-                                 "Erase FW Success\n");
+                                 "Save Flash...\n"
+                                 "Saved the old flash to " +
+                                     session.onlyBackup() +
+                                     "\n"
+                                     "Erase Flash...\n"
+                                     "Reseting...\n"
+                                     "Erase FW Success\n");
     EXPECT_THAT(session.told(), IsEmpty());
     EXPECT_EQ(session.hub().flash(), std::vector<std::uint8_t>(32768, 0xFF));
     EXPECT_EQ(session.hub().runningCode(), HubCode::Rom) << "there is no other left";

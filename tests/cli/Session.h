@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -87,9 +88,16 @@ public:
     int info(const std::string& image = {}) { return run(line("info", image)); }
     int list() { return run(line("list")); }
 
+    /// Of a user who agrees to everything.
     CommandLine line(std::string_view verb, const std::string& image = {}) const
     {
-        return {.verb = verbCalled(verb), .image = image, .hub = selector};
+        CommandLine agreed;
+        agreed.verb = verbCalled(verb);
+        agreed.image = image;
+        agreed.hub = selector;
+        agreed.yes = true;
+        agreed.force = true;
+        return agreed;
     }
 
     /// Standard error with only what went wrong, of the four lines of a failure, without its id.
@@ -115,12 +123,26 @@ public:
     }
 
     HubSelector selector;
-    /// No variable is set, nothing is a terminal, and standard input is empty.
+    std::string backupFolder() const { return state.path("vornadel/backups"); }
+
+    /// The path of the one backup; empty if there is not one.
+    std::string onlyBackup() const
+    {
+        std::string path;
+        std::error_code none;
+        for (const auto& entry : std::filesystem::directory_iterator(backupFolder(), none)) {
+            path = path.empty() ? entry.path().string() : std::string();
+        }
+        return path;
+    }
+
+    const TemporaryFolder state; ///< for logs and backups
+    /// Only XDG_STATE_HOME is set, nothing is a terminal, and standard input is empty.
     Environment env{.variable = [this](const char* name) { return variables[name]; },
                     .in = &in,
                     .columns = [] { return 80; },
                     .now = [this] { return Environment::Time(clock.now()); }};
-    std::map<std::string, std::string> variables;
+    std::map<std::string, std::string> variables{{"XDG_STATE_HOME", state.path()}};
     std::istringstream in;
     bool interruptBeforeCommands = false; ///< as by a signal
     StopRequest stop;
@@ -131,9 +153,10 @@ public:
     std::ostringstream err;
     FakeSleepInhibitor sleep;
 
-private:
     FakeShell shell;
     FakePrivilegedRun privileged;
+
+private:
     FakeSystemVersion version;
 };
 

@@ -41,6 +41,10 @@ TEST(Update, TellsEachStepAndEachPercentageOnALineOfItsOwn)
                                  "FW:" +
                                      image +
                                      "(size=32768)\n\n"
+                                     "Save Flash...\n"
+                                     "Saved the old flash to " +
+                                     session.onlyBackup() +
+                                     "\n"
                                      "Erase Flash...\n10%\n"
                                      "Write Flash...\n15%\n20%\n25%\n30%\n35%\n40%\n45%\n50%\n"
                                      "Read Flash...\n55%\n60%\n65%\n70%\n75%\n80%\n85%\n90%\n"

@@ -43,7 +43,7 @@ hub=--simulated-hub=latency=none,mode=rom,image=$work/own.bin
 # shellcheck disable=SC2016 # the inner shell's own words
 expect 1 "could not be written" sh -c '"$1" "$2" list >/dev/full' sh "$vornadelctl" "$hub"
 # shellcheck disable=SC2016 # the inner shell's own words
-expect 8 "" sh -c '"$1" "$2,fault=flip@write#3" update "$3" 2>&-' sh "$vornadelctl" "$hub" "$work/own.bin"
+expect 8 "" sh -c '"$1" "$2,fault=flip@write#3" update --always-write "$3" 2>&-' sh "$vornadelctl" "$hub" "$work/own.bin"
 if [ -s "$work/own.bin.lock" ]; then
     echo "FAILED: standard error was written into the lock file"
     failures=$((failures + 1))
@@ -53,7 +53,7 @@ fi
 echo earlier >"$work/kept.bin"
 files=$(find "$work" | wc -l)
 # shellcheck disable=SC2016 # the inner shell's own words
-expect 1 "File too large" sh -c 'ulimit -f 16; "$1" "$2" read "$3"' sh "$vornadelctl" "$hub" "$work/kept.bin"
+expect 1 "File too large" sh -c 'ulimit -f 16; "$1" "$2" read --force "$3"' sh "$vornadelctl" "$hub" "$work/kept.bin"
 if [ "$(cat "$work/kept.bin")" != earlier ] || [ "$(find "$work" | wc -l)" -ne "$files" ]; then
     echo "FAILED: a failed save changed the file or left another one"
     failures=$((failures + 1))

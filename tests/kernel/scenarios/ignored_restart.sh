@@ -14,4 +14,4 @@ lane() {
 in_lanes lane 1 ignore@rom 7 'Fail To Open Rom Device' update "$new_image" \
     -- lane 2 ignore@flash 9 'Fail to Reset to Flash Code' update "$new_image" \
     -- lane 3 same-mode@2 9 'Fail to Reset to Flash Code' update "$new_image" \
-    -- lane 4 ignore@erase 8 'Fail to Erase flash' erase
+    -- lane 4 ignore@erase 8 'Fail to Erase flash' erase --yes

@@ -7,12 +7,23 @@ expect 0 'Read Fw Success' "${ctl[@]}" read saved.bin
 same saved.bin "$old_image"
 same flash.bin "$old_image"
 
-expect 0 'Erase FW Success' "${ctl[@]}" erase
+expect 1 'exists; --force replaces it' "${ctl[@]}" read saved.bin
+
+expect 10 'erase asks first' "${ctl[@]}" erase
+same flash.bin "$old_image"
+expect 0 'Erase FW Success' "${ctl[@]}" erase --yes
 head -c 32768 /dev/zero | tr '\0' '\377' >empty.bin
 same flash.bin empty.bin
 wait_for_hub
 expect 0 'ROM code' "${ctl[@]}" info
-expect 0 'Read Fw Success' "${ctl[@]}" read saved.bin
+expect 0 'The flash is blank' "${ctl[@]}" read --force saved.bin
 same saved.bin empty.bin
+
+# The erase has saved what it erased; the blank flash was not saved.
 update_well "$new_image"
+wait_for_hub
+backups=("$XDG_STATE_HOME"/vornadel/backups/*.bin)
+[ "${#backups[@]}" -eq 1 ] || fail "there are ${#backups[@]} backups, not 1"
+same "${backups[0]}" "$old_image"
+expect 0 'Already up to date' "${ctl[@]}" update "$new_image"
 stop_hubs

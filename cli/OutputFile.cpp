@@ -1,0 +1,42 @@
+#include "cli/OutputFile.h"
+
+#include "base/WholeFile.h"
+#include "cli/Verbs.h"
+
+#include <filesystem>
+
+namespace vornadel
+{
+
+bool isStandardOutput(const std::string& path) { return path == "-"; }
+
+std::string whyNotWritten(const Command& command, const std::string& path)
+{
+    namespace fs = std::filesystem;
+    if (isStandardOutput(path)) {
+        return {};
+    }
+    std::string problem;
+    std::error_code ignored;
+    const fs::file_status found = fs::symlink_status(path, ignored);
+    const bool isKept =
+        !command.line.force && (fs::is_regular_file(found) || fs::is_symlink(found));
+    return isKept ? path + " exists; --force replaces it" : (canBeSaved(path, problem), problem);
+}
+
+bool writeOutput(const Command& command, const std::string& path,
+                 std::span<const std::uint8_t> bytes, std::string& problem)
+{
+    if (!isStandardOutput(path)) {
+        return command.line.force ? saveWholeFile(path, bytes, problem)
+                                  : saveNewFile(path, bytes, problem);
+    }
+    command.rawOut.write(reinterpret_cast<const char*>(bytes.data()),
+                         static_cast<std::streamsize>(bytes.size()));
+    if (!command.rawOut.flush()) {
+        problem = "standard output cannot be written";
+    }
+    return problem.empty();
+}
+
+} // namespace vornadel
