@@ -1,5 +1,8 @@
 #pragma once
 
+#include "driver/AccessRule.h"
+#include "driver/HubDriver.h"
+
 #include <chrono>
 #include <functional>
 #include <istream>
@@ -18,8 +21,10 @@ struct Environment {
     bool inIsTerminal = false;
     bool outIsTerminal = false;
     bool errIsTerminal = false;
-    std::function<int()> columns; ///< the terminal's width now; 0 if it is not known
-    std::function<Time()> now;    ///< the wall clock
+    std::function<int()> columns;         ///< the terminal's width now; 0 if it is not known
+    std::function<Time()> now;            ///< the wall clock
+    std::string driverCopy = kDriverCopy; ///< where the driver's bundle is copied to
+    std::string accessRule = kAccessRule; ///< the installed rule that lets users open hubs
     /// The exit status of a command that would end with `status`: another one after a signal.
     std::function<int(int status)> statusAfterSignals = [](int status) { return status; };
 };

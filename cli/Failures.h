@@ -18,6 +18,8 @@ enum class FailureId {
     FileNotSaved,
     BackupNotSaved,
     NotAgreed,
+    NoAdministrator,
+    AccessUnchanged,
     Usage,
     ConfigUnusable,
     ConfigFull,

@@ -13,7 +13,8 @@ const Verb* const kVerbs[] = {
     &kListVerb,       &kInfoVerb,        &kUpdateVerb,          &kVerifyVerb,
     &kReadVerb,       &kEraseVerb,       &kRestartVerb,         &kScalarVerb,
     &kWaitVerb,       &kImageInfoVerb,   &kImageCheckVerb,      &kImageGetVerb,
-    &kImageSetVerb,   &kImageDiffVerb,   &kImagePropertiesVerb,
+    &kImageSetVerb,   &kImageDiffVerb,   &kImagePropertiesVerb, &kDoctorVerb,
+    &kAccessShowVerb, &kAccessGrantVerb, &kAccessRevokeVerb,
 };
 
 } // namespace
