@@ -58,7 +58,10 @@ int waitVerb(const Command& command)
             return kExitSuccess;
         }
         const Clock::Duration now = clock.now();
-        if (Hub_IsAbandoned() || now >= end) {
+        if (Hub_IsAbandoned()) {
+            return fail(command, FailureId::Interrupted, "stopped");
+        }
+        if (now >= end) {
             return fail(command, FailureId::NoHub,
                         "no such hub was attached within " + secondsOf(now - begin));
         }

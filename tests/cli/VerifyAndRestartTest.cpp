@@ -22,7 +22,9 @@ TEST(Verify, TellsWhetherTheFlashEqualsTheImage)
     EXPECT_EQ(session.run(session.line("verify", same)), kExitSuccess);
     EXPECT_THAT(session.out.str(), HasSubstr("Verify FW Success\n"));
     EXPECT_EQ(session.run(session.line("verify", other)), kExitDiffers);
-    EXPECT_THAT(session.err.str(), HasSubstr("the flash differs from the image in "));
+    EXPECT_THAT(session.out.str(),
+                HasSubstr("in the image -> in the flash:\nversion: 0101 -> 0100"));
+    EXPECT_THAT(session.told(), HasSubstr("the flash differs from the image in "));
     EXPECT_EQ(session.hub().flash(), demoImage());
     EXPECT_EQ(session.hub().runningCode(), HubCode::Flash);
 }
