@@ -1,6 +1,7 @@
 #include "cli/CommandReporter.h"
 
 #include "cli/ConsoleReporter.h"
+#include "cli/Heartbeat.h"
 #include "cli/JsonReporter.h"
 #include "cli/Verbs.h"
 
@@ -22,7 +23,8 @@ std::unique_ptr<FlowReporter> shownBy(const Command& command)
 } // namespace
 
 CommandReporter::CommandReporter(const Command& command)
-    : m_command(command), m_shown(shownBy(command))
+    : m_command(command),
+      m_shown(std::make_unique<Heartbeat>(shownBy(command), command.platform.clock))
 {
 }
 

@@ -37,6 +37,7 @@ EventStream::EventStream(std::ostream& out, const Environment& env, const Comman
 
 void EventStream::emit(const char* event, const Json& fields)
 {
+    const std::lock_guard lock(m_mutex);
     Json whole = {{"v", 1},
                   {"event", event},
                   {"time", utcText(m_env.now())},

@@ -4,6 +4,7 @@
 #include "cli/Json.h"
 
 #include <cstdint>
+#include <mutex>
 #include <ostream>
 #include <string>
 
@@ -13,7 +14,7 @@ namespace vornadel
 struct CommandResult;
 
 /// What a flow's command prints with --json: one JSON object a line. docs/events.schema.json
-/// describes them. One thread.
+/// describes them. Any thread.
 class EventStream
 {
 public:
@@ -28,6 +29,7 @@ private:
     const Environment& m_env;
     const CommandResult& m_result;
     std::string m_job;
+    std::mutex m_mutex;
     std::uint64_t m_next = 0; // sequence number
 };
 

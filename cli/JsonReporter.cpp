@@ -38,11 +38,17 @@ const char* nameOf(Step step)
 void JsonReporter::stepStarted(Step step)
 {
     m_step = step;
+    m_lastWait = {};
     m_events.emit("step", {{"step", nameOf(step)}});
 }
 
 void JsonReporter::waiting(Clock::Duration sofar)
 {
+    const bool goesOn = sofar >= m_lastWait;
+    if (goesOn && sofar < m_lastWait + std::chrono::seconds(1)) {
+        return;
+    }
+    m_lastWait = sofar;
     const auto waited = std::chrono::duration_cast<std::chrono::milliseconds>(sofar);
     m_events.emit("progress", {{"step", nameOf(m_step)}, {"waited", waited.count()}});
 }

@@ -22,7 +22,8 @@ public:
 
 private:
     EventStream& m_events;
-    Step m_step = Step::Open; // the current one
+    Step m_step = Step::Open;     // the current one
+    Clock::Duration m_lastWait{}; // that was told of
 };
 
 } // namespace vornadel
