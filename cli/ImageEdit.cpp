@@ -111,15 +111,22 @@ std::string parseEdit(const std::string& word, const PropItemList& items, ImageE
     if (first == std::string::npos || first == 0) {
         return inQuotes(word) + " is not NAME=VALUE";
     }
-    // The name of a property may hold "=", too.
+    // The name of a property may hold "=", too. The shortest name for which the rest makes sense.
+    std::string why;
     for (std::size_t at = first; at != std::string::npos; at = word.find('=', at + 1)) {
         const std::string name = word.substr(0, at);
         const PropItemList properties = propertiesNamed(items, name);
         if (identityFieldNamed(name) || !properties.empty()) {
-            return parsePair(name, word.substr(at + 1), properties, edit);
+            edit = {};
+            const std::string problem = parsePair(name, word.substr(at + 1), properties, edit);
+            if (problem.empty()) {
+                return {};
+            }
+            why = why.empty() ? problem : why;
         }
     }
-    return "there is no field and no property " + inQuotes(word.substr(0, first));
+    return why.empty() ? "there is no field and no property " + inQuotes(word.substr(0, first))
+                       : why;
 }
 
 std::string wordsOf(FieldFlaw flaw, const FieldEdit& edit)
