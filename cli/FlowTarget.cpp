@@ -1,5 +1,6 @@
 #include "cli/FlowTarget.h"
 
+#include "cli/DryRun.h"
 #include "cli/HubChoices.h"
 #include "cli/NextCommand.h"
 #include "cli/Outcome.h"
@@ -45,7 +46,9 @@ int tellWhatIsInUse(const Command& command, const AttachedHub& hub)
                     commandAgain(command, command.result.place, "--refuse-in-use"));
     }
     const bool one = devices.size() == 1;
-    command.err << text << (one ? "it" : "they") << " will be disconnected\n" << std::flush;
+    command.err << text << (one ? "it " : "they ") << (isDryRun(command.line) ? "would" : "will")
+                << " be disconnected\n"
+                << std::flush;
     return kExitSuccess;
 }
 

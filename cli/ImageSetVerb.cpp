@@ -1,9 +1,9 @@
-#include "base/WholeFile.h"
 #include "cli/Definitions.h"
 #include "cli/ImageDifferences.h"
 #include "cli/ImageEdit.h"
 #include "cli/ImageSource.h"
 #include "cli/Options.h"
+#include "cli/OutputFile.h"
 #include "cli/ShownText.h"
 #include "cli/Verbs.h"
 #include "props/PropertyEdit.h"
@@ -11,7 +11,6 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -41,19 +40,8 @@ std::string inOneLine(const std::string& text)
 /// Returns the exit status, as all of these do.
 int checkOutput(const Command& command)
 {
-    const std::string& path = command.line.output;
-    if (isStandardInput(path)) { // here standard output
-        return kExitSuccess;
-    }
-    std::error_code ignored;
-    if (!command.line.force &&
-        std::filesystem::exists(std::filesystem::symlink_status(path, ignored))) {
-        return fail(command, FailureId::FileNotSaved,
-                    printable(path) + " exists, and is not replaced without --force");
-    }
-    std::string problem;
-    return canBeSaved(path, problem) ? kExitSuccess
-                                     : fail(command, FailureId::FileNotSaved, printable(problem));
+    const std::string why = whyNotWritten(command, command.line.output);
+    return why.empty() ? kExitSuccess : fail(command, FailureId::FileNotSaved, printable(why));
 }
 
 int readEdits(const Command& command, const Definitions& definitions, Edits& edits)
@@ -120,17 +108,10 @@ int setProperties(const Command& command, FwImage& image, const Definitions& def
 
 int saveImage(const Command& command, const FwImage& image)
 {
-    const std::string& path = command.line.output;
-    const std::span<const std::uint8_t> bytes = bytesOf(image);
-    if (isStandardInput(path)) {
-        command.rawOut.write(reinterpret_cast<const char*>(bytes.data()),
-                             static_cast<std::streamsize>(bytes.size()));
-        return kExitSuccess;
-    }
     std::string problem;
-    const bool saved = command.line.force ? saveWholeFile(path, bytes, problem)
-                                          : saveNewFile(path, bytes, problem);
-    return saved ? kExitSuccess : fail(command, FailureId::FileNotSaved, printable(problem));
+    return writeOutput(command, command.line.output, bytesOf(image), problem)
+               ? kExitSuccess
+               : fail(command, FailureId::FileNotSaved, printable(problem));
 }
 
 void tellChanges(const Command& command, const FwImage& image, const Definitions& definitions,
@@ -144,10 +125,9 @@ void tellChanges(const Command& command, const FwImage& image, const Definitions
                               {"changed", jsonOf(differences)}});
         return;
     }
-    std::ostream& out = isStandardInput(path) ? command.err : command.out;
-    out << (differences.none() ? "nothing changed\n" : linesOf(differences));
-    if (!isStandardInput(path)) {
-        out << "Saved " << image.size << " bytes to " << printable(path) << '\n';
+    command.out << (differences.none() ? "nothing changed\n" : linesOf(differences));
+    if (!isStandardOutput(path)) {
+        command.out << "Saved " << image.size << " bytes to " << printable(path) << '\n';
     }
 }
 
@@ -192,9 +172,6 @@ const char* whyImageSetIsUnfit(const CommandLine& line)
     if (line.output.empty()) {
         return "-o FILE is missing: where to save the image";
     }
-    if (line.json && isStandardInput(line.output)) {
-        return "--json and an image cannot both go to standard output";
-    }
     return whySelectorsAreUnfit(line.hub.isGiven(), {line.image});
 }
 
@@ -219,6 +196,7 @@ const Verb kImageSetVerb = {
     .run = imageSetVerb,
     .addOptions = addImageSetOptions,
     .whyUnfit = whyImageSetIsUnfit,
+    .output = &CommandLine::output,
     .examples = "vornadelctl image set old.bin serial=SN0002 container-id=new -o new.bin\n"
                 "vornadelctl image set old.bin \"SSC Enable\"=Disable -o new.bin\n",
 };

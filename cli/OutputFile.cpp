@@ -21,7 +21,7 @@ std::string whyNotWritten(const Command& command, const std::string& path)
     const fs::file_status found = fs::symlink_status(path, ignored);
     const bool isKept =
         !command.line.force && (fs::is_regular_file(found) || fs::is_symlink(found));
-    return isKept ? path + " exists; --force replaces it" : (canBeSaved(path, problem), problem);
+    return isKept ? path + " exists, and is not replaced without --force" : (canBeSaved(path, problem), problem);
 }
 
 bool writeOutput(const Command& command, const std::string& path,

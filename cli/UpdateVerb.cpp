@@ -45,9 +45,8 @@ int supportIds(const Command& command, const FwImage& image)
 
 std::string planFor(const FwImage& image, const std::string& name)
 {
-    return "save the flash, erase it, write " + shownSource(name) + " (" +
-           std::to_string(image.size) + " bytes, version " + hex4(storedNumber(image.version)) +
-           ") and compare";
+    return "save the flash, erase it, write " + name + " (" + std::to_string(image.size) +
+           " bytes, version " + hex4(storedNumber(image.version)) + ") and compare";
 }
 
 int write(const Command& command, const FwImage& image, const std::string& name)
@@ -81,6 +80,10 @@ int updateVerb(const Command& command)
 {
     FwImage image;
     const std::string& path = command.line.image;
+    if (isStandardInput(path)) {
+        const int status = loadSource(command, path, image);
+        return status == kExitSuccess ? write(command, image, shownSource(path)) : status;
+    }
     return FwImage_LoadFile(image, path) ? write(command, image, path)
                                          : failToLoad(command, image, path);
 }
@@ -106,7 +109,8 @@ int scalarVerb(const Command& command)
 
 void addUpdateOptions(CLI::App& verb, CommandLine& line)
 {
-    addOperand(verb, "IMAGE", line.image, Operand::Required, "Firmware image (*.bin)");
+    addOperand(verb, "IMAGE", line.image, Operand::Required,
+               "Firmware image (*.bin); -: from standard input");
     addWriteOptions(verb, line);
 }
 

@@ -164,6 +164,22 @@ TEST_P(EndingSignalDeathTest, EndsTheProgramAtOnceWhenTheFirstDidNot)
         testing::ExitedWithCode(kExitInterrupted + GetParam()), "");
 }
 
+TEST_P(EndingSignalDeathTest, EndsTheProgramAtOnceWhileItAsks)
+{
+    EXPECT_EXIT(
+        {
+            TellingClock clock;
+            StopRequest stop;
+            const Interruption interruption(clock, stop);
+            stop.enter(StopRequest::Phase::Asking);
+            ::kill(::getpid(), GetParam());
+            for (;;) {
+                ::pause();
+            }
+        },
+        testing::ExitedWithCode(kExitInterrupted + GetParam()), "");
+}
+
 TEST_P(EndingSignal, IsLeftAloneWhenItIsIgnored)
 {
     std::signal(GetParam(), SIG_IGN);

@@ -49,6 +49,7 @@ TEST_F(ProgramTest, TellsByItsExitStatusHowItWent)
         {{"info", m_folder.path("missing.bin")}, 6},
         {{hub("latency=none,mode=rom"), "read", "/dev/full"}, 1},
         {{hub("ids=1:2:3"), "info"}, 3},
+        {{hub("latency=none"), "erase"}, 10},
         {{hub("hubs=2"), "erase"}, 4},
         {{"--simulated-hub", "update", "/dev/null"}, 6},
         {{hub("mode=rom,latency=none,fault=stall@write#1"), "update", m_image}, 7},

@@ -317,6 +317,12 @@ TEST(DevicesInUseBelowTheHub, AreNamedBeforeTheFlowOrKeepItFromBeginning)
     EXPECT_THAT(bus.requests(), IsEmpty());
 
     line.refuseInUse = false;
+    line.dryRun = "offline";
+    EXPECT_EQ(session.runOn(bus, line), kExitSuccess);
+    EXPECT_THAT(session.told(), EndsWith("; they would be disconnected\n"));
+    EXPECT_THAT(bus.requests(), IsEmpty());
+
+    line.dryRun.clear();
     session.runOn(bus, line);
     EXPECT_THAT(session.told(),
                 StartsWith("in use: disk sda, mounted at /media/x; keyboard; they will be "

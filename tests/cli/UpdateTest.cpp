@@ -82,6 +82,17 @@ TEST(Update, TellsTheTrueCauseOfAFailureOnStandardError)
     EXPECT_FALSE(Hub_IsOpen());
 }
 
+TEST(Update, TakesTheImageFromStandardInput)
+{
+    Session session("latency=none");
+    const std::vector<std::uint8_t> image = demoImage(kDemoVersion101);
+    session.in.str({image.begin(), image.end()});
+    EXPECT_EQ(session.update("-"), kExitSuccess) << session.told();
+    EXPECT_THAT(session.out.str(), HasSubstr("FW:standard input(size=32768)\n"));
+    EXPECT_EQ(session.hub().flash(), image);
+    EXPECT_EQ(session.update("-"), kExitImageRefused) << "now it is empty";
+}
+
 TEST(Update, RefusesAFileThatIsNoImageAndLeavesTheHubAlone)
 {
     Session session("latency=none");

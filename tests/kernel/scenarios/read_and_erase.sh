@@ -7,7 +7,7 @@ expect 0 'Read Fw Success' "${ctl[@]}" read saved.bin
 same saved.bin "$old_image"
 same flash.bin "$old_image"
 
-expect 1 'exists; --force replaces it' "${ctl[@]}" read saved.bin
+expect 1 'exists, and is not replaced without --force' "${ctl[@]}" read saved.bin
 
 expect 10 'erase asks first' "${ctl[@]}" erase
 same flash.bin "$old_image"
