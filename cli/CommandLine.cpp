@@ -52,6 +52,25 @@ void addSelectors(CLI::App& app, HubSelector& hub)
         ->group(group);
 }
 
+void addOutputOptions(CLI::App& app, CommandLine& line)
+{
+    const char* const group = "Output";
+    addFlag(app, "--json", line.json, "Print JSON, for programs");
+    app.add_option("--progress", line.progress, "How to show progress: auto, bar, plain or none")
+        ->type_name("HOW")
+        ->check(CLI::IsMember({"auto", "bar", "plain", "none"}));
+    app.add_option("--color", line.color, "Use colors: auto, always or never")
+        ->type_name("WHEN")
+        ->check(CLI::IsMember({"auto", "always", "never"}));
+    addFlag(app, "-q,--quiet", line.quiet, "Print only failures and results");
+    app.add_flag("-v,--verbose", line.verbose, "Print more; twice: log every request to the hub");
+    addText(app, "--log-file", "FILE", line.logFile, "Log to this file instead of the usual one");
+    for (const char* const name :
+         {"--json", "--progress", "--color", "--quiet", "--verbose", "--log-file"}) {
+        app.get_option(name)->group(group);
+    }
+}
+
 /// The parser of a verb, in that of its group if it has one.
 CLI::App* addVerb(CLI::App& app, const Verb& verb)
 {
@@ -81,7 +100,7 @@ std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLi
     app.fallthrough();
     addText(app, "--config", "FILE", commandLine.configFile,
             "Use this file instead of the tool's config.ini");
-    addFlag(app, "--json", commandLine.json, "Print JSON, for programs");
+    addOutputOptions(app, commandLine);
     addSelectors(app, commandLine.hub);
     const SimulatedHubFlag simulatedHub(app);
     std::vector<CLI::App*> parsers; // of each verb

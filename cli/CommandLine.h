@@ -31,7 +31,12 @@ struct CommandLine {
     std::optional<int> timeout{}; ///< of wait, in seconds
     bool all = false;             ///< of list: every USB device
     bool json = false;            ///< the output is for programs
-    std::string otherImage{};     ///< of image diff
+    std::string progress = "auto";    ///< or "bar", "plain", "none"
+    std::string color = "auto";       ///< or "always", "never"
+    bool quiet = false;               ///< no words of a flow on standard output
+    int verbose = 0;                  ///< 1: notes on standard error; 2: every request in the log
+    std::string logFile{};            ///< empty: the usual one
+    std::string otherImage{};         ///< of image diff
     std::vector<std::string> words{}; ///< of image get: names; of image set: NAME=VALUE
     std::string output{};             ///< of image set
     bool force = false;               ///< of verbs that save a file: replace one that exists

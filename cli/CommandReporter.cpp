@@ -16,8 +16,15 @@ std::unique_ptr<FlowReporter> shownBy(const Command& command)
     if (command.events != nullptr) {
         return std::make_unique<JsonReporter>(*command.events);
     }
+    const std::string& how = command.line.progress;
+    const bool bar = how == "bar" || (how == "auto" && command.env.outIsTerminal);
+    const bool none = how == "none" || command.line.quiet;
     return std::make_unique<ConsoleReporter>(command.out, command.err, command.rawOut,
-                                             command.env.outIsTerminal);
+                                             command.platform.clock,
+                                             ConsoleReporter::Style{none  ? Progress::None
+                                                                    : bar ? Progress::Bar
+                                                                          : Progress::Plain,
+                                                                    command.env.columns});
 }
 
 } // namespace

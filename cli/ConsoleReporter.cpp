@@ -1,7 +1,9 @@
 #include "cli/ConsoleReporter.h"
 
+#include <algorithm>
+#include <chrono>
 #include <cmath>
-#include <iomanip>
+#include <utility>
 
 namespace vornadel
 {
@@ -9,24 +11,48 @@ namespace vornadel
 namespace
 {
 
-constexpr int kBarWidth = 50;
+constexpr int kLongestBar = 50;
+constexpr int kUsualColumns = 80;
+constexpr Clock::Duration kLongestSilence = std::chrono::seconds(5);
 
 } // namespace
 
 ConsoleReporter::ConsoleReporter(std::ostream& out, std::ostream& err, std::ostream& bar,
-                                 bool terminal)
-    : m_out(out), m_err(err), m_bar(bar), m_terminal(terminal)
+                                 Clock& clock, Style style)
+    : m_out(out), m_err(err), m_bar(bar), m_clock(clock), m_style(std::move(style)),
+      m_lastLine(clock.now())
 {
 }
 
 ConsoleReporter::~ConsoleReporter() { endMovingLine(); }
+
+void ConsoleReporter::stepStarted(Step step)
+{
+    m_inStepText = true;
+    FlowTextReporter::stepStarted(step);
+    m_inStepText = false;
+}
+
+void ConsoleReporter::waiting(Clock::Duration sofar)
+{
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(sofar).count();
+    const std::string waited = std::to_string(seconds) + " s";
+    if (m_style.progress == Progress::Bar) {
+        drawBar(" waiting " + waited);
+    } else {
+        printAfterSilence("waiting for the hub, " + waited);
+    }
+}
 
 void ConsoleReporter::resetProgressInfo() {}
 
 void ConsoleReporter::appendProgressInfo_Blue(const std::string& text)
 {
     endMovingLine();
-    m_out << text << std::flush;
+    if (m_style.progress != Progress::None || !m_inStepText) {
+        m_out << text << std::flush;
+        m_lastLine = m_clock.now();
+    }
 }
 
 void ConsoleReporter::appendProgressInfo_Red(const std::string& text)
@@ -37,26 +63,49 @@ void ConsoleReporter::appendProgressInfo_Red(const std::string& text)
 
 void ConsoleReporter::updateProgressBar(double percent, Wait /*wait*/)
 {
-    if (percent <= m_shown) {
-        return;
-    }
-    m_shown = percent;
     const auto whole = static_cast<int>(std::lround(percent));
-    if (!m_terminal) {
-        m_out << whole << "%\n" << std::flush;
-        return;
+    if (whole <= m_percent) {
+        return; // the bar's return to 0 at the end would look as if the work were lost
     }
-    const auto filled = static_cast<std::size_t>(whole * kBarWidth / 100);
-    m_bar << '\r' << '[' << std::string(filled, '#') << std::string(kBarWidth - filled, ' ') << ']'
-          << std::setw(4) << whole << '%' << std::flush;
-    m_moving = true;
+    m_percent = whole;
+    if (m_style.progress == Progress::Bar) {
+        drawBar({});
+    } else {
+        printAfterSilence(std::to_string(whole) + '%');
+    }
+}
+
+void ConsoleReporter::drawBar(const std::string& suffix)
+{
+    const int known = m_style.columns();
+    const int columns = known > 0 ? known : kUsualColumns;
+    const std::string percent = std::to_string(m_percent) + '%';
+    const std::string end = ']' + std::string(5 - percent.size(), ' ') + percent + suffix;
+    // One column stays free, because a terminal may break a line that fills its last.
+    const int width = std::clamp(columns - 2 - static_cast<int>(end.size()), 0, kLongestBar);
+    const auto filled = static_cast<std::size_t>(m_percent * width / 100);
+    const std::string line = '[' + std::string(filled, '#') +
+                             std::string(static_cast<std::size_t>(width) - filled, ' ') + end;
+    const std::size_t room = static_cast<std::size_t>(columns - 1);
+    const std::size_t leftOver = std::min(m_drawn, room); // of the line drawn before
+    m_bar << '\r' << line.substr(0, room)
+          << std::string(leftOver > line.size() ? leftOver - line.size() : 0, ' ') << std::flush;
+    m_drawn = line.size();
+}
+
+void ConsoleReporter::printAfterSilence(const std::string& line)
+{
+    if (m_style.progress == Progress::Plain && m_clock.now() - m_lastLine >= kLongestSilence) {
+        m_out << line << '\n' << std::flush;
+        m_lastLine = m_clock.now();
+    }
 }
 
 void ConsoleReporter::endMovingLine()
 {
-    if (m_moving) {
+    if (m_drawn > 0) {
         m_bar << '\n' << std::flush;
-        m_moving = false;
+        m_drawn = 0;
     }
 }
 

@@ -25,6 +25,7 @@ struct Environment {
     std::function<Time()> now;            ///< the wall clock
     std::string driverCopy = kDriverCopy; ///< where the driver's bundle is copied to
     std::string accessRule = kAccessRule; ///< the installed rule that lets users open hubs
+    std::string systemConfigFolder = "/etc";
     /// The exit status of a command that would end with `status`: another one after a signal.
     std::function<int(int status)> statusAfterSignals = [](int status) { return status; };
 };

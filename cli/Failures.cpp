@@ -32,10 +32,10 @@ constexpr FailureKind kKinds[] = {
      "vornadelctl access show"},
     {FailureId::Usage, "usage", kExitUsage, kUntouched, "vornadelctl {verb} --help"},
     {FailureId::ConfigUnusable, "config-unusable", kExitUsage, kUntouched,
-     "vornadelctl --config FILE {verb}"},
-    {FailureId::ConfigFull, "config-full", kExitUsage, kUntouched,
-     "vornadelctl --config FILE {verb}"},
+     "vornadelctl version -v"},
+    {FailureId::ConfigFull, "config-full", kExitUsage, kUntouched, "vornadelctl version -v"},
     {FailureId::SimulatedHub, "simulated-hub", kExitUsage, kUntouched, "vornadelctl --help"},
+    {FailureId::LogUnusable, "log-unusable", kExitUsage, kUntouched, "{again}"},
     {FailureId::NoUsbList, "no-usb-list", kExitNoHub, kUntouched, "lsusb"},
     {FailureId::NoHub, "no-hub", kExitNoHub, kUntouched, "vornadelctl list --all"},
     {FailureId::NoMatch, "no-match", kExitNoHub, kUntouched, "vornadelctl list"},
@@ -90,6 +90,7 @@ int fail(const Command& command, const Failure& failure)
     }
     complete.next = nextCommand(command, complete.next.empty() ? kind.next : complete.next);
     if (command.events != nullptr) {
+        command.log.note(complete.what + " [" + kind.name + ']');
         command.events->emit("message",
                              {{"level", "error"}, {"id", kind.name}, {"text", complete.what}});
     } else {

@@ -24,6 +24,7 @@ enum class FailureId {
     ConfigUnusable,
     ConfigFull,
     SimulatedHub,
+    LogUnusable,
     NoUsbList,
     NoHub,
     NoMatch,

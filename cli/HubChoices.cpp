@@ -224,7 +224,8 @@ std::int64_t ownerOf(UsbBus& bus, const UsbPlace& place)
 int requireConfiguration(const Command& command)
 {
     if (!command.config.problem.empty()) {
-        return fail(command, FailureId::ConfigUnusable, command.config.problem);
+        return fail(command, FailureId::ConfigUnusable,
+                    "the configuration cannot be used: " + command.config.problem);
     }
     if (std::none_of(SupportedIdList.begin(), SupportedIdList.end(),
                      [](const SupportedIdEntry& row) { return row.valid != 0; })) {

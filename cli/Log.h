@@ -11,7 +11,7 @@ struct Log {
     std::string path{}; ///< the file; empty if there is none
     std::function<void(const std::string& line)> note = [](const std::string&) {};
     /// A request to the hub. Null: nobody wants them.
-    std::function<void(const std::string& line)> request;
+    std::function<void(const std::string& line)> request{};
 };
 
 } // namespace vornadel

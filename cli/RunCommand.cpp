@@ -1,16 +1,24 @@
 #include "cli/RunCommand.h"
 
 #include "cli/EventStream.h"
+#include "cli/HubSelector.h"
 #include "cli/LineStream.h"
+#include "cli/LogFile.h"
+#include "cli/NextCommand.h"
 #include "cli/OutputFile.h"
 #include "cli/ResultEvent.h"
 #include "cli/Verbs.h"
+#include "config/ConfigPlaces.h"
 #include "config/ToolConfig.h"
+#include "config/Version.h"
+#include "hub/HubTransport.h"
+#include "hub/RequestText.h"
 
 #include <nlohmann/json.hpp>
 
 #include <exception>
 #include <optional>
+#include <string>
 
 namespace vornadel
 {
@@ -18,13 +26,25 @@ namespace vornadel
 namespace
 {
 
-/// Where the words of a verb go.
+constexpr const char* kRed = "\x1b[31m";
+constexpr const char* kPlain = "\x1b[0m";
+
+/// Where the words of a verb go, apart from the log: as messages into the events, or to the
+/// streams without control characters.
 class WordsOfVerb
 {
 public:
-    /// Null events: to the streams, without control characters. Otherwise they become messages.
-    WordsOfVerb(std::ostream& realOut, std::ostream& realErr, EventStream* events)
-        : out(takerFor(realOut, events, "info")), err(takerFor(realErr, events, "warning"))
+    struct Places {
+        std::ostream& out;
+        std::ostream& err;
+        EventStream* events; ///< may be null
+        bool isQuiet;        ///< drops what goes to `out`
+        bool hasColour;      ///< of what goes to `err`
+    };
+
+    WordsOfVerb(const Places& places, const Log& log)
+        : out([=, &log](const std::string& piece) { say(places, log, piece); }),
+          err([=, &log](const std::string& piece) { warn(places, log, piece); })
     {
     }
 
@@ -32,19 +52,39 @@ public:
     LineStream err;
 
 private:
-    static std::function<void(const std::string&)> takerFor(std::ostream& real, EventStream* events,
-                                                            const char* level)
+    static void say(const Places& places, const Log& log, const std::string& piece)
     {
-        if (events == nullptr) {
-            return
-                [&real](const std::string& piece) { real << withoutControls(piece) << std::flush; };
+        log.note(lineOf(piece));
+        if (places.events != nullptr) {
+            emit(*places.events, "info", piece);
+        } else if (!places.isQuiet) {
+            places.out << withoutControls(piece) << std::flush;
         }
-        return [events, level](const std::string& piece) {
-            const std::string text = piece.substr(0, piece.find('\n'));
-            if (!text.empty()) {
-                events->emit("message", {{"level", level}, {"id", nullptr}, {"text", text}});
-            }
-        };
+    }
+
+    static void warn(const Places& places, const Log& log, const std::string& piece)
+    {
+        log.note(lineOf(piece));
+        if (places.events != nullptr) {
+            emit(*places.events, "warning", piece);
+            return;
+        }
+        const bool paints = places.hasColour && !piece.starts_with("  ");
+        const std::string line = withoutControls(lineOf(piece));
+        places.err << (paints ? kRed + line + kPlain : line) << (piece.ends_with('\n') ? "\n" : "")
+                   << std::flush;
+    }
+
+    static std::string lineOf(const std::string& piece)
+    {
+        return piece.substr(0, piece.find('\n'));
+    }
+
+    static void emit(EventStream& events, const char* level, const std::string& piece)
+    {
+        if (const std::string text = lineOf(piece); !text.empty()) {
+            events.emit("message", {{"level", level}, {"id", nullptr}, {"text", text}});
+        }
     }
 };
 
@@ -53,6 +93,12 @@ bool outputIsStandard(const CommandLine& commandLine)
 {
     const auto output = commandLine.verb->output;
     return output != nullptr && isStandardOutput(commandLine.*output);
+}
+
+bool hasColour(const CommandLine& line, const Environment& env)
+{
+    return line.color == "always" ||
+           (line.color == "auto" && env.errIsTerminal && env.variable("NO_COLOR").empty());
 }
 
 /// What is wrong with the options for this verb; null if nothing is.
@@ -68,17 +114,58 @@ const char* whyUnfit(const CommandLine& commandLine)
     return verb.whyUnfit == nullptr ? nullptr : verb.whyUnfit(commandLine);
 }
 
-/// Returns the exit status.
-int run(const Command& command)
+/// The hub of $VORNADEL_PATH, if the command line selects none. Returns the exit status.
+int takeSelector(const Command& command, CommandLine& line)
 {
-    if (const char* const why = whyUnfit(command.line)) {
-        return fail(command, FailureId::Usage, why);
+    const std::string path = command.env.variable("VORNADEL_PATH");
+    if (path.empty() || line.hub.isGiven() || !line.verb->selectsHub) {
+        return kExitSuccess;
     }
+    if (!isPath(path)) {
+        return fail(command, FailureId::Usage, "$VORNADEL_PATH is no port: " + path);
+    }
+    line.hub.path = path;
+    return kExitSuccess;
+}
+
+/// `line` is that of the command.
+int run(const Command& command, CommandLine& line)
+{
     try {
-        return command.line.verb->run(command);
+        if (const char* const why = whyUnfit(line)) {
+            return fail(command, FailureId::Usage, why);
+        }
+        const int status = takeSelector(command, line);
+        return status == kExitSuccess ? line.verb->run(command) : status;
     } catch (const std::exception& problem) { // out of memory
         return fail(command, FailureId::Internal, problem.what());
     }
+}
+
+/// Tells the log of each request while it lives.
+class RequestsInLog
+{
+public:
+    explicit RequestsInLog(const Log& log)
+    {
+        if (log.request) {
+            Hub_ObserveRequests([&log](const ControlRequest& request, std::uint32_t status) {
+                log.request(Hub_RequestText(request) + ": " + std::to_string(status));
+            });
+        }
+    }
+    RequestsInLog(const RequestsInLog&) = delete;
+    RequestsInLog& operator=(const RequestsInLog&) = delete;
+    ~RequestsInLog() { Hub_ObserveRequests({}); }
+};
+
+/// "ended with 7 [stalled]"
+std::string endText(const CommandResult& result, int status)
+{
+    return "ended with " + std::to_string(status) +
+           (status != kExitSuccess && result.failure
+                ? std::string(" [") + kindOf(result.failure->id).name + ']'
+                : "");
 }
 
 } // namespace
@@ -87,26 +174,40 @@ int runCommand(const CommandLine& commandLine, Platform& platform, const std::st
                std::ostream& out, std::ostream& err, const Environment& env, StopRequest& stop)
 {
     const Clock::Duration begin = platform.clock.now();
-    const std::string configFile =
-        commandLine.configFile.empty() ? resourcePath + "/config.ini" : commandLine.configFile;
-    const ToolConfig config = readToolConfig(configFile);
-    const Log log;
-    const bool isFlow = commandLine.verb->isFlow;
+    CommandLine line = commandLine;
+    const bool isFlow = line.verb->isFlow;
+    const ConfigPlace place = chooseConfig(
+        {line.configFile, env.systemConfigFolder, resourcePath + "/config.ini"}, env.variable);
+    const ToolConfig config = readToolConfig(place.file);
+    std::string logProblem;
+    const Log file = openLog(line.logFile.empty() ? usualLogFile(env) : line.logFile,
+                             line.verbose > 1, env, logProblem);
     CommandResult result;
     std::optional<EventStream> events;
-    if (commandLine.json && isFlow) {
+    if (line.json && isFlow) {
         events.emplace(out, env, result);
-        events->emit("start", {{"verb", commandLine.verb->name}, {"words", commandLine.typed}});
+        events->emit("start", {{"verb", line.verb->name}, {"words", line.typed}});
     }
     EventStream* const theEvents = events ? &*events : nullptr;
     int status = kExitSuccess;
     {
-        const bool aside = !events && outputIsStandard(commandLine);
-        WordsOfVerb words(aside ? err : out, err, theEvents);
-        const Command command{commandLine, platform,  resourcePath, configFile, config,
-                              words.out,   out,       words.err,    env,        stop,
-                              log,         theEvents, result};
-        status = run(command);
+        const bool aside = !events && outputIsStandard(line);
+        WordsOfVerb words(
+            {aside ? err : out, err, theEvents, line.quiet && isFlow, hasColour(line, env)}, file);
+        Log log = file; // of the verb: with -v its notes are also shown
+        if (line.verbose > 0) {
+            log.note = [&words](const std::string& note) { words.err << note << '\n'; };
+        }
+        const Command command{line,      platform,  resourcePath, place.file,  config,
+                              words.out, out,       words.err,    env,         stop,
+                              log,       theEvents, result,       place.reason};
+        file.note(std::string("vornadelctl ") + kToolVersion + ":" +
+                  commandAgain(command, {}).substr(11));
+        file.note("configuration: " + place.file + " (" + place.reason + ')');
+        const RequestsInLog requests(log);
+        status = line.logFile.empty() || logProblem.empty()
+                     ? run(command, line)
+                     : fail(command, FailureId::LogUnusable, "--log-file: " + logProblem);
         words.out.flush();
         if (!isFlow && !out.flush() && status == kExitSuccess) {
             status = fail(command, FailureId::OutputNotWritten, "the output could not be written");
@@ -119,10 +220,11 @@ int runCommand(const CommandLine& commandLine, Platform& platform, const std::st
             command.err << "Interrupted\n";
         }
     }
+    file.note(endText(result, status));
     const Json fields = resultFields(result, status, platform.clock.now() - begin);
     if (events) {
         events->emit("result", fields);
-    } else if (commandLine.json && !result.printed) {
+    } else if (line.json && !result.printed) {
         Json object = {{"v", 1}};
         object.update(fields);
         out << textOf(object, 2) << '\n' << std::flush;

@@ -14,7 +14,7 @@ const Verb* const kVerbs[] = {
     &kReadVerb,       &kEraseVerb,       &kRestartVerb,         &kScalarVerb,
     &kWaitVerb,       &kImageInfoVerb,   &kImageCheckVerb,      &kImageGetVerb,
     &kImageSetVerb,   &kImageDiffVerb,   &kImagePropertiesVerb, &kDoctorVerb,
-    &kAccessShowVerb, &kAccessGrantVerb, &kAccessRevokeVerb,
+    &kAccessShowVerb, &kAccessGrantVerb, &kAccessRevokeVerb,    &kVersionVerb,
 };
 
 } // namespace

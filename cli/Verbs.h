@@ -36,8 +36,9 @@ struct Command {
     const Environment& env;
     StopRequest& stop;
     const Log& log;
-    EventStream* events;   ///< null without --json, and in verbs that print one object
-    CommandResult& result; ///< for the last event; verbs fill it in
+    EventStream* events;           ///< null without --json, and in verbs that print one object
+    CommandResult& result;         ///< for the last event; verbs fill it in
+    const char* configReason = ""; ///< why this configuration was taken
 
     bool json() const { return line.json; }
 };
@@ -80,6 +81,7 @@ extern const Verb kImageGetVerb;
 extern const Verb kImageSetVerb;
 extern const Verb kImageDiffVerb;
 extern const Verb kImagePropertiesVerb;
+extern const Verb kVersionVerb;
 
 /// All verbs, in the order of the help.
 std::span<const Verb* const> allVerbs();

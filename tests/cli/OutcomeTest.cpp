@@ -101,7 +101,8 @@ TEST(Outcome, OfAnUpdateIsToldByStatusAndFourLines)
         const std::string next = row.look ? "info" : "update " + image;
         EXPECT_THAT(session.err.str(),
                     EndsWith("\nUpdate FW Fail\n" + row.what + "\n  hub:  " + row.hub +
-                             "\n  next: vornadelctl --path sim-1 " + next + "\n  log:  none\n"));
+                             "\n  next: vornadelctl --path sim-1 " + next +
+                             "\n  log:  " + session.state.path("vornadel/vornadelctl.log") + '\n'));
     }
 }
 

@@ -1,5 +1,7 @@
 #include "tests/cli/Program.h"
 
+#include "tests/support/TemporaryFolder.h"
+
 #include <gtest/gtest.h>
 
 #include <array>
@@ -51,6 +53,8 @@ void closePipe(int& pipe)
 
 Program::Program(std::vector<std::string> arguments)
 {
+    static const TemporaryFolder state; // not the developer's
+    ::setenv("XDG_STATE_HOME", state.path().c_str(), 0);
     arguments.insert(arguments.begin(), program());
     std::array<int, 2> out{};
     std::array<int, 2> err{};

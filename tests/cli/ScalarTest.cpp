@@ -30,7 +30,7 @@ TEST(Scalar, WritesTheImageThatTheConfigurationNames)
     session.folder.write("config.ini", "[DumpTool Config]\nFwBin = new.bin\n" + kIds);
     session.folder.write("new.bin", demoImage(kDemoVersion101));
     EXPECT_EQ(scalar(session), kExitSuccess);
-    EXPECT_THAT(session.out.str(), StartsWith("0%\nFW:new.bin(size=32768)\n"));
+    EXPECT_THAT(session.out.str(), StartsWith("FW:new.bin(size=32768)\n"));
     EXPECT_THAT(session.out.str(), EndsWith("Update FW Success\n"));
     EXPECT_EQ(session.hub().flash(), demoImage(kDemoVersion101));
 }
@@ -56,7 +56,8 @@ TEST(Scalar, SaysWhichImageWasNotReadAndWhyAndLeavesTheHubAlone)
     }
     session.folder.write("config.ini", "no key\n" + kIds);
     EXPECT_EQ(scalar(session), kExitUsage);
-    EXPECT_EQ(session.told(), "iniparser: syntax error in " + config + " (1)\n");
+    EXPECT_EQ(session.told(),
+              "the configuration cannot be used: iniparser: syntax error in " + config + " (1)\n");
     EXPECT_EQ(session.hub().requestCount(), 0U);
 }
 

@@ -75,7 +75,7 @@ public:
         const Log log;
         CommandResult result;
         use(Command{commandLine, platform, folderPath, configFile, config, out, out, err, env, stop,
-                    log, nullptr, result});
+                    log, nullptr, result, ""});
     }
 
     // On the hub that `selector` selects:
@@ -137,11 +137,13 @@ public:
     }
 
     const TemporaryFolder state; ///< for logs and backups
-    /// Only XDG_STATE_HOME is set, nothing is a terminal, and standard input is empty.
+    /// Only XDG_STATE_HOME is set, nothing is a terminal, standard input is empty, and the machine
+    /// has no configuration.
     Environment env{.variable = [this](const char* name) { return variables[name]; },
                     .in = &in,
                     .columns = [] { return 80; },
-                    .now = [this] { return Environment::Time(clock.now()); }};
+                    .now = [this] { return Environment::Time(clock.now()); },
+                    .systemConfigFolder = "/nowhere"};
     std::map<std::string, std::string> variables{{"XDG_STATE_HOME", state.path()}};
     std::istringstream in;
     bool interruptBeforeCommands = false; ///< as by a signal

@@ -1,5 +1,4 @@
 #include "cli/CommandReporter.h"
-#include "cli/ConsoleReporter.h"
 #include "hub/HubTransport.h"
 #include "hub/SupportedIds.h"
 #include "standins/sim/DemoImage.h"
@@ -32,23 +31,21 @@ std::string newImage(const Session& session)
     return session.folder.write("new.bin", demoImage(kDemoVersion101));
 }
 
-TEST(Update, TellsEachStepAndEachPercentageOnALineOfItsOwn)
+TEST(Update, TellsEachStepOnALineOfItsOwn)
 {
     Session session("latency=none");
     const std::string image = newImage(session);
     EXPECT_EQ(session.update(image), kExitSuccess);
-    EXPECT_EQ(session.out.str(), "0%\n"
-                                 "FW:" +
-                                     image +
+    EXPECT_EQ(session.out.str(), "FW:" + image +
                                      "(size=32768)\n\n"
                                      "Save Flash...\n"
                                      "Saved the old flash to " +
                                      session.onlyBackup() +
                                      "\n"
-                                     "Erase Flash...\n10%\n"
-                                     "Write Flash...\n15%\n20%\n25%\n30%\n35%\n40%\n45%\n50%\n"
-                                     "Read Flash...\n55%\n60%\n65%\n70%\n75%\n80%\n85%\n90%\n"
-                                     "Verify Flash...\n100%\n"
+                                     "Erase Flash...\n"
+                                     "Write Flash...\n"
+                                     "Read Flash...\n"
+                                     "Verify Flash...\n"
                                      "Reset to Flash Code...\n"
                                      "Update FW Success\n");
     EXPECT_THAT(session.told(), IsEmpty());
@@ -235,23 +232,6 @@ TEST(CommandReporter, KnowsHowFarTheFlowHasCome)
         reporter.stepStarted(Step::Restart);
         EXPECT_EQ(other.stop.ask(), StopRequest::Phase::Changing);
     });
-}
-
-TEST(ConsoleReporter, EndsTheMovingLineBeforeAFailureAndAtItsEnd)
-{
-    std::ostringstream screen;
-    {
-        ConsoleReporter console(screen, screen, screen, true);
-        FlowReporter& reporter = console;
-        reporter.started({FlowKind::Update, "a.bin", 8192});
-        reporter.stepStarted(Step::Write);
-        reporter.progressed(4096, 8192);
-        reporter.finished({Step::Write, Cause::RequestFailed, 4096});
-        EXPECT_THAT(screen.str(), HasSubstr("%\nFail to Write Flash\n"));
-        reporter.progressed(8192, 8192);
-        EXPECT_THAT(screen.str(), EndsWith("%"));
-    }
-    EXPECT_THAT(screen.str(), EndsWith("%\n"));
 }
 
 } // namespace
