@@ -25,6 +25,7 @@ constexpr FailureKind kKinds[] = {
     {FailureId::FileNotSaved, "file-not-saved", kExitFailure, kUntouched, "ls -ld {folder}"},
     {FailureId::BackupNotSaved, "backup-not-saved", kExitFailure, kUntouched,
      "{again} --backup-dir ."},
+    {FailureId::NoBackup, "no-backup", kExitImageRefused, kUntouched, "{hub} restore FILE"},
     {FailureId::NotAgreed, "not-agreed", kExitWouldAsk, kUntouched, "{again} --yes"},
     {FailureId::NoAdministrator, "no-administrator", kExitNoAccess, kUntouched,
      "vornadelctl access show"},

@@ -17,6 +17,7 @@ enum class FailureId {
     OutputNotWritten,
     FileNotSaved,
     BackupNotSaved,
+    NoBackup,
     NotAgreed,
     NoAdministrator,
     AccessUnchanged,

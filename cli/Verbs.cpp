@@ -10,11 +10,12 @@ namespace
 {
 
 const Verb* const kVerbs[] = {
-    &kListVerb,       &kInfoVerb,        &kUpdateVerb,          &kVerifyVerb,
-    &kReadVerb,       &kEraseVerb,       &kRestartVerb,         &kScalarVerb,
-    &kWaitVerb,       &kImageInfoVerb,   &kImageCheckVerb,      &kImageGetVerb,
-    &kImageSetVerb,   &kImageDiffVerb,   &kImagePropertiesVerb, &kDoctorVerb,
-    &kAccessShowVerb, &kAccessGrantVerb, &kAccessRevokeVerb,    &kVersionVerb,
+    &kListVerb,     &kInfoVerb,       &kUpdateVerb,      &kVerifyVerb,
+    &kReadVerb,     &kRestoreVerb,    &kEraseVerb,       &kRestartVerb,
+    &kScalarVerb,   &kWaitVerb,       &kImageInfoVerb,   &kImageCheckVerb,
+    &kImageGetVerb, &kImageSetVerb,   &kImageDiffVerb,   &kImagePropertiesVerb,
+    &kDoctorVerb,   &kAccessShowVerb, &kAccessGrantVerb, &kAccessRevokeVerb,
+    &kVersionVerb,
 };
 
 } // namespace

@@ -67,6 +67,7 @@ extern const Verb kInfoVerb;
 extern const Verb kUpdateVerb;
 extern const Verb kVerifyVerb;
 extern const Verb kReadVerb;
+extern const Verb kRestoreVerb;
 extern const Verb kEraseVerb;
 extern const Verb kRestartVerb;
 extern const Verb kScalarVerb;

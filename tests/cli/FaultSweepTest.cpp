@@ -2,6 +2,7 @@
 // verb, with each fault at each place where it can strike. What the result says of the flash and of
 // the hub is compared with the simulated hub itself.
 
+#include "cli/Backups.h"
 #include "standins/sim/DemoImage.h"
 #include "tests/cli/EventCheck.h"
 #include "tests/cli/Session.h"
@@ -77,6 +78,8 @@ constexpr SweptVerb kSweptVerbs[] = {
     {"Update", "update", HubCode::Flash, newImage},
     {"UpdateInRomCode", "update", HubCode::Rom, newImage},
     {"UpdateToTheSame", "update", HubCode::Flash, oldImage},
+    {"Restore", "restore", HubCode::Flash, newImage},
+    {"RestoreInRomCode", "restore", HubCode::Rom, newImage},
     {"Erase", "erase", HubCode::Flash, nullptr},
     {"EraseInRomCode", "erase", HubCode::Rom, nullptr},
     {"Read", "read", HubCode::Flash, nullptr},
@@ -145,6 +148,7 @@ public:
         };
         CommandLine line = session.line(swept.verb);
         line.json = true;
+        line.yes = true;
         line.rom = swept.intoRom;
         if (std::string_view(swept.verb) == "read") {
             line.image = session.folder.path("read.bin");
@@ -168,6 +172,7 @@ public:
         EXPECT_EQ(session.hub(2).requestCount(), 0U) << "of the hub beside it";
         expectFlash();
         expectHub();
+        expectBackup();
         if (result["ok"] == true) {
             expectSuccess();
         }
@@ -212,6 +217,19 @@ private:
         } else if (!result["hub"].is_null()) {
             EXPECT_TRUE(isThere);
             EXPECT_EQ(hub().runningCode(), result["hub"] == "rom" ? HubCode::Rom : HubCode::Flash);
+        }
+    }
+
+    void expectBackup()
+    {
+        const bool isTold = !result["backup"].is_null();
+        EXPECT_EQ(session.onlyBackup(), isTold ? result["backup"].get<std::string>() : "");
+        EXPECT_TRUE(isTold || !wasChanged());
+        if (isTold) {
+            Bytes saved;
+            std::string problem;
+            EXPECT_TRUE(readBackup(result["backup"], saved, problem)) << problem;
+            EXPECT_TRUE(saved == oldImage());
         }
     }
 

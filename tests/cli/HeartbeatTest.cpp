@@ -68,10 +68,7 @@ Clock::Duration silenceWith(bool json)
     return silence.longest;
 }
 
-TEST(Flow, IsNotSilentForLongerThanFiveSeconds)
-{
-    EXPECT_LE(silenceWith(true), 2s + 250ms);
-}
+TEST(Flow, IsNotSilentForLongerThanFiveSeconds) { EXPECT_LE(silenceWith(true), 2s + 250ms); }
 
 } // namespace
 } // namespace vornadel::test

@@ -136,7 +136,7 @@ public:
         return path;
     }
 
-    const TemporaryFolder state; ///< for logs and backups
+    const TemporaryFolder state{placeInMemory()}; ///< for logs and backups
     /// Only XDG_STATE_HOME is set, nothing is a terminal, standard input is empty, and the machine
     /// has no configuration.
     Environment env{.variable = [this](const char* name) { return variables[name]; },
