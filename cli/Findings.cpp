@@ -3,6 +3,7 @@
 #include "cli/AskedHub.h"
 #include "cli/HubChoices.h"
 #include "cli/Json.h"
+#include "cli/NextCommand.h"
 #include "cli/Outcome.h"
 #include "cli/ShownText.h"
 #include "cli/Verbs.h"
@@ -91,15 +92,16 @@ Findings configurationFindings(const Command& command)
         std::count_if(SupportedIdList.begin(), SupportedIdList.end(),
                       [](const SupportedIdEntry& entry) { return entry.valid == 1; }));
     const std::string check = "configuration";
+    const std::string file = command.configFile + " (" + command.configReason + ')';
     if (!command.config.problem.empty()) {
         return {{State::Failure, check, command.config.problem,
                  "write this file, or name another one with --config", kExitUsage}};
     }
     if (hubs == 0) {
-        return {{State::Failure, check, command.configFile + " names no hub",
+        return {{State::Failure, check, file + " names no hub",
                  "add VID_00, SSPID_00 and HSPID_00 to its section [Support Vid Pid]", kExitUsage}};
     }
-    return {{State::Ok, check, command.configFile + " names " + counted(hubs, "hub")}};
+    return {{State::Ok, check, file + " names " + counted(hubs, "hub")}};
 }
 
 Findings usbFindings(const Command& command)
@@ -184,11 +186,16 @@ Findings logFindings(const Command& command)
         return {{State::Warning, "log", "there is none", "set XDG_STATE_HOME or HOME"}};
     }
     std::ifstream file(path);
-    std::string last;
+    std::string last; // the end of an earlier run; this one has not ended yet
     for (std::string line; std::getline(file, line);) {
-        last = line.empty() ? last : line;
+        last = line.find("] ended with ") == std::string::npos ? last : line;
     }
-    return {{State::Ok, "log", path + (last.empty() ? " is empty" : " ends: " + printable(last))}};
+    if (last.empty()) {
+        return {{State::Ok, "log", path + " tells of no earlier run"}};
+    }
+    const bool isWell = last.ends_with("] ended with 0");
+    return {{State::Ok, "log", path + ": " + printable(last),
+             isWell ? "" : "tail -n 20 " + shellWord(path)}};
 }
 
 int tellFindings(const Command& command, const Findings& findings)

@@ -48,7 +48,7 @@ TEST(Doctor, FindsNothingWrong)
     EXPECT_EQ(session.run(session.line("doctor")), kExitSuccess) << session.out.str();
     EXPECT_THAT(session.out.str(),
                 StartsWith("ok    configuration: " + session.folder.path("config.ini") +
-                           " names 1 hub\n"
+                           " (of the bundle) names 1 hub\n"
                            "ok    USB: 2 devices\n"
                            "ok    hub sim-1: can be opened; flash code 0100\n"
                            "ok    access rule: " +
@@ -87,8 +87,8 @@ TEST(Doctor, SaysWhatIsWrongAndWhatToDo)
                       HasSubstr("do: name the hubs in " + session.folder.path("config.ini"))));
     other.configFile = session.folder.write("none.ini", "[Support Vid Pid]\n");
     EXPECT_EQ(session.run(other), kExitUsage);
-    EXPECT_THAT(session.out.str(),
-                StartsWith("FAIL  configuration: " + other.configFile + " names no hub\n"));
+    EXPECT_THAT(session.out.str(), StartsWith("FAIL  configuration: " + other.configFile +
+                                              " (--config) names no hub\n"));
     other.configFile = session.folder.path("missing.ini");
     EXPECT_EQ(session.run(other), kExitUsage);
 }
@@ -102,6 +102,22 @@ TEST(Doctor, NamesTheProcessThatWorksOnAHub)
                 HasSubstr("\nwarn  hub sim-1: busy: process " + std::to_string(::getpid()) +
                           " works on it\n      do: ps -o pid,user,etime,args -p "));
     EXPECT_EQ(session.hub().requestCount(), 0U);
+}
+
+TEST(Doctor, TellsHowTheLastRunEnded)
+{
+    Session session("latency=none");
+    const std::string log = session.state.path("vornadel/vornadelctl.log");
+    const CommandLine doctor = session.line("doctor");
+    session.run(doctor);
+    EXPECT_THAT(session.out.str(), EndsWith("ok    log: " + log + " tells of no earlier run\n"));
+    session.run(doctor);
+    EXPECT_THAT(session.out.str(), EndsWith("] ended with 0\n"));
+    session.read("/dev/full");
+    session.run(doctor);
+    EXPECT_THAT(session.out.str(), EndsWith("] ended with 1 [file-not-saved]\n"
+                                            "      do: tail -n 20 " +
+                                            log + '\n'));
 }
 
 TEST(Doctor, PrintsOneObjectForPrograms)
