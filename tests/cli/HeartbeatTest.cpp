@@ -68,7 +68,11 @@ Clock::Duration silenceWith(bool json)
     return silence.longest;
 }
 
-TEST(Flow, IsNotSilentForLongerThanFiveSeconds) { EXPECT_LE(silenceWith(true), 2s + 250ms); }
+TEST(Flow, IsNotSilentForLongerThanFiveSeconds)
+{
+    EXPECT_LE(silenceWith(true), 2s + 250ms);
+    EXPECT_LE(silenceWith(false), 5s + 250ms) << "it looks four times a second";
+}
 
 } // namespace
 } // namespace vornadel::test
