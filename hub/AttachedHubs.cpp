@@ -20,8 +20,6 @@ bool isSuperSpeedId(std::uint16_t vendorId, std::uint16_t productId)
         });
 }
 
-bool tellsItsConnector(const UsbPlace& place) { return place.known() && !place.other.path.empty(); }
-
 AttachedHub hubOf(std::unique_ptr<UsbDevice> half)
 {
     AttachedHub hub;
@@ -32,17 +30,21 @@ AttachedHub hubOf(std::unique_ptr<UsbDevice> half)
     return hub;
 }
 
-bool isSameConnector(const AttachedHub& hub, const AttachedHub& other)
+/// Whether only the ids can tell which other half belongs to this one.
+bool isLoneHalf(const AttachedHub& hub)
 {
-    return hub.place().isSameConnector(other.place());
+    return hub.halves.size() == 1 && hub.place().other.path.empty();
 }
 
-/// Whether the two can only be one hub's halves by their ids.
-bool completes(const AttachedHub& hub, const AttachedHub& other)
+/// Whether these can only be the two halves of one hub by their ids.
+bool areHalvesOfOne(const std::vector<AttachedHub>& hubs)
 {
-    return hub.halves.size() == 1 && other.halves.size() == 1 && !tellsItsConnector(hub.place()) &&
-           !tellsItsConnector(other.place()) && !isSameConnector(hub, other) &&
-           hub.vendorId == other.vendorId &&
+    if (hubs.size() != 2) {
+        return false;
+    }
+    const AttachedHub& hub = hubs.front();
+    const AttachedHub& other = hubs.back();
+    return isLoneHalf(hub) && isLoneHalf(other) && hub.vendorId == other.vendorId &&
            FindSupportedTriple(hub.vendorId, hub.superSpeedId | other.superSpeedId,
                                hub.highSpeedId | other.highSpeedId);
 }
@@ -77,7 +79,7 @@ std::optional<std::vector<AttachedHub>> Hub_ListHubs(UsbBus& bus)
     while (std::unique_ptr<UsbDevice> device = nextSupportedDevice(*search)) {
         AttachedHub half = hubOf(std::move(device));
         const auto same = std::find_if(hubs.begin(), hubs.end(), [&](const AttachedHub& hub) {
-            return isSameConnector(hub, half);
+            return hub.place().isSameConnector(half.place());
         });
         if (same != hubs.end()) {
             join(*same, std::move(half));
@@ -86,7 +88,7 @@ std::optional<std::vector<AttachedHub>> Hub_ListHubs(UsbBus& bus)
         }
     }
     search->release();
-    if (hubs.size() == 2 && completes(hubs[0], hubs[1])) {
+    if (areHalvesOfOne(hubs)) {
         join(hubs[0], std::move(hubs[1]));
         hubs.pop_back();
     }
