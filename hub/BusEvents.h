@@ -14,12 +14,12 @@ namespace vornadel
 class BusEvents
 {
 public:
-    BusEvents(UsbBus& bus, Clock& clock) : m_bus(bus)
+    BusEvents(UsbBus& bus, Clock& clock)
+        : m_bus(bus), m_areReported(bus.watch([count = m_count, &clock](UsbEvent) {
+              ++*count;
+              clock.wake();
+          }))
     {
-        m_areReported = bus.watch([count = m_count, &clock](UsbEvent) {
-            ++*count;
-            clock.wake();
-        });
     }
     BusEvents(const BusEvents&) = delete;
     BusEvents& operator=(const BusEvents&) = delete;
@@ -30,8 +30,8 @@ public:
 
 private:
     UsbBus& m_bus;
-    std::shared_ptr<std::atomic<unsigned>> m_count = std::make_shared<std::atomic<unsigned>>(0);
-    bool m_areReported = false;
+    std::shared_ptr<std::atomic<unsigned>> m_count = std::make_shared<std::atomic<unsigned>>();
+    bool m_areReported;
 };
 
 } // namespace vornadel

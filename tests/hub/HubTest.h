@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/LastError.h"
+#include "hub/HubFailure.h"
 #include "hub/HubTransport.h"
 #include "hub/SupportedIds.h"
 #include "tests/support/ScriptedBus.h"
@@ -56,6 +57,7 @@ protected:
         SupportedIdList[0] = {1, kVendor, kSuperSpeed, kHighSpeed};
         m_bus.attached = {{kVendor, kSuperSpeed}};
         LastError = 0;
+        setLastFailure(HubFailure::None);
         Hub_UsePlatform(m_bus, m_clock);
     }
 

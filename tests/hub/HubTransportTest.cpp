@@ -1,4 +1,4 @@
-#include "hub/HubFailure.h"
+#include "hub/BusEvents.h"
 #include "tests/hub/HubTest.h"
 
 #include <array>
@@ -213,7 +213,6 @@ TEST_F(Abandon, StopsAnOpenThatIsStillLookingForItsHub)
 
 TEST_F(Abandon, LetsATransferInFlightEnd)
 {
-    setLastFailure(HubFailure::None);
     open();
     m_bus.onControl([](ControlRequest&) {
         onAnotherThread([] { Hub_Abandon(); });
@@ -251,6 +250,24 @@ TEST_F(UsePlatform, ChangesNothingWhileAHubIsOpen)
     EXPECT_EQ(Hub_ControlRequest({0x40, 0xE8}), kHubAbandoned);
     EXPECT_TRUE(Hub_FindDevice());
     EXPECT_THAT(m_bus.events(), ElementsAre("search", "drop 0", "end of list"));
+}
+
+TEST(BusEventsTest, AreCountedAndWakeTheClock)
+{
+    class : public VirtualClock
+    {
+    public:
+        void wake() override { ++wakes; }
+        int wakes = 0;
+    } clock;
+    ScriptedBus bus;
+    {
+        const BusEvents events(bus, clock);
+        EXPECT_TRUE(bus.report());
+        EXPECT_EQ(events.count(), 1U);
+        EXPECT_EQ(clock.wakes, 1);
+    }
+    EXPECT_FALSE(bus.report());
 }
 
 } // namespace

@@ -36,7 +36,7 @@ class ScriptedBus final : public UsbBus
 public:
     std::vector<ScriptedDevice> attached; ///< the devices for the next search
     bool givesList = true;
-    bool saysItWatches = false; ///< but never reports an event
+    bool saysItWatches = false; ///< reports an event only by report()
 
     ScriptedBus() = default;
 
@@ -89,8 +89,22 @@ public:
         return givesList ? std::make_unique<Search>(m_script, attached) : nullptr;
     }
 
-    bool watch(Listener) override { return saysItWatches; }
-    void unwatch() override {}
+    bool watch(Listener listener) override
+    {
+        m_listener = std::move(listener);
+        return saysItWatches;
+    }
+    void unwatch() override { m_listener = nullptr; }
+
+    /// Reports an attach; false if nobody watches.
+    bool report()
+    {
+        if (m_listener) {
+            m_listener(UsbEvent::Attached);
+        }
+        return m_listener != nullptr;
+    }
+
     PlaceLocks& placeLocks() override { return m_locks; }
 
 private:
@@ -204,6 +218,7 @@ private:
     };
 
     PlacesInMemory m_locks;
+    Listener m_listener;
     std::shared_ptr<Script> m_script = std::make_shared<Script>();
 };
 
