@@ -52,17 +52,11 @@ ControlRequest flashRequest(VendorCommand command, std::uint32_t address)
     return request;
 }
 
-bool readWholeBlock(HubStatusBlock& block)
-{
-    block = {};
-    return Hub_ReadStatusBlock(block) == 0;
-}
-
 Clock::Duration reopenPause(std::uint8_t mode)
 {
-    HubStatusBlock block;
-    const bool quick =
-        mode == HUB_MODE_ROM && readWholeBlock(block) && block[kRestartSpeed] == kQuickRestart;
+    HubStatusBlock block{};
+    const bool quick = mode == HUB_MODE_ROM && Hub_ReadStatusBlock(block) == 0 &&
+                       block[kRestartSpeed] == kQuickRestart;
     return quick ? kQuickReopenPause : kReopenPause;
 }
 
@@ -102,14 +96,14 @@ std::uint32_t Hub_ReadStatusBlock(std::span<std::uint8_t> buffer)
 
 bool Hub_IsRomMode()
 {
-    HubStatusBlock block;
-    return readWholeBlock(block) && romCodeRunsBy(block);
+    HubStatusBlock block{};
+    return Hub_ReadStatusBlock(block) == 0 && romCodeRunsBy(block);
 }
 
 std::uint16_t Hub_GetFwVersion()
 {
-    HubStatusBlock block;
-    return readWholeBlock(block) ? firmwareVersionIn(block) : std::uint16_t{0};
+    HubStatusBlock block{};
+    return Hub_ReadStatusBlock(block) == 0 ? firmwareVersionIn(block) : std::uint16_t{0};
 }
 
 bool Hub_SendModeCommand(std::uint8_t mode)
@@ -159,8 +153,8 @@ bool Hub_OpenRomDevice()
     if (!Hub_SwitchMode(HUB_MODE_ROM)) {
         return false;
     }
-    HubStatusBlock block;
-    const bool isAnswered = readWholeBlock(block);
+    HubStatusBlock block{};
+    const bool isAnswered = Hub_ReadStatusBlock(block) == 0;
     if (isAnswered && romCodeRunsBy(block)) {
         return true;
     }
