@@ -32,6 +32,7 @@ HubFailure Hub_LastFailure();
 // For the functions of this room:
 
 void setLastFailure(HubFailure failure);
-HubFailure failureOfOpen(UsbOpenStatus status); ///< of an open on a device
+/// Opens a device. If that fails, sets the last failure and returns false.
+bool openOrSetFailure(UsbDevice& device);
 
 } // namespace vornadel

@@ -32,8 +32,7 @@ void HubSession::end()
 
 HubSession* HubSession::ofThisThread() { return current; }
 
-UsbOpenStatus HubSession::open(UsbSearch& search, std::unique_ptr<UsbDevice>& hub,
-                               PlaceLocks& locks)
+std::unique_ptr<UsbDevice> HubSession::open(UsbSearch& search, PlaceLocks& locks)
 {
     Devices devices;
     std::optional<int> error; // of the devices before the first supported one
@@ -41,36 +40,31 @@ UsbOpenStatus HubSession::open(UsbSearch& search, std::unique_ptr<UsbDevice>& hu
         devices.push_back(std::move(device));
         error = error.value_or(LastError);
     }
-    if (error) {
-        LastError = *error;
-    }
+    LastError = error.value_or(LastError);
     if (!std::exchange(m_hasBegun, true)) {
         for (const auto& device : devices) {
             m_seenAtStart.push_back({device->place(), device->texts().serialNumber});
         }
     }
-    std::unique_ptr<UsbDevice> chosen = choose(devices);
-    if (chosen == nullptr) {
-        return UsbOpenStatus::Gone;
+    std::unique_ptr<UsbDevice> hub = choose(devices);
+    if (hub == nullptr) {
+        return nullptr;
     }
-    const UsbPlace place = chosen->place();
-    m_isTaken = !lockPlace(locks, *chosen);
+    const UsbPlace place = hub->place();
+    m_isTaken = !lockPlace(locks, *hub);
     if (m_isTaken) {
         setLastFailure(HubFailure::Busy);
-        return UsbOpenStatus::Busy;
+        return nullptr;
     }
-    const UsbOpenStatus status = chosen->open();
-    if (status != UsbOpenStatus::Opened) {
-        setLastFailure(failureOfOpen(status));
-        return status;
+    if (!openOrSetFailure(*hub)) {
+        return nullptr;
     }
     m_place = place;
     m_leaving.reset();
-    if (const std::string text = chosen->texts().serialNumber; !text.empty()) {
+    if (const std::string text = hub->texts().serialNumber; !text.empty()) {
         m_serialNumber = text;
     }
-    hub = std::move(chosen);
-    return status;
+    return hub;
 }
 
 void HubSession::beginRestart(const UsbDevice& hub)

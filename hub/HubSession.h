@@ -72,9 +72,8 @@ public:
 
     /// The session of the calling thread; null if there is none.
     static HubSession* ofThisThread();
-    /// Opens this session's hub out of a search from its beginning. `hub` is set when it is open;
-    /// otherwise the last failure is.
-    UsbOpenStatus open(UsbSearch& search, std::unique_ptr<UsbDevice>& hub, PlaceLocks& locks);
+    /// Opens this session's hub out of a search from its beginning. Null: the last failure is set.
+    std::unique_ptr<UsbDevice> open(UsbSearch& search, PlaceLocks& locks);
     /// From now on the stay of the open hub is over, and only the next one will do.
     void beginRestart(const UsbDevice& hub);
 

@@ -113,45 +113,45 @@ std::unique_ptr<UsbSearch> beginSearch()
     return search;
 }
 
-thread_local UsbOpenStatus lastOpenStatus = UsbOpenStatus::Other;
-
-UsbOpenStatus openFirstSupported(UsbSearch& search, std::unique_ptr<UsbDevice>& hub)
+std::unique_ptr<UsbDevice> openFirstSupported(UsbSearch& search)
 {
-    std::unique_ptr<UsbDevice> found = nextSupportedDevice(search);
-    if (found == nullptr) {
+    std::unique_ptr<UsbDevice> hub = nextSupportedDevice(search);
+    if (hub == nullptr) {
         setLastFailure(HubFailure::NoHub);
-        return UsbOpenStatus::Gone;
+    } else if (!openOrSetFailure(*hub)) {
+        return nullptr;
     }
-    const UsbOpenStatus status = found->open();
-    if (status == UsbOpenStatus::Opened) {
-        hub = std::move(found);
-    } else {
-        setLastFailure(failureOfOpen(status));
-    }
-    return status;
+    return hub;
 }
 
-// Opens the session's hub, or the first supported one. `hub` is set when it is open; otherwise
-// LastError is.
-UsbOpenStatus openHub(std::unique_ptr<UsbDevice>& hub)
+// Opens the session's hub, or the first supported one. Null: LastError and the last failure are
+// set.
+std::unique_ptr<UsbDevice> openHub()
 {
     const std::unique_ptr<UsbSearch> search = beginSearch();
     if (search == nullptr) {
         setLastFailure(HubFailure::NotOpened);
-        return UsbOpenStatus::Other;
+        return nullptr;
     }
-    UsbOpenStatus status = UsbOpenStatus::Other;
+    std::unique_ptr<UsbDevice> hub;
     if (transport().abandoned) {
         setLastFailure(HubFailure::Abandoned);
     } else if (HubSession* const session = HubSession::ofThisThread()) {
-        status = session->open(*search, hub, transport().bus.load()->placeLocks());
+        hub = session->open(*search, transport().bus.load()->placeLocks());
     } else {
-        status = openFirstSupported(*search, hub);
+        hub = openFirstSupported(*search);
     }
     if (hub == nullptr) {
         LastError = kNoHubOpened;
     }
-    return status;
+    return hub;
+}
+
+// Whether the hub was there at the last open, but could not be opened.
+bool isRefused(HubFailure failure)
+{
+    return failure == HubFailure::NoAccess || failure == HubFailure::Busy ||
+           failure == HubFailure::NotOpened;
 }
 
 HubFailure meaningOf(UsbFailure failure)
@@ -199,14 +199,11 @@ bool Hub_FindDevice()
 bool Hub_OpenDevice()
 {
     if (transport().abandoned || !claim()) {
-        const bool isEnding = transport().abandoned;
-        lastOpenStatus = isEnding ? UsbOpenStatus::Other : UsbOpenStatus::Busy;
-        setLastFailure(isEnding ? HubFailure::Abandoned : HubFailure::Busy);
+        setLastFailure(transport().abandoned ? HubFailure::Abandoned : HubFailure::Busy);
         LastError = kNoHubOpened;
         return false;
     }
-    std::unique_ptr<UsbDevice> hub;
-    lastOpenStatus = openHub(hub);
+    std::unique_ptr<UsbDevice> hub = openHub();
     if (hub == nullptr) {
         endClaim();
         return false;
@@ -272,6 +269,7 @@ void Hub_BeginRestart()
 
 bool Hub_AwaitDevice(Clock::Duration limit, bool isForRestart)
 {
+    const HubSession& session = *HubSession::ofThisThread();
     Clock& clock = *transport().clock;
     const BusEvents events(*transport().bus, clock);
     const Clock::Duration begin = clock.now();
@@ -282,22 +280,19 @@ bool Hub_AwaitDevice(Clock::Duration limit, bool isForRestart)
         if (Hub_OpenDevice()) {
             return true;
         }
+        const HubFailure failure = Hub_LastFailure();
         const Clock::Duration now = clock.now();
-        const Clock::Duration left = end - now;
-        const bool isAbsent = lastOpenStatus == UsbOpenStatus::Gone;
-        const HubSession* const session = HubSession::ofThisThread();
-        const bool isTaken = session != nullptr && session->isTaken();
-        const bool mayChange = isForRestart || lastOpenStatus == UsbOpenStatus::Busy;
-        if (transport().abandoned || left <= Clock::Duration(0) || isTaken || !mayChange) {
+        const bool mayChange = isForRestart || failure == HubFailure::Busy;
+        if (transport().abandoned || now >= end || session.isTaken() || !mayChange) {
             return false;
         }
-        if (session != nullptr && session->onWaiting && now >= nextWord) {
+        if (session.onWaiting && now >= nextWord) {
             nextWord = now + kLookPause;
-            session->onWaiting(now - begin);
+            session.onWaiting(now - begin);
         }
-        const bool comesWithAnEvent = isAbsent && events.areReported();
+        const bool comesWithAnEvent = !isRefused(failure) && events.areReported();
         clock.sleepUntil([&] { return events.count() != seen; },
-                         std::min(left, comesWithAnEvent ? kLookPause : kRetryPause));
+                         std::min(end - now, comesWithAnEvent ? kLookPause : kRetryPause));
     }
 }
 

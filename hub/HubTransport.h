@@ -58,8 +58,8 @@ void Hub_BeginRestart();
 /// Opens the hub as soon as it is there. Looks for it at each event of the bus and once a second,
 /// and tries a hub that refuses again after 50 ms, or at the next event. Gives up after `limit`; at
 /// once if another flow has locked its place or, unless `isForRestart`, for any reason but that the
-/// hub is busy. Watches the bus meanwhile, so nobody else may. Tells the thread's session once a
-/// second that it waits.
+/// hub is busy. Watches the bus meanwhile, so nobody else may. The thread must have a session;
+/// tells it once a second that it waits.
 bool Hub_AwaitDevice(Clock::Duration limit, bool isForRestart);
 
 /// Sleeps on the platform's clock.

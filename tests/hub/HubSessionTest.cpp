@@ -16,6 +16,7 @@ namespace vornadel::test
 namespace
 {
 
+using namespace std::chrono_literals;
 using testing::Contains;
 using testing::IsEmpty;
 using testing::Not;
@@ -96,8 +97,31 @@ TEST_F(OneHub, IsNotOneThatHadAnotherPlaceByItsSerialNumber)
         m_bus.attached = {hubAt(port, 2, "B")};
         EXPECT_EQ(opens(), -1) << port;
     }
-    m_bus.attached = {hubAt(3, 2, "A")};
+    m_bus.attached = {hubAt(1, 2, "C")};
     EXPECT_EQ(opens(), 0);
+    m_bus.attached = {hubAt(3, 2, "A")};
+    EXPECT_EQ(opens(), 0) << "it had this number itself";
+}
+
+TEST_F(OneHub, HasNotReturnedOnlyIfItLeftForARestart)
+{
+    for (const bool strict : {false, true}) {
+        const HubSession session({.place = hubAt(1).place, .strict = strict});
+        m_bus.attached = {hubAt(2)};
+        EXPECT_EQ(opens(), -1);
+        EXPECT_EQ(Hub_LastFailure(), HubFailure::NoHub);
+        m_bus.attached = {hubAt(1)};
+        EXPECT_EQ(opens(), 0);
+        m_bus.attached = {};
+        EXPECT_EQ(opens(), -1);
+        EXPECT_EQ(Hub_LastFailure(), HubFailure::NotReturned);
+        m_bus.attached = {hubAt(1, 2)};
+        open();
+        Hub_CloseDevice();
+        m_bus.attached = {};
+        EXPECT_EQ(opens(), -1);
+        EXPECT_EQ(Hub_LastFailure(), HubFailure::NoHub);
+    }
 }
 
 TEST_F(OneHub, IsStrictlyTheNextStayAtItsPlace)
@@ -130,7 +154,7 @@ TEST_F(OneHub, MayReturnWithItsOtherHalfFirst)
 
 TEST_F(OneHub, StrictlyHasItsSerialNumberOrTheOneOfItsNewFirmware)
 {
-    m_bus.attached = {hubAt(1, 1, "A")};
+    m_bus.attached = {hubAt(1, 1, "A"), hubAt(2)};
     HubSession session(strictly());
     EXPECT_EQ(opens(), 0);
     m_bus.attached = {hubAt(1, 2)};
@@ -153,7 +177,7 @@ TEST_F(OneHub, StrictlyHasItsSerialNumberOrTheOneOfItsNewFirmware)
 TEST_F(OneHub, LeavesAnErrorOfTheDevicesBehindItUntold)
 {
     const ScriptedDevice withoutPlugIn = {.step = UsbSearch::Step::NoPlugIn};
-    m_bus.attached = {hubAt(1), withoutPlugIn};
+    m_bus.attached = {hubAt(1), withoutPlugIn, hubAt(2)};
     const HubSession session;
     EXPECT_EQ(opens(), 0);
     EXPECT_EQ(LastError, 0);
@@ -162,15 +186,30 @@ TEST_F(OneHub, LeavesAnErrorOfTheDevicesBehindItUntold)
     EXPECT_EQ(LastError, 3);
 }
 
-TEST_F(OneHub, IsLookedForOnceASecondWithoutAnEvent)
+TEST_F(OneHub, IsLookedForOnceASecondAndMoreOftenIfItRefuses)
 {
-    m_bus.saysItWatches = true;
-    m_bus.attached = {};
-    const HubSession session(strictly(hubAt(1).place));
-    m_clock.after(std::chrono::milliseconds(2500), [this] { m_bus.attached = {hubAt(1)}; });
-    EXPECT_TRUE(Hub_AwaitDevice(std::chrono::seconds(20), true));
-    EXPECT_EQ(m_clock.now(), std::chrono::seconds(3));
-    Hub_CloseDevice();
+    const struct {
+        bool areEventsReported;
+        bool isThere;
+        UsbOpenStatus status;
+        std::chrono::milliseconds found;
+    } rows[] = {{true, false, UsbOpenStatus::Opened, 3000ms},
+                {true, true, UsbOpenStatus::Gone, 3000ms},
+                {false, false, UsbOpenStatus::Opened, 2550ms},
+                {true, true, UsbOpenStatus::NoAccess, 2550ms},
+                {true, true, UsbOpenStatus::Busy, 2550ms},
+                {true, true, UsbOpenStatus::Other, 2550ms}};
+    for (const auto& row : rows) {
+        const HubSession session(strictly(hubAt(1).place));
+        m_bus.saysItWatches = row.areEventsReported;
+        m_bus.attached = {hubAt(row.isThere ? 1 : 2)};
+        m_bus.attached.front().openStatus = row.status;
+        const Clock::Duration begin = m_clock.now();
+        m_clock.after(2520ms, [this] { m_bus.attached = {hubAt(1)}; });
+        EXPECT_TRUE(Hub_AwaitDevice(20s, true));
+        EXPECT_EQ(m_clock.now() - begin, row.found) << (&row - rows);
+        Hub_CloseDevice();
+    }
 }
 
 TEST_F(OneHub, IsAtItsPlaceAtFirstWhateverHubWithItsSerialNumberLeaves)
@@ -183,13 +222,33 @@ TEST_F(OneHub, IsAtItsPlaceAtFirstWhateverHubWithItsSerialNumberLeaves)
     EXPECT_EQ(opens(), 0);
 }
 
-TEST_F(OneHub, IsNotWaitedForIfThePermissionIsMissing)
+TEST_F(OneHub, IsWaitedForASecondOnlyIfAnotherProgramHasIt)
 {
     m_bus.attached.front().openStatus = UsbOpenStatus::NoAccess;
     const HubSession session(strictly());
     EXPECT_FALSE(Hub_OpenRomDevice());
     EXPECT_EQ(Hub_LastFailure(), HubFailure::NoAccess);
     EXPECT_THAT(m_clock.pauses(), IsEmpty());
+    m_bus.attached.front().openStatus = UsbOpenStatus::Busy;
+    EXPECT_FALSE(Hub_OpenRomDevice());
+    EXPECT_EQ(Hub_LastFailure(), HubFailure::Busy);
+    EXPECT_EQ(m_clock.now(), 1s);
+}
+
+TEST_F(OneHub, RestartsOnlyIfItIsOpen)
+{
+    const HubSession session;
+    Hub_BeginRestart();
+    EXPECT_FALSE(session.hasRestarted());
+}
+
+TEST_F(OneHub, StaysWithTheLaterOfTwoSessions)
+{
+    HubSession before;
+    before.end();
+    const HubSession session;
+    before.end();
+    EXPECT_EQ(HubSession::ofThisThread(), &session);
 }
 
 TEST_F(OneHub, IsLockedUntilTheEndOfTheSession)
@@ -200,6 +259,7 @@ TEST_F(OneHub, IsLockedUntilTheEndOfTheSession)
         const HubSession session;
         EXPECT_EQ(opens(), 0);
         EXPECT_EQ(m_bus.placeLocks().lock(hubAt(1).place, {}, owner), nullptr);
+        EXPECT_EQ(m_bus.placeLocks().owners().front().ids, (UsbIds{kVendor, kSuperSpeed}));
     }
     const auto lock = m_bus.placeLocks().lock(hubAt(1).place, {}, owner);
     EXPECT_NE(lock, nullptr);
@@ -221,6 +281,9 @@ TEST_F(OneHub, IsTheFirstOneAsBeforeWhereThePlatformTellsNoPlaces)
     const HubSession session;
     EXPECT_EQ(opens(), 0);
     EXPECT_EQ(opens(), 0);
+    m_bus.attached = {};
+    EXPECT_EQ(opens(), -1);
+    EXPECT_EQ(Hub_LastFailure(), HubFailure::NoHub);
 }
 
 } // namespace vornadel::test
