@@ -49,7 +49,8 @@ KEYWORDS = set(
     while""".split()
 )
 SYMMETRIC = {"min", "max", "memcmp"}  # swapped arguments change nothing
-REQUEST = re.compile("send|Hub_(?!Close|Use|Is|Find|Detect|Abandon|Pause)")  # calls that reach the hub
+# Calls that reach the hub.
+REQUEST = re.compile("send|Hub_(?!Close|Use|Is|Find|Detect|Abandon|Pause|Begin|Last|Observe)")
 HELP = {"app", "add_option", "add_flag", "add_subcommand"}  # calls that take a sentence of the help
 PARAMETER = re.compile(r"(const )?\S+(<.*>)?[&*]* \w+")
 OPENING = {"(": ")", "[": "]", "{": "}"}
@@ -347,7 +348,7 @@ class _Source:
         first, last = index + 1, end - 1
         value = self.tokens[first]
         literal = value.kind == "number" or value.text in ("true", "false", "nullptr", "kExitSuccess")
-        if value.text == "{" or (first == last and literal):
+        if value.text == "{" or (first == last and literal) or self.part(first, last) == "std::nullopt":
             return
         level, logical = first, False
         while level <= last:
@@ -360,10 +361,18 @@ class _Source:
             return  # its condition has mutants
         self.add("return", first, last, "!(" + self.part(first, last) + ")" if logical else "{}")
 
+    def ends_switch(self, index):
+        """Whether this is the closing bracket of a switch."""
+        opening = self.match.get(index, index)
+        condition = self.match.get(opening - 1)
+        return opening < index and condition is not None and self.tokens[condition - 1].text == "switch"
+
     def statements(self, index):
         token = self.tokens[index]
         end = self.statement(index)
         if end is None:
+            return
+        if token.text == "break" and self.ends_switch(end + 1):
             return
         if token.text in ("break", "continue") or (token.text == "return" and end == index + 1):
             self.add("jump", index, end, ";")
