@@ -86,6 +86,13 @@ int scalarVerb(const Command& command)
                         : failToLoad(command, image, folder + '/' + name);
 }
 
+const char* whyUpdateIsUnfit(const CommandLine& line)
+{
+    return isHubSource(line.image)
+               ? "a hub cannot be updated from itself; a file called hub is ./hub"
+               : whyDryRunIsUnfit(line);
+}
+
 void addUpdateOptions(CLI::App& verb, CommandLine& line)
 {
     addOperand(verb, "IMAGE", line.image, Operand::Required,
@@ -101,7 +108,7 @@ const Verb kUpdateVerb = {
                "that holds the image already is left alone",
     .run = updateVerb,
     .addOptions = addUpdateOptions,
-    .whyUnfit = whyDryRunIsUnfit,
+    .whyUnfit = whyUpdateIsUnfit,
     .isFlow = true,
     .examples = "vornadelctl update new.bin\nvornadelctl --path 2-3 update new.bin\n",
 };

@@ -88,6 +88,7 @@ TEST(Update, TakesTheImageFromStandardInput)
     EXPECT_THAT(session.out.str(), HasSubstr("FW:standard input(size=32768)\n"));
     EXPECT_EQ(session.hub().flash(), image);
     EXPECT_EQ(session.update("-"), kExitImageRefused) << "now it is empty";
+    EXPECT_EQ(session.update("hub"), kExitUsage);
 }
 
 TEST(Update, RefusesAFileThatIsNoImageAndLeavesTheHubAlone)
