@@ -88,29 +88,40 @@ CLI::App* addVerb(CLI::App& app, const Verb& verb)
     return parent->add_subcommand(name.substr(space + 1), verb.summary);
 }
 
+/// The parser of all verbs. It stores what it reads in the given command line.
+struct Parser {
+    explicit Parser(CommandLine& commandLine)
+    {
+        app.set_version_flag("--version", std::string("vornadelctl ") + kToolVersion);
+        app.require_subcommand(1);
+        app.fallthrough();
+        addText(app, "--config", "FILE", commandLine.configFile,
+                "Use this file instead of the tool's config.ini");
+        addOutputOptions(app, commandLine);
+        addSelectors(app, commandLine.hub);
+        simulatedHub.emplace(app);
+        for (const Verb* const verb : allVerbs()) {
+            parsers.push_back(addVerb(app, *verb));
+            if (verb->addOptions != nullptr) {
+                verb->addOptions(*parsers.back(), commandLine);
+            }
+        }
+    }
+
+    CLI::App app{"Updates, reads and erases the firmware of USB 3 hubs, without a window.",
+                 "vornadelctl"};
+    std::optional<SimulatedHubFlag> simulatedHub;
+    std::vector<CLI::App*> parsers; ///< of each verb
+};
+
 } // namespace
 
 std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLine& commandLine,
                                     std::ostream& out, std::ostream& err)
 {
-    CLI::App app("Updates, reads and erases the firmware of USB 3 hubs, without a window.",
-                 "vornadelctl");
-    app.set_version_flag("--version", std::string("vornadelctl ") + kToolVersion);
-    app.require_subcommand(1);
-    app.fallthrough();
-    addText(app, "--config", "FILE", commandLine.configFile,
-            "Use this file instead of the tool's config.ini");
-    addOutputOptions(app, commandLine);
-    addSelectors(app, commandLine.hub);
-    const SimulatedHubFlag simulatedHub(app);
-    std::vector<CLI::App*> parsers; // of each verb
-    for (const Verb* const verb : allVerbs()) {
-        parsers.push_back(addVerb(app, *verb));
-        if (verb->addOptions != nullptr) {
-            verb->addOptions(*parsers.back(), commandLine);
-        }
-    }
-
+    Parser parser(commandLine);
+    CLI::App& app = parser.app;
+    const std::vector<CLI::App*>& parsers = parser.parsers;
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& ended) {
@@ -119,11 +130,18 @@ std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLi
         return wrong ? kExitUsage : kExitSuccess;
     }
     commandLine.typed.assign(argv + 1, argv + argc);
-    commandLine.simulatedHub = simulatedHub.options();
+    commandLine.simulatedHub = parser.simulatedHub->options();
     const auto parsed = std::find_if(parsers.begin(), parsers.end(),
-                                     [](const CLI::App* parser) { return parser->parsed(); });
+                                     [](const CLI::App* verb) { return verb->parsed(); });
     commandLine.verb = allVerbs()[static_cast<std::size_t>(parsed - parsers.begin())];
     return {};
+}
+
+void useParser(const std::function<void(const CLI::App&)>& use)
+{
+    CommandLine commandLine;
+    const Parser parser(commandLine);
+    use(parser.app);
 }
 
 } // namespace vornadel

@@ -2,10 +2,16 @@
 
 #include "cli/HubSelector.h"
 
+#include <functional>
 #include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
+
+namespace CLI
+{
+class App;
+} // namespace CLI
 
 namespace vornadel
 {
@@ -66,5 +72,8 @@ inline constexpr int kExitInterrupted = 128; ///< plus the number of the signal 
 /// help, the version or an error has been printed.
 std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLine& commandLine,
                                     std::ostream& out, std::ostream& err);
+
+/// Calls `use` with the parser, for what is made from it.
+void useParser(const std::function<void(const CLI::App&)>& use);
 
 } // namespace vornadel
