@@ -143,6 +143,17 @@ TEST_F(StrictFlow, ReadsTheFlashTwice)
     EXPECT_TRUE(flash.empty());
 }
 
+TEST_F(StrictFlow, ReadsNothingFromAHubThatDeliversNothing)
+{
+    for (unsigned piece = 1; piece <= 16; ++piece) {
+        addFault({.kind = FaultKind::Ignore, .on = RequestKind::Read, .position = piece});
+    }
+    EXPECT_FALSE(read());
+    EXPECT_EQ(result.cause, Cause::Unstable);
+    EXPECT_EQ(result.wrongBytes, kSimulatedFlashSize);
+    EXPECT_TRUE(flash.empty());
+}
+
 TEST_F(StrictFlow, StopsBeforeTheEraseAndSendsTheHubBack)
 {
     setup.hub().onRequest = [this](const ControlRequest& request) {
