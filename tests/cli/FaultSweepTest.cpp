@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -137,14 +138,15 @@ std::vector<unsigned> positionsOf(const SweptFault& fault, const std::vector<Ask
 class SweptRun
 {
 public:
-    SweptRun(const SweptVerb& swept, const SweptFault* fault, unsigned position) : m_swept(swept)
+    explicit SweptRun(const SweptVerb& swept) : m_swept(swept) { session.selector.path = "sim-1"; }
+
+    /// Runs it; `atRequest` is called before each request takes effect.
+    void go(const std::function<void()>& atRequest = [] {})
     {
-        session.selector.path = "sim-1";
-        if (fault != nullptr) {
-            hub().addFault({fault->kind, {}, position, fault->amount, fault->delay});
-        }
-        hub().onRequest = [this](const ControlRequest& request) {
+        const SweptVerb& swept = m_swept;
+        hub().onRequest = [&](const ControlRequest& request) {
             requests.push_back(kindOf(request));
+            atRequest();
         };
         CommandLine line = session.line(swept.verb);
         line.json = true;
@@ -262,19 +264,47 @@ class VerbWithFaults : public testing::TestWithParam<SweptVerb>
 
 TEST_P(VerbWithFaults, TellsTheTruthOfTheFlashAndTheHub)
 {
-    SweptRun healthy(GetParam(), nullptr, 0);
+    SweptRun healthy(GetParam());
+    healthy.go();
     healthy.expectTrue();
+    EXPECT_EQ(healthy.result["ok"], std::string_view(GetParam().name) != "VerifyAnother");
     EXPECT_FALSE(healthy.result["hub"].is_null());
     for (const SweptFault& fault : kSweptFaults) {
         for (const unsigned position : positionsOf(fault, healthy.requests)) {
             SCOPED_TRACE(std::string(fault.name) + " at " + std::to_string(position));
-            SweptRun run(GetParam(), &fault, position);
+            SweptRun run(GetParam());
+            run.hub().addFault({fault.kind, {}, position, fault.amount, fault.delay});
+            run.go();
             EXPECT_EQ(run.hub().faultsTriggered(), 1U);
             run.expectTrue();
             // Only a hub that cannot be opened keeps its state to itself.
             const bool isOpened =
                 fault.kind != FaultKind::OpenRefused && fault.kind != FaultKind::Refused;
             EXPECT_TRUE(!isOpened || !run.result["hub"].is_null());
+        }
+    }
+}
+
+TEST_P(VerbWithFaults, TellsTheTruthIfItIsStopped)
+{
+    SweptRun whole(GetParam());
+    whole.go();
+    for (std::size_t last = 1; last <= whole.requests.size(); ++last) {
+        for (const bool atOnce : {false, true}) { // by one signal, by two
+            SCOPED_TRACE(std::to_string(last) + (atOnce ? " at once" : ""));
+            SweptRun run(GetParam());
+            run.go([&] {
+                if (run.requests.size() == last) {
+                    run.session.stop.ask();
+                    if (atOnce) {
+                        Hub_Abandon();
+                        run.session.clock.interrupt();
+                    }
+                }
+            });
+            run.expectTrue();
+            EXPECT_TRUE(!atOnce || run.requests.size() == last);
+            EXPECT_TRUE(atOnce || !run.result["hub"].is_null());
         }
     }
 }
