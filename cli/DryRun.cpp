@@ -110,6 +110,7 @@ void addDryRun(CLI::App& verb, CommandLine& line)
                     "Check everything, tell what would be done, and do nothing of it. Only asks "
                     "the hub, and reads its flash if it runs its ROM code; with =offline, sends "
                     "nothing at all");
+    addDefinitionOptions(verb, line); // of what differs
 }
 
 const char* whyDryRunIsUnfit(const CommandLine& line)

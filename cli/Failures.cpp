@@ -23,6 +23,7 @@ constexpr FailureKind kKinds[] = {
     {FailureId::Internal, "internal", kExitFailure, "not known", "{hub} info"},
     {FailureId::OutputNotWritten, "output-not-written", kExitFailure, kUntouched, "{again}"},
     {FailureId::FileNotSaved, "file-not-saved", kExitFailure, kUntouched, "ls -ld {folder}"},
+    {FailureId::FileExists, "file-exists", kExitFailure, kUntouched, "{again} --force"},
     {FailureId::BackupNotSaved, "backup-not-saved", kExitFailure, kUntouched,
      "{again} --backup-dir ."},
     {FailureId::NoBackup, "no-backup", kExitImageRefused, kUntouched, "{hub} restore FILE"},

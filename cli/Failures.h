@@ -16,6 +16,7 @@ enum class FailureId {
     Internal,
     OutputNotWritten,
     FileNotSaved,
+    FileExists,
     BackupNotSaved,
     NoBackup,
     NotAgreed,

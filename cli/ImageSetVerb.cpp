@@ -38,12 +38,6 @@ std::string inOneLine(const std::string& text)
 }
 
 /// Returns the exit status, as all of these do.
-int checkOutput(const Command& command)
-{
-    const std::string why = whyNotWritten(command, command.line.output);
-    return why.empty() ? kExitSuccess : fail(command, FailureId::FileNotSaved, printable(why));
-}
-
 int readEdits(const Command& command, const Definitions& definitions, Edits& edits)
 {
     for (const std::string& word : command.line.words) {
@@ -138,7 +132,7 @@ int imageSetVerb(const Command& command)
     FwImage before;
     FwImage image;
     // All that needs no hub comes before a hub is read, because that restarts it.
-    int status = checkOutput(command);
+    int status = checkOutput(command, command.line.output);
     if (status == kExitSuccess &&
         !std::all_of(command.line.words.begin(), command.line.words.end(), namesAField)) {
         status = readDefinitions(command, definitions);

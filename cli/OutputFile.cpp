@@ -10,18 +10,21 @@ namespace vornadel
 
 bool isStandardOutput(const std::string& path) { return path == "-"; }
 
-std::string whyNotWritten(const Command& command, const std::string& path)
+int checkOutput(const Command& command, const std::string& path, const std::string& intro)
 {
     namespace fs = std::filesystem;
     if (isStandardOutput(path)) {
-        return {};
+        return kExitSuccess;
     }
-    std::string problem;
     std::error_code ignored;
     const fs::file_status found = fs::symlink_status(path, ignored);
-    const bool isKept =
-        !command.line.force && (fs::is_regular_file(found) || fs::is_symlink(found));
-    return isKept ? path + " exists, and is not replaced without --force" : (canBeSaved(path, problem), problem);
+    if (!command.line.force && (fs::is_regular_file(found) || fs::is_symlink(found))) {
+        return fail(command, FailureId::FileExists,
+                    intro + path + " exists, and is not replaced without --force");
+    }
+    std::string problem;
+    return canBeSaved(path, problem) ? kExitSuccess
+                                     : fail(command, FailureId::FileNotSaved, intro + problem);
 }
 
 bool writeOutput(const Command& command, const std::string& path,

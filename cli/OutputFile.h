@@ -14,9 +14,9 @@ struct Command;
 
 bool isStandardOutput(const std::string& path);
 
-/// Why the file could not be saved now; empty if it could. For a check before the work whose result
-/// is to be saved.
-std::string whyNotWritten(const Command& command, const std::string& path);
+/// Whether the file could be saved now, for a check before the work whose result is to be saved.
+/// Returns the exit status; a failure has been told in a sentence that begins with `intro`.
+int checkOutput(const Command& command, const std::string& path, const std::string& intro = {});
 
 /// Saves the whole file or nothing. False, and why not in `problem`.
 bool writeOutput(const Command& command, const std::string& path,

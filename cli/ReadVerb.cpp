@@ -38,11 +38,11 @@ int save(const Command& command, const std::vector<std::uint8_t>& flash)
 int readVerb(const Command& command)
 {
     // Before the read, because a read restarts the hub and disconnects everything behind it.
-    if (const std::string why = whyNotWritten(command, command.line.image); !why.empty()) {
-        return fail(command, FailureId::FileNotSaved,
-                    "the flash was not read, because it could not be saved: " + why);
+    int status = checkOutput(command, command.line.image,
+                             "the flash was not read, because it could not be saved: ");
+    if (status != kExitSuccess) {
+        return status;
     }
-    int status = kExitSuccess;
     const std::optional<FlowTarget> target = chooseTarget(command, status);
     if (!target) {
         return status;

@@ -159,6 +159,7 @@ TEST(Read, ReplacesNoFileUnlessForced)
     EXPECT_EQ(session.run(line), kExitFailure);
     EXPECT_EQ(session.told(), "the flash was not read, because it could not be saved: " +
                                   line.image + " exists, and is not replaced without --force\n");
+    EXPECT_THAT(session.err.str(), HasSubstr(" --force\n"));
     EXPECT_EQ(session.hub().requestCount(), 0U);
 
     line.image = session.folder.path("late.bin"); // appears while the hub is read
