@@ -36,13 +36,12 @@ constexpr Clock::Duration kLookPause = std::chrono::seconds(1);
 struct Transport {
     std::atomic<UsbBus*> bus{nullptr};
     std::atomic<Clock*> clock{nullptr};
-    std::atomic<bool> abandoned{false};
+    std::atomic<bool> abandoned{};
     std::function<void(const ControlRequest&, std::uint32_t)> observer;
 
     std::mutex mutex; // guards what follows; not held during calls of the bus
     std::unique_ptr<UsbDevice> HubDevice;
-    bool claimed = false;  // from the beginning of an open to the end of the close
-    std::thread::id owner; // of the claim
+    std::thread::id owner; // from the beginning of an open to the end of the close; none otherwise
     std::vector<std::unique_ptr<UsbDevice>> overwritten;
 };
 
@@ -58,10 +57,9 @@ bool claim()
 {
     Transport& self = transport();
     const std::lock_guard lock(self.mutex);
-    if (self.claimed && self.owner != std::this_thread::get_id()) {
+    if (self.owner != std::thread::id() && self.owner != std::this_thread::get_id()) {
         return false;
     }
-    self.claimed = true;
     self.owner = std::this_thread::get_id();
     return true;
 }
@@ -71,7 +69,9 @@ void endClaim()
 {
     Transport& self = transport();
     const std::lock_guard lock(self.mutex);
-    self.claimed = self.HubDevice != nullptr;
+    if (self.HubDevice == nullptr) {
+        self.owner = {};
+    }
 }
 
 void store(std::unique_ptr<UsbDevice> hub)
@@ -89,18 +89,14 @@ UsbDevice* ownHub()
 {
     Transport& self = transport();
     const std::lock_guard lock(self.mutex);
-    return self.claimed && self.owner == std::this_thread::get_id() ? self.HubDevice.get()
-                                                                    : nullptr;
+    return self.owner == std::this_thread::get_id() ? self.HubDevice.get() : nullptr;
 }
 
 std::unique_ptr<UsbDevice> takeOwnHub()
 {
     Transport& self = transport();
     const std::lock_guard lock(self.mutex);
-    if (!self.claimed || self.owner != std::this_thread::get_id()) {
-        return nullptr;
-    }
-    return std::move(self.HubDevice);
+    return self.owner == std::this_thread::get_id() ? std::move(self.HubDevice) : nullptr;
 }
 
 std::unique_ptr<UsbSearch> beginSearch()
@@ -177,7 +173,7 @@ void Hub_UsePlatform(UsbBus& bus, Clock& clock)
 {
     Transport& self = transport();
     const std::lock_guard lock(self.mutex);
-    if (self.claimed) {
+    if (self.owner != std::thread::id()) {
         return;
     }
     self.bus = &bus;

@@ -200,7 +200,9 @@ TEST_F(OneHub, IsLookedForOnceASecondAndMoreOftenIfItRefuses)
                 {true, true, UsbOpenStatus::Busy, 2550ms},
                 {true, true, UsbOpenStatus::Other, 2550ms}};
     for (const auto& row : rows) {
-        const HubSession session(strictly(hubAt(1).place));
+        HubSession session(strictly(hubAt(1).place));
+        int words = 0;
+        session.onWaiting = [&](Clock::Duration) { ++words; };
         m_bus.saysItWatches = row.areEventsReported;
         m_bus.attached = {hubAt(row.isThere ? 1 : 2)};
         m_bus.attached.front().openStatus = row.status;
@@ -208,6 +210,7 @@ TEST_F(OneHub, IsLookedForOnceASecondAndMoreOftenIfItRefuses)
         m_clock.after(2520ms, [this] { m_bus.attached = {hubAt(1)}; });
         EXPECT_TRUE(Hub_AwaitDevice(20s, true));
         EXPECT_EQ(m_clock.now() - begin, row.found) << (&row - rows);
+        EXPECT_EQ(words, 2) << "one a second";
         Hub_CloseDevice();
     }
 }
@@ -233,6 +236,8 @@ TEST_F(OneHub, IsWaitedForASecondOnlyIfAnotherProgramHasIt)
     EXPECT_FALSE(Hub_OpenRomDevice());
     EXPECT_EQ(Hub_LastFailure(), HubFailure::Busy);
     EXPECT_EQ(m_clock.now(), 1s);
+    EXPECT_FALSE(Hub_AwaitDevice(70ms, false));
+    EXPECT_EQ(m_clock.now(), 1070ms);
 }
 
 TEST_F(OneHub, RestartsOnlyIfItIsOpen)

@@ -195,6 +195,7 @@ TEST_F(ControlRequestTest, TellsWhyItFailed)
 TEST_F(Abandon, FailsEveryOpenWithoutLookingAtTheBus)
 {
     Hub_Abandon();
+    EXPECT_TRUE(Hub_IsAbandoned());
     EXPECT_FALSE(Hub_OpenDevice());
     EXPECT_EQ(LastError, 5);
     EXPECT_EQ(Hub_LastFailure(), HubFailure::Abandoned);
