@@ -2,6 +2,7 @@
 
 #include "hub/VendorRequests.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <iterator>
 
@@ -34,11 +35,12 @@ bool movesFlash(VendorCommand command)
 std::string Hub_RequestText(const ControlRequest& request)
 {
     char text[80];
-    for (std::size_t i = 0; i < std::size(kVendorRequests); ++i) {
-        const ControlRequest& known = kVendorRequests[i];
-        if (known.bmRequestType != request.bmRequestType || known.bRequest != request.bRequest) {
-            continue;
-        }
+    const auto* const known = std::find_if(
+        std::begin(kVendorRequests), std::end(kVendorRequests), [&](const ControlRequest& each) {
+            return each.bmRequestType == request.bmRequestType && each.bRequest == request.bRequest;
+        });
+    if (known != std::end(kVendorRequests)) {
+        const auto i = known - std::begin(kVendorRequests);
         if (!movesFlash(static_cast<VendorCommand>(i))) {
             return kCommandTexts[i];
         }

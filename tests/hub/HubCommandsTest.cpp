@@ -1,3 +1,4 @@
+#include "hub/RequestText.h"
 #include "tests/hub/BenchHub.h"
 
 #include <chrono>
@@ -152,6 +153,20 @@ TEST_F(FlashTransfers, ReturnTheStatusWithoutRetryOrPause)
     Hub_CloseDevice();
     EXPECT_EQ(Hub_WriteFlash(0, data), 0xE00002F0U);
     EXPECT_EQ(Hub_ReadFlash(0, data), 0xE00002F0U);
+}
+
+TEST(RequestText, TellsWhatTheHubIsAsked)
+{
+    std::array<std::uint8_t, 16> data{};
+    const std::pair<ControlRequest, std::string> rows[] = {
+        {{0x40, 0x01}, "mode 0"},
+        {{0x40, 0xE9, 0x0101}, "restart into flash code"},
+        {{0xC0, 0xD8, 0x2345, 0x0001, {}, data}, "read 16 bytes at 0x12345"},
+        {{0xC1, 0xD8, 0x00AB, 0x0102, {}, data}, "request C1 D8, value 00AB, index 0102, 16 bytes"},
+    };
+    for (const auto& [request, text] : rows) {
+        EXPECT_EQ(Hub_RequestText(request), text);
+    }
 }
 
 } // namespace
