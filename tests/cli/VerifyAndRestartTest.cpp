@@ -76,6 +76,10 @@ TEST(Wait, GivesUpAfterTheTimeout)
     EXPECT_EQ(session.run(line), kExitNoHub);
     EXPECT_EQ(session.clock.now(), 3s);
     EXPECT_THAT(session.err.str(), HasSubstr("within 3 s"));
+    session.interruptBeforeCommands = true;
+    EXPECT_EQ(session.run(line), kExitFailure);
+    EXPECT_EQ(session.clock.now(), 3s) << "at once";
+    EXPECT_THAT(session.err.str(), HasSubstr("stopped [interrupted]"));
 }
 
 } // namespace
