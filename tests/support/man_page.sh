@@ -29,14 +29,18 @@ described=$(awk '/^\.SH/ { part = $2 } part == "SYNOPSIS" || (part == "OPTIONS" 
 helped=$({
     "$program" --help
     for command in "$@"; do
-        "$program" "$command" --help || true # where a command is no subcommand, there is no help
+        # shellcheck disable=SC2086 # a verb may be two words
+        "$program" $command --help || true # where a command is no subcommand, there is no help
     done
 } 2>/dev/null | options)
 [ -n "$helped" ] || fail "--help names no options"
 [ "$described" = "$helped" ] || fail "the options differ: the page has $described, --help has $helped"
 
 for command in "$@"; do
-    "$program" --help | grep -qE "[ ,]${command}[], .]" || fail "--help does not name the command $command"
+    group=${command% *}
+    [ "$group" != "$command" ] || group=''
+    # shellcheck disable=SC2086 # empty if the command is in no group
+    "$program" $group --help | grep -qE "[ ,]${command##* }[], .]" || fail "--help does not name the command $command"
     grep -qE "^$command( |\$)" "$plain" || fail "the page does not describe the command $command"
 done
 
