@@ -19,7 +19,8 @@ constexpr std::array<std::string_view, 9> kSourceSuffixes = {".h",   ".hpp", ".i
                                                              ".cpp", ".cxx", ".m",   ".mm"};
 
 /// Folders at the root that are not rooms; they may include anything.
-constexpr std::array<std::string_view, 4> kOtherFolders = {"tests", "bench", "examples", "build"};
+constexpr std::array<std::string_view, 5> kOtherFolders = {"tests", "bench", "examples",
+                                                           "packaging", "build"};
 
 /// Rooms that choose the machine to work on. A front end may use them in its main.cpp only.
 constexpr std::array<std::string_view, 2> kChosenInMain = {"platform_native", "sim"};
