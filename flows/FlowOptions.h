@@ -27,8 +27,8 @@ struct FlowOptions {
     /// an erase and its last restart. A hub that the flow has restarted is sent back to its
     /// firmware. Null: never.
     const std::atomic<bool>* stop = nullptr;
-    /// Called by a strict flow before it changes the flash, with the whole flash, which two reads
-    /// have told alike. Empty: the flash is not read.
+    /// Called by a strict flow before it changes the flash, with the whole content, once two reads
+    /// of it are equal. Empty: the flash is not read.
     std::function<BeforeChange(std::span<const std::uint8_t> flash)> beforeChange = {};
 };
 

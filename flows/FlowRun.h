@@ -32,8 +32,8 @@ public:
 
     // In a strict flow; otherwise they do nothing and return true:
 
-    /// Hands the flash over before it is changed, if the options ask for that. `whenEqual` is its
-    /// state if it begins with the `wanted` bytes and is not to be changed.
+    /// Reads the flash and hands it over before it is changed, if the options ask for that. If it
+    /// is not to be changed and begins with the `wanted` bytes, its state is `whenEqual`.
     bool save(std::span<const std::uint8_t> wanted, FlashState whenEqual);
     bool readAgain(std::span<const std::uint8_t> bytes); ///< compares with the first read
     bool eraseIsDone();                                  ///< whether the flash is blank
@@ -43,8 +43,8 @@ public:
 
     bool isUpToDate() const { return m_isUpToDate; } ///< after save(): change nothing
 
-    /// Without a change: restarts the hub into its firmware if this run has restarted it. Returns
-    /// why that failed. Once only; the last step.
+    /// Restarts the hub into its firmware if this run has restarted it; a second call does nothing.
+    /// Call it last, in a run that has not changed the flash. Returns why it failed.
     HubFailure sendBack();
 
     bool isStrict() const { return m_session.isStrict(); }
