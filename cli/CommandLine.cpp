@@ -1,5 +1,7 @@
 #include "cli/CommandLine.h"
 
+#include "cli/Failures.h"
+#include "cli/HelpText.h"
 #include "cli/Options.h"
 #include "cli/Verbs.h"
 #include "config/SimulatedHubFlag.h"
@@ -8,6 +10,8 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <iterator>
+#include <sstream>
 #include <vector>
 
 namespace vornadel
@@ -15,6 +19,17 @@ namespace vornadel
 
 namespace
 {
+
+/// Lines, each after two spaces.
+std::string indented(const std::string& lines)
+{
+    std::istringstream in(lines);
+    std::string text;
+    for (std::string line; std::getline(in, line);) {
+        text += "  " + line + '\n';
+    }
+    return text;
+}
 
 std::string refuseOtherPaths(const std::string& text)
 {
@@ -26,6 +41,7 @@ void addSelectors(CLI::App& app, HubSelector& hub)
 {
     const char* const group = "Which hub";
     app.add_option("-p,--path", hub.path, "The one at this port: either of its two, or both")
+        ->option_text("PLACE")
         ->check(refuseOtherPaths)
         ->group(group);
     addText(app, "-S,--serial", "TEXT", hub.serialNumber, "The one with this serial number");
@@ -39,6 +55,7 @@ void addSelectors(CLI::App& app, HubSelector& hub)
                }
            },
            "The one with this Container ID")
+        ->option_text("ID")
         ->group(group);
     app.add_option_function<std::string>(
            "--id",
@@ -48,7 +65,8 @@ void addSelectors(CLI::App& app, HubSelector& hub)
                    throw CLI::ValidationError("--id", '"' + text + "\" is no VID:PID in hex");
                }
            },
-           "The one with these ids, VID:PID in hex; the\nproduct id of either half")
+           "The one with these ids, VID:PID in hex; the product id of either half")
+        ->option_text("VID:PID")
         ->group(group);
 }
 
@@ -57,10 +75,10 @@ void addOutputOptions(CLI::App& app, CommandLine& line)
     const char* const group = "Output";
     addFlag(app, "--json", line.json, "Print JSON, for programs");
     app.add_option("--progress", line.progress, "How to show progress: auto, bar, plain or none")
-        ->type_name("HOW")
+        ->option_text("HOW")
         ->check(CLI::IsMember({"auto", "bar", "plain", "none"}));
     app.add_option("--color", line.color, "Use colors: auto, always or never")
-        ->type_name("WHEN")
+        ->option_text("WHEN")
         ->check(CLI::IsMember({"auto", "always", "never"}));
     addFlag(app, "-q,--quiet", line.quiet, "Print only failures and results");
     app.add_flag("-v,--verbose", line.verbose, "Print more; twice: log every request to the hub");
@@ -71,48 +89,160 @@ void addOutputOptions(CLI::App& app, CommandLine& line)
     }
 }
 
+constexpr struct {
+    const char* name;
+    const char* summary;
+} kGroups[] = {
+    {"image", "Look into firmware images, compare and edit them"},
+    {"access", "Let users open hubs, or withdraw that"},
+};
+
+/// The parser of a group of verbs.
+CLI::App* groupCalled(CLI::App& app, const std::string& name)
+{
+    const std::vector<CLI::App*> there =
+        app.get_subcommands([&](const CLI::App* each) { return each->get_name() == name; });
+    if (!there.empty()) {
+        return there.front();
+    }
+    const auto* const row = std::find_if(std::begin(kGroups), std::end(kGroups),
+                                         [&](const auto& each) { return each.name == name; });
+    CLI::App* const group = app.add_subcommand(name, row == std::end(kGroups) ? "" : row->summary);
+    group->require_subcommand(1);
+    return group;
+}
+
 /// The parser of a verb, in that of its group if it has one.
-CLI::App* addVerb(CLI::App& app, const Verb& verb)
+CLI::App* addVerb(CLI::App& app, const Verb& verb, CommandLine& line)
 {
     const std::string name = verb.name;
     const std::size_t space = name.find(' ');
-    if (space == std::string::npos) {
-        return app.add_subcommand(name, verb.summary);
-    }
-    const std::string group = name.substr(0, space);
-    const std::vector<CLI::App*> parents =
-        app.get_subcommands([&](const CLI::App* each) { return each->get_name() == group; });
     CLI::App* const parent =
-        parents.empty() ? app.add_subcommand(group, "See \"" + group + " --help\"") : parents[0];
-    parent->require_subcommand(1);
-    return parent->add_subcommand(name.substr(space + 1), verb.summary);
+        space == std::string::npos ? &app : groupCalled(app, name.substr(0, space));
+    CLI::App* const parser = parent->add_subcommand(
+        name.substr(space == std::string::npos ? 0 : space + 1), std::string(verb.summary) + '.');
+    if (verb.addOptions != nullptr) {
+        verb.addOptions(*parser, line);
+    }
+    parser->group("Verbs");
+    parser->footer("Examples:\n" + indented(verb.examples) +
+                   "\n\"vornadelctl help\" shows the options of all verbs and the exit statuses.");
+    return parser;
+}
+
+std::vector<std::string> verbsOf(const CLI::App& parser)
+{
+    std::vector<std::string> names;
+    for (const CLI::App* const verb : parser.get_subcommands({})) {
+        names.push_back(verb->get_name());
+    }
+    return names;
+}
+
+/// The first word that a parser did not understand and that is no option; empty if there is none.
+std::string unknownWord(const CLI::App& parser)
+{
+    const std::vector<std::string> words = parser.remaining();
+    const auto found = std::find_if(words.begin(), words.end(),
+                                    [](const auto& word) { return !word.starts_with('-'); });
+    return found == words.end() ? std::string() : *found;
+}
+
+std::string noSuchVerb(const std::string& word, const CLI::App& parser)
+{
+    return "there is no verb \"" + word + "\"; did you mean \"" +
+           nearestWord(word, verbsOf(parser)) + "\"?";
+}
+
+/// What is wrong with a command line. `innermost` is the last verb or group that was understood.
+Failure usageFailure(const CLI::ParseError& error, const CLI::App& app, const CLI::App& innermost,
+                     const std::string& names)
+{
+    std::string what = error.what();
+    if (!innermost.get_subcommands({}).empty() &&
+        error.get_name() != CLI::ValidationError("", "").get_name()) {
+        const std::string own = unknownWord(innermost);
+        const std::string word = own.empty() ? unknownWord(app) : own;
+        what = word.empty() ? "a verb is missing" : noSuchVerb(word, innermost);
+    }
+    return {FailureId::Usage, what, kindOf(FailureId::Usage).state, "vornadelctl help" + names};
+}
+
+/// The parser of the verb that `words` call; null after an unknown one, which has been told.
+const CLI::App* parserOf(const CLI::App& app, const std::vector<std::string>& words,
+                         std::ostream& err)
+{
+    const CLI::App* parser = &app;
+    for (const std::string& word : words) {
+        const auto next =
+            parser->get_subcommands([&](const CLI::App* each) { return each->get_name() == word; });
+        if (next.empty()) {
+            printFailure(err,
+                         {FailureId::Usage, noSuchVerb(word, *parser),
+                          kindOf(FailureId::Usage).state, "vornadelctl help"},
+                         {});
+            return nullptr;
+        }
+        parser = next.front();
+    }
+    return parser;
 }
 
 /// The parser of all verbs. It stores what it reads in the given command line.
 struct Parser {
     explicit Parser(CommandLine& commandLine)
     {
-        app.set_version_flag("--version", std::string("vornadelctl ") + kToolVersion);
+        app.formatter(helpFormatter());
+        app.set_help_flag("-h,--help", "Show this help, or that of a verb");
+        app.set_version_flag("--version", std::string("vornadelctl ") + kToolVersion,
+                             "Show the version");
         app.require_subcommand(1);
         app.fallthrough();
+        app.footer("Examples:\n" +
+                   indented("vornadelctl list\n"
+                            "vornadelctl --path 2-3 update new.bin\n"
+                            "vornadelctl image set old.bin serial=SN0002 -o new.bin\n"
+                            "vornadelctl help update\n") +
+                   "\nExit status:\n" + exitStatusText());
         addText(app, "--config", "FILE", commandLine.configFile,
-                "Use this file instead of the tool's config.ini");
-        addOutputOptions(app, commandLine);
+                "Use this file instead of the usual config.ini");
         addSelectors(app, commandLine.hub);
+        addOutputOptions(app, commandLine);
         simulatedHub.emplace(app);
         for (const Verb* const verb : allVerbs()) {
-            parsers.push_back(addVerb(app, *verb));
-            if (verb->addOptions != nullptr) {
-                verb->addOptions(*parsers.back(), commandLine);
-            }
+            parsers.push_back(addVerb(app, *verb, commandLine));
+        }
+        help = app.add_subcommand("help", "Show this help, or that of a verb");
+        addOperands(*help, "VERB", helpWords, Operand::Optional, "The verb");
+        for (CLI::App* const verb : app.get_subcommands({})) {
+            verb->group("Verbs");
         }
     }
 
-    CLI::App app{"Updates, reads and erases the firmware of USB 3 hubs, without a window.",
+    CLI::App app{"Keeps the firmware of USB 3 hubs: reads, writes, compares and edits it, without "
+                 "a window.",
                  "vornadelctl"};
     std::optional<SimulatedHubFlag> simulatedHub;
     std::vector<CLI::App*> parsers; ///< of each verb
+    CLI::App* help;                 ///< the verb
+    std::vector<std::string> helpWords;
 };
+
+/// Prints the help of the verb that `words` call. Returns the exit status.
+int printHelp(const CLI::App& app, const std::vector<std::string>& words, std::ostream& out,
+              std::ostream& err)
+{
+    const CLI::App* const verb = parserOf(app, words, err);
+    if (verb == nullptr) {
+        return kExitUsage;
+    }
+    std::string name = app.get_name();
+    for (const std::string& word : words) {
+        name += ' ' + word;
+    }
+    out << verb->get_formatter()->make_help(verb, name, CLI::AppFormatMode::Normal);
+    return kExitSuccess;
+}
 
 } // namespace
 
@@ -122,14 +252,25 @@ std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLi
     Parser parser(commandLine);
     CLI::App& app = parser.app;
     const std::vector<CLI::App*>& parsers = parser.parsers;
+    commandLine.typed.assign(argv + 1, argv + argc);
     try {
         app.parse(argc, argv);
-    } catch (const CLI::ParseError& ended) {
-        const bool wrong = ended.get_exit_code() != static_cast<int>(CLI::ExitCodes::Success);
-        app.exit(ended, out, err);
-        return wrong ? kExitUsage : kExitSuccess;
+    } catch (const CLI::Success& asked) { // help or version
+        app.exit(asked, out, err);
+        return kExitSuccess;
+    } catch (const CLI::ParseError& error) {
+        const CLI::App* innermost = &app;
+        std::string names;
+        while (!innermost->get_subcommands().empty()) {
+            innermost = innermost->get_subcommands().front();
+            names += ' ' + innermost->get_name();
+        }
+        printFailure(err, usageFailure(error, app, *innermost, names), {});
+        return kExitUsage;
     }
-    commandLine.typed.assign(argv + 1, argv + argc);
+    if (parser.help->parsed()) {
+        return printHelp(app, parser.helpWords, out, err);
+    }
     commandLine.simulatedHub = parser.simulatedHub->options();
     const auto parsed = std::find_if(parsers.begin(), parsers.end(),
                                      [](const CLI::App* verb) { return verb->parsed(); });

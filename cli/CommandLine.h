@@ -26,6 +26,7 @@ struct CommandLine {
     std::string configFile{};         ///< empty: config.ini in the resource directory
     std::optional<std::string> simulatedHub{}; ///< set: work on the simulated hub, with these
                                                ///< options
+    std::string simulatedHubProblem{};         ///< why there is none
     HubSelector hub = {};                      ///< of verbs about hubs
     bool refuseInUse = false;     ///< of verbs that restart the hub: not if a device hangs below it
     bool noBackup = false;        ///< of verbs that change the flash

@@ -1,6 +1,7 @@
 #include "cli/Failures.h"
 
 #include "cli/EventStream.h"
+#include "cli/LineStream.h"
 #include "cli/NextCommand.h"
 #include "cli/Verbs.h"
 
@@ -32,7 +33,7 @@ constexpr FailureKind kKinds[] = {
      "vornadelctl access show"},
     {FailureId::AccessUnchanged, "access-unchanged", kExitFailure, kUntouched,
      "vornadelctl access show"},
-    {FailureId::Usage, "usage", kExitUsage, kUntouched, "vornadelctl {verb} --help"},
+    {FailureId::Usage, "usage", kExitUsage, kUntouched, "vornadelctl help {verb}"},
     {FailureId::ConfigUnusable, "config-unusable", kExitUsage, kUntouched,
      "vornadelctl version -v"},
     {FailureId::ConfigFull, "config-full", kExitUsage, kUntouched, "vornadelctl version -v"},
@@ -46,14 +47,14 @@ constexpr FailureKind kKinds[] = {
     {FailureId::NoAccess, "no-access", kExitNoAccess,
      "unchanged; plug it in again after the next command", "vornadelctl list"},
     {FailureId::Busy, "busy", kExitBusy, "not asked", "{again}"},
-    {FailureId::InUse, "in-use", kExitFailure, kUntouched, "vornadelctl {verb} --help"},
+    {FailureId::InUse, "in-use", kExitFailure, kUntouched, "vornadelctl help {verb}"},
     {FailureId::ImageUnreadable, "image-unreadable", kExitImageRefused, kUntouched,
-     "vornadelctl {verb} --help"},
+     "vornadelctl help {verb}"},
     {FailureId::ImageRefused, "image-refused", kExitImageRefused, kUntouched,
-     "vornadelctl {verb} --help"},
+     "vornadelctl help {verb}"},
     {FailureId::DefinitionsUnusable, "definitions-unusable", kExitUsage, kUntouched,
-     "vornadelctl {verb} --help"},
-    {FailureId::Locked, "locked", kExitImageRefused, kUntouched, "vornadelctl {verb} --help"},
+     "vornadelctl help {verb}"},
+    {FailureId::Locked, "locked", kExitImageRefused, kUntouched, "vornadelctl help {verb}"},
     {FailureId::OpenFailed, "open-failed", kExitTransferFailed, kUntouched, "{again}"},
     {FailureId::Unplugged, "unplugged", kExitTransferFailed, kUnchangedReplug, "{again}"},
     {FailureId::Stalled, "stalled", kExitTransferFailed, kUnchangedReplug, "{again}"},
@@ -83,6 +84,18 @@ const FailureKind& kindOf(FailureId id)
                          [&](const FailureKind& kind) { return kind.id == id; });
 }
 
+void printFailure(std::ostream& err, const Failure& failure, const std::string& log)
+{
+    const std::string what = withoutControls(failure.what);
+    const std::size_t lineEnd = std::min(what.find('\n'), what.size());
+    err << what.substr(0, lineEnd) << " [" << kindOf(failure.id).name << ']' << what.substr(lineEnd)
+        << '\n'
+        << "  hub:  " << failure.state << '\n'
+        << "  next: " << withoutControls(failure.next) << '\n'
+        << "  log:  " << (log.empty() ? "none" : log) << '\n'
+        << std::flush;
+}
+
 int fail(const Command& command, const Failure& failure)
 {
     const FailureKind& kind = kindOf(failure.id);
@@ -96,13 +109,7 @@ int fail(const Command& command, const Failure& failure)
         command.events->emit("message",
                              {{"level", "error"}, {"id", kind.name}, {"text", complete.what}});
     } else {
-        const std::size_t lineEnd = std::min(complete.what.find('\n'), complete.what.size());
-        command.err << complete.what.substr(0, lineEnd) << " [" << kind.name << ']'
-                    << complete.what.substr(lineEnd) << '\n'
-                    << "  hub:  " << complete.state << '\n'
-                    << "  next: " << complete.next << '\n'
-                    << "  log:  " << (command.log.path.empty() ? "none" : command.log.path) << '\n'
-                    << std::flush;
+        printFailure(command.err, complete, command.log.path);
     }
     if (!command.result.failure) {
         command.result.failure = std::move(complete);

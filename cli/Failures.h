@@ -3,6 +3,7 @@
 #include "flows/FlowReporter.h"
 
 #include <optional>
+#include <ostream>
 #include <span>
 #include <string>
 
@@ -91,6 +92,9 @@ struct CommandResult {
     std::string backupProblem{};      ///< why there is none, if the flow ended for that
     bool printed = false;             ///< the verb's own object, with --json
 };
+
+/// The four lines of a failure whose members are all set; `log` is the log file, if there is one.
+void printFailure(std::ostream& err, const Failure& failure, const std::string& log);
 
 /// Tells a failure on standard error, or as an event, and returns its exit status.
 int fail(const Command& command, const Failure& failure);

@@ -40,7 +40,7 @@ void addFlagWithText(CLI::App& verb, const char* names, std::string& value, cons
 void addNumber(CLI::App& verb, const char* names, const char* valueName, std::optional<int>& value,
                const char* text)
 {
-    verb.add_option(names, value, text)->type_name(valueName)->check(CLI::NonNegativeNumber);
+    verb.add_option(names, value, text)->option_text(valueName)->check(CLI::NonNegativeNumber);
 }
 
 void addOperand(CLI::App& verb, const char* name, std::string& value, Operand kind,

@@ -132,6 +132,10 @@ int takeSelector(const Command& command, CommandLine& line)
 int run(const Command& command, CommandLine& line)
 {
     try {
+        if (!line.simulatedHubProblem.empty()) {
+            return fail(command, FailureId::SimulatedHub,
+                        "--simulated-hub: " + line.simulatedHubProblem);
+        }
         if (const char* const why = whyUnfit(line)) {
             return fail(command, FailureId::Usage, why);
         }

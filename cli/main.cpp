@@ -45,8 +45,8 @@ int chooseAndRun(int argc, char** argv)
     const std::unique_ptr<SimulatedBus> bus =
         SimulatedBus::create(std::string_view(*commandLine.simulatedHub), real.clock, error);
     if (!bus) {
-        std::cerr << "--simulated-hub: " << error << '\n';
-        return kExitUsage;
+        commandLine.simulatedHubProblem = error;
+        return run(commandLine, real, argv[0]);
     }
     return run(commandLine, bus->replaceBusOf(real), argv[0]);
 }

@@ -185,13 +185,20 @@ TEST(CommandLine, HelpAndVersionAreNoErrors)
         {{"--help"}, "Which hub:\n"},
         {{"--help"}, "-S,--serial TEXT "},
         {{"--help"}, "The one with this Container ID\n"},
-        {{"--help"}, "The one with these ids, VID:PID in hex; the\n"},
-        {{"--help"}, "product id of either half\n"},
+        {{"-h"}, "\nExit status:\n   0  done, or already so\n"},
+        {{"help"}, "\nExit status:\n   0  done, or already so\n"},
+        {{"help", "update"}, "\nUsage: vornadelctl update [OPTIONS] IMAGE\n"},
+        {{"update", "-h"}, "\nUsage: vornadelctl update [OPTIONS] IMAGE\n"},
+        {{"help", "image", "set"}, "\nUsage: vornadelctl image set [OPTIONS] IMAGE EDITS...\n"},
+        {{"image", "--help"}, "\n  properties   "},
         {{"info", "--help"}, "[IMAGE]"},
         {{"-h"}, "update"},
         {{"update", "--help"}, "IMAGE"},
         {{"erase", "--help"}, "Asks first"},
         {{"--version"}, "vornadelctl 1.02"},
+        {{"update", "--version"}, "vornadelctl 1.02"},
+        {{"--version", "image"}, "vornadelctl 1.02"},
+        {{"image", "set", "a.bin", "--version"}, "vornadelctl 1.02"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(testing::PrintToString(row.words));
@@ -208,7 +215,14 @@ TEST(CommandLine, ExplainsWhatItDoesNotUnderstand)
         Words words;
         std::string named; // in the error message
     } rows[] = {
-        {{}, "subcommand"},
+        {{},
+         "a verb is missing [usage]\n  hub:  unchanged\n  next: vornadelctl help\n  log:  none\n"},
+        {{"image"}, "a verb is missing [usage]\n"},
+        {{"updat"}, "there is no verb \"updat\"; did you mean \"update\"? [usage]\n"},
+        {{"--path", "2-3", "ifno", "a.bin"}, "there is no verb \"ifno\"; did you mean \"info\"?"},
+        {{"image", "st", "a.bin"}, "there is no verb \"st\"; did you mean \"set\"?"},
+        {{"help", "image", "gte"}, "there is no verb \"gte\"; did you mean \"get\"?"},
+        {{"\x1b[2J"}, "there is no verb \"?[2J\"; did you mean"},
         {{"update"}, "IMAGE"},
         {{"update", "a.bin", "b.bin"}, "b.bin"},
         {{"read"}, "FILE"},
@@ -219,9 +233,10 @@ TEST(CommandLine, ExplainsWhatItDoesNotUnderstand)
         {{"list", "a.bin"}, "a.bin"},
         {{"--nonsense", "list"}, "--nonsense"},
         {{"list", "--config", ""}, "empty"},
-        {{"info", "-p", "1:5"}, "\"1:5\" is no port such as 2-3, nor a pair such as 2-3/1-3\n"},
-        {{"info", "--container", "5d"}, "\"5d\" is no Container ID\n"},
-        {{"info", "--id", "12"}, "\"12\" is no VID:PID in hex\n"},
+        {{"info", "-p", "1:5"},
+         "\"1:5\" is no port such as 2-3, nor a pair such as 2-3/1-3 [usage]\n"},
+        {{"info", "--container", "5d"}, "\"5d\" is no Container ID [usage]\n"},
+        {{"info", "--id", "12"}, "\"12\" is no VID:PID in hex [usage]\n"},
         {{"info", "--refuse-in-use"}, "--refuse-in-use"},
         {{"list", "--simulated-hub=latency=none", "--simulated-hub"}, "--simulated-hub"},
     };
@@ -231,6 +246,34 @@ TEST(CommandLine, ExplainsWhatItDoesNotUnderstand)
         EXPECT_EQ(parsed.ended, 2);
         EXPECT_THAT(parsed.err, HasSubstr(row.named));
         EXPECT_THAT(parsed.out, IsEmpty());
+    }
+}
+
+TEST(CommandLine, HasAHelpOfEightyColumnsWithExamplesForEachVerb)
+{
+    std::vector<Words> helps{{"help"}, {"help", "image"}, {"help", "access"}};
+    for (const Verb* const verb : allVerbs()) {
+        std::istringstream names(verb->name);
+        helps.push_back({"help"});
+        for (std::string name; names >> name;) {
+            helps.back().push_back(name);
+        }
+        std::istringstream examples(verb->examples);
+        int count = 0;
+        for (std::string example; std::getline(examples, example); ++count) {
+            EXPECT_THAT(example, testing::StartsWith("vornadelctl "));
+            EXPECT_THAT(example, HasSubstr(verb->name));
+        }
+        EXPECT_GT(count, 0) << verb->name;
+    }
+    for (const Words& words : helps) {
+        SCOPED_TRACE(testing::PrintToString(words));
+        const Parsed parsed = parse(words);
+        EXPECT_EQ(parsed.ended, kExitSuccess) << parsed.err;
+        std::istringstream lines(parsed.out);
+        for (std::string line; std::getline(lines, line);) {
+            EXPECT_LE(line.size(), 80U) << line;
+        }
     }
 }
 

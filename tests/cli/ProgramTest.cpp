@@ -85,7 +85,8 @@ TEST_F(ProgramTest, SaysWhyItCannotSimulateAHub)
 {
     Program program({"--simulated-hub=image=" + m_folder.path(), "info"});
     EXPECT_EQ(program.finish(), 2);
-    EXPECT_EQ(program.err(), "--simulated-hub: " + m_folder.path() + ": it is a folder\n");
+    EXPECT_THAT(program.err(), StartsWith("--simulated-hub: " + m_folder.path() +
+                                          ": it is a folder [simulated-hub]\n"));
 }
 
 TEST_F(ProgramTest, SavesWhatItUpdatedAndErasesIt)
