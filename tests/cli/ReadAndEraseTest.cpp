@@ -204,6 +204,13 @@ TEST(Read, KeepsTheMachineAwake)
     session.hub().onRequest = [&](const ControlRequest&) { EXPECT_EQ(session.sleep.holds, 1); };
     EXPECT_EQ(session.read(session.folder.path("read.bin")), kExitSuccess);
     EXPECT_EQ(session.sleep.holds, 0);
+
+    session.hub().onRequest = nullptr;
+    session.sleep.problem = "no logind";
+    EXPECT_EQ(session.read(session.folder.path("read.bin")), kExitSuccess);
+    EXPECT_THAT(session.err.str(), IsEmpty());
+    EXPECT_THAT(session.state.text("vornadel/vornadelctl.log"),
+                HasSubstr("] the machine may go to sleep: no logind\n"));
 }
 
 TEST(Erase, LeavesABlankFlashAndTellsItsSteps)
