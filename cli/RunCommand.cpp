@@ -27,7 +27,7 @@ namespace
 {
 
 constexpr const char* kRed = "\x1b[31m";
-constexpr const char* kPlain = "\x1b[0m";
+constexpr const char* kNoPaint = "\x1b[0m";
 
 /// Where the words of a verb go, apart from the log: as messages into the events, or to the
 /// streams without control characters.
@@ -71,8 +71,8 @@ private:
         }
         const bool paints = places.hasColour && !piece.starts_with("  ");
         const std::string line = withoutControls(lineOf(piece));
-        places.err << (paints ? kRed + line + kPlain : line) << (piece.ends_with('\n') ? "\n" : "")
-                   << std::flush;
+        places.err << (paints ? kRed + line + kNoPaint : line)
+                   << (piece.ends_with('\n') ? "\n" : "") << std::flush;
     }
 
     static std::string lineOf(const std::string& piece)
