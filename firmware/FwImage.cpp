@@ -13,6 +13,8 @@
 #include <system_error>
 #include <utility>
 
+#include <sys/stat.h>
+
 namespace vornadel
 {
 
@@ -109,18 +111,30 @@ File openImage(const std::string& path)
     if (!std::filesystem::is_regular_file(path, ignored)) {
         return nullptr;
     }
-    return File(std::fopen(path.c_str(), "rb"));
+    File file(std::fopen(path.c_str(), "rb"));
+    if (file != nullptr) {
+        std::setvbuf(file.get(), nullptr, _IONBF, 0); // it is read at once
+    }
+    return file;
+}
+
+/// 0xFFFFFFFF if it is that long or longer, or not known.
+std::uint32_t lengthOf(std::FILE* file)
+{
+    constexpr std::uint32_t kUnknown = std::numeric_limits<std::uint32_t>::max();
+    struct stat info = {};
+    if (file == nullptr || ::fstat(fileno(file), &info) != 0) {
+        return kUnknown;
+    }
+    return static_cast<std::uint32_t>(
+        std::min<std::uint64_t>(static_cast<std::uint64_t>(info.st_size), kUnknown));
 }
 
 // The whole file, or null.
-Bytes readFile(const std::string& path, std::size_t size)
+Bytes readFile(std::FILE* file, std::size_t size)
 {
-    const File file = openImage(path);
-    if (file == nullptr) {
-        return nullptr;
-    }
     Bytes bytes = allocate(size);
-    if (bytes == nullptr || std::fread(bytes.get(), 1, size, file.get()) != size) {
+    if (bytes == nullptr || std::fread(bytes.get(), 1, size, file) != size) {
         return nullptr;
     }
     return bytes;
@@ -131,8 +145,9 @@ Bytes readFile(const std::string& path, std::size_t size)
 bool FwImage_LoadFile(FwImage& image, const std::string& path)
 {
     constexpr std::uint32_t kLongest = std::numeric_limits<std::int32_t>::max();
-    const std::uint32_t size = GetFileSize(path);
-    Bytes bytes = size >= 1 && size <= kLongest ? readFile(path, size) : nullptr;
+    const File file = openImage(path);
+    const std::uint32_t size = lengthOf(file.get());
+    Bytes bytes = size >= 1 && size <= kLongest ? readFile(file.get(), size) : nullptr;
     if (bytes == nullptr) {
         LastError = kUnreadable;
         return false;
@@ -283,14 +298,6 @@ std::string FwImage_ContainerIdText(const std::uint8_t* id)
     return text + '}';
 }
 
-std::uint32_t GetFileSize(const std::string& path)
-{
-    constexpr std::uint32_t kUnknown = std::numeric_limits<std::uint32_t>::max();
-    const File file = openImage(path);
-    std::error_code error;
-    const std::uintmax_t size =
-        file == nullptr ? kUnknown : std::filesystem::file_size(path, error);
-    return error ? kUnknown : static_cast<std::uint32_t>(std::min<std::uintmax_t>(size, kUnknown));
-}
+std::uint32_t GetFileSize(const std::string& path) { return lengthOf(openImage(path).get()); }
 
 } // namespace vornadel
