@@ -200,7 +200,12 @@ int runCommand(const CommandLine& commandLine, Platform& platform, const std::st
             {aside ? err : out, err, theEvents, line.quiet && isFlow, hasColour(line, env)}, file);
         Log log = file; // of the verb: with -v its notes are also shown
         if (line.verbose > 0) {
-            log.note = [&words](const std::string& note) { words.err << note << '\n'; };
+            log.note = [&](const std::string& note) {
+                file.note(note);
+                if (!events) {
+                    err << withoutControls(note) << '\n' << std::flush; // no failure, so not red
+                }
+            };
         }
         const Command command{line,      platform,  resourcePath, place.file,  config,
                               words.out, out,       words.err,    env,         stop,

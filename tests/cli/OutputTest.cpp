@@ -147,6 +147,19 @@ TEST(Colors, AreOfFailuresOnTerminals)
     }
 }
 
+TEST(Notes, AreShownOnDemandAndNotAsFailures)
+{
+    Session session("latency=none");
+    session.sleep.problem = "no logind";
+    CommandLine line = session.line("erase");
+    line.color = "always";
+    EXPECT_EQ(session.run(line), kExitSuccess);
+    EXPECT_EQ(session.err.str(), "");
+    line.verbose = 1;
+    EXPECT_EQ(session.run(line), kExitSuccess);
+    EXPECT_EQ(session.err.str(), "the machine may go to sleep: no logind\n");
+}
+
 TEST(AnyCommand, KeepsControlCharactersOfDevicesFromTheTerminal)
 {
     Session session;
