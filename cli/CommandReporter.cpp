@@ -54,6 +54,9 @@ void CommandReporter::stepStarted(Step step)
     const bool begins = (step == Step::Erase || step == Step::Restart) && !m_mustFinish;
     m_mustFinish = m_mustFinish || begins;
     const bool finishes = begins && m_command.stop.enter(StopRequest::Phase::Changing);
+    if (m_command.events != nullptr) { // otherwise its text is in the log
+        m_command.log.note(std::string("step: ") + nameOf(step));
+    }
     m_shown->stepStarted(step);
     if (finishes) {
         m_command.err << kFinishing << '\n' << std::flush;

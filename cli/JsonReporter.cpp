@@ -9,9 +9,6 @@
 namespace vornadel
 {
 
-namespace
-{
-
 const char* nameOf(Step step)
 {
     switch (step) {
@@ -32,8 +29,6 @@ const char* nameOf(Step step)
     }
     return "";
 }
-
-} // namespace
 
 void JsonReporter::stepStarted(Step step)
 {

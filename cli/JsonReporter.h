@@ -7,6 +7,9 @@ namespace vornadel
 
 class EventStream;
 
+/// "erase"
+const char* nameOf(Step step);
+
 /// Prints one run of a flow as events.
 class JsonReporter final : public FlowReporter
 {

@@ -184,6 +184,10 @@ TEST(LogFile, TellsWhatACommandDid)
     EXPECT_THAT(log, EndsWith("] ended with 0\n"));
     EXPECT_THAT(log, Not(HasSubstr("read status"))) << log;
 
+    line.json = true;
+    EXPECT_EQ(session.run(line), kExitSuccess);
+    EXPECT_THAT(session.state.text(name), HasSubstr("] step: restart\n"));
+    line.json = false;
     line.image = "/nowhere";
     line.verb = verbCalled("update");
     line.verbose = 2;
