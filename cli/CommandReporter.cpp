@@ -3,6 +3,7 @@
 #include "cli/ConsoleReporter.h"
 #include "cli/Heartbeat.h"
 #include "cli/JsonReporter.h"
+#include "cli/OutputFile.h"
 #include "cli/Verbs.h"
 
 namespace vornadel
@@ -17,7 +18,8 @@ std::unique_ptr<FlowReporter> shownBy(const Command& command)
         return std::make_unique<JsonReporter>(*command.events);
     }
     const std::string& how = command.line.progress;
-    const bool bar = how == "bar" || (how == "auto" && command.env.outIsTerminal);
+    const bool bar = (how == "bar" || (how == "auto" && command.env.outIsTerminal)) &&
+                     !outputIsStandard(command.line); // it would get into the file
     const bool none = how == "none" || command.line.quiet;
     return std::make_unique<ConsoleReporter>(command.out, command.err, command.rawOut,
                                              command.platform.clock,

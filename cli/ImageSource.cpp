@@ -26,20 +26,10 @@ int readHub(const Command& command, Flash& flash)
 {
     CommandLine line = command.line;
     line.json = false;
-    Environment env = command.env;
-    env.outIsTerminal = false; // no bar
-    const Command aside{line,
-                        command.platform,
-                        command.resourcePath,
-                        command.configFile,
-                        command.config,
-                        command.err,
-                        command.err,
-                        command.err,
-                        env,
-                        command.stop,
-                        command.log,
-                        nullptr,
+    line.progress = line.progress == "none" ? "none" : "plain"; // a bar needs standard output
+    const Command aside{line,           command.platform, command.resourcePath, command.configFile,
+                        command.config, command.err,      command.err,          command.err,
+                        command.env,    command.stop,     command.log,          nullptr,
                         command.result};
     int status = kExitSuccess;
     const std::optional<FlowTarget> target = chooseTarget(aside, status);

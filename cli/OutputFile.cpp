@@ -10,6 +10,12 @@ namespace vornadel
 
 bool isStandardOutput(const std::string& path) { return path == "-"; }
 
+bool outputIsStandard(const CommandLine& line)
+{
+    const auto output = line.verb->output;
+    return output != nullptr && isStandardOutput(line.*output);
+}
+
 int checkOutput(const Command& command, const std::string& path, const std::string& intro)
 {
     namespace fs = std::filesystem;

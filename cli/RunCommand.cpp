@@ -88,13 +88,6 @@ private:
     }
 };
 
-/// Whether the verb saves its file to standard output.
-bool outputIsStandard(const CommandLine& commandLine)
-{
-    const auto output = commandLine.verb->output;
-    return output != nullptr && isStandardOutput(commandLine.*output);
-}
-
 bool hasColour(const CommandLine& line, const Environment& env)
 {
     return line.color == "always" ||

@@ -178,11 +178,19 @@ TEST(Read, ReplacesNoFileUnlessForced)
 TEST(Read, GivesStandardOutputToTheFlashAlone)
 {
     Session session("latency=none");
-    const CommandLine line = session.line("read", "-");
-    EXPECT_EQ(session.run(line), kExitSuccess);
-    const std::string out = session.out.str();
-    EXPECT_EQ(std::vector<std::uint8_t>(out.begin(), out.end()), demoImage());
-    EXPECT_THAT(session.err.str(), HasSubstr("\nRead Fw Success\n"));
+    CommandLine line = session.line("read", "-");
+    for (const char* const progress : {"auto", "bar"}) {
+        line.progress = progress;
+        EXPECT_EQ(session.run(line), kExitSuccess);
+        const std::string out = session.out.str();
+        EXPECT_EQ(std::vector<std::uint8_t>(out.begin(), out.end()), demoImage()) << progress;
+        EXPECT_THAT(session.err.str(), HasSubstr("\nRead Fw Success\n"));
+    }
+
+    CommandLine hub = session.line("image info", "hub");
+    hub.progress = "bar";
+    EXPECT_EQ(session.run(hub), kExitSuccess);
+    EXPECT_THAT(session.err.str(), Not(HasSubstr("#"))) << "a bar needs standard output";
 
     CommandLine both = line;
     both.json = true;
