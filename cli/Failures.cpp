@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 
 namespace vornadel
 {
@@ -17,6 +18,7 @@ namespace
 {
 
 constexpr const char* kUntouched = "unchanged";
+constexpr const char* kNotAsked = "not asked";
 constexpr const char* kUnchangedReplug = "unchanged; plug it in again first";
 constexpr const char* kReplug = "not known; plug it in again first";
 
@@ -33,7 +35,7 @@ constexpr FailureKind kKinds[] = {
      "vornadelctl access show"},
     {FailureId::AccessUnchanged, "access-unchanged", kExitFailure, kUntouched,
      "vornadelctl access show"},
-    {FailureId::Usage, "usage", kExitUsage, kUntouched, "vornadelctl help {verb}"},
+    {FailureId::Usage, "usage", kExitUsage, kNotAsked, "vornadelctl help {verb}"},
     {FailureId::ConfigUnusable, "config-unusable", kExitUsage, kUntouched,
      "vornadelctl version -v"},
     {FailureId::ConfigFull, "config-full", kExitUsage, kUntouched, "vornadelctl version -v"},
@@ -46,7 +48,7 @@ constexpr FailureKind kKinds[] = {
     {FailureId::PlacesUnknown, "places-unknown", kExitSeveralHubs, kUntouched, "vornadelctl list"},
     {FailureId::NoAccess, "no-access", kExitNoAccess,
      "unchanged; plug it in again after the next command", "vornadelctl list"},
-    {FailureId::Busy, "busy", kExitBusy, "not asked", "{again}"},
+    {FailureId::Busy, "busy", kExitBusy, kNotAsked, "{again}"},
     {FailureId::InUse, "in-use", kExitFailure, kUntouched, "vornadelctl help {verb}"},
     {FailureId::ImageUnreadable, "image-unreadable", kExitImageRefused, kUntouched,
      "vornadelctl help {verb}"},
@@ -63,7 +65,9 @@ constexpr FailureKind kKinds[] = {
     {FailureId::RequestFailed, "request-failed", kExitTransferFailed, kUnchangedReplug, "{again}"},
     {FailureId::NotRestarted, "not-restarted", kExitTransferFailed, kUnchangedReplug, "{again}"},
     {FailureId::NotReturned, "not-returned", kExitTransferFailed, kUnchangedReplug, "{again}"},
-    {FailureId::AnotherHub, "another-hub", kExitTransferFailed, kUnchangedReplug, "{again}"},
+    // Not again: the place is that of the other hub now.
+    {FailureId::AnotherHub, "another-hub", kExitTransferFailed, kUnchangedReplug,
+     "vornadelctl list"},
     {FailureId::NoRomCode, "no-rom-code", kExitTransferFailed, kUnchangedReplug, "{again}"},
     {FailureId::FlashDiffers, "flash-differs", kExitDiffers, kReplug, "{again}"},
     {FailureId::NotBlank, "not-blank", kExitDiffers, kReplug, "{again}"},
@@ -101,7 +105,9 @@ int fail(const Command& command, const Failure& failure)
     const FailureKind& kind = kindOf(failure.id);
     Failure complete = failure;
     if (complete.state.empty()) {
-        complete.state = kind.state;
+        const bool none =
+            command.result.place.empty() && std::string_view(kind.state) == kUntouched;
+        complete.state = none ? kNotAsked : kind.state;
     }
     complete.next = nextCommand(command, complete.next.empty() ? kind.next : complete.next);
     if (command.events != nullptr) {

@@ -67,8 +67,8 @@ struct FailureKind {
     /// The hub's state afterwards, unless a flow knows better.
     const char* state;
     /// What to do next: a command line. "{again}" is this one, with the hub's place, "{hub}" the
-    /// begin of another one about the same hub, "{verb}" the verb, "{file}" its file, and
-    /// "{folder}" that file's folder.
+    /// begin of another one about the same hub, "{verb}" the verb, and "{folder}" the folder of its
+    /// file.
     const char* next;
 };
 

@@ -3,8 +3,10 @@
 #include "cli/Verbs.h"
 
 #include <filesystem>
+#include <iterator>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace vornadel
 {
@@ -33,6 +35,32 @@ std::string commandFor(const Command& command, const std::string& place)
     return text;
 }
 
+/// The words without what selects a hub by something that it may not tell in its ROM code.
+std::vector<std::string> withoutTexts(const std::vector<std::string>& words)
+{
+    std::vector<std::string> kept;
+    for (auto word = words.begin(); word != words.end(); ++word) {
+        if (*word == "--") {
+            kept.insert(kept.end(), word, words.end());
+            break;
+        }
+        bool alone = false;
+        bool joined = false; // with its value
+        for (const std::string name : {"--serial", "--container", "--id"}) {
+            alone = alone || *word == name;
+            joined = joined || word->starts_with(name + '=');
+        }
+        alone = alone || *word == "-S";
+        joined = joined || (word->starts_with("-S") && !alone);
+        if (!alone && !joined) {
+            kept.push_back(*word);
+        } else if (alone && std::next(word) != words.end()) {
+            ++word;
+        }
+    }
+    return kept;
+}
+
 } // namespace
 
 std::string shellWord(const std::string& word)
@@ -52,10 +80,11 @@ std::string commandAgain(const Command& command, const std::string& place,
 {
     const CommandLine& line = command.line;
     std::string text = "vornadelctl";
-    if (!line.hub.isGiven() && !place.empty() && place != "-") {
+    const bool placed = line.hub.path.empty() && !place.empty() && place != "-";
+    if (placed) {
         text += " --path " + shellWord(place);
     }
-    for (const std::string& word : line.typed) {
+    for (const std::string& word : placed ? withoutTexts(line.typed) : line.typed) {
         text += word == without ? "" : ' ' + shellWord(word);
     }
     return text;

@@ -216,7 +216,7 @@ TEST(CommandLine, ExplainsWhatItDoesNotUnderstand)
         std::string named; // in the error message
     } rows[] = {
         {{},
-         "a verb is missing [usage]\n  hub:  unchanged\n  next: vornadelctl help\n  log:  none\n"},
+         "a verb is missing [usage]\n  hub:  not asked\n  next: vornadelctl help\n  log:  none\n"},
         {{"image"}, "a verb is missing [usage]\n"},
         {{"updat"}, "there is no verb \"updat\"; did you mean \"update\"? [usage]\n"},
         {{"--path", "2-3", "ifno", "a.bin"}, "there is no verb \"ifno\"; did you mean \"info\"?"},

@@ -106,6 +106,36 @@ TEST(Outcome, OfAnUpdateIsToldByStatusAndFourLines)
     }
 }
 
+TEST(Outcome, IsFollowedByACommandThatFindsTheHubInItsRomCode)
+{
+    const std::string place = "vornadelctl --path sim-1 ";
+    const struct {
+        std::vector<std::string> typed;
+        std::string next;
+    } rows[] = {
+        {{"--serial", "SN0001", "erase", "-q"}, place + "erase -q"},
+        {{"erase", "--serial=SN0001"}, place + "erase"},
+        {{"-S", "SN0001", "erase", "--", "-S"}, place + "erase -- -S"},
+        {{"-SSN0001", "--id", "1209:0001", "--container=5d", "erase"}, place + "erase"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.next);
+        Session session("latency=none,fault=ignore@erase");
+        CommandLine line = session.line("erase");
+        line.hub.serialNumber = "SN0001";
+        line.typed = row.typed;
+        EXPECT_EQ(session.run(line), kExitDiffers);
+        EXPECT_THAT(session.err.str(), HasSubstr("\n  next: " + row.next + "\n"));
+    }
+    Session session("hubs=2,latency=none,fault=swapped@1");
+    CommandLine line = session.line("erase");
+    line.hub.path = "sim-1";
+    line.typed = {"--path", "sim-1", "erase"};
+    EXPECT_EQ(session.run(line), kExitTransferFailed);
+    EXPECT_THAT(session.err.str(), HasSubstr("\n  next: vornadelctl list\n"))
+        << "its place is another hub's now";
+}
+
 TEST(Outcome, NamesWhatWasDoneBeforeAHubDidNotComeBack)
 {
     const struct {

@@ -143,7 +143,7 @@ TEST(Colors, AreOfFailuresOnTerminals)
         line.color = row.color;
         EXPECT_EQ(session.run(line), kExitNoHub);
         EXPECT_EQ(session.err.str().starts_with(red), row.painted) << session.err.str();
-        EXPECT_THAT(session.err.str(), HasSubstr("\n  hub:  unchanged\n"));
+        EXPECT_THAT(session.err.str(), HasSubstr("\n  hub:  not asked\n"));
     }
 }
 
