@@ -265,7 +265,17 @@ std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLi
             innermost = innermost->get_subcommands().front();
             names += ' ' + innermost->get_name();
         }
-        printFailure(err, usageFailure(error, app, *innermost, names), {});
+        const Failure failure = usageFailure(error, app, *innermost, names);
+        const auto called = std::find(parsers.begin(), parsers.end(), innermost);
+        const bool asksForJson = std::find(commandLine.typed.begin(), commandLine.typed.end(),
+                                           "--json") != commandLine.typed.end();
+        if (called != parsers.end() && asksForJson) {
+            commandLine.verb = allVerbs()[static_cast<std::size_t>(called - parsers.begin())];
+            commandLine.json = true;
+            commandLine.usageProblem = failure.what;
+            return {};
+        }
+        printFailure(err, failure, {});
         return kExitUsage;
     }
     if (parser.help->parsed()) {

@@ -27,6 +27,7 @@ struct CommandLine {
     std::optional<std::string> simulatedHub{}; ///< set: work on the simulated hub, with these
                                                ///< options
     std::string simulatedHubProblem{};         ///< why there is none
+    std::string usageProblem{};                ///< why the line was not understood
     HubSelector hub = {};                      ///< of verbs about hubs
     bool refuseInUse = false;     ///< of verbs that restart the hub: not if a device hangs below it
     bool noBackup = false;        ///< of verbs that change the flash
@@ -70,7 +71,8 @@ inline constexpr int kExitBusy = 11;         ///< another flow or program has th
 inline constexpr int kExitInterrupted = 128; ///< plus the number of the signal that stopped it
 
 /// Parses the command line. Empty if there is a command to run; otherwise the exit status, after
-/// help, the version or an error has been printed.
+/// help, the version or an error has been printed. With --json, a line that names a verb is run
+/// although it was not understood, so that it ends with the result that programs expect.
 std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLine& commandLine,
                                     std::ostream& out, std::ostream& err);
 

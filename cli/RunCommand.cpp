@@ -125,6 +125,9 @@ int takeSelector(const Command& command, CommandLine& line)
 int run(const Command& command, CommandLine& line)
 {
     try {
+        if (!line.usageProblem.empty()) {
+            return fail(command, FailureId::Usage, line.usageProblem);
+        }
         if (!line.simulatedHubProblem.empty()) {
             return fail(command, FailureId::SimulatedHub,
                         "--simulated-hub: " + line.simulatedHubProblem);

@@ -249,6 +249,29 @@ TEST(CommandLine, ExplainsWhatItDoesNotUnderstand)
     }
 }
 
+TEST(CommandLine, LetsAVerbWithJsonTellWhatIsWrong)
+{
+    const struct {
+        Words words;
+        std::string verb; // empty: it ends at once
+        std::string why{};
+    } rows[] = {
+        {{"--json", "update"}, "update", "IMAGE is required"},
+        {{"image", "set", "a.bin", "--json"}, "image set", "EDITS is required"},
+        {{"list", "--json", "--path", "1:5"}, "list", "\"1:5\" is no port"},
+        {{"--json"}, ""},
+        {{"image", "st", "--json"}, ""},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::PrintToString(row.words));
+        const Parsed parsed = parse(row.words);
+        EXPECT_EQ(parsed.ended.has_value(), row.verb.empty());
+        EXPECT_EQ(parsed.err.empty(), !row.verb.empty());
+        EXPECT_EQ(parsed.commandLine.verb, verbCalled(row.verb));
+        EXPECT_THAT(parsed.commandLine.usageProblem, HasSubstr(row.why));
+    }
+}
+
 TEST(CommandLine, HasAHelpOfEightyColumnsWithExamplesForEachVerb)
 {
     std::vector<Words> helps{{"help"}, {"help", "image"}, {"help", "access"}};

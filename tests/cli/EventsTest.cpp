@@ -9,6 +9,8 @@
 #include <nlohmann/json.hpp>
 
 #include <chrono>
+#include <iterator>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -102,6 +104,21 @@ TEST(Events, EndWithOneResultAlsoIfNoFlowBegins)
         EXPECT_EQ(result["hub"], nullptr);
         EXPECT_EQ(session.hub().requestCount(), 0U);
     }
+}
+
+TEST(Events, EndWithOneResultAlsoIfTheCommandLineIsWrong)
+{
+    Session session("latency=none");
+    const char* const words[] = {"vornadelctl", "--json", "--path", "sim-1", "erase", "all"};
+    CommandLine line;
+    EXPECT_EQ(parseCommandLine(std::size(words), words, line, session.out, session.err),
+              std::nullopt);
+    EXPECT_EQ(session.run(line), kExitUsage);
+    const std::vector<Json> events = checkedEvents(session.out.str());
+    ASSERT_FALSE(events.empty());
+    EXPECT_EQ(events.back()["id"], "usage");
+    EXPECT_EQ(events.back()["exit"], kExitUsage);
+    EXPECT_EQ(session.hub().requestCount(), 0U);
 }
 
 TEST(Events, OfAFailedFlowTellTheFailureOnceAndTheHubsState)
