@@ -1,7 +1,9 @@
 #include "cli/Environment.h"
 
+#include "cli/StandardInput.h"
+
 #include <cstdlib>
-#include <iostream>
+#include <string>
 
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -20,12 +22,13 @@ std::string stateFolder(const Environment& env)
 
 Environment thisEnvironment()
 {
+    static StandardInput in;
     return {.variable =
                 [](const char* name) {
                     const char* const text = std::getenv(name);
                     return std::string(text == nullptr ? "" : text);
                 },
-            .in = &std::cin,
+            .in = &in,
             .inIsTerminal = ::isatty(STDIN_FILENO) == 1,
             .outIsTerminal = ::isatty(STDOUT_FILENO) == 1,
             .errIsTerminal = ::isatty(STDERR_FILENO) == 1,

@@ -6,6 +6,7 @@
 #include "cli/ShownText.h"
 #include "cli/Verbs.h"
 #include "flows/FlashRead.h"
+#include "hub/HubTransport.h"
 
 #include <algorithm>
 #include <iterator>
@@ -48,6 +49,9 @@ int readStandardInput(const Command& command, Flash& bytes)
     while (in && bytes.size() <= kLongestInput) {
         in.read(piece.data(), static_cast<std::streamsize>(piece.size()));
         bytes.insert(bytes.end(), piece.begin(), piece.begin() + in.gcount());
+    }
+    if (Hub_IsAbandoned()) {
+        return fail(command, FailureId::Interrupted, "stopped");
     }
     if (in.bad() || bytes.empty() || bytes.size() > kLongestInput) {
         return fail(command, FailureId::ImageUnreadable,

@@ -7,9 +7,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <csignal>
 #include <string>
 #include <vector>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace vornadel::test
 {
@@ -140,6 +144,23 @@ TEST_F(ProgramTest, LeavesTheFlashAloneWhenSignalledBeforeTheErase)
     EXPECT_THAT(program.err(), StartsWith("stopping; the hub stays as it was\n"));
     EXPECT_THAT(program.err(), HasSubstr("\nstopped [interrupted]\n"));
     EXPECT_EQ(flash(), demoImage());
+}
+
+TEST_F(ProgramTest, StopsWaitingForAnImageOnStandardInput)
+{
+    std::array<int, 2> silent{};
+    ASSERT_EQ(::pipe2(silent.data(), O_CLOEXEC), 0);
+    const int own = ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3);
+    ::dup2(silent[0], STDIN_FILENO);
+    Program program({hub("latency=none"), "--json", "update", "-"});
+    ::dup2(own, STDIN_FILENO);
+    ::close(own);
+    ASSERT_TRUE(program.waitFor("\"start\""));
+    program.send(SIGHUP);
+    EXPECT_EQ(program.finish(), 129);
+    EXPECT_THAT(program.out(), HasSubstr("\"ok\":false,\"exit\":129,\"id\":\"interrupted\""));
+    ::close(silent[0]);
+    ::close(silent[1]);
 }
 
 TEST_F(ProgramTest, FinishesTheUpdateWhenNobodyReadsItsOutputAnyMore)
