@@ -4,6 +4,7 @@
 #include "cli/ImageSource.h"
 #include "cli/Options.h"
 #include "cli/SaveFirst.h"
+#include "cli/ShownText.h"
 #include "cli/SupportIds.h"
 #include "cli/Verbs.h"
 #include "flows/FirmwareUpdate.h"
@@ -72,6 +73,15 @@ int restoreNewest(const Command& command, const FlowTarget& target)
     const Backups backups = backupsOf(command.line, command.env);
     CommandLine line = command.line;
     line.image = backups.newestOf(target.owner);
+    if (line.image.empty() && !target.owner.serialNumber.empty()) { // an update may have changed it
+        line.image = backups.newestOf({.place = target.owner.place});
+        if (!line.image.empty()) {
+            command.err << "no backup has this hub's serial number, "
+                        << printable(target.owner.serialNumber) << "; taking the newest from "
+                        << target.owner.place << '\n'
+                        << std::flush;
+        }
+    }
     if (line.image.empty()) {
         return fail(command, FailureId::NoBackup,
                     "there is no backup of this hub in " + backups.folder());
