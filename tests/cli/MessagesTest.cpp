@@ -100,6 +100,37 @@ const std::vector<Way>& waysOnSimulatedHubs()
         {"unstable-reads", "fault=flip@read#9", "read", "saved.bin"},
         {"not-back", "fault=never@2", "update", "new.bin"},
         {"still-rom-code", "fault=same-mode@2", "update", "new.bin"},
+        {"other-version", "latency=none", "update", "new.bin",
+         [](Session& session, CommandLine&) {
+             session.hub().onRequest = [&hub = session.hub()](const ControlRequest& request) {
+                 const bool restarts = !request.fromDevice() && request.out.empty();
+                 if (restarts && hub.flash() == demoImage(kDemoVersion101)) {
+                     hub.setFlash(demoImage());
+                 }
+             };
+         }},
+        {"locked", "", "image set", "new.bin",
+         [](Session& session, CommandLine& line) {
+             line.definitions = DEMO_DEFINITIONS;
+             line.output = session.folder.path("set.bin");
+             line.words = {"SSC Enable=0 : Disable", "SSC Mode=Automatic"};
+         }},
+        {"config-full", "ids=1209:0005:0002", "update", "new.bin",
+         [](Session& session, CommandLine&) {
+             std::string config = "[Support Vid Pid]\n";
+             for (const char high : std::string("0123")) {
+                 for (const char low : std::string("0123456789abcdef")) {
+                     const std::string row{'_', high, low};
+                     config +=
+                         "VID" + row + " = 0x1209\nSSPID" + row + " = 5\nHSPID" + row + " = 2\n";
+                 }
+             }
+             session.folder.write("config.ini", config);
+         }},
+        {"no-administrator", "", "access revoke", "",
+         [](Session& session, CommandLine&) { session.privileged.able = false; }},
+        {"access-unchanged", "", "access revoke", "",
+         [](Session& session, CommandLine&) { session.privileged.status = 1; }},
         {"interrupted", "", "update", "new.bin",
          [](Session& session, CommandLine&) { session.stop.ask(); }},
     };
@@ -139,6 +170,13 @@ TEST(Messages, CanHappenOnSimulatedHubsAndEndWithTheirStatus)
     }
 }
 
+/// Every request to the only hub fails.
+void fails(ScriptedBus& bus, UsbFailure failure)
+{
+    bus.attached = {{.vendorId = 0x1209, .productId = 1, .failure = failure}};
+    bus.onControl([](ControlRequest&) { return 1U; });
+}
+
 TEST(Messages, CanHappenOnTheMachinesBusAndEndWithTheirStatus)
 {
     const UsbPlace place{{"2-1", 5}, {"1-1", 6}};
@@ -161,6 +199,10 @@ TEST(Messages, CanHappenOnTheMachinesBusAndEndWithTheirStatus)
          [](ScriptedBus& bus) {
              bus.attached = {{0x1209, 0x0001, UsbOpenStatus::Other}};
          }},
+        {"timed-out", kExitTransferFailed,
+         [](ScriptedBus& bus) { fails(bus, UsbFailure::TimedOut); }},
+        {"request-failed", kExitTransferFailed,
+         [](ScriptedBus& bus) { fails(bus, UsbFailure::Other); }},
         {"in-use", kExitFailure,
          [&](ScriptedBus& bus) {
              bus.attached = {
