@@ -13,14 +13,14 @@ namespace vornadel
 namespace
 {
 
-constexpr int kLookPause = 100; // milliseconds from one look for a signal to the next
+constexpr int kSignalPause = 100; // milliseconds from one look for a signal to the next
 
 /// Waits for input or its end. False if the program is stopped before.
 bool inputIsThere()
 {
     pollfd input{STDIN_FILENO, POLLIN, 0};
     while (!Hub_IsAbandoned()) {
-        const int ready = ::poll(&input, 1, kLookPause);
+        const int ready = ::poll(&input, 1, kSignalPause);
         if (ready > 0 || (ready < 0 && errno != EINTR)) {
             return true; // after an error the read tells
         }
