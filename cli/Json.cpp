@@ -9,7 +9,8 @@ namespace vornadel
 
 std::string textOf(const Json& value, int indent)
 {
-    return value.dump(indent, ' ', false, Json::error_handler_t::replace);
+    // ASCII only, because a terminal obeys some characters beyond it.
+    return value.dump(indent, ' ', true, Json::error_handler_t::replace);
 }
 
 Json orNull(const std::string& text) { return text.empty() ? Json() : Json(text); }

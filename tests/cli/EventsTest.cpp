@@ -150,6 +150,16 @@ TEST(Events, TellTheExitStatusAfterASignal)
     EXPECT_EQ(result["id"], "interrupted");
 }
 
+TEST(Events, ObeyNoTerminal)
+{
+    Session session("latency=none");
+    CommandLine line = session.line("restart");
+    line.json = true;
+    line.typed = {"restart", "\x1b[2J\x7f\xc2\x9b\xff"};
+    EXPECT_EQ(session.run(line), kExitSuccess);
+    EXPECT_THAT(session.out.str(), HasSubstr(R"("\u001b[2J\u007f\u009b\ufffd")"));
+}
+
 TEST(Objects, AreTheOutputOfListAndInfo)
 {
     Session session("hubs=2,latency=none");
