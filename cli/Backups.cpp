@@ -107,14 +107,19 @@ std::string because(const std::string& path, int errorNumber)
 /// its folder.
 bool makeFolder(const fs::path& folder, std::string& problem)
 {
-    if (::mkdir(folder.c_str(), kOwnersFolder) == 0) {
+    int made = ::mkdir(folder.c_str(), kOwnersFolder);
+    if (made != 0 && errno == ENOENT && folder.has_parent_path() &&
+        folder.parent_path() != folder) {
+        if (!makeFolder(folder.parent_path(), problem)) {
+            return false;
+        }
+        made = ::mkdir(folder.c_str(), kOwnersFolder);
+    }
+    if (made == 0) {
         const fs::path above = folder.has_parent_path() ? folder.parent_path() : ".";
         const Descriptor file(::open(above.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         ::fsync(file.get());
         return true;
-    }
-    if (errno == ENOENT && folder.has_parent_path() && folder.parent_path() != folder) {
-        return makeFolder(folder.parent_path(), problem) && makeFolder(folder, problem);
     }
     if (errno == EEXIST) {
         return true; // if it is no folder, creating the file will tell

@@ -84,7 +84,9 @@ int restoreNewest(const Command& command, const FlowTarget& target)
     }
     if (line.image.empty()) {
         return fail(command, FailureId::NoBackup,
-                    "there is no backup of this hub in " + backups.folder());
+                    backups.folder().empty()
+                        ? "neither XDG_STATE_HOME nor HOME says where backups are"
+                        : "there is no backup of this hub in " + backups.folder());
     }
     line.typed.push_back(line.image);
     const Command named{line,           command.platform, command.resourcePath, command.configFile,

@@ -142,6 +142,14 @@ TEST_F(BackupFolder, IsWhereTheCommandLineOrTheEnvironmentSays)
     EXPECT_EQ(backupsOf(line, env).folder(), "here");
 }
 
+TEST_F(BackupFolder, CannotBeMadeBelowALinkThatLeadsNowhere)
+{
+    std::filesystem::create_symlink("nowhere", folder.path("link"));
+    std::string problem;
+    EXPECT_FALSE(Backups(folder.path("link/backups")).canSave(problem));
+    EXPECT_EQ(problem, folder.path("link/backups") + ": No such file or directory");
+}
+
 TEST_F(BackupFolder, GivesNoDamagedBackup)
 {
     std::vector<std::uint8_t> bytes;
