@@ -34,7 +34,7 @@ int chooseAndRun(int argc, char** argv)
 {
     CommandLine commandLine;
     if (const auto ended = parseCommandLine(argc, argv, commandLine, std::cout, std::cerr)) {
-        return *ended;
+        return *ended == kExitSuccess && !std::cout.flush() ? kExitFailure : *ended;
     }
     NativePlatform machine;
     Platform real = machine.platform();
@@ -55,7 +55,7 @@ int chooseAndRun(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
-    keepStandardFilesOpen();
+    keepStandardFilesOpen(ClosedFile::Fails);
     try {
         return chooseAndRun(argc, argv);
     } catch (const std::exception& problem) { // out of memory or threads

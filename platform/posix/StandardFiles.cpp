@@ -7,14 +7,13 @@
 namespace vornadel
 {
 
-void keepStandardFilesOpen()
+void keepStandardFilesOpen(ClosedFile closed)
 {
-    int file = ::open("/dev/null", O_RDWR);
-    while (file >= 0 && file <= STDERR_FILENO) { // the lowest free number is taken first
-        file = ::open("/dev/null", O_RDWR);
-    }
-    if (file >= 0) {
-        ::close(file);
+    for (int file = STDIN_FILENO; file <= STDERR_FILENO; ++file) {
+        if (::fcntl(file, F_GETFD) < 0) { // this number is the lowest free one, so open() takes it
+            const int wrongWay = file == STDIN_FILENO ? O_WRONLY : O_RDONLY;
+            ::open("/dev/null", closed == ClosedFile::Fails ? wrongWay : O_RDWR);
+        }
     }
     std::signal(SIGPIPE, SIG_IGN); // a failing write returns an error
     std::signal(SIGXFSZ, SIG_IGN);
