@@ -1,5 +1,6 @@
 #include "cli/NextCommand.h"
 
+#include "cli/LineStream.h"
 #include "cli/Verbs.h"
 
 #include <filesystem>
@@ -16,6 +17,8 @@ namespace
 
 constexpr std::string_view kPlain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789"
                                     "_./:=,@%+-";
+
+constexpr std::string_view kBackupFolder = "--backup-dir";
 
 /// The begin of a command line about the hub at a place.
 std::string commandFor(const Command& command, const std::string& place)
@@ -61,12 +64,38 @@ std::vector<std::string> withoutTexts(const std::vector<std::string>& words)
     return kept;
 }
 
+/// For $'...', which bash and zsh know: in printable ASCII.
+std::string escaped(const std::string& word)
+{
+    std::string text;
+    for (const char c : word) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (c == '\'' || c == '\\') {
+            text += '\\';
+        }
+        if (c >= ' ' && c <= '~') {
+            text += c;
+            continue;
+        }
+        text += '\\'; // three octal digits, so that no next character can be taken for another one
+        for (const int shift : {6, 3, 0}) {
+            text += static_cast<char>('0' + (byte >> shift & 7));
+        }
+    }
+    return text;
+}
+
 } // namespace
 
 std::string shellWord(const std::string& word)
 {
     if (!word.empty() && word.find_first_not_of(kPlain) == std::string::npos) {
         return word;
+    }
+    const bool needsEscapes =
+        word.find_first_of("\n\t") != std::string::npos || withoutControls(word) != word;
+    if (needsEscapes) {
+        return "$'" + escaped(word) + '\'';
     }
     std::string text = "'";
     for (const char c : word) {
@@ -84,8 +113,12 @@ std::string commandAgain(const Command& command, const std::string& place,
     if (placed) {
         text += " --path " + shellWord(place);
     }
+    bool isValue = false; // of the option that is left out
     for (const std::string& word : placed ? withoutTexts(line.typed) : line.typed) {
-        text += word == without ? "" : ' ' + shellWord(word);
+        const bool isLeftOut =
+            !without.empty() && (word == without || word.starts_with(without + '='));
+        text += isLeftOut || isValue ? "" : ' ' + shellWord(word);
+        isValue = isLeftOut && word == kBackupFolder;
     }
     return text;
 }
@@ -93,10 +126,13 @@ std::string commandAgain(const Command& command, const std::string& place,
 std::string nextCommand(const Command& command, const std::string& pattern)
 {
     const std::string& place = command.result.place;
-    const std::string folder = std::filesystem::path(command.line.image).parent_path();
+    const auto output = command.line.verb->output;
+    const std::string& file = output == nullptr ? command.line.image : command.line.*output;
+    const std::string folder = std::filesystem::path(file).parent_path();
+    const bool addsBackupFolder = pattern.find(kBackupFolder) != std::string::npos;
     std::string text = pattern;
     const std::pair<std::string_view, std::string> values[] = {
-        {"{again}", commandAgain(command, place)},
+        {"{again}", commandAgain(command, place, addsBackupFolder ? kBackupFolder.data() : "")},
         {"{hub}", commandFor(command, place)},
         {"{verb}", command.line.verb->name},
         {"{folder}", shellWord(folder.empty() ? "." : folder)},

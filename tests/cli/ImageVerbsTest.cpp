@@ -205,6 +205,10 @@ TEST_F(ImageVerbs, SetReplacesAFileOnlyByForce)
     session.folder.write("out.bin", "kept");
     EXPECT_EQ(set({"serial=7"}), kExitFailure);
     EXPECT_THAT(errors(), HasSubstr("exists, and is not replaced without --force\n"));
+    out = session.folder.path("none/out.bin");
+    EXPECT_EQ(set({"serial=7"}), kExitFailure);
+    EXPECT_THAT(session.err.str(),
+                HasSubstr("\n  next: ls -ld " + session.folder.path("none") + '\n'));
     out = image;
     EXPECT_EQ(set({"serial=7"}), kExitFailure);
     EXPECT_EQ(session.folder.read("in.bin"), demoImage());

@@ -100,7 +100,10 @@ TEST_F(SavedFlash, IsNotChangedIfItCannotBeSaved)
 
     const unsigned requests = session.hub().requestCount();
     line.backupFolder = session.folder.write("file", "") + "/backups";
+    line.typed = {"update", "--backup-dir", line.backupFolder, "--backup-dir=x", "my\x1b\xff'.bin"};
     EXPECT_EQ(session.run(line), kExitFailure);
+    EXPECT_THAT(session.err.str(), HasSubstr("\n  next: vornadelctl --path sim-1 update "
+                                             "$'my\\033\\377\\'.bin' --backup-dir .\n"));
     EXPECT_EQ(session.told(),
               "no backup can be saved: " + line.backupFolder + ": Not a directory\n");
     EXPECT_EQ(session.hub().requestCount(), requests) << "it was not even restarted";
