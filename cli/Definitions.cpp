@@ -30,11 +30,21 @@ std::string toolDirectory(const std::string& resourcePath)
 /// "SimHub-A" of "more/SimHub-A.INI".
 std::string controllerOf(const std::string& file) { return fs::path(file).stem().string(); }
 
-std::string controllersOf(const std::vector<std::string>& files)
+/// What --ic calls a file: its controller, or its path if several files are for that one.
+std::string nameOf(const std::string& file, const std::vector<std::string>& files)
+{
+    const std::string controller = controllerOf(file);
+    const auto same = std::count_if(files.begin(), files.end(), [&](const std::string& each) {
+        return controllerOf(each) == controller;
+    });
+    return printable(same > 1 ? file : controller);
+}
+
+std::string namesOf(const std::vector<std::string>& files)
 {
     std::string names;
     for (const std::string& file : files) {
-        names += (names.empty() ? "" : ", ") + printable(controllerOf(file));
+        names += (names.empty() ? "" : ", ") + nameOf(file, files);
     }
     return names;
 }
@@ -47,8 +57,8 @@ int chooseFile(const Command& command, std::string& chosen)
     const std::string& wanted = command.line.controller;
     if (wanted.empty()) {
         if (files.size() > 1) {
-            command.err << "taking the properties of " << printable(controllerOf(files.front()))
-                        << "; --ic NAME chooses: " << controllersOf(files) << '\n';
+            command.err << "taking the properties of " << nameOf(files.front(), files)
+                        << "; --ic NAME chooses: " << namesOf(files) << '\n';
         }
         chosen = files.empty() ? "" : folder + '/' + files.front();
         return kExitSuccess;
@@ -59,7 +69,7 @@ int chooseFile(const Command& command, std::string& chosen)
     if (found == files.end()) {
         return fail(command, FailureId::DefinitionsUnusable,
                     "there is no property file for " + printable(wanted) +
-                        (files.empty() ? "" : "; there are: " + controllersOf(files)));
+                        (files.empty() ? "" : "; there are: " + namesOf(files)));
     }
     chosen = folder + '/' + *found;
     return kExitSuccess;

@@ -18,6 +18,7 @@ namespace vornadel::test
 namespace
 {
 
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -385,9 +386,14 @@ TEST_F(ImageVerbs, ChooseOneOfSeveralPropertyFiles)
         EXPECT_EQ(text(), "SSC\n  Other  []\n");
         EXPECT_THAT(errors(), IsEmpty());
     }
-    controller = "C";
+    session.folder.write("sub/C.INI", "");
+    session.folder.write("sub/more/C.INI", "");
+    controller = "D";
     EXPECT_EQ(run("image properties"), kExitUsage);
-    EXPECT_THAT(errors(), HasSubstr("there is no property file for C; there are: "));
+    EXPECT_THAT(errors(), HasSubstr("there is no property file for D; there are: "));
+    EXPECT_THAT(errors(),
+                AllOf(HasSubstr(" B"), HasSubstr(" sub/C.INI"), HasSubstr(" sub/more/C.INI")))
+        << "by path where the name alone would not tell";
     definitions = session.folder.path("sub/B.INI");
     EXPECT_EQ(run("image properties"), kExitSuccess);
     definitions = session.folder.path("config");
