@@ -1,6 +1,7 @@
 #include "cli/AskedHub.h"
 #include "cli/HubChoices.h"
 #include "cli/ImageFile.h"
+#include "cli/ImageSource.h"
 #include "cli/Json.h"
 #include "cli/Options.h"
 #include "cli/Outcome.h"
@@ -33,7 +34,11 @@ int showImage(const Command& command)
 {
     const std::string& path = command.line.image;
     FwImage image;
-    if (!FwImage_LoadFile(image, path)) {
+    if (isStandardInput(path)) {
+        if (const int status = loadSource(command, path, image); status != kExitSuccess) {
+            return status;
+        }
+    } else if (!FwImage_LoadFile(image, path)) {
         return failToLoad(command, image, path);
     }
     const auto block = static_cast<unsigned>(image.descriptor - image.data.get());
@@ -51,7 +56,7 @@ int showImage(const Command& command)
                               {"containerId", orNull(image.containerIdText.data())}});
         return kExitSuccess;
     }
-    command.out << "file:          " << path << '\n'
+    command.out << "file:          " << (isStandardInput(path) ? shownSource(path) : path) << '\n'
                 << "size:          " << image.size << " bytes\n"
                 << "block at:      0x" << hex4(block) << '\n'
                 << "version:       " << storedText(image.version) << '\n'
@@ -104,7 +109,7 @@ const char* whyInfoIsUnfit(const CommandLine& line)
 void addInfoOptions(CLI::App& verb, CommandLine& line)
 {
     addOperand(verb, "IMAGE", line.image, Operand::Optional,
-               "Firmware image (*.bin); without it, show the hub");
+               "Firmware image (*.bin); -: from standard input. Without it, show the hub");
 }
 
 } // namespace

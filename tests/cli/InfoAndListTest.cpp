@@ -127,6 +127,12 @@ TEST(InfoOfAnImage, ShowsItsFields)
                                      "serial number: SN0001\n"
                                      "container ID:  {5d0fc271-3a94-4e6b-9c18-27b0e463d108}\n");
     EXPECT_THAT(session.told(), IsEmpty());
+    const std::string ofFile = session.out.str();
+    const std::vector<std::uint8_t> bytes = demoImage(kDemoVersion101);
+    session.in.str(std::string(bytes.begin(), bytes.end()));
+    EXPECT_EQ(session.info("-"), kExitSuccess);
+    EXPECT_EQ(session.out.str(),
+              "file:          standard input\n" + ofFile.substr(ofFile.find('\n') + 1));
     EXPECT_EQ(session.hub().requestCount(), 0U);
 }
 
