@@ -21,8 +21,8 @@ int mayErase(const Command& command, const FlowTarget& target)
     if (command.line.yes) {
         return kExitSuccess;
     }
-    if (!command.env.inIsTerminal || command.json()) {
-        return fail(command, FailureId::NotAgreed, "erase asks first, and nobody is there");
+    if (!command.env.inIsTerminal || !command.env.errIsTerminal || command.json()) {
+        return fail(command, FailureId::NotAgreed, "erase asks first, and cannot ask here");
     }
     std::string answer;
     if (!command.stop.enter(StopRequest::Phase::Asking)) {

@@ -166,10 +166,14 @@ TEST_F(SavedFlash, IsErasedOnlyIfSomebodyAgrees)
     line.yes = false;
     line.typed = {"erase"};
     EXPECT_EQ(session.run(line), kExitWouldAsk);
-    EXPECT_EQ(session.told(), "erase asks first, and nobody is there\n");
+    EXPECT_EQ(session.told(), "erase asks first, and cannot ask here\n");
     EXPECT_THAT(session.err.str(), HasSubstr("\n  next: vornadelctl --path sim-1 erase --yes\n"));
 
     session.env.inIsTerminal = true;
+    session.in.str("y\n");
+    EXPECT_EQ(session.run(line), kExitWouldAsk) << "nobody would see the question";
+    session.env.errIsTerminal = true;
+    session.variables["NO_COLOR"] = "1";
     for (const char* answer : {"", "\n", "n\n", "yesterday\n", " y\n"}) {
         session.in.clear();
         session.in.str(answer);
@@ -193,6 +197,7 @@ TEST_F(SavedFlash, StaysIfASignalCameBeforeTheQuestion)
     line = session.line("erase");
     line.yes = false;
     session.env.inIsTerminal = true;
+    session.env.errIsTerminal = true;
     session.in.str("y\n");
     session.stop.ask();
     EXPECT_EQ(session.run(line), kExitWouldAsk);
