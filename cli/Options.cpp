@@ -12,6 +12,14 @@ namespace
 
 std::string refuseEmpty(const std::string& text) { return text.empty() ? "it is empty" : ""; }
 
+std::string refuseOtherNumbers(const std::string& text)
+{
+    constexpr std::size_t kMostDigits = 9;
+    const bool fits = !text.empty() && text.size() <= kMostDigits &&
+                      text.find_first_not_of("0123456789") == std::string::npos;
+    return fits ? "" : '"' + text + "\" is no number from 0 to 999999999";
+}
+
 void finishOperand(CLI::Option* operand, Operand kind)
 {
     operand->check(refuseEmpty);
@@ -40,7 +48,7 @@ void addFlagWithText(CLI::App& verb, const char* names, std::string& value, cons
 void addNumber(CLI::App& verb, const char* names, const char* valueName, std::optional<int>& value,
                const char* text)
 {
-    verb.add_option(names, value, text)->option_text(valueName)->check(CLI::NonNegativeNumber);
+    verb.add_option(names, value, text)->option_text(valueName)->check(refuseOtherNumbers);
 }
 
 void addOperand(CLI::App& verb, const char* name, std::string& value, Operand kind,

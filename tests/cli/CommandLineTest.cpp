@@ -236,6 +236,7 @@ TEST(CommandLine, ExplainsWhatItDoesNotUnderstand)
         {{"info", "-p", "1:5"},
          "\"1:5\" is no port such as 2-3, nor a pair such as 2-3/1-3 [usage]\n"},
         {{"info", "--container", "5d"}, "\"5d\" is no Container ID [usage]\n"},
+        {{"wait", "--timeout", "-1"}, ": \"-1\" is no number from 0 to 999999999 [usage]\n"},
         {{"info", "--id", "12"}, "\"12\" is no VID:PID in hex [usage]\n"},
         {{"info", "--refuse-in-use"}, "--refuse-in-use"},
         {{"list", "--simulated-hub=latency=none", "--simulated-hub"}, "--simulated-hub"},
