@@ -2,6 +2,7 @@
 #include "cli/DryRun.h"
 #include "cli/FlowTarget.h"
 #include "cli/ImageSource.h"
+#include "cli/NextCommand.h"
 #include "cli/Options.h"
 #include "cli/SaveFirst.h"
 #include "cli/ShownText.h"
@@ -83,10 +84,17 @@ int restoreNewest(const Command& command, const FlowTarget& target)
         }
     }
     if (line.image.empty()) {
-        return fail(command, FailureId::NoBackup,
-                    backups.folder().empty()
-                        ? "neither XDG_STATE_HOME nor HOME says where backups are"
-                        : "there is no backup of this hub in " + backups.folder());
+        // An update may have changed its serial number.
+        const std::string ofPlace = backups.newestOf({target.owner.place, {}});
+        return fail(
+            command, FailureId::NoBackup,
+            backups.folder().empty()
+                ? "neither XDG_STATE_HOME nor HOME says where backups are"
+                : "there is no backup of this hub in " + backups.folder() +
+                      (ofPlace.empty()
+                           ? ""
+                           : ", but one of a hub with another serial number at " + target.place),
+            ofPlace.empty() ? "" : "{again} " + shellWord(ofPlace));
     }
     line.typed.push_back(line.image);
     const Command named{line,           command.platform, command.resourcePath, command.configFile,

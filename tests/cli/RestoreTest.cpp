@@ -5,7 +5,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vornadel::test
@@ -60,6 +63,23 @@ TEST_F(Restore, NamesTheBackupInTheNextCommandIfItFails)
     line.typed = {"restore"};
     EXPECT_EQ(session.run(line), kExitTransferFailed);
     EXPECT_THAT(session.err.str(), HasSubstr("vornadelctl --path sim-1 restore " + backup));
+}
+
+TEST_F(Restore, NamesTheBackupOfAHubThatHadAnotherSerialNumber)
+{
+    std::vector<std::uint8_t> image = demoImage(kDemoVersion101);
+    const std::string_view serial = "SN0001"; // where the strings are, and where a copy may be
+    for (auto at = image.begin();
+         (at = std::search(at, image.end(), serial.begin(), serial.end())) != image.end(); ++at) {
+        *at = 'X';
+    }
+    ASSERT_EQ(session.update(session.folder.write("new.bin", image)), kExitSuccess)
+        << session.err.str();
+    CommandLine line = session.line("restore");
+    line.typed = {"restore"};
+    EXPECT_EQ(session.run(line), kExitImageRefused) << "it may be another hub";
+    EXPECT_THAT(session.err.str(),
+                HasSubstr("\n  next: vornadelctl --path sim-1 restore " + session.onlyBackup()));
 }
 
 TEST_F(Restore, WritesContentThatIsNoImage)
