@@ -3,6 +3,7 @@
 #include "cli/AskedHub.h"
 #include "cli/HubChoices.h"
 #include "cli/Json.h"
+#include "cli/LogFile.h"
 #include "cli/NextCommand.h"
 #include "cli/Outcome.h"
 #include "cli/ShownText.h"
@@ -183,7 +184,11 @@ Findings logFindings(const Command& command)
 {
     const std::string& path = command.log.path;
     if (path.empty()) {
-        return {{State::Warning, "log", "there is none", "set XDG_STATE_HOME or HOME"}};
+        const std::string usual = usualLogFile(command.env);
+        return {usual.empty()
+                    ? Finding{State::Warning, "log", "there is none", "set XDG_STATE_HOME or HOME"}
+                    : Finding{State::Warning, "log", usual + " cannot be written",
+                              "ls -ld " + shellWord(usual)}};
     }
     std::ifstream file(path);
     std::string last; // the end of an earlier run; this one has not ended yet
