@@ -145,14 +145,15 @@ int tellPlan(const Command& command, const FlowTarget& target, const FlashPlan& 
     }
     std::ostream& out = command.out;
     out << "dry run: nothing is changed\n"
-        << "hub:     " << target.place << ", serial number " << orDash(target.owner.serialNumber)
-        << '\n'
+        << "hub:     " << target.place << ", serial number "
+        << orDash(printable(target.owner.serialNumber)) << '\n'
         << "lock:    free\n";
     if (!offline) {
         out << "runs:    " << (romCodeRunsBy(seen.status) ? "ROM code " : "flash code ")
             << hex4(firmwareVersionIn(seen.status)) << '\n';
     }
-    out << "work:    " << plan.work << ", and restart the hub\n"
+    out << "work:    " << (line.noBackup ? "erase the flash" : "save the flash, erase it")
+        << plan.work << ", and restart the hub\n"
         << "backup:  "
         << (line.noBackup ? "none (--no-backup)" : "a new file in " + backups.folder()) << '\n';
     return offline ? kExitSuccess : tellDifferences(command, seen, plan);

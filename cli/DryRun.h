@@ -24,7 +24,7 @@ bool isDryRun(const CommandLine& line);
 
 /// What a verb would do to the flash.
 struct FlashPlan {
-    std::string work{}; ///< "erase it, write new.bin and compare"
+    std::string work{}; ///< after the erase: ", write new.bin and compare"
     WantedFlash wanted{};
 };
 

@@ -45,7 +45,7 @@ int eraseVerb(const Command& command)
     }
     const WantedFlash wanted{.alreadySo = "The flash is blank already"};
     if (isDryRun(command.line)) {
-        return tellPlan(command, *target, {"save the flash and erase it", wanted});
+        return tellPlan(command, *target, {"", wanted});
     }
     if (status = mayErase(command, *target); status != kExitSuccess) {
         return status;

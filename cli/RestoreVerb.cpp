@@ -56,8 +56,7 @@ int restore(const Command& command, const FwImage& content, FlowTarget target)
     const WantedFlash wanted{.begin = bytesOf(content),
                              .alreadySo = "Already up to date: the flash holds this backup"};
     if (isDryRun(command.line)) {
-        return tellPlan(command, target,
-                        {"save the flash, erase it, write " + name + " and compare", wanted});
+        return tellPlan(command, target, {", write " + name + " and compare", wanted});
     }
     if (const int status = saveFirst(command, target, wanted); status != kExitSuccess) {
         return status;

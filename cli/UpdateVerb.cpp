@@ -24,8 +24,8 @@ namespace
 
 std::string planFor(const FwImage& image, const std::string& name)
 {
-    return "save the flash, erase it, write " + name + " (" + std::to_string(image.size) +
-           " bytes, version " + hex4(storedNumber(image.version)) + ") and compare";
+    return ", write " + name + " (" + std::to_string(image.size) + " bytes, version " +
+           hex4(storedNumber(image.version)) + ") and compare";
 }
 
 int write(const Command& command, const FwImage& image, const std::string& name)

@@ -81,6 +81,7 @@ TEST_F(DryRun, NamesWhatDiffersIfTheHubRunsItsRomCode)
     line.image = session->folder.write("old.bin", demoImage());
     line.noBackup = true;
     EXPECT_EQ(session->run(line), kExitSuccess);
+    EXPECT_THAT(session->out.str(), HasSubstr("\nwork:    erase the flash, write "));
     EXPECT_THAT(session->out.str(), EndsWith("backup:  none (--no-backup)\n"
                                              "flash:   Already up to date: the flash holds this "
                                              "image, so nothing would be changed\n"));
@@ -89,7 +90,7 @@ TEST_F(DryRun, NamesWhatDiffersIfTheHubRunsItsRomCode)
     line.dryRun = "online";
     EXPECT_EQ(session->run(line), kExitSuccess) << "and does not ask";
     EXPECT_THAT(session->out.str(),
-                HasSubstr("\nwork:    save the flash and erase it, and restart the hub\n"));
+                HasSubstr("\nwork:    save the flash, erase it, and restart the hub\n"));
     EXPECT_THAT(session->out.str(), HasSubstr("\ndiffers: "));
     EXPECT_EQ(session->hub().flash(), demoImage());
 }
