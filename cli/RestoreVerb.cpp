@@ -5,7 +5,6 @@
 #include "cli/NextCommand.h"
 #include "cli/Options.h"
 #include "cli/SaveFirst.h"
-#include "cli/ShownText.h"
 #include "cli/SupportIds.h"
 #include "cli/Verbs.h"
 #include "flows/FirmwareUpdate.h"
@@ -73,17 +72,8 @@ int restoreNewest(const Command& command, const FlowTarget& target)
     const Backups backups = backupsOf(command.line, command.env);
     CommandLine line = command.line;
     line.image = backups.newestOf(target.owner);
-    if (line.image.empty() && !target.owner.serialNumber.empty()) { // an update may have changed it
-        line.image = backups.newestOf({.place = target.owner.place});
-        if (!line.image.empty()) {
-            command.err << "no backup has this hub's serial number, "
-                        << printable(target.owner.serialNumber) << "; taking the newest from "
-                        << target.owner.place << '\n'
-                        << std::flush;
-        }
-    }
     if (line.image.empty()) {
-        // An update may have changed its serial number.
+        // An update may have changed its serial number, or another hub may be there now.
         const std::string ofPlace = backups.newestOf({target.owner.place, {}});
         return fail(
             command, FailureId::NoBackup,

@@ -1,4 +1,3 @@
-#include "cli/Backups.h"
 #include "standins/sim/DemoImage.h"
 #include "tests/cli/Session.h"
 
@@ -37,20 +36,6 @@ TEST_F(Restore, TakesTheNewestBackupOfTheHub)
     EXPECT_THAT(session.out.str(), HasSubstr("Restore FW Success\n"));
     EXPECT_EQ(restore(), kExitSuccess) << "what the restore itself has saved";
     EXPECT_EQ(session.hub().flash(), demoImage(kDemoVersion101));
-}
-
-TEST_F(Restore, TakesTheNewestOfThePlaceIfNoneHasTheSerialNumber)
-{
-    std::string problem;
-    const Backups backups(session.backupFolder());
-    const std::string before =
-        backups.save({"sim-1", "OLD"}, Environment::Time(), demoImage(kDemoVersion101), problem);
-    ASSERT_FALSE(before.empty()) << problem;
-    EXPECT_EQ(restore(), kExitSuccess);
-    EXPECT_EQ(session.hub().flash(), demoImage(kDemoVersion101));
-    EXPECT_THAT(session.out.str(), HasSubstr("Restoring " + before));
-    EXPECT_EQ(session.err.str(), "no backup has this hub's serial number, SN0001; taking the "
-                                 "newest from sim-1\n");
 }
 
 TEST_F(Restore, NamesTheBackupInTheNextCommandIfItFails)
