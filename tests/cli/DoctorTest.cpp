@@ -118,6 +118,11 @@ TEST(Doctor, TellsHowTheLastRunEnded)
     EXPECT_THAT(session.out.str(), EndsWith("] ended with 1 [file-not-saved]\n"
                                             "      do: tail -n 20 " +
                                             log + '\n'));
+    std::filesystem::remove(log);
+    std::filesystem::create_directory(log);
+    session.run(doctor);
+    EXPECT_THAT(session.out.str(), EndsWith("warn  log: " + log + " cannot be written\n" +
+                                            "      do: ls -ld " + log + '\n'));
 }
 
 TEST(Doctor, PrintsOneObjectForPrograms)
