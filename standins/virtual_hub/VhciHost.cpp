@@ -70,6 +70,10 @@ void VhciHost::finishDetach(unsigned hub, HubSpeed half)
         seat.link.reset();
         port = seat.port;
     }
+    // A kernel that is busy with other ports notices late that a device has left. If it is back by
+    // then, the kernel takes it for the same stay.
+    const std::string stay = m_ports.deviceAt(port);
+    waitUntil([&] { return stay.empty() || m_ports.deviceAt(port) != stay; }, 30s);
     // Another program may have taken the port as soon as it was free.
     waitUntil([&] { return !m_ports.occupied(port) && !m_ports.taken(port); }, 3s);
 }

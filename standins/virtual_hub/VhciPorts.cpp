@@ -176,14 +176,17 @@ bool VhciPorts::taken(const Port& port) const
     });
 }
 
-bool VhciPorts::occupied(const Port& port) const
+bool VhciPorts::occupied(const Port& port) const { return !deviceAt(port).empty(); }
+
+std::string VhciPorts::deviceAt(const Port& port) const
 {
-    const std::string id = busId(port);
-    std::error_code none;
-    return !id.empty() &&
-           std::filesystem::exists(m_devices / ("vhci_hcd." + std::to_string(port.controller)) /
-                                       ("usb" + id.substr(0, id.find('-'))) / id,
-                                   none);
+    std::string number;
+    if (const std::string id = busId(port); !id.empty()) {
+        std::ifstream(m_devices / ("vhci_hcd." + std::to_string(port.controller)) /
+                      ("usb" + id.substr(0, id.find('-'))) / id / "devnum") >>
+            number;
+    }
+    return number;
 }
 
 } // namespace vornadel

@@ -77,6 +77,8 @@ public:
     /// The kernel's name for a device in that port, such as "3-1"; empty if the port has no bus.
     std::string busId(const Port& port) const;
     bool occupied(const Port& port) const; ///< whether the kernel has a device there
+    /// The kernel's number for this stay of a device in that port; empty if it has none there.
+    std::string deviceAt(const Port& port) const;
     bool taken(const Port& port) const;    ///< whether the port exists and is not free
 
 private:

@@ -37,15 +37,17 @@ public:
         m_states[port] = state;
         writeStatus();
     }
-    /// Makes the kernel show a device in its port, for example ("2-1"), or no longer.
-    void show(const std::string& busId) const
+    /// Makes the kernel show a device in its port, for example ("2-1"), with another number for
+    /// each stay; or no longer.
+    void show(const std::string& busId)
     {
         std::filesystem::create_directory(deviceFolder(busId));
+        std::ofstream(deviceFolder(busId) / "devnum") << ++m_stays << '\n';
     }
     /// False if it showed none.
     bool hide(const std::string& busId) const
     {
-        return std::filesystem::remove(deviceFolder(busId));
+        return std::filesystem::remove_all(deviceFolder(busId)) > 0;
     }
     /// Only root may attach devices.
     void makeReadOnly() const
@@ -84,6 +86,7 @@ private:
 
     const TemporaryFolder m_folder;
     const std::filesystem::path m_root = m_folder.path();
+    unsigned m_stays = 0;
     std::map<unsigned, unsigned> m_states;
 };
 

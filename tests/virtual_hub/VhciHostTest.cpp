@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <map>
 #include <memory>
 #include <string>
@@ -126,6 +127,20 @@ TEST_F(VhciHostTest, LeavesThePlacesOfAnotherProgramAlone)
     other.reset();
     ASSERT_TRUE(attach(2, HubSpeed::SuperSpeed));
     EXPECT_EQ(m_host.busId(2, HubSpeed::SuperSpeed), "2-1");
+}
+
+TEST_F(VhciHostTest, IsGoneOnlyOnceTheKernelHasNoticed)
+{
+    const Clock::Duration noticed = m_clock.now() + std::chrono::seconds(20);
+    m_clock.onSleep = [&](Clock::Duration) {
+        if (m_clock.now() >= noticed) {
+            m_kernel.look();
+        }
+    };
+    ASSERT_TRUE(attach(1, HubSpeed::SuperSpeed));
+    detach(1, HubSpeed::SuperSpeed);
+    EXPECT_GE(m_clock.now(), noticed);
+    EXPECT_THAT(m_kernel.sockets, IsEmpty());
 }
 
 TEST_F(VhciHostTest, GivesAHubTheConnectorOfAnotherThatLeaves)
