@@ -2,6 +2,8 @@
 // and edits. RC_PARAMS repeats a failure; the failure says how.
 
 #include "cli/Verbs.h"
+#include "editor/ImageText.h"
+#include "firmware/FwImage.h"
 #include "props/Pages.h"
 #include "tests/app/FlashPageUnderTest.h"
 
@@ -172,6 +174,17 @@ protected:
         }
     }
 
+    /// Whether the three strings fit into an image if this field gets this text.
+    bool fits(const QLineEdit* changed, const std::string& text)
+    {
+        std::size_t size = 0;
+        for (const QLineEdit* const field :
+             {tool().txtManu_FwFlash, tool().txtPro_FwFlash, tool().txtSN_FwFlash}) {
+            size += field == changed ? text.size() : imageText(*field).size();
+        }
+        return size <= kMostCharacters;
+    }
+
     /// Chooses an option in the table of the window. Returns the alert that refuses it.
     std::optional<QString> choose(const Property& property, int position)
     {
@@ -241,6 +254,9 @@ protected:
                                      : words.size() < 3 && std::string(name).ends_with("id")
                                          ? anyHex(4)
                                          : anyText(true);
+            if (!fits(field, text)) {
+                continue; // the window would cut it
+            }
             put(field, text);
             words.push_back(std::string(name) + '=' + text);
             ++edits;
