@@ -29,8 +29,9 @@ export QT_QPA_PLATFORM HOME XDG_STATE_HOME
 for program in "$vornadel" "$vornadelctl"; do
     expect 0 1.02 "$program" --version
     expect 0 --simulated-hub "$program" --help
-    expect 2 --simulated-hub "$program" --simulated-hub=latency=none --simulated-hub
 done
+expect 2 --simulated-hub "$vornadel" --simulated-hub=latency=none --simulated-hub
+expect 2 --simulated-hub "$vornadelctl" list --simulated-hub=latency=none --simulated-hub
 expect 2 "nonsense" "$vornadel" --nonsense
 expect 2 "options are hubs, image" "$vornadel" --simulated-hub=colour=red
 expect 1 "vornadelctl works without one" \

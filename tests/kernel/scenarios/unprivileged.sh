@@ -11,11 +11,11 @@ installed=/tmp/scenarios/installed/Vornadel.app/Contents
 
 as_user() {
     as=(setpriv --reuid "$user" --regid "$user" --groups "$group")
-    ctl=("${as[@]}" env XDG_STATE_HOME=/tmp/state-of-user "$installed/MacOS/vornadelctl")
+    ctl=("${as[@]}" env HOME=/tmp XDG_STATE_HOME=/tmp/state-of-user "$installed/MacOS/vornadelctl")
 }
 as_stranger() {
     as=(setpriv --reuid "$stranger" --regid "$stranger" --clear-groups)
-    ctl=("${as[@]}" env XDG_STATE_HOME=/tmp/state-of-stranger "$installed/MacOS/vornadelctl")
+    ctl=("${as[@]}" env HOME=/tmp XDG_STATE_HOME=/tmp/state-of-stranger "$installed/MacOS/vornadelctl")
 }
 
 # may_write: whether the user may write to the nodes of both halves.
