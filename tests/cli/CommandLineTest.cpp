@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -273,7 +274,16 @@ TEST(CommandLine, LetsAVerbWithJsonTellWhatIsWrong)
     }
 }
 
-TEST(CommandLine, HasAHelpOfEightyColumnsWithExamplesForEachVerb)
+std::string joined(const Words& words)
+{
+    std::string text;
+    for (const std::string& word : words) {
+        text += ' ' + word;
+    }
+    return text;
+}
+
+TEST(CommandLine, HasADocumentedHelpOfEightyColumnsWithExamplesForEachVerb)
 {
     std::vector<Words> helps{{"help"}, {"help", "image"}, {"help", "access"}};
     for (const Verb* const verb : allVerbs()) {
@@ -290,14 +300,23 @@ TEST(CommandLine, HasAHelpOfEightyColumnsWithExamplesForEachVerb)
         }
         EXPECT_GT(count, 0) << verb->name;
     }
+    std::string all;
     for (const Words& words : helps) {
         SCOPED_TRACE(testing::PrintToString(words));
         const Parsed parsed = parse(words);
         EXPECT_EQ(parsed.ended, kExitSuccess) << parsed.err;
+        all += "$ vornadelctl" + joined(words) + '\n' + parsed.out + '\n';
         std::istringstream lines(parsed.out);
         for (std::string line; std::getline(lines, line);) {
             EXPECT_LE(line.size(), 80U) << line;
         }
+    }
+    std::ifstream page(HELP_PAGE);
+    std::ostringstream documented;
+    documented << page.rdbuf();
+    if (documented.str() != all) {
+        std::ofstream("help.txt.new") << all;
+        ADD_FAILURE() << HELP_PAGE " does not show these helps; help.txt.new does";
     }
 }
 
