@@ -32,7 +32,7 @@ namespace fs = std::filesystem;
 constexpr std::string_view kEnding = ".bin";
 constexpr char kBetweenParts = '_';
 constexpr std::string_view kHexDigits = "0123456789abcdef";
-constexpr std::size_t kHashDigits = 2 * SHA256_DIGEST_SIZE;
+constexpr std::size_t kHashDigits = 2UL * SHA256_DIGEST_SIZE;
 constexpr std::size_t kTimeLength = std::string_view("20261122T134715.123Z").size();
 /// A longer part of a name is replaced by its hash, because a name has at most 255 bytes.
 constexpr std::size_t kLongestPart = 72;

@@ -139,7 +139,7 @@ std::string stateOf(const FlowResult& result)
 /// What went wrong in a flow's work or at its end.
 std::string causeOf(FlowKind flow, const FlowResult& result, const OutcomeNames& names)
 {
-    const std::string failure = textOf(result.failure, names);
+    std::string failure = textOf(result.failure, names);
     switch (result.cause) {
     case Cause::None:
         break;

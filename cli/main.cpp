@@ -34,7 +34,11 @@ int chooseAndRun(int argc, char** argv)
 {
     CommandLine commandLine;
     if (const auto ended = parseCommandLine(argc, argv, commandLine, std::cout, std::cerr)) {
-        return *ended == kExitSuccess && !std::cout.flush() ? kExitFailure : *ended;
+        if (*ended == kExitSuccess && !std::cout.flush()) {
+            std::cerr << "the output could not be written\n";
+            return kExitFailure;
+        }
+        return *ended;
     }
     NativePlatform machine;
     Platform real = machine.platform();

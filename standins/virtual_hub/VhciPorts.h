@@ -79,7 +79,7 @@ public:
     bool occupied(const Port& port) const; ///< whether the kernel has a device there
     /// The kernel's number for this stay of a device in that port; empty if it has none there.
     std::string deviceAt(const Port& port) const;
-    bool taken(const Port& port) const;    ///< whether the port exists and is not free
+    bool taken(const Port& port) const; ///< whether the port exists and is not free
 
 private:
     std::filesystem::path attachFile() const;

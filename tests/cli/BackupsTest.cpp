@@ -47,7 +47,7 @@ protected:
     std::string save(const BackupOwner& owner, Environment::Time now = kNow) const
     {
         std::string problem;
-        const std::string path = backups.save(owner, now, kContent, problem);
+        std::string path = backups.save(owner, now, kContent, problem);
         EXPECT_EQ(path.empty(), !problem.empty()) << problem;
         return path;
     }

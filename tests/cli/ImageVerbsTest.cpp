@@ -261,7 +261,7 @@ TEST_F(ImageVerbs, DiffNamesWhatDiffersAndHasAStatusOfItsOwn)
 TEST_F(ImageVerbs, DiffCutsAVeryLongListOfRanges)
 {
     Bytes scattered = demoImage();
-    for (std::size_t at = 0; at < 20 * 64; at += 64) {
+    for (std::size_t at = 0; at < 20UL * 64UL; at += 64) {
         scattered[at] ^= 1;
     }
     other = session.folder.write("other.bin", scattered);

@@ -88,7 +88,8 @@ private:
         const int client = m_socket.accept();
         sd_bus_new(&bus);
         sd_bus_set_fd(bus, client, client);
-        sd_bus_set_server(bus, 1, SD_ID128_MAKE(1, 2, 3, 4, 5, 6, 7, 8, 9, a, b, c, d, e, f, 0));
+        sd_bus_set_server(bus, 1,
+                          sd_id128_t{{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 0}});
         sd_bus_negotiate_fds(bus, 1);
         sd_bus_add_filter(bus, nullptr, answer, this);
         for (int result = sd_bus_start(bus); result >= 0; result = sd_bus_process(bus, nullptr)) {

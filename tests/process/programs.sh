@@ -46,7 +46,7 @@ expect 1 "could not be written" sh -c '"$1" "$2" list >/dev/full' sh "$vornadelc
 # shellcheck disable=SC2016 # the inner shell's own words
 expect 1 "cannot be written" sh -c '"$1" "$2" read - >&-' sh "$vornadelctl" "$hub"
 # shellcheck disable=SC2016 # the inner shell's own words
-expect 1 "" sh -c '"$1" --help >/dev/full' sh "$vornadelctl"
+expect 1 "could not be written" sh -c '"$1" --help >/dev/full' sh "$vornadelctl"
 # shellcheck disable=SC2016 # the inner shell's own words
 expect 8 "" sh -c '"$1" "$2,fault=flip@write#3" update --always-write "$3" 2>&-' sh "$vornadelctl" "$hub" "$work/own.bin"
 if [ -s "$work/own.bin.lock" ]; then
