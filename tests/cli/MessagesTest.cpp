@@ -121,8 +121,8 @@ const std::vector<Way>& waysOnSimulatedHubs()
              for (const char high : std::string("0123")) {
                  for (const char low : std::string("0123456789abcdef")) {
                      const std::string row{'_', high, low};
-                     config +=
-                         "VID" + row + " = 0x1209\nSSPID" + row + " = 5\nHSPID" + row + " = 2\n";
+                     config.append("VID").append(row).append(" = 0x1209\nSSPID");
+                     config.append(row).append(" = 5\nHSPID").append(row).append(" = 2\n");
                  }
              }
              session.folder.write("config.ini", config);

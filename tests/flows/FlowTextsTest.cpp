@@ -70,7 +70,7 @@ TEST(FlowTexts, OfAnEraseComeInThisOrderAndLeaveTheBarAt0)
 
 /// What a flow shows that goes through these steps, one piece of 10 bytes in each transfer.
 std::vector<std::string> linesOf(FlowKind flow, std::initializer_list<Step> steps,
-                                 FlowResult result)
+                                 const FlowResult& result)
 {
     RecordingReporter reporter;
     FlowReporter& told = reporter;
