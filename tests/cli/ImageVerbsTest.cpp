@@ -236,6 +236,7 @@ TEST_F(ImageVerbs, SetReadsStandardInputAndWritesStandardOutput)
 TEST_F(ImageVerbs, SetTellsProgramsWhatChanged)
 {
     EXPECT_EQ(run("image set", {"serial=SN9", "Spread=1"}, true), kExitSuccess);
+    EXPECT_EQ(object()["definitions"].get<std::string>().substr(0, 1), "/");
     const Object changed = object()["changed"];
     EXPECT_EQ(changed["fields"][0],
               (Object{{"name", "serial"}, {"before", "SN0001"}, {"after", "SN9"}}));

@@ -362,6 +362,17 @@ TEST(List, FailsWithoutUsb)
     EXPECT_EQ(session.told(), "the system lists no USB device, not even a root hub\n");
 }
 
+TEST(List, TellsProgramsWhichCodeRuns)
+{
+    for (const std::string code : {"rom", "flash"}) {
+        Session session("mode=" + code);
+        CommandLine line = session.line("list");
+        line.json = true;
+        EXPECT_EQ(session.run(line), kExitSuccess);
+        EXPECT_THAT(session.out.str(), HasSubstr("\"running\": \"" + code + '"'));
+    }
+}
+
 } // namespace
 
 } // namespace vornadel::test

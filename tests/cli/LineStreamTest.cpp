@@ -1,4 +1,5 @@
 #include "cli/LineStream.h"
+#include "cli/NextCommand.h"
 
 #include <gtest/gtest.h>
 
@@ -37,6 +38,14 @@ TEST(LineStream, KeepsControlCharactersFromTerminals)
     };
     for (const auto& row : rows) {
         EXPECT_EQ(withoutControls(row.text), row.shown);
+    }
+}
+
+TEST(ShellWord, QuotesWhatAShellWouldChange)
+{
+    EXPECT_EQ(shellWord("/a-b_c.d:e=f,g@h%i+j9"), "/a-b_c.d:e=f,g@h%i+j9");
+    for (const std::string special : {"~", " ", "*", "$x", "a;b", "#", "!", "{", "|"}) {
+        EXPECT_EQ(shellWord(special), '\'' + special + '\'');
     }
 }
 
