@@ -88,6 +88,10 @@ void addDefinitionOptions(CLI::App& verb, CommandLine& line)
 int readDefinitions(const Command& command, Definitions& definitions)
 {
     definitions.file = command.line.definitions;
+    if (!definitions.file.empty() && !command.line.controller.empty()) {
+        return fail(command, FailureId::Usage,
+                    "--definitions names the file already, so --ic cannot choose one");
+    }
     if (definitions.file.empty()) {
         const int status = chooseFile(command, definitions.file);
         if (status != kExitSuccess || definitions.file.empty()) {

@@ -396,6 +396,8 @@ TEST_F(ImageVerbs, ChooseOneOfSeveralPropertyFiles)
                 AllOf(HasSubstr(" B"), HasSubstr(" sub/C.INI"), HasSubstr(" sub/more/C.INI")))
         << "by path where the name alone would not tell";
     definitions = session.folder.path("sub/B.INI");
+    EXPECT_EQ(run("image properties"), kExitUsage) << "which of the two?";
+    controller.clear();
     EXPECT_EQ(run("image properties"), kExitSuccess);
     definitions = session.folder.path("config");
     EXPECT_EQ(run("image properties"), kExitUsage);
