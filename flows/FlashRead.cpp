@@ -30,6 +30,8 @@ bool readFlash(std::vector<std::uint8_t>& flash, FlowReporter& reporter, const F
     if (run.openRom() && run.read(bytes) && run.readAgain(bytes) &&
         (restartInto(bytes, run) || run.isStrict())) {
         flash = std::move(bytes);
+    } else if (run.isStrict()) {
+        run.sendBack();
     }
     return run.end();
 }

@@ -19,7 +19,8 @@ namespace vornadel
 /// Only a strict flow notices a hub that confirms a read but delivers nothing; otherwise such bytes
 /// are 0.
 ///
-/// The hub is closed in any case; after a failure it may still run its ROM code. Blocks for
+/// The hub is closed in any case; after a failure it may still run its ROM code, although a strict
+/// flow sends a hub back that it has restarted. Blocks for
 /// seconds; stops at the next request or pause after Hub_Abandon().
 bool readFlash(std::vector<std::uint8_t>& flash, FlowReporter& reporter,
                const FlowOptions& options = {});

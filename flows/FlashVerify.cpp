@@ -20,6 +20,7 @@ void readAndCompare(std::span<const std::uint8_t> image, std::vector<std::uint8_
     std::transform(image.begin(), image.end(), bytes.begin(),
                    [](std::uint8_t byte) { return static_cast<std::uint8_t>(~byte); });
     if (!run.openRom() || !run.read(bytes)) {
+        run.sendBack();
         return;
     }
     flash = bytes;

@@ -15,9 +15,9 @@ namespace vornadel
 /// firmware. `imageName` is only passed to the reporter.
 ///
 /// True only if all bytes are equal and the hub came back after the restart; in a strict flow also
-/// only if it runs the firmware that was read. If they differ, a strict flow reads the flash once
-/// more, and sends a hub back that it has restarted. `flash` is set once it has been read, before
-/// reporter.finished() is called.
+/// only if it runs the firmware that was read. If they differ, it reads the flash once more. It
+/// also sends a hub back that it has restarted, if it cannot go on. `flash` is set once it has been
+/// read, before reporter.finished() is called.
 ///
 /// The hub is closed in any case; after a failure it may still run its ROM code. Blocks for
 /// seconds; stops at the next request or pause after Hub_Abandon().

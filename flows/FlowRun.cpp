@@ -59,6 +59,8 @@ FlowRun::FlowRun(const FlowStart& start, FlowReporter& reporter, const FlowOptio
     m_reporter.started(start);
 }
 
+FlowRun::~FlowRun() { Hub_CloseDevice(); }
+
 bool FlowRun::open()
 {
     m_reporter.stepStarted(Step::Open);

@@ -20,6 +20,7 @@ public:
     FlowRun(const FlowStart& start, FlowReporter& reporter, const FlowOptions& options);
     FlowRun(const FlowRun&) = delete;
     FlowRun& operator=(const FlowRun&) = delete;
+    ~FlowRun(); ///< closes the hub, also after an exception
 
     bool open(); ///< whatever code the hub runs
     bool openRom();

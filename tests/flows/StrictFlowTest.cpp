@@ -143,6 +143,17 @@ TEST_F(StrictFlow, ReadsTheFlashTwice)
     EXPECT_TRUE(flash.empty());
 }
 
+TEST_F(StrictFlow, SendsAHubBackThatItCannotRead)
+{
+    for (const unsigned position : {3U, 14U}) { // in the first read, and in the second of the next
+                                                // run
+        addFault({.kind = FaultKind::Stall, .on = RequestKind::Read, .position = position});
+        EXPECT_FALSE(read());
+        EXPECT_EQ(result.cause, Cause::RequestFailed);
+        EXPECT_EQ(result.hub, HubState::Flash);
+    }
+}
+
 TEST_F(StrictFlow, ReadsNothingFromAHubThatDeliversNothing)
 {
     for (unsigned piece = 1; piece <= 16; ++piece) {
@@ -170,8 +181,7 @@ TEST_F(StrictFlow, StopsBeforeTheEraseAndSendsTheHubBack)
 
 TEST_F(StrictFlow, LeavesAHubThatItHasNotRestartedAsItIsWhenStopped)
 {
-    addFault({.kind = FaultKind::Stall, .on = RequestKind::Read});
-    EXPECT_FALSE(read());
+    EXPECT_TRUE(restart(HUB_MODE_ROM));
     ASSERT_EQ(setup.hub().runningCode(), HubCode::Rom);
     setup.hub().onRequest = [this](const ControlRequest&) { isAskedToStop = true; };
     EXPECT_FALSE(read());

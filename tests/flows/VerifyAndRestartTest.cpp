@@ -49,6 +49,15 @@ TEST_F(VerifiedFlash, IsReadAgainBeforeItCountsAsDifferent)
     EXPECT_EQ(result.hub, HubState::Flash);
 }
 
+TEST_F(VerifiedFlash, AndTheHubIsSentBackIfItCannotBeRead)
+{
+    addFault({.kind = FaultKind::Stall, .on = RequestKind::Read, .position = 3});
+    EXPECT_FALSE(verify(demoImage()));
+    EXPECT_EQ(result.cause, Cause::RequestFailed);
+    EXPECT_EQ(result.failure, HubFailure::Stalled);
+    EXPECT_EQ(result.hub, HubState::Flash);
+}
+
 TEST_F(VerifiedFlash, IsNotReadForAnImageThatDoesNotFit)
 {
     EXPECT_FALSE(verify({}));
