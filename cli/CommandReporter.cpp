@@ -56,6 +56,9 @@ void CommandReporter::stepStarted(Step step)
     const bool begins = (step == Step::Erase || step == Step::Restart) && !m_mustFinish;
     m_mustFinish = m_mustFinish || begins;
     const bool finishes = begins && m_command.stop.enter(StopRequest::Phase::Changing);
+    if (step == Step::Erase) { // if the flow never reports its result
+        m_command.result.flow = FlowResult{.changed = true, .flash = FlashState::Incomplete};
+    }
     if (m_command.events != nullptr) { // otherwise its text is in the log
         m_command.log.note(std::string("step: ") + nameOf(step));
     }

@@ -11,6 +11,7 @@
 #include <chrono>
 #include <iterator>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -47,6 +48,27 @@ TEST(Events, TellTimeInUtcWithMilliseconds)
     using namespace std::chrono_literals;
     EXPECT_EQ(utcText(Environment::Time(0ms)), "1970-01-01T00:00:00.000Z");
     EXPECT_EQ(utcText(Environment::Time(951'782'400s + 7ms)), "2000-02-29T00:00:00.007Z");
+}
+
+TEST(Events, ClaimNothingOfAFlashWhoseUpdateEndedInAnException)
+{
+    Session session("latency=none");
+    const auto now = session.env.now;
+    bool thrown = false;
+    session.env.now = [&] {
+        if (!thrown && session.hub().flash()[0] == 0xFF) { // erased
+            thrown = true;
+            throw std::runtime_error("no memory");
+        }
+        return now();
+    };
+    const Json result =
+        resultOf(session, "update", session.folder.write("new.bin", demoImage(kDemoVersion101)));
+    EXPECT_TRUE(thrown);
+    EXPECT_EQ(result["id"], "internal");
+    EXPECT_EQ(result["changed"], true);
+    EXPECT_EQ(result["flash"], "incomplete");
+    EXPECT_EQ(result["hub"], nullptr);
 }
 
 TEST(Events, OfAnUpdateAreItsStepsAndItsResult)
