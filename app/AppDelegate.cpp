@@ -2,6 +2,7 @@
 
 #include "app/ConsoleLog.h"
 #include "app/Controls.h"
+#include "app/FileNames.h"
 #include "app/GeneralFunction.h"
 #include "config/ToolConfig.h"
 #include "hub/HubTransport.h"
@@ -58,15 +59,15 @@ AppDelegate::~AppDelegate()
 void AppDelegate::applicationDidFinishLaunching()
 {
     AppDelegateRef = this;
-    const QString place = QFile::decodeName(m_place.bundlePath.c_str());
+    const QString place = nameText(m_place.bundlePath);
     apPath = m_place.bundled ? GeneralFunction::GetDirFromPath(place) : place;
-    resourcePath = QFile::decodeName(m_place.resourcePath.c_str());
+    resourcePath = nameText(m_place.resourcePath);
 
     const QString version = GeneralFunction::GetCurrentSystemVersion(m_platform.systemVersion);
     _bNeedSignDriver = version.contains(u"10.10");
     ConsoleLog("Current System Version: " + version);
-    ConsoleLog("AP Path :" + apPath + " ");
-    ConsoleLog("Resource Path :" + resourcePath + " ");
+    ConsoleLog("AP Path :" + shownName(nameBytes(apPath)) + " ");
+    ConsoleLog("Resource Path :" + shownName(m_place.resourcePath) + " ");
     GeneralFunction::PrintNormalLog(m_platform.shell, version);
     takeBootArgumentsSnapshot();
 
@@ -119,7 +120,7 @@ void AppDelegate::wirePropertyEditor()
                               txtHSPID_FwFlash,    txtVer_FwFlash, txtManu_FwFlash,
                               txtPro_FwFlash,      txtSN_FwFlash,  txtContainerID_FwFlash};
     tbViewController = std::make_unique<TableViewController>(
-        views, m_flashPage.image(), QFile::encodeName(apPath).toStdString(),
+        views, m_flashPage.image(), nameBytes(apPath),
         PropertyVoices{ConsoleLog, GeneralFunction::AlertString});
     m_selection.fill();
     m_identity.connectFields();
@@ -142,7 +143,7 @@ void AppDelegate::initFromIni()
     fwbinPath = config.fwbinPath;
 
     if (!config.problem.empty()) {
-        ConsoleLog(QString::fromStdString(config.problem));
+        ConsoleLog(shownName(config.problem));
     }
     for (const SupportedIdEntry& entry : SupportedIdList) {
         if (entry.valid == 1) {
@@ -151,7 +152,7 @@ void AppDelegate::initFromIni()
         }
     }
     ConsoleLog("App title: " + appTitle);
-    ConsoleLog("Fw Bin: " + QString::fromStdString(fwbinPath));
+    ConsoleLog("Fw Bin: " + shownName(fwbinPath));
     ConsoleLog(QString::asprintf("ScalarMode: %d", isScalarMode));
 }
 

@@ -48,7 +48,8 @@ public:
 
     QWidget* window() const { return m_window.get(); }
 
-    // Where the tool lies, and its configuration. Set at launch, only read afterwards.
+    // Where the tool lies, and its configuration. Set at launch, only read afterwards. The paths
+    // are texts of nameText().
     QString apPath;                ///< directory that contains the bundle
     QString resourcePath;          ///< directory of config.ini
     QString appTitle;              ///< without the version

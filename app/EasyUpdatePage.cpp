@@ -1,6 +1,7 @@
 #include "app/EasyUpdatePage.h"
 
 #include "app/AppDelegate.h"
+#include "app/FileNames.h"
 #include "app/FilePanels.h"
 #include "app/WindowReporter.h"
 #include "base/GenFun.h"
@@ -10,7 +11,6 @@
 #include "flows/FirmwareUpdate.h"
 #include "hub/SupportedIds.h"
 
-#include <QFile>
 #include <QLineEdit>
 
 #include <string>
@@ -30,13 +30,18 @@ std::uint16_t wordAt(const std::uint8_t* position)
 
 void EasyUpdatePage::choose()
 {
-    const QString path = chooseFile(m_tool.window());
-    if (path.isEmpty()) {
-        return;
+    const std::string path = chooseFile(m_tool.window());
+    if (!path.empty()) {
+        open(path);
     }
-    m_tool.txtFw_EasyUpdate->setText(path);
-    m_tool.txtFw_EasyUpdate->setToolTip(plainToolTip(path)); // it may be longer than the field
-    FwImage_LoadFile(m_image, QFile::encodeName(path).toStdString());
+}
+
+void EasyUpdatePage::open(const std::string& path)
+{
+    const QString name = shownName(path);
+    m_tool.txtFw_EasyUpdate->setText(name);
+    m_tool.txtFw_EasyUpdate->setToolTip(plainToolTip(name)); // it may be longer than the field
+    FwImage_LoadFile(m_image, path);
     if (!m_image.loaded) { // an unreadable file leaves the previous image loaded
         AppDelegate::showAlert("Firmware format error\n");
         return;

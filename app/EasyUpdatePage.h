@@ -2,6 +2,8 @@
 
 #include "firmware/FwImage.h"
 
+#include <string>
+
 namespace vornadel
 {
 
@@ -14,6 +16,7 @@ public:
     explicit EasyUpdatePage(AppDelegate& tool) : m_tool(tool) {}
 
     void choose();
+    void open(const std::string& path); ///< as if the panel had returned it
     void start();
     void run(); ///< on a flow's thread
 

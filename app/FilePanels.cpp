@@ -1,5 +1,6 @@
 #include "app/FilePanels.h"
 
+#include "app/FileNames.h"
 #include "app/GeneralFunction.h"
 
 #include <QFileIconProvider>
@@ -33,12 +34,13 @@ PlainIcons* plainIcons()
 
 } // namespace
 
-QString chooseFile(QWidget* window)
+std::string chooseFile(QWidget* window)
 {
     QFileDialog panel(window);
     panel.setFileMode(QFileDialog::ExistingFile);
     panel.setIconProvider(plainIcons());
-    return panel.exec() == QDialog::Accepted ? panel.selectedFiles().value(0) : QString();
+    return panel.exec() == QDialog::Accepted ? chosenPath(panel.selectedFiles().value(0))
+                                             : std::string();
 }
 
 SavePanel::SavePanel(QWidget* window) : QFileDialog(window)

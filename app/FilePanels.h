@@ -1,13 +1,14 @@
 #pragma once
 
 #include <QFileDialog>
-#include <QString>
+
+#include <string>
 
 namespace vornadel
 {
 
-/// Asks for a file to open, of any type. Empty when nothing is chosen.
-QString chooseFile(QWidget* window);
+/// Asks for a file to open, of any type. Its path; empty when nothing is chosen.
+std::string chooseFile(QWidget* window);
 
 /// Asks for the file to save an image to and emits `fileSelected`. Adds the suffix to the name
 /// before it checks whether the file exists. Deletes itself when it closes.

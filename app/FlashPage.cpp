@@ -3,6 +3,7 @@
 #include "app/AppDelegate.h"
 #include "app/ConsoleLog.h"
 #include "app/Controls.h"
+#include "app/FileNames.h"
 #include "app/FilePanels.h"
 #include "app/GeneralFunction.h"
 #include "app/WindowReporter.h"
@@ -51,17 +52,24 @@ void FlashPage::readFinished()
 
 void FlashPage::load()
 {
-    const QString path = chooseFile(m_tool.window());
-    if (!path.isEmpty()) {
-        FwImage_LoadFile(m_image, QFile::encodeName(path).toStdString());
-        if (m_image.loaded) { // an unreadable file leaves the previous image loaded
-            m_tool.tbViewController->LoadIni();
-            m_tool.tbViewController->RefreshCurValues_8Bit();
-        } else {
-            m_tool.tbViewController->allItemList.clear();
-            m_tool.txtViewBin_Detail->setPlainText("Binary Data\n");
-            AppDelegate::showAlert("Firmware format error\n");
-        }
+    const std::string path = chooseFile(m_tool.window());
+    if (path.empty()) {
+        m_tool.selectFirstPage();
+    } else {
+        open(path);
+    }
+}
+
+void FlashPage::open(const std::string& path)
+{
+    FwImage_LoadFile(m_image, path);
+    if (m_image.loaded) { // an unreadable file leaves the previous image loaded
+        m_tool.tbViewController->LoadIni();
+        m_tool.tbViewController->RefreshCurValues_8Bit();
+    } else {
+        m_tool.tbViewController->allItemList.clear();
+        m_tool.txtViewBin_Detail->setPlainText("Binary Data\n");
+        AppDelegate::showAlert("Firmware format error\n");
     }
     m_tool.selectFirstPage();
 }
@@ -107,7 +115,7 @@ void FlashPage::openSavePanel()
     auto* panel = new SavePanel(m_tool.window());
     QObject::connect(panel, &QFileDialog::fileSelected, &m_tool, [this](const QString& path) {
         std::string problem;
-        saveWholeFile(QFile::encodeName(path).toStdString(),
+        saveWholeFile(chosenPath(path),
                       {m_image.data.get(), static_cast<std::size_t>(m_image.size)}, problem);
         ConsoleLog(path);
         if (!problem.empty()) {

@@ -2,6 +2,8 @@
 
 #include "firmware/FwImage.h"
 
+#include <string>
+
 namespace vornadel
 {
 
@@ -19,6 +21,7 @@ public:
     /// Fills the property editor from the image.
     void readFinished();
     void load();
+    void open(const std::string& path); ///< as if the panel had returned it
     void erase();
     void runErase(); ///< on a flow's thread
     void save();

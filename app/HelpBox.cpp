@@ -2,6 +2,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/ConsoleLog.h"
+#include "app/FileNames.h"
 #include "app/GeneralFunction.h"
 #include "driver/HubDriver.h"
 
@@ -120,7 +121,7 @@ void AppDelegate::runScript(const char* name)
 {
     if (!startScript(m_platform.privileged, m_place.resourcePath, name)) {
         ConsoleLog(QString("cannot ask for administrator rights here; run \"%1/%2\" as root")
-                       .arg(resourcePath, QString(name)));
+                       .arg(shownName(m_place.resourcePath), QString(name)));
     }
 }
 

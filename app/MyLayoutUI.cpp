@@ -2,6 +2,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/Controls.h"
+#include "app/FileNames.h"
 #include "app/TypedField.h"
 #include "app/WindowTables.h"
 #include "config/Version.h"
@@ -180,7 +181,7 @@ void AppDelegate::MyLayoutUI()
     wirePropertyEditor();
     chainTabOrder(content);
     if (!fwbinPath.empty()) {
-        nstextfd_Scalar->setText(QString::fromStdString(fwbinPath));
+        nstextfd_Scalar->setText(shownName(fwbinPath));
     }
     for (const BoxRow& row : kBoxes) {
         (this->*row.member)

@@ -2,12 +2,12 @@
 
 #include "app/AppDelegate.h"
 #include "app/ConsoleLog.h"
+#include "app/FileNames.h"
 #include "editor/ToolTip.h"
 #include "props/Pages.h"
 #include "props/PropertyFiles.h"
 
 #include <QComboBox>
-#include <QFile>
 #include <QSignalBlocker>
 
 #include <algorithm>
@@ -22,11 +22,10 @@ void PropertySelection::fill()
         m_tool.cbPages->addItem(
             QString::fromUtf8(page.data(), static_cast<qsizetype>(page.size())));
     }
-    for (const std::string& found :
-         findPropertyFiles(QFile::encodeName(m_tool.apPath).toStdString())) {
-        const QString path = QFile::decodeName(found.c_str());
+    for (const std::string& found : findPropertyFiles(nameBytes(m_tool.apPath))) {
+        const QString path = shownName(found);
         ConsoleLog(path);
-        m_tool.cbICType->addItem(path);
+        m_tool.cbICType->addItem(path, QByteArray::fromStdString(found));
         m_tool.cbICType->setItemData(m_tool.cbICType->count() - 1, plainToolTip(path),
                                      Qt::ToolTipRole); // may be longer than the box
     }

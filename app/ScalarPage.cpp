@@ -1,13 +1,13 @@
 #include "app/ScalarPage.h"
 
 #include "app/AppDelegate.h"
+#include "app/FileNames.h"
 #include "app/FilePanels.h"
 #include "app/WindowReporter.h"
 #include "editor/ToolTip.h"
 #include "flows/FirmwareUpdate.h"
 #include "flows/ScalarUpdate.h"
 
-#include <QFile>
 #include <QLineEdit>
 
 #include <chrono>
@@ -26,16 +26,21 @@ constexpr std::chrono::seconds kScalarFarewell{5};
 
 void ScalarPage::choose()
 {
-    const QString path = chooseFile(m_tool.window());
-    if (path.isEmpty()) {
-        return;
+    const std::string path = chooseFile(m_tool.window());
+    if (!path.empty()) {
+        open(path);
     }
-    showFile(path);
-    FwImage_LoadFile(m_image, QFile::encodeName(path).toStdString());
 }
 
-void ScalarPage::showFile(const QString& name)
+void ScalarPage::open(const std::string& path)
 {
+    showFile(path);
+    FwImage_LoadFile(m_image, path);
+}
+
+void ScalarPage::showFile(const std::string& path)
+{
+    const QString name = shownName(path);
     m_tool.nstextfd_Scalar->setText(name);
     m_tool.nstextfd_Scalar->setToolTip(plainToolTip(name)); // it may be longer than the field
 }
@@ -50,8 +55,7 @@ void ScalarPage::run()
 {
     if (loadConfiguredImage(m_image, m_tool.place().resourcePath, m_tool.fwbinPath)) {
         // It goes into the hub whatever was chosen by hand, so the field names it.
-        const QString name = QString::fromStdString(m_tool.fwbinPath);
-        m_tool.mainThread().postAndWait([this, name] { showFile(name); });
+        m_tool.mainThread().postAndWait([this] { showFile(m_tool.fwbinPath); });
     }
     WindowReporter reporter(m_tool);
     const bool succeeded =

@@ -2,7 +2,7 @@
 
 #include "firmware/FwImage.h"
 
-#include <QString>
+#include <string>
 
 namespace vornadel
 {
@@ -16,12 +16,13 @@ class ScalarPage
 public:
     explicit ScalarPage(AppDelegate& tool) : m_tool(tool) {}
 
-    void choose(); ///< main thread
-    void start();  ///< from any thread
-    void run();    ///< on a flow's thread; a success ends the process after five seconds
+    void choose();                      ///< main thread
+    void open(const std::string& path); ///< as if the panel had returned it; main thread
+    void start();                       ///< from any thread
+    void run(); ///< on a flow's thread; a success ends the process after five seconds
 
 private:
-    void showFile(const QString& name);
+    void showFile(const std::string& path);
 
     AppDelegate& m_tool;
     FwImage m_image;

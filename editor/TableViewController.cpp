@@ -88,7 +88,7 @@ void TableViewController::LoadIni()
         return;
     }
     const std::string path =
-        m_toolDirectory + "/" + QFile::encodeName(m_views.icTypes->currentText()).toStdString();
+        m_toolDirectory + "/" + m_views.icTypes->currentData().toByteArray().toStdString();
     m_voices.log("ini is: " + QFile::decodeName(path.c_str()));
     std::string problem;
     allItemList = readPropertyFile(path, problem);

@@ -26,7 +26,8 @@ struct FwImage;
 /// The views of the flash page that the controller fills. The window owns them.
 struct PropertyViews {
     QTableView* table = nullptr;
-    QComboBox* icTypes = nullptr; ///< its text is the property file's path from the tool directory
+    /// Its data is the property file's path from the tool directory, as bytes.
+    QComboBox* icTypes = nullptr;
     QPlainTextEdit* description = nullptr;
     QPlainTextEdit* hex = nullptr;
     QLineEdit* vid = nullptr;

@@ -237,7 +237,7 @@ TEST_F(TableController, LoadsTheSelectedDefinitionFile)
     EXPECT_TRUE(it().allItemList.empty()) << "nothing is selected";
     EXPECT_TRUE(m_log.isEmpty());
 
-    m_icTypes.addItem("A.INI");
+    m_icTypes.addItem("A.INI", QByteArray("A.INI"));
     add(9, 1, 1);
     it().LoadIni();
     ASSERT_EQ(it().allItemList.size(), 1U);
