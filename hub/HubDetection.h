@@ -14,7 +14,8 @@ struct HubDetection {
 };
 
 /// Looks for a supported hub and reads its firmware version. Leaves the hub closed unless another
-/// thread has it open. Blocks for one search, one open, one status read and one close; any thread.
+/// thread has it open. Blocks for one search, one open, one status read and one close, but for a
+/// hub that does not answer only 2 s; any thread.
 HubDetection Hub_Detect();
 
 } // namespace vornadel

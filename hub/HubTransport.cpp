@@ -14,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -29,6 +30,8 @@ constexpr int kNoHubOpened = 5;
 
 // Between two opens of a hub that is there and refuses.
 constexpr Clock::Duration kRetryPause = std::chrono::milliseconds(50);
+// What a request has left when the time of an open is over; without any it would not be sent.
+constexpr Clock::Duration kLeastLimit = std::chrono::milliseconds(100);
 // Between two looks for an absent hub without an event: on macOS the events need the thread that
 // sleeps.
 constexpr Clock::Duration kLookPause = std::chrono::seconds(1);
@@ -38,6 +41,7 @@ struct Transport {
     std::atomic<Clock*> clock{nullptr};
     std::atomic<bool> abandoned{};
     std::function<void(const ControlRequest&, std::uint32_t)> observer;
+    std::optional<Clock::Duration> requestsEnd; // of this open; only the owner uses it
 
     std::mutex mutex; // guards what follows; not held during calls of the bus
     std::unique_ptr<UsbDevice> HubDevice;
@@ -192,7 +196,7 @@ bool Hub_FindDevice()
     return found;
 }
 
-bool Hub_OpenDevice()
+bool Hub_OpenDevice(std::optional<Clock::Duration> limit)
 {
     if (transport().abandoned || !claim()) {
         setLastFailure(transport().abandoned ? HubFailure::Abandoned : HubFailure::Busy);
@@ -205,6 +209,10 @@ bool Hub_OpenDevice()
         return false;
     }
     store(std::move(hub));
+    transport().requestsEnd.reset();
+    if (limit) {
+        transport().requestsEnd = transport().clock.load()->now() + *limit;
+    }
     ControlRequest openTime = vendorRequest(VendorCommand::OpenTime);
     if (HubMakerVid != 0) {
         openTime.wIndex = HubMakerVid;
@@ -238,6 +246,10 @@ std::uint32_t Hub_ControlRequest(ControlRequest request)
     if (transport().abandoned) {
         setLastFailure(HubFailure::Abandoned);
         return kHubAbandoned;
+    }
+    if (const auto end = transport().requestsEnd) {
+        request.limit = std::chrono::ceil<std::chrono::milliseconds>(
+            std::max(*end - transport().clock.load()->now(), kLeastLimit));
     }
     const std::uint32_t status = hub->control(request);
     if (status != 0) {

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 
 namespace vornadel
 {
@@ -35,7 +36,10 @@ bool Hub_FindDevice();
 /// hub. LastError: 2 without a device list; 5 if no supported hub is there, it cannot be opened,
 /// another thread has it, or the program is ending; Hub_LastFailure() tells which. A second open
 /// without a close replaces the old device, which stays open and unused until the process ends.
-bool Hub_OpenDevice();
+///
+/// `limit`: how long the requests may take until the close, all together; none: each has the
+/// platform's own limit. A request that comes late still has a tenth of a second.
+bool Hub_OpenDevice(std::optional<Clock::Duration> limit = {});
 
 /// Closes the hub that the calling thread opened; does nothing otherwise.
 void Hub_CloseDevice();
@@ -44,8 +48,8 @@ void Hub_CloseDevice();
 bool Hub_IsOpen();
 
 /// One control transfer on the open hub. Returns 0 on success, kHubNotOpen or kHubAbandoned if the
-/// request never reached the bus, otherwise the platform's status. No retry, no time-out of its
-/// own, does not set LastError.
+/// request never reached the bus, otherwise the platform's status. No retry, no time-out but that
+/// of the open, does not set LastError.
 std::uint32_t Hub_ControlRequest(ControlRequest request);
 
 /// Called after each request that has reached the bus, on the thread that sent it, with its status.

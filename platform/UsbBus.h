@@ -2,6 +2,7 @@
 
 #include "platform/UsbPlace.h"
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -21,7 +22,9 @@ struct ControlRequest {
     std::uint16_t wIndex = 0;
     std::span<const std::uint8_t> out{}; ///< data stage to the device
     std::span<std::uint8_t> in{};        ///< room for the data stage from the device
-    std::uint32_t transferred = 0;       ///< bytes moved in the data stage, set by the back end
+    /// Ends the transfer after that time; 0: the platform's own limit. macOS knows only its own.
+    std::chrono::milliseconds limit{0};
+    std::uint32_t transferred = 0; ///< bytes moved in the data stage, set by the back end
 
     bool fromDevice() const { return (bmRequestType & 0x80) != 0; }
     std::uint16_t wLength() const

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <fcntl.h>
 #include <libusb.h>
@@ -211,10 +212,12 @@ std::uint32_t LibusbDevice::control(ControlRequest& request)
     }
     // libusb wants a writable buffer in both directions.
     std::vector<std::uint8_t> copyOfOut(request.out.begin(), request.out.end());
+    const std::chrono::milliseconds limit =
+        request.limit > std::chrono::milliseconds::zero() ? request.limit : m_timeout;
     const int result = libusb_control_transfer(
         m_handle, request.bmRequestType, request.bRequest, request.wValue, request.wIndex,
         request.fromDevice() ? request.in.data() : copyOfOut.data(), request.wLength(),
-        static_cast<unsigned>(m_timeout.count()));
+        static_cast<unsigned>(limit.count()));
     if (result < 0) {
         return static_cast<std::uint32_t>(result);
     }

@@ -25,7 +25,8 @@ public:
     /// 0xFFFFFFF7.
     static constexpr std::uint32_t kShortTransfer = 1;
 
-    /// Takes its own reference on `device`. `timeout` limits a control transfer; 0 means no limit.
+    /// Takes its own reference on `device`. `timeout` limits a control transfer without a limit
+    /// of its own; 0 means no limit.
     LibusbDevice(std::shared_ptr<LibusbContext> context, libusb_device* device,
                  std::chrono::milliseconds timeout);
     ~LibusbDevice() override;

@@ -6,6 +6,7 @@ namespace vornadel::test
 namespace
 {
 
+using namespace std::chrono_literals;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -52,6 +53,20 @@ TEST_F(Detection, LeavesTheHubOfAFlowAlone)
     EXPECT_TRUE(Hub_IsOpen());
     EXPECT_THAT(m_bus.events(), ElementsAre("search", "drop 0", "end of list"));
     EXPECT_THAT(m_bus.requests(), IsEmpty());
+}
+
+TEST_F(Detection, WaitsTwoSecondsForAHubThatAnswersNothing)
+{
+    std::vector<Clock::Duration> limits;
+    m_bus.onControl([&](ControlRequest& request) {
+        limits.emplace_back(request.limit);
+        m_clock.sleep(request.limit);
+        return kStalled;
+    });
+    EXPECT_EQ(Hub_Detect().version, 0);
+    EXPECT_THAT(limits, ElementsAre(2s, 100ms)) << "open-time request and status";
+    open();
+    EXPECT_EQ(limits.back(), 0s) << "a flow's requests have the platform's own limit";
 }
 
 } // namespace

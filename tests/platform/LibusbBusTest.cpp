@@ -192,6 +192,9 @@ TEST_F(LibusbBusTest, EndsATransferThatIsNotAnsweredAndGoesOn)
     EXPECT_EQ(device->control(unanswered), kTimedOut);
     EXPECT_EQ(device->failureOf(kTimedOut), UsbFailure::TimedOut);
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(50));
+    unanswered.limit = std::chrono::milliseconds(100);
+    EXPECT_EQ(device->control(unanswered), kTimedOut);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(150));
     ControlRequest answered{.bmRequestType = 0x40, .bRequest = 2};
     EXPECT_EQ(device->control(answered), 0U);
 }
