@@ -86,7 +86,7 @@ public:
     /// Ends the process at once, from any thread. Called after a successful scalar update.
     std::function<void(int status)> endProcess = leaveProcess;
 
-    // Driver. They block the main thread.
+    // Driver. They block the main thread, except for the restarts of the hub after an unload.
     void LoadUpdateDriver();
     void UnloadUpdateDriver();
     void RebootOrNot();

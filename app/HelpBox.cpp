@@ -12,8 +12,10 @@
 #include <QMessageBox>
 #include <QPushButton>
 
+#include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace vornadel
 {
@@ -21,27 +23,19 @@ namespace vornadel
 namespace
 {
 
-/// Disables the buttons, visibly, while the main thread is busy. Buttons pressed meanwhile are
-/// already disabled, and those presses are dropped.
-class ButtonsOff
+/// Disables the buttons, visibly, because the main thread may be busy from now on.
+void switchOff(AppDelegate& tool)
 {
-public:
-    explicit ButtonsOff(AppDelegate& tool) : m_tool(tool)
-    {
-        m_tool.SetButtonStatus(false);
-        QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-    }
-    ButtonsOff(const ButtonsOff&) = delete;
-    ButtonsOff& operator=(const ButtonsOff&) = delete;
-    ~ButtonsOff()
-    {
-        QApplication::processEvents();
-        m_tool.SetButtonStatus(true);
-    }
+    tool.SetButtonStatus(false);
+    QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
 
-private:
-    AppDelegate& m_tool;
-};
+/// Drops the presses of the meantime, because the buttons are still disabled, and enables these.
+void switchOnAgain(AppDelegate& tool)
+{
+    QApplication::processEvents();
+    tool.SetButtonStatus(true);
+}
 
 } // namespace
 
@@ -53,31 +47,39 @@ void AppDelegate::LoadUpdateDriver()
                    "which the shell would misread; move the tool to another folder");
         return;
     }
-    {
-        const ButtonsOff off(*this);
-        const std::string problem = claimDriverCopy(QFile::encodeName(driverCopy).toStdString());
-        if (problem.empty()) {
-            copyDriverBundle(m_platform.shell, m_place.resourcePath);
-        } else {
-            ConsoleLog(QFile::decodeName(problem.c_str()) + "; the driver is not copied there");
-        }
-        runScript("load");
+    switchOff(*this);
+    const std::string problem = claimDriverCopy(QFile::encodeName(driverCopy).toStdString());
+    if (problem.empty()) {
+        copyDriverBundle(m_platform.shell, m_place.resourcePath);
+    } else {
+        ConsoleLog(QFile::decodeName(problem.c_str()) + "; the driver is not copied there");
     }
+    runScript("load");
+    switchOnAgain(*this);
     RebootOrNot();
 }
 
 void AppDelegate::UnloadUpdateDriver()
 {
     ConsoleLog("Enter UnloadUpdateDriver");
-    const ButtonsOff off(*this);
+    switchOff(*this);
     // Before the script starts: a hub in its ROM code must be restarted into its firmware before
     // the access to it is withdrawn.
-    const std::unique_ptr<HubHold> hold = m_platform.privileged.holdHub();
+    std::shared_ptr<HubHold> hold = m_platform.privileged.holdHub();
     runScript("unload");
-    if (hold) {
-        returnHubToFlash();
-    } else {
+    if (hold == nullptr) {
         ConsoleLog("access to the hub is being withdrawn; the hub is left as it is");
+        switchOnAgain(*this);
+        return;
+    }
+    // The restarts take up to 80 s, and the window is to go on painting.
+    const std::function<void()> returnHub = [this, hold = std::move(hold)]() mutable {
+        returnHubToFlash();
+        hold.reset();
+        m_mainThread.postAndWait([this] { switchOnAgain(*this); });
+    };
+    if (!m_worker.start(returnHub)) {
+        returnHub(); // here, because the system has no thread
     }
 }
 

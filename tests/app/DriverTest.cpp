@@ -1,5 +1,6 @@
 #include "hub/HubTransport.h"
 #include "tests/app/ToolUnderTest.h"
+#include "tests/support/NoMoreThreads.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -227,24 +228,38 @@ TEST_F(DriverButtons, SendTheHubBackToItsFirmwareAfterUnloading)
         constexpr std::uint8_t kRestartIntoFlash = 0xE9;
         if (request.bRequest == kRestartIntoFlash) {
             EXPECT_EQ(privileged.holds, 1) << "or the script would take the access away";
+            EXPECT_NE(QThread::currentThread(), qApp->thread()) << "which goes on painting";
         }
     };
     testing::internal::CaptureStderr();
     QTest::mouseClick(tool().nsbtnUnloadDriver_HelpBox, Qt::LeftButton);
+    EXPECT_TRUE(allSwitched(false)) << "until the hub is back";
+    ASSERT_TRUE(waitUntilEnabled());
     EXPECT_THAT(testing::internal::GetCapturedStderr(),
                 testing::StartsWith("Enter UnloadUpdateDriver\n"));
     EXPECT_EQ(m_steps, std::vector<std::string>{resources() + "/unload (off)"});
     EXPECT_EQ(privileged.holds, 0);
     EXPECT_EQ(hub().runningCode(), HubCode::Flash);
     EXPECT_FALSE(Hub_IsOpen());
-    EXPECT_TRUE(allSwitched(true));
 
     privileged.onStart = nullptr;
     hub().unplug(); // the script runs without a hub, too
     const Clock::Duration before = clock().now();
     QTest::mouseClick(tool().nsbtnUnloadDriver_HelpBox, Qt::LeftButton);
+    ASSERT_TRUE(waitUntilEnabled());
     EXPECT_EQ(privileged.scripts.size(), 2U);
     EXPECT_EQ(clock().now(), before) << "and nobody waits for one";
+}
+
+TEST_F(DriverButtons, SendTheHubBackWhereNoThreadCanBeStarted)
+{
+    hubOptions.mode = HubCode::Rom;
+    launchOn(kModern, "");
+    {
+        const NoMoreThreads none;
+        QTest::mouseClick(tool().nsbtnUnloadDriver_HelpBox, Qt::LeftButton);
+    }
+    EXPECT_EQ(hub().runningCode(), HubCode::Flash);
     EXPECT_TRUE(allSwitched(true));
 }
 

@@ -1,4 +1,5 @@
-// Closing the window in any phase of an update, of a flash read or erase, or with a dialog open:
+// Closing the window in any phase of an update, of a flash read or erase, while the hub goes back
+// to its firmware after an unload of the driver, or with a dialog open:
 // the process ends cleanly, and the next update succeeds.
 
 #include "flows/FirmwareUpdate.h"
@@ -80,7 +81,8 @@ class InEveryPhase : public ClosingTheWindow, public testing::WithParamInterface
 std::vector<Point> points()
 {
     std::vector<Point> all{{"launch", 0}, {"dialog", 0}, {"panel", 0}, {"alert", 0},
-                           {"pause", 1},  {"pause", 2},  {"pause", 3}, {"farewell", 1}};
+                           {"pause", 1},  {"pause", 2},  {"pause", 3}, {"farewell", 1},
+                           {"unload", 4}, {"away", 1}};
     for (const unsigned request : {1U, 4U, 7U, 12U, 20U, 24U, 25U}) {
         all.push_back({"start-up", request});
     }

@@ -12,6 +12,8 @@
 //   unattended never; the start-up run ends the program
 //   read       while the N-th request of a flash read is in flight
 //   erase      while the N-th request of a flash erase is in flight
+//   unload     while the N-th request after an unload of the driver is in flight
+//   away       while the hub restarts for the N-th time after an unload of the driver
 //   panel      while the flash page asks where to save
 //   alert      while the flash page says that there is nothing to save
 //   dialog     right after the image has been chosen
@@ -106,7 +108,7 @@ public:
 
     void sleep(Duration pause) override
     {
-        if (m_moment.reached("pause") ||
+        if (m_moment.reached("pause") || m_moment.reached("away") ||
             (pause == std::chrono::seconds(5) && m_moment.reached("farewell"))) {
             Moment::close();
             gate.pass();
@@ -151,12 +153,17 @@ void closeBehindADialog(AppDelegate& delegate)
     QTimer::singleShot(1, &delegate, [&delegate] { closeBehindADialog(delegate); });
 }
 
-/// Whether the moment is one of the flash page.
-bool useFlashPage(AppDelegate& delegate, Moment& moment)
+/// Whether the moment is one of a button without a file.
+bool pressOneButton(AppDelegate& delegate, Moment& moment)
 {
     if (moment.is("read") || moment.is("erase")) {
         moment.arm();
         (moment.is("read") ? delegate.btnRead_FwFlash : delegate.btnErase_FwFlash)->click();
+        return true;
+    }
+    if (moment.is("unload") || moment.is("away")) {
+        moment.arm();
+        delegate.nsbtnUnloadDriver_HelpBox->click();
         return true;
     }
     if (moment.is("alert")) {
@@ -197,7 +204,7 @@ void use(AppDelegate& delegate, Moment& moment, const QString& image)
         return;
     }
     whenIdle(delegate, [&delegate, &moment, image] {
-        if (useFlashPage(delegate, moment)) {
+        if (pressOneButton(delegate, moment)) {
             return;
         }
         QTimer::singleShot(0, qApp, [image] { chooseInDialog(image); });
@@ -240,7 +247,7 @@ int main(int argc, char** argv)
         return 65;
     }
     bus->hub().onRequest = [&](const ControlRequest&) {
-        for (const char* kind : {"request", "start-up", "read", "erase", "stuck"}) {
+        for (const char* kind : {"request", "start-up", "read", "erase", "unload", "stuck"}) {
             if (moment.reached(kind)) {
                 moment.closeAndWait();
             }
