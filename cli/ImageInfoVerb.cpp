@@ -50,9 +50,11 @@ int imageInfoVerb(const Command& command)
         printObject(command, object);
         return kExitSuccess;
     }
+    const std::vector<NamedText> fields = FwImage_Fields(image);
     std::vector<std::vector<std::string>> rows = {{"file:", shownSource(command.line.image)},
                                                   {"size:", std::to_string(image.size) + " bytes"}};
-    for (const NamedText& field : FwImage_Fields(image)) {
+    rows.reserve(rows.size() + fields.size());
+    for (const NamedText& field : fields) {
         const bool absent = field.name == "version" && field.text.empty();
         rows.push_back({titleOf(field.name), absent ? "-" : printable(field.text)});
     }

@@ -40,9 +40,12 @@ std::string alignedLines(const std::vector<std::vector<std::string>>& rows)
     std::string lines;
     for (const auto& row : rows) {
         for (std::size_t i = 0; i < row.size(); ++i) {
-            const bool last = i + 1 == row.size();
-            lines += row[i] + (last ? "\n" : std::string(widths[i] - row[i].size() + 2, ' '));
+            lines += row[i];
+            if (i + 1 < row.size()) {
+                lines.append(widths[i] - row[i].size() + 2, ' ');
+            }
         }
+        lines += '\n';
     }
     return lines;
 }

@@ -1,19 +1,21 @@
 #include "firmware/FwImage.h"
 
+#include "base/Descriptor.h"
 #include "base/GenFun.h"
 #include "base/LastError.h"
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
 #include <limits>
 #include <new>
-#include <system_error>
 #include <utility>
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace vornadel
 {
@@ -99,31 +101,20 @@ bool adopt(FwImage& image, Bytes bytes, std::int32_t length)
     return true;
 }
 
-struct FileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, FileCloser>;
-
-// Null for anything but a regular file: opening a pipe or a device could block.
-File openImage(const std::string& path)
+// None for anything but a regular file: opening a pipe or a device could block.
+Descriptor openImage(const std::string& path)
 {
-    std::error_code ignored;
-    if (!std::filesystem::is_regular_file(path, ignored)) {
-        return nullptr;
-    }
-    File file(std::fopen(path.c_str(), "rb"));
-    if (file != nullptr) {
-        std::setvbuf(file.get(), nullptr, _IONBF, 0); // it is read at once
-    }
-    return file;
+    struct stat info = {};
+    const bool regular = ::stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
+    return Descriptor(regular ? ::open(path.c_str(), O_RDONLY | O_CLOEXEC) : -1);
 }
 
 /// 0xFFFFFFFF if it is that long or longer, or not known.
-std::uint32_t lengthOf(std::FILE* file)
+std::uint32_t lengthOf(const Descriptor& file)
 {
     constexpr std::uint32_t kUnknown = std::numeric_limits<std::uint32_t>::max();
     struct stat info = {};
-    if (file == nullptr || ::fstat(fileno(file), &info) != 0) {
+    if (::fstat(file.get(), &info) != 0) {
         return kUnknown;
     }
     return static_cast<std::uint32_t>(
@@ -131,11 +122,16 @@ std::uint32_t lengthOf(std::FILE* file)
 }
 
 // The whole file, or null.
-Bytes readFile(std::FILE* file, std::size_t size)
+Bytes readFile(const Descriptor& file, std::size_t size)
 {
     Bytes bytes = allocate(size);
-    if (bytes == nullptr || std::fread(bytes.get(), 1, size, file) != size) {
-        return nullptr;
+    for (std::size_t done = 0; bytes != nullptr && done < size;) {
+        const ssize_t count = ::read(file.get(), bytes.get() + done, size - done);
+        if (count > 0) {
+            done += static_cast<std::size_t>(count);
+        } else if (count == 0 || errno != EINTR) {
+            return nullptr;
+        }
     }
     return bytes;
 }
@@ -145,9 +141,9 @@ Bytes readFile(std::FILE* file, std::size_t size)
 bool FwImage_LoadFile(FwImage& image, const std::string& path)
 {
     constexpr std::uint32_t kLongest = std::numeric_limits<std::int32_t>::max();
-    const File file = openImage(path);
-    const std::uint32_t size = lengthOf(file.get());
-    Bytes bytes = size >= 1 && size <= kLongest ? readFile(file.get(), size) : nullptr;
+    const Descriptor file = openImage(path);
+    const std::uint32_t size = lengthOf(file);
+    Bytes bytes = size >= 1 && size <= kLongest ? readFile(file, size) : nullptr;
     if (bytes == nullptr) {
         LastError = kUnreadable;
         return false;
@@ -298,6 +294,6 @@ std::string FwImage_ContainerIdText(const std::uint8_t* id)
     return text + '}';
 }
 
-std::uint32_t GetFileSize(const std::string& path) { return lengthOf(openImage(path).get()); }
+std::uint32_t GetFileSize(const std::string& path) { return lengthOf(openImage(path)); }
 
 } // namespace vornadel
