@@ -2,12 +2,15 @@
 
 #include "cli/Failures.h"
 #include "cli/HelpText.h"
+#include "cli/Json.h"
 #include "cli/Options.h"
+#include "cli/ResultEvent.h"
 #include "cli/Verbs.h"
 #include "config/SimulatedHubFlag.h"
 #include "config/Version.h"
 
 #include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <iterator>
@@ -274,6 +277,11 @@ std::optional<int> parseCommandLine(int argc, const char* const* argv, CommandLi
             commandLine.json = true;
             commandLine.usageProblem = failure.what;
             return {};
+        }
+        if (asksForJson) { // without a verb there are neither events nor a configuration
+            Json object = {{"v", 1}};
+            object.update(resultFields({.failure = failure}, kExitUsage, {}));
+            out << textOf(object, 2) << '\n';
         }
         printFailure(err, failure, {});
         return kExitUsage;

@@ -269,6 +269,10 @@ TEST(CommandLine, LetsAVerbWithJsonTellWhatIsWrong)
         const Parsed parsed = parse(row.words);
         EXPECT_EQ(parsed.ended.has_value(), row.verb.empty());
         EXPECT_EQ(parsed.err.empty(), !row.verb.empty());
+        EXPECT_EQ(parsed.out.empty(), !row.verb.empty());
+        if (row.verb.empty()) {
+            EXPECT_THAT(parsed.out, HasSubstr("\"id\": \"usage\""));
+        }
         EXPECT_EQ(parsed.commandLine.verb, verbCalled(row.verb));
         EXPECT_THAT(parsed.commandLine.usageProblem, HasSubstr(row.why));
     }
