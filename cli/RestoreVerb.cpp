@@ -62,6 +62,9 @@ int restore(const Command& command, const FwImage& content, FlowTarget target)
     }
     CommandReporter reporter(command);
     restoreFlash(bytesOf(content), name, reporter, target.options);
+    if (reporter.result().succeeded() && reporter.result().hub == HubState::Rom) {
+        command.out << "The hub runs its ROM code, because what was restored is no firmware\n";
+    }
     return explainResult(command, FlowKind::Restore, reporter.result(), target);
 }
 

@@ -15,6 +15,7 @@ namespace vornadel::test
 namespace
 {
 
+using testing::EndsWith;
 using testing::HasSubstr;
 
 const std::vector<std::uint8_t> kBlank(kSimulatedFlashSize, 0xFF);
@@ -72,6 +73,8 @@ TEST_F(Restore, WritesContentThatIsNoImage)
     ASSERT_EQ(restore(session.folder.write("blank.bin", kBlank)), kExitSuccess)
         << session.err.str();
     EXPECT_EQ(session.hub().flash(), kBlank);
+    EXPECT_THAT(session.out.str(), EndsWith("The hub runs its ROM code, because what was restored "
+                                            "is no firmware\n"));
 }
 
 TEST_F(Restore, RefusesWhatItCannotTrust)
