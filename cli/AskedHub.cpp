@@ -11,6 +11,23 @@ std::string AskedHub::version() const { return hex4(firmwareVersionIn(status)); 
 
 std::string AskedHub::code() const { return romCodeRunsBy(status) ? "ROM code" : "flash code"; }
 
+std::string AskedHub::whyNot() const
+{
+    switch (failure) {
+    case HubFailure::None:
+        return {};
+    case HubFailure::NoAccess:
+        return "no access";
+    case HubFailure::Busy:
+        return "busy";
+    case HubFailure::NoHub:
+    case HubFailure::Unplugged:
+        return "has left";
+    default:
+        return "no answer";
+    }
+}
+
 AskedHub askHub(const UsbPlace& place)
 {
     AskedHub asked;

@@ -16,6 +16,7 @@ struct AskedHub {
 
     std::string version() const; ///< four hex digits
     std::string code() const;    ///< "ROM code" or "flash code"
+    std::string whyNot() const;  ///< "no access"; empty if it has answered
 };
 
 /// Opens the hub at a place for one question, without locking the place.

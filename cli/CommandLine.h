@@ -37,7 +37,7 @@ struct CommandLine {
     std::string dryRun{};         ///< of verbs that change the flash; empty: it is none
     bool rom = false;             ///< of restart: into the ROM code
     std::optional<int> timeout{}; ///< of wait, in seconds
-    bool all = false;             ///< of list: every USB device
+    bool all = false;             ///< of list: every USB device; of info: every hub
     bool json = false;            ///< the output is for programs
     std::string progress = "auto";    ///< or "bar", "plain", "none"
     std::string color = "auto";       ///< or "always", "never"
@@ -68,6 +68,7 @@ inline constexpr int kExitDiffers = 8;        ///< what was read is not what it 
 inline constexpr int kExitNotConfirmed = 9;
 inline constexpr int kExitWouldAsk = 10;     ///< nobody has agreed to it; nothing was sent
 inline constexpr int kExitBusy = 11;         ///< another flow or program has the hub
+inline constexpr int kExitSomeFailed = 12;   ///< of several hubs
 inline constexpr int kExitInterrupted = 128; ///< plus the number of the signal that stopped it
 
 /// Parses the command line. Empty if there is a command to run; otherwise the exit status, after

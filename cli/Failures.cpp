@@ -75,6 +75,7 @@ constexpr FailureKind kKinds[] = {
     {FailureId::NotBack, "not-back", kExitNotConfirmed, kReplug, "{hub} info"},
     {FailureId::StillRomCode, "still-rom-code", kExitNotConfirmed, kReplug, "{hub} info"},
     {FailureId::OtherVersion, "other-version", kExitNotConfirmed, kReplug, "{hub} info"},
+    {FailureId::SomeFailed, "some-failed", kExitSomeFailed, kUntouched, "vornadelctl doctor"},
     {FailureId::Interrupted, "interrupted", kExitFailure, kUntouched, "{again}"},
 };
 

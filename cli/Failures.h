@@ -1,7 +1,9 @@
 #pragma once
 
+#include "cli/Json.h"
 #include "flows/FlowReporter.h"
 
+#include <memory>
 #include <optional>
 #include <ostream>
 #include <span>
@@ -53,6 +55,7 @@ enum class FailureId {
     FlashDiffers,
     NotBlank,
     UnstableReads,
+    SomeFailed,
     NotBack,
     StillRomCode,
     OtherVersion,
@@ -90,7 +93,9 @@ struct CommandResult {
     std::optional<FlowResult> flow{}; ///< of the flow, if one ran
     std::string backup{};             ///< the file that holds what was in the flash
     std::string backupProblem{};      ///< why there is none, if the flow ended for that
-    bool printed = false;             ///< the verb's own object, with --json
+    /// Between an image and the flash, if they were compared: see ImageDifferences.
+    std::shared_ptr<const Json> differences{};
+    bool printed = false; ///< the verb's own object, with --json
 };
 
 /// The four lines of a failure whose members are all set; `log` is the log file, if there is one.

@@ -1,5 +1,6 @@
 #include "cli/AskedHub.h"
 #include "cli/HubChoices.h"
+#include "cli/HubList.h"
 #include "cli/ImageFile.h"
 #include "cli/ImageSource.h"
 #include "cli/Json.h"
@@ -94,33 +95,59 @@ int showHub(const Command& command)
     return kExitSuccess;
 }
 
+/// One line for each hub that is attached and selected.
+int showEveryHub(const Command& command)
+{
+    if (const int status = requireConfiguration(command); status != kExitSuccess) {
+        return status;
+    }
+    const auto hubs = findHubChoices(command.platform.usb);
+    if (!hubs) {
+        return fail(command, FailureId::NoUsbList, "the USB devices cannot be listed");
+    }
+    HubCount count;
+    const int status = showHubs(command, *hubs, count);
+    return count.silent == 0 ? status
+                             : fail(command, FailureId::SomeFailed,
+                                    std::to_string(count.silent) + " of " +
+                                        std::to_string(count.shown) + " hubs did not answer");
+}
+
 int infoVerb(const Command& command)
 {
+    if (command.line.all) {
+        return showEveryHub(command);
+    }
     return command.line.image.empty() ? showHub(command) : showImage(command);
 }
 
 const char* whyInfoIsUnfit(const CommandLine& line)
 {
-    return line.image.empty() || !line.hub.isGiven()
-               ? nullptr
-               : "info IMAGE asks no hub, so none can be selected";
+    if (line.image.empty()) {
+        return nullptr;
+    }
+    return line.all             ? "info IMAGE asks no hub, so --all does not go with it"
+           : line.hub.isGiven() ? "info IMAGE asks no hub, so none can be selected"
+                                : nullptr;
 }
 
 void addInfoOptions(CLI::App& verb, CommandLine& line)
 {
     addOperand(verb, "IMAGE", line.image, Operand::Optional,
                "Firmware image (*.bin); -: from standard input. Without it, show the hub");
+    addFlag(verb, "--all", line.all,
+            "Show every hub, each in a line as list does; if one does not answer, fail");
 }
 
 } // namespace
 
 const Verb kInfoVerb = {
     .name = "info",
-    .summary = "Show the attached hub, or a firmware image",
+    .summary = "Show the attached hub, every hub, or a firmware image",
     .run = infoVerb,
     .addOptions = addInfoOptions,
     .whyUnfit = whyInfoIsUnfit,
-    .examples = "vornadelctl info\nvornadelctl info new.bin\n",
+    .examples = "vornadelctl info\nvornadelctl info --all\nvornadelctl info new.bin\n",
 };
 
 } // namespace vornadel

@@ -1,5 +1,5 @@
-#include "cli/AskedHub.h"
 #include "cli/HubChoices.h"
+#include "cli/HubList.h"
 #include "cli/Json.h"
 #include "cli/Options.h"
 #include "cli/ShownText.h"
@@ -10,7 +10,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -73,57 +72,6 @@ void showDevices(const Command& command, const std::vector<BusDevice>& devices)
     }
 }
 
-/// Why a hub did not tell its version.
-std::string unanswered(HubFailure failure)
-{
-    switch (failure) {
-    case HubFailure::NoAccess:
-        return "no access";
-    case HubFailure::Busy:
-        return "busy";
-    case HubFailure::NoHub:
-    case HubFailure::Unplugged:
-        return "has left";
-    default:
-        return "no answer";
-    }
-}
-
-/// What a hub answers; nothing if it is not asked. `alone`: there is no other hub.
-std::optional<AskedHub> askIfSafe(const HubChoice& choice, bool alone)
-{
-    // Without a place another hub might answer.
-    const bool safe = !choice.owner && (choice.hub.place().known() || alone);
-    return safe ? std::optional(askHub(choice.hub.place())) : std::nullopt;
-}
-
-void showHubs(const Command& command, const std::vector<const HubChoice*>& hubs, bool alone)
-{
-    Json objects = Json::array();
-    std::vector<std::vector<std::string>> rows;
-    for (const HubChoice* const hub : hubs) {
-        const std::optional<AskedHub> asked = askIfSafe(*hub, alone);
-        const bool answered = asked && asked->failure == HubFailure::None;
-        objects.push_back(hub->fields());
-        objects.back().update(
-            {{"version", answered ? Json(asked->version()) : Json()},
-             {"running", answered ? Json(romCodeRunsBy(asked->status) ? "rom" : "flash") : Json()},
-             {"failure", asked && !answered ? Json(unanswered(asked->failure)) : Json()}});
-        rows.push_back(hub->columns());
-        if (hub->owner) {
-            rows.back().push_back(hub->busyText());
-        } else if (asked) {
-            rows.back().push_back(answered ? asked->version() + "  " + asked->code()
-                                           : unanswered(asked->failure));
-        }
-    }
-    if (command.json()) {
-        printObject(command, {{"hubs", objects}});
-    } else {
-        command.out << alignedLines(rows);
-    }
-}
-
 int listVerb(const Command& command)
 {
     if (!command.line.all) {
@@ -144,18 +92,8 @@ int listVerb(const Command& command)
         showDevices(command, devices);
         return kExitSuccess;
     }
-    std::vector<const HubChoice*> selected;
-    for (const HubChoice& hub : *hubs) {
-        if (isSelected(hub, command.line.hub)) {
-            selected.push_back(&hub);
-        }
-    }
-    if (selected.empty()) {
-        return hubs->empty() ? fail(command, FailureId::NoHub, "no supported hub is attached")
-                             : fail(command, FailureId::NoMatch, "no attached hub matches");
-    }
-    showHubs(command, selected, hubs->size() == 1);
-    return kExitSuccess;
+    HubCount count;
+    return showHubs(command, *hubs, count);
 }
 
 const char* whyListIsUnfit(const CommandLine& line)

@@ -109,6 +109,21 @@ TEST(AnAttachedHub, ThatDoesNotAnswerIsListedAllTheSame)
     EXPECT_EQ(session.out.str(), "sim-1  1209:0001/0002  SN0001  Demo Hub  no answer\n");
 }
 
+TEST(InfoOfAllHubs, FailsIfOneDoesNotAnswer)
+{
+    Session session("hubs=2");
+    CommandLine line = session.line("info");
+    line.all = true;
+    EXPECT_EQ(session.run(line), kExitSuccess) << session.err.str();
+    const std::string second = "sim-2  1209:0001/0002  SN0002  Demo Hub  0100  flash code\n";
+    EXPECT_EQ(session.out.str(),
+              "sim-1  1209:0001/0002  SN0001  Demo Hub  0100  flash code\n" + second);
+    const auto lock = session.occupy("sim-1");
+    EXPECT_EQ(session.run(line), kExitSomeFailed);
+    EXPECT_THAT(session.out.str(), EndsWith('\n' + second)) << "the others are asked all the same";
+    EXPECT_EQ(session.told(), "1 of 2 hubs did not answer\n");
+}
+
 TEST(InfoOfAnImage, ShowsItsFields)
 {
     Session session;

@@ -83,6 +83,8 @@ const std::vector<Way>& waysOnSimulatedHubs()
          [](Session&, CommandLine& line) { line.hub.serialNumber = "other"; }},
         {"several-hubs", "hubs=2", "info"},
         {"busy", "fault=open-refused:100000", "info"},
+        {"some-failed", "hubs=2,fault=stall@status#1", "info", "",
+         [](Session&, CommandLine& line) { line.all = true; }},
         {"image-unreadable", "", "update", "/nowhere"},
         {"image-refused", "", "update", "config.ini"},
         {"definitions-unusable", "", "image properties", "new.bin",
