@@ -87,7 +87,7 @@ int tellDifferences(const Command& command, const LookedAt& seen, const FlashPla
     FwImage after;
     FwImage_Parse(before, seen.flash.data(), static_cast<std::int32_t>(seen.flash.size()));
     FwImage_Parse(after, wanted.data(), static_cast<std::int32_t>(wanted.size()));
-    std::istringstream lines(linesOf(findDifferences(before, after, definitions.items)));
+    std::istringstream lines(tell(command, findDifferences(before, after, definitions.items)));
     for (std::string line; std::getline(lines, line);) {
         out << "differs: " << line << '\n';
     }

@@ -2,6 +2,7 @@
 
 #include "cli/ImageSource.h"
 #include "cli/ShownText.h"
+#include "cli/Verbs.h"
 
 #include <nlohmann/json.hpp>
 
@@ -51,6 +52,12 @@ ImageDifferences findDifferences(const FwImage& before, const FwImage& after,
     }
     found.ranges = differentRanges(bytesOf(before), bytesOf(after), compared);
     return found;
+}
+
+std::string tell(const Command& command, const ImageDifferences& differences)
+{
+    command.result.differences = std::make_shared<const Json>(jsonOf(differences));
+    return linesOf(differences);
 }
 
 std::string linesOf(const ImageDifferences& differences)

@@ -10,6 +10,8 @@
 namespace vornadel
 {
 
+struct Command;
+
 /// In what two images differ: in fields, in properties, and at addresses that neither explains.
 struct ImageDifferences {
     std::vector<FieldDifference> fields;
@@ -23,6 +25,9 @@ struct ImageDifferences {
 /// may be empty; their current values become those of `after`.
 ImageDifferences findDifferences(const FwImage& before, const FwImage& after,
                                  const PropItemList& items);
+
+/// The lines of the differences; they also go into the result for programs.
+std::string tell(const Command& command, const ImageDifferences& differences);
 
 /// One line a difference, "vid: 1209 -> 1A2B"; of very many ranges only the first ones.
 std::string linesOf(const ImageDifferences& differences);

@@ -54,7 +54,7 @@ Json resultFields(const CommandResult& result, int status, Clock::Duration took)
     const auto& failure = result.failure;
     const FlowResult flow = result.flow.value_or(FlowResult());
     const bool told = !succeeded && failure;
-    return {
+    Json fields = {
         {"ok", succeeded},
         {"exit", status},
         {"id", told ? Json(kindOf(failure->id).name) : Json()},
@@ -67,6 +67,10 @@ Json resultFields(const CommandResult& result, int status, Clock::Duration took)
         {"ms", std::chrono::duration_cast<std::chrono::milliseconds>(took).count()},
         {"next", told ? orNull(failure->next) : Json()},
     };
+    if (result.differences != nullptr) {
+        fields["differences"] = *result.differences;
+    }
+    return fields;
 }
 
 } // namespace vornadel

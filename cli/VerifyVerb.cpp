@@ -24,7 +24,7 @@ void tellDifferences(const Command& command, const FwImage& image,
     FwImage read;
     FwImage_Parse(read, flash.data(), image.size);
     command.out << "in the image -> in the flash:\n"
-                << linesOf(findDifferences(image, read, items)) << std::flush;
+                << tell(command, findDifferences(image, read, items)) << std::flush;
 }
 
 int verifyVerb(const Command& command)

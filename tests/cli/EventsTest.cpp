@@ -103,6 +103,17 @@ TEST(Events, OfAnUpdateAreItsStepsAndItsResult)
     EXPECT_EQ(done, 32768);
 }
 
+TEST(Events, NameWhatDiffers)
+{
+    Session session("latency=none,mode=rom");
+    const std::string image = session.folder.write("new.bin", demoImage(kDemoVersion101));
+    const Json verified = resultOf(session, "verify", image);
+    EXPECT_EQ(verified["differences"]["fields"],
+              Json({{{"name", "version"}, {"before", "0101"}, {"after", "0100"}}}));
+    session.hub().setFlash(demoImage(kDemoVersion101));
+    EXPECT_FALSE(resultOf(session, "verify", image).contains("differences"));
+}
+
 TEST(Events, EndWithOneResultAlsoIfNoFlowBegins)
 {
     const struct {
