@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/DetectionPace.h"
 #include "app/EasyUpdatePage.h"
 #include "app/FlashPage.h"
 #include "app/FlowWorker.h"
@@ -153,6 +154,7 @@ private:
     // A callback has been posted to the main thread and has not begun yet.
     std::atomic<bool> m_attachPosted = false;
     std::atomic<bool> m_detachPosted = false;
+    DetectionPace m_detectionPace{m_platform.clock};
     // Last, so that the controls are destroyed before their users.
     std::unique_ptr<QWidget> m_window;
 };

@@ -30,9 +30,11 @@ void AppDelegate::RegisterNotifycation()
         if (posted.exchange(true)) {
             return; // a pending callback will handle this device too
         }
-        m_mainThread.post([attached, &posted] {
-            posted = false;
-            attached ? DeviceAddedCallback() : DeviceRemovedCallback();
+        m_mainThread.post([this, attached, &posted] {
+            m_detectionPace.run([attached, &posted] {
+                posted = false;
+                attached ? DeviceAddedCallback() : DeviceRemovedCallback();
+            });
         });
     });
     DeviceAddedCallback();
@@ -42,15 +44,16 @@ void AppDelegate::RegisterNotifycation()
 void AppDelegate::DeviceNotification()
 {
     const HubDetection hub = Hub_Detect();
-    if (!hub.found) {
-        nstfHubInfo_UpdateFW->setPlainText("Detect Zel Hub: Fail\nPlease Insert Zel Hub Device");
-        nstfHubInfo_UpdateFW->setTone(Tone::Red);
-        return;
+    QString text = "Detect Zel Hub: Fail\nPlease Insert Zel Hub Device";
+    if (hub.found) {
+        text = hub.version != 0
+                   ? QString::asprintf("Detect Zel Hub : Success\nfwVer:%04x", hub.version)
+                   : QString("Detect Zel Hub : Success\n-need load driver");
     }
-    nstfHubInfo_UpdateFW->setPlainText(
-        hub.version != 0 ? QString::asprintf("Detect Zel Hub : Success\nfwVer:%04x", hub.version)
-                         : QString("Detect Zel Hub : Success\n-need load driver"));
-    nstfHubInfo_UpdateFW->setTone(Tone::Blue);
+    if (nstfHubInfo_UpdateFW->toPlainText() != text) { // what is being read or selected stays
+        nstfHubInfo_UpdateFW->setPlainText(text);
+    }
+    nstfHubInfo_UpdateFW->setTone(hub.found ? Tone::Blue : Tone::Red);
 }
 
 } // namespace vornadel

@@ -116,6 +116,44 @@ TEST_F(Detection, NeverTakesTheHubFromAFlow)
     expectShown(kDemo101, kBlueHue);
 }
 
+TEST_F(Detection, RunsOnceForAllThatComesAndOnceForAllThatGoes)
+{
+    launchAndSettle();
+    tool().nstfHubInfo_UpdateFW->selectAll();
+    const unsigned before = hub().requestCount();
+    for (int i = 0; i < 1000; ++i) {
+        strangerComesOrGoes(UsbEvent::Attached);
+        strangerComesOrGoes(UsbEvent::Detached);
+    }
+    settleEvents();
+    EXPECT_EQ(hub().requestCount(), before + 4);
+    EXPECT_TRUE(tool().nstfHubInfo_UpdateFW->textCursor().hasSelection())
+        << "the same text is left alone";
+}
+
+TEST(DetectionPace, RestsForAsLongAsTheDetectionTookUpToALimit)
+{
+    VirtualClock clock;
+    std::string order;
+    const auto detection = [&](char name) {
+        return [&order, &clock, name] {
+            order += name;
+            clock.advance(std::chrono::hours(1));
+        };
+    };
+    DetectionPace slow(clock, std::chrono::hours(1));
+    slow.run(detection('a'));
+    slow.run(detection('b'));
+    settleEvents();
+    EXPECT_EQ(order, "a");
+    DetectionPace limited(clock, std::chrono::milliseconds(1));
+    limited.run(detection('c'));
+    limited.run(detection('d'));
+    limited.run(detection('e'));
+    EXPECT_EQ(order, "ac");
+    EXPECT_TRUE(waitFor([&] { return order == "acde"; }));
+}
+
 TEST_F(Detection, DropsAnEventThatWaitsWhenTheToolEnds)
 {
     launchAndSettle();
