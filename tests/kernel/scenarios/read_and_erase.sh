@@ -26,4 +26,16 @@ backups=("$XDG_STATE_HOME"/vornadel/backups/*.bin)
 [ "${#backups[@]}" -eq 1 ] || fail "there are ${#backups[@]} backups, not 1"
 same "${backups[0]}" "$old_image"
 expect 0 'Already up to date' "${ctl[@]}" update "$new_image"
+
+wait_for_hub
+expect 8 'version: 0100 -> 0101' "${ctl[@]}" verify "$old_image"
+wait_for_hub
+expect 0 "Restoring ${backups[0]}" "${ctl[@]}" restore
+same flash.bin "$old_image"
+wait_for_hub
+expect 0 'Verify FW Success' "${ctl[@]}" verify "${backups[0]}"
+wait_for_hub
+expect 0 '' "${ctl[@]}" restart --rom
+wait_for_hub
+expect 0 'ROM code' "${ctl[@]}" info --all
 stop_hubs
