@@ -3,17 +3,16 @@
 #include "app/AppDelegate.h"
 #include "app/Controls.h"
 #include "app/FileNames.h"
+#include "app/ScreenFit.h"
 #include "app/TypedField.h"
 #include "app/WindowTables.h"
 #include "config/Version.h"
 
 #include <QAbstractItemView>
-#include <QGuiApplication>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QScreen>
 #include <QScrollArea>
 #include <QTableView>
 
@@ -144,20 +143,6 @@ void chainTabOrder(QWidget* content)
     }
 }
 
-/// The window has one size; on a screen smaller than that its content scrolls.
-void fitToScreen(QWidget* window, const QSize& content)
-{
-    // The size of the window manager's frame is unknown until the window is shown.
-    constexpr QSize kFrameAllowance(10, 40);
-    const QSize screen = window->screen()->availableSize() - kFrameAllowance;
-    if (content.width() <= screen.width() && content.height() <= screen.height()) {
-        window->setFixedSize(content);
-        return;
-    }
-    window->setMaximumSize(content);
-    window->resize(content.boundedTo(screen));
-}
-
 } // namespace
 
 void AppDelegate::MyLayoutUI()
@@ -189,7 +174,7 @@ void AppDelegate::MyLayoutUI()
     }
 
     window->setWidget(content);
-    fitToScreen(window.get(), size);
+    new ScreenFit(*window); // owned by the window
     m_window = std::move(window);
     m_window->show();
 }

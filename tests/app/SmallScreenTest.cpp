@@ -1,3 +1,4 @@
+#include "app/ScreenFit.h"
 #include "tests/app/ToolUnderTest.h"
 
 #include <QApplication>
@@ -61,6 +62,40 @@ TEST_F(SmallScreen, FollowsTheFocus)
             << here->objectName().toStdString();
     }
     EXPECT_EQ(visited.size(), 33U);
+}
+
+class FitIntoRoom : public SmallScreen, public testing::WithParamInterface<bool>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(Modes, FitIntoRoom, testing::Bool(),
+                         [](const auto& mode) { return mode.param ? "Scalar" : "Normal"; });
+
+TEST_P(FitIntoRoom, ShowsTheBarsItNeedsAndNoOther)
+{
+    config = configText(GetParam() ? "ScalarMode = 1\n" : "");
+    launch();
+    const QSize whole = content()->size();
+    const int bar = area().verticalScrollBar()->sizeHint().width();
+    ScreenFit fit(area());
+    for (const int width : {640, 1014, 1199, 1200, 1215, 1216, 1217, 1270, 1356, 3000}) {
+        for (const int height :
+             {440, 560, 650, 659, 660, 669, 670, 675, 676, 685, 686, 728, 2000}) {
+            const QSize room(width, height);
+            SCOPED_TRACE(std::to_string(width) + " by " + std::to_string(height));
+            fit.fitInto(room);
+            settleEvents();
+            bool across = whole.width() > width;
+            const bool down = whole.height() + (across ? bar : 0) > height;
+            across = whole.width() + (down ? bar : 0) > width;
+            EXPECT_EQ(area().horizontalScrollBar()->isVisible(), across);
+            EXPECT_EQ(area().verticalScrollBar()->isVisible(), down);
+            EXPECT_EQ(area().viewport()->width(),
+                      across ? width - (down ? bar : 0) : whole.width());
+            EXPECT_EQ(area().viewport()->height(),
+                      down ? height - (across ? bar : 0) : whole.height());
+        }
+    }
 }
 
 } // namespace

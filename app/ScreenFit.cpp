@@ -1,0 +1,92 @@
+#include "app/ScreenFit.h"
+
+#include <QEvent>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QStyle>
+#include <QWindow>
+
+#include <algorithm>
+
+namespace vornadel
+{
+
+namespace
+{
+
+/// The size of the window manager's frame, as long as the system does not tell it.
+constexpr QSize kFrameAllowance(10, 40);
+
+QSize frameSize(const QWidget& window)
+{
+    const QMargins frame =
+        window.windowHandle() == nullptr ? QMargins() : window.windowHandle()->frameMargins();
+    return frame.isNull() ? kFrameAllowance
+                          : QSize(frame.left() + frame.right(), frame.top() + frame.bottom());
+}
+
+/// The content with the bars that it needs to be reached in this room.
+QSize withBars(const QSize& content, const QSize& room, const QSize& bars)
+{
+    QSize needed = content;
+    // Each bar takes room from the other direction, which may then need a bar as well.
+    for (int pass = 0; pass < 2; ++pass) {
+        const bool across = needed.width() > room.width();
+        const bool down = needed.height() > room.height();
+        needed = content + QSize(down ? bars.width() : 0, across ? bars.height() : 0);
+    }
+    return needed;
+}
+
+} // namespace
+
+ScreenFit::ScreenFit(QScrollArea& window) : QObject(&window), m_window(window)
+{
+    follow();
+    window.installEventFilter(this);
+}
+
+bool ScreenFit::eventFilter(QObject* watched, QEvent* event)
+{
+    // When the window manager has put its frame around the window, it tells where the window is.
+    if (event->type() == QEvent::Move || event->type() == QEvent::WindowActivate) {
+        follow();
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+void ScreenFit::follow()
+{
+    const QRect screen = m_window.screen()->availableGeometry();
+    const QSize frame = frameSize(m_window);
+    const QSize room = screen.size() - frame;
+    if (room == m_room) {
+        return;
+    }
+    m_room = room;
+    fitInto(room);
+    if (m_window.isVisible()) {
+        // It may have grown beyond an edge of the screen.
+        const QPoint last = screen.bottomRight() - QPoint(m_window.width() + frame.width() - 1,
+                                                          m_window.height() + frame.height() - 1);
+        m_window.move(std::max(screen.x(), std::min(m_window.x(), last.x())),
+                      std::max(screen.y(), std::min(m_window.y(), last.y())));
+    }
+}
+
+void ScreenFit::fitInto(const QSize& room)
+{
+    const QSize content = m_window.widget()->size();
+    const int overlap =
+        m_window.style()->pixelMetric(QStyle::PM_ScrollView_ScrollBarOverlap, nullptr, &m_window);
+    const QSize bars(m_window.verticalScrollBar()->sizeHint().width() - overlap,
+                     m_window.horizontalScrollBar()->sizeHint().height() - overlap);
+    const QSize full = withBars(content, room, bars);
+    const QSize size = full.boundedTo(room);
+    m_window.setMinimumSize(size == content ? size : QSize(0, 0));
+    m_window.setMaximumSize(full);
+    m_window.resize(size);
+}
+
+} // namespace vornadel
