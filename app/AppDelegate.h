@@ -28,6 +28,8 @@ class QWidget;
 namespace vornadel
 {
 
+class FocusHolder;
+
 /// The one application object, on the main thread: start-up, window, actions. The controls are its
 /// own members. The pages and fields have objects of their own, which carry out the actions.
 class AppDelegate final : public QObject, public WindowControls
@@ -155,6 +157,7 @@ private:
     std::atomic<bool> m_attachPosted = false;
     std::atomic<bool> m_detachPosted = false;
     DetectionPace m_detectionPace{m_platform.clock};
+    FocusHolder* m_focusHolder = nullptr; // the window owns it
     // Last, so that the controls are destroyed before their users.
     std::unique_ptr<QWidget> m_window;
 };

@@ -1,7 +1,8 @@
 // While a long operation runs, nobody may start a second one: the ten operation buttons are enabled
-// and disabled together.
+// and disabled together. The keyboard focus waits meanwhile.
 
 #include "app/AppDelegate.h"
+#include "app/FocusHolder.h"
 
 #include <QPushButton>
 
@@ -18,7 +19,13 @@ void AppDelegate::SetButtonStatus(bool enabled)
         &WindowControls::btnUpdate_EasyUpdate,    &WindowControls::nsbtnUpdate_Scalar,
     };
     for (QPushButton* WindowControls::*button : kSwitched) {
+        if (!enabled) {
+            m_focusHolder->takeFrom(*(this->*button));
+        }
         (this->*button)->setEnabled(enabled);
+    }
+    if (enabled) {
+        m_focusHolder->giveBack();
     }
 }
 

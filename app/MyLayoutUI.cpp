@@ -3,6 +3,7 @@
 #include "app/AppDelegate.h"
 #include "app/Controls.h"
 #include "app/FileNames.h"
+#include "app/FocusHolder.h"
 #include "app/ScreenFit.h"
 #include "app/TypedField.h"
 #include "app/WindowTables.h"
@@ -173,6 +174,7 @@ void AppDelegate::MyLayoutUI()
             ->setVisible(row.shown == Shown::Always || (row.shown == Shown::ScalarOnly) == scalar);
     }
 
+    m_focusHolder = new FocusHolder(content);
     window->setWidget(content);
     new ScreenFit(*window); // owned by the window
     m_window = std::move(window);

@@ -34,6 +34,14 @@ public:
     }
 
 protected:
+    void hideEvent(QHideEvent* event) override
+    {
+        if (window()->focusWidget() == this) {
+            parentWidget()->setFocus(); // otherwise Qt passes it on to another control
+        }
+        QComboBox::hideEvent(event);
+    }
+
     bool eventFilter(QObject* watched, QEvent* event) override
     {
         if (event->type() == QEvent::Hide && m_closed) {

@@ -193,7 +193,7 @@ TEST_P(Layout, PutsEveryBoxInItsPlace)
         EXPECT_EQ(box->isVisible(), scalar() ? entry.inScalarMode : entry.inNormalMode)
             << entry.name;
     }
-    EXPECT_EQ(content()->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly).size(),
+    EXPECT_EQ(content()->findChildren<QFrame*>(QString(), Qt::FindDirectChildrenOnly).size(),
               static_cast<qsizetype>(std::size(kBoxes)));
 }
 
