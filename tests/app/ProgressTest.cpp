@@ -1,9 +1,12 @@
 #include "tests/app/ToolUnderTest.h"
 
+#include <QAccessible>
+#include <QApplication>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QTest>
+#include <QWheelEvent>
 #include <gmock/gmock.h>
 
 #include <string>
@@ -68,6 +71,28 @@ TEST_F(Progress, KeepsFractionsOfAPercent)
     tool().updateProgressBar(99.4);
     EXPECT_EQ(tool().slider->doubleValue(), 99.4);
     EXPECT_EQ(tool().slider->value(), 99);
+}
+
+TEST_F(Progress, IsMovedByNobodyElse)
+{
+    tool().updateProgressBar(12.625);
+    ProgressSlider& bar = *tool().slider;
+    EXPECT_EQ(bar.focusPolicy(), Qt::NoFocus);
+    const QPoint end(bar.width() - 5, bar.height() / 2);
+    QTest::mouseClick(&bar, Qt::LeftButton, {}, end);
+    QTest::mousePress(&bar, Qt::LeftButton, {}, {bar.width() / 8, end.y()}); // on the handle
+    QTest::mouseMove(&bar, end);
+    QTest::mouseRelease(&bar, Qt::LeftButton, {}, end);
+    for (const Qt::Key key : {Qt::Key_End, Qt::Key_Right, Qt::Key_PageUp}) {
+        QTest::keyClick(&bar, key);
+    }
+    QWheelEvent turn(end, bar.mapToGlobal(end), {}, {0, 120}, Qt::NoButton, Qt::NoModifier,
+                     Qt::NoScrollPhase, false);
+    QApplication::sendEvent(&bar, &turn);
+    QAccessible::queryAccessibleInterface(&bar)->valueInterface()->setCurrentValue(80);
+    EXPECT_EQ(bar.value(), 13);
+    EXPECT_EQ(bar.sliderPosition(), 13);
+    EXPECT_EQ(bar.doubleValue(), 12.625);
 }
 
 using Alert = ToolUnderTest;
