@@ -4,6 +4,7 @@
 #include "app/Controls.h"
 #include "app/FileNames.h"
 #include "app/FocusHolder.h"
+#include "app/Manual.h"
 #include "app/ScreenFit.h"
 #include "app/TypedField.h"
 #include "app/WindowTables.h"
@@ -15,9 +16,11 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QShortcut>
 #include <QTableView>
 
 #include <cmath>
+#include <functional>
 
 namespace vornadel
 {
@@ -27,7 +30,7 @@ namespace
 
 using namespace layout;
 
-constexpr int kPropertyRowHeight = 24;
+constexpr int kPropertyRowHeight = 19; // eight rows fit below the header
 
 /// The only place that converts frames to widget coordinates, with their origin at the upper left.
 void place(QWidget* widget, const Frame& frame)
@@ -78,21 +81,55 @@ void buildFields(WindowControls& controls)
 {
     for (const FieldRow& row : kFields) {
         QWidget* const box = controls.*row.box;
-        QLineEdit* field = row.editable ? new TypedField(box) : new QLineEdit(box);
-        field->setReadOnly(!row.editable);
+        QLineEdit* field = nullptr;
+        if (row.editable) {
+            field = new TypedField(box);
+        } else {
+            field = new ReadOnlyField(box);
+        }
         nameAndPlace(field, row.name, row.accessibleName, row.frame);
         field->setAccessibleDescription((controls.*row.box)->title()); // two boxes have a "VID"
         controls.*row.member = field;
     }
 }
 
+/// A shortcut that does nothing while `widget` is disabled or hidden.
+void addShortcut(const QKeySequence& keys, QWidget* widget, const std::function<void()>& action)
+{
+    auto* const shortcut = new QShortcut(keys, widget, action);
+    shortcut->setAutoRepeat(false);
+}
+
+/// All shortcuts, a line each.
+QString shortcutList()
+{
+    QStringList lines;
+    const auto add = [&lines](const char* keys, const char* what) {
+        lines += QKeySequence(keys).toString(QKeySequence::NativeText) + ": " + what;
+    };
+    for (const ButtonRow& row : kButtons) {
+        if (*row.shortcut != '\0') {
+            add(row.shortcut, row.label);
+        }
+    }
+    for (const ShortcutRow& row : kMoreShortcuts) {
+        add(row.keys, row.what);
+    }
+    return lines.join('\n');
+}
+
 void buildButtons(AppDelegate& delegate)
 {
     for (const ButtonRow& row : kButtons) {
-        auto* button = new QPushButton(literal(row.label), delegate.*row.box);
+        auto* button = new ActionButton(literal(row.label), delegate.*row.box);
         nameAndPlace(button, row.name, row.label, row.frame);
-        button->setAccessibleDescription(row.description);
-        button->setToolTip(row.description);
+        QString description = row.description;
+        if (const QKeySequence keys(row.shortcut); !keys.isEmpty()) {
+            description += " (" + keys.toString(QKeySequence::NativeText) + ")";
+            addShortcut(keys, button, [button] { button->click(); });
+        }
+        button->setAccessibleDescription(description);
+        button->setToolTip(description);
         delegate.*row.member = button;
         const Action action = row.action;
         QObject::connect(button, &QPushButton::clicked, &delegate,
@@ -108,21 +145,35 @@ void buildTexts(WindowControls& controls)
         nameAndPlace(text, row.name, row.accessibleName, row.frame);
         controls.*row.member = text;
     }
+    controls.nstfHubInfo_UpdateFW->showAsField();
     controls.slider = new ProgressSlider(controls.boxUpdate);
     nameAndPlace(controls.slider, "slider", "Progress", {0, 0, 330, 20});
+}
+
+QLabel* labelOf(const QWidget* box, const char* text)
+{
+    for (QLabel* label : box->findChildren<QLabel*>()) {
+        if (label->text() == text) {
+            return label;
+        }
+    }
+    return nullptr;
 }
 
 void buildPropertyEditor(WindowControls& controls)
 {
     for (const ComboRow& row : kCombos) {
         auto* combo = new PickList(controls.boxDetail);
-        nameAndPlace(combo, row.name, row.accessibleName, row.frame);
-        combo->view()->setAccessibleName(row.accessibleName);
+        nameAndPlace(combo, row.name, row.label, row.frame);
+        combo->setAccessibleDescription(row.description);
+        combo->view()->setAccessibleName(row.label);
+        labelOf(controls.boxDetail, row.label)->setBuddy(combo); // screen readers on Linux read it
         controls.*row.member = combo;
     }
     auto* table = new QTableView(controls.boxDetail);
     table->verticalHeader()->hide();
     table->horizontalHeader()->setHighlightSections(false);
+    table->verticalHeader()->setMinimumSectionSize(kPropertyRowHeight);
     table->verticalHeader()->setDefaultSectionSize(kPropertyRowHeight);
     table->setTabKeyNavigation(false);
     nameAndPlace(table, "tbProperties_Detail", "Properties", {0, 362, 440, 180});
@@ -174,7 +225,10 @@ void AppDelegate::MyLayoutUI()
             ->setVisible(row.shown == Shown::Always || (row.shown == Shown::ScalarOnly) == scalar);
     }
 
+    boxHelp->setToolTip(shortcutList());
+    addShortcut(QKeySequence(Qt::Key_F1), content, [this] { openManual({resourcePath, apPath}); });
     m_focusHolder = new FocusHolder(content);
+
     window->setWidget(content);
     new ScreenFit(*window); // owned by the window
     m_window = std::move(window);

@@ -131,7 +131,8 @@ struct ButtonRow {
     const char* label;
     Frame frame;
     Action action;
-    const char* description; ///< for screen readers, where the label is not enough
+    const char* description; ///< the tool tip, and for screen readers
+    const char* shortcut;    ///< presses the button; may be empty
 };
 
 constexpr ButtonRow kButtons[] = {
@@ -140,67 +141,88 @@ constexpr ButtonRow kButtons[] = {
      "LoadUpdateDriver",
      {0, 115, 130, 20},
      perform<&AppDelegate::LoadUpdateDriver>,
-     "Asks for an administrator's password and gives access to the hub"},
+     "Asks for an administrator's password and gives access to the hub",
+     ""},
     {&W::boxHelp,
      MEMBER(nsbtnUnloadDriver_HelpBox),
      "UnloadUpdateDriver",
      {175, 115, 130, 20},
      perform<&AppDelegate::UnloadUpdateDriver>,
-     "Asks for an administrator's password and withdraws access to the hub"},
+     "Asks for an administrator's password and withdraws access to the hub",
+     ""},
     {&W::boxHelp,
      MEMBER(btnGetLog_HelpBox),
      "Get Log",
      {230, 0, 70, 20},
      perform<&AppDelegate::GetLog>,
-     "Copies the log file to the desktop"},
+     "Copies the log file to the desktop",
+     ""},
     {&W::boxScalar,
      MEMBER(nsbtnSelect_Scalar),
      "..",
      {305, 35, 30, 20},
      perform<&AppDelegate::chooseScalarUpdateFw>,
-     "Choose a firmware file"},
+     "Choose a firmware file",
+     ""},
     {&W::boxScalar,
      MEMBER(nsbtnUpdate_Scalar),
      "ScalarUpdate",
      {230, 5, 100, 20},
      perform<&AppDelegate::MP_UpdateScalar>,
+     "Writes the firmware file to the hub and, after a success, ends the program",
      ""},
     {&W::boxEasyUpdate,
      MEMBER(btnSelect_EasyUpdate),
      "...",
      {303, 30, 30, 20},
      perform<&AppDelegate::chooseFw_EasyUpdate>,
-     "Choose a firmware file"},
+     "Choose a firmware file",
+     ""},
     {&W::boxEasyUpdate,
      MEMBER(btnUpdate_EasyUpdate),
      "Update",
      {250, 0, 70, 20},
      perform<&AppDelegate::updateFw_EasyUpdate>,
-     "Writes the chosen firmware file to the hub"},
+     "Writes the chosen firmware file to the hub",
+     ""},
     {&W::boxFwFlash,
      MEMBER(btnRead_FwFlash),
      "Read From Flash",
      {10, 50, 130, 20},
      perform<&AppDelegate::read_FwFlash>,
-     ""},
+     "Reads the hub's whole flash into this box",
+     "Ctrl+R"},
     {&W::boxFwFlash,
      MEMBER(btnLoad_FwFlash),
      "Load From *.bin",
      {10, 25, 130, 20},
      perform<&AppDelegate::load_FwFlash>,
-     ""},
+     "Loads an image from a file into this box",
+     "Ctrl+O"},
     {&W::boxFwFlash,
      MEMBER(btnErase_FwFlash),
      "Erase Flash",
      {10, 0, 130, 20},
      perform<&AppDelegate::erase_FwFlash>,
+     "Erases the hub's whole flash at once, without asking",
      ""},
     {&W::boxFwFlash,
      MEMBER(btnSave_FwFlash),
      "Save to *.bin",
      {200, 37.5, 120, 20},
      perform<&AppDelegate::save_FwFlash>,
-     ""},
+     "Saves the image of this box, with your changes, to a file",
+     "Ctrl+S"},
+};
+
+/// Shortcuts that press no button. The tool tip of the help box lists them.
+struct ShortcutRow {
+    const char* keys;
+    const char* what;
+};
+
+constexpr ShortcutRow kMoreShortcuts[] = {
+    {"F1", "the manual"},
 };
 
 struct TextRow {
@@ -222,21 +244,23 @@ constexpr TextRow kTexts[] = {
 struct ComboRow {
     Combo member;
     const char* name;
-    const char* accessibleName;
+    const char* label;       ///< the one beside it
+    const char* description; ///< for screen readers
     Frame frame;
 };
 
 constexpr ComboRow kCombos[] = {
-    {MEMBER(cbPages), "PageName", {70, 547, 150, 25}},
-    {MEMBER(cbICType), "ICType", {280, 588, 150, 25}},
+    {MEMBER(cbPages), "PageName", "Which properties the table lists", {70, 547, 150, 25}},
+    {MEMBER(cbICType),
+     "ICType",
+     "The file that describes the controller's properties",
+     {280, 588, 150, 25}},
 };
 
-/// The order of the Tab key: the hub and the update first, then column by column, top to bottom.
+/// The order of the Tab key: the update first, then column by column, top to bottom. Read-only
+/// fields and the progress bar are left out.
 constexpr const char* kTabOrder[] = {
-    "nstfHubInfo_UpdateFW",
     "nstfUpdateInfo_UpdateFW",
-    "slider",
-    "nstextfd_Scalar",
     "nsbtnSelect_Scalar",
     "nsbtnUpdate_Scalar",
     "nsbtnLoadDriver_HelpBox",
@@ -245,7 +269,6 @@ constexpr const char* kTabOrder[] = {
     "txtVID_FwFlash",
     "txtSSPID_FwFlash",
     "txtHSPID_FwFlash",
-    "txtVer_FwFlash",
     "txtManu_FwFlash",
     "txtPro_FwFlash",
     "txtSN_FwFlash",
@@ -254,14 +277,6 @@ constexpr const char* kTabOrder[] = {
     "btnLoad_FwFlash",
     "btnErase_FwFlash",
     "btnSave_FwFlash",
-    "txtVID_EasyUpdate",
-    "txtSSPID_EasyUpdate",
-    "txtHSPID_EasyUpdate",
-    "txtVer_EasyUpdate",
-    "txtManu_EasyUpdate",
-    "txtPro_EasyUpdate",
-    "txtSN_EasyUpdate",
-    "txtFw_EasyUpdate",
     "btnSelect_EasyUpdate",
     "btnUpdate_EasyUpdate",
     "cbICType",

@@ -170,6 +170,58 @@ TEST_P(Readability, DrawsEveryBoxTitleWhole)
     }
 }
 
+TEST_P(Readability, KeepsTheBorderOfEveryBoxWhole)
+{
+    launch();
+    for (TitledBox* box : {tool().boxHelp, tool().boxScalar, tool().boxUpdate, tool().boxEasyUpdate,
+                           tool().boxFwFlash, tool().boxDetail}) {
+        const QImage image = box->grab().toImage();
+        const int right = image.width() - 1;
+        const int bottom = image.height() - 1;
+        const QRgb expected = box->borderColor().rgb();
+        int broken = 0;
+        for (int y = 0; y <= bottom; ++y) {
+            broken += image.pixel(0, y) != expected ? 1 : 0;
+            broken += image.pixel(right, y) != expected ? 1 : 0;
+        }
+        for (int x = 0; x <= right; ++x) {
+            broken += image.pixel(x, 0) != expected ? 1 : 0;
+            broken += image.pixel(x, bottom) != expected ? 1 : 0;
+        }
+        EXPECT_EQ(broken, 0) << box->objectName().toStdString();
+        EXPECT_NE(image.pixel(right - 3, bottom / 2), expected) << "the border is a line";
+    }
+}
+
+TEST_P(Readability, HasRoomForEightProperties)
+{
+    launch();
+    const QTableView& table = *tool().tbProperties_Detail;
+    const int row = table.verticalHeader()->defaultSectionSize();
+    EXPECT_GE(table.viewport()->height(), 8 * row);
+    QStyleOptionComboBox cell;
+    cell.initFrom(&table);
+    cell.rect = QRect(0, 0, 170, row - 2);
+    const QRect room = table.style()->subControlRect(QStyle::CC_ComboBox, &cell,
+                                                     QStyle::SC_ComboBoxEditField, &table);
+    EXPECT_LE(QFontMetrics(table.font()).tightBoundingRect("1 : (Agj)").height(), room.height());
+}
+
+TEST_P(Readability, LeavesOutTheMiddleOfAType)
+{
+    launch();
+    const auto picture = [this](const QString& type) {
+        tool().cbICType->clear();
+        tool().cbICType->addItem(type);
+        EXPECT_EQ(tool().cbICType->toolTip(), type);
+        return tool().cbICType->grab().toImage();
+    };
+    const QString longName = "a folder with a long name/and another/controller ";
+    const QImage first = picture(longName + "1.INI");
+    EXPECT_NE(picture(longName + "2.INI"), first);
+    EXPECT_NE(picture("A" + longName.mid(1) + "1.INI"), first);
+}
+
 TEST_P(Readability, ShowsEveryDetectionWithoutScrolling)
 {
     launch();
@@ -230,6 +282,30 @@ void expectReadable(const TextView& view, int hue)
 }
 
 using Colours = ToolUnderTest;
+
+/// The ground of a field, beside its text.
+QColor groundOf(QWidget& field)
+{
+    const QImage image = field.grab().toImage();
+    return image.pixelColor(image.width() - 6, image.height() / 2);
+}
+
+TEST_F(Colours, TellReadOnlyFieldsFromTheOthers)
+{
+    launchAndSettle();
+    for (const auto& [ground, text] : kGrounds) {
+        const ProgramPalette palette(ground, text);
+        for (QWidget* field : {static_cast<QWidget*>(tool().txtVer_FwFlash),
+                               static_cast<QWidget*>(tool().txtManu_EasyUpdate),
+                               static_cast<QWidget*>(tool().nstfHubInfo_UpdateFW)}) {
+            const QColor seen = groundOf(*field);
+            EXPECT_GE(std::abs(seen.lightness() - groundOf(*tool().txtManu_FwFlash).lightness()),
+                      10)
+                << field->objectName().toStdString() << " on " << ground.name().toStdString();
+            EXPECT_GE(contrast(text, seen), 4.5);
+        }
+    }
+}
 
 TEST_F(Colours, FollowThePaletteReadablyAndKeepTheirHue)
 {
