@@ -1,12 +1,10 @@
 #include "app/EasyUpdatePage.h"
 
 #include "app/AppDelegate.h"
-#include "app/FileNames.h"
 #include "app/FilePanels.h"
 #include "app/WindowReporter.h"
 #include "base/GenFun.h"
 #include "editor/ImageText.h"
-#include "editor/ToolTip.h"
 #include "firmware/IdentityEdit.h"
 #include "flows/FirmwareUpdate.h"
 #include "hub/SupportedIds.h"
@@ -38,10 +36,7 @@ void EasyUpdatePage::choose()
 
 void EasyUpdatePage::open(const std::string& path)
 {
-    const QString name = shownName(path);
-    m_tool.txtFw_EasyUpdate->setText(name);
-    m_tool.txtFw_EasyUpdate->setToolTip(plainToolTip(name)); // it may be longer than the field
-    FwImage_LoadFile(m_image, path);
+    m_file.load(m_image, path, *m_tool.txtFw_EasyUpdate);
     if (!m_image.loaded) { // an unreadable file leaves the previous image loaded
         AppDelegate::showAlert("Firmware format error\n");
         return;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/ChosenFile.h"
 #include "firmware/FwImage.h"
 
 #include <string>
@@ -27,6 +28,7 @@ public:
 private:
     AppDelegate& m_tool;
     FwImage m_image;
+    ChosenFile m_file{"Update"};
 };
 
 } // namespace vornadel

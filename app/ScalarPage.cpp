@@ -1,10 +1,8 @@
 #include "app/ScalarPage.h"
 
 #include "app/AppDelegate.h"
-#include "app/FileNames.h"
 #include "app/FilePanels.h"
 #include "app/WindowReporter.h"
-#include "editor/ToolTip.h"
 #include "flows/FirmwareUpdate.h"
 #include "flows/ScalarUpdate.h"
 
@@ -34,15 +32,7 @@ void ScalarPage::choose()
 
 void ScalarPage::open(const std::string& path)
 {
-    showFile(path);
-    FwImage_LoadFile(m_image, path);
-}
-
-void ScalarPage::showFile(const std::string& path)
-{
-    const QString name = shownName(path);
-    m_tool.nstextfd_Scalar->setText(name);
-    m_tool.nstextfd_Scalar->setToolTip(plainToolTip(name)); // it may be longer than the field
+    m_file.load(m_image, path, *m_tool.nstextfd_Scalar);
 }
 
 void ScalarPage::start()
@@ -55,7 +45,8 @@ void ScalarPage::run()
 {
     if (loadConfiguredImage(m_image, m_tool.place().resourcePath, m_tool.fwbinPath)) {
         // It goes into the hub whatever was chosen by hand, so the field names it.
-        m_tool.mainThread().postAndWait([this] { showFile(m_tool.fwbinPath); });
+        m_tool.mainThread().postAndWait(
+            [this] { m_file.loaded(m_tool.fwbinPath, *m_tool.nstextfd_Scalar); });
     }
     WindowReporter reporter(m_tool);
     const bool succeeded =

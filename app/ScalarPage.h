@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/ChosenFile.h"
 #include "firmware/FwImage.h"
 
 #include <string>
@@ -22,10 +23,9 @@ public:
     void run(); ///< on a flow's thread; a success ends the process after five seconds
 
 private:
-    void showFile(const std::string& path);
-
     AppDelegate& m_tool;
     FwImage m_image;
+    ChosenFile m_file{"ScalarUpdate"};
 };
 
 } // namespace vornadel

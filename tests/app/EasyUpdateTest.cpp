@@ -60,6 +60,17 @@ protected:
         settleEvents();
     }
 
+    /// Expects the path field to say what "Update" would write instead of the file that it names.
+    void expectWarning(const std::string& warning)
+    {
+        const QLineEdit& field = *tool().txtFw_EasyUpdate;
+        const QString more = QString::fromStdString(warning.empty() ? "" : "\n" + warning);
+        EXPECT_EQ(field.toolTip(), field.text() + more);
+        EXPECT_EQ(field.accessibleDescription().toStdString(),
+                  warning.empty() ? tool().boxEasyUpdate->title().toStdString() : warning);
+        EXPECT_EQ(field.actions().size(), warning.empty() ? 0 : 1) << "the sign";
+    }
+
     static std::string header(const std::string& path, std::size_t size)
     {
         return "FW:" + path + "(size=" + std::to_string(size) + ")\n\n";
@@ -115,6 +126,7 @@ TEST_F(EasyUpdate, RefusesAFileWithoutADescriptorBlock)
     choose(good);
     chooseRefused(bad);
     EXPECT_EQ(shown(), demoIdentity(bad, "0101")) << "the path changes, the fields stay";
+    expectWarning("This file holds no firmware. \"Update\" writes nothing.");
     update();
     EXPECT_EQ(progressText(), header(bad, 1000) + "Wrong firmware file\nUpdate FW Fail\n");
 }
@@ -128,8 +140,11 @@ TEST_F(EasyUpdate, KeepsTheImageBeforeAFileThatCannotBeRead)
     tool().txtVID_EasyUpdate->clear();
     choose(empty);
     EXPECT_EQ(shown(), demoIdentity(empty, "0101")) << "shown again, beside the new path";
+    expectWarning("This file cannot be read. \"Update\" writes the image chosen before: " + good);
     update();
     expectSuccess(empty, image);
+    choose(good);
+    expectWarning("");
 }
 
 TEST_F(EasyUpdate, ShowsNoVersionWhereThereIsNoRoomForOne)
