@@ -8,6 +8,7 @@
 #include "app/LeaveProcess.h"
 #include "app/MainThread.h"
 #include "app/PropertySelection.h"
+#include "app/RecentFiles.h"
 #include "app/ScalarPage.h"
 #include "app/WindowControls.h"
 #include "editor/TableViewController.h"
@@ -119,6 +120,7 @@ public:
     void selectFirstPage() { m_selection.selectFirstPage(); }
 
     std::unique_ptr<TableViewController> tbViewController;
+    RecentFiles recentFiles;
 
     // For the objects of the boxes.
     Platform& platform() { return m_platform; }

@@ -2,6 +2,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/FilePanels.h"
+#include "app/ImageInputs.h"
 #include "app/WindowReporter.h"
 #include "base/GenFun.h"
 #include "editor/ImageText.h"
@@ -26,9 +27,16 @@ std::uint16_t wordAt(const std::uint8_t* position)
 
 } // namespace
 
+void EasyUpdatePage::connectBox()
+{
+    takeImages(*m_tool.boxEasyUpdate, *m_tool.btnSelect_EasyUpdate, m_tool.recentFiles,
+               [this](const std::string& path) { open(path); });
+}
+
 void EasyUpdatePage::choose()
 {
-    const std::string path = chooseFile(m_tool.window());
+    const std::string path =
+        chooseFile(m_tool.window(), m_tool.recentFiles.folder(RecentFiles::Panel::Update));
     if (!path.empty()) {
         open(path);
     }
@@ -36,7 +44,8 @@ void EasyUpdatePage::choose()
 
 void EasyUpdatePage::open(const std::string& path)
 {
-    m_file.load(m_image, path, *m_tool.txtFw_EasyUpdate);
+    const bool loaded = m_file.load(m_image, path, *m_tool.txtFw_EasyUpdate);
+    m_tool.recentFiles.add(RecentFiles::Panel::Update, path, loaded);
     if (!m_image.loaded) { // an unreadable file leaves the previous image loaded
         AppDelegate::showAlert("Firmware format error\n");
         return;

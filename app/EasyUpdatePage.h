@@ -16,6 +16,8 @@ class EasyUpdatePage
 public:
     explicit EasyUpdatePage(AppDelegate& tool) : m_tool(tool) {}
 
+    /// Lets the box take images from elsewhere than its panel. Call it once, after the layout.
+    void connectBox();
     void choose();
     void open(const std::string& path); ///< as if the panel had returned it
     void start();

@@ -91,6 +91,12 @@ std::string nameBytes(const QString& text)
     return bytes.toStdString();
 }
 
+bool isUtf8(std::string_view name)
+{
+    const QByteArray bytes(name.data(), static_cast<qsizetype>(name.size()));
+    return QFile::encodeName(QFile::decodeName(bytes)) == bytes;
+}
+
 QString shownName(std::string_view name)
 {
     QString text = nameText(name);

@@ -18,6 +18,9 @@ QString nameText(std::string_view name);
 /// The bytes of a text from nameText().
 std::string nameBytes(const QString& text);
 
+/// Whether Qt can decode a name without loss.
+bool isUtf8(std::string_view name);
+
 /// A file name to show: bytes that are not UTF-8 as "\xFC".
 QString shownName(std::string_view name);
 

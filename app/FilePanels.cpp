@@ -2,10 +2,18 @@
 
 #include "app/FileNames.h"
 #include "app/GeneralFunction.h"
+#include "app/RawNameMenu.h"
 
+#include <QFile>
 #include <QFileIconProvider>
 #include <QFileInfo>
+#include <QGridLayout>
 #include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+
+#include <filesystem>
+#include <system_error>
 
 namespace vornadel
 {
@@ -32,15 +40,57 @@ PlainIcons* plainIcons()
     return &icons;
 }
 
+/// Adds a button to the panel for the files that it cannot show; they are chosen into `chosen`. A
+/// native panel stays as it is.
+void offerRawNames(QFileDialog& panel, std::string& chosen)
+{
+    auto* const grid = qobject_cast<QGridLayout*>(panel.layout());
+    if (grid == nullptr) {
+        return;
+    }
+    auto* const button = new QPushButton("Other names", &panel);
+    button->setObjectName("rawNames");
+    button->setToolTip("Files whose names are not UTF-8");
+    auto* const menu = new QMenu(button);
+    button->setMenu(menu);
+    grid->addWidget(button, grid->rowCount(), grid->columnCount() - 1);
+    const auto list = [&panel, &chosen, button, menu](const QString& folder) {
+        fillRawNameMenu(*menu, QFile::encodeName(folder).toStdString(),
+                        [&panel, &chosen](const std::string& path) {
+                            chosen = path;
+                            static_cast<QDialog&>(panel).done(QDialog::Accepted);
+                        });
+        button->setHidden(menu->isEmpty());
+    };
+    QObject::connect(&panel, &QFileDialog::directoryEntered, button, list);
+    list(panel.directory().path());
+}
+
 } // namespace
 
-std::string chooseFile(QWidget* window)
+void startIn(QFileDialog& panel, std::string folder)
+{
+    std::error_code ignored;
+    while (!folder.empty() && !(isUtf8(folder) && std::filesystem::is_directory(folder, ignored))) {
+        folder.resize(folder.rfind('/'));
+    }
+    if (!folder.empty()) {
+        panel.setDirectory(QFile::decodeName(folder.c_str()));
+    }
+}
+
+std::string chooseFile(QWidget* window, const std::string& folder)
 {
     QFileDialog panel(window);
     panel.setFileMode(QFileDialog::ExistingFile);
     panel.setIconProvider(plainIcons());
-    return panel.exec() == QDialog::Accepted ? chosenPath(panel.selectedFiles().value(0))
-                                             : std::string();
+    startIn(panel, folder);
+    std::string rawName;
+    offerRawNames(panel, rawName);
+    if (panel.exec() != QDialog::Accepted) {
+        return {};
+    }
+    return rawName.empty() ? chosenPath(panel.selectedFiles().value(0)) : rawName;
 }
 
 SavePanel::SavePanel(QWidget* window) : QFileDialog(window)
@@ -54,6 +104,12 @@ SavePanel::SavePanel(QWidget* window) : QFileDialog(window)
     setLabelText(FileName, "save as");
     setDefaultSuffix(kImageSuffix);
     setAttribute(Qt::WA_DeleteOnClose);
+}
+
+void SavePanel::suggest(const QString& name)
+{
+    selectFile(name);
+    findChild<QLineEdit*>("fileNameEdit")->selectAll();
 }
 
 void SavePanel::accept()

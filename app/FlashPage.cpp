@@ -6,6 +6,7 @@
 #include "app/FileNames.h"
 #include "app/FilePanels.h"
 #include "app/GeneralFunction.h"
+#include "app/ImageInputs.h"
 #include "app/WindowReporter.h"
 #include "base/GenFun.h"
 #include "base/WholeFile.h"
@@ -16,11 +17,37 @@
 
 #include <QLineEdit>
 
+#include <cctype>
 #include <string>
 #include <vector>
 
 namespace vornadel
 {
+
+namespace
+{
+
+/// "PRODUCT_VERSION.BIN" of an image, in characters that every file system takes.
+QString suggestedName(const FwImage& image)
+{
+    QString name;
+    for (const char character : std::string(image.product.data())) {
+        const bool plain = std::isalnum(static_cast<unsigned char>(character)) != 0 ||
+                           character == '-' || (character == '.' && !name.isEmpty());
+        name += QChar::fromLatin1(plain ? character : '_');
+    }
+    const std::string version = FwImage_IdText(image.version);
+    return (name.isEmpty() ? "Firmware" : name) +
+           (version.empty() ? "" : '_' + QString::fromStdString(version)) + ".BIN";
+}
+
+} // namespace
+
+void FlashPage::connectBox()
+{
+    takeImages(*m_tool.boxFwFlash, *m_tool.btnLoad_FwFlash, m_tool.recentFiles,
+               [this](const std::string& path) { open(path); });
+}
 
 void FlashPage::read()
 {
@@ -52,7 +79,8 @@ void FlashPage::readFinished()
 
 void FlashPage::load()
 {
-    const std::string path = chooseFile(m_tool.window());
+    const std::string path =
+        chooseFile(m_tool.window(), m_tool.recentFiles.folder(RecentFiles::Panel::Load));
     if (path.empty()) {
         m_tool.selectFirstPage();
     } else {
@@ -62,7 +90,8 @@ void FlashPage::load()
 
 void FlashPage::open(const std::string& path)
 {
-    FwImage_LoadFile(m_image, path);
+    const bool loaded = FwImage_LoadFile(m_image, path);
+    m_tool.recentFiles.add(RecentFiles::Panel::Load, path, loaded);
     if (m_image.loaded) { // an unreadable file leaves the previous image loaded
         m_tool.tbViewController->LoadIni();
         m_tool.tbViewController->RefreshCurValues_8Bit();
@@ -113,10 +142,14 @@ void FlashPage::save()
 void FlashPage::openSavePanel()
 {
     auto* panel = new SavePanel(m_tool.window());
+    startIn(*panel, m_tool.recentFiles.folder(RecentFiles::Panel::Save));
+    panel->suggest(suggestedName(m_image));
     QObject::connect(panel, &QFileDialog::fileSelected, &m_tool, [this](const QString& path) {
+        const std::string file = chosenPath(path);
         std::string problem;
-        saveWholeFile(chosenPath(path),
-                      {m_image.data.get(), static_cast<std::size_t>(m_image.size)}, problem);
+        const bool saved = saveWholeFile(
+            file, {m_image.data.get(), static_cast<std::size_t>(m_image.size)}, problem);
+        m_tool.recentFiles.add(RecentFiles::Panel::Save, file, saved);
         ConsoleLog(path);
         if (!problem.empty()) {
             ConsoleLog(QString::fromStdString(problem)); // shown nowhere else

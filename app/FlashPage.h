@@ -16,6 +16,8 @@ class FlashPage
 public:
     explicit FlashPage(AppDelegate& tool) : m_tool(tool) {}
 
+    /// Lets the box take images from elsewhere than its panel. Call it once, after the layout.
+    void connectBox();
     void read();
     void runRead(); ///< on a flow's thread
     /// Fills the property editor from the image.

@@ -216,6 +216,9 @@ void AppDelegate::MyLayoutUI()
     buildTexts(*this);
     buildPropertyEditor(*this);
     wirePropertyEditor();
+    m_easyUpdate.connectBox();
+    m_scalar.connectBox();
+    m_flashPage.connectBox();
     chainTabOrder(content);
     if (!fwbinPath.empty()) {
         nstextfd_Scalar->setText(shownName(fwbinPath));

@@ -2,6 +2,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/FilePanels.h"
+#include "app/ImageInputs.h"
 #include "app/WindowReporter.h"
 #include "flows/FirmwareUpdate.h"
 #include "flows/ScalarUpdate.h"
@@ -22,9 +23,16 @@ constexpr std::chrono::seconds kScalarFarewell{5};
 
 } // namespace
 
+void ScalarPage::connectBox()
+{
+    takeImages(*m_tool.boxScalar, *m_tool.nsbtnSelect_Scalar, m_tool.recentFiles,
+               [this](const std::string& path) { open(path); });
+}
+
 void ScalarPage::choose()
 {
-    const std::string path = chooseFile(m_tool.window());
+    const std::string path =
+        chooseFile(m_tool.window(), m_tool.recentFiles.folder(RecentFiles::Panel::Scalar));
     if (!path.empty()) {
         open(path);
     }
@@ -32,7 +40,8 @@ void ScalarPage::choose()
 
 void ScalarPage::open(const std::string& path)
 {
-    m_file.load(m_image, path, *m_tool.nstextfd_Scalar);
+    const bool loaded = m_file.load(m_image, path, *m_tool.nstextfd_Scalar);
+    m_tool.recentFiles.add(RecentFiles::Panel::Scalar, path, loaded);
 }
 
 void ScalarPage::start()

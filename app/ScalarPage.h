@@ -17,6 +17,8 @@ class ScalarPage
 public:
     explicit ScalarPage(AppDelegate& tool) : m_tool(tool) {}
 
+    /// Lets the box take images from elsewhere than its panel. Call it once, after the layout.
+    void connectBox();
     void choose();                      ///< main thread
     void open(const std::string& path); ///< as if the panel had returned it; main thread
     void start();                       ///< from any thread

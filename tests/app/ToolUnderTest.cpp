@@ -41,6 +41,7 @@ std::string configText(const std::string& settings)
 ToolUnderTest::ToolUnderTest()
 {
     hubOptions.keepInMemory = true;
+    qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(directory() + "/settings"));
     const std::string bundle = directory() + "/Vornadel.app";
     place = {bundle, true, bundle + "/Contents/Resources"};
     shell.existing = {"/tmp/nvram_setting.dat"};

@@ -228,6 +228,7 @@ int main(int argc, char** argv)
     if (argc != 5) {
         return 64;
     }
+    qputenv("XDG_CONFIG_HOME", "/dev/null"); // no settings of the user
     const QString image = QString::fromLocal8Bit(argv[2]);
     Moment moment(argv[3], static_cast<unsigned>(std::atoi(argv[4])));
     const QApplication application(argc, argv);

@@ -1,0 +1,14 @@
+#include "app/ImageInputs.h"
+
+#include "app/RecentMenu.h"
+
+namespace vornadel
+{
+
+void takeImages(TitledBox& /*box*/, QPushButton& button, RecentFiles& files,
+                const std::function<void(const std::string&)>& open)
+{
+    new RecentMenu(button, files, open);
+}
+
+} // namespace vornadel

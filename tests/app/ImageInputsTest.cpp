@@ -1,0 +1,168 @@
+#include "app/RecentFiles.h"
+#include "tests/app/FlashPageUnderTest.h"
+
+#include <QContextMenuEvent>
+#include <QDialog>
+#include <QFileDialog>
+#include <QGuiApplication>
+#include <QMenu>
+#include <QMessageBox>
+#include <QStyleHints>
+#include <QTimer>
+#include <gmock/gmock.h>
+
+#include <filesystem>
+
+namespace vornadel::test
+{
+
+namespace
+{
+
+class ImageInputs : public FlashPageUnderTest
+{
+protected:
+    std::string image(const std::string& name) const
+    {
+        return writeFile(name, demoImage(kDemoVersion101));
+    }
+    QString version() { return tool().txtVer_EasyUpdate->text(); }
+
+    static QMenu* openMenu() { return qobject_cast<QMenu*>(QApplication::activePopupWidget()); }
+    static QStringList entries(const QMenu& menu)
+    {
+        QStringList texts;
+        for (const QAction* entry : menu.actions()) {
+            texts.append((entry->isEnabled() ? "" : "off: ") + entry->text());
+        }
+        return texts;
+    }
+};
+
+TEST_F(ImageInputs, OfferTheImagesUsedLast)
+{
+    QPushButton* const button = tool().btnSelect_EasyUpdate;
+    const std::string first = image("1 & only.bin");
+    QTest::keyClick(button, Qt::Key_Down);
+    ASSERT_NE(openMenu(), nullptr);
+    EXPECT_EQ(entries(*openMenu()), QStringList{"off: No images yet"});
+    QTest::keyClick(openMenu(), Qt::Key_Escape);
+
+    loadFile(first);
+    const std::string second = image("second.bin");
+    loadFile(second);
+    std::filesystem::remove(second);
+    QContextMenuEvent menuKey(QContextMenuEvent::Keyboard, {}, {});
+    QApplication::sendEvent(button, &menuKey);
+    ASSERT_NE(openMenu(), nullptr);
+    EXPECT_THAT(entries(*openMenu()).at(0).toStdString(),
+                testing::AllOf(testing::StartsWith("off: "),
+                               testing::HasSubstr("second.bin (No such file")));
+    EXPECT_THAT(entries(*openMenu()).at(1).toStdString(),
+                testing::AllOf(testing::StartsWith("&2  "), testing::EndsWith("1 && only.bin")));
+    QTest::keyClick(openMenu(), Qt::Key_2);
+    settleEvents();
+    EXPECT_EQ(tool().txtFw_EasyUpdate->text().toStdString(), first);
+    EXPECT_EQ(version(), "0101");
+}
+
+TEST_F(ImageInputs, OfferTheImagesWhenTheButtonIsHeld)
+{
+    QStyleHints& hints = *QGuiApplication::styleHints();
+    const int usual = hints.mousePressAndHoldInterval();
+    hints.setMousePressAndHoldInterval(1);
+    QTest::mousePress(tool().btnLoad_FwFlash, Qt::LeftButton);
+    EXPECT_TRUE(waitFor([] { return openMenu() != nullptr; }));
+    hints.setMousePressAndHoldInterval(usual);
+    QMouseEvent release(QEvent::MouseButtonRelease, {5, 5}, {5, 5}, Qt::LeftButton, {}, {});
+    QApplication::sendEvent(tool().btnLoad_FwFlash, &release);
+    settleEvents();
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr) << "no click";
+    ASSERT_NE(openMenu(), nullptr);
+    QTest::keyClick(openMenu(), Qt::Key_Escape);
+
+    tool().SetButtonStatus(false);
+    QContextMenuEvent rightClick(QContextMenuEvent::Mouse, {}, {});
+    QApplication::sendEvent(tool().btnLoad_FwFlash, &rightClick);
+    EXPECT_EQ(openMenu(), nullptr);
+}
+
+TEST_F(ImageInputs, OpenTheirPanelsWhereTheyWere)
+{
+    loadFile(image("images/one.bin"));
+    const auto folder = [this](QPushButton* button) {
+        std::string shown;
+        clickAndUse(button, [&shown](QDialog& panel) {
+            shown = qobject_cast<QFileDialog*>(&panel)->directory().path().toStdString();
+            QTest::keyClick(&panel, Qt::Key_Escape);
+        });
+        return shown;
+    };
+    EXPECT_EQ(folder(tool().btnLoad_FwFlash), directory() + "/images");
+    const std::string other = image("other/\xFC/two.bin");
+    tool().recentFiles.add(RecentFiles::Panel::Update, other, true);
+    EXPECT_EQ(folder(tool().btnLoad_FwFlash), directory() + "/images");
+    EXPECT_EQ(folder(tool().btnSelect_EasyUpdate), directory() + "/other") << "as near as it can";
+    std::filesystem::remove_all(directory() + "/images");
+    EXPECT_EQ(folder(tool().btnLoad_FwFlash), directory());
+}
+
+TEST_F(ImageInputs, ListWhatThePanelCannotShow)
+{
+    tool().recentFiles.add(RecentFiles::Panel::Update, directory() + "/x", false);
+    image("d\xE4/inner.bin");
+    image("f\xFCr.bin");
+    clickAndUse(tool().btnSelect_EasyUpdate, [](QDialog& panel) {
+        const auto* const others = panel.findChild<QPushButton*>("rawNames");
+        ASSERT_TRUE(others->isVisible());
+        EXPECT_EQ(entries(*others->menu()), (QStringList{"d\\xE4/", "f\\xFCr.bin"}));
+        QMenu* const inner = others->menu()->actions().front()->menu();
+        emit inner->aboutToShow();
+        EXPECT_EQ(entries(*inner), QStringList{"inner.bin"});
+        inner->actions().front()->trigger();
+    });
+    EXPECT_EQ(version(), "0101");
+    clickAndUse(tool().btnSelect_EasyUpdate, [this](QDialog& panel) {
+        qobject_cast<QFileDialog*>(&panel)->setDirectory("/");
+        EXPECT_TRUE(panel.findChild<QPushButton*>("rawNames")->isVisible());
+        emit qobject_cast<QFileDialog*>(&panel)->directoryEntered(
+            QString::fromStdString(resources()));
+        EXPECT_FALSE(panel.findChild<QPushButton*>("rawNames")->isVisible());
+        QTest::keyClick(&panel, Qt::Key_Escape);
+    });
+}
+
+TEST_F(ImageInputs, SuggestANameThatIsNeverReplacedUnasked)
+{
+    read();
+    retype(tool().txtPro_FwFlash, "../Hub 1.5");
+    tool().recentFiles.add(RecentFiles::Panel::Save, directory() + "/x", false);
+    const std::string path = directory() + "/_._Hub_1.5_0100.BIN";
+    const auto saveSuggested = [&](bool asked) {
+        clickAndUse(tool().btnSave_FwFlash, [&](QDialog& panel) {
+            auto* const name = panel.findChild<QLineEdit*>("fileNameEdit");
+            EXPECT_EQ(directory() + '/' + name->text().toStdString(), path);
+            EXPECT_TRUE(name->hasSelectedText());
+            if (asked) {
+                QTimer::singleShot(0, &panel, [] {
+                    auto* question = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+                    ASSERT_NE(question, nullptr);
+                    QTest::mouseClick(question->button(QMessageBox::No), Qt::LeftButton);
+                });
+            }
+            QTest::keyClick(name, Qt::Key_Return);
+            EXPECT_EQ(panel.isVisible(), asked);
+            panel.reject();
+        });
+    };
+    saveSuggested(false);
+    EXPECT_EQ(bytesOf(path).size(), demoImage().size());
+    const std::vector<std::uint8_t> earlier = {1, 2, 3};
+    writeFile("_._Hub_1.5_0100.BIN", earlier);
+    saveSuggested(true);
+    EXPECT_EQ(bytesOf(path), earlier);
+}
+
+} // namespace
+
+} // namespace vornadel::test
