@@ -206,6 +206,12 @@ QColor TitledBox::borderColor() const
                         : palette().color(QPalette::Mid);
 }
 
+void TitledBox::setDropHint(bool shown)
+{
+    m_dropHint = shown;
+    update();
+}
+
 void TitledBox::childEvent(QChildEvent* event)
 {
     QFrame::childEvent(event);
@@ -228,7 +234,10 @@ void TitledBox::paintEvent(QPaintEvent* /*event*/)
     painter.fillRect(rect(), borderColor());
     painter.fillRect(rect().adjusted(1, 1, -1, -1),
                      window.lightnessF() < 0.5F ? window.lighter(115) : window.lighter(103));
-    painter.setPen(palette().color(QPalette::WindowText));
+    if (m_dropHint) {
+        painter.fillRect(0, 0, width(), kTitleHeight, palette().color(QPalette::Highlight));
+    }
+    painter.setPen(palette().color(m_dropHint ? QPalette::HighlightedText : QPalette::WindowText));
     painter.drawText(QRect(8, 0, width() - 16, kTitleHeight), Qt::AlignLeft | Qt::AlignVCenter,
                      m_title);
 }

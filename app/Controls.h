@@ -111,6 +111,8 @@ public:
     QString title() const { return m_title; }
     void setBorderTone(Tone tone);
     QColor borderColor() const;
+    /// Shows by the title's colour that the box would take what is dragged over it.
+    void setDropHint(bool shown);
 
 protected:
     void childEvent(QChildEvent* event) override;
@@ -121,6 +123,7 @@ private:
     QString m_title;
     std::optional<Tone> m_borderTone;
     QWidget* m_border = nullptr;
+    bool m_dropHint = false;
 };
 
 } // namespace vornadel

@@ -1,14 +1,16 @@
 #include "app/RecentFiles.h"
 #include "tests/app/FlashPageUnderTest.h"
 
-#include <QContextMenuEvent>
 #include <QDialog>
+#include <QDropEvent>
 #include <QFileDialog>
 #include <QGuiApplication>
 #include <QMenu>
 #include <QMessageBox>
+#include <QMimeData>
 #include <QStyleHints>
 #include <QTimer>
+#include <QUrl>
 #include <gmock/gmock.h>
 
 #include <filesystem>
@@ -19,9 +21,36 @@ namespace vornadel::test
 namespace
 {
 
+QByteArray urlOf(const std::string& path)
+{
+    return "file://" + QByteArray::fromStdString(path).toPercentEncoding("/");
+}
+
 class ImageInputs : public FlashPageUnderTest
 {
 protected:
+    /// Drags over a widget and drops there. True if the drop was taken.
+    static bool drop(QWidget* widget, const QList<QByteArray>& urls)
+    {
+        QMimeData data;
+        QList<QUrl> list;
+        for (const QByteArray& url : urls) {
+            list.append(QUrl::fromEncoded(url));
+        }
+        data.setUrls(list);
+        data.setText("a text field would take this");
+        const QPoint middle = widget->rect().center();
+        QDragEnterEvent enter(middle, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, {});
+        QDropEvent dropped(middle, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(widget, &enter);
+        if (enter.isAccepted()) {
+            EXPECT_EQ(enter.dropAction(), Qt::CopyAction);
+            QApplication::sendEvent(widget, &dropped);
+        }
+        settleEvents();
+        return enter.isAccepted() && dropped.isAccepted();
+    }
+
     std::string image(const std::string& name) const
     {
         return writeFile(name, demoImage(kDemoVersion101));
@@ -38,6 +67,57 @@ protected:
         return texts;
     }
 };
+
+TEST_F(ImageInputs, TakeADroppedFileAsTheirPanelDoes)
+{
+    const std::string odd = image("f\xFCr.bin");
+    EXPECT_TRUE(drop(tool().boxEasyUpdate, {urlOf(odd)}));
+    EXPECT_EQ(version(), "0101");
+    EXPECT_EQ(tool().txtFw_EasyUpdate->text().toStdString(), directory() + "/f\\xFCr.bin");
+
+    EXPECT_TRUE(drop(tool().txtManu_FwFlash, {urlOf(odd)})) << "a field belongs to its box";
+    EXPECT_EQ(tool().txtVer_FwFlash->text(), "0101");
+    EXPECT_EQ(tool().txtManu_FwFlash->text(), "Vornadel");
+    EXPECT_EQ(rows(), 4);
+
+    const std::string bad = writeFile("bad.bin", std::vector<std::uint8_t>(1000, 0x11));
+    expectAlert("Firmware format error\n",
+                [&] { EXPECT_TRUE(drop(tool().boxFwFlash, {urlOf(bad)})); });
+    EXPECT_EQ(rows(), 0);
+
+    EXPECT_TRUE(drop(tool().boxScalar, {urlOf(odd)}));
+    EXPECT_EQ(tool().nstextfd_Scalar->text(), tool().txtFw_EasyUpdate->text());
+}
+
+TEST_F(ImageInputs, RefuseEveryOtherDrop)
+{
+    const QByteArray one = urlOf(image("one.bin"));
+    EXPECT_FALSE(drop(tool().boxEasyUpdate, {}));
+    EXPECT_FALSE(drop(tool().boxEasyUpdate, {one, one}));
+    EXPECT_FALSE(drop(tool().boxEasyUpdate, {urlOf(directory())}));
+    EXPECT_FALSE(drop(tool().boxEasyUpdate, {"https://example.org/one.bin"}));
+    EXPECT_FALSE(drop(tool().boxEasyUpdate, {one + "%00"}));
+    EXPECT_FALSE(drop(tool().boxHelp, {one}));
+    tool().SetButtonStatus(false);
+    EXPECT_FALSE(drop(tool().boxEasyUpdate, {one}));
+    EXPECT_EQ(version(), "");
+}
+
+TEST_F(ImageInputs, ShowWhereADropIsTaken)
+{
+    QMimeData data;
+    data.setUrls({QUrl::fromEncoded(urlOf(image("one.bin")))});
+    const auto title = [this] {
+        return tool().boxEasyUpdate->grab().toImage().pixelColor(3, TitledBox::kTitleHeight / 2);
+    };
+    const QColor before = title();
+    QDragEnterEvent enter({9, 9}, Qt::CopyAction, &data, Qt::LeftButton, {});
+    QApplication::sendEvent(tool().boxEasyUpdate, &enter);
+    EXPECT_EQ(title(), tool().boxEasyUpdate->palette().color(QPalette::Highlight));
+    QDragLeaveEvent leave;
+    QApplication::sendEvent(tool().boxEasyUpdate, &leave);
+    EXPECT_EQ(title(), before);
+}
 
 TEST_F(ImageInputs, OfferTheImagesUsedLast)
 {
@@ -100,7 +180,7 @@ TEST_F(ImageInputs, OpenTheirPanelsWhereTheyWere)
     };
     EXPECT_EQ(folder(tool().btnLoad_FwFlash), directory() + "/images");
     const std::string other = image("other/\xFC/two.bin");
-    tool().recentFiles.add(RecentFiles::Panel::Update, other, true);
+    EXPECT_TRUE(drop(tool().boxEasyUpdate, {urlOf(other)}));
     EXPECT_EQ(folder(tool().btnLoad_FwFlash), directory() + "/images");
     EXPECT_EQ(folder(tool().btnSelect_EasyUpdate), directory() + "/other") << "as near as it can";
     std::filesystem::remove_all(directory() + "/images");
