@@ -5,6 +5,7 @@
 #include "platform/Shell.h"
 #include "platform/SleepInhibitor.h"
 #include "platform/SystemVersion.h"
+#include "platform/Taskbar.h"
 #include "platform/UsbBus.h"
 
 namespace vornadel
@@ -19,6 +20,7 @@ struct Platform {
     SystemVersion& systemVersion;
     Clock& clock;
     SleepInhibitor* sleep = nullptr; ///< null: the machine cannot be kept awake
+    Taskbar* taskbar = nullptr;      ///< null: the system has none that shows progress
 };
 
 } // namespace vornadel

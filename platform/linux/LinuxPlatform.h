@@ -2,6 +2,7 @@
 
 #include "platform/Platform.h"
 #include "platform/StdClock.h"
+#include "platform/linux/LauncherEntry.h"
 #include "platform/linux/LibusbBus.h"
 #include "platform/linux/LogindInhibitor.h"
 #include "platform/linux/OsRelease.h"
@@ -11,8 +12,8 @@
 namespace vornadel
 {
 
-/// Owner of everything for the real machine: libusb, `/bin/sh`, polkit, logind, os-release, the
-/// real clock.
+/// Owner of everything for the real machine: libusb, `/bin/sh`, polkit, logind, the desktop's
+/// taskbar, os-release, the real clock.
 class LinuxPlatform
 {
 public:
@@ -24,7 +25,8 @@ public:
                 .privileged = m_privileged,
                 .systemVersion = m_systemVersion,
                 .clock = m_clock,
-                .sleep = &m_sleep};
+                .sleep = &m_sleep,
+                .taskbar = &m_taskbar};
     }
 
 private:
@@ -34,6 +36,7 @@ private:
     PkexecRun m_privileged;
     OsRelease m_systemVersion;
     LogindInhibitor m_sleep;
+    LauncherEntry m_taskbar;
 };
 
 } // namespace vornadel

@@ -1,10 +1,10 @@
 #include "platform/linux/LogindInhibitor.h"
 
+#include "platform/linux/BusLibrary.h"
+
 #include <cerrno>
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <system_error>
-#include <systemd/sd-bus.h>
 #include <unistd.h>
 
 namespace vornadel
@@ -12,54 +12,6 @@ namespace vornadel
 
 namespace
 {
-
-/// The D-Bus library, loaded at run time; it stays loaded.
-struct BusLibrary {
-    BusLibrary()
-    {
-        void* const library = dlopen("libsystemd.so.0", RTLD_NOW | RTLD_LOCAL);
-        if (library == nullptr) {
-            return;
-        }
-        found = true;
-        find(library, "sd_bus_open_system", openSystem);
-        find(library, "sd_bus_close_unref", closeUnref);
-        find(library, "sd_bus_message_new_method_call", newMethodCall);
-        find(library, "sd_bus_message_append", append);
-        find(library, "sd_bus_message_unref", unrefMessage);
-        find(library, "sd_bus_message_get_error", errorOf);
-        find(library, "sd_bus_message_read", read);
-        find(library, "sd_bus_call_async", callAsync);
-        find(library, "sd_bus_process", process);
-        find(library, "sd_bus_wait", wait);
-    }
-
-    bool found = false;
-    decltype(&sd_bus_open_system) openSystem{};
-    decltype(&sd_bus_close_unref) closeUnref{};
-    decltype(&sd_bus_message_new_method_call) newMethodCall{};
-    decltype(&sd_bus_message_append) append{};
-    decltype(&sd_bus_message_unref) unrefMessage{};
-    decltype(&sd_bus_message_get_error) errorOf{};
-    decltype(&sd_bus_message_read) read{};
-    decltype(&sd_bus_call_async) callAsync{};
-    decltype(&sd_bus_process) process{};
-    decltype(&sd_bus_wait) wait{};
-
-private:
-    template <typename Function>
-    void find(void* library, const char* name, Function& function)
-    {
-        function = reinterpret_cast<Function>(dlsym(library, name));
-        found = found && function != nullptr;
-    }
-};
-
-const BusLibrary& busLibrary()
-{
-    static const BusLibrary library;
-    return library;
-}
 
 /// logind forbids sleep as long as the file is open.
 class LogindHold final : public SleepHold
@@ -94,8 +46,7 @@ int takeAnswer(sd_bus_message* message, void* data, sd_bus_error* /*error*/)
     return 1;
 }
 
-/// One call on a connection of its own. The functions of the library return a negative error
-/// number.
+/// One call on a connection of its own.
 class InhibitCall
 {
 public:
@@ -163,7 +114,7 @@ private:
 std::unique_ptr<SleepHold> LogindInhibitor::hold(const std::string& reason, std::string& problem)
 {
     if (!busLibrary().found) {
-        problem = "the D-Bus library libsystemd.so.0 is missing";
+        problem = kNoBusLibrary;
         return nullptr;
     }
     const LogindAnswer answer = InhibitCall().make(reason, m_limit);

@@ -7,8 +7,7 @@
 namespace vornadel
 {
 
-/// Asks logind over the system's D-Bus. The D-Bus library is loaded when it is needed, so the tool
-/// also runs on a system without one.
+/// Asks logind over the system's D-Bus.
 class LogindInhibitor final : public SleepInhibitor
 {
 public:

@@ -153,7 +153,12 @@ void SimulatedBus::unwatch() { m_notifier->unwatch(); }
 
 Platform SimulatedBus::replaceBusOf(const Platform& machine)
 {
-    return {*this, machine.shell, machine.privileged, machine.systemVersion, machine.clock};
+    return {.usb = *this,
+            .shell = machine.shell,
+            .privileged = machine.privileged,
+            .systemVersion = machine.systemVersion,
+            .clock = machine.clock,
+            .taskbar = machine.taskbar};
 }
 
 } // namespace vornadel
