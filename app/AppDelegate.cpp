@@ -102,6 +102,7 @@ void AppDelegate::sayThatNothingStarts(const char* why)
         resetProgressInfo();
         appendProgressInfo_Red(QString("Fail to start: %1\n").arg(why));
         SetButtonStatus(true);
+        m_notice.ended();
     });
 }
 

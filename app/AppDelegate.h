@@ -3,6 +3,8 @@
 #include "app/DetectionPace.h"
 #include "app/EasyUpdatePage.h"
 #include "app/FlashPage.h"
+#include "app/FlowNotice.h"
+#include "app/FlowTaskbar.h"
 #include "app/FlowWorker.h"
 #include "app/IdentityFields.h"
 #include "app/LeaveProcess.h"
@@ -127,6 +129,8 @@ public:
     const ToolPlace& place() const { return m_place; }
     MainThread& mainThread() { return m_mainThread; }      ///< from any thread
     bool isShuttingDown() const { return m_shuttingDown; } ///< from any thread
+    FlowNotice& notice() { return m_notice; }              ///< main thread
+    FlowTaskbar& taskbar() { return m_taskbar; }
     /// Runs a flow on its own thread. The caller has disabled the buttons; if no thread can be
     /// started, they are enabled again.
     void startFlow(std::function<void()> flow);
@@ -150,6 +154,8 @@ private:
     ScalarPage m_scalar{*this};
     FlashPage m_flashPage{*this};
     IdentityFields m_identity{*this, m_flashPage.image()};
+    FlowNotice m_notice{*this};
+    FlowTaskbar m_taskbar{m_platform.taskbar};
     PropertySelection m_selection{*this, m_flashPage.image()};
 
     std::atomic<bool> m_shuttingDown = false;

@@ -7,18 +7,24 @@
 namespace vornadel
 {
 
-void AppDelegate::resetProgressInfo() { nstfUpdateInfo_UpdateFW->clear(); }
+void AppDelegate::resetProgressInfo()
+{
+    nstfUpdateInfo_UpdateFW->clear();
+    m_notice.clear();
+}
 
 void AppDelegate::appendProgressInfo_Blue(const QString& text)
 {
     nstfUpdateInfo_UpdateFW->append(text);
     nstfUpdateInfo_UpdateFW->setTone(Tone::Blue);
+    m_notice.said(text, Tone::Blue);
 }
 
 void AppDelegate::appendProgressInfo_Red(const QString& text)
 {
     nstfUpdateInfo_UpdateFW->append(text);
     nstfUpdateInfo_UpdateFW->setTone(Tone::Red);
+    m_notice.said(text, Tone::Red);
 }
 
 void AppDelegate::updateProgressBar(double percent) { slider->setDoubleValue(percent); }

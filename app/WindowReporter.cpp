@@ -12,6 +12,14 @@ WindowReporter::WindowReporter(AppDelegate& delegate, std::function<void()> onSu
 {
 }
 
+void WindowReporter::stepStarted(Step step)
+{
+    if (m_taskbar == nullptr) { // not before: a flow without an image ends at once
+        m_taskbar = m_delegate.taskbar().begin();
+    }
+    FlowTextReporter::stepStarted(step);
+}
+
 void WindowReporter::finished(const FlowResult& result)
 {
     FlowTextReporter::finished(result);
@@ -22,7 +30,11 @@ void WindowReporter::finished(const FlowResult& result)
 
 void WindowReporter::closed()
 {
-    m_delegate.mainThread().postAndWait([this] { m_delegate.SetButtonStatus(true); });
+    m_taskbar = nullptr;
+    m_delegate.mainThread().postAndWait([this] {
+        m_delegate.SetButtonStatus(true);
+        m_delegate.notice().ended();
+    });
     FlowTextReporter::closed();
 }
 
@@ -45,6 +57,9 @@ void WindowReporter::appendProgressInfo_Red(const std::string& text)
 
 void WindowReporter::updateProgressBar(double percent, Wait wait)
 {
+    if (m_taskbar != nullptr) {
+        m_taskbar->show(percent / 100);
+    }
     AppDelegate& delegate = m_delegate; // a posted value may be shown when this reporter is gone
     const auto show = [&delegate, percent] { delegate.updateProgressBar(percent); };
     if (wait == Wait::Yes) {

@@ -1,22 +1,25 @@
 #pragma once
 
 #include "flows/FlowTexts.h"
+#include "platform/Taskbar.h"
 
 #include <functional>
+#include <memory>
 
 namespace vornadel
 {
 
 class AppDelegate;
 
-/// Shows one run of a flow in the window, and enables the buttons when the hub is closed. Called on
-/// the flow's thread.
+/// Shows one run of a flow in the window and the taskbar, and enables the buttons when the hub is
+/// closed. Called on the flow's thread.
 class WindowReporter final : public FlowTextReporter
 {
 public:
     /// `onSuccess` runs on the main thread after the line of a success, before the hub is closed.
     explicit WindowReporter(AppDelegate& delegate, std::function<void()> onSuccess = {});
 
+    void stepStarted(Step step) override;
     void finished(const FlowResult& result) override;
     void closed() override;
 
@@ -28,6 +31,7 @@ private:
 
     AppDelegate& m_delegate;
     std::function<void()> m_onSuccess;
+    std::unique_ptr<TaskbarProgress> m_taskbar; // from the first step on
 };
 
 } // namespace vornadel

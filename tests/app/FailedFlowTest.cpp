@@ -11,6 +11,7 @@
 #include <QTest>
 
 #include <chrono>
+#include <initializer_list>
 #include <ostream>
 
 namespace vornadel::test
@@ -58,6 +59,10 @@ protected:
         settleEvents();
         EXPECT_TRUE(progressText().ends_with(lastLines)) << progressText();
         EXPECT_EQ(hueOf(*tool().nstfUpdateInfo_UpdateFW), hue);
+        for (const QWidget* tells :
+             std::initializer_list<QWidget*>{tool().nstfUpdateInfo_UpdateFW, tool().slider}) {
+            EXPECT_EQ(tells->toolTip().toStdString() + "\n", lastLines);
+        }
         // A read's last value comes after the buttons are enabled.
         EXPECT_TRUE(waitFor([this, bar] { return tool().slider->doubleValue() == bar; }))
             << tool().slider->doubleValue();

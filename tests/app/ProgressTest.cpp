@@ -95,6 +95,63 @@ TEST_F(Progress, IsMovedByNobodyElse)
     EXPECT_EQ(bar.doubleValue(), 12.625);
 }
 
+/// The names under which a notification for screen readers has appeared.
+class Appeared final : public QObject
+{
+public:
+    explicit Appeared(QWidget* notification) { notification->installEventFilter(this); }
+    QStringList names;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::Show) {
+            const QAccessibleInterface& seen = *QAccessible::queryAccessibleInterface(watched);
+            EXPECT_EQ(seen.role(), QAccessible::Notification);
+            names.append(seen.text(QAccessible::Name));
+        }
+        return QObject::eventFilter(watched, event);
+    }
+};
+
+class FlowAtWork : public ToolUnderTest
+{
+protected:
+    void press(QPushButton* button)
+    {
+        QTest::mouseClick(button, Qt::LeftButton);
+        EXPECT_TRUE(waitUntilEnabled());
+        settleEvents();
+    }
+};
+
+TEST_F(FlowAtWork, IsShownInTheTaskbarAndItsResultSpoken)
+{
+    launchAndSettle();
+    EXPECT_EQ(taskbar.begins, 0) << "the update at start has no image";
+    const Appeared spoken(content()->findChild<QWidget*>("flowNotice"));
+    press(tool().btnRead_FwFlash);
+    press(tool().btnRead_FwFlash);
+    press(tool().btnUpdate_EasyUpdate);
+    EXPECT_EQ(spoken.names, QStringList({"Read Fw Success", "Read Fw Success",
+                                         "Wrong firmware file\nUpdate FW Fail"}));
+    EXPECT_THAT(taskbar.shown, ElementsAre(10, 20, 30, 40, 50, 60, 70, 80, 90, 100, -1));
+    EXPECT_EQ(taskbar.begins, 2);
+}
+
+TEST_F(FlowAtWork, SaysOnceThatItIsNotInTheTaskbar)
+{
+    launchAndSettle();
+    taskbar.problem = "no such bus";
+    testing::internal::CaptureStderr();
+    press(tool().btnRead_FwFlash);
+    press(tool().btnRead_FwFlash);
+    EXPECT_EQ(QString::fromStdString(testing::internal::GetCapturedStderr())
+                  .count("The taskbar shows no progress: no such bus\n"),
+              1);
+    EXPECT_EQ(taskbar.begins, 1);
+}
+
 using Alert = ToolUnderTest;
 
 TEST_F(Alert, ShowsItsTextAndOneButtonUntilAKeyIsPressed)

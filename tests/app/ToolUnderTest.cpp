@@ -72,7 +72,7 @@ void ToolUnderTest::launch()
         }
     };
     m_platform = std::make_unique<Platform>(
-        Platform{*m_bus, shell, privileged, systemVersion, *m_clock, &sleep});
+        Platform{*m_bus, shell, privileged, systemVersion, *m_clock, &sleep, &taskbar});
     Hub_UsePlatform(*m_bus, *m_clock);
     m_delegate = std::make_unique<AppDelegate>(*m_platform, place, titleSuffix);
     m_clock->mainThread = &m_delegate->mainThread();

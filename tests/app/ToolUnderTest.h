@@ -83,6 +83,7 @@ protected:
     FakeSystemVersion systemVersion;
     FakePrivilegedRun privileged;
     FakeSleepInhibitor sleep;
+    FakeTaskbar taskbar;
     std::optional<Clock::Duration> heldPause; ///< of the clock
     std::atomic<int> ends = 0; ///< how often the tool has ended the process by itself
     Gate eraseGate;            ///< stops before the hub's erase

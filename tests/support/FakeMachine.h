@@ -4,6 +4,7 @@
 #include "platform/Shell.h"
 #include "platform/SleepInhibitor.h"
 #include "platform/SystemVersion.h"
+#include "platform/Taskbar.h"
 
 #include <algorithm>
 #include <atomic>
@@ -116,6 +117,38 @@ public:
 
     std::string problem;       ///< why it cannot; empty: it can
     std::atomic<int> holds{0}; ///< those that keep it awake
+};
+
+/// A taskbar that records, or cannot be reached.
+class FakeTaskbar final : public Taskbar
+{
+public:
+    std::unique_ptr<TaskbarProgress> begin(std::string& why) override
+    {
+        ++begins;
+        shown.clear();
+        why = problem;
+        return problem.empty() ? std::make_unique<Progress>(*this) : nullptr;
+    }
+
+    std::string problem; ///< why it cannot be reached; empty: it can
+    std::atomic<int> begins{0};
+    std::vector<int> shown; ///< by the last flow: percents in order; -1: no more
+
+private:
+    class Progress final : public TaskbarProgress
+    {
+    public:
+        explicit Progress(FakeTaskbar& taskbar) : m_taskbar(taskbar) {}
+        ~Progress() override { m_taskbar.shown.push_back(-1); }
+        void show(double part) override
+        {
+            m_taskbar.shown.push_back(static_cast<int>(part * 100 + 0.5));
+        }
+
+    private:
+        FakeTaskbar& m_taskbar;
+    };
 };
 
 } // namespace vornadel::test
