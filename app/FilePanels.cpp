@@ -4,6 +4,7 @@
 #include "app/GeneralFunction.h"
 #include "app/RawNameMenu.h"
 
+#include <QApplication>
 #include <QFile>
 #include <QFileIconProvider>
 #include <QFileInfo>
@@ -39,6 +40,28 @@ PlainIcons* plainIcons()
     static PlainIcons icons;
     return &icons;
 }
+
+/// Call it before a panel closes. While its list of completions is open, the toolkit ignores that
+/// the window becomes active again, and the keys would then reach nothing.
+void closeCompletions()
+{
+    if (QWidget* list = QApplication::activePopupWidget()) {
+        list->close();
+    }
+}
+
+class OpenPanel final : public QFileDialog
+{
+public:
+    using QFileDialog::QFileDialog;
+
+protected:
+    void accept() override
+    {
+        closeCompletions();
+        QFileDialog::accept();
+    }
+};
 
 /// Adds a button to the panel for the files that it cannot show; they are chosen into `chosen`. A
 /// native panel stays as it is.
@@ -81,7 +104,7 @@ void startIn(QFileDialog& panel, std::string folder)
 
 std::string chooseFile(QWidget* window, const std::string& folder)
 {
-    QFileDialog panel(window);
+    OpenPanel panel(window);
     panel.setFileMode(QFileDialog::ExistingFile);
     panel.setIconProvider(plainIcons());
     startIn(panel, folder);
@@ -125,6 +148,7 @@ void SavePanel::accept()
         // selectFile() does not change the name while it has the focus.
         name->setText(chosen.filePath() + "." + kImageSuffix);
     }
+    closeCompletions();
     QFileDialog::accept();
 }
 
