@@ -15,12 +15,15 @@ function(vornadel_into_bundle program)
 endfunction()
 
 # vornadel_bundle_resources(STAMP BUNDLE SYSTEM): copies the resources for a system, linux or macos,
-# into the bundle: the shared files and the system's own. A target that depends on the file STAMP
-# keeps them up to date.
+# into the bundle: the shared files, the system's own, and the manual with the pages that it links
+# to. A target that depends on the file STAMP keeps them up to date.
 function(vornadel_bundle_resources stamp bundle system)
   set(resources "${PROJECT_SOURCE_DIR}/resources")
   file(GLOB shared CONFIGURE_DEPENDS LIST_DIRECTORIES false "${resources}/*")
   file(GLOB_RECURSE own CONFIGURE_DEPENDS "${resources}/${system}/*")
+  list(APPEND shared "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/CONTRIBUTING.md"
+    "${PROJECT_SOURCE_DIR}/LICENSE")
+  file(GLOB pages CONFIGURE_DEPENDS LIST_DIRECTORIES false "${PROJECT_SOURCE_DIR}/docs/*")
   set(application "")
   if(system STREQUAL "macos")
     set(minimum_system "${CMAKE_OSX_DEPLOYMENT_TARGET}")
@@ -34,7 +37,9 @@ function(vornadel_bundle_resources stamp bundle system)
     OUTPUT "${stamp}"
     COMMAND "${CMAKE_COMMAND}" -E copy_directory "${resources}/${system}" "${bundle}/Contents/Resources"
     COMMAND "${CMAKE_COMMAND}" -E copy ${shared} "${bundle}/Contents/Resources"
+    COMMAND "${CMAKE_COMMAND}" -E make_directory "${bundle}/Contents/Resources/docs"
+    COMMAND "${CMAKE_COMMAND}" -E copy ${pages} "${bundle}/Contents/Resources/docs"
     ${application}
     COMMAND "${CMAKE_COMMAND}" -E touch "${stamp}"
-    DEPENDS ${shared} ${own})
+    DEPENDS ${shared} ${own} ${pages})
 endfunction()

@@ -26,6 +26,8 @@ wanted=$({
     cd "$source/resources" && find . -maxdepth 1 -type f
     cd macos && find . -type f
     echo ./Vornadel.icns
+    cd "$source" && ls ./README.md ./CONTRIBUTING.md ./LICENSE
+    find ./docs -maxdepth 1 -type f
 } | sort)
 [ "$(cd "$resources" && find . -type f | sort)" = "$wanted" ] ||
     complain 'files are missing, or there are others'

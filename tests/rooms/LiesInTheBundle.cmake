@@ -1,6 +1,7 @@
-# Fails unless the programs, config.ini, the administrator scripts and the driver bundle are in the bundle,
+# Fails unless the programs, config.ini, the manual, the administrator scripts and the driver bundle are in the bundle,
 # and the property files beside it, where they look for each other.
 set(expected "${BUNDLE}/Contents/MacOS/vornadelctl" "${BUNDLE}/Contents/Resources/config.ini"
+  "${BUNDLE}/Contents/Resources/README.md" "${BUNDLE}/Contents/Resources/docs/cli.md"
   "${BUNDLE}/Contents/Resources/hub-access.sh" "${BUNDLE}/Contents/Resources/supported-ids.awk"
   "${BUNDLE}/Contents/Resources/HubUpdaterDriver.kext/hub-access.rules"
   "${BUNDLE}/Contents/Resources/HubUpdaterDriver.kext/README.txt"
