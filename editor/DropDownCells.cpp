@@ -18,6 +18,22 @@ namespace
 
 constexpr int kNothingChosen = -1;
 
+/// Draws a drop-down in a table. Its text has the whole height, because a row of the table is too
+/// low for the margins that the style leaves above and below.
+void drawDropDown(QPainter& painter, const QStyleOptionComboBox& box, const QWidget& widget)
+{
+    const QStyle& style = *widget.style();
+    style.drawComplexControl(QStyle::CC_ComboBox, &box, &painter, &widget);
+    QRect room =
+        style.subControlRect(QStyle::CC_ComboBox, &box, QStyle::SC_ComboBoxEditField, &widget);
+    room.setTop(box.rect.top());
+    room.setBottom(box.rect.bottom());
+    style.drawItemText(&painter, room.adjusted(1, 0, -1, 0), Qt::AlignLeft | Qt::AlignVCenter,
+                       box.palette, box.state.testFlag(QStyle::State_Enabled),
+                       box.fontMetrics.elidedText(box.currentText, Qt::ElideRight, room.width()),
+                       QPalette::ButtonText);
+}
+
 /// The list of a cell while it is open. Reports when it has closed, whatever closed it.
 class OpenList final : public QComboBox
 {
@@ -40,6 +56,14 @@ protected:
             parentWidget()->setFocus(); // otherwise Qt passes it on to another control
         }
         QComboBox::hideEvent(event);
+    }
+
+    void paintEvent(QPaintEvent* /*event*/) override
+    {
+        QPainter painter(this);
+        QStyleOptionComboBox box;
+        initStyleOption(&box);
+        drawDropDown(painter, box, *this);
     }
 
     bool eventFilter(QObject* watched, QEvent* event) override
@@ -102,13 +126,10 @@ void DropDownCells::paint(QPainter* painter, const QStyleOptionViewItem& option,
     box.state.setFlag(QStyle::State_HasFocus, cell.state.testFlag(QStyle::State_HasFocus));
     box.editable = false;
     box.frame = true;
-    const QRect room =
-        style.subControlRect(QStyle::CC_ComboBox, &box, QStyle::SC_ComboBoxEditField, &m_table);
-    box.currentText = box.fontMetrics.elidedText(cell.text, Qt::ElideRight, room.width());
+    box.currentText = cell.text;
     painter->save();
     painter->setFont(m_table.font());
-    style.drawComplexControl(QStyle::CC_ComboBox, &box, painter, &m_table);
-    style.drawControl(QStyle::CE_ComboBoxLabel, &box, painter, &m_table);
+    drawDropDown(*painter, box, m_table);
     painter->restore();
 }
 

@@ -1,4 +1,4 @@
-#include "tests/app/ToolUnderTest.h"
+#include "tests/app/FlashPageUnderTest.h"
 #include "tests/support/Contrast.h"
 
 #include <QApplication>
@@ -197,14 +197,34 @@ TEST_P(Readability, HasRoomForEightProperties)
 {
     launch();
     const QTableView& table = *tool().tbProperties_Detail;
-    const int row = table.verticalHeader()->defaultSectionSize();
-    EXPECT_GE(table.viewport()->height(), 8 * row);
-    QStyleOptionComboBox cell;
-    cell.initFrom(&table);
-    cell.rect = QRect(0, 0, 170, row - 2);
-    const QRect room = table.style()->subControlRect(QStyle::CC_ComboBox, &cell,
-                                                     QStyle::SC_ComboBoxEditField, &table);
-    EXPECT_LE(QFontMetrics(table.font()).tightBoundingRect("1 : (Agj)").height(), room.height());
+    EXPECT_GE(table.viewport()->height(), 8 * table.verticalHeader()->defaultSectionSize());
+}
+
+using Cells = FlashPageUnderTest;
+
+TEST_F(Cells, ShowLettersInTheirWholeHeight)
+{
+    read();
+    const auto picture = [this](int position) {
+        choose(2, position);
+        settleEvents();
+        return tool().tbProperties_Detail->viewport()->grab().toImage();
+    };
+    const QImage low = picture(1);  // "1 : Low"
+    const QImage high = picture(3); // "3 : High"
+    const QRect cell =
+        tool().tbProperties_Detail->visualRect(tool().tbProperties_Detail->model()->index(2, 1));
+    int rows = 0;
+    for (int y = cell.top(); y <= cell.bottom(); ++y) {
+        for (int x = cell.left(); x <= cell.right(); ++x) {
+            if (low.pixel(x, y) != high.pixel(x, y)) {
+                ++rows;
+                break;
+            }
+        }
+    }
+    EXPECT_GE(rows,
+              QFontMetrics(tool().tbProperties_Detail->font()).tightBoundingRect("High").height());
 }
 
 TEST_P(Readability, LeavesOutTheMiddleOfAType)
