@@ -5,6 +5,21 @@
 #include "hub/HubTransport.h"
 
 #include <QApplication>
+#include <QIcon>
+#include <QString>
+
+/// What the desktop knows the program by. In no namespace: the resources have none.
+static void introduceProgram()
+{
+    Q_INIT_RESOURCE(icons); // a library's resources are not there by themselves
+    QGuiApplication::setDesktopFileName("org.vornadel.Vornadel");
+    QApplication::setApplicationName("Vornadel");
+    QIcon icon;
+    for (const int size : {16, 32, 48, 64, 128}) {
+        icon.addFile(QString(":/Vornadel-%1.png").arg(size), QSize(size, size));
+    }
+    QApplication::setWindowIcon(icon);
+}
 
 namespace vornadel
 {
@@ -14,6 +29,7 @@ int runTool(Platform& platform, const ToolPlace& place, const QString& titleSuff
 {
     QApplication::setQuitOnLastWindowClosed(
         AppDelegate::applicationShouldTerminateAfterLastWindowClosed());
+    introduceProgram();
     Hub_UsePlatform(platform.usb, platform.clock);
 
     AppDelegate delegate(platform, place, titleSuffix);

@@ -202,6 +202,35 @@ void readFlash(MouseScript& script, AppDelegate& tool)
         [&tool] { tool.resetProgressInfo(); });
 }
 
+/// The window's state as the window manager keeps it.
+QByteArray stateOf(const QWidget& window)
+{
+    QProcess xprop;
+    xprop.start("xprop", {"-id", QString::number(window.winId()), "_NET_WM_STATE"});
+    xprop.waitForFinished();
+    return xprop.readAll();
+}
+
+/// A flow that ends behind other windows asks for attention.
+void readMinimized(MouseScript& script, AppDelegate& tool)
+{
+    QWidget& window = *tool.window();
+    script.when(
+        "the buttons", [&tool] { return tool.btnRead_FwFlash->isEnabled(); },
+        [&window] { window.showMinimized(); });
+    script.when(
+        "the window to be minimized",
+        [&window] { return !window.isActiveWindow() && stateOf(window).contains("HIDDEN"); },
+        [&tool] { tool.btnRead_FwFlash->click(); });
+    script.when(
+        "the call for attention",
+        [&window] { return stateOf(window).contains("DEMANDS_ATTENTION"); },
+        [&window] {
+            window.showNormal();
+            window.activateWindow();
+        });
+}
+
 void writeScript(MouseScript& script, AppDelegate& tool, const QString& path)
 {
     const auto idle = [&tool] {
@@ -248,7 +277,9 @@ void writeScript(MouseScript& script, AppDelegate& tool, const QString& path)
             return tool.txtSN_FwFlash->text() == "SN0042" &&
                    rows.index(2, 1).data().toString() == "1 : Center-spread";
         },
-        [&tool] { tool.window()->close(); });
+        [] {});
+    readMinimized(script, tool);
+    script.when("the window", idle, [&tool] { tool.window()->close(); });
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #!/bin/sh
 # real_window.sh VORNADEL: checks under X, with standard error closed, that the real program shows its
-# window, and that closing it ends the program with status 0.
+# window with its icon, and that closing it ends the program with status 0.
 set -u
 vornadel=$1
 work=$(mktemp -d)
@@ -20,6 +20,9 @@ until xdotool search --onlyvisible --name '^Vornadel  1[.]02 .simulated hub.$' >
     fi
     sleep 0.1
 done
+failed=0
+id=$(xdotool search --onlyvisible --name '^Vornadel  1[.]02' | head -n 1)
+xprop -id "$id" _NET_WM_ICON | grep -qF '(16 x 16)' || { echo "FAILED: no icon"; failed=1; }
 # The key reaches the window only once it is active.
 while kill -0 $pid 2>/dev/null && [ $tries -lt 600 ]; do
     tries=$((tries + 1))
@@ -31,4 +34,4 @@ status=0
 wait $pid || status=$?
 rm -rf "$work"
 [ $status -eq 0 ] || echo "FAILED: the program ended with $status"
-exit $status
+exit $((status + failed))
