@@ -26,17 +26,12 @@ QSize frameSize(const QWidget& window)
                           : QSize(frame.left() + frame.right(), frame.top() + frame.bottom());
 }
 
-/// The content with the bars that it needs to be reached in this room.
+/// The content with the bars that it needs to be reached in this room. A bar that only the other
+/// one makes necessary adds nothing: in its direction the window is as large as the room.
 QSize withBars(const QSize& content, const QSize& room, const QSize& bars)
 {
-    QSize needed = content;
-    // Each bar takes room from the other direction, which may then need a bar as well.
-    for (int pass = 0; pass < 2; ++pass) {
-        const bool across = needed.width() > room.width();
-        const bool down = needed.height() > room.height();
-        needed = content + QSize(down ? bars.width() : 0, across ? bars.height() : 0);
-    }
-    return needed;
+    return content + QSize(content.height() > room.height() ? bars.width() : 0,
+                           content.width() > room.width() ? bars.height() : 0);
 }
 
 } // namespace

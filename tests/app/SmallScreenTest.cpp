@@ -34,8 +34,9 @@ TEST_F(SmallScreen, ScrollsTheContentInsteadOfCuttingIt)
     launchAndSettle();
     const QSize screen = QApplication::primaryScreen()->availableSize();
     EXPECT_EQ(content()->size(), QSize(1200, 660));
-    EXPECT_LE(tool().window()->width(), screen.width());
-    EXPECT_LE(tool().window()->height(), screen.height());
+    EXPECT_GT(tool().window()->frameGeometry().width(), tool().window()->width());
+    EXPECT_EQ(tool().window()->frameGeometry().width(), screen.width()) << "its frame is measured";
+    EXPECT_LE(tool().window()->frameGeometry().height(), screen.height());
     EXPECT_TRUE(area().horizontalScrollBar()->isVisible());
     EXPECT_EQ(area().horizontalScrollBar()->maximum(), 1200 - area().viewport()->width());
     EXPECT_EQ(area().verticalScrollBar()->maximum(), 660 - area().viewport()->height());
