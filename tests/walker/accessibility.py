@@ -144,6 +144,11 @@ class Accessible:
     def value(self):
         return self._property("Value", "CurrentValue")
 
+    @value.setter
+    def value(self, number):
+        self.bus.call(self.peer, self.path, "org.freedesktop.DBus.Properties", "Set",
+                      GLib.Variant("(ssv)", (ATSPI + "Value", "CurrentValue", GLib.Variant("d", number))))
+
     @property
     def extents(self):
         """x, y, width and height on the screen, in device-independent pixels."""
