@@ -1,5 +1,6 @@
 #include "app/Controls.h"
 
+#include "editor/AssistedChoice.h"
 #include "editor/ToolTip.h"
 
 #include <QAccessibleWidget>
@@ -171,6 +172,7 @@ PickList::PickList(QWidget* parent) : QComboBox(parent)
     style->setParent(this);
     setStyle(style);
     setMaxVisibleItems(10);
+    takeAssistedChoices(*this);
     connect(this, &QComboBox::currentTextChanged, this,
             [this](const QString& text) { setToolTip(plainToolTip(text)); });
 }

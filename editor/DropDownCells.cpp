@@ -1,5 +1,7 @@
 #include "editor/DropDownCells.h"
 
+#include "editor/AssistedChoice.h"
+
 #include <QApplication>
 #include <QComboBox>
 #include <QKeyEvent>
@@ -41,6 +43,7 @@ public:
     explicit OpenList(QWidget* parent) : QComboBox(parent)
     {
         connect(this, &QComboBox::activated, [this](int position) { m_chosen = position; });
+        takeAssistedChoices(*this);
     }
 
     void watchClosing(std::function<void(int chosen)> closed)
@@ -111,6 +114,13 @@ DropDownCells::DropDownCells(QTableView& table, int column) : m_table(table), m_
     });
 }
 
+void DropDownCells::openForAssistiveTechnology()
+{
+    watchAssistedSelection(m_table, [this](const QModelIndex& index) {
+        open(index.siblingAtColumn(m_column), OpenedBy::AssistiveTechnology);
+    });
+}
+
 void DropDownCells::paint(QPainter* painter, const QStyleOptionViewItem& option,
                           const QModelIndex& index) const
 {
@@ -140,6 +150,7 @@ QWidget* DropDownCells::createEditor(QWidget* parent, const QStyleOptionViewItem
     list->addItems(index.data(EntriesRole).toStringList());
     list->setCurrentIndex(index.data(ChosenRole).toInt());
     list->setMaxVisibleItems(16);
+    list->view()->setAccessibleName(index.siblingAtColumn(0).data().toString());
     return list;
 }
 
@@ -186,8 +197,12 @@ void DropDownCells::open(const QModelIndex& index, OpenedBy by)
     } else {
         list->showPopup();
     }
-    list->watchClosing(
-        [this, list, at = QPersistentModelIndex(index)](int chosen) { finish(*list, chosen, at); });
+    list->watchClosing([this, list, by, at = QPersistentModelIndex(index)](int chosen) {
+        if (by == OpenedBy::AssistiveTechnology) {
+            m_table.clearSelection(); // so that the row can be selected again
+        }
+        finish(*list, chosen, at);
+    });
 }
 
 void DropDownCells::finish(QComboBox& list, int chosen, const QPersistentModelIndex& index)

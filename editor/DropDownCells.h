@@ -25,6 +25,10 @@ public:
     /// The delegate must live at least as long as the table.
     DropDownCells(QTableView& table, int column);
 
+    /// From now on a cell opens, too, when assistive technology selects its row. The table has its
+    /// model already.
+    void openForAssistiveTechnology();
+
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override;
     QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option,
@@ -37,7 +41,7 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    enum class OpenedBy { Mouse, Key };
+    enum class OpenedBy { Mouse, Key, AssistiveTechnology };
 
     void open(const QModelIndex& index, OpenedBy by);
     void finish(QComboBox& list, int chosen, const QPersistentModelIndex& index);

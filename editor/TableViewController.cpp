@@ -54,6 +54,7 @@ TableViewController::TableViewController(const PropertyViews& views, FwImage& im
 {
     QTableView& table = *_tableView;
     table.setModel(&m_model);
+    m_dropDowns.openForAssistiveTechnology();
     table.setSelectionBehavior(QAbstractItemView::SelectRows);
     table.setSelectionMode(QAbstractItemView::SingleSelection);
     table.setColumnWidth(PropertyModel::Property, kPropertyWidth);
