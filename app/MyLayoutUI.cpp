@@ -100,15 +100,15 @@ void addShortcut(const QKeySequence& keys, QWidget* widget, const std::function<
     shortcut->setAutoRepeat(false);
 }
 
-/// All shortcuts, a line each.
-QString shortcutList()
+/// All shortcuts in this mode, a line each.
+QString shortcutList(const WindowControls& controls)
 {
     QStringList lines;
     const auto add = [&lines](const char* keys, const char* what) {
         lines += QKeySequence(keys).toString(QKeySequence::NativeText) + ": " + what;
     };
     for (const ButtonRow& row : kButtons) {
-        if (*row.shortcut != '\0') {
+        if (*row.shortcut != '\0' && !(controls.*row.box)->isHidden()) {
             add(row.shortcut, row.label);
         }
     }
@@ -228,7 +228,7 @@ void AppDelegate::MyLayoutUI()
             ->setVisible(row.shown == Shown::Always || (row.shown == Shown::ScalarOnly) == scalar);
     }
 
-    boxHelp->setToolTip(shortcutList());
+    boxHelp->setToolTip(shortcutList(*this));
     addShortcut(QKeySequence(Qt::Key_F1), content, [this] { openManual({resourcePath, apPath}); });
     m_focusHolder = new FocusHolder(content);
 
