@@ -158,6 +158,13 @@ class Accessible:
     def actions(self):
         return [action[0] for action in self.call("Action", "GetActions")[0]]
 
+    @property
+    def labels(self):
+        """The names of the labels of this object. Qt gives a combo box no other name."""
+        labelled_by = 2
+        return [Accessible(self.bus, *label).name for kind, labels in self.call("Accessible", "GetRelationSet")[0]
+                if kind == labelled_by for label in labels]
+
     def showing(self):
         try:
             return "showing" in self.states

@@ -58,6 +58,10 @@ class Program:
     def find(self, role, name, within=None):
         return self.window.find(role, name, within)
 
+    def labelled(self, label):
+        """The combo box with that label."""
+        return next(each for each, _ in self.window.tree() if each.role == "combo box" and label in each.labels)
+
     def dialog(self):
         """The dialog that is open, once there is one."""
 

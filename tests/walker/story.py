@@ -1,5 +1,6 @@
 """What the stories of the window have in common: their hub, their files, and what they wait for."""
 import os
+import shutil
 import tempfile
 
 from accessibility import Accessible, Failed, wait_for
@@ -24,7 +25,7 @@ def content(path):
 class Story:
     """The window with a simulated hub that runs its ROM code first, which saves a restart."""
 
-    def __init__(self, vornadel, image):
+    def __init__(self, vornadel, image, scalar=False):
         self.image = content(image)
         self._folder = tempfile.TemporaryDirectory()
         self.folder = self._folder.name
@@ -34,9 +35,21 @@ class Story:
         self.saved = os.path.join(self.folder, "b.bin")
         with open(self.chosen, "wb") as file:
             file.write(self.image)
+        if scalar:
+            vornadel = self._in_scalar_mode(vornadel)
         self.program = Program([vornadel, f"--simulated-hub=latency=none,mode=rom,image={self.flash}"],
                                self.folder, HOME=self.folder, XDG_STATE_HOME=self.folder,
                                XDG_CONFIG_HOME=self.folder)
+
+    def _in_scalar_mode(self, vornadel):
+        """A copy of the bundle, with another configuration."""
+        bundle = os.path.join(self.folder, "Vornadel.app")
+        shutil.copytree(vornadel[:vornadel.index("/Contents/MacOS/")], bundle)
+        config = os.path.join(bundle, "Contents/Resources/config.ini")
+        text = content(config).replace(b"ScalarMode = 0", b"ScalarMode = 1")
+        with open(config, "wb") as file:
+            file.write(text)
+        return os.path.join(bundle, "Contents/MacOS/Vornadel")
 
     def __enter__(self):
         self.program.__enter__()
@@ -51,7 +64,7 @@ class Story:
         return self.program.find("text", name, box)
 
     def until_idle(self):
-        button = self.program.find("button", "Read From Flash")
+        button = self.program.find("button", "LoadUpdateDriver")
         wait_for(lambda: "enabled" in button.states, "the buttons")
 
     def until_told(self, last):
