@@ -30,7 +30,7 @@ class ImageInputs : public FlashPageUnderTest
 {
 protected:
     /// Drags over a widget and drops there. True if the drop was taken.
-    static bool drop(QWidget* widget, const QList<QByteArray>& urls)
+    bool drop(QWidget* widget, const QList<QByteArray>& urls)
     {
         QMimeData data;
         QList<QUrl> list;
@@ -45,7 +45,9 @@ protected:
         QApplication::sendEvent(widget, &enter);
         if (enter.isAccepted()) {
             EXPECT_EQ(enter.dropAction(), Qt::CopyAction);
+            const QString before = tool().txtFw_EasyUpdate->text();
             QApplication::sendEvent(widget, &dropped);
+            EXPECT_EQ(tool().txtFw_EasyUpdate->text(), before) << "the drop ends first";
         }
         settleEvents();
         return enter.isAccepted() && dropped.isAccepted();

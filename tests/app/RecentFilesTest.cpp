@@ -58,12 +58,11 @@ TEST_F(SettingsFile, KeepsEightImagesAndAFolderForEachPanel)
 
 TEST_F(SettingsFile, DoesNoHarmWhateverItContains)
 {
-    const std::string fine = "[RecentImages]\nPaths=/good, relative, /nul%00, /good, /bad%ZZ, /" +
+    const std::string fine = "[RecentImages]\nPaths=/good, relative, /nul%00, /good, /%41, /" +
                              std::string(5000, 'x') + "\n[Folders]\nUpdate=relative\n";
     for (const std::string& text :
          {fine, std::string("\0\xFF[[]\n=\n%%%", 12),
-          std::string("[RecentImages]\nPaths=@Variant(\\0\\0\\0\\b\\xff)"),
-          fine + std::string(70000, '#')}) {
+          std::string("[RecentImages]\nPaths=@Variant(\\0\\0\\0\\b\\xff)")}) {
         write(text);
         RecentFiles files;
         for (const std::string& path : files.images()) {
@@ -75,7 +74,9 @@ TEST_F(SettingsFile, DoesNoHarmWhateverItContains)
         EXPECT_EQ(files.images().front(), "/new/image");
     }
     write(fine);
-    EXPECT_EQ(RecentFiles().images().front(), "/good");
+    EXPECT_EQ(RecentFiles().images(), (Paths{"/good", "/A"}));
+    write(fine + std::string(70000, '#'));
+    EXPECT_EQ(RecentFiles().images(), Paths{}) << "too long";
 }
 
 TEST_F(SettingsFile, IsNotWaitedFor)
@@ -85,8 +86,11 @@ TEST_F(SettingsFile, IsNotWaitedFor)
     for (const char* suffix : {"", ".lock"}) { // a pipe in the place of either would block
         std::filesystem::remove(path());
         ASSERT_EQ(::mkfifo(path(suffix).c_str(), 0600), 0);
-        files.add(Panel::Load, "/new/image", true);
-        EXPECT_EQ(files.images().front(), "/new/image") << "remembered all the same";
+        for (const char name : std::string("123456789")) {
+            files.add(Panel::Load, std::string("/new/") + name, true);
+        }
+        EXPECT_EQ(files.images().front(), "/new/9") << "remembered all the same";
+        EXPECT_EQ(files.images().size(), 8U);
         EXPECT_EQ(RecentFiles().images(), Paths{});
         std::filesystem::remove(path(suffix));
     }
