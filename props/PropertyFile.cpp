@@ -197,8 +197,13 @@ std::string faultBeforeReading(const std::string& path)
     if (content.size() > kLargestPropertyFile) {
         return "is larger than 1 MiB";
     }
-    if (content.find('\0') != std::string::npos) {
-        return "is not a text file";
+    // The INI reader takes a NUL for the end of a line. At the end of the file that does no harm.
+    const std::size_t nul = std::min(content.find('\0'), content.size());
+    const bool atTheEnd = content.find_first_not_of('\0', nul) == std::string::npos;
+    content.resize(nul);
+    if (!atTheEnd) {
+        return "has a NUL character in line " +
+               std::to_string(std::count(content.begin(), content.end(), '\n') + 1);
     }
     if (entryLines(content) > kMostPropertyLines) {
         return "has more than " + std::to_string(kMostPropertyLines) +

@@ -58,7 +58,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(problem.find('\n') == std::string::npos, "a problem is one line");
     require(problem.empty() || items.empty(), "a file with a problem gives no items");
     const PlainReading plain(file.path());
-    const bool text = std::find(data, data + size, 0) == data + size;
+    const std::uint8_t* const nul = std::find(data, data + size, 0);
+    const bool text = std::all_of(nul, data + size, [](std::uint8_t byte) { return byte == 0; });
     const bool mayBeTooLong = size > kMostPropertyLines; // every line has at least one byte
     require(problem.empty() == (text && plain.readable()) || mayBeTooLong,
             "what a plain reading can read is read, and nothing else");

@@ -82,7 +82,8 @@ TEST_F(HostileFile, ThatMayNotBeReadIsRefused)
 TEST_F(HostileFile, ThatIsBinaryIsRefused)
 {
     expectRefused(std::string(kGood) + std::string(1, '\0') + "\n",
-                  " is not a text file and was not read");
+                  " has a NUL character in line 3 and was not read");
+    expectAccepted(std::string(kGood) + std::string(4096, '\0'), 1);
     expectRefused("\x7F"
                   "ELF\x02\x01\x01\n\xFF\xFE\xFD\n",
                   byTheReader("syntax error", 1));
@@ -129,9 +130,11 @@ TEST_F(HostileFile, ThatIsFullIsRead)
 TEST_F(HostileFile, WithMoreLinesThanAnyDefinitionNeedsIsRefused)
 {
     expectAccepted(distinctKeys(kMostPropertyLines), 0);
-    expectAccepted(distinctKeys(kMostPropertyLines) + "\n  \n; comment\n \t# comment\n", 0);
+    expectAccepted(distinctKeys(kMostPropertyLines) + "\n  \n; comment\n \t# comment\n" +
+                       std::string(2, '\0'),
+                   0);
     expectRefused(distinctKeys(kMostPropertyLines) + "one more=\n",
-                  " has more than 11000 lines that are not comments and was not read");
+                  " has more than 16000 lines that are not comments and was not read");
 }
 
 } // namespace
