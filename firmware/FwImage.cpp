@@ -3,6 +3,7 @@
 #include "base/Descriptor.h"
 #include "base/GenFun.h"
 #include "base/LastError.h"
+#include "firmware/ImageState.h"
 
 #include <algorithm>
 #include <array>
@@ -174,6 +175,42 @@ void FwImage_Release(FwImage& image)
     image.containerIdLength = 0;
     image.descriptor = image.strings = image.containerId = nullptr;
     image.vid = image.sspid = image.hspid = image.version = nullptr;
+}
+
+ImageState FwImage_State(const FwImage& image)
+{
+    ImageState state;
+    state.loaded = image.loaded;
+    if (image.data != nullptr) {
+        state.bytes.assign(image.data.get(), image.data.get() + image.size);
+    }
+    if (image.loaded) {
+        state.block = static_cast<std::size_t>(image.descriptor - image.data.get());
+    }
+    state.texts = {image.manufacturer, image.product, image.serial, image.containerIdText};
+    return state;
+}
+
+bool FwImage_Restore(FwImage& image, const ImageState& state)
+{
+    FwImage_Release(image);
+    if (!state.bytes.empty()) {
+        image.data = allocate(state.bytes.size());
+        if (image.data == nullptr) {
+            return false;
+        }
+        std::copy(state.bytes.begin(), state.bytes.end(), image.data.get());
+        image.size = static_cast<std::int32_t>(state.bytes.size());
+    }
+    if (state.loaded) {
+        locateFields(image, image.data.get() + state.block);
+    }
+    image.manufacturer = state.texts[0];
+    image.product = state.texts[1];
+    image.serial = state.texts[2];
+    image.containerIdText = state.texts[3];
+    image.loaded = state.loaded;
+    return true;
 }
 
 bool FwImage_SetStrings(FwImage& image, std::string_view manufacturer, std::string_view product,

@@ -1,3 +1,4 @@
+#include "firmware/ImageState.h"
 #include "tests/firmware/ImageBytes.h"
 
 namespace vornadel::test
@@ -148,6 +149,29 @@ TEST_F(SetContainerId, TakesTheRecordsOwnText)
     EXPECT_TRUE(FwImage_SetContainerId(m_image, m_image.containerIdText.data() + 3));
     EXPECT_EQ(textOf(m_image.containerIdText), "112233-4455-6677-8899-aabbccddeeff}");
     EXPECT_EQ(id()[0], 0x11);
+}
+
+TEST(ImageState, BringsBackEveryByteOfTheRecord)
+{
+    FwImage image;
+    ByteList bytes = imageWithBlock(512, 256);
+    putAt(bytes, 0, {0xAA, 0x55}); // what a search would find without the other signature
+    ASSERT_TRUE(parse(image, bytes));
+    image.descriptor[0] = 0; // an edit may do that
+    FwText_Set(image.containerIdText, "typed");
+    const ImageState state = FwImage_State(image);
+    ASSERT_TRUE(parse(image, imageWithBlock(300, 44)));
+    ASSERT_TRUE(FwImage_Restore(image, state));
+    EXPECT_EQ(FwImage_State(image), state);
+    EXPECT_EQ(image.version, image.data.get() + 249);
+    EXPECT_EQ(image.containerId, image.data.get() + 256 + 78);
+
+    ASSERT_FALSE(parse(image, ByteList(300, 0)));
+    const ImageState none = FwImage_State(image);
+    ASSERT_TRUE(FwImage_Restore(image, state));
+    ASSERT_TRUE(FwImage_Restore(image, none));
+    expectEmpty(image);
+    EXPECT_EQ(image.size, 300);
 }
 
 } // namespace
