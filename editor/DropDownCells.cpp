@@ -108,7 +108,8 @@ DropDownCells::DropDownCells(QTableView& table, int column) : m_table(table), m_
     table.setEditTriggers(QAbstractItemView::NoEditTriggers);
     table.installEventFilter(this);
     connect(&table, &QTableView::clicked, this, [this](const QModelIndex& index) {
-        if (index.column() == m_column) {
+        // A click with a modifier selects more rows.
+        if (index.column() == m_column && QApplication::keyboardModifiers() == Qt::NoModifier) {
             open(index, OpenedBy::Mouse);
         }
     });
@@ -132,13 +133,18 @@ void DropDownCells::paint(QPainter* painter, const QStyleOptionViewItem& option,
     QStyleOptionComboBox box;
     box.initFrom(&m_table);
     box.rect = cell.rect.adjusted(1, 1, -1, -1);
-    box.state = QStyle::State_Enabled | (cell.state & QStyle::State_Active);
+    box.state = cell.state & QStyle::State_Active;
+    box.state.setFlag(QStyle::State_Enabled, !index.data(LockedRole).toBool());
     box.state.setFlag(QStyle::State_HasFocus, cell.state.testFlag(QStyle::State_HasFocus));
     box.editable = false;
     box.frame = true;
+    box.fontMetrics = cell.fontMetrics;
+    if (const QVariant text = index.data(Qt::ForegroundRole); text.isValid()) {
+        box.palette.setBrush(QPalette::ButtonText, qvariant_cast<QBrush>(text));
+    }
     box.currentText = cell.text;
     painter->save();
-    painter->setFont(m_table.font());
+    painter->setFont(cell.font);
     drawDropDown(*painter, box, m_table);
     painter->restore();
 }

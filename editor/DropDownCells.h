@@ -10,16 +10,18 @@ namespace vornadel
 {
 
 /// Turns the cells of one table column into drop-downs. They always look like one. They open with
-/// one click, or with Return, Space, F2 or Alt+Down on their row, and pass the chosen position to
-/// the model (setData, EditRole), even if it was chosen before. Dismissing one changes nothing. A
-/// cell that the model does not let the user edit looks the same but does not open.
+/// one click without a modifier key, or with Return, Space, F2 or Alt+Down on their row, and pass
+/// the chosen position to the model (setData, EditRole), even if it was chosen before. Dismissing
+/// one changes nothing. A cell that the model does not let the user edit looks the same but does
+/// not open.
 class DropDownCells final : public QStyledItemDelegate
 {
 public:
     /// What the model must provide besides the text of a closed cell.
     enum Role : int {
         EntriesRole = Qt::UserRole, ///< QStringList: what the open list offers
-        ChosenRole                  ///< int: position of the chosen entry, -1 for none
+        ChosenRole,                 ///< int: position of the chosen entry, -1 for none
+        LockedRole                  ///< bool: the cell looks disabled, but opens all the same
     };
 
     /// The delegate must live at least as long as the table.

@@ -10,7 +10,7 @@ namespace
 {
 
 constexpr std::uint32_t kBlockSize = 256;
-constexpr std::uint32_t kBytesInLine = 16;
+constexpr std::uint32_t kBytesInLine = kHexBytesInLine;
 constexpr qsizetype kByteWidth = 3; ///< two digits and a blank
 
 } // namespace
@@ -47,6 +47,14 @@ HexText hexText(const FwImage& image, std::uint32_t begin, std::uint32_t end)
         hex.redLength = redEnd.value_or(hex.text.size()) - *redStart;
     }
     return hex;
+}
+
+int hexColumn(const QString& line, int byteInLine)
+{
+    const qsizetype label = line.indexOf(':') + 1;
+    const qsizetype dash = byteInLine < kHexBytesInLine / 2 ? 0 : 2;
+    const qsizetype column = label + kByteWidth * byteInLine + dash;
+    return label > 0 && column + 2 <= line.size() ? static_cast<int>(column) : -1;
 }
 
 } // namespace vornadel

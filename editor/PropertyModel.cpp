@@ -2,7 +2,8 @@
 
 #include "editor/DropDownCells.h"
 #include "editor/TableViewController.h"
-#include "editor/ToolTip.h"
+
+#include <QFont>
 
 namespace vornadel
 {
@@ -68,7 +69,19 @@ QVariant PropertyModel::data(const QModelIndex& index, int role) const
         return m_controller.tableView_objectValueForTableColumn_row(identifier(index.column()),
                                                                     index.row());
     case Qt::ToolTipRole: // a text may be longer than its column
-        return plainToolTip(data(index, Qt::DisplayRole).toString());
+        return m_controller.toolTip(data(index, Qt::DisplayRole).toString(), index.row());
+    case Qt::AccessibleDescriptionRole:
+        return m_controller.notes(index.row()).lines.join('\n');
+    case Qt::FontRole: {
+        QFont font;
+        font.setBold(m_controller.notes(index.row()).edited);
+        return font;
+    }
+    case Qt::ForegroundRole:
+        return m_controller.notes(index.row()).locked ? QVariant(m_controller.lockedText())
+                                                      : QVariant();
+    case DropDownCells::LockedRole:
+        return m_controller.notes(index.row()).locked;
     case DropDownCells::EntriesRole:
         return m_controller.valueCell(index.row()).entries;
     case DropDownCells::ChosenRole:

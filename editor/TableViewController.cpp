@@ -1,8 +1,9 @@
 #include "editor/TableViewController.h"
 
+#include "editor/CopyRows.h"
 #include "editor/HexText.h"
 #include "editor/ImageText.h"
-#include "editor/Tone.h"
+#include "editor/ToolTip.h"
 #include "firmware/FwImage.h"
 #include "props/PropertyEdit.h"
 #include "props/PropertyFile.h"
@@ -14,11 +15,11 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QTableView>
-#include <QTextCursor>
 
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
+#include <optional>
 #include <span>
 #include <utility>
 
@@ -50,17 +51,21 @@ TableViewController::TableViewController(const PropertyViews& views, FwImage& im
                                          std::string toolDirectory, PropertyVoices voices)
     : _tableView(views.table), m_views(views), m_image(image),
       m_toolDirectory(std::move(toolDirectory)), m_voices(std::move(voices)), m_model(*this),
-      m_dropDowns(*views.table, PropertyModel::CurValue)
+      m_dropDowns(*views.table, PropertyModel::CurValue), m_history(image), m_hex(*views.hex)
 {
     QTableView& table = *_tableView;
     table.setModel(&m_model);
     m_dropDowns.openForAssistiveTechnology();
     table.setSelectionBehavior(QAbstractItemView::SelectRows);
-    table.setSelectionMode(QAbstractItemView::SingleSelection);
+    table.setSelectionMode(QAbstractItemView::ExtendedSelection);
+    copyRowsByKey(table);
     table.setColumnWidth(PropertyModel::Property, kPropertyWidth);
     table.setColumnWidth(PropertyModel::CurValue, kValueWidth);
     table.viewport()->installEventFilter(this);
-    m_views.hex->installEventFilter(this);
+    table.setMouseTracking(true);
+    connect(&table, &QTableView::entered, this,
+            [this](const QModelIndex& index) { underlineByteOf(index.row()); });
+    connect(&table, &QTableView::viewportEntered, this, [this] { m_hex.underline({}); });
     connect(table.selectionModel(), &QItemSelectionModel::selectionChanged, this,
             [this] { tableViewSelectionDidChange(); });
     init();
@@ -93,9 +98,19 @@ void TableViewController::LoadIni()
     m_voices.log("ini is: " + QFile::decodeName(path.c_str()));
     std::string problem;
     allItemList = readPropertyFile(path, problem);
-    if (!problem.empty()) {
-        m_voices.log(fromText(problem));
+    showFileProblem(path, problem);
+}
+
+void TableViewController::showFileProblem(const std::string& path, const std::string& problem)
+{
+    QComboBox& types = *m_views.icTypes;
+    if (problem.empty()) {
+        types.setToolTip(plainToolTip(types.currentText()));
+        return;
     }
+    m_voices.log(fromText(problem));
+    const std::string reason = problem.substr(std::min(path.size() + 1, problem.size()));
+    types.setToolTip(plainToolTip(QFile::decodeName(path.c_str()) + '\n' + fromText(reason)));
 }
 
 void TableViewController::RefreshCurValues() { refreshFirst(allItemList.size()); }
@@ -116,37 +131,7 @@ void TableViewController::ShowBinary(std::uint32_t begin, std::uint32_t end)
     if (!m_image.loaded) {
         return;
     }
-    const HexText hex = hexText(m_image, begin, end);
-    QPlainTextEdit& view = *m_views.hex;
-    view.setPlainText(hex.text);
-    QTextEdit::ExtraSelection red;
-    red.cursor = QTextCursor(view.document());
-    if (hex.redLength > 0) { // otherwise it stays at the top
-        red.cursor.setPosition(static_cast<int>(hex.redStart));
-        red.cursor.setPosition(static_cast<int>(hex.redStart + hex.redLength),
-                               QTextCursor::KeepAnchor);
-    }
-    view.setExtraSelections({red});
-    recolourHex();
-
-    // First the end, then the start, so that both are visible if there is room.
-    for (const int position : {red.cursor.selectionEnd(), red.cursor.selectionStart()}) {
-        QTextCursor cursor(view.document());
-        cursor.setPosition(position);
-        view.setTextCursor(cursor);
-        view.ensureCursorVisible();
-    }
-}
-
-/// Uses a red that is readable on the view's background; the rest keeps the view's text colour.
-void TableViewController::recolourHex()
-{
-    QList<QTextEdit::ExtraSelection> ranges = m_views.hex->extraSelections();
-    for (QTextEdit::ExtraSelection& range : ranges) {
-        range.format.setForeground(
-            toneColor(Tone::Red, m_views.hex->palette().color(QPalette::Base)));
-    }
-    m_views.hex->setExtraSelections(ranges);
+    m_hex.show(hexText(m_image, begin, end));
 }
 
 void TableViewController::UpdateTxt_FwFlash()
@@ -168,6 +153,9 @@ void TableViewController::reloadTable()
 {
     const bool sameItems = m_shown == propItemList;
     m_shown = propItemList;
+    if (!sameItems) {
+        m_hex.underline({});
+    }
     m_model.reload(sameItems);
 }
 
@@ -218,29 +206,31 @@ void TableViewController::tableView_setObjectValue_forTableColumn_row(int value,
     if (!m_image.loaded || column != kValueColumn || itemAt(row) == nullptr) {
         return;
     }
-    PropItem& item = *propItemList[static_cast<std::size_t>(row)];
+    const std::shared_ptr<PropItem> item = propItemList[static_cast<std::size_t>(row)];
     const std::span<const std::uint8_t> block = FwImage_Block(m_image);
-    m_voices.log(QString::asprintf("baseOnMask=%d;baseOnAddr=%d;baseOnValue=%d", item.baseOnMask,
-                                   static_cast<int>(item.baseOnAddr), enablingValue(item, block)));
-    if (isLocked(item, block)) {
-        refuse(item);
+    m_voices.log(QString::asprintf("baseOnMask=%d;baseOnAddr=%d;baseOnValue=%d", item->baseOnMask,
+                                   static_cast<int>(item->baseOnAddr),
+                                   enablingValue(*item, block)));
+    if (isLocked(*item, block)) {
+        refuse(*item);
     } else {
         apply(item, value);
     }
 }
 
-void TableViewController::apply(PropItem& item, int value)
+void TableViewController::apply(const std::shared_ptr<PropItem>& item, int value)
 {
-    chooseOption(item, value, FwImage_Block(m_image));
+    const std::string before = item->curValue;
+    chooseOption(*item, value, FwImage_Block(m_image));
+    m_history.edited(item, before);
     m_voices.log(QString::asprintf("value = %d", value));
-    m_voices.log(QString::asprintf("baseOnAddr:%d\nbaseOnMask:%d\n",
-                                   static_cast<int>(item.baseOnAddr), item.baseOnMask) +
-                 "pageName:" + fromText(item.pageName) + "\nPropName:" + fromText(item.propName) +
-                 QString::asprintf("\naddr:%d\nmask:%d\n", static_cast<int>(item.addr), item.mask));
-    const std::uint32_t addr = item.addr;
+    m_voices.log(
+        QString::asprintf("baseOnAddr:%d\nbaseOnMask:%d\n", static_cast<int>(item->baseOnAddr),
+                          item->baseOnMask) +
+        "pageName:" + fromText(item->pageName) + "\nPropName:" + fromText(item->propName) +
+        QString::asprintf("\naddr:%d\nmask:%d\n", static_cast<int>(item->addr), item->mask));
     reloadTable();
-    // Past the last offset the sum would wrap to 0 and mark bytes that have not changed.
-    ShowBinary(addr, addr == std::numeric_limits<std::uint32_t>::max() ? addr : addr + 1);
+    ShowBinary(item->addr, item->addr + 1); // in 32 bits: behind the last address comes 0
 }
 
 void TableViewController::refuse(const PropItem& item)
@@ -252,7 +242,8 @@ void TableViewController::refuse(const PropItem& item)
 void TableViewController::tableViewSelectionDidChange()
 {
     const QModelIndexList rows = _tableView->selectionModel()->selectedRows();
-    const PropItem* item = rows.isEmpty() ? nullptr : itemAt(rows.front().row());
+    const auto first = std::min_element(rows.begin(), rows.end()); // in the order of the table
+    const PropItem* item = first == rows.end() ? nullptr : itemAt(first->row());
     if (item == nullptr) {
         return;
     }
@@ -273,10 +264,65 @@ void TableViewController::tableViewSelectionDidChange()
     m_views.description->setPlainText(text);
 }
 
+RowNotes TableViewController::notes(int row) const
+{
+    const PropItem* item = itemAt(row);
+    return item == nullptr ? RowNotes()
+                           : rowNotes(*item, allItemList, m_image, m_history.original());
+}
+
+QString TableViewController::toolTip(const QString& text, int row) const
+{
+    QStringList lines{text};
+    const PropItem* item = itemAt(row);
+    if (item != nullptr && item->pageName != propItemList.front()->pageName) {
+        lines.append("Page: " + fromText(item->pageName)); // found on several pages
+    }
+    return plainToolTip((lines + notes(row).lines).join('\n'));
+}
+
+QBrush TableViewController::lockedText() const
+{
+    constexpr float kShare = 0.6F; // of the text's colour; readable on light and dark ground
+    const QPalette& colors = _tableView->palette();
+    const QColor text = colors.color(QPalette::Text);
+    const QColor ground = colors.color(QPalette::Base);
+    const auto mixed = [](float a, float b) { return a * kShare + b * (1 - kShare); };
+    return QColor::fromRgbF(mixed(text.redF(), ground.redF()),
+                            mixed(text.greenF(), ground.greenF()),
+                            mixed(text.blueF(), ground.blueF()));
+}
+
+void TableViewController::showRestored(const EditHistory::Change& change)
+{
+    const std::span<const std::uint8_t> before = change.before->fromBlock();
+    const std::span<const std::uint8_t> after = change.after->fromBlock();
+    refreshDifferentValues(allItemList, before, after);
+    reloadTable();
+    std::uint32_t begin = 0;
+    std::uint32_t end = 0;
+    for (std::uint32_t at = 0; at < std::min(before.size(), after.size()); ++at) {
+        if (before[at] != after[at]) {
+            begin = end == 0 ? at : begin;
+            end = at + 1;
+        }
+    }
+    ShowBinary(begin, end);
+    UpdateTxt_FwFlash();
+}
+
+void TableViewController::underlineByteOf(int row)
+{
+    const PropItem* item = itemAt(row);
+    m_hex.underline(item == nullptr || item->addr > 0xFF
+                        ? std::nullopt
+                        : std::optional<int>(static_cast<int>(item->addr)));
+}
+
 bool TableViewController::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == m_views.hex && event->type() == QEvent::PaletteChange) {
-        recolourHex();
+    if (watched == _tableView->viewport() && event->type() == QEvent::Leave) {
+        m_hex.underline({});
     } else if (watched == _tableView->viewport() && event->type() == QEvent::Resize) {
         // A vertical scroll bar narrows the names, not the drop-downs.
         const int room = _tableView->viewport()->width() - kValueWidth;

@@ -1,9 +1,13 @@
 #pragma once
 
 #include "editor/DropDownCells.h"
+#include "editor/EditHistory.h"
+#include "editor/HexView.h"
 #include "editor/PropertyModel.h"
+#include "editor/RowNotes.h"
 #include "props/PropItem.h"
 
+#include <QBrush>
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -11,6 +15,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 
 class QComboBox;
@@ -97,10 +102,20 @@ public:
     /// changed; an alert says what unlocks it. An address outside the image is not written, and
     /// reads as 0.
     void tableView_setObjectValue_forTableColumn_row(int value, const QString& column, int row);
-    /// Shows the description of the selected row.
+    /// Shows the description of the selected row, or of the first of them.
     void tableViewSelectionDidChange();
 
     ValueCell valueCell(int row) const;
+    /// The tool tip of a cell, whose lines are its text and the notes on its row.
+    QString toolTip(const QString& text, int row) const;
+    RowNotes notes(int row) const;
+    QBrush lockedText() const; ///< for the text of a locked row
+
+    /// Shows an image after an undo or a redo: the values and the bytes that have changed.
+    void showRestored(const EditHistory::Change& change);
+
+    EditHistory& history() { return m_history; }
+    HexView& hexView() { return m_hex; }
 
     QTableView* _tableView;
     PropItemList propItemList; ///< the table's rows: the items of the selected page
@@ -112,9 +127,10 @@ protected:
 private:
     const PropItem* itemAt(int row) const;
     void refreshFirst(std::size_t count);
-    void apply(PropItem& item, int value);
+    void apply(const std::shared_ptr<PropItem>& item, int value);
     void refuse(const PropItem& item);
-    void recolourHex();
+    void showFileProblem(const std::string& path, const std::string& problem);
+    void underlineByteOf(int row);
 
     PropertyViews m_views;
     FwImage& m_image;
@@ -122,6 +138,8 @@ private:
     PropertyVoices m_voices;
     PropertyModel m_model;
     DropDownCells m_dropDowns;
+    EditHistory m_history;
+    HexView m_hex;
     PropItemList m_shown; ///< what the last reload found
 };
 

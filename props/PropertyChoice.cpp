@@ -50,10 +50,15 @@ std::vector<std::size_t> optionsNamed(const PropItem& item, std::string_view tex
     return positions;
 }
 
+bool isOnAPage(const PropItem& item)
+{
+    return std::find(kPropertyPages.begin(), kPropertyPages.end(), item.pageName) !=
+           kPropertyPages.end();
+}
+
 PropertyFlaw flawOf(const PropItem& item)
 {
-    if (std::find(kPropertyPages.begin(), kPropertyPages.end(), item.pageName) ==
-        kPropertyPages.end()) {
+    if (!isOnAPage(item)) {
         return PropertyFlaw::NotOnAPage;
     }
     if (item.dataList.empty()) {

@@ -27,6 +27,9 @@ PropItemList propertiesNamed(const PropItemList& items, std::string_view name);
 /// joins them.
 std::vector<std::size_t> optionsNamed(const PropItem& item, std::string_view text);
 
+/// Whether the editor lists a property on one of its pages.
+bool isOnAPage(const PropItem& item);
+
 /// Why the editor lets nobody set a property.
 enum class PropertyFlaw {
     None,

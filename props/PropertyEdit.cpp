@@ -14,12 +14,41 @@ std::string optionText(const PropItem& item, std::size_t at)
     return item.dataList[at] + " : " + item.propList[at];
 }
 
+namespace
+{
+
+/// The text of the option with this value, or else another text.
+std::string optionTextOr(const PropItem& item, const std::string& value, const std::string& other)
+{
+    const auto option = std::find(item.dataList.begin(), item.dataList.end(), value);
+    return option == item.dataList.end()
+               ? other
+               : optionText(item, static_cast<std::size_t>(option - item.dataList.begin()));
+}
+
+} // namespace
+
 std::string valueText(const PropItem& item)
 {
-    const auto option = std::find(item.dataList.begin(), item.dataList.end(), item.curValue);
-    return option == item.dataList.end()
-               ? kEmptyValue
-               : optionText(item, static_cast<std::size_t>(option - item.dataList.begin()));
+    return optionTextOr(item, item.curValue, kEmptyValue);
+}
+
+std::string textOfValue(const PropItem& item, std::uint8_t value)
+{
+    const std::string number = std::to_string(value);
+    return optionTextOr(item, number, number);
+}
+
+std::uint8_t storedValue(const PropItem& item, std::span<const std::uint8_t> block)
+{
+    return item.addr < block.size() ? GF_GetMaskValue(&block[item.addr], item.mask)
+                                    : std::uint8_t{0};
+}
+
+bool differs(const PropItem& item, std::span<const std::uint8_t> before,
+             std::span<const std::uint8_t> after)
+{
+    return item.key != 0 && storedValue(item, before) != storedValue(item, after);
 }
 
 void refreshValues(std::span<const std::shared_ptr<PropItem>> items,
@@ -28,6 +57,18 @@ void refreshValues(std::span<const std::shared_ptr<PropItem>> items,
     for (const std::shared_ptr<PropItem>& item : items) {
         if (item->key != 0) {
             item->curValue = std::to_string(GF_GetMaskValue(&block[item->addr & 0xFF], item->mask));
+        }
+    }
+}
+
+void refreshDifferentValues(std::span<const std::shared_ptr<PropItem>> items,
+                            std::span<const std::uint8_t> before,
+                            std::span<const std::uint8_t> after)
+{
+    for (const std::shared_ptr<PropItem>& item : items) {
+        const std::size_t at = item->addr & 0xFF;
+        if (((before[at] ^ after[at]) & item->mask) != 0) {
+            refreshValues({&item, 1}, after);
         }
     }
 }

@@ -28,6 +28,22 @@ std::string valueText(const PropItem& item);
 void refreshValues(std::span<const std::shared_ptr<PropItem>> items,
                    std::span<const std::uint8_t> block);
 
+/// The same for those items alone whose value differs in two blocks. The others may show something
+/// else than the image holds.
+void refreshDifferentValues(std::span<const std::shared_ptr<PropItem>> items,
+                            std::span<const std::uint8_t> before,
+                            std::span<const std::uint8_t> after);
+
+/// The value that a property has in a block, at its whole address; 0 if that is not in the block.
+std::uint8_t storedValue(const PropItem& item, std::span<const std::uint8_t> block);
+
+/// Whether a property with a non-zero key has different values in two blocks.
+bool differs(const PropItem& item, std::span<const std::uint8_t> before,
+             std::span<const std::uint8_t> after);
+
+/// A value as it is shown: the text of its option, or else the number.
+std::string textOfValue(const PropItem& item, std::uint8_t value);
+
 /// The value of the field that enables a property; 0 if that field is not in the block.
 std::uint8_t enablingValue(const PropItem& item, std::span<const std::uint8_t> block);
 

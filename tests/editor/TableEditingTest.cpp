@@ -145,7 +145,7 @@ TEST_F(TableEditing, StaysInsideTheImage)
     load();
     const std::uint32_t room = kLength - kBlock;
     const ByteList before = allBytes();
-    for (const std::uint32_t addr : {room, room + 1, 0x7FFFFFFFU, 0xFFFFFF00U, 0xFFFFFFFFU}) {
+    for (const std::uint32_t addr : {room, room + 1, 0x7FFFFFFFU, 0xFFFFFF00U}) {
         add(1, addr, 0xFF);
         choose(static_cast<int>(it().propItemList.size()) - 1, 1);
         EXPECT_EQ(allBytes(), before) << addr;
@@ -161,6 +161,16 @@ TEST_F(TableEditing, StaysInsideTheImage)
     choose(static_cast<int>(it().propItemList.size()) - 1, 1);
     EXPECT_EQ(byte(20), 0) << "nothing there to unlock it";
     EXPECT_EQ(m_alerts.size(), 1);
+}
+
+TEST_F(TableEditing, CountsTheEndOfTheRedRangeIn32Bits)
+{
+    load();
+    add(1, 0xFFFFFFFF, 0xFF);
+    choose(0, 1);
+    EXPECT_EQ(m_log.last(), "offsetBegin :-1   ;   noffsetEnd :0\n");
+    EXPECT_TRUE(redText().startsWith("55 AA 12 ")) << "from byte 0 on";
+    EXPECT_EQ(redText().size(), 16 * 57 - 6);
 }
 
 TEST_F(TableEditing, IgnoresEditsWithoutAnImage)

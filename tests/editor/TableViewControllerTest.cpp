@@ -253,6 +253,11 @@ TEST_F(TableController, LoadsTheSelectedDefinitionFile)
     it().LoadIni();
     EXPECT_TRUE(it().allItemList.empty());
     EXPECT_EQ(m_log.size(), 2) << "and one line that says why";
+    EXPECT_EQ(m_icTypes.toolTip(),
+              QString("%1\nwas not read: iniparser: syntax error in %1 (1)").arg(path.c_str()));
+    std::ofstream(path, std::ios::trunc) << "[x]\n";
+    it().LoadIni();
+    EXPECT_EQ(m_icTypes.toolTip(), "A.INI");
 }
 
 TEST(MyTableView, HasThreeRowsAndChangesNothing)
