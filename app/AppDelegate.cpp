@@ -125,6 +125,7 @@ void AppDelegate::wirePropertyEditor()
         PropertyVoices{ConsoleLog, GeneralFunction::AlertString});
     m_selection.fill();
     m_identity.connectFields();
+    m_edits.connectHistory();
 }
 
 void AppDelegate::takeBootArgumentsSnapshot()

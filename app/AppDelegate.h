@@ -2,6 +2,7 @@
 
 #include "app/DetectionPace.h"
 #include "app/EasyUpdatePage.h"
+#include "app/FlashEdits.h"
 #include "app/FlashPage.h"
 #include "app/FlowNotice.h"
 #include "app/FlowTaskbar.h"
@@ -120,6 +121,7 @@ public:
     void ICTypeCombBox_SelectedChanged() { m_selection.typeChanged(); }
     void PageNameCombBox_SelectedChanged() { m_selection.pageChanged(); }
     void selectFirstPage() { m_selection.selectFirstPage(); }
+    void showProperty(const PropItem& item) { m_selection.show(item); }
 
     std::unique_ptr<TableViewController> tbViewController;
     RecentFiles recentFiles;
@@ -157,6 +159,7 @@ private:
     FlowNotice m_notice{*this};
     FlowTaskbar m_taskbar{m_platform.taskbar};
     PropertySelection m_selection{*this, m_flashPage.image()};
+    FlashEdits m_edits{*this};
 
     std::atomic<bool> m_shuttingDown = false;
     MainThread m_mainThread;

@@ -61,6 +61,7 @@ void FlashPage::runRead()
     WindowReporter reporter(m_tool, [this, &flash] {
         // Parsed on the main thread, too: the identity fields and the table use the image there.
         FwImage_Parse(m_image, flash.data(), static_cast<std::int32_t>(flash.size()));
+        m_tool.tbViewController->history().replaced();
         m_tool.readFinished_FwFlash();
     });
     readFlash(flash, reporter);
@@ -92,6 +93,9 @@ void FlashPage::open(const std::string& path)
 {
     const bool loaded = FwImage_LoadFile(m_image, path);
     m_tool.recentFiles.add(RecentFiles::Panel::Load, path, loaded);
+    if (loaded || !m_image.loaded) {
+        m_tool.tbViewController->history().replaced();
+    }
     if (m_image.loaded) { // an unreadable file leaves the previous image loaded
         m_tool.tbViewController->LoadIni();
         m_tool.tbViewController->RefreshCurValues_8Bit();
@@ -135,6 +139,7 @@ void FlashPage::save()
     }
     FwImage_SetIds(m_image, texts);
     FwImage_SetStrings(m_image, texts.manufacturer, texts.product, texts.serial);
+    m_tool.tbViewController->history().edited();
     GF_PrintHex(m_image.strings, static_cast<std::int32_t>(m_image.stringsLength));
     openSavePanel();
 }
@@ -151,7 +156,9 @@ void FlashPage::openSavePanel()
             file, {m_image.data.get(), static_cast<std::size_t>(m_image.size)}, problem);
         m_tool.recentFiles.add(RecentFiles::Panel::Save, file, saved);
         ConsoleLog(path);
-        if (!problem.empty()) {
+        if (saved) {
+            m_tool.tbViewController->history().saved();
+        } else {
             ConsoleLog(QString::fromStdString(problem)); // shown nowhere else
         }
     });

@@ -9,6 +9,7 @@
 #include <QLineEdit>
 
 #include <algorithm>
+#include <iterator>
 #include <string>
 
 namespace vornadel
@@ -80,6 +81,14 @@ void IdentityFields::textChanged(QLineEdit* field)
     }
 }
 
+void IdentityFields::tellHistory(const QLineEdit* field)
+{
+    const auto* const row = std::find_if(std::begin(kRows), std::end(kRows), [&](const Row& each) {
+        return m_tool.*each.field == field;
+    });
+    m_tool.tbViewController->history().edited(static_cast<int>(row - kRows));
+}
+
 void IdentityFields::idChanged(QLineEdit* field)
 {
     if (!m_image.loaded) {
@@ -112,6 +121,7 @@ void IdentityFields::idChanged(QLineEdit* field)
                         idText(*m_tool.txtHSPID_FwFlash))) {
         ConsoleLog("Not Same");
     }
+    tellHistory(field);
     m_tool.tbViewController->ShowBinary(kIdsBegin, kIdsEnd);
     m_tool.tbViewController->reloadTable();
 }
@@ -144,6 +154,7 @@ void IdentityFields::stringChanged(QLineEdit* field)
             ConsoleLog(word.text);
         }
     }
+    tellHistory(field);
     m_tool.tbViewController->ShowBinary(kTextsBegin, kTextsEnd);
     m_tool.tbViewController->reloadTable();
 }

@@ -24,6 +24,8 @@ public:
     void stringChanged(QLineEdit* field); ///< a string or the Container ID
 
 private:
+    void tellHistory(const QLineEdit* field);
+
     AppDelegate& m_tool;
     FwImage& m_image;
 };

@@ -137,6 +137,13 @@ void buildButtons(AppDelegate& delegate)
     }
 }
 
+void buildUnsavedMark(WindowControls& controls)
+{
+    auto* mark = new QLabel(QString(QChar(0x25CF)), controls.boxFwFlash); // a black circle
+    nameAndPlace(mark, "lblUnsaved_FwFlash", "", {325, 37.5, 20, 20});
+    controls.lblUnsaved_FwFlash = mark;
+}
+
 void buildTexts(WindowControls& controls)
 {
     for (const TextRow& row : kTexts) {
@@ -213,6 +220,7 @@ void AppDelegate::MyLayoutUI()
     buildBoxes(*this, content);
     buildFields(*this);
     buildButtons(*this);
+    buildUnsavedMark(*this);
     buildTexts(*this);
     buildPropertyEditor(*this);
     wirePropertyEditor();

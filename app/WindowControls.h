@@ -1,6 +1,7 @@
 #pragma once
 
 class QComboBox;
+class QLabel;
 class QLineEdit;
 class QPushButton;
 class QTableView;
@@ -57,7 +58,9 @@ struct WindowControls {
     QPushButton* btnLoad_FwFlash = nullptr;
     QPushButton* btnErase_FwFlash = nullptr;
     QPushButton* btnSave_FwFlash = nullptr;
+    QLabel* lblUnsaved_FwFlash = nullptr;
 
+    QLineEdit* txtFind_Detail = nullptr;
     QComboBox* cbPages = nullptr;
     QComboBox* cbICType = nullptr;
     QTableView* tbProperties_Detail = nullptr;

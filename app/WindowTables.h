@@ -116,6 +116,7 @@ constexpr FieldRow kFields[] = {
     {&W::boxFwFlash, MEMBER(txtPro_FwFlash), "Product", true, {103, 150, 200, 20}},
     {&W::boxFwFlash, MEMBER(txtSN_FwFlash), "Serial Number", true, {103, 125, 200, 20}},
     {&W::boxFwFlash, MEMBER(txtContainerID_FwFlash), "Container ID", true, {0, 80, 303, 20}},
+    {&W::boxDetail, MEMBER(txtFind_Detail), "Find a property", true, {0, 588, 220, 25}},
 };
 
 template <void (AppDelegate::*action)()>
@@ -279,6 +280,7 @@ constexpr const char* kTabOrder[] = {
     "btnSave_FwFlash",
     "btnSelect_EasyUpdate",
     "btnUpdate_EasyUpdate",
+    "txtFind_Detail",
     "cbICType",
     "cbPages",
     "tbProperties_Detail",
