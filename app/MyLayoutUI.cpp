@@ -104,16 +104,17 @@ void addShortcut(const QKeySequence& keys, QWidget* widget, const std::function<
 QString shortcutList(const WindowControls& controls)
 {
     QStringList lines;
-    const auto add = [&lines](const char* keys, const char* what) {
+    const auto add = [&](Box box, const char* keys, const char* what) {
+        if (*keys == '\0' || (controls.*box)->isHidden()) {
+            return;
+        }
         lines += QKeySequence(keys).toString(QKeySequence::NativeText) + ": " + what;
     };
     for (const ButtonRow& row : kButtons) {
-        if (*row.shortcut != '\0' && !(controls.*row.box)->isHidden()) {
-            add(row.shortcut, row.label);
-        }
+        add(row.box, row.shortcut, row.label);
     }
     for (const ShortcutRow& row : kMoreShortcuts) {
-        add(row.keys, row.what);
+        add(row.box, row.keys, row.what);
     }
     return lines.join('\n');
 }

@@ -218,12 +218,17 @@ constexpr ButtonRow kButtons[] = {
 
 /// Shortcuts that press no button. The tool tip of the help box lists them.
 struct ShortcutRow {
+    Box box; ///< where they work
     const char* keys;
     const char* what;
 };
 
 constexpr ShortcutRow kMoreShortcuts[] = {
-    {"F1", "the manual"},
+    {&W::boxFwFlash, "Ctrl+Z", "undo an edit"},
+    {&W::boxFwFlash, "Ctrl+Shift+Z", "repeat it"},
+    {&W::boxDetail, "Ctrl+F", "find a property"},
+    {&W::boxDetail, "Ctrl+C", "copy the selected rows"},
+    {&W::boxHelp, "F1", "the manual"},
 };
 
 struct TextRow {

@@ -63,10 +63,16 @@ TEST_F(Shortcut, DoesNothingWhileTheButtonIsOffOrHidden)
     pressAll();
 }
 
-TEST_F(Shortcut, IsListedInATip)
+TEST_F(Shortcut, IsListedInATipWhereItWorks)
 {
-    EXPECT_EQ(tool().boxHelp->toolTip(), "Ctrl+R: Read From Flash\nCtrl+O: Load From *.bin\n"
-                                         "Ctrl+S: Save to *.bin\nF1: the manual");
+    EXPECT_EQ(tool().boxHelp->toolTip(),
+              "Ctrl+R: Read From Flash\nCtrl+O: Load From *.bin\nCtrl+S: Save to *.bin\n"
+              "Ctrl+Z: undo an edit\nCtrl+Shift+Z: repeat it\nCtrl+F: find a property\n"
+              "Ctrl+C: copy the selected rows\nF1: the manual");
+    end();
+    config = configText("ScalarMode = 1\n");
+    SetUp();
+    EXPECT_EQ(tool().boxHelp->toolTip(), "F1: the manual");
 }
 
 TEST_F(Shortcut, ShowsTheManual)

@@ -9,7 +9,9 @@ from story import Story
 
 EASY = "Easy Updae Firmware Form *.bin file"
 FLASH = "FirmWare From Flash & Detail Config ->"
-SHORTCUTS = "Ctrl+R: Read From Flash\nCtrl+O: Load From *.bin\nCtrl+S: Save to *.bin\nF1: the manual"
+SHORTCUTS = ("Ctrl+R: Read From Flash\nCtrl+O: Load From *.bin\nCtrl+S: Save to *.bin\n"
+             "Ctrl+Z: undo an edit\nCtrl+Shift+Z: repeat it\nCtrl+F: find a property\n"
+             "Ctrl+C: copy the selected rows\nF1: the manual")
 FAILED = "Wrong firmware file\nUpdate FW Fail"  # the update at start has no image
 PASSWORD = "Asks for an administrator's password and "
 RECENT = "; hold, or press Down, for the ones used last"
