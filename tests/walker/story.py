@@ -68,9 +68,12 @@ class Story:
         wait_for(lambda: "enabled" in button.states, "the buttons")
 
     def until_told(self, last):
-        """Waits for the last line of a flow, and for the buttons."""
+        """Waits for the last line of a flow, for its announcement, and for the buttons."""
         told = self.field("Update FW Info", "Update Firmware")
         wait_for(lambda: told.text.endswith(last + "\n"), repr(last))
+        notice = self.program.find("notification", last)
+        wait_for(lambda: ("StateChanged", "showing", notice.path, 1) in self.program.bus.events(),
+                 "the announcement of " + repr(last))
         self.until_idle()
 
     def until_text(self, field, text):
