@@ -60,8 +60,9 @@ void ScreenFit::follow()
         return;
     }
     m_room = room;
+    const QSize before = m_window.size();
     fitInto(room);
-    if (m_window.isVisible()) {
+    if (m_window.isVisible() && m_window.size() != before) {
         // It may have grown beyond an edge of the screen.
         const QPoint last = screen.bottomRight() - QPoint(m_window.width() + frame.width() - 1,
                                                           m_window.height() + frame.height() - 1);
