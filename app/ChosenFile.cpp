@@ -43,9 +43,9 @@ bool ChosenFile::load(FwImage& image, const std::string& path, QLineEdit& field)
     }
     const QString writes = QString("\"%1\" writes ").arg(m_button);
     showFile(field, path,
-             image.loaded ? "This file cannot be read. " + writes +
+             image.loaded ? "This file could not be read. " + writes +
                                 "the image chosen before: " + shownName(m_source)
-                          : "This file holds no firmware. " + writes + "nothing.");
+                          : "No firmware was found in this file. " + writes + "nothing.");
     return false;
 }
 

@@ -126,7 +126,7 @@ TEST_F(EasyUpdate, RefusesAFileWithoutADescriptorBlock)
     choose(good);
     chooseRefused(bad);
     EXPECT_EQ(shown(), demoIdentity(bad, "0101")) << "the path changes, the fields stay";
-    expectWarning("This file holds no firmware. \"Update\" writes nothing.");
+    expectWarning("No firmware was found in this file. \"Update\" writes nothing.");
     update();
     EXPECT_EQ(progressText(), header(bad, 1000) + "Wrong firmware file\nUpdate FW Fail\n");
 }
@@ -140,7 +140,8 @@ TEST_F(EasyUpdate, KeepsTheImageBeforeAFileThatCannotBeRead)
     tool().txtVID_EasyUpdate->clear();
     choose(empty);
     EXPECT_EQ(shown(), demoIdentity(empty, "0101")) << "shown again, beside the new path";
-    expectWarning("This file cannot be read. \"Update\" writes the image chosen before: " + good);
+    expectWarning("This file could not be read. \"Update\" writes the image chosen before: " +
+                  good);
     update();
     expectSuccess(empty, image);
     choose(good);
