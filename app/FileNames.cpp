@@ -38,14 +38,14 @@ bool isRawByte(const QString& text, qsizetype at)
 
 std::string utf8Path(const QString& text) { return QFile::encodeName(text).toStdString(); }
 
-bool isThere(const std::string& path)
+bool isThere(const std::filesystem::path& path)
 {
     std::error_code ignored;
     return std::filesystem::exists(path, ignored);
 }
 
 /// The names in a folder that Qt would decode to `name`.
-std::vector<std::string> namesDecodedTo(const QString& name, const std::string& folder)
+std::vector<std::string> namesDecodedTo(const QString& name, const std::filesystem::path& folder)
 {
     std::vector<std::string> found;
     std::error_code ended;
@@ -113,19 +113,19 @@ std::string chosenPath(const QString& path)
     if (isThere(utf8Path(path)) || !path.contains(QChar::ReplacementCharacter)) {
         return utf8Path(path);
     }
-    std::string found;
+    std::filesystem::path found = "/";
     for (const QString& part : path.split('/', Qt::SkipEmptyParts)) {
         std::string name = utf8Path(part);
-        if (!isThere(found + '/' + name)) {
-            const std::vector<std::string> names = namesDecodedTo(part, found + '/');
+        if (!isThere(found / name)) {
+            const std::vector<std::string> names = namesDecodedTo(part, found);
             if (names.size() != 1) {
                 return utf8Path(path);
             }
             name = names.front();
         }
-        found += '/' + name;
+        found /= name;
     }
-    return found;
+    return found.string();
 }
 
 } // namespace vornadel

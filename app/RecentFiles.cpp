@@ -16,7 +16,7 @@ namespace
 {
 
 /// A longer settings file is not ours.
-constexpr qint64 kLongestSettings = 64 * 1024;
+constexpr qint64 kLongestSettings = 65536;
 /// A lock is held for milliseconds.
 constexpr qint64 kOldLockSeconds = 10;
 
