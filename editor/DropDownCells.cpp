@@ -204,19 +204,22 @@ void DropDownCells::open(const QModelIndex& index, OpenedBy by)
         list->showPopup();
     }
     list->watchClosing([this, list, by, at = QPersistentModelIndex(index)](int chosen) {
-        if (by == OpenedBy::AssistiveTechnology) {
-            m_table.clearSelection(); // so that the row can be selected again
-        }
-        finish(*list, chosen, at);
+        finish(*list, chosen, at, by);
     });
 }
 
-void DropDownCells::finish(QComboBox& list, int chosen, const QPersistentModelIndex& index)
+void DropDownCells::finish(QComboBox& list, int chosen, const QPersistentModelIndex& index,
+                           OpenedBy by)
 {
     if (m_table.indexWidget(index) != &list) {
         return; // the rows have changed meanwhile, and the table has removed the list
     }
     emit closeEditor(&list);
+    if (by == OpenedBy::AssistiveTechnology) {
+        // So that it can select any row next. The table has made a row current with its focus.
+        m_table.clearSelection();
+        m_table.selectionModel()->clearCurrentIndex();
+    }
     if (chosen != kNothingChosen) {
         m_table.model()->setData(index, chosen, Qt::EditRole);
     }

@@ -46,7 +46,7 @@ private:
     enum class OpenedBy { Mouse, Key, AssistiveTechnology };
 
     void open(const QModelIndex& index, OpenedBy by);
-    void finish(QComboBox& list, int chosen, const QPersistentModelIndex& index);
+    void finish(QComboBox& list, int chosen, const QPersistentModelIndex& index, OpenedBy by);
 
     QTableView& m_table;
     int m_column;

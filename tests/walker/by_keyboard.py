@@ -39,9 +39,7 @@ class Keyboard:
 
     def answer_file_dialog(self, path):
         dialog = self._program.dialog()
-        field = wait_for(lambda: next((each for each, _ in dialog.tree()
-                                       if each.role == "text" and "focused" in each.states), None),
-                         "the field for the file name")
+        field = self._program.file_name(dialog)
         self.press("ctrl+a")
         self._program.type(path)
         self._program.until_ready(dialog, field, path)

@@ -73,6 +73,13 @@ class Program:
         return wait_for(top, "a dialog")
 
     @staticmethod
+    def file_name(dialog):
+        """The field of the file dialog that has the focus from the start."""
+        return wait_for(lambda: next((each for each, _ in dialog.tree()
+                                      if each.role == "text" and "focused" in each.states), None),
+                        "the field for the file name")
+
+    @staticmethod
     def until_ready(dialog, field, path):
         """Waits until the file dialog takes the path. It looks for the file in the background."""
         wait_for(lambda: field.text == path, "the path in the field")

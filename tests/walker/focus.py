@@ -37,8 +37,7 @@ with Story(*sys.argv[1:]) as story:
         file.write("no image")
     window.key("Return")
     panel = window.dialog()
-    name = wait_for(lambda: next((each for each, _ in panel.tree() if each.role == "text"
-                                  and "focused" in each.states), None), "the field for the file name")
+    name = window.file_name(panel)
     window.key("ctrl+a")
     window.type(file.name)
     window.until_ready(panel, name, file.name)
