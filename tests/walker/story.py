@@ -25,7 +25,7 @@ def content(path):
 class Story:
     """The window with a simulated hub that runs its ROM code first, which saves a restart."""
 
-    def __init__(self, vornadel, image, scalar=False):
+    def __init__(self, vornadel, image, scalar=False, hub="latency=none,mode=rom"):
         self.image = content(image)
         self._folder = tempfile.TemporaryDirectory()
         self.folder = self._folder.name
@@ -37,7 +37,7 @@ class Story:
             file.write(self.image)
         if scalar:
             vornadel = self._in_scalar_mode(vornadel)
-        self.program = Program([vornadel, f"--simulated-hub=latency=none,mode=rom,image={self.flash}"],
+        self.program = Program([vornadel, f"--simulated-hub={hub},image={self.flash}"],
                                self.folder, HOME=self.folder, XDG_STATE_HOME=self.folder,
                                XDG_CONFIG_HOME=self.folder)
 
