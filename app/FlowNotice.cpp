@@ -65,8 +65,9 @@ void FlowNotice::ended()
     m_spoken->hide(); // or it would not appear anew
     m_spoken->setAccessibleName(m_text.trimmed());
     m_spoken->show();
-    QApplication::alert(m_controls.boxUpdate->window());
 }
+
+void FlowNotice::askForAttention() { QApplication::alert(m_controls.boxUpdate->window()); }
 
 void FlowNotice::showTip()
 {

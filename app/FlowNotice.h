@@ -13,7 +13,7 @@ struct WindowControls;
 
 /// Tells how a flow stands and how it ended to those who do not see the end of the progress text:
 /// the step that runs, or the result with its reason, is the tool tip of the text and of the
-/// slider. At the end a screen reader speaks it, and the window asks for attention. Main thread.
+/// slider, and at the end a screen reader speaks it. Main thread.
 class FlowNotice
 {
 public:
@@ -22,6 +22,8 @@ public:
     void clear();                              ///< with the progress text
     void said(const QString& text, Tone tone); ///< appended to it
     void ended();                              ///< the flow has ended
+    /// Makes the window's place in the taskbar conspicuous while another window is active.
+    void askForAttention();
 
 private:
     void showTip();

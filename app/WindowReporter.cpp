@@ -14,7 +14,7 @@ WindowReporter::WindowReporter(AppDelegate& delegate, std::function<void()> onSu
 
 void WindowReporter::stepStarted(Step step)
 {
-    if (m_taskbar == nullptr) { // not before: a flow without an image ends at once
+    if (!std::exchange(m_hasBegun, true)) {
         m_taskbar = m_delegate.taskbar().begin();
     }
     FlowTextReporter::stepStarted(step);
@@ -34,6 +34,9 @@ void WindowReporter::closed()
     m_delegate.mainThread().postAndWait([this] {
         m_delegate.SetButtonStatus(true);
         m_delegate.notice().ended();
+        if (m_hasBegun) { // the update at start often has nothing to do
+            m_delegate.notice().askForAttention();
+        }
     });
     FlowTextReporter::closed();
 }

@@ -31,7 +31,8 @@ private:
 
     AppDelegate& m_delegate;
     std::function<void()> m_onSuccess;
-    std::unique_ptr<TaskbarProgress> m_taskbar; // from the first step on
+    bool m_hasBegun = false; // the first step; a flow without an image ends before
+    std::unique_ptr<TaskbarProgress> m_taskbar;
 };
 
 } // namespace vornadel
