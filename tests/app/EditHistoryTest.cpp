@@ -127,7 +127,7 @@ TEST_F(FlashHistory, ShowsThePropertyThatItChanges)
     choose(1, 1);
     select(tool().cbPages, 2);
     choose(0, 1); // Rate
-    select(tool().cbPages, 1);
+    tool().readFinished_FwFlash(); // reads the property file again
     undo();
     EXPECT_EQ(names(), QStringList{"Rate"});
     EXPECT_EQ(value(0), "0 : Slow");
