@@ -309,6 +309,10 @@ int main(int argc, char** argv)
                                    writeScript(script, tool, path);
                                    script.start();
                                });
+    if (!QFile::exists(DESKTOP_FILES + QGuiApplication::desktopFileName() + ".desktop")) {
+        std::fprintf(stderr, "flash_story: the program has no desktop file\n");
+        return 1;
+    }
     QFile file(path);
     if (status != 0 || !script.finished() || !file.open(QIODevice::ReadOnly)) {
         std::fprintf(stderr, "flash_story: the story was not played to its end\n");
