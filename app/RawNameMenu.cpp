@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <system_error>
 #include <vector>
 
@@ -18,14 +19,14 @@ namespace
 enum class Names { Raw, All };
 
 /// A longer menu is of no use.
-constexpr std::size_t kMostRawNames = 200;
+constexpr qsizetype kMostRawNames = 200;
 
 std::vector<std::filesystem::path> entriesOf(const std::string& folder, Names names)
 {
     std::vector<std::filesystem::path> entries;
     std::error_code ended;
     for (std::filesystem::directory_iterator at(folder, ended), end;
-         !ended && at != end && entries.size() < kMostRawNames; at.increment(ended)) {
+         !ended && at != end && std::ssize(entries) < kMostRawNames; at.increment(ended)) {
         if (names == Names::All || !isUtf8(at->path().filename().string())) {
             entries.push_back(at->path());
         }
@@ -50,6 +51,9 @@ void fill(QMenu& menu, const std::string& folder, Names names,
             QObject::connect(menu.addAction(label), &QAction::triggered, &menu,
                              [path, chosen] { chosen(path); });
         }
+    }
+    if (menu.actions().size() == kMostRawNames) {
+        menu.addAction("There may be more")->setEnabled(false);
     }
 }
 

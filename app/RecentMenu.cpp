@@ -107,6 +107,7 @@ void RecentMenu::popUp()
     if (menu->isEmpty()) {
         menu->addAction("No images yet")->setEnabled(false);
     }
+    menu->setActiveAction(menu->actions().front()); // for the keys
     menu->popup(m_button.mapToGlobal(QPoint(0, m_button.height())));
 }
 

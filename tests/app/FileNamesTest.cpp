@@ -51,7 +51,9 @@ TEST_F(OddFolder, HasItsDefinitionFilesRead)
     const std::string bundle = "Ger\xE4t/Vornadel.app";
     place = {directory() + '/' + bundle, true, directory() + '/' + bundle + "/Contents/Resources"};
     writeDefinitions("Ger\xE4t/\xFC\xE4/d\xE9mo.INI", kDefinitions);
+    config = configText("FwBin = f\xFC.bin\n");
     launchAndSettle();
+    EXPECT_EQ(tool().nstextfd_Scalar->text(), "f\\xFC.bin");
     EXPECT_EQ(tool().cbICType->currentText(), "\\xFC\\xE4/d\\xE9mo.INI");
     read();
     EXPECT_EQ(rows(), 4);

@@ -1,3 +1,4 @@
+#include "app/RawNameMenu.h"
 #include "app/RecentFiles.h"
 #include "tests/app/FlashPageUnderTest.h"
 
@@ -124,27 +125,27 @@ TEST_F(ImageInputs, ShowWhereADropIsTaken)
 TEST_F(ImageInputs, OfferTheImagesUsedLast)
 {
     QPushButton* const button = tool().btnSelect_EasyUpdate;
-    const std::string first = image("1 & only.bin");
     QTest::keyClick(button, Qt::Key_Down);
     ASSERT_NE(openMenu(), nullptr);
     EXPECT_EQ(entries(*openMenu()), QStringList{"off: No images yet"});
     QTest::keyClick(openMenu(), Qt::Key_Escape);
 
+    const std::string first = image("first.bin");
+    const std::string second = image("2 & last.bin");
     loadFile(first);
-    const std::string second = image("second.bin");
     loadFile(second);
-    std::filesystem::remove(second);
+    std::filesystem::remove(first);
     QContextMenuEvent menuKey(QContextMenuEvent::Keyboard, {}, {});
     QApplication::sendEvent(button, &menuKey);
     ASSERT_NE(openMenu(), nullptr);
     EXPECT_THAT(entries(*openMenu()).at(0).toStdString(),
-                testing::AllOf(testing::StartsWith("off: "),
-                               testing::HasSubstr("second.bin (No such file")));
+                testing::AllOf(testing::StartsWith("&1  "), testing::EndsWith("2 && last.bin")));
     EXPECT_THAT(entries(*openMenu()).at(1).toStdString(),
-                testing::AllOf(testing::StartsWith("&2  "), testing::EndsWith("1 && only.bin")));
-    QTest::keyClick(openMenu(), Qt::Key_2);
+                testing::AllOf(testing::StartsWith("off: &2  "),
+                               testing::HasSubstr("first.bin (No such file")));
+    QTest::keyClick(openMenu(), Qt::Key_Return); // the newest is chosen already
     settleEvents();
-    EXPECT_EQ(tool().txtFw_EasyUpdate->text().toStdString(), first);
+    EXPECT_EQ(tool().txtFw_EasyUpdate->text().toStdString(), second);
     EXPECT_EQ(version(), "0101");
 }
 
@@ -211,6 +212,18 @@ TEST_F(ImageInputs, ListWhatThePanelCannotShow)
         EXPECT_FALSE(panel.findChild<QPushButton*>("rawNames")->isVisible());
         QTest::keyClick(&panel, Qt::Key_Escape);
     });
+}
+
+TEST(RawNameMenu, SaysThatItIsCut)
+{
+    const TemporaryFolder folder;
+    for (int i = 0; i < 201; ++i) {
+        folder.write("\xFC" + std::to_string(i), "");
+    }
+    QMenu menu;
+    fillRawNameMenu(menu, folder.path(), {});
+    EXPECT_EQ(menu.actions().size(), 201);
+    EXPECT_FALSE(menu.actions().back()->isEnabled());
 }
 
 TEST_F(ImageInputs, SuggestANameThatIsNeverReplacedUnasked)
