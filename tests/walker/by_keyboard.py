@@ -1,5 +1,5 @@
-"""The whole story by keyboard alone: choose, update, read, edit a property and the serial number, save,
-load, erase. The tree is only looked at.
+"""The whole story by keyboard alone: choose, update, read, find a property, edit it, undo and redo that,
+edit the serial number, save, load, undo, load again, erase. The tree is only looked at.
 
     by_keyboard.py VORNADEL IMAGE
 """
@@ -59,25 +59,37 @@ with Story(*sys.argv[1:]) as story:
 
     keys.push("Read From Flash")
     story.until_told("Read Fw Success")
-    keys.go_to("table", "Properties")
-    keys.press("Down", "Down")
+    keys.press("ctrl+f")
+    story.program.type("ssc mode")
+    story.until_cell(0, 1, "3 : Automatic")
+    keys.press("Down")
     keys.until_at("SSC Mode")
     keys.press("Return")
     keys.until_at("3 : Automatic")
     keys.press("Up", "Up")
     keys.until_at("1 : Center-spread")
     keys.press("Return")
-    story.until_cell(2, 1, "1 : Center-spread")
+    story.until_cell(0, 1, "1 : Center-spread")
+    keys.press("ctrl+z")
+    story.until_cell(0, 1, "3 : Automatic")
+    keys.press("ctrl+shift+z")
+    story.until_cell(0, 1, "1 : Center-spread")
     serial = keys.go_to("text", "Serial Number", "FirmWare")
     keys.press("ctrl+a")
     story.program.type("SN0042")
-    story.until_text(serial, "SN0042")
-    keys.push("Save to *.bin")
+    story.program.find("label", "2 unsaved edits")
+    keys.press("ctrl+s")
     keys.answer_file_dialog(story.saved)
     story.until_saved()
 
     keys.push("Load From *.bin")
     keys.answer_file_dialog(story.chosen)
+    story.until_text(serial, "SN0001")
+    keys.press("ctrl+z")
+    story.until_text(serial, "SN0042")
+    keys.press("Down", "Down")  # into the menu with the images used last
+    keys.until_at(f"1  {story.chosen}")
+    keys.press("Return")
     story.until_text(serial, "SN0001")
     keys.push("Erase Flash")
     story.until_told("Erase FW Success")

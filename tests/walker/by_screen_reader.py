@@ -30,6 +30,7 @@ with Story(*sys.argv[1:]) as story:
     reader.pick_in_cell(story.cell(0, 1), "0 : SimHub-A, 4 ports")
     serial = story.field("Serial Number", "FirmWare")
     serial.write("SN0042")
+    story.program.find("label", "2 unsaved edits")
     reader.push("Save to *.bin")
     reader.answer_file_dialog(story.saved)
     story.until_saved()

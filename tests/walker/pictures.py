@@ -83,7 +83,7 @@ with Album(hub="latency=none,mode=rom,fault=flip@write#3") as album:
     album.shoot("unreadable-file-chosen")
     album.choose(story.chosen)
     reader.push("Update")
-    story.until_told("Update FW Fail")
+    story.until_told("Fail to verify flash\nUpdate FW Fail")
     album.shoot("update-failed")
     reader.push("Update")
     told = story.field("Update FW Info", "Update Firmware")
