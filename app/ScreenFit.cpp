@@ -80,7 +80,13 @@ void ScreenFit::fitInto(const QSize& room)
                      m_window.horizontalScrollBar()->sizeHint().height() - overlap);
     const QSize full = withBars(content, room, bars);
     const QSize size = full.boundedTo(room);
-    m_window.setMinimumSize(size == content ? size : QSize(0, 0));
+    // Where everything fits, nothing scrolls, even if the window manager rounds the size down. It
+    // does at a scale like 1.5.
+    const bool wide = full.width() > room.width();
+    const bool high = full.height() > room.height();
+    m_window.setHorizontalScrollBarPolicy(wide ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);
+    m_window.setVerticalScrollBarPolicy(high ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);
+    m_window.setMinimumSize(wide ? 0 : size.width(), high ? 0 : size.height());
     m_window.setMaximumSize(full);
     m_window.resize(size);
 }
