@@ -173,8 +173,9 @@ PickList::PickList(QWidget* parent) : QComboBox(parent)
     setStyle(style);
     setMaxVisibleItems(10);
     takeAssistedChoices(*this);
-    connect(this, &QComboBox::currentTextChanged, this,
-            [this](const QString& text) { setToolTip(plainToolTip(text)); });
+    // Before whoever uses the choice, who may have another tip for it.
+    connect(this, &QComboBox::currentIndexChanged, this,
+            [this] { setToolTip(plainToolTip(currentText())); });
 }
 
 void PickList::initStyleOption(QStyleOptionComboBox* option) const

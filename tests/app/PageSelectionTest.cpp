@@ -155,6 +155,20 @@ TEST_F(PageSelection, KeepsTheRowsOfTheEarlierTypeWhileThereIsNoImage)
     EXPECT_EQ(names(), QStringList{"Other"}) << "the next read takes the new type";
 }
 
+TEST_F(PageSelection, KeepsTheReasonWhyAFileIsNotReadInTheTip)
+{
+    end();
+    writeDefinitions("bad.INI", "no [ini");
+    launchAndSettle();
+    read();
+    const int bad = tool().cbICType->findText("bad.INI");
+    select(tool().cbICType, bad);
+    EXPECT_EQ(rows(), 0);
+    EXPECT_TRUE(tool().cbICType->toolTip().contains("/bad.INI\nwas not read: "));
+    select(tool().cbICType, 1 - bad);
+    EXPECT_EQ(tool().cbICType->toolTip(), "demo.INI");
+}
+
 TEST_F(PageSelection, IsEmptyWithoutADefinitionFile)
 {
     end();
