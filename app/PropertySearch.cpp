@@ -83,9 +83,11 @@ void PropertySearch::leave()
 
 void PropertySearch::end()
 {
-    m_tool.txtFind_Detail->clear();
-    // A field that is hidden under the hands of its user would pass the next keys on to another.
-    m_tool.txtFind_Detail->setVisible(m_tool.txtFind_Detail->hasFocus());
+    QLineEdit& field = *m_tool.txtFind_Detail;
+    field.clear();
+    // A field that is hidden under the hands of its user would pass the next keys on to another. It
+    // may be in use although another window is active, so hasFocus() is not enough.
+    field.setVisible(field.window()->focusWidget() == &field);
 }
 
 } // namespace vornadel

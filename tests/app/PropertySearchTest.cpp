@@ -94,6 +94,15 @@ TEST_F(PropertyFinding, LeavesTheLineToItsUserWhenAReadEnds)
     EXPECT_EQ(QApplication::focusWidget(), line());
     QTest::keyClicks(line(), "depth");
     EXPECT_EQ(names(), QStringList{"Depth"});
+
+    QWidget other; // is active when another read ends
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+    tool().readFinished_FwFlash();
+    tool().window()->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(tool().window()));
+    EXPECT_EQ(QApplication::focusWidget(), line());
 }
 
 TEST_F(PropertyFinding, SelectsTheFirstPropertyOfAByteThatIsClicked)
