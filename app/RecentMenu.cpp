@@ -11,6 +11,7 @@
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QStyleHints>
+#include <QTimer>
 
 #include <filesystem>
 #include <system_error>
@@ -76,10 +77,13 @@ bool RecentMenu::eventFilter(QObject* watched, QEvent* event)
 void RecentMenu::timerEvent(QTimerEvent* /*event*/)
 {
     m_held.stop();
-    if (m_button.isDown()) {
-        m_button.setDown(false); // so that the release is no click
-        popUp();
-    }
+    // If the thread was busy, the release may be waiting. It is handled before this timer.
+    QTimer::singleShot(1, this, [this] {
+        if (m_button.isDown()) {
+            m_button.setDown(false); // so that the release is no click
+            popUp();
+        }
+    });
 }
 
 void RecentMenu::popUp()
