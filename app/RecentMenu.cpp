@@ -111,8 +111,8 @@ void RecentMenu::popUp()
     if (menu->isEmpty()) {
         menu->addAction("No images yet")->setEnabled(false);
     }
-    menu->setActiveAction(menu->actions().front()); // for the keys
     menu->popup(m_button.mapToGlobal(QPoint(0, m_button.height())));
+    menu->setActiveAction(menu->actions().front()); // once it is visible, for screen readers
 }
 
 } // namespace vornadel

@@ -87,7 +87,7 @@ with Story(*sys.argv[1:]) as story:
     story.until_text(serial, "SN0001")
     keys.press("ctrl+z")
     story.until_text(serial, "SN0042")
-    keys.press("Down", "Down")  # into the menu with the images used last
+    keys.press("Down")  # the menu with the images used last
     keys.until_at(f"1  {story.chosen}")
     keys.press("Return")
     story.until_text(serial, "SN0001")
