@@ -238,7 +238,9 @@ void AppDelegate::MyLayoutUI()
     }
 
     boxHelp->setToolTip(shortcutList(*this));
-    addShortcut(QKeySequence(Qt::Key_F1), content, [this] { openManual({resourcePath, apPath}); });
+    addShortcut(QKeySequence(Qt::Key_F1), content, [this] {
+        openManual({m_place.resourcePath, nameBytes(apPath)});
+    });
     m_focusHolder = new FocusHolder(content);
 
     window->setWidget(content);

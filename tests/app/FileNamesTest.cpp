@@ -1,6 +1,10 @@
 #include "app/FileNames.h"
 #include "tests/app/FlashPageUnderTest.h"
 
+#include <QDesktopServices>
+#include <QTextBrowser>
+#include <QUrl>
+
 namespace vornadel::test
 {
 
@@ -57,6 +61,26 @@ TEST_F(OddFolder, HasItsDefinitionFilesRead)
     EXPECT_EQ(tool().cbICType->currentText(), "\\xFC\\xE4/d\\xE9mo.INI");
     read();
     EXPECT_EQ(rows(), 4);
+}
+
+/// Takes the place of the desktop, whatever it is to show.
+class Desktop final : public QTextBrowser
+{
+    QVariant loadResource(int /*type*/, const QUrl& /*name*/) override { return "the manual"; }
+};
+
+TEST_F(OddFolder, HasItsManualShown)
+{
+    end();
+    const std::string resources = "Ger\xE4t/Resources";
+    place = {directory(), true, directory() + '/' + resources};
+    writeFile(resources + "/README.md", {'T', 'o'});
+    launchAndSettle();
+    Desktop desktop;
+    QDesktopServices::setUrlHandler("file", &desktop, "setSource");
+    QTest::keyClick(tool().window(), Qt::Key_F1);
+    QDesktopServices::unsetUrlHandler("file");
+    EXPECT_TRUE(desktop.source().toEncoded().endsWith("/Ger%E4t/Resources/README.md"));
 }
 
 } // namespace
