@@ -39,11 +39,8 @@ public:
 QColor readOnlyGround(const QPalette& palette)
 {
     constexpr float kTowardsText = 0.05F;
-    const QColor window = palette.color(QPalette::Window);
-    const QColor text = palette.color(QPalette::WindowText);
-    const auto mix = [](float from, float to) { return from + (to - from) * kTowardsText; };
-    return QColor::fromRgbF(mix(window.redF(), text.redF()), mix(window.greenF(), text.greenF()),
-                            mix(window.blueF(), text.blueF()));
+    return mixedColor(palette.color(QPalette::Window), palette.color(QPalette::WindowText),
+                      kTowardsText);
 }
 
 /// The part of a box's border that its children could cover: left, right and below. As a focus

@@ -3,6 +3,7 @@
 #include "editor/CopyRows.h"
 #include "editor/HexText.h"
 #include "editor/ImageText.h"
+#include "editor/Tone.h"
 #include "editor/ToolTip.h"
 #include "firmware/FwImage.h"
 #include "props/PropertyEdit.h"
@@ -285,12 +286,7 @@ QBrush TableViewController::lockedText() const
 {
     constexpr float kShare = 0.6F; // of the text's colour; readable on light and dark ground
     const QPalette& colors = _tableView->palette();
-    const QColor text = colors.color(QPalette::Text);
-    const QColor ground = colors.color(QPalette::Base);
-    const auto mixed = [](float a, float b) { return a * kShare + b * (1 - kShare); };
-    return QColor::fromRgbF(mixed(text.redF(), ground.redF()),
-                            mixed(text.greenF(), ground.greenF()),
-                            mixed(text.blueF(), ground.blueF()));
+    return mixedColor(colors.color(QPalette::Base), colors.color(QPalette::Text), kShare);
 }
 
 void TableViewController::showRestored(const EditHistory::Change& change)

@@ -45,4 +45,12 @@ QColor toneColor(Tone tone, const QColor& background)
     return color;
 }
 
+QColor mixedColor(const QColor& first, const QColor& second, float share)
+{
+    const auto mixed = [share](float a, float b) { return a * (1 - share) + b * share; };
+    return QColor::fromRgbF(mixed(first.redF(), second.redF()),
+                            mixed(first.greenF(), second.greenF()),
+                            mixed(first.blueF(), second.blueF()));
+}
+
 } // namespace vornadel

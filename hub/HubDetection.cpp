@@ -11,7 +11,7 @@ namespace vornadel
 namespace
 {
 
-/// A hub that answers does so within milliseconds. Who detects it may be the window's main thread.
+/// A hub that answers does so within milliseconds. The window calls this on its main thread.
 constexpr std::chrono::seconds kAnswerLimit{2};
 
 } // namespace
