@@ -6,6 +6,8 @@
 
 #include <QApplication>
 #include <QIcon>
+#include <QImageReader>
+#include <QPixmap>
 #include <QString>
 
 /// What the desktop knows the program by. In no namespace: the resources have none.
@@ -16,7 +18,9 @@ static void introduceProgram()
     QApplication::setApplicationName("Vornadel");
     QIcon icon;
     for (const int size : {16, 32, 48, 64, 128}) {
-        icon.addFile(QString(":/Vornadel-%1.png").arg(size), QSize(size, size));
+        QImageReader picture(QString(":/Vornadel-%1.png").arg(size), "png");
+        picture.setAutoDetectImageFormat(false); // it loads all plugins for images to ask them
+        icon.addPixmap(QPixmap::fromImageReader(&picture));
     }
     QApplication::setWindowIcon(icon);
 }

@@ -16,8 +16,8 @@ namespace
 using namespace vornadel::bench;
 
 constexpr int kRuns = 15;
-constexpr double kTimeRatio = 2;
-constexpr double kMemoryRatio = 1.5;
+constexpr double kTimeRatio = 1.3;
+constexpr double kMemoryRatio = 1.15;
 
 struct Costs {
     Series milliseconds;
