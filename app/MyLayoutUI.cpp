@@ -11,6 +11,7 @@
 #include "config/Version.h"
 
 #include <QAbstractItemView>
+#include <QApplication>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
@@ -210,6 +211,11 @@ void AppDelegate::MyLayoutUI()
     const bool scalar = isScalarMode == 1;
     const QSize size = scalar ? QSize(360, 670) : QSize(1200, 660);
 
+    // A field measures its text in the application's font before it has its own. That font is not
+    // needed in the window, and to load it takes time and memory.
+    const QFont usual = QApplication::font();
+    QApplication::setFont(helvetica(12));
+
     auto window = std::make_unique<QScrollArea>();
     window->setFrameShape(QFrame::NoFrame);
     window->setFocusPolicy(Qt::NoFocus);
@@ -246,6 +252,7 @@ void AppDelegate::MyLayoutUI()
     window->setWidget(content);
     new ScreenFit(*window); // owned by the window
     m_window = std::move(window);
+    QApplication::setFont(usual);
     m_window->show();
 }
 
