@@ -47,6 +47,8 @@ bool ScreenFit::eventFilter(QObject* watched, QEvent* event)
     // When the window manager has put its frame around the window, it tells where the window is.
     if (event->type() == QEvent::Move || event->type() == QEvent::WindowActivate) {
         follow();
+    } else if (event->type() == QEvent::Resize) {
+        showBars();
     }
     return QObject::eventFilter(watched, event);
 }
@@ -80,15 +82,26 @@ void ScreenFit::fitInto(const QSize& room)
                      m_window.horizontalScrollBar()->sizeHint().height() - overlap);
     const QSize full = withBars(content, room, bars);
     const QSize size = full.boundedTo(room);
-    // Where everything fits, nothing scrolls, even if the window manager rounds the size down. It
-    // does at a scale like 1.5.
-    const bool wide = full.width() > room.width();
-    const bool high = full.height() > room.height();
-    m_window.setHorizontalScrollBarPolicy(wide ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);
-    m_window.setVerticalScrollBarPolicy(high ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);
-    m_window.setMinimumSize(wide ? 0 : size.width(), high ? 0 : size.height());
+    // In a direction in which everything fits, the window keeps its size.
+    m_kept = QSize(full.width() > room.width() ? 0 : size.width(),
+                   full.height() > room.height() ? 0 : size.height());
+    m_window.setMinimumSize(m_kept);
     m_window.setMaximumSize(full);
     m_window.resize(size);
+    showBars();
+}
+
+void ScreenFit::showBars()
+{
+    // The window manager may round the size down, as it does at a scale like 1.5. Nothing scrolls
+    // for that. One that tiles its windows may make them smaller than they want to be.
+    constexpr int kRounding = 1;
+    const auto policy = [](int kept, int size) {
+        return kept > 0 && size + kRounding >= kept ? Qt::ScrollBarAlwaysOff
+                                                    : Qt::ScrollBarAsNeeded;
+    };
+    m_window.setHorizontalScrollBarPolicy(policy(m_kept.width(), m_window.width()));
+    m_window.setVerticalScrollBarPolicy(policy(m_kept.height(), m_window.height()));
 }
 
 } // namespace vornadel

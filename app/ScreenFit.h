@@ -25,9 +25,11 @@ protected:
 
 private:
     void follow();
+    void showBars();
 
     QScrollArea& m_window;
     QSize m_room;
+    QSize m_kept; ///< the size that the window should keep; 0 in a direction in which it scrolls
 };
 
 } // namespace vornadel
