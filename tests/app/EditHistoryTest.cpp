@@ -144,7 +144,7 @@ TEST_F(FlashHistory, IsReachedByTheMenuOfAField)
     retype(tool().txtSN_FwFlash, "SN42");
     const auto trigger = [this](const char* text) {
         QContextMenuEvent ask(QContextMenuEvent::Keyboard, {3, 3}, QPoint(3, 3));
-        QApplication::sendEvent(tool().txtVID_FwFlash, &ask);
+        QApplication::sendEvent(tool().txtSN_FwFlash, &ask);
         auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
         ASSERT_NE(menu, nullptr);
         const auto entries = menu->actions();
