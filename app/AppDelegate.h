@@ -79,6 +79,7 @@ public:
     // Detection. Main thread.
     void RegisterNotifycation();
     void DeviceNotification();
+    DetectionPace& detectionPace() { return m_detectionPace; }
 
     // Easy update.
     void chooseFw_EasyUpdate() { m_easyUpdate.choose(); }

@@ -6,8 +6,7 @@
 namespace vornadel
 {
 
-DetectionPace::DetectionPace(Clock& clock, Clock::Duration longestRest)
-    : m_clock(clock), m_longestRest(longestRest)
+DetectionPace::DetectionPace(Clock& clock) : m_clock(clock)
 {
     m_rest.setSingleShot(true);
     QObject::connect(&m_rest, &QTimer::timeout, &m_rest, [this] { runNext(); });

@@ -16,8 +16,9 @@ namespace vornadel
 class DetectionPace
 {
 public:
-    explicit DetectionPace(Clock& clock,
-                           Clock::Duration longestRest = std::chrono::milliseconds(50));
+    explicit DetectionPace(Clock& clock);
+
+    void restAtMost(Clock::Duration rest) { m_longestRest = rest; }
 
     /// Runs a detection, at once or after the rest, in the order of the calls.
     void run(std::function<void()> detection);
@@ -26,7 +27,7 @@ private:
     void runNext();
 
     Clock& m_clock;
-    Clock::Duration m_longestRest;
+    Clock::Duration m_longestRest = std::chrono::milliseconds(50);
     std::deque<std::function<void()>> m_waiting;
     QTimer m_rest;
 };

@@ -141,12 +141,14 @@ TEST(DetectionPace, RestsForAsLongAsTheDetectionTookUpToALimit)
             clock.advance(std::chrono::hours(1));
         };
     };
-    DetectionPace slow(clock, std::chrono::hours(1));
+    DetectionPace slow(clock);
+    slow.restAtMost(std::chrono::hours(1));
     slow.run(detection('a'));
     slow.run(detection('b'));
     settleEvents();
     EXPECT_EQ(order, "a");
-    DetectionPace limited(clock, std::chrono::milliseconds(1));
+    DetectionPace limited(clock);
+    limited.restAtMost(std::chrono::milliseconds(1));
     limited.run(detection('c'));
     limited.run(detection('d'));
     limited.run(detection('e'));
