@@ -276,8 +276,11 @@ QString TableViewController::toolTip(const QString& text, int row) const
 {
     QStringList lines{text};
     const PropItem* item = itemAt(row);
-    if (item != nullptr && item->pageName != propItemList.front()->pageName) {
-        lines.append("Page: " + fromText(item->pageName)); // found on several pages
+    const auto isElsewhere = [item](const auto& other) {
+        return other->pageName != item->pageName;
+    };
+    if (item != nullptr && std::any_of(propItemList.begin(), propItemList.end(), isElsewhere)) {
+        lines.append("Page: " + fromText(item->pageName)); // the rows were found on several pages
     }
     return plainToolTip((lines + notes(row).lines).join('\n'));
 }

@@ -37,12 +37,11 @@ TEST_F(PropertyFinding, ListsThoseOfAllPagesWithTheText)
     EXPECT_EQ(names(), QStringList{"Rate"});
     QTest::keyClick(line(), Qt::Key_Backspace);
     ASSERT_EQ(names(), (QStringList{"Spread Spectrum", "Rate"})) << "none that no page lists";
-    EXPECT_TRUE(tool()
-                    .tbProperties_Detail->model()
-                    ->index(1, 0)
-                    .data(Qt::ToolTipRole)
-                    .toString()
-                    .startsWith("Rate\nPage: System\n"));
+    const auto tip = [this](int row) {
+        return tool().tbProperties_Detail->model()->index(row, 0).data(Qt::ToolTipRole).toString();
+    };
+    EXPECT_EQ(tip(0), "Spread Spectrum\nPage: SSC");
+    EXPECT_TRUE(tip(1).startsWith("Rate\nPage: System\n"));
     choose(0, 1);
     ASSERT_EQ(value(0), "1 : Enable"); // unlocks the other
     EXPECT_EQ(redText(), "01 ");
