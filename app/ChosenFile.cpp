@@ -49,6 +49,15 @@ bool ChosenFile::load(FwImage& image, const std::string& path, QLineEdit& field)
     return false;
 }
 
+void ChosenFile::yieldsTo(const std::string& preferred, const std::string& path,
+                          QLineEdit& field) const
+{
+    showFile(field, path,
+             QString("\"%1\" writes the image that config.ini names, if it can be read: ")
+                     .arg(m_button) +
+                 shownName(preferred));
+}
+
 void ChosenFile::loaded(const std::string& path, QLineEdit& field)
 {
     m_source = path;

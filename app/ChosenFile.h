@@ -22,6 +22,9 @@ public:
     /// image.
     bool load(FwImage& image, const std::string& path, QLineEdit& field);
 
+    /// Says that the button prefers another image to that of the file.
+    void yieldsTo(const std::string& preferred, const std::string& path, QLineEdit& field) const;
+
     /// Names a file from which the image has been loaded meanwhile.
     void loaded(const std::string& path, QLineEdit& field);
 

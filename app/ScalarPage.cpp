@@ -42,6 +42,9 @@ void ScalarPage::open(const std::string& path)
 {
     const bool loaded = m_file.load(m_image, path, *m_tool.nstextfd_Scalar);
     m_tool.recentFiles.add(RecentFiles::Panel::Scalar, path, loaded);
+    if (!m_tool.fwbinPath.empty()) {
+        m_file.yieldsTo(m_tool.fwbinPath, path, *m_tool.nstextfd_Scalar);
+    }
 }
 
 void ScalarPage::start()

@@ -136,9 +136,13 @@ TEST_F(StartUpRun, TakesTheConfiguredImageBeforeAChosenOneAndNamesIt)
     const std::string chosen = writeFile("other.bin", demoImage());
     chooseByTyping(tool().nsbtnSelect_Scalar, QString::fromStdString(chosen));
     EXPECT_EQ(tool().nstextfd_Scalar->text().toStdString(), chosen);
+    EXPECT_EQ(tool().nstextfd_Scalar->toolTip().toStdString(),
+              chosen + "\n\"ScalarUpdate\" writes the image that config.ini names, if it can be "
+                       "read: demo.bin");
     update();
     EXPECT_EQ(hub().flash(), demoImage(kDemoVersion101));
     EXPECT_EQ(tool().nstextfd_Scalar->text(), "demo.bin");
+    EXPECT_EQ(tool().nstextfd_Scalar->toolTip(), "demo.bin");
     EXPECT_EQ(progressText(), "FW:demo.bin(size=32768)\n\n" + kSteps + "Update FW Success\n");
 }
 
