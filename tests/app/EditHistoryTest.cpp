@@ -126,7 +126,7 @@ TEST_F(FlashHistory, ShowsThePropertyThatItChanges)
     read();
     choose(1, 1);
     select(tool().cbPages, 2);
-    choose(0, 1); // Rate
+    choose(0, 1);                  // Rate
     tool().readFinished_FwFlash(); // reads the property file again
     undo();
     EXPECT_EQ(names(), QStringList{"Rate"});
