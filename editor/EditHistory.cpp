@@ -38,7 +38,8 @@ public:
     bool mergeWith(const QUndoCommand* next) override
     {
         const auto& step = static_cast<const Step&>(*next); // there are no others
-        if (!step.m_mayMerge) {
+        // A step that has undone itself is off the stack, and this is an earlier one.
+        if (!step.m_mayMerge || step.m_before.state != m_after.state) {
             return false;
         }
         m_after = step.m_after;

@@ -187,6 +187,19 @@ TEST_F(FlashHistory, MarksWhatIsNotSaved)
     EXPECT_FALSE(isMarked()) << "as in the file, however it came to be";
 }
 
+TEST_F(FlashHistory, GoesBackNoFurtherThanToTheSavedText)
+{
+    read();
+    type(tool().txtSN_FwFlash, "1");
+    saved();
+    type(tool().txtSN_FwFlash, "2");
+    QTest::keyClick(tool().txtSN_FwFlash, Qt::Key_Backspace);
+    type(tool().txtSN_FwFlash, "3");
+    undo();
+    EXPECT_EQ(tool().txtSN_FwFlash->text(), "SN00011");
+    EXPECT_FALSE(isMarked());
+}
+
 TEST_F(FlashHistory, IsClosedWithoutAQuestion)
 {
     read();
