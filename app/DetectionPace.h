@@ -18,6 +18,7 @@ class DetectionPace
 public:
     explicit DetectionPace(Clock& clock);
 
+    /// Limits a rest to another time than 50 ms; 0: no rest.
     void restAtMost(Clock::Duration rest) { m_longestRest = rest; }
 
     /// Runs a detection, at once or after the rest, in the order of the calls.
