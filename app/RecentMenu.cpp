@@ -13,6 +13,7 @@
 #include <QStyleHints>
 #include <QTimer>
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -112,7 +113,12 @@ void RecentMenu::popUp()
         menu->addAction("No images yet")->setEnabled(false);
     }
     menu->popup(m_button.mapToGlobal(QPoint(0, m_button.height())));
-    menu->setActiveAction(menu->actions().front()); // once it is visible, for screen readers
+    const QList<QAction*> entries = menu->actions();
+    const auto first = std::find_if(entries.begin(), entries.end(),
+                                    [](const QAction* entry) { return entry->isEnabled(); });
+    if (first != entries.end()) {
+        menu->setActiveAction(*first); // once it is visible, for screen readers
+    }
 }
 
 } // namespace vornadel

@@ -147,6 +147,13 @@ TEST_F(ImageInputs, OfferTheImagesUsedLast)
     settleEvents();
     EXPECT_EQ(tool().txtFw_EasyUpdate->text().toStdString(), second);
     EXPECT_EQ(version(), "0101");
+
+    std::filesystem::rename(second, first);
+    QApplication::sendEvent(button, &menuKey);
+    ASSERT_NE(openMenu(), nullptr);
+    QTest::keyClick(openMenu(), Qt::Key_Return); // the newest that is there
+    settleEvents();
+    EXPECT_EQ(tool().txtFw_EasyUpdate->text().toStdString(), first);
 }
 
 TEST_F(ImageInputs, OfferTheImagesWhenTheButtonIsHeld)
