@@ -43,7 +43,7 @@ std::optional<int> readArguments(int argc, char** argv, bool strict,
                                  std::optional<std::string>& simulatedHubOptions)
 {
     CLI::App app("Updates and edits the firmware of USB 3 hubs.", "Vornadel");
-    app.set_version_flag("--version", std::string("Vornadel ") + kToolVersion);
+    app.set_version_flag("--version", versionText("Vornadel"));
     app.allow_extras(!strict);
     const SimulatedHubFlag simulatedHub(app);
     try {

@@ -197,8 +197,7 @@ struct Parser {
     {
         app.formatter(helpFormatter());
         app.set_help_flag("-h,--help", "Show this help, or that of a verb");
-        app.set_version_flag("--version", std::string("vornadelctl ") + kToolVersion,
-                             "Show the version");
+        app.set_version_flag("--version", versionText("vornadelctl"), "Show the version");
         app.require_subcommand(1);
         app.fallthrough();
         app.footer("Examples:\n" +

@@ -206,8 +206,7 @@ int runCommand(const CommandLine& commandLine, Platform& platform, const std::st
         const Command command{line,      platform,  resourcePath, place.file,  config,
                               words.out, out,       words.err,    env,         stop,
                               log,       theEvents, result,       place.reason};
-        file.note(std::string("vornadelctl ") + kToolVersion + ":" +
-                  commandAgain(command, {}).substr(11));
+        file.note(versionText("vornadelctl") + ":" + commandAgain(command, {}).substr(11));
         file.note("configuration: " + place.file + " (" + place.reason + ')');
         const RequestsInLog requests(log);
         status = line.logFile.empty() || logProblem.empty()

@@ -16,13 +16,14 @@ int versionVerb(const Command& command)
 {
     if (command.json()) {
         printObject(command, {{"version", kToolVersion},
+                              {"commit", kToolCommit},
                               {"config", command.configFile},
                               {"configReason", command.configReason},
                               {"log", orNull(command.log.path)},
                               {"resources", command.resourcePath}});
         return kExitSuccess;
     }
-    command.out << "vornadelctl " << kToolVersion << '\n';
+    command.out << versionText("vornadelctl") << '\n';
     if (command.line.verbose > 0) {
         command.out << "configuration: " << command.configFile << " (" << command.configReason
                     << ")\n"

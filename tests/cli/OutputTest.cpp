@@ -1,6 +1,7 @@
 #include "cli/ConsoleReporter.h"
 #include "cli/Json.h"
 #include "cli/LogFile.h"
+#include "config/Version.h"
 #include "standins/sim/DemoImage.h"
 #include "tests/cli/Session.h"
 
@@ -178,7 +179,8 @@ TEST(LogFile, TellsWhatACommandDid)
     const std::string name = "vornadel/vornadelctl.log";
     std::string log = session.state.text(name);
     EXPECT_THAT(log, StartsWith("1970-01-01T00:00:0"));
-    EXPECT_THAT(log, HasSubstr("] vornadelctl 1.02: erase --color 'a b'\n"));
+    EXPECT_THAT(log, HasSubstr("] vornadelctl 1.02 (" + std::string(kToolCommit) +
+                               "): erase --color 'a b'\n"));
     EXPECT_THAT(log, HasSubstr("] configuration: " + session.folder.path("config.ini")));
     EXPECT_THAT(log, HasSubstr("] Erase Flash...\n"));
     EXPECT_THAT(log, EndsWith("] ended with 0\n"));
@@ -230,7 +232,7 @@ TEST(Version, NamesTheConfigurationThatIsTaken)
         "[Support Vid Pid]\nVID_00 = 0x1209\nSSPID_00 = 0x0001\nHSPID_00 = 0x0002\n";
     CommandLine line = session.line("version");
     EXPECT_EQ(session.run(line), kExitSuccess);
-    EXPECT_EQ(session.out.str(), "vornadelctl 1.02\n");
+    EXPECT_EQ(session.out.str(), "vornadelctl 1.02 (" + std::string(kToolCommit) + ")\n");
     line.verbose = 1;
     const auto taken = [&] {
         EXPECT_EQ(session.run(line), kExitSuccess);

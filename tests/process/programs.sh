@@ -27,7 +27,7 @@ XDG_STATE_HOME=$work/state
 export QT_QPA_PLATFORM HOME XDG_STATE_HOME
 
 for program in "$vornadel" "$vornadelctl"; do
-    expect 0 1.02 "$program" --version
+    expect 0 '1.02 (' "$program" --version
     expect 0 --simulated-hub "$program" --help
 done
 expect 2 --simulated-hub "$vornadel" --simulated-hub=latency=none --simulated-hub

@@ -44,8 +44,8 @@ for command in "$@"; do
     grep -qE "^$command( |\$)" "$plain" || fail "the page does not describe the command $command"
 done
 
-version=$("$program" --version)
-grep -qF "\"Vornadel ${version##* }\"" "$page" ||
+read -r _ version _ < <("$program" --version)
+grep -qF "\"Vornadel $version\"" "$page" ||
     fail "the page is not of this version: $version"
 
 if command -v groff >/dev/null; then
