@@ -4,7 +4,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <memory>
 #include <string_view>
 #include <utility>
@@ -29,6 +31,9 @@ struct Level {
 
 /// Each level holds a file descriptor, and a process has few.
 constexpr std::size_t kMostLevels = 256;
+
+/// The links that are followed.
+constexpr std::string_view kLinksToFolders[] = {"definitions", "local-definitions"};
 
 /// Null for anything but a readable folder. The attempt never opens anything else.
 Folder openFolder(int parent, const char* name, int linkFlag)
@@ -72,9 +77,14 @@ std::vector<std::string> findPropertyFiles(const std::string& toolDirectory)
         if (hasTheExtension(name)) {
             found.push_back(path + entry->d_name);
         }
-        const bool mayBeFolder = entry->d_type == DT_DIR || entry->d_type == DT_UNKNOWN;
+        const bool isOurLink =
+            levels.size() == 1 && std::find(std::begin(kLinksToFolders), std::end(kLinksToFolders),
+                                            name) != std::end(kLinksToFolders);
+        const bool mayBeFolder =
+            entry->d_type == DT_DIR || entry->d_type == DT_UNKNOWN || isOurLink;
         if (mayBeFolder && levels.size() < kMostLevels) {
-            if (Folder inner = openFolder(dirfd(folder), entry->d_name, O_NOFOLLOW)) {
+            if (Folder inner =
+                    openFolder(dirfd(folder), entry->d_name, isOurLink ? 0 : O_NOFOLLOW)) {
                 path.append(name).push_back('/');
                 levels.push_back({std::move(inner), path.size()});
             }

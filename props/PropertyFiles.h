@@ -11,7 +11,9 @@ namespace vornadel
 /// content of a folder right after it. Only names are checked: an entry may turn out to be a folder
 /// or a dangling link.
 ///
-/// Links are not followed. A folder that cannot be read, or lies 256 folders deep, counts as empty.
+/// Links are not followed, except those directly in the tool directory that are called
+/// "definitions" or "local-definitions": an installed tool has its property files elsewhere. A
+/// folder that cannot be read, or lies 256 folders deep, counts as empty.
 /// Files are not opened, and their type is not queried if the system reports it with the name.
 std::vector<std::string> findPropertyFiles(const std::string& toolDirectory);
 

@@ -88,6 +88,12 @@ TEST_F(PropertyFiles, AreNotLookedForBehindLinks)
     EXPECT_THAT(found(), ElementsAre("real/A.INI"));
     EXPECT_THAT(findPropertyFiles(path("other")), ElementsAre("A.INI"))
         << "it may be a link itself";
+    fs::create_directory_symlink("real", path("definitions"));
+    fs::create_directory_symlink(path("real"), path("local-definitions"));
+    fs::create_directory_symlink(path("real"), path("real/definitions"));
+    EXPECT_THAT(found(),
+                UnorderedElementsAre("real/A.INI", "definitions/A.INI", "local-definitions/A.INI"))
+        << "but an installed tool has two links";
 }
 
 TEST_F(PropertyFiles, BehindAClosedFolderStayUnseenAndTheRestIsFound)
