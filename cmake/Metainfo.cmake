@@ -1,0 +1,33 @@
+# The AppStream metainfo: releases from CHANGELOG.md, ids from config.ini.
+
+set(releases "")
+file(STRINGS "${CMAKE_CURRENT_SOURCE_DIR}/CHANGELOG.md" headings REGEX "^## ")
+foreach(heading IN LISTS headings)
+  if(heading MATCHES "^## ([0-9.]+), (unreleased|[0-9-]+)$")
+    set(version "${CMAKE_MATCH_1}")
+    set(date "${CMAKE_MATCH_2}")
+    if(date STREQUAL "unreleased")
+      set(date "${VORNADEL_COMMIT_DATE}\" type=\"development")
+    endif()
+    string(APPEND releases "    <release version=\"${version}\" date=\"${date}\"/>\n")
+  else()
+    message(FATAL_ERROR "CHANGELOG.md: a heading is \"## VERSION, DATE\", not \"${heading}\"")
+  endif()
+endforeach()
+
+set(modaliases "")
+file(STRINGS "${CMAKE_CURRENT_SOURCE_DIR}/resources/config.ini" ids REGEX "^(VID|SSPID|HSPID)_[0-9A-F]+ *= *0x")
+foreach(line IN LISTS ids)
+  string(REGEX MATCH "^([A-Z]+)_[0-9A-F]+ *= *0x([0-9a-fA-F]+)" line "${line}")
+  string(TOUPPER "${CMAKE_MATCH_2}" number)
+  if(CMAKE_MATCH_1 STREQUAL "VID")
+    set(vendor "${number}")
+  else()
+    string(APPEND modaliases "    <modalias>usb:v${vendor}p${number}d*</modalias>\n")
+  endif()
+endforeach()
+set(license MIT)
+configure_file("${CMAKE_CURRENT_SOURCE_DIR}/packaging/linux/metainfo.xml.in"
+  "${PROJECT_BINARY_DIR}/org.vornadel.Vornadel.metainfo.xml" @ONLY)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS
+  "${CMAKE_CURRENT_SOURCE_DIR}/CHANGELOG.md" "${CMAKE_CURRENT_SOURCE_DIR}/resources/config.ini")
