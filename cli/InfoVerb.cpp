@@ -107,10 +107,12 @@ int showEveryHub(const Command& command)
     }
     HubCount count;
     const int status = showHubs(command, *hubs, count);
-    return count.silent == 0 ? status
-                             : fail(command, FailureId::SomeFailed,
-                                    std::to_string(count.silent) + " of " +
-                                        std::to_string(count.shown) + " hubs did not answer");
+    return count.silent == 0
+               ? status
+               : fail(command, {.id = FailureId::SomeFailed,
+                                .what = std::to_string(count.silent) + " of " +
+                                        std::to_string(count.shown) + " hubs did not answer",
+                                .state = "unchanged"});
 }
 
 int infoVerb(const Command& command)

@@ -67,7 +67,8 @@ std::optional<int> parseVirtualHubCommandLine(int argc, const char* const* argv,
                  "It reads commands from standard input, one per line:\n"
                  "  plug [N], plug-rom [N], unplug [N], fault FAULT [N], status [N], quit.",
                  "vornadel-virtual-hub");
-    app.set_version_flag("--version", "vornadel-virtual-hub " VORNADEL_VERSION " (" VORNADEL_COMMIT ")");
+    app.set_version_flag("--version",
+                         "vornadel-virtual-hub " VORNADEL_VERSION " (" VORNADEL_COMMIT ")");
     std::vector<std::string> hubs;
     app.add_option("--hub", hubs,
                    "One hub: KEY=VALUE,... with the keys image,\n"

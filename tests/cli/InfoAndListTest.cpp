@@ -121,7 +121,8 @@ TEST(InfoOfAllHubs, FailsIfOneDoesNotAnswer)
     const auto lock = session.occupy("sim-1");
     EXPECT_EQ(session.run(line), kExitSomeFailed);
     EXPECT_THAT(session.out.str(), EndsWith('\n' + second)) << "the others are asked all the same";
-    EXPECT_EQ(session.told(), "1 of 2 hubs did not answer\n");
+    EXPECT_THAT(session.err.str(),
+                StartsWith("1 of 2 hubs did not answer [some-failed]\n  hub:  unchanged\n"));
 }
 
 TEST(InfoOfAnImage, ShowsItsFields)
