@@ -23,6 +23,7 @@
 #include <QTemporaryDir>
 #include <QTimer>
 
+#include <array>
 #include <cstdint>
 #include <cstdio>
 #include <deque>
@@ -205,10 +206,15 @@ void readFlash(MouseScript& script, AppDelegate& tool)
 /// The window's state as the window manager keeps it.
 QByteArray stateOf(const QWidget& window)
 {
-    QProcess xprop;
-    xprop.start("xprop", {"-id", QString::number(window.winId()), "_NET_WM_STATE"});
-    xprop.waitForFinished();
-    return xprop.readAll();
+    // Not by QProcess, because then the thread sanitizer takes this process for the child.
+    const QByteArray command = "xprop -id " + QByteArray::number(window.winId()) + " _NET_WM_STATE";
+    std::FILE* const xprop = popen(command.constData(), "r");
+    std::array<char, 256> line{};
+    const bool told = xprop != nullptr && std::fgets(line.data(), line.size(), xprop) != nullptr;
+    if (xprop != nullptr) {
+        pclose(xprop);
+    }
+    return told ? QByteArray(line.data()) : QByteArray();
 }
 
 /// A flow that ends behind other windows asks for attention.
