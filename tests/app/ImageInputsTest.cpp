@@ -180,7 +180,7 @@ TEST_F(ImageInputs, OfferTheImagesWhenTheButtonIsHeld)
 TEST_F(ImageInputs, OpenTheirPanelsWhereTheyWere)
 {
     loadFile(image("images/one.bin"));
-    const auto folder = [this](QPushButton* button) {
+    const auto folder = [](QPushButton* button) {
         std::string shown;
         clickAndUse(button, [&shown](QDialog& panel) {
             shown = qobject_cast<QFileDialog*>(&panel)->directory().path().toStdString();

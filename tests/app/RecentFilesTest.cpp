@@ -61,7 +61,7 @@ TEST_F(SettingsFile, DoesNoHarmWhateverItContains)
     const std::string fine = "[RecentImages]\nPaths=/good, relative, /nul%00, /good, /%41, /" +
                              std::string(5000, 'x') + "\n[Folders]\nUpdate=relative\n";
     for (const std::string& text :
-         {fine, std::string("\0\xFF[[]\n=\n%%%", 12),
+         {fine, std::string("\0\xFF[[]\n=\n%%%", 11),
           std::string("[RecentImages]\nPaths=@Variant(\\0\\0\\0\\b\\xff)")}) {
         write(text);
         RecentFiles files;

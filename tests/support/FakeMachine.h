@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -143,7 +144,7 @@ private:
         ~Progress() override { m_taskbar.shown.push_back(-1); }
         void show(double part) override
         {
-            m_taskbar.shown.push_back(static_cast<int>(part * 100 + 0.5));
+            m_taskbar.shown.push_back(static_cast<int>(std::lround(part * 100)));
         }
 
     private:
