@@ -4,12 +4,15 @@
 #include "editor/TableViewController.h"
 
 #include <QFont>
+#include <QSize>
 
 namespace vornadel
 {
 
 namespace
 {
+
+constexpr int kHeaderHeight = 21;
 
 QString identifier(int column)
 {
@@ -47,6 +50,10 @@ QVariant PropertyModel::headerData(int section, Qt::Orientation orientation, int
 {
     if (orientation == Qt::Horizontal && role == Qt::DisplayRole && section < ColumnCount) {
         return identifier(section);
+    }
+    if (orientation == Qt::Horizontal && role == Qt::SizeHintRole) {
+        // Otherwise Qt measures the text in bold, and loads a font for it at every start.
+        return QSize(0, kHeaderHeight);
     }
     return QAbstractTableModel::headerData(section, orientation, role);
 }
