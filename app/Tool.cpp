@@ -17,7 +17,7 @@ static void introduceProgram()
     QGuiApplication::setDesktopFileName("org.vornadel.Vornadel");
     QApplication::setApplicationName("Vornadel");
     QIcon icon;
-    for (const int size : {16, 32, 48, 64, 128}) {
+    for (const int size : {16, 32, 48, 64}) {
         QImageReader picture(QString(":/Vornadel-%1.png").arg(size), "png");
         picture.setAutoDetectImageFormat(false); // it loads all plugins for images to ask them
         icon.addPixmap(QPixmap::fromImageReader(&picture));
